@@ -1,0 +1,31 @@
+# How our own code is compiled and linked; code of others (GoogleTest) never links house_flags.
+add_library(house_flags INTERFACE)
+
+set(cxx "$<COMPILE_LANGUAGE:CXX>")
+target_compile_options(house_flags INTERFACE
+    $<${cxx}:-Wall> $<${cxx}:-Wextra> $<${cxx}:-Wpedantic> $<${cxx}:-Wconversion> $<${cxx}:-Wshadow>
+    # clang warns about more under the same names, and it only builds the fuzz targets.
+    $<$<AND:${cxx},$<CXX_COMPILER_ID:GNU>>:-Werror>
+    $<${cxx}:-ffile-prefix-map=${houseRoot}=./> $<${cxx}:-ffile-prefix-map=${CMAKE_BINARY_DIR}=.>)
+
+# Two clean builds are byte-identical: no times, users or modes in archives.
+set(CMAKE_CXX_ARCHIVE_CREATE "<CMAKE_AR> qcD <TARGET> <LINK_FLAGS> <OBJECTS>")
+set(CMAKE_CXX_ARCHIVE_APPEND "<CMAKE_AR> qD <TARGET> <LINK_FLAGS> <OBJECTS>")
+set(CMAKE_CXX_ARCHIVE_FINISH "<CMAKE_RANLIB> -D <TARGET>")
+
+if(HOUSE_SANITIZE)
+    # Instrumented code makes g++ see uninitialised reads that are not there.
+    target_compile_options(house_flags INTERFACE -fsanitize=${HOUSE_SANITIZE} -fno-sanitize-recover=all
+        $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
+    target_compile_definitions(house_flags INTERFACE _GLIBCXX_ASSERTIONS)
+    target_link_options(house_flags INTERFACE -fsanitize=${HOUSE_SANITIZE})
+endif()
+
+if(WIN32)
+    enable_language(RC)
+    target_compile_definitions(house_flags INTERFACE _WIN32_WINNT=0x0A00 NOMINMAX WIN32_LEAN_AND_MEAN)
+    target_compile_options(house_flags INTERFACE
+        $<${cxx}:-ffunction-sections> $<${cxx}:-fdata-sections> $<${cxx}:-fvisibility=hidden> $<${cxx}:-fvisibility-inlines-hidden>)
+    target_link_options(house_flags INTERFACE
+        -static -s -Wl,--gc-sections -Wl,--no-insert-timestamp -Wl,--nxcompat -Wl,--dynamicbase -Wl,--high-entropy-va)
+endif()

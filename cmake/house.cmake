@@ -1,0 +1,148 @@
+# The words in which each folder's CMakeLists.txt is written.
+#
+#   house_room(NAME [WINDOWS_ONLY])      adds NAME, tests/NAME, fuzz/NAME and bench/NAME, those that exist
+#   house_library(NAME ...)              static archive, build/PRESET/lib
+#   house_dll(NAME ...)                  Windows DLL without a "lib" prefix, build/PRESET/bin
+#   house_program(NAME ...)              executable, build/PRESET/bin
+#   house_test(NAME ...)                 GoogleTest program and its one ctest entry
+#   house_fuzz(NAME ...)                 fuzz target NAME_fuzz with the corpus folder corpus/NAME beside its CMakeLists.txt
+#   house_bench(NAME ...)                Google Benchmark program
+#
+# All but house_room take these lists:
+#   SOURCES          files for both systems; headers need not be listed
+#   POSIX_SOURCES    files for the native build alone       WINDOWS_SOURCES  files for the Windows build alone
+#   LINKS            rooms and libraries for both systems
+#   POSIX_LINKS      for the native build alone             WINDOWS_LINKS    for the Windows build alone (ole32, shlwapi, ...)
+# house_test takes besides:
+#   OWN_MAIN         the sources hold main(), which starts GoogleTest itself
+#   TIMEOUT seconds  60 when left out
+#   PROGRAMS         targets the tests start; they are built first and stand in the directory PROGRAM_DIR names
+# Tests are compiled with two text constants: TEST_DATA_DIR (data/ beside the CMakeLists.txt) and PROGRAM_DIR (build/PRESET/bin).
+
+option(HOUSE_TESTS "Build the tests" ON)
+option(HOUSE_BENCH "Build the benches" OFF)
+set(HOUSE_FUZZ OFF CACHE STRING "Fuzz targets: OFF, REPLAY (each runs its corpus once) or ENGINE (libFuzzer)")
+set(HOUSE_SANITIZE "" CACHE STRING "Sanitizers for everything we compile")
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+set(houseRoot "${CMAKE_CURRENT_LIST_DIR}/..")
+cmake_path(NORMAL_PATH houseRoot)
+set(houseResults "${CMAKE_BINARY_DIR}/results")
+file(MAKE_DIRECTORY "${houseResults}")
+
+include("${CMAKE_CURRENT_LIST_DIR}/flags.cmake")
+include("${CMAKE_CURRENT_LIST_DIR}/packages.cmake")
+
+macro(house_room name)
+    if(WIN32 OR NOT "${ARGN}" STREQUAL "WINDOWS_ONLY")
+        foreach(folder ${name} tests/${name} fuzz/${name} bench/${name})
+            if(EXISTS "${houseRoot}/${folder}/CMakeLists.txt")
+                add_subdirectory("${houseRoot}/${folder}" "${CMAKE_BINARY_DIR}/${folder}")
+            endif()
+        endforeach()
+    endif()
+endmacro()
+
+# Reads the lists every house_ function takes into house_FILES, house_LINKS and the given further keywords.
+macro(house_arguments options values lists)
+    cmake_parse_arguments(house "${options}" "${values}"
+        "SOURCES;POSIX_SOURCES;WINDOWS_SOURCES;LINKS;POSIX_LINKS;WINDOWS_LINKS;${lists}" ${ARGN})
+    if(house_UNPARSED_ARGUMENTS)
+        message(FATAL_ERROR "Not understood: ${house_UNPARSED_ARGUMENTS}")
+    endif()
+    set(house_FILES ${house_SOURCES})
+    if(WIN32)
+        list(APPEND house_FILES ${house_WINDOWS_SOURCES})
+        list(APPEND house_LINKS ${house_WINDOWS_LINKS})
+    else()
+        list(APPEND house_FILES ${house_POSIX_SOURCES})
+        list(APPEND house_LINKS ${house_POSIX_LINKS})
+    endif()
+endmacro()
+
+function(house_library name)
+    house_arguments("" "" "" ${ARGN})
+    add_library(${name} STATIC ${house_FILES})
+    target_include_directories(${name} PUBLIC "${houseRoot}")
+    target_link_libraries(${name} PUBLIC ${house_LINKS} PRIVATE house_flags)
+endfunction()
+
+function(house_dll name)
+    house_arguments("" "" "" ${ARGN})
+    add_library(${name} SHARED ${house_FILES})
+    set_target_properties(${name} PROPERTIES PREFIX "")
+    target_include_directories(${name} PRIVATE "${houseRoot}")
+    target_link_libraries(${name} PRIVATE ${house_LINKS} house_flags)
+endfunction()
+
+function(house_program name)
+    house_arguments("" "" "" ${ARGN})
+    add_executable(${name} ${house_FILES})
+    target_include_directories(${name} PRIVATE "${houseRoot}")
+    target_link_libraries(${name} PRIVATE ${house_LINKS} house_flags)
+endfunction()
+
+function(house_test name)
+    if(NOT HOUSE_TESTS)
+        return()
+    endif()
+    house_arguments("OWN_MAIN" "TIMEOUT" "PROGRAMS" ${ARGN})
+    house_googletest()
+    house_program(${name} SOURCES ${house_FILES} LINKS ${house_LINKS} GTest::gmock)
+    if(NOT house_OWN_MAIN)
+        target_link_libraries(${name} PRIVATE GTest::gmock_main)
+    endif()
+    if(NOT house_TIMEOUT)
+        set(house_TIMEOUT 60)
+    endif()
+    if(house_PROGRAMS)
+        add_dependencies(${name} ${house_PROGRAMS})
+    endif()
+    set(drive "$<$<PLATFORM_ID:Windows>:Z:>")
+    target_compile_definitions(${name} PRIVATE
+        "TEST_DATA_DIR=\"${drive}${CMAKE_CURRENT_SOURCE_DIR}/data\"" "PROGRAM_DIR=\"${drive}${CMAKE_BINARY_DIR}/bin\"")
+
+    add_test(NAME ${name} COMMAND ${name} WORKING_DIRECTORY "${houseResults}")
+    house_test_properties(${name} ${house_TIMEOUT} "GTEST_OUTPUT=json:${name}.json")
+endfunction()
+
+function(house_test_properties name timeout)
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${timeout} ENVIRONMENT
+        "${ARGN};ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1;UBSAN_OPTIONS=print_stacktrace=1")
+endfunction()
+
+# Under libFuzzer the engine supplies main(); otherwise the program takes files and folders and feeds each file once.
+function(house_fuzz name)
+    if(NOT HOUSE_FUZZ)
+        return()
+    endif()
+    house_arguments("" "" "" ${ARGN})
+    if(HOUSE_FUZZ STREQUAL "ENGINE")
+        house_program(${name}_fuzz SOURCES ${house_FILES} LINKS ${house_LINKS})
+        target_link_options(${name}_fuzz PRIVATE -fsanitize=fuzzer)
+    else()
+        house_program(${name}_fuzz SOURCES ${house_FILES} "${houseRoot}/fuzz/replay.cpp" LINKS ${house_LINKS})
+        add_test(NAME ${name}_fuzz COMMAND ${name}_fuzz "${CMAKE_CURRENT_SOURCE_DIR}/corpus/${name}")
+        house_test_properties(${name}_fuzz 120)
+    endif()
+    set_property(GLOBAL APPEND PROPERTY houseFuzzTargets "${name} ${CMAKE_CURRENT_SOURCE_DIR}/corpus/${name}")
+endfunction()
+
+function(house_bench name)
+    if(NOT HOUSE_BENCH)
+        return()
+    endif()
+    house_arguments("" "" "" ${ARGN})
+    house_benchmark()
+    house_program(${name} SOURCES ${house_FILES} LINKS ${house_LINKS} benchmark::benchmark_main)
+    set_property(GLOBAL APPEND PROPERTY houseBenches ${name})
+endfunction()
+
+if(HOUSE_TESTS OR HOUSE_FUZZ STREQUAL "REPLAY")
+    enable_testing()
+endif()

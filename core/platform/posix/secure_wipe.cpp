@@ -1,0 +1,9 @@
+#include "core/platform/secure_wipe.h"
+
+#include <cstring>
+
+void SecureWipe(void* bytes, std::size_t count)
+{
+    if (count != 0)
+        explicit_bzero(bytes, count);
+}
