@@ -1,0 +1,111 @@
+#pragma once
+
+#include "core/element_type.h"
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+class CCryptoString;
+
+/// One token or value: a type code and an owned run of bytes. It is the byte buffer of the whole library and the storage of every
+/// string. Lengths are in bytes and fit 32 bits.
+///
+/// Storage that is given up (released, or left behind by growth) is overwritten with zeros first, unless WipeReleasedBuffers(false)
+/// was called. A failed allocation ends the process with "FATAL MEMORY ALLOCATION ERROR" and exit code 1.
+class element {
+public:
+    /// Raw bytes, none of them yet.
+    element() noexcept = default;
+    /// A token, or an empty value of a kind.
+    explicit element(ElementType type) noexcept : type_(type) {}
+    /// Text, copied up to its terminator; a null pointer gives empty text.
+    explicit element(const char* text);
+    explicit element(std::string_view text);
+    /// A copy of `length` bytes.
+    element(const void* bytes, std::uint32_t length, ElementType type = ElementType::bytes);
+    /// A number: its big-endian bytes, none of them leading zeros; 0 is one zero byte.
+    explicit element(std::uint32_t number);
+
+    static element FromTruth(bool value);
+    /// Text of UTF-8 bytes made from 16-bit units. A surrogate without its partner is kept as a sequence of its own, so that every
+    /// Windows file name comes back unchanged from toUtf16.
+    static element FromUtf16(const char16_t* units, std::uint32_t count);
+    /// The bytes that standard base64 text (RFC 4648, 4) stands for. White space is passed over; decoding ends at the padding.
+    /// \return empty, with a logged error, when another character stands in the text or a group is cut short.
+    static element FromBase64(std::string_view text);
+
+    element(const element& other);
+    element(element&& other) noexcept;
+    element& operator=(const element& other);
+    element& operator=(element&& other) noexcept;
+    ~element();
+
+    ElementType type() const { return type_; }
+    void setType(ElementType type) { type_ = type; }
+    /// Set for an INTEGER below zero: read from DER (the bytes are then two's complement) or written with a leading "-"
+    /// (magnitude).
+    bool negative() const { return negative_; }
+    void setNegative(bool negative) { negative_ = negative; }
+
+    std::uint32_t length() const { return length_; }
+    std::uint32_t capacity() const { return capacity_; }
+    bool isEmpty() const { return length_ == 0; }
+    const std::uint8_t* data() const { return data_; }
+    std::uint8_t* data() { return data_; }
+    std::span<const std::uint8_t> bytes() const { return {data_, length_}; }
+    std::string_view view() const { return {reinterpret_cast<const char*>(data_), length_}; }
+
+    /// The byte at `index`; past the end 0, logged as "Const buffer overflow access: %d>%d".
+    std::uint8_t operator[](std::uint32_t index) const;
+
+    /// Room for `size` bytes in all. Storage that must grow gets exactly `size` bytes the first time and
+    /// size + max(256, 0.2 * size) after that.
+    void reserve(std::uint32_t size)
+    {
+        if (size > capacity_)
+            grow(size);
+    }
+    /// Cuts, or lengthens with zero bytes.
+    void resize(std::uint32_t length);
+    void append(const void* bytes, std::uint32_t length);
+    void append(std::uint8_t byte);
+    void assign(const void* bytes, std::uint32_t length);
+    /// Removes up to `count` bytes from `index` on, and wipes the room they leave.
+    void erase(std::uint32_t index, std::uint32_t count);
+    /// Wipes the bytes and keeps the storage and the type.
+    void clear();
+    /// Puts a zero byte behind the last byte without counting it. \return the bytes as text; never null.
+    const char* terminate();
+
+    /// The value as people read it: text as it stands, a number in decimal (above 512 bytes in hexadecimal behind "0x"), truth as
+    /// "TRUE" or "FALSE", other bytes in lower-case hexadecimal, a token as it is written.
+    CCryptoString toString() const;
+    /// The last bytes of the value as a big-endian number; of text, its decimal number. An empty value is 0.
+    std::uint32_t toWord32() const;
+    std::uint64_t toWord64() const;
+    /// Signed: the negative flag counts.
+    std::int32_t toInt() const;
+    bool toTruth() const;
+    element toBase64() const;
+    /// 16-bit units of the text in this machine's byte order with a zero unit behind the last; the zero is not counted in the
+    /// length. UTF-8 text is decoded, other text is taken as Latin-1. \return false, logged, and `units` empty when the text is not
+    /// valid.
+    bool toUtf16(element& units) const;
+
+    /// Same type, sign and bytes. Takes time that depends on the lengths alone.
+    bool operator==(const element& other) const;
+
+    /// One switch for all buffers of the process; on at start.
+    static void WipeReleasedBuffers(bool wipe);
+
+private:
+    void grow(std::uint32_t size);
+    void release() noexcept;
+
+    std::uint8_t* data_ = nullptr;
+    std::uint32_t length_ = 0;
+    std::uint32_t capacity_ = 0;
+    ElementType type_ = ElementType::bytes;
+    bool negative_ = false;
+};

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+
+namespace platform {
+
+enum class FileMode {
+    read,      ///< must exist
+    write,     ///< created, or emptied when it exists
+    append,    ///< created when missing; every write goes to the end
+    readWrite, ///< created when missing; contents kept
+};
+
+/// A file of bytes. Names are UTF-8 and may be longer than 260 characters on Windows too. Failures leave LastError().
+class File {
+public:
+    File() = default;
+    ~File();
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+
+    bool open(const char* name, FileMode mode);
+    bool isOpen() const { return handle_ != closed; }
+    void close();
+
+    /// \return the number of bytes read from `position`, fewer than `count` at the end of the file; -1 on failure.
+    std::int64_t readAt(std::uint64_t position, void* target, std::uint32_t count);
+    /// All of it or failure.
+    bool writeAt(std::uint64_t position, const void* source, std::uint32_t count);
+    bool append(const void* source, std::uint32_t count);
+    /// -1 on failure.
+    std::int64_t size() const;
+    bool truncate(std::uint64_t size);
+
+    static bool Remove(const char* name);
+
+private:
+    static constexpr std::intptr_t closed = -1;
+    std::intptr_t handle_ = closed;
+};
+
+} // namespace platform

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+/// What the library asks of the operating system, answered once for Windows and once for POSIX. Texts are UTF-8.
+namespace platform {
+
+std::uint32_t CurrentProcessId();
+std::uint32_t CurrentThreadId();
+
+/// The code of the calling thread's last failed system call (GetLastError, errno).
+std::uint32_t LastError();
+
+/// The system's own text for `code` in the default language, line end included where the system adds one; empty when it has none.
+std::string SystemErrorText(std::uint32_t code);
+
+/// The path of the executable that hosts the library. \return false with `error` set to the system's code when it is not known.
+bool HostExecutablePath(std::string& path, std::uint32_t& error);
+
+/// Empty when the system does not tell.
+std::string CurrentDirectory();
+
+/// The command line of the process as it was started; words are separated by blanks where the system hands them out one by one.
+std::string CommandLine();
+
+/// Empty when the system does not tell.
+std::string ComputerName();
+
+} // namespace platform

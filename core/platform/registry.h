@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace platform {
+
+enum class RegistryHive { currentUser, localMachine };
+
+enum class RegistryAccess {
+    query, ///< read values
+    read,  ///< read values and enumerate sub-keys
+    write, ///< create values
+};
+
+constexpr std::uint32_t registrySuccess = 0;
+constexpr std::uint32_t registryNotFound = 2;
+constexpr std::uint32_t registryMoreData = 234;
+constexpr std::uint32_t registryNoMoreItems = 259;
+
+/// One open key of the registry. On POSIX a hive is a folder, a key a folder in it, a value a file that holds the text. Every
+/// operation returns the system's status, 0 for success; the codes above are the same on both systems. Key paths use "\".
+///
+/// On Windows the view (32 or 64 bit) is chosen once a process from the native processor, so that programs of both kinds meet in
+/// the same key.
+class RegistryKey {
+public:
+    RegistryKey() = default;
+    ~RegistryKey();
+    RegistryKey(RegistryKey&& other) noexcept;
+    RegistryKey& operator=(RegistryKey&& other) noexcept;
+
+    std::uint32_t open(RegistryHive hive, const char* path, RegistryAccess access);
+    std::uint32_t openBelow(const RegistryKey& parent, const char* path, RegistryAccess access);
+    /// Creates the key when missing; a volatile key does not survive a restart. Opened for writing.
+    std::uint32_t create(RegistryHive hive, const char* path, bool isVolatile);
+
+    /// Reads the value `name` into `buffer` of `size` bytes; `size` becomes the number of bytes read, `isText` tells a REG_SZ.
+    /// A value that does not fit gives registryMoreData and leaves the buffer undefined.
+    std::uint32_t queryValue(const char* name, void* buffer, std::uint32_t& size, bool& isText) const;
+    /// Writes `length` bytes as a REG_SZ.
+    std::uint32_t setText(const char* name, const char* text, std::uint32_t length);
+    /// The name of the sub-key at `index`; registryNoMoreItems past the last.
+    std::uint32_t enumerate(std::uint32_t index, char* name, std::uint32_t size) const;
+
+    bool isOpen() const { return handle_ != nullptr; }
+    void close();
+
+private:
+    void* handle_ = nullptr;
+};
+
+} // namespace platform

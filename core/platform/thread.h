@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+
+namespace platform {
+
+constexpr std::uint32_t waitForever = 0xFFFFFFFF;
+
+/// An operating-system thread. Owned by one thread at a time; it is not joined by the destructor, which only gives the handle back.
+class Thread {
+public:
+    using Entry = void (*)(void* argument);
+
+    Thread() = default;
+    ~Thread();
+    Thread(const Thread&) = delete;
+    Thread& operator=(const Thread&) = delete;
+
+    /// Starts `entry(argument)`. \return false when the system refuses; LastError() tells why.
+    bool start(Entry entry, void* argument);
+
+    /// \return true when the thread has ended within `milliseconds` (`waitForever` waits without limit).
+    bool wait(std::uint32_t milliseconds);
+
+    /// Ends the thread by force; what it owned is lost.
+    void terminate();
+
+    /// Gives the handle back; a thread that still runs goes on by itself.
+    void close();
+
+    bool isOpen() const { return state_ != nullptr; }
+
+    /// The number that CurrentThreadId() gives inside the thread; 0 before the start.
+    std::uint32_t id() const { return id_; }
+
+private:
+    void* state_ = nullptr;
+    std::uint32_t id_ = 0;
+};
+
+} // namespace platform
