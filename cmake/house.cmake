@@ -5,10 +5,12 @@
 #   house_dll(NAME ...)                  Windows DLL without a "lib" prefix, build/PRESET/bin
 #   house_program(NAME ...)              executable, build/PRESET/bin
 #   house_test(NAME ...)                 GoogleTest program and its one ctest entry
+#   house_test_again(ENTRY PROGRAM NAME [FILTER pattern] [ENVIRONMENT VARIABLE=value...])
+#                                        a further ctest entry for a test program, for cases that need another environment
 #   house_fuzz(NAME ...)                 fuzz target NAME_fuzz with the corpus folder corpus/NAME beside its CMakeLists.txt
 #   house_bench(NAME ...)                Google Benchmark program
 #
-# All but house_room take these lists:
+# The library, DLL, program, test, fuzz target and bench take these lists:
 #   SOURCES          files for both systems; headers need not be listed
 #   POSIX_SOURCES    files for the native build alone       WINDOWS_SOURCES  files for the Windows build alone
 #   LINKS            rooms and libraries for both systems
@@ -16,6 +18,7 @@
 # house_test takes besides:
 #   OWN_MAIN         the sources hold main(), which starts GoogleTest itself
 #   TIMEOUT seconds  60 when left out
+#   ENVIRONMENT      VARIABLE=value...
 #   PROGRAMS         targets the tests start; they are built first and stand in the directory PROGRAM_DIR names
 # Tests are compiled with two text constants: TEST_DATA_DIR (data/ beside the CMakeLists.txt) and PROGRAM_DIR (build/PRESET/bin).
 
@@ -41,7 +44,9 @@ include("${CMAKE_CURRENT_LIST_DIR}/packages.cmake")
 macro(house_room name)
     if(WIN32 OR NOT "${ARGN}" STREQUAL "WINDOWS_ONLY")
         foreach(folder ${name} tests/${name} fuzz/${name} bench/${name})
-            if(EXISTS "${houseRoot}/${folder}/CMakeLists.txt")
+            # A folder that appears later is noticed by the next build.
+            file(GLOB found CONFIGURE_DEPENDS "${houseRoot}/${folder}/CMakeLists.txt")
+            if(found)
                 add_subdirectory("${houseRoot}/${folder}" "${CMAKE_BINARY_DIR}/${folder}")
             endif()
         endforeach()
@@ -91,7 +96,7 @@ function(house_test name)
     if(NOT HOUSE_TESTS)
         return()
     endif()
-    house_arguments("OWN_MAIN" "TIMEOUT" "PROGRAMS" ${ARGN})
+    house_arguments("OWN_MAIN" "TIMEOUT" "PROGRAMS;ENVIRONMENT" ${ARGN})
     house_googletest()
     house_program(${name} SOURCES ${house_FILES} LINKS ${house_LINKS} GTest::gmock)
     if(NOT house_OWN_MAIN)
@@ -107,13 +112,32 @@ function(house_test name)
     target_compile_definitions(${name} PRIVATE
         "TEST_DATA_DIR=\"${drive}${CMAKE_CURRENT_SOURCE_DIR}/data\"" "PROGRAM_DIR=\"${drive}${CMAKE_BINARY_DIR}/bin\"")
 
-    add_test(NAME ${name} COMMAND ${name} WORKING_DIRECTORY "${houseResults}")
-    house_test_properties(${name} ${house_TIMEOUT} "GTEST_OUTPUT=json:${name}.json")
+    house_test_entry(${name} ${name} ${house_TIMEOUT} ${house_ENVIRONMENT})
 endfunction()
 
-function(house_test_properties name timeout)
-    set_tests_properties(${name} PROPERTIES TIMEOUT ${timeout} ENVIRONMENT
-        "${ARGN};ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1;UBSAN_OPTIONS=print_stacktrace=1")
+function(house_test_again entry)
+    if(NOT HOUSE_TESTS)
+        return()
+    endif()
+    cmake_parse_arguments(house "" "PROGRAM;FILTER;TIMEOUT" "ENVIRONMENT" ${ARGN})
+    if(NOT house_TIMEOUT)
+        set(house_TIMEOUT 60)
+    endif()
+    if(house_FILTER)
+        list(APPEND house_ENVIRONMENT "GTEST_FILTER=${house_FILTER}")
+    endif()
+    house_test_entry(${entry} ${house_PROGRAM} ${house_TIMEOUT} ${house_ENVIRONMENT})
+endfunction()
+
+# The program's own count of its cases lands in results/ENTRY.json.
+function(house_test_entry entry program timeout)
+    add_test(NAME ${entry} COMMAND ${program} WORKING_DIRECTORY "${houseResults}")
+    house_test_properties(${entry} ${timeout} "GTEST_OUTPUT=json:${entry}.json" ${ARGN})
+endfunction()
+
+function(house_test_properties entry timeout)
+    set_tests_properties(${entry} PROPERTIES TIMEOUT ${timeout} ENVIRONMENT
+        "ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1;UBSAN_OPTIONS=print_stacktrace=1;${ARGN}")
 endfunction()
 
 # Under libFuzzer the engine supplies main(); otherwise the program takes files and folders and feeds each file once.
@@ -130,7 +154,6 @@ function(house_fuzz name)
         add_test(NAME ${name}_fuzz COMMAND ${name}_fuzz "${CMAKE_CURRENT_SOURCE_DIR}/corpus/${name}")
         house_test_properties(${name}_fuzz 120)
     endif()
-    set_property(GLOBAL APPEND PROPERTY houseFuzzTargets "${name} ${CMAKE_CURRENT_SOURCE_DIR}/corpus/${name}")
 endfunction()
 
 function(house_bench name)
@@ -139,8 +162,7 @@ function(house_bench name)
     endif()
     house_arguments("" "" "" ${ARGN})
     house_benchmark()
-    house_program(${name} SOURCES ${house_FILES} LINKS ${house_LINKS} benchmark::benchmark_main)
-    set_property(GLOBAL APPEND PROPERTY houseBenches ${name})
+    house_program(${name} SOURCES ${house_FILES} LINKS ${house_LINKS} benchmark::benchmark benchmark::benchmark_main)
 endfunction()
 
 if(HOUSE_TESTS OR HOUSE_FUZZ STREQUAL "REPLAY")
