@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-void platform::SecureWipe(void* bytes, std::size_t count)
+void SecureWipe(void* bytes, std::size_t count)
 {
     if (count != 0)
         explicit_bzero(bytes, count);

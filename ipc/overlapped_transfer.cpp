@@ -1,0 +1,79 @@
+#include "ipc/overlapped_transfer.h"
+
+OverlappedTransfer::OverlappedTransfer(HANDLE pipe) : pipe_(pipe), event_(CreateEventA(nullptr, TRUE, FALSE, nullptr))
+{
+    if (!event_)
+        error_ = GetLastError();
+    overlapped_.hEvent = event_.get();
+}
+
+OverlappedTransfer::~OverlappedTransfer()
+{
+    Cancel();
+}
+
+bool OverlappedTransfer::Started(BOOL completed)
+{
+    error_ = completed ? ERROR_SUCCESS : GetLastError();
+    pending_ = completed || error_ == ERROR_IO_PENDING;
+    return pending_;
+}
+
+bool OverlappedTransfer::Read(void* buffer, std::uint32_t count)
+{
+    return Started(ReadFile(pipe_, buffer, count, nullptr, &overlapped_));
+}
+
+bool OverlappedTransfer::Write(const void* buffer, std::uint32_t count)
+{
+    return Started(WriteFile(pipe_, buffer, count, nullptr, &overlapped_));
+}
+
+bool OverlappedTransfer::Connect()
+{
+    if (Started(ConnectNamedPipe(pipe_, &overlapped_)))
+        return true;
+    if (error_ != ERROR_PIPE_CONNECTED && error_ != ERROR_NO_DATA)
+        return false;
+
+    // Nothing is under way: the event stands for the connection that is already there.
+    overlapped_.Internal = 0;
+    SetEvent(event_.get());
+    error_ = ERROR_SUCCESS;
+    pending_ = true;
+    return true;
+}
+
+OverlappedTransfer::Outcome OverlappedTransfer::Wait(HANDLE stop, std::uint32_t milliseconds)
+{
+    const HANDLE handles[] = {stop, event_.get()};
+    switch (WaitForMultipleObjects(2, handles, FALSE, milliseconds)) {
+    case WAIT_OBJECT_0:
+        return Outcome::stopped;
+    case WAIT_OBJECT_0 + 1:
+        break;
+    case WAIT_TIMEOUT:
+        return Outcome::timedOut;
+    default:
+        error_ = GetLastError();
+        waitFailed_ = true;
+        return Outcome::failed;
+    }
+
+    pending_ = false;
+    if (GetOverlappedResult(pipe_, &overlapped_, &transferred_, FALSE))
+        return Outcome::done;
+    error_ = GetLastError();
+    return Outcome::failed;
+}
+
+void OverlappedTransfer::Cancel()
+{
+    if (!pending_)
+        return;
+    pending_ = false;
+    // The peer has no say in this: cancelling completes the operation whatever the other end does.
+    CancelIoEx(pipe_, &overlapped_);
+    DWORD ignored = 0;
+    GetOverlappedResult(pipe_, &overlapped_, &ignored, TRUE);
+}

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "core/platform/win32/scoped_handle.h"
+
+#include <cstdint>
+
+/// One overlapped operation on a pipe: its OVERLAPPED, its event, and the wait for the first of stop, completion and time-out.
+///
+/// An operation that is given up is cancelled and seen to its end before the object goes, so the system never writes into an
+/// OVERLAPPED or a buffer that is no longer there. Declare it after the buffer it transfers.
+class OverlappedTransfer {
+public:
+    enum class Outcome { done, stopped, timedOut, failed };
+
+    /// \param pipe must stay open as long as the object lives.
+    explicit OverlappedTransfer(HANDLE pipe);
+    ~OverlappedTransfer();
+    OverlappedTransfer(const OverlappedTransfer&) = delete;
+    OverlappedTransfer& operator=(const OverlappedTransfer&) = delete;
+
+    /// False when the system has no event to give; error() tells why.
+    bool isReady() const { return static_cast<bool>(event_); }
+
+    /// Each starts the operation; once per object. \return false when it failed at once; error() tells why.
+    bool Read(void* buffer, std::uint32_t count);
+    bool Write(const void* buffer, std::uint32_t count);
+    /// A client that connected before the call, even one that left again, counts as connected: what it wrote is still there to
+    /// read.
+    bool Connect();
+
+    /// \param stop ends the wait; it wins over a completion at the same moment.
+    Outcome Wait(HANDLE stop, std::uint32_t milliseconds);
+
+    /// Bytes transferred, once the outcome is `done`.
+    std::uint32_t transferred() const { return transferred_; }
+    /// The system's code for a failed start, or for the outcome `failed`.
+    std::uint32_t error() const { return error_; }
+    /// True when the wait itself failed, and not the operation.
+    bool waitFailed() const { return waitFailed_; }
+
+private:
+    bool Started(BOOL completed);
+    void Cancel();
+
+    HANDLE pipe_;
+    platform::ScopedHandle event_;
+    OVERLAPPED overlapped_ = {};
+    DWORD transferred_ = 0;
+    DWORD error_ = ERROR_SUCCESS;
+    bool pending_ = false;
+    bool waitFailed_ = false;
+};

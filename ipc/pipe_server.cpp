@@ -1,0 +1,127 @@
+#include "ipc/pipe_server.h"
+
+#include "core/auto_logger.h"
+#include "ipc/overlapped_transfer.h"
+
+#include <sddl.h>
+
+#include <memory>
+
+namespace {
+
+struct LocalFreer {
+    void operator()(void* memory) const { LocalFree(memory); }
+};
+using SecurityDescriptor = std::unique_ptr<void, LocalFreer>;
+
+constexpr DWORD noRequest = 0;
+constexpr DWORD openMode = PIPE_ACCESS_DUPLEX | WRITE_DAC | FILE_FLAG_OVERLAPPED;
+constexpr DWORD pipeMode = PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_WAIT;
+constexpr DWORD instances = 1;
+constexpr DWORD outBuffer = 0;
+constexpr DWORD inBuffer = 10;
+
+/// Integrity labels came with version 6.
+bool SystemHasIntegrityLabels()
+{
+    OSVERSIONINFOA version = {};
+    version.dwOSVersionInfoSize = sizeof version;
+    return GetVersionExA(&version) && version.dwMajorVersion >= 6;
+}
+
+/// A mandatory label of low integrity with no-write-up. Null, with the reason in the log, when the system does not take it.
+SecurityDescriptor LowIntegrityDescriptor(CCryptoAutoLogger& logger)
+{
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    if (!ConvertStringSecurityDescriptorToSecurityDescriptorA("S:(ML;;NW;;;LW)", SDDL_REVISION_1, &descriptor, nullptr)) {
+        logger.WriteErrorEx("The system refuses the low integrity label (%lu); the pipe is created without it", GetLastError());
+        return nullptr;
+    }
+    return SecurityDescriptor(descriptor);
+}
+
+} // namespace
+
+CCryptoPipeServer::CCryptoPipeServer(const char* name, bool secure, bool appendSession)
+    : CCryptoBasePipe(noRequest, defaultConnectTimeout, defaultReadTimeout, defaultWriteTimeout)
+{
+    CCryptoAutoLogger logger("CCryptoPipeServer::CCryptoPipeServer", 0, "Server:%s", name);
+    SetName(name, appendSession);
+    logger.setResult(CreatePipe(secure));
+}
+
+CCryptoPipeServer::~CCryptoPipeServer()
+{
+    close();
+}
+
+bool CCryptoPipeServer::CreatePipe(bool secure)
+{
+    CCryptoAutoLogger logger("CCryptoPipeServer::CreatePipe");
+
+    const SecurityDescriptor descriptor = secure && SystemHasIntegrityLabels() ? LowIntegrityDescriptor(logger) : nullptr;
+    SECURITY_ATTRIBUTES attributes = {sizeof attributes, descriptor.get(), TRUE};
+
+    open(CreateNamedPipeA(name().c_str(), openMode, pipeMode, instances, outBuffer, inBuffer, 0,
+                          descriptor ? &attributes : nullptr));
+    if (!isOpen()) {
+        logger.setLastWindowsError();
+        return false;
+    }
+    return logger.setResult(true);
+}
+
+bool CCryptoPipeServer::ConnectPipe()
+{
+    static constexpr const char* operation = "CCryptoPipeServer::ConnectPipe";
+    OverlappedTransfer connection(pipe());
+    OverlappedTransfer::Outcome outcome = OverlappedTransfer::Outcome::failed;
+    if (connection.isReady() && connection.Connect())
+        outcome = connection.Wait(stopEvent(), connectTimeout());
+
+    if (outcome == OverlappedTransfer::Outcome::done)
+        return true;
+    if (outcome == OverlappedTransfer::Outcome::stopped)
+        LogStop(operation);
+    if (outcome == OverlappedTransfer::Outcome::failed)
+        CCryptoAutoLogger(operation).setWindowsError(connection.error());
+    DisconnectNamedPipe(pipe());
+    return false;
+}
+
+bool CCryptoPipeServer::Read()
+{
+    if (!ConnectPipe())
+        return false;
+    if (!ReadRequest()) {
+        DisconnectNamedPipe(pipe());
+        return false;
+    }
+    CCryptoAutoLogger logger("CCryptoPipeServer::Read");
+    return logger.setResult(true);
+}
+
+bool CCryptoPipeServer::Write()
+{
+    CCryptoAutoLogger logger("CCryptoPipeServer::Write");
+    const bool written = WriteRequest();
+    if (written)
+        AwaitClose();
+    DisconnectNamedPipe(pipe());
+    return logger.setResult(written);
+}
+
+void CCryptoPipeServer::Disconnect()
+{
+    DisconnectNamedPipe(pipe());
+}
+
+void CCryptoPipeServer::AwaitClose()
+{
+    // Disconnecting throws away what the client has not read yet. A client closes when it has read its response, and that ends
+    // this read; whatever else it might send ends it as well.
+    char nothing;
+    OverlappedTransfer read(pipe());
+    if (read.isReady() && read.Read(&nothing, sizeof nothing))
+        read.Wait(stopEvent(), writeTimeout());
+}

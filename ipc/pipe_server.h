@@ -1,0 +1,33 @@
+#pragma once
+
+#include "ipc/base_pipe.h"
+
+#include <cstdint>
+
+/// The answering end of a pipe, for one client at a time: Read, look at the items, StartMessage, add items, Write; and again.
+class CCryptoPipeServer : public CCryptoBasePipe {
+public:
+    /// Creates the pipe at once; isListening() tells whether that worked. \param secure see CreatePipe.
+    CCryptoPipeServer(const char* name, bool secure, bool appendSession);
+    ~CCryptoPipeServer() override;
+
+    /// Creates the pipe's only instance.
+    /// \param secure lets processes of low integrity connect as well. Where the system refuses the label, that is logged as a
+    /// warning and the pipe is created without it, which keeps those processes out and lets no one else in.
+    bool CreatePipe(bool secure);
+    bool isListening() const { return isOpen(); }
+
+    /// Waits for a client, at most the connect time-out.
+    bool ConnectPipe();
+
+    /// Waits for a client and reads its request. On failure the client is disconnected, and the next Read waits for another.
+    bool Read();
+    /// Sends the message as the response and disconnects the client, once it has read the response and closed its end; it has the
+    /// write time-out to do so.
+    bool Write();
+    /// Disconnects the client without a response, for the requests that want none.
+    void Disconnect();
+
+private:
+    void AwaitClose();
+};
