@@ -1,0 +1,30 @@
+#pragma once
+
+#include "core/string.h"
+#include "ipc/gui_request.h"
+#include "ipc/pipe_client.h"
+
+#include <cstdint>
+
+/// The GUI server as its clients know it.
+class CGUI {
+public:
+    /// Where it listens, in front of the suffix of the logon session.
+    static constexpr const char* pipeName = "\\\\.\\pipe\\PennwickGUIServer";
+    virtual ~CGUI() = default;
+};
+
+/// One request to the GUI server, on a connection of its own.
+class CGUI_IPC : public CGUI, public CCryptoPipeClient {
+public:
+    /// The items follow in order: integers, and texts that are sent with their terminator.
+    template <typename... Items>
+    explicit CGUI_IPC(GuiRequestType type, const Items&... items)
+        : CCryptoPipeClient(pipeName, static_cast<std::int32_t>(type), true)
+    {
+        (Add(items), ...);
+    }
+
+    void Add(std::uint32_t value) { AddInt(value); }
+    void Add(const CCryptoString& text) { AddData(text.c_str()); }
+};
