@@ -7,8 +7,8 @@
 TEST(SecureWipe, ClearsExactlyTheGivenBytes)
 {
     std::array<unsigned char, 8> bytes{1, 2, 3, 4, 5, 6, 7, 8};
-    SecureWipe(bytes.data() + 2, 3);
-    SecureWipe(bytes.data(), 0);
-    SecureWipe(nullptr, 0);
+    platform::SecureWipe(bytes.data() + 2, 3);
+    platform::SecureWipe(bytes.data(), 0);
+    platform::SecureWipe(nullptr, 0);
     EXPECT_EQ(bytes, (std::array<unsigned char, 8>{1, 2, 0, 0, 0, 6, 7, 8}));
 }

@@ -2,8 +2,12 @@
 
 #include <cstring>
 
+namespace platform {
+
 void SecureWipe(void* bytes, std::size_t count)
 {
     if (count != 0)
         explicit_bzero(bytes, count);
 }
+
+} // namespace platform

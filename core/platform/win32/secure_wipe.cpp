@@ -2,8 +2,12 @@
 
 #include <windows.h>
 
+namespace platform {
+
 void SecureWipe(void* bytes, std::size_t count)
 {
     if (count != 0)
         SecureZeroMemory(bytes, count);
 }
+
+} // namespace platform
