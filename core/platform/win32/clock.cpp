@@ -1,0 +1,74 @@
+#include "core/platform/clock.h"
+
+#include <windows.h>
+
+#include <time.h>
+
+namespace platform {
+
+namespace {
+
+void FromFields(const tm& fields, CalendarTime& time)
+{
+    time = {fields.tm_year + 1900, fields.tm_mon + 1, fields.tm_mday, fields.tm_hour, fields.tm_min, fields.tm_sec, 0};
+}
+
+} // namespace
+
+CalendarTime LocalNow()
+{
+    SYSTEMTIME now{};
+    GetLocalTime(&now);
+    return {now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond, now.wMilliseconds};
+}
+
+std::int64_t MonotonicMilliseconds()
+{
+    return static_cast<std::int64_t>(GetTickCount64());
+}
+
+bool LocalToUnixSeconds(const CalendarTime& local, std::int64_t& seconds)
+{
+    tm fields{};
+    if (__builtin_sub_overflow(local.year, 1900, &fields.tm_year) || __builtin_sub_overflow(local.month, 1, &fields.tm_mon))
+        return false;
+    fields.tm_mday = local.day;
+    fields.tm_hour = local.hour;
+    fields.tm_min = local.minute;
+    fields.tm_sec = local.second;
+    fields.tm_isdst = -1;
+    // -1 is a time, too; only a success sets the day of the week.
+    fields.tm_wday = -1;
+    const __time64_t result = _mktime64(&fields);
+    if (result == -1 && fields.tm_wday == -1)
+        return false;
+    seconds = result;
+    return true;
+}
+
+bool UnixSecondsToLocal(std::int64_t seconds, CalendarTime& local)
+{
+    const __time64_t time = seconds;
+    tm fields{};
+    if (_localtime64_s(&fields, &time) != 0)
+        return false;
+    FromFields(fields, local);
+    return true;
+}
+
+bool UnixSecondsToUtc(std::int64_t seconds, CalendarTime& utc)
+{
+    const __time64_t time = seconds;
+    tm fields{};
+    if (_gmtime64_s(&fields, &time) != 0)
+        return false;
+    FromFields(fields, utc);
+    return true;
+}
+
+void SleepMilliseconds(std::uint32_t milliseconds)
+{
+    Sleep(milliseconds);
+}
+
+} // namespace platform
