@@ -4,7 +4,8 @@
 
 namespace platform {
 
-/// A mutex that processes of every user share by its name. One object may be used by several threads at once.
+/// A mutex that processes of every user share by its name. One object may be used by several threads at once; the thread that owns
+/// the mutex may take it again and gives it back as often. On POSIX it is a lock on the file NAME.mutex in /tmp.
 class NamedMutex {
 public:
     NamedMutex() = default;
@@ -12,7 +13,8 @@ public:
     NamedMutex(const NamedMutex&) = delete;
     NamedMutex& operator=(const NamedMutex&) = delete;
 
-    /// Opens the mutex of that name, or creates it, not owned and open to everyone. `name` holds no path separator.
+    /// Opens the mutex of that name, or creates it, not owned and open to everyone. `name` has 1 to 200 bytes and
+    /// holds neither "/" nor "\".
     /// \return false when neither is possible; LastError() tells why.
     bool open(const char* name);
     bool isOpen() const { return state_ != nullptr; }
@@ -20,6 +22,7 @@ public:
 
     /// Waits at most `milliseconds`. A mutex left behind by a dead owner counts as obtained. \return false on time-out or failure.
     bool lock(std::uint32_t milliseconds);
+    /// Does nothing when the calling thread is not the owner.
     void unlock();
 
 private:

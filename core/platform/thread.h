@@ -16,13 +16,15 @@ public:
     Thread(const Thread&) = delete;
     Thread& operator=(const Thread&) = delete;
 
-    /// Starts `entry(argument)`. \return false when the system refuses; LastError() tells why.
+    /// Starts `entry(argument)`; a thread held so far is closed first. \return false when the system refuses; LastError() tells
+    /// why.
     bool start(Entry entry, void* argument);
 
-    /// \return true when the thread has ended within `milliseconds` (`waitForever` waits without limit).
+    /// \return true when the thread has ended within `milliseconds` (`waitForever` waits without limit), or none was started.
+    /// Otherwise LastError() tells why: the system's code for a time-out, as a rule.
     bool wait(std::uint32_t milliseconds);
 
-    /// Ends the thread by force; what it owned is lost.
+    /// Ends the thread by force; what it owned is lost. On POSIX the real-time signal SIGRTMAX - 3 is used for it.
     void terminate();
 
     /// Gives the handle back; a thread that still runs goes on by itself.

@@ -1,0 +1,98 @@
+#include "core/platform/named_mutex.h"
+
+#include "core/platform/win32/wide.h"
+
+#include <windows.h>
+
+#include <array>
+#include <cstring>
+
+namespace platform {
+
+namespace {
+
+bool IsUsableName(const char* name)
+{
+    if (name == nullptr)
+        return false;
+    const std::size_t length = std::strlen(name);
+    return length >= 1 && length <= 200 && std::strpbrk(name, "/\\") == nullptr;
+}
+
+/// A descriptor that lets everyone wait for the object and no one do more.
+class EveryoneMayWait {
+public:
+    EveryoneMayWait()
+    {
+        std::array<unsigned char, SECURITY_MAX_SID_SIZE> everyone{};
+        DWORD size = static_cast<DWORD>(everyone.size());
+        made_ = CreateWellKnownSid(WinWorldSid, nullptr, everyone.data(), &size) &&
+                InitializeAcl(list(), sizeof(list_), ACL_REVISION) &&
+                AddAccessAllowedAce(list(), ACL_REVISION, SYNCHRONIZE, everyone.data()) &&
+                InitializeSecurityDescriptor(&descriptor_, SECURITY_DESCRIPTOR_REVISION) &&
+                SetSecurityDescriptorDacl(&descriptor_, TRUE, list(), FALSE);
+    }
+    EveryoneMayWait(const EveryoneMayWait&) = delete;
+    EveryoneMayWait& operator=(const EveryoneMayWait&) = delete;
+
+    bool made() const { return made_; }
+    SECURITY_ATTRIBUTES inheritable() { return {sizeof(SECURITY_ATTRIBUTES), &descriptor_, TRUE}; }
+
+private:
+    ACL* list() { return reinterpret_cast<ACL*>(list_); }
+
+    SECURITY_DESCRIPTOR descriptor_{};
+    alignas(ACL) unsigned char list_[sizeof(ACL) + sizeof(ACCESS_ALLOWED_ACE) + SECURITY_MAX_SID_SIZE]{};
+    bool made_ = false;
+};
+
+} // namespace
+
+NamedMutex::~NamedMutex()
+{
+    close();
+}
+
+bool NamedMutex::open(const char* name)
+{
+    close();
+    if (!IsUsableName(name)) {
+        SetLastError(ERROR_INVALID_NAME);
+        return false;
+    }
+    const std::wstring wide = Utf8ToWide(name);
+    state_ = OpenMutexW(SYNCHRONIZE, FALSE, wide.c_str());
+    if (state_ != nullptr || GetLastError() != ERROR_FILE_NOT_FOUND)
+        return state_ != nullptr;
+
+    EveryoneMayWait everyone;
+    if (!everyone.made())
+        return false;
+    SECURITY_ATTRIBUTES attributes = everyone.inheritable();
+    // Asks for no more than everyone is granted, so that it also succeeds when another user has created the mutex just now.
+    state_ = CreateMutexExW(&attributes, wide.c_str(), 0, SYNCHRONIZE);
+    return state_ != nullptr;
+}
+
+void NamedMutex::close()
+{
+    if (state_ != nullptr)
+        CloseHandle(state_);
+    state_ = nullptr;
+}
+
+bool NamedMutex::lock(std::uint32_t milliseconds)
+{
+    if (state_ == nullptr)
+        return false;
+    const DWORD result = WaitForSingleObject(state_, milliseconds);
+    return result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
+}
+
+void NamedMutex::unlock()
+{
+    if (state_ != nullptr)
+        ReleaseMutex(state_);
+}
+
+} // namespace platform

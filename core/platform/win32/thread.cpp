@@ -1,0 +1,70 @@
+#include "core/platform/thread.h"
+
+#include <windows.h>
+
+#include <process.h>
+
+#include <memory>
+
+namespace platform {
+
+namespace {
+
+struct Start {
+    Thread::Entry entry;
+    void* argument;
+};
+
+unsigned __stdcall Run(void* pointer)
+{
+    const std::unique_ptr<Start> owned(static_cast<Start*>(pointer));
+    const Start start = *owned;
+    start.entry(start.argument);
+    return 0;
+}
+
+} // namespace
+
+Thread::~Thread()
+{
+    close();
+}
+
+bool Thread::start(Entry entry, void* argument)
+{
+    close();
+    auto start = std::make_unique<Start>(Start{entry, argument});
+    unsigned id = 0;
+    const std::uintptr_t handle = _beginthreadex(nullptr, 0, Run, start.get(), 0, &id);
+    if (handle == 0)
+        return false;
+    static_cast<void>(start.release());
+    state_ = reinterpret_cast<void*>(handle);
+    id_ = id;
+    return true;
+}
+
+bool Thread::wait(std::uint32_t milliseconds)
+{
+    if (state_ == nullptr)
+        return true;
+    const DWORD result = WaitForSingleObject(state_, milliseconds);
+    if (result == WAIT_TIMEOUT)
+        SetLastError(WAIT_TIMEOUT);
+    return result == WAIT_OBJECT_0;
+}
+
+void Thread::terminate()
+{
+    if (state_ != nullptr)
+        TerminateThread(state_, 0);
+}
+
+void Thread::close()
+{
+    if (state_ != nullptr)
+        CloseHandle(state_);
+    state_ = nullptr;
+}
+
+} // namespace platform
