@@ -1,0 +1,125 @@
+#include "core/platform/file.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace platform {
+
+namespace {
+
+int FlagsOf(FileMode mode)
+{
+    switch (mode) {
+    case FileMode::read:
+        return O_RDONLY;
+    case FileMode::write:
+        return O_RDWR | O_CREAT | O_TRUNC;
+    case FileMode::append:
+        return O_WRONLY | O_CREAT | O_APPEND;
+    case FileMode::readWrite:
+        break;
+    }
+    return O_RDWR | O_CREAT;
+}
+
+int Descriptor(std::intptr_t handle)
+{
+    return static_cast<int>(handle);
+}
+
+} // namespace
+
+File::~File()
+{
+    close();
+}
+
+bool File::open(const char* name, FileMode mode)
+{
+    close();
+    if (name == nullptr) {
+        errno = EINVAL;
+        return false;
+    }
+    const int file = ::open(name, FlagsOf(mode) | O_CLOEXEC, 0666);
+    if (file < 0)
+        return false;
+    struct stat status = {};
+    if (fstat(file, &status) == 0 && S_ISDIR(status.st_mode)) {
+        ::close(file);
+        errno = EISDIR;
+        return false;
+    }
+    handle_ = file;
+    return true;
+}
+
+void File::close()
+{
+    if (isOpen())
+        ::close(Descriptor(handle_));
+    handle_ = closed;
+}
+
+std::int64_t File::readAt(std::uint64_t position, void* target, std::uint32_t count)
+{
+    auto* const bytes = static_cast<unsigned char*>(target);
+    std::uint32_t done = 0;
+    while (done < count) {
+        const ssize_t part = pread(Descriptor(handle_), bytes + done, count - done, static_cast<off_t>(position + done));
+        if (part < 0 && errno == EINTR)
+            continue;
+        if (part < 0)
+            return -1;
+        if (part == 0)
+            break;
+        done += static_cast<std::uint32_t>(part);
+    }
+    return done;
+}
+
+bool File::writeAt(std::uint64_t position, const void* source, std::uint32_t count)
+{
+    const auto* const bytes = static_cast<const unsigned char*>(source);
+    std::uint32_t done = 0;
+    while (done < count) {
+        const ssize_t part = pwrite(Descriptor(handle_), bytes + done, count - done, static_cast<off_t>(position + done));
+        if (part < 0 && errno == EINTR)
+            continue;
+        if (part <= 0)
+            return false;
+        done += static_cast<std::uint32_t>(part);
+    }
+    return true;
+}
+
+bool File::append(const void* source, std::uint32_t count)
+{
+    // A file opened for appending moves every write to its end by itself, whatever the position says.
+    const std::int64_t end = size();
+    return end >= 0 && writeAt(static_cast<std::uint64_t>(end), source, count);
+}
+
+std::int64_t File::size() const
+{
+    struct stat status = {};
+    return fstat(Descriptor(handle_), &status) == 0 ? status.st_size : -1;
+}
+
+bool File::truncate(std::uint64_t size)
+{
+    return ftruncate(Descriptor(handle_), static_cast<off_t>(size)) == 0;
+}
+
+bool File::Remove(const char* name)
+{
+    if (name == nullptr) {
+        errno = EINVAL;
+        return false;
+    }
+    return unlink(name) == 0;
+}
+
+} // namespace platform

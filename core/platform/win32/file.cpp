@@ -1,0 +1,161 @@
+#include "core/platform/file.h"
+
+#include "core/platform/win32/wide.h"
+
+#include <windows.h>
+
+namespace platform {
+
+namespace {
+
+struct ModeFlags {
+    DWORD access;
+    DWORD disposition;
+};
+
+ModeFlags FlagsOf(FileMode mode)
+{
+    switch (mode) {
+    case FileMode::read:
+        return {GENERIC_READ, OPEN_EXISTING};
+    case FileMode::write:
+        return {GENERIC_READ | GENERIC_WRITE, CREATE_ALWAYS};
+    case FileMode::append:
+        // The right to append without the right to write makes the system move every write to the end, other processes' included.
+        return {FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE, OPEN_ALWAYS};
+    case FileMode::readWrite:
+        break;
+    }
+    return {GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS};
+}
+
+/// The name as system calls take it: absolute and behind "\\?\" when it is longer than they allow otherwise.
+std::wstring SystemName(const char* name)
+{
+    const std::wstring wide = Utf8ToWide(name);
+    if (wide.starts_with(L"\\\\?\\") || wide.starts_with(L"\\\\.\\"))
+        return wide;
+    const DWORD needed = GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr);
+    if (needed < MAX_PATH)
+        return wide;
+    std::wstring full(needed, L'\0');
+    const DWORD length = GetFullPathNameW(wide.c_str(), needed, full.data(), nullptr);
+    if (length == 0 || length >= needed)
+        return wide;
+    full.resize(length);
+    return full.starts_with(L"\\\\") ? L"\\\\?\\UNC\\" + full.substr(2) : L"\\\\?\\" + full;
+}
+
+HANDLE HandleOf(std::intptr_t handle)
+{
+    return reinterpret_cast<HANDLE>(handle);
+}
+
+OVERLAPPED At(std::uint64_t position)
+{
+    OVERLAPPED place{};
+    place.Offset = static_cast<DWORD>(position);
+    place.OffsetHigh = static_cast<DWORD>(position >> 32);
+    return place;
+}
+
+// Stands for the end of the file at the moment of the write.
+constexpr std::uint64_t endOfFile = 0xFFFFFFFFFFFFFFFF;
+
+bool WriteAll(HANDLE file, std::uint64_t position, const void* source, std::uint32_t count)
+{
+    const auto* bytes = static_cast<const unsigned char*>(source);
+    while (count != 0) {
+        OVERLAPPED place = At(position);
+        DWORD part = 0;
+        if (!WriteFile(file, bytes, count, &part, &place) || part == 0)
+            return false;
+        bytes += part;
+        count -= part;
+        if (position != endOfFile)
+            position += part;
+    }
+    return true;
+}
+
+} // namespace
+
+File::~File()
+{
+    close();
+}
+
+bool File::open(const char* name, FileMode mode)
+{
+    close();
+    if (name == nullptr) {
+        SetLastError(ERROR_INVALID_NAME);
+        return false;
+    }
+    const ModeFlags flags = FlagsOf(mode);
+    const HANDLE file = CreateFileW(SystemName(name).c_str(), flags.access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                    nullptr, flags.disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+    // The system's value for no file is -1, too.
+    handle_ = reinterpret_cast<std::intptr_t>(file);
+    return isOpen();
+}
+
+void File::close()
+{
+    if (isOpen())
+        CloseHandle(HandleOf(handle_));
+    handle_ = closed;
+}
+
+std::int64_t File::readAt(std::uint64_t position, void* target, std::uint32_t count)
+{
+    auto* const bytes = static_cast<unsigned char*>(target);
+    std::uint32_t done = 0;
+    while (done < count) {
+        OVERLAPPED place = At(position + done);
+        DWORD part = 0;
+        if (!ReadFile(HandleOf(handle_), bytes + done, count - done, &part, &place)) {
+            if (GetLastError() == ERROR_HANDLE_EOF)
+                break;
+            return -1;
+        }
+        if (part == 0)
+            break;
+        done += part;
+    }
+    return done;
+}
+
+bool File::writeAt(std::uint64_t position, const void* source, std::uint32_t count)
+{
+    return WriteAll(HandleOf(handle_), position, source, count);
+}
+
+bool File::append(const void* source, std::uint32_t count)
+{
+    return WriteAll(HandleOf(handle_), endOfFile, source, count);
+}
+
+std::int64_t File::size() const
+{
+    LARGE_INTEGER size{};
+    return GetFileSizeEx(HandleOf(handle_), &size) ? size.QuadPart : -1;
+}
+
+bool File::truncate(std::uint64_t size)
+{
+    FILE_END_OF_FILE_INFO end{};
+    end.EndOfFile.QuadPart = static_cast<LONGLONG>(size);
+    return SetFileInformationByHandle(HandleOf(handle_), FileEndOfFileInfo, &end, sizeof(end)) != FALSE;
+}
+
+bool File::Remove(const char* name)
+{
+    if (name == nullptr) {
+        SetLastError(ERROR_INVALID_NAME);
+        return false;
+    }
+    return DeleteFileW(SystemName(name).c_str()) != FALSE;
+}
+
+} // namespace platform
