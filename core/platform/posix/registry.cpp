@@ -1,0 +1,274 @@
+#include "core/platform/registry.h"
+
+#include "core/platform/posix/registry_names.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <utility>
+
+namespace platform {
+
+namespace {
+
+/// A file descriptor with an owner.
+class Descriptor {
+public:
+    explicit Descriptor(int value = -1) : value_(value) {}
+    ~Descriptor()
+    {
+        if (value_ >= 0)
+            ::close(value_);
+    }
+    Descriptor(Descriptor&& other) noexcept : value_(std::exchange(other.value_, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept
+    {
+        std::swap(value_, other.value_);
+        return *this;
+    }
+
+    explicit operator bool() const { return value_ >= 0; }
+    int get() const { return value_; }
+
+private:
+    int value_;
+};
+
+/// The access is kept because a key refuses what it was not opened for, as on Windows.
+struct Key {
+    Descriptor folder;
+    RegistryAccess access;
+};
+
+const Key* KeyOf(void* handle)
+{
+    return static_cast<const Key*>(handle);
+}
+
+std::uint32_t LastStatus()
+{
+    // Something that is no folder on the way to a key means that there is no such key.
+    return static_cast<std::uint32_t>(errno == ENOTDIR ? ENOENT : errno);
+}
+
+std::string Environment(const char* name)
+{
+    const char* const value = secure_getenv(name);
+    return value != nullptr ? value : "";
+}
+
+std::string FolderOf(RegistryHive hive)
+{
+    if (hive == RegistryHive::localMachine) {
+        const std::string redirected = Environment("CRYPTO_REGISTRY_MACHINE");
+        return !redirected.empty() ? redirected : "/etc/xdg/crypto/registry";
+    }
+    const std::string redirected = Environment("CRYPTO_REGISTRY_USER");
+    if (!redirected.empty())
+        return redirected;
+    const std::string configuration = Environment("XDG_CONFIG_HOME");
+    // Relative paths are to be passed over, says the XDG base directory specification.
+    if (configuration.starts_with('/'))
+        return configuration + "/crypto/registry";
+    const std::string home = Environment("HOME");
+    return home.starts_with('/') ? home + "/.config/crypto/registry" : std::string();
+}
+
+/// Makes the folder and those above it.
+void MakeFolders(const std::string& path, mode_t mode)
+{
+    for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1))
+        mkdir(path.substr(0, end).c_str(), mode);
+    mkdir(path.c_str(), mode);
+}
+
+Descriptor OpenFolder(int parent, const std::string& name)
+{
+    return Descriptor(openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+/// Walks from `folder` down the path; folders that are missing are made when `create` says so.
+std::uint32_t Walk(Descriptor folder, const char* path, bool create, Descriptor& reached)
+{
+    std::vector<std::string> components;
+    if (!SplitKeyPath(path, components))
+        return EINVAL;
+    for (const std::string& component : components) {
+        const std::string entry = FindEntry(folder.get(), component);
+        if (create && mkdirat(folder.get(), entry.c_str(), 0777) != 0 && errno != EEXIST)
+            return LastStatus();
+        folder = OpenFolder(folder.get(), entry);
+        if (!folder)
+            return LastStatus();
+    }
+    reached = std::move(folder);
+    return registrySuccess;
+}
+
+std::uint32_t WalkFromHive(RegistryHive hive, const char* path, bool create, Descriptor& reached)
+{
+    const std::string root = FolderOf(hive);
+    if (create && !root.empty())
+        MakeFolders(root, hive == RegistryHive::currentUser ? 0700 : 0755);
+    Descriptor folder = OpenFolder(AT_FDCWD, root);
+    return folder ? Walk(std::move(folder), path, create, reached) : LastStatus();
+}
+
+bool WriteAll(int file, const char* text, std::size_t length)
+{
+    while (length != 0) {
+        const ssize_t part = write(file, text, length);
+        if (part < 0 && errno == EINTR)
+            continue;
+        if (part <= 0)
+            return false;
+        text += part;
+        length -= static_cast<std::size_t>(part);
+    }
+    return true;
+}
+
+/// \return the number of bytes read; -1 on failure.
+ssize_t ReadUpTo(int file, void* buffer, std::size_t size)
+{
+    std::size_t done = 0;
+    while (done < size) {
+        const ssize_t part = read(file, static_cast<char*>(buffer) + done, size - done);
+        if (part < 0 && errno == EINTR)
+            continue;
+        if (part < 0)
+            return -1;
+        if (part == 0)
+            break;
+        done += static_cast<std::size_t>(part);
+    }
+    return static_cast<ssize_t>(done);
+}
+
+} // namespace
+
+RegistryKey::~RegistryKey()
+{
+    close();
+}
+
+RegistryKey::RegistryKey(RegistryKey&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
+
+RegistryKey& RegistryKey::operator=(RegistryKey&& other) noexcept
+{
+    std::swap(handle_, other.handle_);
+    return *this;
+}
+
+std::uint32_t RegistryKey::open(RegistryHive hive, const char* path, RegistryAccess access)
+{
+    close();
+    Descriptor folder;
+    const std::uint32_t status = WalkFromHive(hive, path, false, folder);
+    if (status == registrySuccess)
+        handle_ = new Key{std::move(folder), access};
+    return status;
+}
+
+std::uint32_t RegistryKey::openBelow(const RegistryKey& parent, const char* path, RegistryAccess access)
+{
+    Descriptor folder;
+    const std::uint32_t status =
+        parent.isOpen() ? Walk(OpenFolder(KeyOf(parent.handle_)->folder.get(), "."), path, false, folder) : EBADF;
+    close();
+    if (status == registrySuccess)
+        handle_ = new Key{std::move(folder), access};
+    return status;
+}
+
+std::uint32_t RegistryKey::create(RegistryHive hive, const char* path, bool)
+{
+    close();
+    Descriptor folder;
+    const std::uint32_t status = WalkFromHive(hive, path, true, folder);
+    if (status == registrySuccess)
+        handle_ = new Key{std::move(folder), RegistryAccess::write};
+    return status;
+}
+
+std::uint32_t RegistryKey::queryValue(const char* name, void* buffer, std::uint32_t& size, bool& isText) const
+{
+    isText = true;
+    if (!isOpen())
+        return EBADF;
+    const Key& key = *KeyOf(handle_);
+    if (key.access == RegistryAccess::write)
+        return EACCES;
+    const std::string fileName = ValueFileName(name);
+    if (fileName.empty())
+        return EINVAL;
+    // A pipe that somebody put in the place of the file does not block.
+    const Descriptor file(
+        openat(key.folder.get(), FindEntry(key.folder.get(), fileName).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    struct stat status = {};
+    if (!file || fstat(file.get(), &status) != 0)
+        return LastStatus();
+    if (!S_ISREG(status.st_mode))
+        return registryNotFound;
+    if (status.st_size > size) {
+        size = static_cast<std::uint32_t>(std::min<off_t>(status.st_size, UINT32_MAX));
+        return registryMoreData;
+    }
+    const ssize_t length = ReadUpTo(file.get(), buffer, size);
+    if (length < 0)
+        return LastStatus();
+    size = static_cast<std::uint32_t>(length);
+    return registrySuccess;
+}
+
+std::uint32_t RegistryKey::setText(const char* name, const char* text, std::uint32_t length)
+{
+    if (!isOpen())
+        return EBADF;
+    const Key& key = *KeyOf(handle_);
+    if (key.access != RegistryAccess::write)
+        return EACCES;
+    const std::string fileName = ValueFileName(name);
+    if (fileName.empty())
+        return EINVAL;
+    const int folder = key.folder.get();
+    // Written aside and then moved, so that a reader sees the old value or the new one. No value name begins with a dot.
+    const std::string aside = ".new-" + std::to_string(gettid());
+    const Descriptor file(openat(folder, aside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666));
+    if (!file)
+        return LastStatus();
+    if (WriteAll(file.get(), text, length) && renameat(folder, aside.c_str(), folder, FindEntry(folder, fileName).c_str()) == 0)
+        return registrySuccess;
+    const std::uint32_t status = LastStatus();
+    unlinkat(folder, aside.c_str(), 0);
+    return status;
+}
+
+std::uint32_t RegistryKey::enumerate(std::uint32_t index, char* name, std::uint32_t size) const
+{
+    if (!isOpen())
+        return EBADF;
+    const Key& key = *KeyOf(handle_);
+    if (key.access != RegistryAccess::read)
+        return EACCES;
+    const std::vector<std::string> names = SubFolders(key.folder.get());
+    if (index >= names.size())
+        return registryNoMoreItems;
+    const std::string& found = names[index];
+    if (found.size() >= size)
+        return registryMoreData;
+    std::memcpy(name, found.c_str(), found.size() + 1);
+    return registrySuccess;
+}
+
+void RegistryKey::close()
+{
+    delete KeyOf(handle_);
+    handle_ = nullptr;
+}
+
+} // namespace platform
