@@ -2,6 +2,10 @@
 
 #include <cstdint>
 
+// Windows' headers declare a global type `boolean`, which a scoped enumerator does no harm to.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wshadow"
+
 /// What an `element` is: a value of some kind, or a token of the template language. Codes 58 to 85 are the ASN.1 types.
 enum class ElementType : std::uint32_t {
     none = 0,
@@ -78,6 +82,8 @@ enum class ElementType : std::uint32_t {
     explicitTag = 88,
     constructed = 89,
 };
+
+#pragma GCC diagnostic pop
 
 /// How a token is written; null for value kinds and unknown codes.
 const char* TokenText(ElementType type);
