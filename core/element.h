@@ -31,8 +31,9 @@ public:
     /// Text of UTF-8 bytes made from 16-bit units. A surrogate without its partner is kept as a sequence of its own, so that every
     /// Windows file name comes back unchanged from toUtf16.
     static element FromUtf16(const char16_t* units, std::uint32_t count);
-    /// The bytes that standard base64 text (RFC 4648, 4) stands for. White space is passed over; decoding ends at the padding.
-    /// \return empty, with a logged error, when another character stands in the text or a group is cut short.
+    /// The bytes that standard base64 text (RFC 4648, 4) stands for. White space is passed over.
+    /// A last group without its padding is accepted; one cut inside a byte is logged and gives the whole bytes before the cut.
+    /// \return empty, with a logged error, when another character stands in the text.
     static element FromBase64(std::string_view text);
 
     element(const element& other);

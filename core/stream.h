@@ -36,11 +36,11 @@ public:
 
     void WriteByte(std::uint8_t byte);
     void Write(const void* bytes, std::uint32_t count);
-    void WriteWord16(std::uint16_t value);
+    void WriteWord16(std::uint16_t value) { writeBigEndian(value, 2); }
     /// The low 24 bits.
-    void WriteWord24(std::uint32_t value);
-    void WriteWord32(std::uint32_t value);
-    void WriteWord64(std::uint64_t value);
+    void WriteWord24(std::uint32_t value) { writeBigEndian(value, 3); }
+    void WriteWord32(std::uint32_t value) { writeBigEndian(value, 4); }
+    void WriteWord64(std::uint64_t value) { writeBigEndian(value, 8); }
 
     /// The bytes up to a line feed or a carriage return, which is consumed with its complement where one follows that is not the
     /// last byte of the buffer. \return true when a terminator was seen or the line is not empty.
@@ -52,6 +52,8 @@ public:
     void reset();
 
 private:
+    void writeBigEndian(std::uint64_t value, std::uint32_t count);
+
     element own_;
     element* buffer_ = &own_;
     std::uint32_t position_ = 0;

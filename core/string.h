@@ -30,6 +30,7 @@ public:
     explicit CCryptoString(std::int32_t number);
     /// Text kinds and values without a kind are taken as bytes; any other element as its toString().
     explicit CCryptoString(const element& value);
+    /// The character in UTF-8. This and the other two operations on characters are defined with CCryptoChar.
     explicit CCryptoString(const CCryptoChar& character);
     CCryptoString(const CCryptoString& first, const CCryptoString& second);
     CCryptoString(const CCryptoString& first, const char* second);
@@ -39,10 +40,11 @@ public:
     static CCryptoString FromUtf16(const char16_t* units, std::uint32_t count);
     static CCryptoString FromUtf16(const char16_t* terminated);
 
-    CCryptoString(const CCryptoString& other) = default;
-    CCryptoString(CCryptoString&& other) noexcept = default;
-    CCryptoString& operator=(const CCryptoString& other) = default;
-    CCryptoString& operator=(CCryptoString&& other) noexcept = default;
+    CCryptoString(const CCryptoString& other);
+    /// Leaves `other` empty.
+    CCryptoString(CCryptoString&& other) noexcept;
+    CCryptoString& operator=(const CCryptoString& other);
+    CCryptoString& operator=(CCryptoString&& other) noexcept;
     virtual ~CCryptoString() = default;
 
     CCryptoString& operator=(const char* text);
@@ -89,8 +91,9 @@ private:
     };
 
     void classify(std::string_view appended);
-    void assign(std::string_view text);
+    void copyBytes(const CCryptoString& other);
 
+    // With storage, a zero byte always stands behind the last byte.
     element data_{ElementType::text};
     element scratch_;
     Scan scan_;

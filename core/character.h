@@ -1,0 +1,51 @@
+#pragma once
+
+#include <bit>
+#include <compare>
+#include <cstdint>
+
+class CCryptoStream;
+
+/// How a character is laid out in a stream.
+enum class CharacterEncoding : std::uint32_t {
+    Latin1 = 1,  ///< one byte
+    Utf8 = 2,    ///< one to four bytes, RFC 3629 with the old upper limit 0x1FFFFF
+    Utf16 = 3,   ///< big-endian units, surrogate pairs joined
+    Wchar16 = 4, ///< one little-endian unit
+};
+
+/// One character: a code point that streams hold in one of four encodings.
+class CCryptoChar {
+public:
+    CCryptoChar() = default;
+    explicit CCryptoChar(std::uint32_t codePoint) : codePoint_(codePoint) {}
+    /// Reads one character when the stream has unread bytes; code point 0, logged, when they are none.
+    CCryptoChar(CCryptoStream& stream, CharacterEncoding encoding);
+    CCryptoChar(const CCryptoChar&) = default;
+    CCryptoChar& operator=(const CCryptoChar&) = default;
+    virtual ~CCryptoChar() = default;
+
+    std::uint32_t codePoint() const { return codePoint_; }
+    /// The number of significant bits of the code point; 0 for code point 0.
+    std::uint32_t bitLength() const { return static_cast<std::uint32_t>(std::bit_width(codePoint_)); }
+
+    /// \return false at end of data, and for bytes that are no character; the position is then behind the bytes looked at.
+    bool Read(CCryptoStream& stream, CharacterEncoding encoding);
+    /// \return false when the encoding cannot hold the character; nothing is then written.
+    ///
+    /// As UTF-16 a character beyond U+FFFF is written without first subtracting 0x10000 from it: stored data was written that way.
+    bool Write(CCryptoStream& stream, CharacterEncoding encoding) const;
+
+    bool operator==(const CCryptoChar& other) const { return codePoint_ == other.codePoint_; }
+    std::strong_ordering operator<=>(const CCryptoChar& other) const { return codePoint_ <=> other.codePoint_; }
+
+private:
+    bool readUtf8(CCryptoStream& stream);
+    bool readUtf16(CCryptoStream& stream);
+    bool readWchar16(CCryptoStream& stream);
+    bool writeLatin1(CCryptoStream& stream) const;
+    bool writeUtf16(CCryptoStream& stream) const;
+    bool writeWchar16(CCryptoStream& stream) const;
+
+    std::uint32_t codePoint_ = 0;
+};

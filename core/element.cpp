@@ -1,0 +1,225 @@
+#include "core/element.h"
+
+#include "core/log_writers.h"
+#include "core/platform/secure_wipe.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+namespace {
+
+std::atomic<bool> wipeReleased{true};
+
+constexpr std::uint32_t longestLength = 0xFFFFFFFF;
+constexpr std::uint32_t leastGrowth = 256;
+
+[[noreturn]] void EndOutOfMemory()
+{
+    WriteErrorEx_G("FATAL Memory allocation error!");
+    WriteErrorEx_G("FATAL MEMORY ALLOCATION ERROR");
+    std::exit(1);
+}
+
+std::uint32_t LengthOf(std::string_view text)
+{
+    if (text.size() > longestLength)
+        EndOutOfMemory();
+    return static_cast<std::uint32_t>(text.size());
+}
+
+std::uint32_t SumOf(std::uint32_t length, std::uint32_t more)
+{
+    if (more > longestLength - length)
+        EndOutOfMemory();
+    return length + more;
+}
+
+} // namespace
+
+element::element(const char* text) : element(text != nullptr ? std::string_view(text) : std::string_view()) {}
+
+element::element(std::string_view text) : element(text.data(), LengthOf(text), ElementType::text) {}
+
+element::element(const void* bytes, std::uint32_t length, ElementType type) : type_(type)
+{
+    append(bytes, length);
+}
+
+element::element(std::uint32_t number) : type_(ElementType::integer)
+{
+    const std::uint8_t bytes[] = {static_cast<std::uint8_t>(number >> 24), static_cast<std::uint8_t>(number >> 16),
+                                  static_cast<std::uint8_t>(number >> 8), static_cast<std::uint8_t>(number)};
+    std::uint32_t leading = 0;
+    while (leading < 3 && bytes[leading] == 0)
+        ++leading;
+    append(bytes + leading, 4 - leading);
+}
+
+element element::FromTruth(bool value)
+{
+    element truth(ElementType::truth);
+    truth.append(static_cast<std::uint8_t>(value ? 1 : 0));
+    return truth;
+}
+
+element::element(const element& other) : type_(other.type_), negative_(other.negative_)
+{
+    append(other.data_, other.length_);
+}
+
+element::element(element&& other) noexcept
+    : data_(std::exchange(other.data_, nullptr)), length_(std::exchange(other.length_, 0)),
+      capacity_(std::exchange(other.capacity_, 0)), type_(other.type_), negative_(other.negative_)
+{
+}
+
+element& element::operator=(const element& other)
+{
+    if (this != &other) {
+        assign(other.data_, other.length_);
+        type_ = other.type_;
+        negative_ = other.negative_;
+    }
+    return *this;
+}
+
+element& element::operator=(element&& other) noexcept
+{
+    std::swap(data_, other.data_);
+    std::swap(length_, other.length_);
+    std::swap(capacity_, other.capacity_);
+    type_ = other.type_;
+    negative_ = other.negative_;
+    if (this != &other)
+        other.clear();
+    return *this;
+}
+
+element::~element()
+{
+    release();
+}
+
+void element::release() noexcept
+{
+    if (data_ == nullptr)
+        return;
+    if (wipeReleased.load(std::memory_order_relaxed))
+        platform::SecureWipe(data_, capacity_);
+    std::free(data_);
+}
+
+void element::grow(std::uint32_t size)
+{
+    std::uint32_t capacity = size;
+    if (data_ != nullptr) {
+        const std::uint64_t wanted = size + std::max<std::uint64_t>(leastGrowth, size / 5);
+        capacity = static_cast<std::uint32_t>(std::min<std::uint64_t>(wanted, longestLength));
+    }
+    auto* storage = static_cast<std::uint8_t*>(std::malloc(capacity));
+    if (storage == nullptr)
+        EndOutOfMemory();
+    if (length_ != 0)
+        std::memcpy(storage, data_, length_);
+    release();
+    data_ = storage;
+    capacity_ = capacity;
+}
+
+std::uint8_t element::operator[](std::uint32_t index) const
+{
+    if (index >= length_) {
+        WriteErrorEx_G("Const buffer overflow access: %u>%u", index, length_);
+        return 0;
+    }
+    return data_[index];
+}
+
+void element::resize(std::uint32_t length)
+{
+    if (length > length_) {
+        reserve(length);
+        std::memset(data_ + length_, 0, length - length_);
+    } else if (length < length_) {
+        platform::SecureWipe(data_ + length, length_ - length);
+    }
+    length_ = length;
+}
+
+void element::append(const void* bytes, std::uint32_t length)
+{
+    if (length == 0)
+        return;
+    const std::uint32_t sum = SumOf(length_, length);
+    const auto* source = static_cast<const std::uint8_t*>(bytes);
+    if (sum > capacity_ && std::less_equal<>()(data_, source) && std::less<>()(source, data_ + length_)) {
+        // The bytes lie in the storage that growth is about to release.
+        const element copy(bytes, length);
+        reserve(sum);
+        std::memcpy(data_ + length_, copy.data_, length);
+    } else {
+        reserve(sum);
+        std::memmove(data_ + length_, source, length);
+    }
+    length_ = sum;
+}
+
+void element::append(std::uint8_t byte)
+{
+    reserve(SumOf(length_, 1));
+    data_[length_++] = byte;
+}
+
+void element::assign(const void* bytes, std::uint32_t length)
+{
+    if (length > capacity_) {
+        element fresh(bytes, length, type_);
+        fresh.negative_ = negative_;
+        *this = std::move(fresh);
+        return;
+    }
+    if (length != 0)
+        std::memmove(data_, bytes, length);
+    if (length < length_)
+        platform::SecureWipe(data_ + length, length_ - length);
+    length_ = length;
+}
+
+void element::erase(std::uint32_t index, std::uint32_t count)
+{
+    if (index >= length_ || count == 0)
+        return;
+    count = std::min(count, length_ - index);
+    std::memmove(data_ + index, data_ + index + count, length_ - index - count);
+    resize(length_ - count);
+}
+
+void element::clear()
+{
+    resize(0);
+}
+
+const char* element::terminate()
+{
+    reserve(SumOf(length_, 1));
+    data_[length_] = 0;
+    return reinterpret_cast<const char*>(data_);
+}
+
+bool element::operator==(const element& other) const
+{
+    if (type_ != other.type_ || negative_ != other.negative_ || length_ != other.length_)
+        return false;
+    std::uint8_t difference = 0;
+    for (std::uint32_t index = 0; index < length_; ++index)
+        difference = static_cast<std::uint8_t>(difference | (data_[index] ^ other.data_[index]));
+    return difference == 0;
+}
+
+void element::WipeReleasedBuffers(bool wipe)
+{
+    wipeReleased = wipe;
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "core/element.h"
+
+#include <cstdint>
+#include <span>
+
+/// The largest code point that four UTF-8 bytes can carry, beyond what Unicode assigns.
+constexpr std::uint32_t largestUtf8CodePoint = 0x1FFFFF;
+constexpr std::uint32_t largestCodePoint = 0x10FFFF;
+
+constexpr bool IsHighSurrogate(std::uint32_t unit)
+{
+    return unit >= 0xD800 && unit <= 0xDBFF;
+}
+constexpr bool IsLowSurrogate(std::uint32_t unit)
+{
+    return unit >= 0xDC00 && unit <= 0xDFFF;
+}
+
+/// How many continuation bytes (0x80 to 0xBF) follow the lead byte of a sequence of several bytes; 0 for any other byte.
+constexpr std::uint32_t Utf8ContinuationCount(std::uint8_t lead)
+{
+    if (lead < 0xC0 || lead > 0xF7)
+        return 0;
+    return lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
+}
+
+constexpr bool IsUtf8Continuation(std::uint8_t byte)
+{
+    return (byte & 0xC0) == 0x80;
+}
+
+/// Appends one to four bytes. Surrogates are encoded like any other value. \return false, nothing appended, above 0x1FFFFF.
+bool EncodeUtf8(std::uint32_t codePoint, element& target);
+
+/// Reads the character at the start of `bytes`; overlong forms are accepted.
+/// \return the number of bytes it takes, 0 when they are no complete character.
+std::uint32_t DecodeUtf8(std::span<const std::uint8_t> bytes, std::uint32_t& codePoint);
