@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
-#include <cstring>
+#include <functional>
 #include <utility>
 
 namespace {
@@ -21,13 +21,6 @@ constexpr std::uint32_t leastGrowth = 256;
     WriteErrorEx_G("FATAL Memory allocation error!");
     WriteErrorEx_G("FATAL MEMORY ALLOCATION ERROR");
     std::exit(1);
-}
-
-std::uint32_t LengthOf(std::string_view text)
-{
-    if (text.size() > longestLength)
-        EndOutOfMemory();
-    return static_cast<std::uint32_t>(text.size());
 }
 
 std::uint32_t SumOf(std::uint32_t length, std::uint32_t more)
@@ -149,28 +142,24 @@ void element::resize(std::uint32_t length)
     length_ = length;
 }
 
-void element::append(const void* bytes, std::uint32_t length)
+std::uint32_t element::LengthOf(std::string_view text)
 {
-    if (length == 0)
-        return;
-    const std::uint32_t sum = SumOf(length_, length);
-    const auto* source = static_cast<const std::uint8_t*>(bytes);
-    if (sum > capacity_ && std::less_equal<>()(data_, source) && std::less<>()(source, data_ + length_)) {
-        // The bytes lie in the storage that growth is about to release.
-        const element copy(bytes, length);
-        reserve(sum);
-        std::memcpy(data_ + length_, copy.data_, length);
-    } else {
-        reserve(sum);
-        std::memmove(data_ + length_, source, length);
-    }
-    length_ = sum;
+    if (text.size() > longestLength)
+        EndOutOfMemory();
+    return static_cast<std::uint32_t>(text.size());
 }
 
-void element::append(std::uint8_t byte)
+void element::appendGrowing(const void* bytes, std::uint32_t length, std::uint32_t spare)
 {
-    reserve(SumOf(length_, 1));
-    data_[length_++] = byte;
+    // The bytes may lie in the storage that growth is about to give up.
+    const std::less<> isBefore;
+    const auto* source = static_cast<const std::uint8_t*>(bytes);
+    const bool own = data_ != nullptr && !isBefore(source, data_) && isBefore(source, data_ + length_);
+    const std::ptrdiff_t offset = own ? source - data_ : 0;
+    reserve(SumOf(SumOf(length_, length), spare));
+    if (length != 0)
+        std::memmove(data_ + length_, own ? data_ + offset : source, length);
+    length_ += length;
 }
 
 void element::assign(const void* bytes, std::uint32_t length)

@@ -3,6 +3,7 @@
 #include "core/element_type.h"
 
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string_view>
 
@@ -69,8 +70,18 @@ public:
     }
     /// Cuts, or lengthens with zero bytes.
     void resize(std::uint32_t length);
-    void append(const void* bytes, std::uint32_t length);
-    void append(std::uint8_t byte);
+    /// The bytes may be the element's own. `spare` more bytes have room behind them afterwards.
+    void append(const void* bytes, std::uint32_t length, std::uint32_t spare = 0)
+    {
+        if (std::uint64_t{length_} + length + spare > capacity_) {
+            appendGrowing(bytes, length, spare);
+        } else if (length != 0) {
+            std::memmove(data_ + length_, bytes, length);
+            length_ += length;
+        }
+    }
+    void append(std::string_view text, std::uint32_t spare = 0) { append(text.data(), LengthOf(text), spare); }
+    void append(std::uint8_t byte) { append(&byte, 1); }
     void assign(const void* bytes, std::uint32_t length);
     /// Removes up to `count` bytes from `index` on, and wipes the room they leave.
     void erase(std::uint32_t index, std::uint32_t count);
@@ -101,7 +112,9 @@ public:
     static void WipeReleasedBuffers(bool wipe);
 
 private:
+    static std::uint32_t LengthOf(std::string_view text);
     void grow(std::uint32_t size);
+    void appendGrowing(const void* bytes, std::uint32_t length, std::uint32_t spare);
     void release() noexcept;
 
     std::uint8_t* data_ = nullptr;

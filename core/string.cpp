@@ -29,18 +29,32 @@ bool IsTakenAsBytes(ElementType type)
     }
 }
 
-/// The first byte of `text` from `index` on that is not ASCII, eight bytes a step.
-std::size_t SkipAscii(std::string_view text, std::size_t index)
+template <typename Word>
+Word LoadWord(const char* bytes)
+{
+    Word word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    return word;
+}
+
+/// Looks at eight bytes a step, the last step overlapping the one before: most pieces of text take one or two.
+bool IsAscii(std::string_view text)
 {
     constexpr std::uint64_t highBits = 0x8080808080808080;
-    for (std::uint64_t word = 0; index + sizeof word <= text.size(); index += sizeof word) {
-        std::memcpy(&word, text.data() + index, sizeof word);
-        if ((word & highBits) != 0)
-            break;
+    const char* const bytes = text.data();
+    const std::size_t count = text.size();
+    std::uint64_t seen = 0;
+    if (count >= 8) {
+        for (std::size_t index = 0; index + 8 < count; index += 8)
+            seen |= LoadWord<std::uint64_t>(bytes + index);
+        seen |= LoadWord<std::uint64_t>(bytes + count - 8);
+    } else if (count >= 4) {
+        seen = LoadWord<std::uint32_t>(bytes) | LoadWord<std::uint32_t>(bytes + count - 4);
+    } else {
+        for (const char byte : text)
+            seen |= static_cast<std::uint8_t>(byte);
     }
-    while (index < text.size() && static_cast<std::uint8_t>(text[index]) < 0x80)
-        ++index;
-    return index;
+    return (seen & highBits) == 0;
 }
 
 } // namespace
@@ -128,7 +142,7 @@ void CCryptoString::copyBytes(const CCryptoString& other)
     data_.setType(other.data_.type());
     if (!other.isEmpty()) {
         data_.reserve(other.length() + 1);
-        data_.append(other.data_.data(), other.length());
+        data_.append(other.view());
         data_.terminate();
     }
 }
@@ -180,13 +194,12 @@ CCryptoString& CCryptoString::append(std::string_view text)
     if (text.empty())
         return *this;
     const std::uint32_t before = data_.length();
-    const auto added = static_cast<std::uint32_t>(text.size());
+    const bool ascii = IsAscii(text);
     // Room for the terminator at once, so that an append grows the buffer at most once.
-    if (data_.capacity() - before <= added && !(text.data() >= data_.view().data() && text.data() < data_.view().data() + before))
-        data_.reserve(before + added + 1);
-    data_.append(text.data(), added);
-    data_.terminate();
-    classify(data_.view().substr(before));
+    data_.append(text, 1);
+    data_.data()[data_.length()] = 0;
+    if (!scan_.broken && (scan_.expected != 0 || !ascii))
+        classify(data_.view().substr(before));
     return *this;
 }
 
@@ -206,19 +219,18 @@ void CCryptoString::clear()
 
 void CCryptoString::classify(std::string_view appended)
 {
-    for (std::size_t index = 0; index < appended.size() && !scan_.broken; ++index) {
-        if (scan_.expected == 0) {
-            index = SkipAscii(appended, index);
-            if (index == appended.size())
-                break;
-            scan_.expected = static_cast<std::uint8_t>(Utf8ContinuationCount(static_cast<std::uint8_t>(appended[index])));
-        } else if (!IsUtf8Continuation(static_cast<std::uint8_t>(appended[index]))) {
+    for (const char character : appended) {
+        const auto byte = static_cast<std::uint8_t>(character);
+        if (scan_.expected == 0)
+            scan_.expected = static_cast<std::uint8_t>(Utf8ContinuationCount(byte));
+        else if (!IsUtf8Continuation(byte))
             scan_.broken = true;
-        } else if (--scan_.expected == 0) {
+        else if (--scan_.expected == 0)
             scan_.complete = true;
-        }
+        if (scan_.broken)
+            break;
     }
-    const bool utf8 = scan_.complete && !scan_.broken && scan_.expected == 0;
+    const bool utf8 = scan_.complete && scan_.expected == 0 && !scan_.broken;
     data_.setType(utf8 ? ElementType::utf8Text : ElementType::text);
 }
 
