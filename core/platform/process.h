@@ -11,6 +11,8 @@ std::uint32_t CurrentThreadId();
 
 /// The code of the calling thread's last failed system call (GetLastError, errno).
 std::uint32_t LastError();
+/// Puts a code back, so that work done in between stays unseen.
+void SetLastError(std::uint32_t code);
 
 /// The system's own text for `code` in the default language, line end included where the system adds one; empty when it has none.
 std::string SystemErrorText(std::uint32_t code);

@@ -42,6 +42,11 @@ std::uint32_t LastError()
     return static_cast<std::uint32_t>(errno);
 }
 
+void SetLastError(std::uint32_t code)
+{
+    errno = static_cast<int>(code);
+}
+
 std::string SystemErrorText(std::uint32_t code)
 {
     const int number = static_cast<int>(code);

@@ -23,6 +23,11 @@ std::uint32_t LastError()
     return GetLastError();
 }
 
+void SetLastError(std::uint32_t code)
+{
+    ::SetLastError(code);
+}
+
 std::string SystemErrorText(std::uint32_t code)
 {
     std::array<wchar_t, 512> text{};
