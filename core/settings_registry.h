@@ -1,12 +1,14 @@
 #pragma once
 
+#include "core/registry.h"
 #include "core/settings.h"
 
 #include <memory>
 
 /// Settings kept as text values of one key of the machine's registry, "SOFTWARE\COMPANY\PRODUCT\SUB-PATH"; the user's hive is asked
-/// first when a call says so. The key is created, volatile, when it is missing; values are written to the machine's hive.
-class CCryptoSettingsRegistry : public ICryptoSettings {
+/// first when a call says so. The key is created, volatile, when it is missing, so that one that is never written to does not
+/// survive a restart; where it cannot be created, reads find nothing. Values are written to the machine's hive.
+class CCryptoSettingsRegistry : public ICryptoSettings, private CCryptoRegistry {
 public:
     /// \param company null for "Brannock"; \param subPath may be null, its "/" become "\".
     CCryptoSettingsRegistry(const char* company, const char* product, const char* subPath);
@@ -21,7 +23,8 @@ public:
     bool SetValue(const element& name, const element& value) override;
     std::unique_ptr<ICryptoSettingsGroupIterator> Group(const char* name) override;
 
-    const char* path() const;
+    /// The key below the hive.
+    const char* path() const { return path_.c_str(); }
 
 private:
     CCryptoString path_;

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "core/platform/registry.h"
+
+#include <cstdint>
+#include <string_view>
+
+/// Text values of registry keys, read and written with their outcome in the log. Key paths use "\" and may end with one.
+class CCryptoRegistry {
+public:
+    /// Reads a value of the key `path`, in the machine's hive or, with `userFirst`, in the user's hive before it. The buffer is
+    /// cleared; a value found stands in it with a zero byte behind, whether it was stored with one or not. A value without room for
+    /// the zero byte is an error, "Value is longer than %u bytes" and the system's text for ERROR_MORE_DATA.
+    /// \param size the room at `buffer`; becomes the number of bytes read, as stored.
+    /// \return true when found. A missing value is an error with `reportMissing` alone.
+    static bool getRegValue(const char* path, const char* name, char* buffer, std::uint32_t& size, bool reportMissing,
+                            bool userFirst);
+
+    /// Writes a text value of the key `path` of the machine's hive; the key is created when missing.
+    static bool setRegValue(const char* path, const char* name, std::string_view value);
+
+protected:
+    struct Answer {
+        std::uint32_t status = 0; ///< the system's
+        bool isText = false;
+    };
+
+    /// Reads one value as getRegValue does; on failure the buffer is all zeros.
+    static Answer QueryTerminated(const platform::RegistryKey& key, const char* name, char* buffer, std::uint32_t& size);
+};
