@@ -1,19 +1,23 @@
 #pragma once
 
 #include "core/auto_logger.h"
-
-/// Receives every finished line, without its line end.
-using LogCallback = void (*)(const char* line);
+#include "core/log_output.h"
 
 /// The one logger that lives as long as the process uses the library: configures the log from the settings "debugLevel",
-/// "debugDir", "debugProcessId", "debugProfile" and "debugThreads" and writes the BEGIN and END banners.
+/// "debugDir", "debugProcessId", "debugProfile" and "debugThreads" and writes the BEGIN and END banners. Loggers of other threads
+/// have closed before it is destroyed.
 class CCryptoProcessLogger : public CCryptoAutoLogger {
 public:
     /// \param callback may be null. \param settingsName the product name of the registry settings that are read when no settings
     /// are installed. \param tag at most 19 characters; names the log file and the mutex and stands in every line.
     CCryptoProcessLogger(LogCallback callback, const char* settingsName, const char* tag);
+    /// Turns the log off behind the END banner and gives back the mutex and the depth counters, so that nothing of it stays in a
+    /// host that goes on without the library.
     ~CCryptoProcessLogger() override;
 
-    /// Reads the log settings again, after a caller changed the directory.
-    static void ReadLogSettings(const char* settingsName);
+    /// Reads the log settings again. \param directory takes the place of "debugDir" when it is not null.
+    static void ReadLogSettings(const char* settingsName, const char* directory = nullptr);
+
+private:
+    void writeBegin();
 };
