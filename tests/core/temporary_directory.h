@@ -1,0 +1,21 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+/// A new empty folder that goes, with all it holds, at the end of the scope.
+class TemporaryDirectory {
+public:
+    TemporaryDirectory();
+    ~TemporaryDirectory();
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
+    /// The UTF-8 path of `name` in the folder, as the library takes it.
+    std::string operator/(std::u8string_view name) const;
+
+private:
+    std::filesystem::path path_;
+};
