@@ -5,12 +5,20 @@
 #include <atomic>
 #include <cstdint>
 
-/// The library's lock: recursive, named for diagnostics. A zero-filled one, whose constructor has not yet run, is initialised by
-/// the first lock, so that locks taken during static initialisation work.
+enum class LockMode {
+    blocking, ///< waits for the owner, after a line in the log
+    trying,   ///< fails, after a line in the log, when another thread owns the section
+};
+
+/// The library's lock: recursive, named for diagnostics, which go through WriteLog_G and WriteErrorEx_G.
+///
+/// The first lock makes the system's section ready, whoever comes first. So a section in static memory needs no constructor to run:
+/// it may be locked during static initialisation, whether its bytes are constant or still zero.
 class CCryptoCS {
 public:
     /// `name` is not copied.
-    explicit CCryptoCS(const char* name);
+    explicit constexpr CCryptoCS(const char* name) : name_(name) {}
+    /// A section that is still owned is reported. A lock on a destroyed section fails.
     ~CCryptoCS();
     CCryptoCS(const CCryptoCS&) = delete;
     CCryptoCS& operator=(const CCryptoCS&) = delete;
@@ -20,16 +28,16 @@ public:
 private:
     friend class CCryptoCSLock;
 
-    bool enter(bool blocking);
+    bool enter(LockMode mode);
     void leave();
+    bool makeReady();
+    void reportOwner(const char* action) const;
 
-    std::atomic<std::uint32_t> state_;
+    std::atomic<std::uint32_t> state_{0};
     const char* name_;
-    platform::RecursiveLock section_;
-    std::atomic<bool> entered_;
+    platform::RecursiveLock section_{};
+    std::atomic<bool> entered_{false};
 };
-
-enum class LockMode { blocking, trying };
 
 /// Holds a CCryptoCS for its scope, when it could be had.
 class CCryptoCSLock {

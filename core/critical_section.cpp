@@ -1,0 +1,97 @@
+#include "core/critical_section.h"
+
+#include "core/log_writers.h"
+#include "core/platform/process.h"
+
+#include <thread>
+
+namespace {
+
+constexpr std::uint32_t alive = 0x12345678;
+constexpr std::uint32_t destroyed = 0x87654321;
+constexpr std::uint32_t gettingReady = 0x12340000;
+
+// Writing a line locks the logger's own sections. When one of them is busy, too, its message is left out, so that a message never
+// leads to another one.
+thread_local bool reporting = false;
+
+} // namespace
+
+CCryptoCS::~CCryptoCS()
+{
+    if (entered_)
+        WriteErrorEx_G("CCryptoCS::~CCryptoCS: CS owned while being destructed");
+    if (state_.exchange(destroyed) == alive)
+        section_.destroy();
+}
+
+bool CCryptoCS::makeReady()
+{
+    std::uint32_t state = state_.load(std::memory_order_acquire);
+    while (state != alive) {
+        if (state == destroyed) {
+            WriteLog_G("CS already destroyed");
+            return false;
+        }
+        if (state == gettingReady) {
+            std::this_thread::yield();
+            state = state_.load(std::memory_order_acquire);
+        } else if (state_.compare_exchange_weak(state, gettingReady, std::memory_order_acquire)) {
+            section_.initialize();
+            entered_ = false;
+            state_.store(alive, std::memory_order_release);
+            state = alive;
+        }
+    }
+    return true;
+}
+
+void CCryptoCS::reportOwner(const char* action) const
+{
+    if (reporting)
+        return;
+    reporting = true;
+    WriteLog_G("%s (%s); Waiting thread %04X, lockCount=%d, recursionCount=%d", action, name(), section_.ownerThreadId(),
+               section_.lockCount(), section_.recursionCount());
+    reporting = false;
+}
+
+bool CCryptoCS::enter(LockMode mode)
+{
+    if (!makeReady())
+        return false;
+    if (!section_.tryEnter()) {
+        reportOwner(mode == LockMode::blocking ? "Blocking" : "Skipping");
+        if (mode == LockMode::trying)
+            return false;
+        section_.enter();
+    }
+    entered_ = true;
+    return true;
+}
+
+void CCryptoCS::leave()
+{
+    if (state_ != alive) {
+        WriteLog_G("CS already destroyed");
+        return;
+    }
+    if (section_.ownerThreadId() != platform::CurrentThreadId()) {
+        WriteErrorEx_G("Critical section not owned (%s)", name());
+        return;
+    }
+    if (section_.recursionCount() == 1)
+        entered_ = false;
+    section_.leave();
+}
+
+CCryptoCSLock::CCryptoCSLock(CCryptoCS* section, LockMode mode)
+    : section_(section != nullptr && section->enter(mode) ? section : nullptr)
+{
+}
+
+CCryptoCSLock::~CCryptoCSLock()
+{
+    if (section_ != nullptr)
+        section_->leave();
+}

@@ -1,0 +1,181 @@
+#include "core/critical_section.h"
+#include "core/platform/process.h"
+#include "tests/core/captured_log.h"
+
+#include <gmock/gmock.h>
+
+#include <barrier>
+#include <cstdio>
+#include <future>
+#include <new>
+#include <string>
+#include <thread>
+#include <vector>
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::MatchesRegex;
+
+namespace {
+
+/// Memory for a section that no constructor has touched.
+struct SectionMemory {
+    alignas(CCryptoCS) unsigned char bytes[sizeof(CCryptoCS)]{};
+
+    CCryptoCS* section() { return reinterpret_cast<CCryptoCS*>(bytes); }
+};
+
+constinit CCryptoCS constantSection("constant");
+
+bool FreeForOthers(CCryptoCS& section)
+{
+    return std::async(std::launch::async, [&] { return CCryptoCSLock(&section, LockMode::trying).held(); }).get();
+}
+
+std::string ThreadId()
+{
+    char text[20];
+    std::snprintf(text, sizeof(text), "%04X", static_cast<unsigned>(platform::CurrentThreadId()));
+    return text;
+}
+
+} // namespace
+
+TEST(CriticalSection, IsHeldForTheScope)
+{
+    const CapturedLog log;
+    CCryptoCS section("section");
+    {
+        const CCryptoCSLock outer(&section);
+        const CCryptoCSLock inner(&section, LockMode::trying);
+        EXPECT_TRUE(outer.held());
+        EXPECT_TRUE(inner.held());
+    }
+    EXPECT_TRUE(FreeForOthers(section));
+    EXPECT_FALSE(CCryptoCSLock(nullptr).held());
+    EXPECT_THAT(log.texts(), IsEmpty());
+}
+
+TEST(CriticalSection, TryingSkipsABusySection)
+{
+    const CapturedLog log;
+    CCryptoCS section("busy one");
+    const CCryptoCSLock outer(&section);
+    {
+        const CCryptoCSLock inner(&section);
+        EXPECT_FALSE(FreeForOthers(section));
+    }
+    EXPECT_FALSE(FreeForOthers(section));
+    const std::string start = "Skipping \\(busy one\\); Waiting thread " + ThreadId() + ", lockCount=.+, recursionCount=";
+    EXPECT_THAT(log.texts(), ElementsAre(::testing::ContainsRegex(start + "2$"), ::testing::ContainsRegex(start + "1$")));
+}
+
+TEST(CriticalSection, BlockingTellsBeforeItWaits)
+{
+    CCryptoCS section("busy one");
+    std::promise<std::string> said;
+    const CapturedLog log([&](const std::string& text) { said.set_value(text); });
+    std::future<bool> waiting;
+    {
+        const CCryptoCSLock lock(&section);
+        waiting = std::async(std::launch::async, [&] { return CCryptoCSLock(&section).held(); });
+        // Comes while the section is still held, or never.
+        const std::string start = "Blocking \\(busy one\\); Waiting thread " + ThreadId();
+        EXPECT_THAT(said.get_future().get(), ::testing::ContainsRegex(start + ", lockCount=.+, recursionCount=1$"));
+    }
+    EXPECT_TRUE(waiting.get());
+    EXPECT_TRUE(FreeForOthers(section));
+}
+
+TEST(CriticalSection, AMessageAboutTheLogsOwnSectionLeadsToNoOther)
+{
+    CCryptoCS section("outer");
+    CCryptoCS ofTheLog("of the log");
+    std::promise<void> writing;
+    // A log whose lines need a section that is busy, too.
+    const CapturedLog log([&](const std::string&) {
+        writing.set_value();
+        EXPECT_TRUE(CCryptoCSLock(&ofTheLog).held());
+    });
+    std::future<bool> waiting;
+    {
+        const CCryptoCSLock outer(&section);
+        const CCryptoCSLock inner(&ofTheLog);
+        waiting = std::async(std::launch::async, [&] { return CCryptoCSLock(&section).held(); });
+        writing.get_future().get();
+    }
+    EXPECT_TRUE(waiting.get());
+    EXPECT_THAT(log.texts(), ElementsAre(::testing::HasSubstr("Blocking (outer)")));
+}
+
+TEST(CriticalSection, ZeroFilledMemoryIsASection)
+{
+    SectionMemory memory;
+    CCryptoCS& section = *memory.section();
+    {
+        const CCryptoCSLock lock(&section);
+        EXPECT_TRUE(lock.held());
+        EXPECT_FALSE(FreeForOthers(section));
+    }
+    EXPECT_TRUE(FreeForOthers(section));
+    EXPECT_TRUE(CCryptoCSLock(&constantSection).held());
+    section.~CCryptoCS();
+}
+
+TEST(CriticalSection, EightThreadsMayRaceForTheFirstLock)
+{
+    constexpr int threadCount = 8;
+    for (int round = 0; round < 50; ++round) {
+        SectionMemory memory;
+        std::barrier start(threadCount);
+        int sum = 0;
+        std::vector<std::thread> threads;
+        for (int index = 0; index < threadCount; ++index)
+            threads.emplace_back([&] {
+                start.arrive_and_wait();
+                const CCryptoCSLock lock(memory.section());
+                sum += lock.held() ? 1 : 0;
+            });
+        for (std::thread& thread : threads)
+            thread.join();
+        ASSERT_EQ(sum, threadCount);
+        memory.section()->~CCryptoCS();
+    }
+}
+
+TEST(CriticalSection, ADestroyedSectionIsRefused)
+{
+    const CapturedLog log;
+    SectionMemory memory;
+    CCryptoCS* const section = new (memory.bytes) CCryptoCS("gone");
+    EXPECT_TRUE(CCryptoCSLock(section).held());
+    section->~CCryptoCS();
+    EXPECT_FALSE(CCryptoCSLock(section).held());
+    EXPECT_FALSE(CCryptoCSLock(section, LockMode::trying).held());
+    EXPECT_THAT(log.texts(), ElementsAre("CS already destroyed", "CS already destroyed"));
+}
+
+TEST(CriticalSection, DestructionWhileOwnedIsReported)
+{
+    const CapturedLog log;
+    SectionMemory memory;
+    CCryptoCS* const section = new (memory.bytes) CCryptoCS("gone");
+    {
+        const CCryptoCSLock lock(section);
+        section->~CCryptoCS();
+    }
+    EXPECT_THAT(log.texts(), ElementsAre("ERROR: CCryptoCS::~CCryptoCS: CS owned while being destructed", "CS already destroyed"));
+}
+
+TEST(CriticalSection, OnlyTheOwnerReleases)
+{
+    const CapturedLog log;
+    CCryptoCS section("section");
+    alignas(CCryptoCSLock) unsigned char bytes[sizeof(CCryptoCSLock)];
+    CCryptoCSLock* const lock = new (bytes) CCryptoCSLock(&section);
+    std::thread([&] { lock->~CCryptoCSLock(); }).join();
+    EXPECT_THAT(log.texts(), ElementsAre("ERROR: Critical section not owned (section)"));
+    EXPECT_FALSE(FreeForOthers(section));
+    lock->~CCryptoCSLock();
+    EXPECT_TRUE(FreeForOthers(section));
+}
