@@ -13,6 +13,8 @@ struct CalendarTime {
     std::int32_t minute = 0;
     std::int32_t second = 0;
     std::int32_t millisecond = 0;
+
+    bool operator==(const CalendarTime& other) const = default;
 };
 
 /// The present in the zone of this machine.

@@ -14,7 +14,7 @@ std::string Format(const CalendarTime& time, const char* pattern)
 {
     TimeTextBuffer buffer;
     buffer.fill('#');
-    const std::string text(FormatCalendarTime(time, pattern, buffer));
+    std::string text(FormatCalendarTime(time, pattern, buffer));
     EXPECT_EQ(text, buffer.data());
     return text;
 }
