@@ -24,7 +24,8 @@ public:
     /// Otherwise LastError() tells why: the system's code for a time-out, as a rule.
     bool wait(std::uint32_t milliseconds);
 
-    /// Ends the thread by force; what it owned is lost. On POSIX the real-time signal SIGRTMAX - 3 is used for it.
+    /// Ends the thread by force; what it owned is lost. On POSIX the real-time signal SIGRTMAX - 3 is used for it, and the thread's
+    /// stack is lost, too.
     void terminate();
 
     /// Gives the handle back; a thread that still runs goes on by itself.

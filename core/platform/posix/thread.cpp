@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <memory>
+#include <mutex>
 
 namespace platform {
 
@@ -18,7 +19,8 @@ namespace {
 
 struct State {
     pthread_t handle{};
-    bool joined = false;
+    /// Joined, or ended by force; there is no handle any more.
+    bool gone = false;
 };
 
 /// Lives on the starter's stack until the new thread has taken what it needs.
@@ -53,10 +55,15 @@ timespec Deadline(std::uint32_t milliseconds)
     return time;
 }
 
+/// One forced end at a time: the handler of the signal has no other way to know whom to answer.
+std::mutex terminating;
+sem_t leaving;
+
 // Cancellation would unwind the stack from wherever the thread stands, and end the process in any noexcept function on the way.
 // Leaving by the system call stops the thread where it is, as TerminateThread does.
 void LeaveAtOnce(int)
 {
+    sem_post(&leaving);
     syscall(SYS_exit, 0);
 }
 
@@ -101,7 +108,7 @@ bool Thread::start(Entry entry, void* argument)
 bool Thread::wait(std::uint32_t milliseconds)
 {
     auto* const state = static_cast<State*>(state_);
-    if (state == nullptr || state->joined)
+    if (state == nullptr || state->gone)
         return true;
     int error = 0;
     if (milliseconds == waitForever) {
@@ -110,27 +117,32 @@ bool Thread::wait(std::uint32_t milliseconds)
         const timespec deadline = Deadline(milliseconds);
         error = pthread_clockjoin_np(state->handle, nullptr, CLOCK_MONOTONIC, &deadline);
     }
-    state->joined = error == 0;
+    state->gone = error == 0;
     errno = error;
-    return state->joined;
+    return state->gone;
 }
 
 void Thread::terminate()
 {
     auto* const state = static_cast<State*>(state_);
-    if (state == nullptr || state->joined)
+    if (state == nullptr || state->gone)
         return;
+    const std::lock_guard lock(terminating);
+    sem_init(&leaving, 0, 0);
     pthread_kill(state->handle, TerminationSignal());
-    // The stack is given back by the join; a thread that is stuck in the kernel must not hold up the caller.
+    // A thread that is stuck in the kernel must not hold up the caller.
     constexpr std::uint32_t deliveryTime = 1000;
-    wait(deliveryTime);
+    const timespec deadline = Deadline(deliveryTime);
+    while (sem_clockwait(&leaving, CLOCK_MONOTONIC, &deadline) != 0 && errno == EINTR) {}
+    // It is not joined: that would hand its stack, with the thread-specific values no one has cleared, to the next thread.
+    state->gone = true;
 }
 
 void Thread::close()
 {
     const std::unique_ptr<State> state(static_cast<State*>(state_));
     state_ = nullptr;
-    if (state != nullptr && !state->joined)
+    if (state != nullptr && !state->gone)
         pthread_detach(state->handle);
 }
 
