@@ -1,0 +1,49 @@
+#pragma once
+
+#include "core/platform/thread.h"
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <utility>
+
+/// A thread that runs a function, or what a derived class puts in its place. It can be started again once it has ended.
+///
+/// `start` and `wait` are called by one thread, the owner. The destructor waits without limit for a thread that still runs. A
+/// derived class therefore ends its thread in its own destructor, before the members that `run` uses are gone.
+class CCryptoThread {
+public:
+    static constexpr std::uint32_t waitForever = platform::waitForever;
+
+    CCryptoThread() = default;
+    explicit CCryptoThread(std::function<void()> body) : body_(std::move(body)) {}
+    virtual ~CCryptoThread();
+    CCryptoThread(const CCryptoThread&) = delete;
+    CCryptoThread& operator=(const CCryptoThread&) = delete;
+
+    /// \return false, logged, when the thread runs already or the system refuses.
+    bool start();
+
+    /// Waits for the end of the thread, which should have been asked to end: first `responseTime` milliseconds, unless that is 0,
+    /// then what remains of `totalTimeout`, which may be `waitForever`. A thread that still runs is then ended by force, and what
+    /// it owned is lost. \return true when the thread ended by itself or was not running.
+    bool wait(std::uint32_t totalTimeout, std::uint32_t responseTime);
+
+    /// Until `run` has returned. Any thread may ask.
+    bool isRunning() const { return running_; }
+
+    /// The number of the thread as the log shows it; 0 before the first start. Any thread may ask.
+    std::uint32_t id() const { return id_; }
+
+protected:
+    /// The work of the thread: the function given at construction.
+    virtual void run();
+
+private:
+    static void Enter(void* argument);
+
+    platform::Thread thread_;
+    std::atomic<bool> running_ = false;
+    std::atomic<std::uint32_t> id_ = 0;
+    std::function<void()> body_;
+};
