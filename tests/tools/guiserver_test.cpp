@@ -1,0 +1,155 @@
+#include "ipc/gui_client.h"
+#include "ipc/pipe_client.h"
+#include "ipc/session.h"
+#include "tests/ipc/raw_peers.h"
+#include "tests/ipc/wire_bytes.h"
+#include "tests/tools/child_program.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+
+namespace {
+
+std::string ProgramLine(const std::string& options)
+{
+    return "\"" PROGRAM_DIR "/guiserver.exe\" " + options;
+}
+
+/// A pipe of this process' own, which the GUI client finds by the session number put in its place.
+class GuiServerProgram : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        CurrentSession().number = [] { return static_cast<std::uint32_t>(GetCurrentProcessId()); };
+        CurrentSession().hasInputDesktop = [] { return true; };
+        CurrentSession().pause = [](std::uint32_t) {};
+        char number[16];
+        std::snprintf(number, sizeof number, "%lx", GetCurrentProcessId());
+        pipe_ = "\\\\.\\pipe\\PennwickGUIServer_" + std::string(number);
+    }
+
+    std::string Server(const std::string& options) const { return ProgramLine("--pipe " + pipe_ + " " + options); }
+
+    std::string pipe_;
+};
+
+TEST_F(GuiServerProgram, ShowsTheFilesToSign)
+{
+    ChildProgram server(Server("--once"));
+    EXPECT_EQ(server.Line(), "listening on " + pipe_);
+    EXPECT_TRUE(CGUIClient(false).SetPdfDocumentToSign("C:\\a.pdf*C:\\\xC3\xA4.pdf"));
+    EXPECT_EQ(server.Rest(), "[1] 1 Greeting, 0 bytes\n"
+                             "  answered with status 0\n"
+                             "[2] 22 SetPdfDocumentToSign, 24 bytes\n"
+                             "    C:\\a.pdf\n"
+                             "    C:\\\xC3\xA4.pdf\n"
+                             "  not answered\n"
+                             "[3] 12 Farewell, 0 bytes\n"
+                             "  answered with status 0\n");
+    EXPECT_EQ(server.ExitCode(), 0U);
+}
+
+TEST_F(GuiServerProgram, AnswersEveryOperation)
+{
+    ChildProgram server(Server("--once --hex --json --pin 4711 --puk 87654321 --select 1 --grant-after 2"));
+    EXPECT_EQ(server.Line(), "{\"listening\":\"\\\\\\\\.\\\\pipe\\\\" + pipe_.substr(9) + "\"}");
+    {
+        CGUIClient client(false);
+        ASSERT_EQ(client.status(), 0U);
+        const CCryptoString items[] = {"one", "two"};
+        std::uint32_t selection = 0;
+        element pin;
+        element puk;
+        EXPECT_TRUE(client.SelectionDialog(0, items, "which", selection));
+        EXPECT_EQ(selection, 1U);
+        EXPECT_TRUE(client.PinDialog({}, pin));
+        EXPECT_EQ(pin.view(), "4711");
+        EXPECT_TRUE(client.PinDialogEx({}, pin));
+        EXPECT_TRUE(client.PINAndPUKDialog({}, pin, puk));
+        EXPECT_EQ(puk.view(), "87654321");
+        EXPECT_TRUE(client.SetPinCache(1, "card", "4711"));
+        EXPECT_TRUE(client.GetPinCache(1, "card", pin));
+        EXPECT_TRUE(client.BeginGuiTransaction("me"));
+        EXPECT_TRUE(client.EndGuiTransaction("me"));
+        EXPECT_TRUE(client.PopUpInfo(1, "a") && client.PopUpWarning(1, "b") && client.PopUpError(1, "c") && client.Cancel());
+        EXPECT_EQ(client.Manager(1, 2), 1U);
+        EXPECT_EQ(client.Confirm(1, 2, "sure?"), 1U);
+        EXPECT_EQ(client.RunScript("a", "b", "c"), 1U);
+        EXPECT_EQ(client.UpdateKVApp(), 1U);
+        EXPECT_TRUE(client.SetDataToSign("data"));
+    }
+    const std::string told = server.Rest();
+    EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), 21);
+    EXPECT_EQ(told.find("\"wellFormed\":false"), std::string::npos);
+    EXPECT_EQ(told.find("4711"), std::string::npos);
+    EXPECT_EQ(told.find("87654321"), std::string::npos);
+    EXPECT_EQ(server.ExitCode(), 0U);
+}
+
+TEST_F(GuiServerProgram, DeniesWhatAUserCanDeny)
+{
+    ChildProgram server(Server("--deny --pin 4711"));
+    server.Line();
+    CGUIClient client(false);
+    std::uint32_t selection = 9;
+    element pin;
+    EXPECT_FALSE(client.SelectionDialog(0, {}, "", selection));
+    EXPECT_FALSE(client.PinDialog({}, pin));
+    EXPECT_FALSE(client.BeginGuiTransaction("me"));
+    EXPECT_EQ(client.Confirm(0, 0, ""), 0U);
+}
+
+TEST_F(GuiServerProgram, HostileClientsDoNotEndIt)
+{
+    const std::string hostile[][2] = {
+        {"", ""},
+        {"x", ""},
+        {std::string(500, 'x'), ""},
+        {wire::Header(22, 0, 0xFFFFFFFF), ""},
+        {wire::Header(22, 0, 10), ""},
+        {wire::Header(22, 0, 3), "xyz"},
+        {wire::Header(99, -1, 0), ""},
+        {wire::Header(15, 0, 9), wire::Int(1)},
+    };
+    ChildProgram server(Server("--once --secure"));
+    server.Line();
+    for (const auto& messages : hostile) {
+        const platform::ScopedHandle client = peers::Connect(pipe_);
+        ASSERT_TRUE(client);
+        for (const std::string& message : messages) {
+            if (!message.empty())
+                peers::WriteMessage(client.get(), message);
+        }
+    }
+    // Between two clients the pipe may be taken for a moment.
+    while (CGUIClient(false).status() != 0) {}
+    server.Rest();
+    EXPECT_EQ(server.ExitCode(), 0U);
+}
+
+TEST_F(GuiServerProgram, ExitCodeTellsWhatHappened)
+{
+    const platform::ScopedHandle taken = peers::Listen(pipe_);
+    const struct {
+        std::string options;
+        DWORD code;
+    } cases[] = {
+        {"--help", 0},      {"--nonsense", 2},  {"--pin", 2},           {"--select x", 2},
+        {"--select -1", 2}, {"--pipe name", 2}, {"--pipe " + pipe_, 1}, {"--pipe " + peers::FreshPipeName() + " --timeout 1", 1},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.options);
+        ChildProgram server(ProgramLine(test.options));
+        EXPECT_FALSE(server.Rest().empty());
+        EXPECT_EQ(server.ExitCode(), test.code);
+    }
+}
+
+TEST_F(GuiServerProgram, PinsAreNotRepeatedInComplaints)
+{
+    ChildProgram server(ProgramLine("--pin 4711 --puk"));
+    EXPECT_EQ(server.Rest().find("4711"), std::string::npos);
+}
+
+} // namespace

@@ -1,0 +1,106 @@
+#include "tools/guiserver/options.h"
+
+#include <charconv>
+
+const char* const guiServerUsage =
+    R"(guiserver: stands in for the GUI server of the signing client and shows what it is asked
+
+    guiserver [OPTION...]
+
+Answers every request of the session's pipe the way a user would who agrees to everything, and prints one block for each.
+
+    --pin TEXT        the PIN to give; without it the PIN dialogs are answered as if the user had closed them
+    --puk TEXT        the PUK to give to the combined dialog
+    --select N        the index chosen in selection dialogs (0)
+    --deny            answer as a user who says no: confirmations, dialogs and transactions are turned down
+    --grant-after N   turn down the first N requests for a transaction (0)
+    --secure          let programs of low integrity connect as well
+    --pipe NAME       listen on this pipe, \\.\pipe\... in full, in place of the session's own
+    --once            end at the farewell that follows the first request that is more than a greeting
+    --timeout SECONDS end with 1 when no request comes for this long
+    --json            print one JSON object a line
+    --hex             print the bytes of each body too
+    --help            print this
+
+PINs and PUKs are never printed, those of --hex neither. Ends with 0 after --once or Ctrl+C, with 1 when the pipe could not be had
+or the time is over, with 2 when the options are not understood.
+)";
+
+namespace {
+
+bool ParseNumber(const std::string& text, std::uint32_t& number)
+{
+    const char* end = text.data() + text.size();
+    const auto [stopped, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && stopped == end;
+}
+
+struct Switch {
+    const char* name;
+    bool GuiServerOptions::*value;
+};
+
+constexpr Switch switches[] = {
+    {"--deny", &GuiServerOptions::deny}, {"--secure", &GuiServerOptions::secure}, {"--once", &GuiServerOptions::once},
+    {"--json", &GuiServerOptions::json}, {"--hex", &GuiServerOptions::hex},       {"--help", &GuiServerOptions::help},
+};
+
+struct Number {
+    const char* name;
+    std::uint32_t GuiServerOptions::*value;
+};
+
+constexpr Number numbers[] = {
+    {"--select", &GuiServerOptions::selection},
+    {"--grant-after", &GuiServerOptions::grantAfter},
+    {"--timeout", &GuiServerOptions::timeout},
+};
+
+bool SetSwitch(const std::string& name, GuiServerOptions& options)
+{
+    for (const Switch& known : switches) {
+        if (name == known.name)
+            return options.*known.value = true;
+    }
+    return false;
+}
+
+/// \return false when `name` takes no value or `value` does not suit it.
+bool SetValue(const std::string& name, const std::string& value, GuiServerOptions& options)
+{
+    if (name == "--pin") {
+        options.pin = element(value);
+        return options.hasPin = true;
+    }
+    if (name == "--puk") {
+        options.puk = element(value);
+        return options.hasPuk = true;
+    }
+    if (name == "--pipe") {
+        options.pipe = value;
+        return value.starts_with("\\\\.\\pipe\\");
+    }
+    for (const Number& known : numbers) {
+        if (name == known.name)
+            return ParseNumber(value, options.*known.value);
+    }
+    return false;
+}
+
+} // namespace
+
+bool ParseGuiServerOptions(const std::vector<std::string>& arguments, GuiServerOptions& options, std::string& error)
+{
+    for (std::size_t index = 0; index < arguments.size(); ++index) {
+        const std::string& name = arguments[index];
+        if (SetSwitch(name, options))
+            continue;
+        ++index;
+        // The value may be a PIN; only the name is repeated.
+        if (index >= arguments.size() || !SetValue(name, arguments[index], options)) {
+            error = name + ": not understood, or its value is missing or does not suit it";
+            return false;
+        }
+    }
+    return true;
+}

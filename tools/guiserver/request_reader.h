@@ -1,0 +1,33 @@
+#pragma once
+
+#include "ipc/gui_request.h"
+#include "ipc/pipe_request_data.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// One item as it was received. The bytes of a secret are not kept.
+struct ReceivedItem {
+    enum class Kind { integer, text, bytes, secret, empty };
+
+    std::string name;
+    Kind kind = Kind::empty;
+    std::uint32_t integer = 0;
+    std::string bytes;        ///< of a text, without its terminator
+    std::uint32_t length = 0; ///< of the payload
+};
+
+/// A request taken apart, with the names its table row gives to the items.
+struct ReceivedRequest {
+    std::uint32_t type = 0;
+    std::int32_t status = 0;
+    const GuiRequest* known = nullptr; ///< null for a number that stands for no operation
+    std::vector<ReceivedItem> items;
+    bool wellFormed = false; ///< the items are those of the table, and nothing is left over
+    std::string files;       ///< of a request with file names, "*" between them
+    std::string body;        ///< as it was received, every byte of a secret an 'x'
+};
+
+/// Takes apart the message just received. Any bytes are survived.
+ReceivedRequest ReadGuiRequest(CCryptoPipeRequestData& message);
