@@ -1,0 +1,50 @@
+#include "core/date_format.h"
+#include "core/date_time.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+namespace {
+
+void Require(bool holds)
+{
+    if (!holds)
+        std::abort();
+}
+
+/// What was read is written in a form that reads the same.
+void CheckText(std::string_view text)
+{
+    const CCryptoDateTime time{CCryptoString(text)};
+    if (!time.isValid()) {
+        Require(time == CCryptoDateTime());
+        return;
+    }
+    Require(CCryptoDateTime(time.format(time.isUtc() ? "yyyyMMddHHmmss.fffZ" : "yyyyMMddHHmmss.fff")) == time);
+    Require(!time.isUtc() || CCryptoDateTime(time.toGeneralizedTime(3)) == time);
+}
+
+/// Whatever the pattern and the fields, the text stays within its buffer.
+void CheckPattern(const std::string& pattern, std::string_view text)
+{
+    platform::CalendarTime time{-2147483647, 2147483647, -1, 12, 34, 56, 2147483647};
+    ParseCalendarTime(text, pattern.c_str(), time);
+    TimeTextBuffer buffer;
+    const std::string_view written = FormatCalendarTime(time, pattern.c_str(), buffer);
+    Require(written.size() <= maximumTimeText && buffer[written.size()] == '\0');
+}
+
+} // namespace
+
+/// A text, and behind a line feed a pattern for it.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const std::string_view input(reinterpret_cast<const char*>(data), size);
+    const std::string_view text = input.substr(0, input.find('\n'));
+    CheckText(text);
+    if (text.size() < input.size())
+        CheckPattern(std::string(input.substr(text.size() + 1)), text);
+    return 0;
+}
