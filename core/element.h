@@ -81,7 +81,7 @@ public:
         }
     }
     void append(std::string_view text, std::uint32_t spare = 0) { append(text.data(), LengthOf(text), spare); }
-    void append(std::uint8_t byte) { append(&byte, 1); }
+    void append(std::uint8_t single) { append(&single, 1); }
     void assign(const void* bytes, std::uint32_t length);
     /// Removes up to `count` bytes from `index` on, and wipes the room they leave.
     void erase(std::uint32_t index, std::uint32_t count);
