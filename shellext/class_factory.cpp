@@ -1,0 +1,56 @@
+#include "shellext/class_factory.h"
+
+#include "core/auto_logger.h"
+#include "shellext/file_context_menu_ext.h"
+#include "shellext/hresult.h"
+
+#include <shlwapi.h>
+
+#include <new>
+
+HRESULT ClassFactory::QueryInterface(REFIID riid, void** ppv) noexcept
+{
+    static const QITAB interfaces[] = {
+        QITABENT(ClassFactory, IClassFactory),
+        {nullptr, 0},
+    };
+    return QISearch(this, interfaces, riid, ppv);
+}
+
+ULONG ClassFactory::AddRef() noexcept
+{
+    return ++references_;
+}
+
+ULONG ClassFactory::Release() noexcept
+{
+    const ULONG left = --references_;
+    if (left == 0)
+        delete this;
+    return left;
+}
+
+HRESULT ClassFactory::CreateInstance(IUnknown* outer, REFIID riid, void** ppv) noexcept
+{
+    return Guarded([&] {
+        CCryptoAutoLogger logger("ClassFactory::CreateInstance");
+
+        if (outer != nullptr)
+            return logger.setRetValue(3, CLASS_E_NOAGGREGATION);
+        auto* handler = new (std::nothrow) FileContextMenuExt;
+        if (handler == nullptr)
+            return logger.setRetValue(3, E_OUTOFMEMORY);
+        const HRESULT result = handler->QueryInterface(riid, ppv);
+        handler->Release();
+        return logger.setRetValue(SUCCEEDED(result) ? 0 : 3, result);
+    });
+}
+
+HRESULT ClassFactory::LockServer(BOOL lock) noexcept
+{
+    if (lock)
+        module::AddObject();
+    else
+        module::RemoveObject();
+    return S_OK;
+}
