@@ -1,0 +1,127 @@
+#include "tools/menuhost/report.h"
+
+#include "core/platform/win32/wide.h"
+#include "shellext/hresult.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+struct NamedResult {
+    HRESULT value;
+    const char* name;
+};
+
+constexpr NamedResult namedResults[] = {
+    {S_OK, "S_OK"},
+    {E_FAIL, "E_FAIL"},
+    {E_INVALIDARG, "E_INVALIDARG"},
+    {E_OUTOFMEMORY, "E_OUTOFMEMORY"},
+    {E_NOINTERFACE, "E_NOINTERFACE"},
+    {E_UNEXPECTED, "E_UNEXPECTED"},
+    {REGDB_E_CLASSNOTREG, "REGDB_E_CLASSNOTREG"},
+    {CLASS_E_CLASSNOTAVAILABLE, "CLASS_E_CLASSNOTAVAILABLE"},
+    {CLASS_E_NOAGGREGATION, "CLASS_E_NOAGGREGATION"},
+    {ResultFromWin32(ERROR_FILE_NOT_FOUND), "ERROR_FILE_NOT_FOUND"},
+    {ResultFromWin32(ERROR_PATH_NOT_FOUND), "ERROR_PATH_NOT_FOUND"},
+    {ResultFromWin32(ERROR_ACCESS_DENIED), "ERROR_ACCESS_DENIED"},
+    {ResultFromWin32(ERROR_MOD_NOT_FOUND), "ERROR_MOD_NOT_FOUND"},
+    {ResultFromWin32(ERROR_INSUFFICIENT_BUFFER), "ERROR_INSUFFICIENT_BUFFER"},
+    {ResultFromWin32(ERROR_INVALID_MENU_HANDLE), "ERROR_INVALID_MENU_HANDLE"},
+};
+
+std::string Hexadecimal(HRESULT result)
+{
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(result));
+    return text;
+}
+
+/// A JSON string, quotes included (RFC 8259, 7).
+std::string Quoted(std::string_view text)
+{
+    std::string result = "\"";
+    for (const char c : text) {
+        if (c == '"' || c == '\\') {
+            result += '\\';
+            result += c;
+        } else if (static_cast<unsigned char>(c) < 0x20) {
+            char escape[8];
+            std::snprintf(escape, sizeof escape, "\\u%04X", static_cast<unsigned>(c));
+            result += escape;
+        } else
+            result += c;
+    }
+    return result + '"';
+}
+
+std::string Quoted(const std::wstring& text)
+{
+    return Quoted(platform::WideToUtf8(text));
+}
+
+void PrintLine(const std::string& line)
+{
+    std::fwrite((line + '\n').data(), 1, line.size() + 1, stdout);
+    std::fflush(stdout);
+}
+
+} // namespace
+
+std::string ResultName(HRESULT result)
+{
+    for (const NamedResult& known : namedResults)
+        if (known.value == result)
+            return known.name;
+    return SUCCEEDED(result) ? "success, code " + std::to_string(HRESULT_CODE(result)) : "";
+}
+
+void Report::call(const char* name, HRESULT result)
+{
+    if (json_) {
+        calls_ += (calls_.empty() ? "" : ", ") + std::string("{\"call\": ") + Quoted(name) + ", \"result\": \"" +
+                  Hexadecimal(result) + "\", \"name\": " + Quoted(ResultName(result)) + "}";
+        return;
+    }
+    std::string line = name;
+    line.resize(std::max<std::size_t>(line.size() + 1, 20), ' ');
+    PrintLine(line + Hexadecimal(result) + " " + ResultName(result));
+}
+
+void Report::item(const MenuItem& item)
+{
+    const std::string size = std::to_string(item.width) + " x " + std::to_string(item.height);
+    if (json_) {
+        items_ += items_.empty() ? "" : ", ";
+        if (item.separator) {
+            items_ += "{\"separator\": true}";
+            return;
+        }
+        items_ += "{\"text\": " + Quoted(item.text) + ", \"command\": " + std::to_string(item.command) +
+                  ", \"verb\": " + Quoted(item.verb) + ", \"help\": " + Quoted(item.help) + ", \"bitmap\": ";
+        items_ += item.hasBitmap ? "{\"width\": " + std::to_string(item.width) + ", \"height\": " + std::to_string(item.height) +
+                                       ", \"bits\": " + std::to_string(item.bitsPerPixel) + "}}"
+                                 : "null}";
+        return;
+    }
+    if (item.separator) {
+        PrintLine("item                separator");
+        return;
+    }
+    PrintLine("item                " + Quoted(item.text) + " command " + std::to_string(item.command) + ", verb " +
+              Quoted(item.verb) + ", help " + Quoted(item.help) + ", " +
+              (item.hasBitmap ? "bitmap " + size + ", " + std::to_string(item.bitsPerPixel) + " bits" : "no bitmap"));
+}
+
+void Report::remark(const std::string& text)
+{
+    if (!json_)
+        PrintLine(text);
+}
+
+void Report::finish(int exitCode)
+{
+    if (json_)
+        PrintLine("{\"exit\": " + std::to_string(exitCode) + ", \"calls\": [" + calls_ + "], \"items\": [" + items_ + "]}");
+}
