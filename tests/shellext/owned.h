@@ -1,0 +1,15 @@
+#pragma once
+
+#include <memory>
+
+struct Releaser {
+    template <typename Object>
+    void operator()(Object* object) const
+    {
+        object->Release();
+    }
+};
+
+/// An object of a known class, of which the test owns the first reference.
+template <typename Object>
+using Owned = std::unique_ptr<Object, Releaser>;
