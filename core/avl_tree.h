@@ -118,7 +118,8 @@ public:
         return nullptr;
     }
 
-    /// The value of `key`, which is stored with a default value when it is missing.
+    /// The value of `key`, which is stored with a default value when it is missing. Not for a tree that may be destroyed already:
+    /// WithValue is.
     V& FindOrInsert(const K& key)
     {
         const CCryptoCSLock lock(&section_);
@@ -155,7 +156,7 @@ public:
         return true;
     }
 
-    /// Copies all keys and all values, each in the order of Traverse. \return false, and neither array has its contents any more,
+    /// Copies all keys and all values, each in the order of Traverse, to two arrays. \return false, and neither array has its contents any more,
     /// when there is no memory for them.
     bool CopyTo(CCryptoArray<K>& keys, CCryptoArray<V>& values) const
     {

@@ -1,8 +1,10 @@
 #include "core/byte_vector.h"
 
+#include "core/out_of_memory.h"
 #include "core/platform/secure_wipe.h"
 
 #include <cstring>
+#include <new>
 #include <utility>
 
 CCryptoByteVector::CCryptoByteVector(const void* bytes, std::size_t length)
@@ -32,12 +34,14 @@ CCryptoByteVector::~CCryptoByteVector()
 
 void CCryptoByteVector::append(const void* bytes, std::size_t length)
 {
-    if (length == 0)
+    if (length == 0 || bytes == nullptr)
         return;
     if (length_ + length > capacity_) {
         const std::size_t capacity = capacity_ == 0 ? length : (length_ + length) * 2;
         CCryptoByteVector larger;
-        larger.bytes_ = std::make_unique_for_overwrite<std::uint8_t[]>(capacity);
+        larger.bytes_.reset(new (std::nothrow) std::uint8_t[capacity]);
+        if (larger.bytes_ == nullptr)
+            EndOutOfMemory();
         larger.capacity_ = capacity;
         larger.length_ = length_;
         if (length_ != 0)

@@ -25,6 +25,13 @@ bool FailRead(const char* reason)
     return Fail("CCryptoChar::Read", reason);
 }
 
+/// Half a unit at the end of the data: passed over, so that a reader who goes on to the end gets there.
+bool PassOddByte(CCryptoStream& stream)
+{
+    stream.ReadByte();
+    return false;
+}
+
 bool FailWrite(const char* reason)
 {
     return Fail("CCryptoChar::Write", reason);
@@ -74,7 +81,7 @@ bool CCryptoChar::readUtf16(CCryptoStream& stream)
 {
     std::uint16_t unit = 0;
     if (!stream.ReadWord16(unit))
-        return false;
+        return PassOddByte(stream);
     if (IsLowSurrogate(unit))
         return FailRead("Unpaired low surrogate");
     if (!IsHighSurrogate(unit)) {
@@ -82,7 +89,9 @@ bool CCryptoChar::readUtf16(CCryptoStream& stream)
         return true;
     }
     std::uint16_t low = 0;
-    if (!stream.ReadWord16(low) || !IsLowSurrogate(low))
+    if (!stream.ReadWord16(low))
+        PassOddByte(stream);
+    if (!IsLowSurrogate(low))
         return FailRead("Unpaired high surrogate");
     codePoint_ = ((unit - 0xD800u) << 10) + (low - 0xDC00u) + 0x10000;
     return true;
@@ -92,7 +101,7 @@ bool CCryptoChar::readWchar16(CCryptoStream& stream)
 {
     std::uint16_t unit = 0;
     if (!stream.ReadWord16LittleEndian(unit))
-        return false;
+        return PassOddByte(stream);
     codePoint_ = IsSurrogate(unit) ? replacementCharacter : unit;
     return true;
 }
@@ -135,7 +144,7 @@ bool CCryptoChar::writeUtf16(CCryptoStream& stream) const
         stream.WriteWord16(static_cast<std::uint16_t>(codePoint_));
         return true;
     }
-    // The first unit is formed without subtracting 0x10000: stored data was written that way and must read back.
+    // The first unit is formed without subtracting 0x10000, as in all the data that has been stored; Read does not undo it.
     stream.WriteWord16(static_cast<std::uint16_t>(0xD800 + (codePoint_ >> 10)));
     stream.WriteWord16(static_cast<std::uint16_t>(0xDC00 + (codePoint_ & 0x3FF)));
     return true;

@@ -9,7 +9,7 @@ class CCryptoStream;
 /// How a character is laid out in a stream.
 enum class CharacterEncoding : std::uint32_t {
     Latin1 = 1,  ///< one byte
-    Utf8 = 2,    ///< one to four bytes, RFC 3629 with the old upper limit 0x1FFFFF
+    Utf8 = 2,    ///< one to four bytes, up to 0x1FFFFF; overlong forms and surrogates pass
     Utf16 = 3,   ///< big-endian units, surrogate pairs joined
     Wchar16 = 4, ///< one little-endian unit
 };
@@ -19,7 +19,7 @@ class CCryptoChar {
 public:
     CCryptoChar() = default;
     explicit CCryptoChar(std::uint32_t codePoint) : codePoint_(codePoint) {}
-    /// Reads one character when the stream has unread bytes; code point 0, logged, when they are none.
+    /// Reads one character. Code point 0 when the stream has no unread bytes, and, logged, when they are no character.
     CCryptoChar(CCryptoStream& stream, CharacterEncoding encoding);
     CCryptoChar(const CCryptoChar&) = default;
     CCryptoChar& operator=(const CCryptoChar&) = default;
@@ -31,9 +31,12 @@ public:
 
     /// \return false at end of data, and for bytes that are no character; the position is then behind the bytes looked at.
     bool Read(CCryptoStream& stream, CharacterEncoding encoding);
-    /// \return false when the encoding cannot hold the character; nothing is then written.
+    /// \return false, nothing written, when the encoding cannot hold the character; Latin-1 alone writes the low byte, logged, and
+    /// returns true.
     ///
-    /// As UTF-16 a character beyond U+FFFF is written without first subtracting 0x10000 from it: stored data was written that way.
+    /// As UTF-16 a character beyond U+FFFF, and a surrogate from U+D801 on, is written as two units of which the first is formed
+    /// without subtracting 0x10000, as in all the data that has been stored; such a pair reads back as another character. U+D800 is
+    /// refused.
     bool Write(CCryptoStream& stream, CharacterEncoding encoding) const;
 
     bool operator==(const CCryptoChar& other) const { return codePoint_ == other.codePoint_; }

@@ -42,7 +42,7 @@ std::string_view EncodedByte(char character, bool keepQuotes, char (&reference)[
 std::uint32_t CCryptoConvert::html_encode(const char* source, char* target, std::uint32_t size, bool keepQuotes)
 {
     char reference[7];
-    std::uint32_t written = 0;
+    std::uint64_t written = 0;
     for (const char* byte = source != nullptr ? source : ""; *byte != 0; ++byte) {
         const std::string_view encoded = EncodedByte(*byte, keepQuotes, reference);
         if (target != nullptr) {
@@ -54,13 +54,17 @@ std::uint32_t CCryptoConvert::html_encode(const char* source, char* target, std:
             }
             std::memcpy(target + written, encoded.data(), encoded.size());
         }
-        written += static_cast<std::uint32_t>(encoded.size());
+        written += encoded.size();
     }
-    if (target == nullptr)
-        return written + 1;
-    if (size != 0)
-        target[written] = 0;
-    return written;
+    if (target != nullptr) {
+        if (size != 0)
+            target[written] = 0;
+        return static_cast<std::uint32_t>(written);
+    }
+    if (written < UINT32_MAX)
+        return static_cast<std::uint32_t>(written + 1);
+    WriteErrorEx_G("CCryptoConvert::html_encode : Too short buffer");
+    return 0;
 }
 
 element CCryptoConvert::base64url_decode(const CCryptoString& text)

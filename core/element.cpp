@@ -1,6 +1,7 @@
 #include "core/element.h"
 
 #include "core/log_writers.h"
+#include "core/out_of_memory.h"
 #include "core/platform/secure_wipe.h"
 
 #include <algorithm>
@@ -15,13 +16,6 @@ std::atomic<bool> wipeReleased{true};
 
 constexpr std::uint32_t longestLength = 0xFFFFFFFF;
 constexpr std::uint32_t leastGrowth = 256;
-
-[[noreturn]] void EndOutOfMemory()
-{
-    WriteErrorEx_G("FATAL Memory allocation error!");
-    WriteErrorEx_G("FATAL MEMORY ALLOCATION ERROR");
-    std::exit(1);
-}
 
 std::uint32_t SumOf(std::uint32_t length, std::uint32_t more)
 {
@@ -151,6 +145,8 @@ std::uint32_t element::LengthOf(std::string_view text)
 
 void element::appendGrowing(const void* bytes, std::uint32_t length, std::uint32_t spare)
 {
+    if (bytes == nullptr)
+        length = 0;
     // The bytes may lie in the storage that growth is about to give up.
     const std::less<> isBefore;
     const auto* source = static_cast<const std::uint8_t*>(bytes);
@@ -165,11 +161,13 @@ void element::appendGrowing(const void* bytes, std::uint32_t length, std::uint32
 void element::assign(const void* bytes, std::uint32_t length)
 {
     if (length > capacity_) {
-        element fresh(bytes, length, type_);
-        fresh.negative_ = negative_;
-        *this = std::move(fresh);
+        // More than the capacity cannot be bytes of this element.
+        clear();
+        append(bytes, length);
         return;
     }
+    if (bytes == nullptr)
+        length = 0;
     if (length != 0)
         std::memmove(data_, bytes, length);
     if (length < length_)

@@ -33,8 +33,9 @@ public:
     /// Windows file name comes back unchanged from toUtf16.
     static element FromUtf16(const char16_t* units, std::uint32_t count);
     /// The bytes that standard base64 text (RFC 4648, 4) stands for. White space is passed over.
-    /// A last group without its padding is accepted; one cut inside a byte is logged and gives the whole bytes before the cut.
-    /// \return empty, with a logged error, when another character stands in the text.
+    /// A last group without its padding is accepted; wrong padding is logged and changes nothing; a group cut inside a byte is
+    /// logged and gives the whole bytes before the cut. \return empty, with a logged error, when another character stands in the
+    /// text.
     static element FromBase64(std::string_view text);
 
     element(const element& other);
@@ -70,12 +71,12 @@ public:
     }
     /// Cuts, or lengthens with zero bytes.
     void resize(std::uint32_t length);
-    /// The bytes may be the element's own. `spare` more bytes have room behind them afterwards.
+    /// The bytes may be the element's own; a null pointer stands for none. `spare` more bytes have room behind them afterwards.
     void append(const void* bytes, std::uint32_t length, std::uint32_t spare = 0)
     {
         if (std::uint64_t{length_} + length + spare > capacity_) {
             appendGrowing(bytes, length, spare);
-        } else if (length != 0) {
+        } else if (length != 0 && bytes != nullptr) {
             std::memmove(data_ + length_, bytes, length);
             length_ += length;
         }
@@ -90,8 +91,8 @@ public:
     /// Puts a zero byte behind the last byte without counting it. \return the bytes as text; never null.
     const char* terminate();
 
-    /// The value as people read it: text as it stands, a number in decimal (above 512 bytes in hexadecimal behind "0x"), truth as
-    /// "TRUE" or "FALSE", other bytes in lower-case hexadecimal, a token as it is written.
+    /// The value as people read it: text as it stands, a number in decimal (above 512 bytes in hexadecimal behind "0x", a "-" first
+    /// when it is negative), truth as "TRUE" or "FALSE", other bytes in lower-case hexadecimal, a token as it is written.
     CCryptoString toString() const;
     /// The last bytes of the value as a big-endian number; of text, its decimal number. An empty value is 0.
     std::uint32_t toWord32() const;

@@ -1,11 +1,12 @@
 #include "core/element.h"
 #include "core/log_writers.h"
+#include "core/out_of_memory.h"
+#include "core/platform/secure_wipe.h"
 #include "core/string.h"
 #include "core/utf8.h"
 
 #include <algorithm>
-#include <string>
-#include <vector>
+#include <cstdio>
 
 namespace {
 
@@ -26,61 +27,73 @@ bool IsText(ElementType type)
     }
 }
 
-std::string HexOf(std::span<const std::uint8_t> bytes)
+element HexOf(std::span<const std::uint8_t> bytes)
 {
     constexpr char digits[] = "0123456789abcdef";
-    std::string text;
-    text.reserve(bytes.size() * 2);
+    element text(ElementType::text);
+    if (bytes.size() > UINT32_MAX / 2)
+        EndOutOfMemory();
+    text.resize(static_cast<std::uint32_t>(bytes.size() * 2));
+    std::uint8_t* next = text.data();
     for (const std::uint8_t byte : bytes) {
-        text += digits[byte >> 4];
-        text += digits[byte & 15];
+        *next++ = static_cast<std::uint8_t>(digits[byte >> 4]);
+        *next++ = static_cast<std::uint8_t>(digits[byte & 15]);
     }
     return text;
 }
 
 /// The magnitude of a number whose bytes are two's complement.
-std::vector<std::uint8_t> Negated(std::span<const std::uint8_t> bytes)
+element Negated(std::span<const std::uint8_t> bytes)
 {
-    std::vector<std::uint8_t> magnitude(bytes.begin(), bytes.end());
+    element magnitude(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
     std::uint32_t carry = 1;
-    for (auto byte = magnitude.rbegin(); byte != magnitude.rend(); ++byte) {
-        carry += static_cast<std::uint8_t>(~*byte);
-        *byte = static_cast<std::uint8_t>(carry);
+    for (std::uint32_t index = magnitude.length(); index-- > 0;) {
+        std::uint8_t& byte = magnitude.data()[index];
+        carry += static_cast<std::uint8_t>(~byte);
+        byte = static_cast<std::uint8_t>(carry);
         carry >>= 8;
     }
     return magnitude;
 }
 
-/// Limbs of nine decimal digits, the lowest first.
-std::string DecimalOf(std::span<const std::uint8_t> magnitude)
+/// The digits of at most `longestDecimal` bytes. Limbs of nine digits, the lowest first.
+element DecimalOf(std::span<const std::uint8_t> magnitude)
 {
     constexpr std::uint32_t limbBase = 1000000000;
-    std::vector<std::uint32_t> limbs{0};
+    constexpr std::size_t mostLimbs = longestDecimal * 8 / 29 + 1;
+    std::uint32_t limbs[mostLimbs];
+    limbs[0] = 0;
+    std::size_t count = 1;
     for (const std::uint8_t byte : magnitude) {
         std::uint64_t carry = byte;
-        for (std::uint32_t& limb : limbs) {
-            carry += static_cast<std::uint64_t>(limb) << 8;
-            limb = static_cast<std::uint32_t>(carry % limbBase);
+        for (std::size_t limb = 0; limb < count; ++limb) {
+            carry += static_cast<std::uint64_t>(limbs[limb]) << 8;
+            limbs[limb] = static_cast<std::uint32_t>(carry % limbBase);
             carry /= limbBase;
         }
         if (carry != 0)
-            limbs.push_back(static_cast<std::uint32_t>(carry));
+            limbs[count++] = static_cast<std::uint32_t>(carry);
     }
-    std::string text = std::to_string(limbs.back());
-    for (auto limb = limbs.rbegin() + 1; limb != limbs.rend(); ++limb) {
-        const std::string digits = std::to_string(*limb);
-        text.append(9 - digits.size(), '0').append(digits);
+    element text(ElementType::text);
+    char digits[12];
+    for (std::size_t limb = count; limb-- > 0;) {
+        const int length = std::snprintf(digits, sizeof digits, limb + 1 == count ? "%u" : "%09u", limbs[limb]);
+        text.append(digits, static_cast<std::uint32_t>(length));
     }
+    // The value may be a key.
+    platform::SecureWipe(digits, sizeof digits);
+    platform::SecureWipe(limbs, count * sizeof limbs[0]);
     return text;
 }
 
-std::string IntegerText(const element& number)
+CCryptoString IntegerText(const element& number)
 {
     const bool twosComplement = number.negative() && !number.isEmpty() && number.data()[0] >= 0x80;
-    if (number.length() > longestDecimal)
-        return "0x" + HexOf(number.bytes());
-    const std::string digits = twosComplement ? DecimalOf(Negated(number.bytes())) : DecimalOf(number.bytes());
-    return number.negative() ? "-" + digits : digits;
+    const element magnitude = twosComplement ? Negated(number.bytes()) : number;
+    const bool isLong = number.length() > longestDecimal;
+    const element digits = isLong ? HexOf(magnitude.bytes()) : DecimalOf(magnitude.bytes());
+    CCryptoString text(number.negative() ? "-" : "");
+    return text.append(isLong ? "0x" : "").append(digits.view());
 }
 
 /// The decimal number at the start of a text, behind blanks and a sign, as far as 64 bits hold it.
@@ -100,11 +113,12 @@ ParsedNumber ParseDecimal(std::string_view text)
     for (const char digit : text) {
         if (digit < '0' || digit > '9')
             break;
-        if (number.magnitude > (UINT64_MAX - 9) / 10) {
+        const auto value = static_cast<std::uint64_t>(digit - '0');
+        if (number.magnitude > (UINT64_MAX - value) / 10) {
             number.magnitude = UINT64_MAX;
             break;
         }
-        number.magnitude = number.magnitude * 10 + static_cast<std::uint64_t>(digit - '0');
+        number.magnitude = number.magnitude * 10 + value;
     }
     return number;
 }
@@ -132,10 +146,10 @@ CCryptoString element::toString() const
     if (type_ == ElementType::truth)
         return toTruth() ? "TRUE" : "FALSE";
     if (type_ == ElementType::integer)
-        return CCryptoString(IntegerText(*this));
+        return IntegerText(*this);
     if (const char* token = TokenText(type_))
         return token;
-    return CCryptoString(HexOf(bytes()));
+    return CCryptoString(HexOf(bytes()).view());
 }
 
 std::uint64_t element::toWord64() const
@@ -173,6 +187,8 @@ bool element::toTruth() const
 element element::FromUtf16(const char16_t* units, std::uint32_t count)
 {
     element text(ElementType::text);
+    if (units == nullptr)
+        return text;
     text.reserve(count);
     for (std::uint32_t index = 0; index < count; ++index) {
         std::uint32_t codePoint = units[index];
@@ -187,25 +203,29 @@ element element::FromUtf16(const char16_t* units, std::uint32_t count)
 
 bool element::toUtf16(element& units) const
 {
-    units.clear();
-    units.reserve(length_ < 0x10000000 ? (length_ + 1) * 2 : 0);
-    for (std::uint32_t index = 0; index < length_;) {
+    element converted;
+    converted.reserve(length_ < 0x10000000 ? (length_ + 1) * 2 : 0);
+    bool valid = true;
+    for (std::uint32_t index = 0; index < length_ && valid;) {
         std::uint32_t codePoint = data_[index];
         const std::uint32_t taken = type_ == ElementType::utf8Text ? DecodeUtf8(bytes().subspan(index), codePoint) : 1;
-        if (taken == 0 || codePoint > largestCodePoint) {
-            WriteErrorEx_G(taken == 0 ? "Character decoding failed!" : "Character encoding failed!");
-            units.clear();
-            return false;
-        }
+        // An overlong form may hide a zero or a separator from whoever looks at the bytes.
+        const bool decoded = taken == 1 || (taken != 0 && taken == Utf8Length(codePoint));
+        valid = decoded && codePoint <= largestCodePoint;
+        if (!valid)
+            WriteErrorEx_G("%s", decoded ? "Character encoding failed!" : "Character decoding failed!");
         index += taken;
         if (codePoint >= 0x10000) {
-            AppendUnit(units, 0xD800 + ((codePoint - 0x10000) >> 10));
+            AppendUnit(converted, 0xD800 + ((codePoint - 0x10000) >> 10));
             codePoint = 0xDC00 + (codePoint & 0x3FF);
         }
-        AppendUnit(units, codePoint);
+        AppendUnit(converted, codePoint);
     }
-    const std::uint32_t length = units.length();
-    AppendUnit(units, 0);
-    units.length_ = length;
-    return true;
+    if (!valid)
+        converted.clear();
+    const std::uint32_t length = converted.length();
+    AppendUnit(converted, 0);
+    converted.length_ = length;
+    units = std::move(converted);
+    return valid;
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -27,13 +28,13 @@ std::uint8_t CCryptoStream::ReadByte()
 
 bool CCryptoStream::Read(element& target, std::uint32_t count)
 {
-    target.clear();
     const std::uint32_t available = std::min(count, remaining());
-    if (atEnd())
-        return false;
-    target.append(buffer_->data() + position_, available);
+    // Of a buffer that is read into itself nothing but what was read remains.
+    element bytes(target.type());
+    bytes.append(buffer_->data() + position_, available);
     position_ += available;
-    return true;
+    target = std::move(bytes);
+    return available != 0;
 }
 
 bool CCryptoStream::ReadExactly(std::uint8_t* target, std::uint32_t count)

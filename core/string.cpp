@@ -71,7 +71,8 @@ CCryptoString::CCryptoString(std::string_view text)
 
 CCryptoString::CCryptoString(const char* bytes, std::uint32_t length)
 {
-    append({bytes, length});
+    if (bytes != nullptr)
+        append({bytes, length});
 }
 
 CCryptoString::CCryptoString(const char* bytes, std::int32_t length)
@@ -100,13 +101,12 @@ CCryptoString::CCryptoString(const element& value)
 
 CCryptoString::CCryptoString(const CCryptoString& first, const CCryptoString& second)
 {
-    data_.reserve(first.length() + second.length() + 1);
+    if (!first.isEmpty() && !second.isEmpty())
+        data_.reserve(first.length() + second.length() + 1);
     append(first.view()).append(second.view());
 }
 
 CCryptoString::CCryptoString(const CCryptoString& first, const char* second) : CCryptoString(first, CCryptoString(second)) {}
-
-CCryptoString::CCryptoString(const CCryptoString& first, std::int32_t number) : CCryptoString(first, CCryptoString(number)) {}
 
 CCryptoString CCryptoString::FromUtf16(const char16_t* units, std::uint32_t count)
 {
@@ -147,8 +147,7 @@ void CCryptoString::copyBytes(const CCryptoString& other)
     }
 }
 
-CCryptoString::CCryptoString(CCryptoString&& other) noexcept
-    : data_(std::move(other.data_)), scratch_(std::move(other.scratch_)), scan_(std::exchange(other.scan_, {}))
+CCryptoString::CCryptoString(CCryptoString&& other) noexcept : data_(std::move(other.data_)), scan_(std::exchange(other.scan_, {}))
 {
     other.data_.setType(ElementType::text);
 }
@@ -157,7 +156,6 @@ CCryptoString& CCryptoString::operator=(CCryptoString&& other) noexcept
 {
     if (this != &other) {
         data_ = std::move(other.data_);
-        scratch_ = std::move(other.scratch_);
         scan_ = std::exchange(other.scan_, {});
         other.data_.setType(ElementType::text);
     }
@@ -167,11 +165,6 @@ CCryptoString& CCryptoString::operator=(CCryptoString&& other) noexcept
 CCryptoString& CCryptoString::operator=(const char* text)
 {
     return *this = CCryptoString(text);
-}
-
-CCryptoString& CCryptoString::operator=(std::int32_t number)
-{
-    return *this = CCryptoString(number);
 }
 
 CCryptoString& CCryptoString::operator=(const element& value)

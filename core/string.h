@@ -3,6 +3,7 @@
 #include "core/element.h"
 
 #include <compare>
+#include <concepts>
 #include <cstdint>
 #include <string_view>
 
@@ -17,12 +18,15 @@ enum class TextKind : std::uint32_t { Plain = 4, Utf8 = 6 };
 /// The kind follows the bytes: complete multi-byte sequences and no sequence cut short make UTF-8; a stray byte above 0x7F is
 /// passed over, so Latin-1 text is judged by its well-formed sequences alone.
 ///
-/// A literal string converts by itself; the other sources are named, so that a number never becomes text by accident.
+/// A literal string converts by itself; the other sources are named, and only a std::int32_t itself becomes its digits, so that a
+/// number or a character never becomes text by accident. Where a std::string_view is taken a null pointer is not allowed; a `const
+/// char*` may be null and stands for empty text.
 class CCryptoString {
 public:
     CCryptoString() = default;
     CCryptoString(const char* text);
     explicit CCryptoString(std::string_view text);
+    /// The number behind a literal is a length, never appended text. A null pointer gives the empty string.
     CCryptoString(const char* bytes, std::uint32_t length);
     /// A negative length counts as 0.
     CCryptoString(const char* bytes, std::int32_t length);
@@ -34,7 +38,9 @@ public:
     explicit CCryptoString(const CCryptoChar& character);
     CCryptoString(const CCryptoString& first, const CCryptoString& second);
     CCryptoString(const CCryptoString& first, const char* second);
-    CCryptoString(const CCryptoString& first, std::int32_t number);
+    CCryptoString(const CCryptoString& first, std::same_as<std::int32_t> auto number) : CCryptoString(first, CCryptoString(number))
+    {
+    }
 
     /// Text of 16-bit units, as Windows hands them out; a null pointer gives the empty string.
     static CCryptoString FromUtf16(const char16_t* units, std::uint32_t count);
@@ -48,7 +54,7 @@ public:
     virtual ~CCryptoString() = default;
 
     CCryptoString& operator=(const char* text);
-    CCryptoString& operator=(std::int32_t number);
+    CCryptoString& operator=(std::same_as<std::int32_t> auto number) { return *this = CCryptoString(number); }
     CCryptoString& operator=(const element& value);
     CCryptoString& operator=(const CCryptoChar& character);
 
@@ -74,8 +80,8 @@ public:
     /// The next line of the stream, without its terminator. \return false at end of data; the string is then empty.
     bool readLine(CCryptoStream& stream);
 
-    /// 16-bit units, zero-terminated, kept in the string's scratch storage until the next call. \return null, logged, when the text
-    /// is not valid.
+    /// 16-bit units, zero-terminated, kept by this string, whatever is assigned to it, until the next call. \return null, logged,
+    /// when the text is not valid.
     const char16_t* toUtf16();
 
     bool operator==(const CCryptoString& other) const { return view() == other.view(); }

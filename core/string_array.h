@@ -11,7 +11,8 @@ public:
     CCryptoStringArray() = default;
     /// The parts of `text` between the separators, in order. Text without a separator is one part, empty text is none; an empty
     /// separator splits nothing.
-    /// \param skipEmpty leaves out empty parts. \param trim takes blanks, tabs and line ends off both ends of each part, first.
+    /// \param separator not a null pointer. \param skipEmpty leaves out empty parts. \param trim takes blanks, tabs and line ends
+    /// off both ends of each part, first.
     CCryptoStringArray(const CCryptoString& text, std::string_view separator, bool skipEmpty, bool trim);
 
     /// The strings with `separator` between them.

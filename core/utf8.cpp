@@ -8,7 +8,7 @@ bool EncodeUtf8(std::uint32_t codePoint, element& target)
         target.append(static_cast<std::uint8_t>(codePoint));
         return true;
     }
-    const std::uint32_t continuations = codePoint < 0x800 ? 1 : codePoint < 0x10000 ? 2 : 3;
+    const std::uint32_t continuations = Utf8Length(codePoint) - 1;
     constexpr std::uint8_t leads[] = {0, 0xC0, 0xE0, 0xF0};
     std::uint8_t bytes[4] = {static_cast<std::uint8_t>(leads[continuations] | codePoint >> (6 * continuations))};
     for (std::uint32_t index = 1; index <= continuations; ++index)

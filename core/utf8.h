@@ -31,6 +31,12 @@ constexpr bool IsUtf8Continuation(std::uint8_t byte)
     return (byte & 0xC0) == 0x80;
 }
 
+/// How many bytes the shortest form takes.
+constexpr std::uint32_t Utf8Length(std::uint32_t codePoint)
+{
+    return codePoint < 0x80 ? 1 : codePoint < 0x800 ? 2 : codePoint < 0x10000 ? 3 : 4;
+}
+
 /// Appends one to four bytes. Surrogates are encoded like any other value. \return false, nothing appended, above 0x1FFFFF.
 bool EncodeUtf8(std::uint32_t codePoint, element& target);
 

@@ -18,6 +18,9 @@ TEST(ElementGrowth, ExactAtFirstThenAFifthButAtLeast256More)
     EXPECT_EQ(buffer.capacity(), 11u + 256);
     buffer.reserve(2001);
     EXPECT_EQ(buffer.capacity(), 2001u + 400);
+    element assigned("abcd", 4);
+    assigned.assign("0123456789", 10);
+    EXPECT_EQ(assigned.capacity(), 10u + 256);
 }
 
 TEST(ElementGrowth, AppendsItsOwnBytes)
@@ -94,6 +97,8 @@ TEST(ElementText, RendersEveryKindAsPeopleReadIt)
         EXPECT_EQ(each.value.toString().view(), each.text);
     }
     EXPECT_EQ(Integer(std::string(513, '\x11'), false).toString().view().substr(0, 4), "0x11");
+    EXPECT_EQ(Integer(std::string(513, '\xFF'), true).toString().view().substr(0, 5), "-0x00");
+    EXPECT_EQ(Integer(std::string(512, '\xFF'), false).toString().length(), 1234u);
 }
 
 struct NumberCase {
@@ -107,6 +112,7 @@ TEST(ElementNumber, ReadsBytesAndDecimalText)
     const NumberCase cases[] = {
         {element("1234"), 1234, 1234},
         {element(" -7x"), static_cast<std::uint64_t>(-7), -7},
+        {element("18446744073709551612"), 18446744073709551612u, -4},
         {element("99999999999999999999999"), UINT64_MAX, -1},
         {element("none"), 0, 0},
         {element(0x80000000u), 0x80000000, INT32_MIN},
@@ -147,7 +153,7 @@ TEST(ElementUtf16, PlainTextIsLatin1AndBrokenUtf8IsRefused)
     EXPECT_EQ(Units(element("\xE4"
                             "b")),
               u"\u00E4b");
-    for (const std::string_view broken : {"\xC3\xA4\xC3", "\xC3\xA4\x80", "\xF7\xBF\xBF\xBF"}) {
+    for (const std::string_view broken : {"\xC3\xA4\xC3", "\xC3\xA4\x80", "\xF7\xBF\xBF\xBF", "a\xC0\x80", "\xE0\x80\xAF"}) {
         element units;
         EXPECT_FALSE(element(broken.data(), static_cast<std::uint32_t>(broken.size()), ElementType::utf8Text).toUtf16(units));
         EXPECT_TRUE(units.isEmpty());

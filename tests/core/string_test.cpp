@@ -80,6 +80,23 @@ TEST(String, AppendsToItselfAndKeepsItsTerminator)
     EXPECT_EQ(taken.length(), 512u);
 }
 
+TEST(String, IsTerminatedWhenItIsJoinedOfNothing)
+{
+    EXPECT_STREQ((CCryptoString() + CCryptoString()).c_str(), "");
+    EXPECT_STREQ(CCryptoString(CCryptoString(), 0).c_str(), "");
+    EXPECT_STREQ(CCryptoString(nullptr, 4u).c_str(), "");
+}
+
+TEST(String, KeepsWideUnitsThroughAssignment)
+{
+    CCryptoString text("\xC3\xA4");
+    const std::u16string_view units(text.toUtf16());
+    text = "a longer text that needs storage of its own";
+    text.replaceAll("longer", "short");
+    CCryptoString other = std::move(text);
+    EXPECT_EQ(units, u"\u00E4");
+}
+
 TEST(String, ReplacesEveryOccurrenceOnce)
 {
     struct Case {
@@ -246,7 +263,9 @@ TEST(Character, IsReadInEachEncoding)
         {"\xD8\x3D", Utf16, false, 7, 2},
         {"\x3D\xD8", Wchar16, true, 0xFFFD, 2},
         {"\xAC\x20", Wchar16, true, 0x20AC, 2},
-        {"\xAC", Wchar16, false, 7, 0},
+        {"\xAC", Wchar16, false, 7, 1},
+        {"A", Utf16, false, 7, 1},
+        {"\xD8\x3D\xDE", Utf16, false, 7, 3},
         {"", Utf8, false, 7, 0},
     };
     for (const ReadCase& each : cases) {
