@@ -156,8 +156,8 @@ public:
         return true;
     }
 
-    /// Copies all keys and all values, each in the order of Traverse, to two arrays. \return false, and neither array has its contents any more,
-    /// when there is no memory for them.
+    /// Copies all keys and all values, each in the order of Traverse, to two arrays. \return false, and neither array has its
+    /// contents any more, when there is no memory for them.
     bool CopyTo(CCryptoArray<K>& keys, CCryptoArray<V>& values) const
     {
         const CCryptoCSLock lock(&section_);

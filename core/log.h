@@ -40,6 +40,12 @@ void WriteLine(std::uint32_t depth, std::string_view timingPrefix, std::string_v
 /// Puts new settings in force; lines under way still go to the output they began with. \param output may be null with level 0.
 void Configure(std::uint32_t level, bool profiling, std::shared_ptr<LogOutput> output);
 
+/// Nothing is written any more; takes no lock.
+inline void TurnOff()
+{
+    state::level = 0;
+}
+
 /// The output in force; null before the first Configure.
 std::shared_ptr<LogOutput> CurrentOutput();
 

@@ -17,6 +17,11 @@ CCryptoProcessLogger::CCryptoProcessLogger(LogCallback callback, const char* set
 
 CCryptoProcessLogger::~CCryptoProcessLogger()
 {
+    // A thread that was ended in the middle of a line keeps its locks, and waiting for them would keep the host from ending.
+    if (platform::ProcessIsEnding()) {
+        logging::TurnOff();
+        return;
+    }
     WriteLog("---------- END (ver=%s) ----------", buildDate);
     close();
     logging::Configure(0, false, nullptr);

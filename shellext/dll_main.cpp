@@ -5,6 +5,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void*)
 {
     if (reason == DLL_PROCESS_ATTACH) {
         module::SetHandle(instance);
+        // Refused by the system for a library with thread-local storage, whose runtime needs to hear of threads that end.
         DisableThreadLibraryCalls(instance);
     }
     return TRUE;

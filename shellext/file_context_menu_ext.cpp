@@ -144,7 +144,7 @@ HRESULT FileContextMenuExt::InvokeCommand(CMINVOKECOMMANDINFO* command) noexcept
 
         if (command == nullptr)
             return logger.setRetValue(3, E_INVALIDARG);
-        // A verb by name is a pointer, which this refuses with every offset but 0.
+        // Only the low 16 bits are looked at: a verb by name is a pointer, and refused unless it is a multiple of 64 KiB.
         if (LOWORD(reinterpret_cast<UINT_PTR>(command->lpVerb)) != 0)
             return logger.setRetValue(3, E_FAIL);
 

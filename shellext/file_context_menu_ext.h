@@ -42,11 +42,12 @@ public:
     STDMETHODIMP QueryContextMenu(HMENU menu, UINT index, UINT idCmdFirst, UINT idCmdLast, UINT flags) noexcept override;
 
     /// \return S_OK once the paths were handed to the signing client, whatever it made of them; E_FAIL for any command but offset
-    /// 0, and when the signing client is not to be reached.
+    /// 0, and when the signing client is not to be reached; E_INVALIDARG without a command.
     STDMETHODIMP InvokeCommand(CMINVOKECOMMANDINFO* command) noexcept override;
 
     /// Writes the command's name (GCS_VERBW) or help text (GCS_HELPTEXTW) to `name`, which holds `capacity` 16-bit units; the other
-    /// kinds are accepted and write nothing. \return E_INVALIDARG for any command but 0; otherwise as CopyBounded.
+    /// kinds are accepted and write nothing. \return E_INVALIDARG for any command but 0 and without a `name`; otherwise as
+    /// CopyBounded.
     STDMETHODIMP GetCommandString(UINT_PTR command, UINT kind, UINT* reserved, LPSTR name, UINT capacity) noexcept override;
 
     /// The accepted paths joined by "*", which no Windows path can contain.

@@ -9,7 +9,7 @@
 
 namespace {
 
-// An icon is handed back by DeleteObject like everything else here, not by DestroyIcon.
+// Handed back by DeleteObject, on purpose, and not by DestroyIcon: the icon itself stays with the process.
 using IconOwner = std::unique_ptr<std::remove_pointer_t<HICON>, GdiObjectDeleter>;
 
 /// The device context of the whole screen.

@@ -15,6 +15,6 @@ struct GdiObjectDeleter {
 
 using BitmapOwner = std::unique_ptr<std::remove_pointer_t<HBITMAP>, GdiObjectDeleter>;
 
-/// The menu icon as a top-down bitmap of 32 bits per pixel with alpha, as menus draw it. Needs COM on the calling thread.
+/// The menu icon as a top-down bitmap of 32 bits per pixel with straight alpha. Needs COM on the calling thread.
 /// \return null, logged, when the icon or the imaging component is not to be had; the entry then goes without a picture.
 BitmapOwner MakeMenuBitmap();

@@ -112,7 +112,7 @@ HRESULT SetHKCRRegistryKeyAndValue(const wchar_t* subKey, const wchar_t* valueNa
     LSTATUS status =
         RegCreateKeyExW(HKEY_CLASSES_ROOT, subKey, 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_WRITE, nullptr, key.receive(), nullptr);
     if (status == ERROR_SUCCESS && data != nullptr) {
-        // The terminating zero is not stored. A zero right behind the data would be all the same, so something else stands there.
+        // The terminating zero is not stored. The system adds one that it finds right behind the data, so a full stop stands there.
         const std::wstring guarded = std::wstring(data) + L'.';
         const DWORD size = static_cast<DWORD>(lstrlenW(data)) * 2;
         status = RegSetValueExW(key.get(), valueName, 0, REG_SZ, reinterpret_cast<const BYTE*>(guarded.data()), size);

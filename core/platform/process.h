@@ -29,4 +29,7 @@ std::string CommandLine();
 /// Empty when the system does not tell.
 std::string ComputerName();
 
+/// True once the system is taking the process down and has ended its other threads, which may have held any lock.
+bool ProcessIsEnding();
+
 } // namespace platform

@@ -3,6 +3,7 @@
 #include <shlobj.h>
 
 #include <algorithm>
+#include <climits>
 #include <cwchar>
 #include <string_view>
 
@@ -13,16 +14,21 @@ Does to the context-menu handler what Explorer does when the user right-clicks F
 registered class, hands it the shell's data object of the files, has it fill a popup menu and prints what it answered.
 
   --invoke          choose the handler's entry
-  --show            open the menu in a window; an entry chosen there is invoked; prints "shown" when the menu is up
+  --show            open the menu in a window; an entry chosen there is invoked; prints "shown" when the menu is
+                    up, unless --json asks for one object
   --show-seconds N  the same, and close the menu after N seconds
   --flags LIST      flags for QueryContextMenu: numbers or names (CMF_DEFAULTONLY, ...), separated by commas
   --json            print one JSON object
   --help            print this
 
-Ends with 0 when the handler took the selection (and its command, where one was chosen), 1 when it refused, 2 on wrong usage.
+Ends with 0 when the handler took the selection and added its entry (and took its command, where one was chosen), 1 when it or
+the system refused, 2 on wrong usage.
 )";
 
 namespace {
+
+/// A timer counts milliseconds in 32 bits.
+constexpr UINT mostShowSeconds = 1000000;
 
 struct FlagName {
     const wchar_t* name;
@@ -45,9 +51,13 @@ constexpr FlagName flagNames[] = {
 /// Decimal, or hexadecimal behind "0x".
 bool ParseNumber(const std::wstring& text, UINT& number)
 {
+    if (text.empty() || text[0] < L'0' || text[0] > L'9')
+        return false;
+    const bool isHex = text.starts_with(L"0x") || text.starts_with(L"0X");
     wchar_t* end = nullptr;
-    number = static_cast<UINT>(std::wcstoul(text.c_str(), &end, 0));
-    return !text.empty() && text[0] >= L'0' && text[0] <= L'9' && *end == 0;
+    const unsigned long long value = std::wcstoull(text.c_str(), &end, isHex ? 16 : 10);
+    number = static_cast<UINT>(value);
+    return *end == 0 && value <= UINT_MAX;
 }
 
 bool ParseFlags(const std::wstring& list, UINT& flags)
@@ -84,7 +94,8 @@ std::optional<Arguments> ParseArguments(const std::vector<std::wstring>& words, 
             result.json = true;
         else if (*word == L"--show")
             result.show = true;
-        else if (*word == L"--show-seconds" && hasValue && ParseNumber(word[1], result.showSeconds) && result.showSeconds > 0) {
+        else if (*word == L"--show-seconds" && hasValue && ParseNumber(word[1], result.showSeconds) && result.showSeconds > 0 &&
+                 result.showSeconds <= mostShowSeconds) {
             result.show = true;
             ++word;
         } else if (*word == L"--flags" && hasValue && ParseFlags(word[1], result.flags))
@@ -94,6 +105,10 @@ std::optional<Arguments> ParseArguments(const std::vector<std::wstring>& words, 
             return std::nullopt;
         } else
             result.files.push_back(*word);
+    }
+    if (result.show && result.invoke) {
+        problem = L"--show lets the user choose, --invoke chooses: one of them";
+        return std::nullopt;
     }
     if (result.files.empty() && !result.help) {
         problem = L"no file named";

@@ -127,6 +127,8 @@ std::vector<std::wstring> CommandLineWords()
 {
     int count = 0;
     wchar_t** words = CommandLineToArgvW(GetCommandLineW(), &count);
+    if (words == nullptr || count < 1)
+        return {};
     std::vector<std::wstring> result(words + 1, words + count);
     LocalFree(words);
     return result;

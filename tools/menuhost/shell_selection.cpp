@@ -19,8 +19,10 @@ HRESULT ParsePath(const std::wstring& path, ItemList& item)
 {
     std::wstring full(32768, L'\0');
     const DWORD length = GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
-    if (length == 0 || length >= full.size())
+    if (length == 0)
         return ResultFromLastError();
+    if (length >= full.size())
+        return ResultFromWin32(ERROR_FILENAME_EXCED_RANGE);
     PIDLIST_ABSOLUTE list = nullptr;
     const HRESULT result = SHParseDisplayName(full.c_str(), nullptr, &list, 0, nullptr);
     item.reset(list);
@@ -30,7 +32,8 @@ HRESULT ParsePath(const std::wstring& path, ItemList& item)
 ItemList ParentOf(const ItemList& item)
 {
     ItemList parent(ILClone(item.get()));
-    ILRemoveLastID(parent.get());
+    if (parent != nullptr)
+        ILRemoveLastID(parent.get());
     return parent;
 }
 
@@ -46,6 +49,8 @@ HRESULT SelectInShell(const std::vector<std::wstring>& files, ComPtr<IDataObject
         if (FAILED(parsed))
             return parsed;
         ItemList parent = ParentOf(items[i]);
+        if (parent == nullptr)
+            return E_OUTOFMEMORY;
         if (folderList == nullptr)
             folderList = std::move(parent);
         else if (!ILIsEqual(folderList.get(), parent.get()))

@@ -98,4 +98,9 @@ std::string ComputerName()
     return gethostname(buffer.data(), buffer.size() - 1) == 0 ? buffer.data() : "";
 }
 
+bool ProcessIsEnding()
+{
+    return false;
+}
+
 } // namespace platform

@@ -78,4 +78,12 @@ std::string ComputerName()
     return GetComputerNameW(name.data(), &length) ? WideToUtf8({name.data(), length}) : std::string();
 }
 
+bool ProcessIsEnding()
+{
+    using Query = BOOLEAN(NTAPI*)();
+    const HMODULE system = GetModuleHandleA("ntdll.dll");
+    const FARPROC found = system != nullptr ? GetProcAddress(system, "RtlDllShutdownInProgress") : nullptr;
+    return found != nullptr && reinterpret_cast<Query>(reinterpret_cast<void*>(found))() != FALSE;
+}
+
 } // namespace platform
