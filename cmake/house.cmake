@@ -99,6 +99,10 @@ function(house_test name)
     house_arguments("OWN_MAIN" "TIMEOUT" "PROGRAMS;ENVIRONMENT" ${ARGN})
     house_googletest()
     house_program(${name} SOURCES ${house_FILES} LINKS ${house_LINKS} GTest::gmock)
+    # Test code is compiled for a fast build; what it tests keeps the flags of the preset.
+    # Unoptimised, a file of tests may hold more sections than a plain Windows object does.
+    target_compile_options(${name} PRIVATE -O0 $<$<PLATFORM_ID:Windows>:-Wa,-mbig-obj>)
+    target_precompile_headers(${name} PRIVATE <gtest/gtest.h> <string>)
     if(NOT house_OWN_MAIN)
         target_link_libraries(${name} PRIVATE GTest::gmock_main)
     endif()
