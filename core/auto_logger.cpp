@@ -55,26 +55,34 @@ CCryptoAutoLogger::CCryptoAutoLogger(const char* name, std::uint32_t mode, const
     va_end(arguments);
 }
 
-void CCryptoAutoLogger::open()
+void CCryptoAutoLogger::DeleteShown::operator()(Shown* shown) const
+{
+    delete shown;
+}
+
+void CCryptoAutoLogger::enter()
 {
     depth_ = logging::EnterOperation();
-    counted_ = true;
+    shown_.reset(new Shown);
+}
+
+void CCryptoAutoLogger::open()
+{
+    enter();
     writeEntry();
 }
 
 void CCryptoAutoLogger::openWithArguments(const char* format, std::va_list arguments)
 {
-    depth_ = logging::EnterOperation();
-    counted_ = true;
+    enter();
 
-    BoundedText text;
-    const std::string_view shown = text.appendFormatted(format, arguments) ? text.view() : overlong::arguments;
+    BoundedText formatted;
+    const std::string_view text = formatted.appendFormatted(format, arguments) ? formatted.view() : overlong::arguments;
     if (quiet()) {
-        nameWithArgs_ = std::make_unique<CCryptoString>(name());
-        nameWithArgs_->append("(").append(shown).append(") : ");
-        name_ = nameWithArgs_->c_str();
+        shown_->nameWithArgs.append(name()).append("(").append(text).append(") : ");
+        name_ = shown_->nameWithArgs.c_str();
     } else {
-        addText(shown);
+        addText(text);
     }
     writeEntry();
 }
@@ -89,22 +97,26 @@ void CCryptoAutoLogger::writeEntry()
         else
             WriteLog("%s(%s) - IN", name(), message().c_str());
     }
-    timed_ = logging::Profiling();
-    if (timed_)
-        startTime_ = platform::MonotonicMilliseconds();
+    shown_->timed = logging::Profiling();
+    if (shown_->timed)
+        shown_->startTime = platform::MonotonicMilliseconds();
 }
 
 void CCryptoAutoLogger::close()
 {
-    if (std::exchange(counted_, false))
+    if (shown_ != nullptr)
         logging::LeaveOperation();
-    if (!logging::Shows(depth_))
-        return;
+    if (logging::Shows(depth_))
+        writeExit();
+    shown_ = nullptr;
+}
 
-    if (timed_) {
+void CCryptoAutoLogger::writeExit()
+{
+    if (shown_ != nullptr && shown_->timed) {
         const std::int64_t elapsed =
-            std::min<std::int64_t>(platform::MonotonicMilliseconds() - startTime_, std::numeric_limits<std::int32_t>::max());
-        std::snprintf(timingPrefix_, sizeof timingPrefix_, "%9d ms: ", static_cast<int>(elapsed));
+            std::min<std::int64_t>(platform::MonotonicMilliseconds() - shown_->startTime, std::numeric_limits<std::int32_t>::max());
+        std::snprintf(shown_->timingPrefix, sizeof shown_->timingPrefix, "%9d ms: ", static_cast<int>(elapsed));
     }
     if (status_ == static_cast<std::int32_t>(ResultStatus::error)) {
         CCryptoString chain(name());
@@ -149,7 +161,7 @@ void CCryptoAutoLogger::writeRule()
 
 void CCryptoAutoLogger::writeLine(std::string_view text)
 {
-    logging::WriteLine(depth_, timingPrefix_, text);
+    logging::WriteLine(depth_, shown_ != nullptr ? shown_->timingPrefix : "", text);
 }
 
 const char* CCryptoAutoLogger::name() const

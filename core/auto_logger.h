@@ -43,7 +43,7 @@ public:
     CCryptoAutoLogger(const char* name, std::uint32_t mode, const char* format, ...) CORE_PRINTF_FORMAT(4, 5);
     ~CCryptoAutoLogger() override
     {
-        if (counted_ || logging::Level() != 0) [[unlikely]]
+        if (shown_ != nullptr || logging::Level() != 0) [[unlikely]]
             close();
     }
 
@@ -89,7 +89,9 @@ protected:
 private:
     void open();
     void openWithArguments(const char* format, std::va_list arguments);
+    void enter();
     void writeEntry();
+    void writeExit();
     void writeMessage();
     void writeRule();
     void writeLine(std::string_view text);
@@ -99,15 +101,23 @@ private:
     void setStatusFormatted(std::int32_t level, const char* format, std::va_list arguments);
     bool quiet() const { return mode_ >= 2; }
 
+    /// What is kept while the log is on.
+    struct Shown {
+        CCryptoString nameWithArgs;
+        bool timed = false;
+        std::int64_t startTime = 0;
+        char timingPrefix[20] = {};
+    };
+    /// Out of line, to keep every scope that holds a logger short.
+    struct DeleteShown {
+        void operator()(Shown* shown) const;
+    };
+
     const char* name_;
-    std::unique_ptr<CCryptoString> nameWithArgs_;
-    std::int64_t startTime_ = 0;
     std::uint32_t mode_;
     std::uint32_t depth_ = 0;
-    bool timed_ = false;
-    /// The thread's counter includes this operation.
-    bool counted_ = false;
-    char timingPrefix_[20] = {};
+    /// There while the thread's counter includes this operation.
+    std::unique_ptr<Shown, DeleteShown> shown_;
 };
 
 template <typename Result>

@@ -48,10 +48,15 @@ const CCryptoString& CCryptoErrorHandler::message() const
     return message_ != nullptr ? *message_ : *none;
 }
 
+void CCryptoErrorHandler::DeleteText::operator()(CCryptoString* text) const
+{
+    delete text;
+}
+
 void CCryptoErrorHandler::addText(std::string_view text)
 {
     if (message_ == nullptr)
-        message_ = std::make_unique<CCryptoString>();
+        message_.reset(new CCryptoString);
     if (!message_->isEmpty())
         message_->append(" ");
     message_->append(text);

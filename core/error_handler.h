@@ -58,6 +58,11 @@ protected:
     std::uint32_t errorCode_ = 0;
 
 private:
+    /// Out of line, to keep every scope that holds a logger short.
+    struct DeleteText {
+        void operator()(CCryptoString* text) const;
+    };
+
     /// Made by the first text, so that an operation without one costs no storage.
-    std::unique_ptr<CCryptoString> message_;
+    std::unique_ptr<CCryptoString, DeleteText> message_;
 };
