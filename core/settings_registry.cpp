@@ -56,7 +56,10 @@ std::uint32_t CCryptoSettingsRegistry::GetIntegerOrDefault(const char* name, std
 
 bool CCryptoSettingsRegistry::SetValue(const element& name, const element& value)
 {
-    return setRegValue(path_.c_str(), CCryptoString(name).c_str(), CCryptoString(value).view());
+    // A name that a zero byte would cut short is none.
+    const CCryptoString wholeName(name);
+    const bool usable = wholeName.view().find('\0') == std::string_view::npos;
+    return setRegValue(path_.c_str(), usable ? wholeName.c_str() : nullptr, CCryptoString(value).view());
 }
 
 std::unique_ptr<ICryptoSettingsGroupIterator> CCryptoSettingsRegistry::Group(const char* name)

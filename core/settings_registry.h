@@ -8,6 +8,9 @@
 /// Settings kept as text values of one key of the machine's registry, "SOFTWARE\COMPANY\PRODUCT\SUB-PATH"; the user's hive is asked
 /// first when a call says so. The key is created, volatile, when it is missing, so that one that is never written to does not
 /// survive a restart; where it cannot be created, reads find nothing. Values are written to the machine's hive.
+///
+/// Windows keeps a key as it was made: values and keys below one that was made volatile go with it. An installer that creates the
+/// key makes its values last.
 class CCryptoSettingsRegistry : public ICryptoSettings, private CCryptoRegistry {
 public:
     /// \param company null for "Brannock"; \param subPath may be null, its "/" become "\".
