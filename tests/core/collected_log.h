@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The log of this process while one lives, as its callback receives it; with a file where one is named. Off afterwards.
+class CollectedLog {
+public:
+    static constexpr std::string_view tag = "collected";
+
+    explicit CollectedLog(std::uint32_t level, const std::string& path = {}, bool profiling = false);
+    ~CollectedLog();
+    CollectedLog(const CollectedLog&) = delete;
+    CollectedLog& operator=(const CollectedLog&) = delete;
+
+    /// For a process logger: it hands its lines over, too.
+    static void Callback(const char* line);
+
+    void setLevel(std::uint32_t level) const;
+    void clear() const;
+    /// Whole lines.
+    std::vector<std::string> lines() const;
+    /// What stands behind the tag: indentation and text.
+    std::vector<std::string> texts() const;
+};
+
+/// What stands behind the tag of a line.
+std::string TextOfLine(const std::string& line, std::string_view tag);
+
+/// The lines of a file, without their ends.
+std::vector<std::string> LinesOfFile(const std::string& path);
