@@ -1,6 +1,7 @@
 #include "core/thread.h"
 
 #include "core/auto_logger.h"
+#include "core/log_writers.h"
 #include "core/platform/process.h"
 
 #include <algorithm>
@@ -10,12 +11,27 @@ namespace {
 // What the debugging runtime fills fresh memory with.
 constexpr std::uint32_t uninitialised = 0xCDCDCDCD;
 
+/// What a thread may need to end once its work is done.
+constexpr std::uint32_t leavingTime = 1000;
+
+/// The object whose thread is the calling one. Its owner may destroy it before the thread has left, so it is only compared.
+thread_local const CCryptoThread* objectOfThisThread = nullptr;
+
 } // namespace
 
 CCryptoThread::~CCryptoThread()
 {
-    if (running_)
-        thread_.wait(waitForever);
+    if (isThisThread()) {
+        WriteErrorEx_G("CCryptoThread::~CCryptoThread: Destroyed by its own thread");
+        objectOfThisThread = nullptr;
+        return;
+    }
+    thread_.wait(waitForever);
+}
+
+bool CCryptoThread::isThisThread() const
+{
+    return thread_.isOpen() && objectOfThisThread == this;
 }
 
 void CCryptoThread::run()
@@ -28,7 +44,10 @@ void CCryptoThread::Enter(void* argument)
 {
     CCryptoThread& self = *static_cast<CCryptoThread*>(argument);
     self.id_ = platform::CurrentThreadId();
+    objectOfThisThread = &self;
     self.run();
+    if (objectOfThisThread != &self)
+        return;
     // From here on the owner may destroy the object.
     self.running_ = false;
 }
@@ -49,6 +68,16 @@ bool CCryptoThread::start()
     return logger.setResult(true);
 }
 
+/// Waits for the system's thread, which outlasts `run`, and gives its handle back.
+bool CCryptoThread::awaitEnd(std::uint32_t milliseconds)
+{
+    if (!thread_.wait(milliseconds))
+        return false;
+    thread_.close();
+    running_ = false;
+    return true;
+}
+
 bool CCryptoThread::wait(std::uint32_t totalTimeout, std::uint32_t responseTime)
 {
     CCryptoAutoLogger logger("CCryptoThread::wait", 1);
@@ -56,26 +85,25 @@ bool CCryptoThread::wait(std::uint32_t totalTimeout, std::uint32_t responseTime)
     logger.WriteLog("ThreadID=%04X", id());
     if (id() == uninitialised)
         logger.WriteError("FATAL ERROR!");
-    if (!running_)
+    if (isThisThread())
+        return logger.setRetValue(3, false, "A thread cannot wait for itself");
+    if (!running_ && awaitEnd(leavingTime))
         return logger.setResult(true);
 
     logger.WriteLog("Running");
     std::uint32_t remaining = totalTimeout;
     if (responseTime != 0) {
         logger.WriteLog("responseTime check");
-        if (thread_.wait(responseTime))
+        if (awaitEnd(responseTime))
             return logger.setResult(true);
         logger.WriteLog("Still running");
         if (totalTimeout != waitForever)
             remaining = totalTimeout - std::min(totalTimeout, responseTime);
     }
-    if (!thread_.wait(remaining)) {
-        logger.setLastWindowsError();
-        thread_.terminate();
-        thread_.close();
-        running_ = false;
-        return false;
-    }
-    thread_.close();
-    return logger.setResult(true);
+    if (awaitEnd(remaining) || (!running_ && awaitEnd(leavingTime)))
+        return logger.setResult(true);
+    logger.setLastWindowsError();
+    if (!thread_.terminate() || !awaitEnd(0))
+        return logger.setRetValue(3, false, "The thread cannot be ended");
+    return false;
 }

@@ -9,8 +9,9 @@
 
 /// A thread that runs a function, or what a derived class puts in its place. It can be started again once it has ended.
 ///
-/// `start` and `wait` are called by one thread, the owner. The destructor waits without limit for a thread that still runs. A
-/// derived class therefore ends its thread in its own destructor, before the members that `run` uses are gone.
+/// `start` and `wait` are called by one thread, the owner; the thread itself must neither wait for its end nor destroy its object,
+/// which is reported and not waited for. The destructor waits without limit for a thread that still runs. A derived class therefore
+/// ends its thread in its own destructor, before the members that `run` uses are gone.
 class CCryptoThread {
 public:
     static constexpr std::uint32_t waitForever = platform::waitForever;
@@ -25,11 +26,16 @@ public:
     bool start();
 
     /// Waits for the end of the thread, which should have been asked to end: first `responseTime` milliseconds, unless that is 0,
-    /// then what remains of `totalTimeout`, which may be `waitForever`. A thread that still runs is then ended by force, and what
-    /// it owned is lost. \return true when the thread ended by itself or was not running.
+    /// then what remains of `totalTimeout`, which may be `waitForever`. A thread that still runs is then ended by force, wherever
+    /// it stands: what it owned is lost and locks that it held stay locked, those of the log and of the runtime's heap among them.
+    /// So force is for threads of which nothing else can be hoped, and a process that used it had better end soon.
+    ///
+    /// A thread whose `run` has returned gets at least a second for the destructors of its thread_local objects.
+    /// \return true when the thread ended by itself or was not running. After false isRunning() is true of a thread that force
+    /// could not end either; `wait` may be called again for it.
     bool wait(std::uint32_t totalTimeout, std::uint32_t responseTime);
 
-    /// Until `run` has returned. Any thread may ask.
+    /// Until `run` has returned or the thread was found to have ended otherwise. Any thread may ask.
     bool isRunning() const { return running_; }
 
     /// The number of the thread as the log shows it; 0 before the first start. Any thread may ask.
@@ -41,6 +47,8 @@ protected:
 
 private:
     static void Enter(void* argument);
+    bool isThisThread() const;
+    bool awaitEnd(std::uint32_t milliseconds);
 
     platform::Thread thread_;
     std::atomic<bool> running_ = false;

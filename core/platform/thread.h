@@ -25,8 +25,9 @@ public:
     bool wait(std::uint32_t milliseconds);
 
     /// Ends the thread by force; what it owned is lost. On POSIX the real-time signal SIGRTMAX - 3 is used for it, and the thread's
-    /// stack is lost, too.
-    void terminate();
+    /// stack is lost, too. \return whether the thread has ended; false, after a second, of one that is stuck in the system or
+    /// holds off the signal: it may still end later.
+    bool terminate();
 
     /// Gives the handle back; a thread that still runs goes on by itself.
     void close();

@@ -1,5 +1,6 @@
 #include "core/platform/process.h"
 #include "core/platform/thread.h"
+#include "tests/core/in_child_process.h"
 
 #include <gtest/gtest.h>
 
@@ -80,18 +81,20 @@ TEST(Thread, ClosedWhileRunningGoesOn)
     EXPECT_TRUE(meeting.ended);
 }
 
-TEST(Thread, EndsByForceAndLeavesTheNextOneAlone)
+TEST(ThreadDeathTest, EndsByForceAndLeavesTheNextOneAlone)
 {
-    for (int round = 0; round < 3; ++round) {
-        std::atomic<bool> begun = false;
-        platform::Thread thread;
-        ASSERT_TRUE(thread.start(Spin, &begun));
-        while (!begun)
-            std::this_thread::yield();
-        ASSERT_FALSE(thread.wait(0));
-        thread.terminate();
-        EXPECT_TRUE(thread.wait(5000));
-        // Nothing of the lost thread may turn up in one that begins after it.
-        EXPECT_NE(std::async(std::launch::async, platform::CurrentThreadId).get(), 0U);
-    }
+    InChildProcess([] {
+        for (int round = 0; round < 3; ++round) {
+            std::atomic<bool> begun = false;
+            platform::Thread thread;
+            ASSERT_TRUE(thread.start(Spin, &begun));
+            while (!begun)
+                std::this_thread::yield();
+            ASSERT_FALSE(thread.wait(0));
+            EXPECT_TRUE(thread.terminate());
+            EXPECT_TRUE(thread.wait(0));
+            // Nothing of the lost thread may turn up in one that begins after it.
+            EXPECT_NE(std::async(std::launch::async, platform::CurrentThreadId).get(), 0U);
+        }
+    });
 }

@@ -1,6 +1,8 @@
+#include "core/platform/clock.h"
 #include "core/platform/process.h"
 #include "core/thread.h"
 #include "tests/core/captured_log.h"
+#include "tests/core/in_child_process.h"
 
 #include <gmock/gmock.h>
 
@@ -96,24 +98,26 @@ TEST(CryptoThread, EndsWithinTheResponseTime)
     EXPECT_FALSE(worker.isRunning());
 }
 
-TEST(CryptoThread, IsEndedByForceAfterTheTotalTime)
+TEST(CryptoThreadDeathTest, IsEndedByForceAfterTheTotalTime)
 {
-    std::atomic<bool> begun = false;
-    CCryptoThread thread([&] {
-        // From here on it takes no lock that its forced end would leave behind.
-        begun = true;
-        for (volatile unsigned turns = 0;;)
-            turns = turns + 1;
+    InChildProcess([] {
+        std::atomic<bool> begun = false;
+        CCryptoThread thread([&] {
+            // From here on it takes no lock that its forced end would leave behind.
+            begun = true;
+            for (volatile unsigned turns = 0;;)
+                turns = turns + 1;
+        });
+        ASSERT_TRUE(thread.start());
+        while (!begun)
+            std::this_thread::yield();
+        const CapturedLog log;
+        // The response time counts as part of the total, even when it is the longer one.
+        EXPECT_FALSE(thread.wait(1, 2));
+        EXPECT_FALSE(thread.isRunning());
+        EXPECT_THAT(log.texts(), Contains(HasSubstr("CCryptoThread::wait - OUT WITH ERROR")));
+        EXPECT_TRUE(thread.wait(0, 0));
     });
-    ASSERT_TRUE(thread.start());
-    while (!begun)
-        std::this_thread::yield();
-    const CapturedLog log;
-    // The response time counts as part of the total, even when it is the longer one.
-    EXPECT_FALSE(thread.wait(1, 2));
-    EXPECT_FALSE(thread.isRunning());
-    EXPECT_THAT(log.texts(), Contains(HasSubstr("CCryptoThread::wait - OUT WITH ERROR")));
-    EXPECT_TRUE(thread.wait(0, 0));
 }
 
 TEST(CryptoThread, StartsAgainAndIsAwaitedByItsDestructor)
@@ -126,4 +130,52 @@ TEST(CryptoThread, StartsAgainAndIsAwaitedByItsDestructor)
         ASSERT_TRUE(thread.start());
     }
     EXPECT_EQ(runs, 2);
+}
+
+TEST(CryptoThread, IsAwaitedUntilItHasLeft)
+{
+    struct SlowToLeave {
+        std::atomic<bool>* left = nullptr;
+        ~SlowToLeave()
+        {
+            platform::SleepMilliseconds(20);
+            *left = true;
+        }
+    };
+    for (const bool awaited : {true, false}) {
+        SCOPED_TRACE(awaited);
+        std::atomic<bool> left = false;
+        {
+            CCryptoThread thread([&] {
+                thread_local SlowToLeave slow;
+                slow.left = &left;
+            });
+            ASSERT_TRUE(thread.start());
+            while (thread.isRunning())
+                std::this_thread::yield();
+            if (awaited) {
+                EXPECT_TRUE(thread.wait(0, 0));
+                EXPECT_TRUE(left);
+            }
+        }
+        EXPECT_TRUE(left);
+    }
+}
+
+TEST(CryptoThread, DoesNotWaitForItself)
+{
+    const CapturedLog log;
+    std::promise<void> started;
+    std::promise<void> left;
+    CCryptoThread* const thread = new CCryptoThread([&] {
+        started.get_future().wait();
+        left.set_value_at_thread_exit();
+        EXPECT_FALSE(thread->wait(CCryptoThread::waitForever, 0));
+        delete thread;
+    });
+    ASSERT_TRUE(thread->start());
+    started.set_value();
+    left.get_future().wait();
+    EXPECT_THAT(log.texts(), Contains("ERROR: A thread cannot wait for itself"));
+    EXPECT_THAT(log.texts(), Contains("ERROR: CCryptoThread::~CCryptoThread: Destroyed by its own thread"));
 }

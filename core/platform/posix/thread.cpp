@@ -1,5 +1,6 @@
 #include "core/platform/thread.h"
 
+#include "core/platform/clock.h"
 #include "core/platform/process.h"
 
 #include <errno.h>
@@ -10,32 +11,73 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <memory>
-#include <mutex>
 
 namespace platform {
 
 namespace {
 
+/// What owner and thread share.
 struct State {
     pthread_t handle{};
+    bool toldToLeave = false;
+    /// Set by the thread when it leaves because it was told to.
+    std::atomic<bool> leaves = false;
     /// Joined, or ended by force; there is no handle any more.
     bool gone = false;
 };
+
+/// Of a thread that was started here, for the handler of the signal.
+thread_local State* stateOfThisThread = nullptr;
 
 /// Lives on the starter's stack until the new thread has taken what it needs.
 struct Start {
     Thread::Entry entry = nullptr;
     void* argument = nullptr;
+    State* state = nullptr;
     std::uint32_t id = 0;
     sem_t taken;
 };
+
+// Cancellation would unwind the stack from wherever the thread stands, and end the process in any noexcept function on the way.
+// Leaving by the system call stops the thread where it is, as TerminateThread does.
+void LeaveAtOnce(int)
+{
+    if (stateOfThisThread == nullptr)
+        return;
+    stateOfThisThread->leaves = true;
+    syscall(SYS_exit, 0);
+}
+
+int TerminationSignal()
+{
+    static const int number = [] {
+        const int chosen = SIGRTMAX - 3;
+        struct sigaction action = {};
+        action.sa_handler = LeaveAtOnce;
+        sigaction(chosen, &action, nullptr);
+        return chosen;
+    }();
+    return number;
+}
+
+/// A thread inherits what its starter holds off.
+void AdmitTerminationSignal()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, TerminationSignal());
+    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+}
 
 void* Run(void* pointer)
 {
     Start& start = *static_cast<Start*>(pointer);
     const Thread::Entry entry = start.entry;
     void* const argument = start.argument;
+    stateOfThisThread = start.state;
+    AdmitTerminationSignal();
     start.id = CurrentThreadId();
     sem_post(&start.taken);
     entry(argument);
@@ -55,28 +97,28 @@ timespec Deadline(std::uint32_t milliseconds)
     return time;
 }
 
-/// One forced end at a time: the handler of the signal has no other way to know whom to answer.
-std::mutex terminating;
-sem_t leaving;
-
-// Cancellation would unwind the stack from wherever the thread stands, and end the process in any noexcept function on the way.
-// Leaving by the system call stops the thread where it is, as TerminateThread does.
-void LeaveAtOnce(int)
+/// Whether the system has the thread no more; tells it without joining.
+bool HasLeftTheSystem(std::uint32_t id)
 {
-    sem_post(&leaving);
-    syscall(SYS_exit, 0);
+    return syscall(SYS_tgkill, getpid(), static_cast<pid_t>(id), 0) != 0 && errno == ESRCH;
 }
 
-int TerminationSignal()
+/// Waits for a thread that was told to leave.
+bool AwaitLeaving(State& state, std::uint32_t id, std::uint32_t milliseconds)
 {
-    static const int number = [] {
-        const int chosen = SIGRTMAX - 3;
-        struct sigaction action = {};
-        action.sa_handler = LeaveAtOnce;
-        sigaction(chosen, &action, nullptr);
-        return chosen;
-    }();
-    return number;
+    for (std::uint32_t waited = 0; !HasLeftTheSystem(id); ++waited) {
+        if (waited == milliseconds && milliseconds != waitForever) {
+            errno = ETIMEDOUT;
+            return false;
+        }
+        SleepMilliseconds(1);
+    }
+    // One that left by force is not joined: that would hand its stack, with the thread-specific values no one has cleared, to the
+    // next thread.
+    if (!state.leaves)
+        pthread_join(state.handle, nullptr);
+    state.gone = true;
+    return true;
 }
 
 } // namespace
@@ -93,6 +135,7 @@ bool Thread::start(Entry entry, void* argument)
     Start start;
     start.entry = entry;
     start.argument = argument;
+    start.state = state.get();
     sem_init(&start.taken, 0, 0);
     const int error = pthread_create(&state->handle, nullptr, Run, &start);
     if (error == 0) {
@@ -110,6 +153,8 @@ bool Thread::wait(std::uint32_t milliseconds)
     auto* const state = static_cast<State*>(state_);
     if (state == nullptr || state->gone)
         return true;
+    if (state->toldToLeave)
+        return AwaitLeaving(*state, id_, milliseconds);
     int error = 0;
     if (milliseconds == waitForever) {
         error = pthread_join(state->handle, nullptr);
@@ -122,28 +167,28 @@ bool Thread::wait(std::uint32_t milliseconds)
     return state->gone;
 }
 
-void Thread::terminate()
+bool Thread::terminate()
 {
     auto* const state = static_cast<State*>(state_);
-    if (state == nullptr || state->gone)
-        return;
-    const std::lock_guard lock(terminating);
-    sem_init(&leaving, 0, 0);
-    pthread_kill(state->handle, TerminationSignal());
+    if (wait(0))
+        return true;
     // A thread that is stuck in the kernel must not hold up the caller.
     constexpr std::uint32_t deliveryTime = 1000;
-    const timespec deadline = Deadline(deliveryTime);
-    while (sem_clockwait(&leaving, CLOCK_MONOTONIC, &deadline) != 0 && errno == EINTR) {}
-    // It is not joined: that would hand its stack, with the thread-specific values no one has cleared, to the next thread.
-    state->gone = true;
+    state->toldToLeave = true;
+    pthread_kill(state->handle, TerminationSignal());
+    return AwaitLeaving(*state, id_, deliveryTime);
 }
 
 void Thread::close()
 {
-    const std::unique_ptr<State> state(static_cast<State*>(state_));
+    std::unique_ptr<State> state(static_cast<State*>(state_));
     state_ = nullptr;
-    if (state != nullptr && !state->gone)
-        pthread_detach(state->handle);
+    if (state == nullptr || state->gone)
+        return;
+    pthread_detach(state->handle);
+    // A thread that was told to leave may still come to say that it does.
+    if (state->toldToLeave)
+        static_cast<void>(state.release());
 }
 
 } // namespace platform

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <errno.h>
 #include <process.h>
 
 #include <memory>
@@ -36,8 +37,11 @@ bool Thread::start(Entry entry, void* argument)
     auto start = std::make_unique<Start>(Start{entry, argument});
     unsigned id = 0;
     const std::uintptr_t handle = _beginthreadex(nullptr, 0, Run, start.get(), 0, &id);
-    if (handle == 0)
+    if (handle == 0) {
+        // The runtime keeps the reason to itself.
+        SetLastError(errno == EAGAIN ? ERROR_MAX_THRDS_REACHED : ERROR_NOT_ENOUGH_MEMORY);
         return false;
+    }
     static_cast<void>(start.release());
     state_ = reinterpret_cast<void*>(handle);
     id_ = id;
@@ -54,10 +58,11 @@ bool Thread::wait(std::uint32_t milliseconds)
     return result == WAIT_OBJECT_0;
 }
 
-void Thread::terminate()
+bool Thread::terminate()
 {
-    if (state_ != nullptr)
-        TerminateThread(state_, 0);
+    // The call only begins the end.
+    constexpr std::uint32_t endingTime = 1000;
+    return state_ == nullptr || (TerminateThread(state_, 0) != FALSE && wait(endingTime)) || wait(0);
 }
 
 void Thread::close()
