@@ -11,8 +11,8 @@ constexpr std::uint32_t alive = 0x12345678;
 constexpr std::uint32_t destroyed = 0x87654321;
 constexpr std::uint32_t gettingReady = 0x12340000;
 
-// Writing a line locks the logger's own sections. When one of them is busy, too, its message is left out, so that a message never
-// leads to another one.
+// The log itself takes no section to write a line, but the callback that gets the line may. When its section is busy, too, that
+// message is left out, so that a message never leads to another one.
 thread_local bool reporting = false;
 
 } // namespace
@@ -21,7 +21,8 @@ CCryptoCS::~CCryptoCS()
 {
     if (entered_)
         WriteErrorEx_G("CCryptoCS::~CCryptoCS: CS owned while being destructed");
-    if (state_.exchange(destroyed) == alive)
+    // While someone owns it, others may wait for it in the system: the owner's leaving wakes them, and they find it destroyed.
+    if (state_.exchange(destroyed) == alive && section_.ownerThreadId() == 0)
         section_.destroy();
 }
 
@@ -66,18 +67,23 @@ bool CCryptoCS::enter(LockMode mode)
             return false;
         section_.enter();
     }
+    if (state_ == destroyed) {
+        section_.leave();
+        WriteLog_G("CS already destroyed");
+        return false;
+    }
     entered_ = true;
     return true;
 }
 
 void CCryptoCS::leave()
 {
-    if (state_ != alive) {
+    const bool gone = state_ != alive;
+    if (gone)
         WriteLog_G("CS already destroyed");
-        return;
-    }
     if (section_.ownerThreadId() != platform::CurrentThreadId()) {
-        WriteErrorEx_G("Critical section not owned (%s)", name());
+        if (!gone)
+            WriteErrorEx_G("Critical section not owned (%s)", name());
         return;
     }
     if (section_.recursionCount() == 1)

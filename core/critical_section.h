@@ -12,13 +12,16 @@ enum class LockMode {
 
 /// The library's lock: recursive, named for diagnostics, which go through WriteLog_G and WriteErrorEx_G.
 ///
-/// The first lock makes the system's section ready, whoever comes first. So a section in static memory needs no constructor to run:
-/// it may be locked during static initialisation, whether its bytes are constant or still zero.
+/// The first lock makes the system's section ready, whoever comes first; its state is 0 until then, 0x12345678 while alive and
+/// 0x87654321 after destruction. So a section in static memory needs no constructor to run, and may be locked during static
+/// initialisation while its bytes are constant or still zero. A constructor that runs later makes a new, free section of it,
+/// whoever holds the old one: declare sections in static memory `constinit`, with a literal name.
 class CCryptoCS {
 public:
     /// `name` is not copied.
     explicit constexpr CCryptoCS(const char* name) : name_(name) {}
-    /// A section that is still owned is reported. A lock on a destroyed section fails.
+    /// A section that is still owned is reported, and its owner may still leave it as long as its memory is there. A lock on a
+    /// destroyed section fails.
     ~CCryptoCS();
     CCryptoCS(const CCryptoCS&) = delete;
     CCryptoCS& operator=(const CCryptoCS&) = delete;

@@ -10,6 +10,7 @@ namespace platform {
 class RecursiveLock {
 public:
     void initialize();
+    /// Nobody may own the lock or wait for it.
     void destroy();
 
     void enter();
@@ -20,7 +21,8 @@ public:
 
     /// 0 when nobody owns the lock.
     std::uint32_t ownerThreadId() const;
-    /// The system's own count of entries and waiters, -1 when free, as Windows counts it; for diagnostics alone.
+    /// -1 when free; else what the system counts, for diagnostics alone: on POSIX entries and waiters less one, on Windows the
+    /// section's own field, which holds bits rather than a number in current versions.
     std::int32_t lockCount() const;
     /// How often the owner has entered.
     std::int32_t recursionCount() const;

@@ -167,6 +167,28 @@ TEST(CriticalSection, DestructionWhileOwnedIsReported)
     EXPECT_THAT(log.texts(), ElementsAre("ERROR: CCryptoCS::~CCryptoCS: CS owned while being destructed", "CS already destroyed"));
 }
 
+TEST(CriticalSection, DestroyedWhileAnotherThreadOwnsItLetsTheWaitingGo)
+{
+    std::promise<void> blocked;
+    const CapturedLog log([&](const std::string& text) {
+        if (text.starts_with("Blocking"))
+            blocked.set_value();
+    });
+    SectionMemory memory;
+    CCryptoCS* const section = new (memory.bytes) CCryptoCS("gone");
+    std::future<bool> waiting;
+    {
+        const CCryptoCSLock lock(section);
+        waiting = std::async(std::launch::async, [&] { return CCryptoCSLock(section).held(); });
+        blocked.get_future().wait();
+        std::thread([&] { section->~CCryptoCS(); }).join();
+    }
+    EXPECT_FALSE(waiting.get());
+    EXPECT_THAT(log.texts(), ElementsAre(::testing::HasSubstr("Blocking (gone)"),
+                                         "ERROR: CCryptoCS::~CCryptoCS: CS owned while being destructed", "CS already destroyed",
+                                         "CS already destroyed"));
+}
+
 TEST(CriticalSection, OnlyTheOwnerReleases)
 {
     const CapturedLog log;

@@ -50,8 +50,6 @@ void RecursiveLock::initialize()
 
 void RecursiveLock::destroy()
 {
-    while (ownerThreadId() == CurrentThreadId())
-        leave();
     pthread_mutex_destroy(&LockIn(storage_).mutex);
     LockIn(storage_).~Lock();
 }
