@@ -37,6 +37,11 @@ constexpr std::string_view tokenLetters = "yMdHhmsf";
 /// The last two-digit year of this century, which is the last that UTCTime is written with.
 constexpr std::int32_t lastYearOfWindow = 50;
 
+std::string_view WholePattern(const char* pattern)
+{
+    return pattern != nullptr ? pattern : "";
+}
+
 /// What stands at the start of the pattern, which is not empty: a token, or one character.
 Token NextToken(std::string_view pattern)
 {
@@ -130,7 +135,7 @@ bool ReadToken(std::string_view text, const Token& token, CalendarTime& time)
 std::string_view FormatCalendarTime(const CalendarTime& time, const char* pattern, TimeTextBuffer& buffer)
 {
     Writer writer(buffer);
-    for (std::string_view rest(pattern); !rest.empty();) {
+    for (std::string_view rest = WholePattern(pattern); !rest.empty();) {
         const Token token = NextToken(rest);
         WriteToken(writer, time, token);
         rest.remove_prefix(token.text.size());
@@ -141,7 +146,7 @@ std::string_view FormatCalendarTime(const CalendarTime& time, const char* patter
 bool ParseCalendarTime(std::string_view text, const char* pattern, CalendarTime& time)
 {
     CalendarTime result;
-    for (std::string_view rest(pattern); !rest.empty();) {
+    for (std::string_view rest = WholePattern(pattern); !rest.empty();) {
         const Token token = NextToken(rest);
         const std::size_t length = token.text.size();
         if (text.size() < length || !ReadToken(text.substr(0, length), token, result))

@@ -17,8 +17,8 @@
 /// | "mm" "ss"      | minute, second, at least 2 digits         | exactly 2 digits                            |
 /// | "f" to "ffff"  | 1 to 4 decimals of the second             | as many digits; what is below 1 ms is lost  |
 ///
-/// The longest token that fits is taken. A letter of a token that makes none, such as a single "y", is malformed. All other
-/// characters stand for themselves.
+/// No pattern (null) is the empty one. The longest token that fits is taken. A letter of a token that makes none, such as a single
+/// "y", is malformed. All other characters stand for themselves.
 
 constexpr std::size_t maximumTimeText = 50;
 using TimeTextBuffer = std::array<char, maximumTimeText + 1>;

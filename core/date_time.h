@@ -11,7 +11,7 @@ class CCryptoDateTime {
 public:
     CCryptoDateTime() = default;
     CCryptoDateTime(const platform::CalendarTime& fields, bool utc) : fields_(fields), utc_(utc) {}
-    /// Reads every form that this class writes, and nothing else:
+    /// Reads these forms alone:
     ///
     /// | form                                                     | time  |
     /// |----------------------------------------------------------|-------|
@@ -49,7 +49,8 @@ public:
     /// GeneralizedTime (X.680, 46) of the moment in UTC, with `fractionDigits` digits, trailing zeros among them. \return empty
     /// when the time cannot be written: it is invalid, cannot be converted, or more than 4 digits are asked for.
     CCryptoString toGeneralizedTime(std::uint32_t fractionDigits = 0) const;
-    /// UTCTime (X.680, 47) up to the year 2050, GeneralizedTime without a fraction from 2051 on. \return empty as above.
+    /// UTCTime (X.680, 47) up to the year 2050, GeneralizedTime without a fraction from 2051 on. Two digits hold no century: a year
+    /// of 1950 or earlier reads back as one of 1951 to 2050. \return empty as above.
     CCryptoString toUtcTime() const;
 
     bool operator==(const CCryptoDateTime& other) const { return fields_ == other.fields_ && utc_ == other.utc_; }

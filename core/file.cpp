@@ -9,11 +9,39 @@ namespace {
 
 constexpr std::uint64_t lastIndex = std::numeric_limits<std::uint32_t>::max();
 constexpr const char* notOpen = "File is not open";
+constexpr const char* notWritable = "File is not open in a mode for this";
 constexpr const char* unusableName = "File name is empty or contains a zero byte";
 
 bool IsUsable(const CCryptoString& fileName)
 {
     return !fileName.isEmpty() && !fileName.contains(std::string_view("\0", 1));
+}
+
+/// For the log, which shows indices as signed.
+int Shown(std::uint64_t number)
+{
+    return static_cast<int>(static_cast<std::uint32_t>(number));
+}
+
+/// Moves the bytes between `from` and `end` to `to`, which lies before `from`. Failures go to `logger`.
+bool MoveUp(platform::File& file, std::uint64_t from, std::uint64_t to, std::uint64_t end, CCryptoAutoLogger& logger)
+{
+    constexpr std::uint64_t chunkSize = 0x10000;
+    element chunk;
+    chunk.resize(static_cast<std::uint32_t>(std::min(end - from, chunkSize)));
+    while (from < end) {
+        const auto count = static_cast<std::uint32_t>(std::min(end - from, chunkSize));
+        const std::int64_t read = file.readAt(from, chunk.data(), count);
+        if (read >= 0 && read < count)
+            return logger.setRetValue(3, false, "The file became shorter meanwhile");
+        if (read < 0 || !file.writeAt(to, chunk.data(), count)) {
+            logger.setLastWindowsError();
+            return false;
+        }
+        from += count;
+        to += count;
+    }
+    return true;
 }
 
 } // namespace
@@ -50,7 +78,7 @@ void CCryptoFile::Close()
 
 bool CCryptoFile::Read(std::uint32_t index, std::uint32_t length, element& content)
 {
-    CCryptoAutoLogger logger("CCryptoFile::Read", 0, "index=%u, length=%u", index, length);
+    CCryptoAutoLogger logger("CCryptoFile::Read", 0, "index=%d, length=%d", Shown(index), Shown(length));
 
     content.clear();
     if (!isOpen())
@@ -62,7 +90,8 @@ bool CCryptoFile::Read(std::uint32_t index, std::uint32_t length, element& conte
     }
     if (size < index)
         return logger.setRetValue(3, false, "size<index");
-    const auto count = static_cast<std::uint32_t>(std::min<std::int64_t>(length, size - index));
+    const auto count =
+        static_cast<std::uint32_t>(std::min<std::uint64_t>({length, static_cast<std::uint64_t>(size) - index, lastIndex - index}));
     content.resize(count);
     const std::int64_t done = file_.readAt(index, content.data(), count);
     if (done < 0) {
@@ -77,10 +106,12 @@ bool CCryptoFile::Read(std::uint32_t index, std::uint32_t length, element& conte
 
 bool CCryptoFile::Write(std::span<const std::uint8_t> bytes, std::uint32_t index)
 {
-    CCryptoAutoLogger logger("CCryptoFile::Write", 0, "%zu bytes, index=%u", bytes.size(), index);
+    CCryptoAutoLogger logger("CCryptoFile::Write", 0, "%d bytes, index=%d", Shown(bytes.size()), Shown(index));
 
     if (!isOpen())
         return logger.setRetValue(3, false, notOpen);
+    if (mode_ == Mode::read)
+        return logger.setRetValue(3, false, notWritable);
     const std::int64_t start = mode_ == Mode::append ? file_.size() : index;
     if (start < 0) {
         logger.setLastWindowsError();
@@ -101,10 +132,12 @@ bool CCryptoFile::Write(std::span<const std::uint8_t> bytes, std::uint32_t index
 
 bool CCryptoFile::Erase(std::uint32_t index, std::uint32_t length)
 {
-    CCryptoAutoLogger logger("CCryptoFile::Erase", 0, "index=%u, length=%u", index, length);
+    CCryptoAutoLogger logger("CCryptoFile::Erase", 0, "index=%d, length=%d", Shown(index), Shown(length));
 
     if (!isOpen())
         return logger.setRetValue(3, false, notOpen);
+    if (mode_ != Mode::write && mode_ != Mode::readWrite)
+        return logger.setRetValue(3, false, notWritable);
     const std::int64_t size = file_.size();
     if (size < 0) {
         logger.setLastWindowsError();
@@ -114,30 +147,17 @@ bool CCryptoFile::Erase(std::uint32_t index, std::uint32_t length)
         return logger.setRetValue(3, false, "size<index");
     const auto end = static_cast<std::uint64_t>(size);
     const std::uint64_t count = std::min<std::uint64_t>(length, end - index);
-    if (!moveUp(index + count, index, end) || !file_.truncate(end - count)) {
-        logger.setLastWindowsError();
-        return false;
+    // With nothing to take out the size stays whatever others have made of it meanwhile.
+    if (count != 0) {
+        if (!MoveUp(file_, index + count, index, end, logger))
+            return false;
+        if (!file_.truncate(end - count)) {
+            logger.setLastWindowsError();
+            return false;
+        }
     }
     position_ = index;
     return logger.setResult(true);
-}
-
-/// Moves the bytes between `from` and `end` to `to`, which lies before `from`.
-bool CCryptoFile::moveUp(std::uint64_t from, std::uint64_t to, std::uint64_t end)
-{
-    constexpr std::uint64_t chunkSize = 0x10000;
-    if (from == to)
-        return true;
-    element chunk;
-    chunk.resize(static_cast<std::uint32_t>(std::min(end - from, chunkSize)));
-    while (from < end) {
-        const auto count = static_cast<std::uint32_t>(std::min(end - from, chunkSize));
-        if (file_.readAt(from, chunk.data(), count) != count || !file_.writeAt(to, chunk.data(), count))
-            return false;
-        from += count;
-        to += count;
-    }
-    return true;
 }
 
 std::int64_t CCryptoFile::Size() const

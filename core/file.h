@@ -46,8 +46,6 @@ public:
     static bool Remove(const CCryptoString& fileName);
 
 private:
-    bool moveUp(std::uint64_t from, std::uint64_t to, std::uint64_t end);
-
     platform::File file_;
     Mode mode_ = Mode::read;
     std::uint32_t position_ = 0;

@@ -33,6 +33,7 @@ TEST(FormatCalendarTime, FollowsThePattern)
         const char* pattern;
         const char* text;
     } cases[] = {
+        {nullptr, ""},
         {"", ""},
         {"yyyy-MM-dd HH:mm:ss:fff ", "2024-02-29 07:08:09:045 "},
         {"hh", "07"},

@@ -77,6 +77,19 @@ TEST(CryptoFile, EraseMovesTheTailUp)
     }
 }
 
+TEST(CryptoFile, ReadsUpToTheLastIndex)
+{
+    const TemporaryDirectory directory;
+    {
+        platform::File large;
+        ASSERT_TRUE(large.open(Name(directory).c_str(), CCryptoFile::Mode::write));
+        ASSERT_TRUE(large.writeAt(0x100000010, "x", 1));
+    }
+    CCryptoFile file(Name(directory), CCryptoFile::Mode::read);
+    EXPECT_EQ(Get(file, 0xFFFFFFF0, 0x40), std::string(15, '\0'));
+    EXPECT_EQ(file.CurrentPos(), 0xFFFFFFFFU);
+}
+
 TEST(CryptoFile, FailuresAreToldAndChangeNothing)
 {
     const TemporaryDirectory directory;
@@ -99,11 +112,13 @@ TEST(CryptoFile, FailuresAreToldAndChangeNothing)
 
     ASSERT_TRUE(file.Open(Name(directory), CCryptoFile::Mode::read));
     EXPECT_FALSE(Put(file, "x", 0));
+    EXPECT_FALSE(Put(file, "", 0));
     EXPECT_FALSE(file.Erase(0, 1));
     EXPECT_FALSE(file.Erase(4, 1));
     EXPECT_EQ(Get(file), "12345");
     ASSERT_TRUE(file.Open(Name(directory), CCryptoFile::Mode::append));
     EXPECT_FALSE(file.Erase(0, 1));
+    EXPECT_FALSE(file.Erase(4, 1));
     EXPECT_EQ(CCryptoFile::Size(Name(directory)), 5);
     file.Close();
     EXPECT_TRUE(CCryptoFile::Remove(Name(directory)));
@@ -118,6 +133,7 @@ TEST(CryptoFile, OperationsShowInTheLog)
     CCryptoFile file(name, CCryptoFile::Mode::readWrite);
     Put(file, "12345", 0);
     Get(file, 1, 2);
+    Get(file, 0, 0xFFFFFFFF);
     file.Erase(6, 1);
     CCryptoFile::Size(name);
     std::vector<std::string> entries;
@@ -125,8 +141,8 @@ TEST(CryptoFile, OperationsShowInTheLog)
         if (text.ends_with(" - IN") || text.starts_with("ERROR"))
             entries.push_back(text);
     const std::string shown = name.c_str();
-    EXPECT_THAT(entries,
-                ElementsAre("CCryptoFile::Open(filename=" + shown + ", mode=3) - IN", "CCryptoFile::Write(5 bytes, index=0) - IN",
-                            "CCryptoFile::Read(index=1, length=2) - IN", "CCryptoFile::Erase(index=6, length=1) - IN",
-                            "ERROR: index=6, length=1 size<index", "CCryptoFile::Size(filename=" + shown + ") - IN"));
+    EXPECT_THAT(entries, ElementsAre("CCryptoFile::Open(filename=" + shown + ", mode=3) - IN",
+                                     "CCryptoFile::Write(5 bytes, index=0) - IN", "CCryptoFile::Read(index=1, length=2) - IN",
+                                     "CCryptoFile::Read(index=0, length=-1) - IN", "CCryptoFile::Erase(index=6, length=1) - IN",
+                                     "ERROR: index=6, length=1 size<index", "CCryptoFile::Size(filename=" + shown + ") - IN"));
 }

@@ -24,6 +24,17 @@ int FlagsOf(FileMode mode)
     return O_RDWR | O_CREAT;
 }
 
+/// 0, or why an open file cannot be used.
+int RefusalOf(int file)
+{
+    struct stat status = {};
+    if (fstat(file, &status) != 0)
+        return errno;
+    if (S_ISREG(status.st_mode) || S_ISCHR(status.st_mode))
+        return 0;
+    return S_ISDIR(status.st_mode) ? EISDIR : ESPIPE;
+}
+
 int Descriptor(std::intptr_t handle)
 {
     return static_cast<int>(handle);
@@ -43,15 +54,16 @@ bool File::open(const char* name, FileMode mode)
         errno = EINVAL;
         return false;
     }
-    const int file = ::open(name, FlagsOf(mode) | O_CLOEXEC, 0666);
+    // A pipe without a partner would hold up the caller for as long as nobody opens its other end.
+    const int file = ::open(name, FlagsOf(mode) | O_CLOEXEC | O_NONBLOCK, 0666);
     if (file < 0)
         return false;
-    struct stat status = {};
-    if (fstat(file, &status) == 0 && S_ISDIR(status.st_mode)) {
+    if (const int reason = RefusalOf(file); reason != 0) {
         ::close(file);
-        errno = EISDIR;
+        errno = reason;
         return false;
     }
+    fcntl(file, F_SETFL, fcntl(file, F_GETFL) & ~O_NONBLOCK);
     handle_ = file;
     return true;
 }
@@ -97,7 +109,7 @@ bool File::writeAt(std::uint64_t position, const void* source, std::uint32_t cou
 
 bool File::append(const void* source, std::uint32_t count)
 {
-    // A file opened for appending moves every write to its end by itself, whatever the position says.
+    // Linux moves every write to a file opened for appending to its end, pwrite's too.
     const std::int64_t end = size();
     return end >= 0 && writeAt(static_cast<std::uint64_t>(end), source, count);
 }

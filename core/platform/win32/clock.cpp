@@ -17,9 +17,16 @@ void FromFields(const tm& fields, CalendarTime& time)
 
 CalendarTime LocalNow()
 {
-    SYSTEMTIME now{};
-    GetLocalTime(&now);
-    return {now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond, now.wMilliseconds};
+    constexpr std::int64_t ticksPerSecond = 10'000'000;
+    constexpr std::int64_t secondsFrom1601To1970 = 11'644'473'600;
+    FILETIME now{};
+    GetSystemTimeAsFileTime(&now);
+    const auto ticks = static_cast<std::int64_t>(std::uint64_t{now.dwHighDateTime} << 32 | now.dwLowDateTime);
+    // By way of the runtime, as all conversions: where the variable TZ is set its zone is not the system's.
+    CalendarTime local;
+    UnixSecondsToLocal(ticks / ticksPerSecond - secondsFrom1601To1970, local);
+    local.millisecond = static_cast<std::int32_t>(ticks % ticksPerSecond / 10'000);
+    return local;
 }
 
 std::int64_t MonotonicMilliseconds()

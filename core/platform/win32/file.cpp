@@ -19,7 +19,8 @@ ModeFlags FlagsOf(FileMode mode)
     case FileMode::read:
         return {GENERIC_READ, OPEN_EXISTING};
     case FileMode::write:
-        return {GENERIC_READ | GENERIC_WRITE, CREATE_ALWAYS};
+        // Emptied once it is open, since a hidden file is not emptied by opening it without telling that it is hidden.
+        return {GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS};
     case FileMode::append:
         // The right to append without the right to write makes the system move every write to the end, other processes' included.
         return {FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE, OPEN_ALWAYS};
@@ -57,6 +58,21 @@ OVERLAPPED At(std::uint64_t position)
     place.Offset = static_cast<DWORD>(position);
     place.OffsetHigh = static_cast<DWORD>(position >> 32);
     return place;
+}
+
+bool Truncate(HANDLE file, std::uint64_t size)
+{
+    FILE_END_OF_FILE_INFO end{};
+    end.EndOfFile.QuadPart = static_cast<LONGLONG>(size);
+    return SetFileInformationByHandle(file, FileEndOfFileInfo, &end, sizeof(end)) != FALSE;
+}
+
+/// Empties a file for mode write. \return success, or why an open file cannot be used.
+DWORD RefusalOf(HANDLE file, FileMode mode)
+{
+    if (GetFileType(file) == FILE_TYPE_PIPE)
+        return ERROR_SEEK_ON_DEVICE;
+    return mode != FileMode::write || GetFileType(file) != FILE_TYPE_DISK || Truncate(file, 0) ? ERROR_SUCCESS : GetLastError();
 }
 
 // Stands for the end of the file at the moment of the write.
@@ -97,7 +113,14 @@ bool File::open(const char* name, FileMode mode)
                                     nullptr, flags.disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
     // The system's value for no file is -1, too.
     handle_ = reinterpret_cast<std::intptr_t>(file);
-    return isOpen();
+    if (!isOpen())
+        return false;
+    const DWORD reason = RefusalOf(file, mode);
+    if (reason != ERROR_SUCCESS) {
+        close();
+        SetLastError(reason);
+    }
+    return reason == ERROR_SUCCESS;
 }
 
 void File::close()
@@ -144,9 +167,7 @@ std::int64_t File::size() const
 
 bool File::truncate(std::uint64_t size)
 {
-    FILE_END_OF_FILE_INFO end{};
-    end.EndOfFile.QuadPart = static_cast<LONGLONG>(size);
-    return SetFileInformationByHandle(HandleOf(handle_), FileEndOfFileInfo, &end, sizeof(end)) != FALSE;
+    return Truncate(HandleOf(handle_), size);
 }
 
 bool File::Remove(const char* name)
