@@ -53,6 +53,7 @@ TEST_F(RecursiveLockTest, LetsOneThreadInAtATime)
     constexpr int rounds = 2000;
     int sum = 0;
     std::vector<std::thread> threads;
+    threads.reserve(threadCount);
     for (int index = 0; index < threadCount; ++index)
         threads.emplace_back([&] {
             for (int round = 0; round < rounds; ++round) {

@@ -67,7 +67,7 @@ std::string FolderOf(RegistryHive hive)
         const std::string redirected = Environment("CRYPTO_REGISTRY_MACHINE");
         return !redirected.empty() ? redirected : "/etc/xdg/crypto/registry";
     }
-    const std::string redirected = Environment("CRYPTO_REGISTRY_USER");
+    std::string redirected = Environment("CRYPTO_REGISTRY_USER");
     if (!redirected.empty())
         return redirected;
     const std::string configuration = Environment("XDG_CONFIG_HOME");

@@ -33,7 +33,7 @@ ModeFlags FlagsOf(FileMode mode)
 /// The name as system calls take it: absolute and behind "\\?\" when it is longer than they allow otherwise.
 std::wstring SystemName(const char* name)
 {
-    const std::wstring wide = Utf8ToWide(name);
+    std::wstring wide = Utf8ToWide(name);
     if (wide.starts_with(L"\\\\?\\") || wide.starts_with(L"\\\\.\\"))
         return wide;
     const DWORD needed = GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr);
@@ -49,7 +49,7 @@ std::wstring SystemName(const char* name)
 
 HANDLE HandleOf(std::intptr_t handle)
 {
-    return reinterpret_cast<HANDLE>(handle);
+    return reinterpret_cast<HANDLE>(handle); // NOLINT(performance-no-int-to-ptr): the header holds what fits both systems
 }
 
 OVERLAPPED At(std::uint64_t position)
