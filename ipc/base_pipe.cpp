@@ -17,7 +17,7 @@ struct CCryptoBasePipe::TransferTexts {
 CCryptoBasePipe::CCryptoBasePipe(std::uint32_t requestType, std::uint32_t connectTimeout, std::uint32_t readTimeout,
                                  std::uint32_t writeTimeout)
     : CCryptoPipeRequestData(requestType), connectTimeout_(connectTimeout), readTimeout_(readTimeout), writeTimeout_(writeTimeout),
-      stopEvent_(CreateEventA(nullptr, TRUE, FALSE, nullptr))
+      transferEvent_(CreateEventA(nullptr, TRUE, FALSE, nullptr))
 {
 }
 
@@ -48,7 +48,7 @@ void CCryptoBasePipe::SetTimeouts(std::uint32_t connectTimeout, std::uint32_t re
 void CCryptoBasePipe::Stop()
 {
     CCryptoAutoLogger logger("CCryptoBasePipe::Stop");
-    logger.setResult(SetEvent(stopEvent_.get()) != FALSE);
+    logger.setResult(stop_.Raise());
 }
 
 bool CCryptoBasePipe::LogStop(const char* operation)
@@ -60,7 +60,7 @@ bool CCryptoBasePipe::LogStop(const char* operation)
 bool CCryptoBasePipe::FinishTransfer(OverlappedTransfer& transfer, std::uint32_t count, std::uint32_t milliseconds,
                                      const TransferTexts& texts, CCryptoAutoLogger& logger)
 {
-    switch (transfer.Wait(stopEvent_.get(), milliseconds)) {
+    switch (transfer.Wait(stop_, milliseconds)) {
     case OverlappedTransfer::Outcome::done:
         break;
     case OverlappedTransfer::Outcome::stopped:
@@ -87,8 +87,8 @@ bool CCryptoBasePipe::ReadPipe(void* buffer, std::uint32_t count)
                                             "GetOverlappedResult() failed"};
     CCryptoAutoLogger logger(texts.operation);
 
-    OverlappedTransfer transfer(pipe_.get());
-    if (!transfer.isReady() || !transfer.Read(buffer, count)) {
+    OverlappedTransfer transfer(pipe_.get(), transferEvent_.get());
+    if (!transfer.Read(buffer, count)) {
         logger.setWindowsError(transfer.error());
         return false;
     }
@@ -101,8 +101,8 @@ bool CCryptoBasePipe::WritePipe(const void* buffer, std::uint32_t count)
                                             "Wrong number of bytes written", nullptr};
     CCryptoAutoLogger logger(texts.operation);
 
-    OverlappedTransfer transfer(pipe_.get());
-    if (!transfer.isReady() || !transfer.Write(buffer, count)) {
+    OverlappedTransfer transfer(pipe_.get(), transferEvent_.get());
+    if (!transfer.Write(buffer, count)) {
         logger.setWindowsError(transfer.error());
         return false;
     }

@@ -2,6 +2,7 @@
 
 #include "core/platform/win32/scoped_handle.h"
 #include "ipc/pipe_request_data.h"
+#include "ipc/stop_signal.h"
 
 #include <cstdint>
 #include <string>
@@ -46,7 +47,9 @@ public:
 protected:
     bool isOpen() const { return static_cast<bool>(pipe_); }
     HANDLE pipe() const { return pipe_.get(); }
-    HANDLE stopEvent() const { return stopEvent_.get(); }
+    /// For one transfer at a time.
+    HANDLE transferEvent() const { return transferEvent_.get(); }
+    const StopSignal& stop() const { return stop_; }
     std::uint32_t connectTimeout() const { return connectTimeout_; }
     std::uint32_t writeTimeout() const { return writeTimeout_; }
     void open(HANDLE pipe) { pipe_.reset(pipe); }
@@ -64,6 +67,7 @@ private:
     std::uint32_t readTimeout_;
     std::uint32_t writeTimeout_;
     platform::ScopedHandle pipe_;
-    platform::ScopedHandle stopEvent_;
+    platform::ScopedHandle transferEvent_;
+    StopSignal stop_;
     std::string name_;
 };

@@ -1,10 +1,8 @@
 #include "ipc/overlapped_transfer.h"
 
-OverlappedTransfer::OverlappedTransfer(HANDLE pipe) : pipe_(pipe), event_(CreateEventA(nullptr, TRUE, FALSE, nullptr))
+OverlappedTransfer::OverlappedTransfer(HANDLE pipe, HANDLE event) : pipe_(pipe)
 {
-    if (!event_)
-        error_ = GetLastError();
-    overlapped_.hEvent = event_.get();
+    overlapped_.hEvent = event;
 }
 
 OverlappedTransfer::~OverlappedTransfer()
@@ -14,8 +12,9 @@ OverlappedTransfer::~OverlappedTransfer()
 
 bool OverlappedTransfer::Started(BOOL completed)
 {
+    completed_ = completed != FALSE;
     error_ = completed ? ERROR_SUCCESS : GetLastError();
-    pending_ = completed || error_ == ERROR_IO_PENDING;
+    pending_ = completed_ || error_ == ERROR_IO_PENDING;
     return pending_;
 }
 
@@ -36,22 +35,25 @@ bool OverlappedTransfer::Connect()
     if (error_ != ERROR_PIPE_CONNECTED && error_ != ERROR_NO_DATA)
         return false;
 
-    // Nothing is under way: the event stands for the connection that is already there.
+    // Nothing is under way; the connection is already there.
     overlapped_.Internal = 0;
-    SetEvent(event_.get());
     error_ = ERROR_SUCCESS;
     pending_ = true;
+    completed_ = true;
     return true;
 }
 
-OverlappedTransfer::Outcome OverlappedTransfer::Wait(HANDLE stop, std::uint32_t milliseconds)
+OverlappedTransfer::Outcome OverlappedTransfer::Wait(const StopSignal& stop, std::uint32_t milliseconds)
 {
-    const HANDLE handles[] = {stop, event_.get()};
+    if (completed_)
+        return stop.isRaised() ? Outcome::stopped : Result();
+
+    const HANDLE handles[] = {stop.event(), overlapped_.hEvent};
     switch (WaitForMultipleObjects(2, handles, FALSE, milliseconds)) {
     case WAIT_OBJECT_0:
         return Outcome::stopped;
     case WAIT_OBJECT_0 + 1:
-        break;
+        return Result();
     case WAIT_TIMEOUT:
         return Outcome::timedOut;
     default:
@@ -59,7 +61,10 @@ OverlappedTransfer::Outcome OverlappedTransfer::Wait(HANDLE stop, std::uint32_t 
         waitFailed_ = true;
         return Outcome::failed;
     }
+}
 
+OverlappedTransfer::Outcome OverlappedTransfer::Result()
+{
     pending_ = false;
     if (GetOverlappedResult(pipe_, &overlapped_, &transferred_, FALSE))
         return Outcome::done;

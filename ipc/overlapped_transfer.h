@@ -1,10 +1,10 @@
 #pragma once
 
-#include "core/platform/win32/scoped_handle.h"
+#include "ipc/stop_signal.h"
 
 #include <cstdint>
 
-/// One overlapped operation on a pipe: its OVERLAPPED, its event, and the wait for the first of stop, completion and time-out.
+/// One overlapped operation on a pipe: its OVERLAPPED, and the wait for the first of stop, completion and time-out.
 ///
 /// An operation that is given up is cancelled and seen to its end before the object goes, so the system never writes into an
 /// OVERLAPPED or a buffer that is no longer there. Declare it after the buffer it transfers.
@@ -12,14 +12,11 @@ class OverlappedTransfer {
 public:
     enum class Outcome { done, stopped, timedOut, failed };
 
-    /// \param pipe must stay open as long as the object lives.
-    explicit OverlappedTransfer(HANDLE pipe);
+    /// \param pipe must stay open as long as the object lives. \param event a manual-reset event that nothing else uses meanwhile.
+    OverlappedTransfer(HANDLE pipe, HANDLE event);
     ~OverlappedTransfer();
     OverlappedTransfer(const OverlappedTransfer&) = delete;
     OverlappedTransfer& operator=(const OverlappedTransfer&) = delete;
-
-    /// False when the system has no event to give; error() tells why.
-    bool isReady() const { return static_cast<bool>(event_); }
 
     /// Each starts the operation; once per object. \return false when it failed at once; error() tells why.
     bool Read(void* buffer, std::uint32_t count);
@@ -29,7 +26,7 @@ public:
     bool Connect();
 
     /// \param stop ends the wait; it wins over a completion at the same moment.
-    Outcome Wait(HANDLE stop, std::uint32_t milliseconds);
+    Outcome Wait(const StopSignal& stop, std::uint32_t milliseconds);
 
     /// Bytes transferred, once the outcome is `done`.
     std::uint32_t transferred() const { return transferred_; }
@@ -40,13 +37,14 @@ public:
 
 private:
     bool Started(BOOL completed);
+    Outcome Result();
     void Cancel();
 
     HANDLE pipe_;
-    platform::ScopedHandle event_;
     OVERLAPPED overlapped_ = {};
     DWORD transferred_ = 0;
     DWORD error_ = ERROR_SUCCESS;
     bool pending_ = false;
+    bool completed_ = false;
     bool waitFailed_ = false;
 };

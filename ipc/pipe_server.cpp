@@ -62,8 +62,8 @@ bool CCryptoPipeServer::CreatePipe(bool secure)
     const SecurityDescriptor descriptor = secure && SystemHasIntegrityLabels() ? LowIntegrityDescriptor(logger) : nullptr;
     SECURITY_ATTRIBUTES attributes = {sizeof attributes, descriptor.get(), TRUE};
 
-    open(CreateNamedPipeA(name().c_str(), openMode, pipeMode, instances, outBuffer, inBuffer, 0,
-                          descriptor ? &attributes : nullptr));
+    Listen(CreateNamedPipeA(name().c_str(), openMode, pipeMode, instances, outBuffer, inBuffer, 0,
+                            descriptor ? &attributes : nullptr));
     if (!isOpen()) {
         logger.setLastWindowsError();
         return false;
@@ -71,13 +71,22 @@ bool CCryptoPipeServer::CreatePipe(bool secure)
     return logger.setResult(true);
 }
 
+void CCryptoPipeServer::Listen(HANDLE pipe)
+{
+    open(pipe);
+    // Disconnecting throws away what the client has not read yet. Without a buffer a write ends when all of it was read, and
+    // nothing is left to lose; but a buffer of 0 bytes is a wish, and the system may have rounded it up.
+    DWORD outSize = 0;
+    buffersResponses_ = isOpen() && !(GetNamedPipeInfo(pipe, nullptr, &outSize, nullptr, nullptr) && outSize == 0);
+}
+
 bool CCryptoPipeServer::ConnectPipe()
 {
     static constexpr const char* operation = "CCryptoPipeServer::ConnectPipe";
-    OverlappedTransfer connection(pipe());
+    OverlappedTransfer connection(pipe(), transferEvent());
     OverlappedTransfer::Outcome outcome = OverlappedTransfer::Outcome::failed;
-    if (connection.isReady() && connection.Connect())
-        outcome = connection.Wait(stopEvent(), connectTimeout());
+    if (connection.Connect())
+        outcome = connection.Wait(stop(), connectTimeout());
 
     if (outcome == OverlappedTransfer::Outcome::done)
         return true;
@@ -105,7 +114,7 @@ bool CCryptoPipeServer::Write()
 {
     CCryptoAutoLogger logger("CCryptoPipeServer::Write");
     const bool written = WriteRequest();
-    if (written)
+    if (written && buffersResponses_)
         AwaitClose();
     DisconnectNamedPipe(pipe());
     return logger.setResult(written);
@@ -118,10 +127,9 @@ void CCryptoPipeServer::Disconnect()
 
 void CCryptoPipeServer::AwaitClose()
 {
-    // Disconnecting throws away what the client has not read yet. A client closes when it has read its response, and that ends
-    // this read; whatever else it might send ends it as well.
+    // A client closes when it has read its response, and that ends this read; whatever else it might send ends it as well.
     char nothing;
-    OverlappedTransfer read(pipe());
-    if (read.isReady() && read.Read(&nothing, sizeof nothing))
-        read.Wait(stopEvent(), writeTimeout());
+    OverlappedTransfer read(pipe(), transferEvent());
+    if (read.Read(&nothing, sizeof nothing))
+        read.Wait(stop(), writeTimeout());
 }

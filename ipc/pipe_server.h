@@ -22,12 +22,18 @@ public:
 
     /// Waits for a client and reads its request. On failure the client is disconnected, and the next Read waits for another.
     bool Read();
-    /// Sends the message as the response and disconnects the client, once it has read the response and closed its end; it has the
-    /// write time-out to do so.
+    /// Sends the message as the response and disconnects the client, once it has read the response; it has the write time-out to do
+    /// so.
     bool Write();
     /// Disconnects the client without a response, for the requests that want none.
     void Disconnect();
 
+protected:
+    /// Takes over a pipe that was created for overlapped transfers.
+    void Listen(HANDLE pipe);
+
 private:
     void AwaitClose();
+
+    bool buffersResponses_ = false;
 };

@@ -70,6 +70,7 @@ public:
         return ReceiveBody();
     }
 
+    using CCryptoPipeRequestData::bodyBytes;
     using CCryptoPipeRequestData::isComplete;
     using CCryptoPipeRequestData::setStatus;
 };
