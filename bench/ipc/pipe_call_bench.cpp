@@ -6,6 +6,7 @@
 #include <benchmark/benchmark.h>
 
 #include <atomic>
+#include <cstdio>
 #include <cstdlib>
 #include <thread>
 
@@ -62,7 +63,6 @@ void BareCall(benchmark::State& state)
             peers::ReadBytes(pipe.get(), static_cast<std::uint32_t>(body.size()));
             peers::WriteMessage(pipe.get(), header);
             peers::WriteMessage(pipe.get(), body);
-            FlushFileBuffers(pipe.get());
             DisconnectNamedPipe(pipe.get());
         }
     });
