@@ -1,5 +1,7 @@
 #include "tools/menuhost/menu_window.h"
 
+#include <map>
+
 namespace {
 
 struct ExplorerItem {
@@ -18,10 +20,12 @@ constexpr wchar_t windowClass[] = L"MenuHostWindow";
 constexpr UINT_PTR closingTimer = 1;
 constexpr int rowHeight = 24;
 constexpr int margin = 12;
+constexpr UINT pictureGap = 4;
 
 struct WindowState {
     const std::vector<std::wstring>& files;
     const std::function<void()>& shown;
+    std::map<UINT, HBITMAP> pictures; ///< by item identifier
     bool wasShown = false;
 };
 
@@ -31,6 +35,57 @@ void Append(HMENU menu, const ExplorerItem& item)
         AppendMenuW(menu, MF_STRING, item.identifier, item.text);
     else
         AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
+}
+
+/// Takes the drawing of the items' pictures over from the menu: Explorer blends them with what is below, a plain menu need not.
+std::map<UINT, HBITMAP> TakePictures(HMENU menu)
+{
+    std::map<UINT, HBITMAP> pictures;
+    const auto count = static_cast<UINT>(GetMenuItemCount(menu));
+    for (UINT position = 0; position < count; ++position) {
+        MENUITEMINFOW item = {};
+        item.cbSize = sizeof item;
+        item.fMask = MIIM_BITMAP | MIIM_ID;
+        if (!GetMenuItemInfoW(menu, position, TRUE, &item) || GetObjectType(item.hbmpItem) != OBJ_BITMAP)
+            continue;
+        pictures[item.wID] = item.hbmpItem;
+        item.hbmpItem = HBMMENU_CALLBACK;
+        item.fMask = MIIM_BITMAP;
+        SetMenuItemInfoW(menu, position, TRUE, &item);
+    }
+    return pictures;
+}
+
+BITMAP Describe(HBITMAP picture)
+{
+    BITMAP description = {};
+    GetObjectW(picture, sizeof description, &description);
+    return description;
+}
+
+void MeasurePicture(const WindowState& state, MEASUREITEMSTRUCT& item)
+{
+    const auto found = state.pictures.find(item.itemID);
+    if (found == state.pictures.end())
+        return;
+    const BITMAP picture = Describe(found->second);
+    item.itemWidth = static_cast<UINT>(picture.bmWidth) + pictureGap;
+    item.itemHeight = static_cast<UINT>(picture.bmHeight);
+}
+
+void DrawPicture(const WindowState& state, const DRAWITEMSTRUCT& item)
+{
+    const auto found = state.pictures.find(item.itemID);
+    if (found == state.pictures.end())
+        return;
+    const BITMAP picture = Describe(found->second);
+    const HDC source = CreateCompatibleDC(item.hDC);
+    const HGDIOBJ before = SelectObject(source, found->second);
+    const BLENDFUNCTION blend = {AC_SRC_OVER, 0, 255, AC_SRC_ALPHA};
+    GdiAlphaBlend(item.hDC, item.rcItem.left, item.rcItem.top, picture.bmWidth, picture.bmHeight, source, 0, 0, picture.bmWidth,
+                  picture.bmHeight, blend);
+    SelectObject(source, before);
+    DeleteDC(source);
 }
 
 void PaintFiles(HWND window, const std::vector<std::wstring>& files)
@@ -66,6 +121,12 @@ LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARA
     } else if (message == WM_PAINT && state != nullptr) {
         PaintFiles(window, state->files);
         return 0;
+    } else if (message == WM_MEASUREITEM && state != nullptr) {
+        MeasurePicture(*state, *reinterpret_cast<MEASUREITEMSTRUCT*>(lParam));
+        return TRUE;
+    } else if (message == WM_DRAWITEM && state != nullptr) {
+        DrawPicture(*state, *reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
+        return TRUE;
     } else if (message == WM_ENTERIDLE && wParam == MSGF_MENU && state != nullptr && !state->wasShown) {
         // The menu's own loop has nothing left to do, so it has been drawn.
         state->wasShown = true;
@@ -100,7 +161,7 @@ UINT ShowMenu(HMENU menu, const std::vector<std::wstring>& files, UINT seconds, 
     description.lpszClassName = windowClass;
     RegisterClassW(&description);
 
-    WindowState state{files, shown};
+    WindowState state{files, shown, TakePictures(menu)};
     const HWND window =
         CreateWindowW(windowClass, L"Documents", WS_OVERLAPPEDWINDOW, 80, 60, 560, 420, nullptr, nullptr, program, &state);
     if (window == nullptr)
