@@ -17,7 +17,7 @@
 #   POSIX_LINKS      for the native build alone             WINDOWS_LINKS    for the Windows build alone (ole32, shlwapi, ...)
 # house_test takes besides:
 #   OWN_MAIN         the sources hold main(), which starts GoogleTest itself
-#   TIMEOUT seconds  60 when left out
+#   TIMEOUT seconds  180 when left out: Wine on a busy machine is slow
 #   ENVIRONMENT      VARIABLE=value...
 #   PROGRAMS         targets the tests start; they are built first and stand in the directory PROGRAM_DIR names
 # Tests are compiled with two text constants: TEST_DATA_DIR (data/ beside the CMakeLists.txt) and PROGRAM_DIR (build/PRESET/bin).
@@ -107,7 +107,7 @@ function(house_test name)
         target_link_libraries(${name} PRIVATE GTest::gmock_main)
     endif()
     if(NOT house_TIMEOUT)
-        set(house_TIMEOUT 60)
+        set(house_TIMEOUT 180)
     endif()
     if(house_PROGRAMS)
         add_dependencies(${name} ${house_PROGRAMS})
@@ -125,7 +125,7 @@ function(house_test_again entry)
     endif()
     cmake_parse_arguments(house "" "PROGRAM;FILTER;TIMEOUT" "ENVIRONMENT" ${ARGN})
     if(NOT house_TIMEOUT)
-        set(house_TIMEOUT 60)
+        set(house_TIMEOUT 180)
     endif()
     if(house_FILTER)
         list(APPEND house_ENVIRONMENT "GTEST_FILTER=${house_FILTER}")
