@@ -11,10 +11,6 @@ constexpr std::uint32_t alive = 0x12345678;
 constexpr std::uint32_t destroyed = 0x87654321;
 constexpr std::uint32_t gettingReady = 0x12340000;
 
-// The log itself takes no section to write a line, but the callback that gets the line may. When its section is busy, too, that
-// message is left out, so that a message never leads to another one.
-thread_local bool reporting = false;
-
 } // namespace
 
 CCryptoCS::~CCryptoCS()
@@ -49,12 +45,10 @@ bool CCryptoCS::makeReady()
 
 void CCryptoCS::reportOwner(const char* action) const
 {
-    if (reporting)
-        return;
-    reporting = true;
+    // The callback that gets the line may wait for a section of its own. The log hands a thread that is in its callback no other
+    // line, so a message never leads to another one.
     WriteLog_G("%s (%s); Waiting thread %04X, lockCount=%d, recursionCount=%d", action, name(), section_.ownerThreadId(),
                section_.lockCount(), section_.recursionCount());
-    reporting = false;
 }
 
 bool CCryptoCS::enter(LockMode mode)
