@@ -134,6 +134,11 @@ const std::uint8_t* CCryptoPipeRequestData::Refuse(const char* reason, std::uint
     return nullptr;
 }
 
+std::size_t CCryptoPipeRequestData::BytesFrom(const std::uint8_t* place) const
+{
+    return static_cast<std::size_t>(body_.data() + capacity_ - place);
+}
+
 void CCryptoPipeRequestData::RefuseShortItem()
 {
     std::uint32_t length;
@@ -179,7 +184,7 @@ bool CCryptoPipeRequestData::GetInt(std::uint32_t& value, bool last)
     const std::uint8_t* payload = GetDataPtr(tagInteger, length);
     if (payload == nullptr)
         return false;
-    if (length < integerSize) {
+    if (BytesFrom(payload) < integerSize) {
         RefuseShortItem();
         return false;
     }
@@ -195,7 +200,7 @@ bool CCryptoPipeRequestData::GetString(const char*& text, bool last)
 {
     std::uint32_t length;
     const std::uint8_t* payload = GetDataPtr(tagData, length);
-    if (payload != nullptr && std::memchr(payload, 0, length) == nullptr)
+    if (payload != nullptr && std::memchr(payload, 0, BytesFrom(payload)) == nullptr)
         RefuseShortItem();
 
     const bool good = CheckStatus(last);
@@ -228,7 +233,7 @@ bool CCryptoPipeRequestData::GetValue(std::unique_ptr<PipeValue>& value, bool la
     } else if (payload != nullptr) {
         received.kind = PipeValue::Kind::text;
         received.text = reinterpret_cast<const char*>(payload + 1);
-        if (std::memchr(payload + 1, 0, length - 1) == nullptr)
+        if (std::memchr(payload + 1, 0, BytesFrom(payload + 1)) == nullptr)
             RefuseShortItem();
     }
 

@@ -3,6 +3,7 @@
 #include "core/element.h"
 #include "ipc/pipe_value.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -75,9 +76,11 @@ public:
     /// malformed. \return false, logged, with nothing handed out when the item is not there or malformed; the status is then -1 and
     /// every later read of the message fails too.
     ///
-    /// An integer item without payload gives false and leaves the status at 0.
+    /// An integer item without payload gives false and leaves the status at 0. One whose length is not 4 is read from the first 4
+    /// bytes of its payload all the same, as far as the body has them.
     bool GetInt(std::uint32_t& value, bool last);
-    /// `text` points into the body, valid until the message is filled, read or received anew; null for an item without payload.
+    /// `text` points into the body, valid until the message is filled, read or received anew; null for an item without payload. It
+    /// ends at its first zero, which the body must hold, be it behind the item.
     bool GetString(const char*& text, bool last);
     bool GetData(const std::uint8_t*& data, std::uint32_t& length, bool last);
     /// The value's text points into the body; null for an item without payload.
@@ -118,7 +121,10 @@ private:
     /// \return where the payload goes; null when the body would become too long.
     std::uint8_t* AppendItem(std::uint8_t tag, std::uint64_t payload, std::uint32_t step);
     const std::uint8_t* Refuse(const char* reason, std::uint32_t& length);
-    /// Status -1 for an item whose payload is cut short.
+    /// The bytes of the body from `place` in it to its end.
+    std::size_t BytesFrom(const std::uint8_t* place) const;
+    /// Status -1 for a value that the body or its item cuts short. The log has no line of its own for this and calls it the end of
+    /// the data, other items behind it or not.
     void RefuseShortItem();
 
     Header header_;

@@ -179,6 +179,8 @@ const ReadCase readCases[] = {
     {"then the next", wire::Item(1, "") + wire::Int(7), "iI", "no 7 0@0"},
 
     {"integer cut short", wire::Item(1, "abc"), "I", "no -1@8"},
+    {"short integer reads on into the body", wire::Item(1, "\x07") + wire::Data(""), "iD", "519 null 0@0"},
+    {"short integer with too little behind it", wire::Item(1, "\x07") + "ab", "I", "no -1@6"},
     {"integer with bytes to spare", wire::Item(1, "\x07\0\0\0z"s), "I", "7 0@0"},
     {"tag alone", "\x02"s, "S", "no -1@0"},
     {"length cut short", "\x02\x01\0\0"s, "S", "no -1@0"},
@@ -187,11 +189,13 @@ const ReadCase readCases[] = {
     {"length that wraps the cursor", "\x02\xfb\xff\xff\xff"s + "ab"s, "d", "no -1@0"},
     {"integer past the end", "\x01\x04\0\0\0abc"s, "i", "no -1@1"},
     {"text without its zero", wire::Data("ab"), "S", "no -1@0"},
-    {"the next item's zero does not count", wire::Data("ab") + wire::Int(0), "s", "no -1@0"},
+    {"text that ends in the next item", wire::Data("ab") + wire::Int(0), "sI", "ab\x01\x04 0 0@0"},
     {"integer value cut short", wire::Item(3, "\x01\x07\0\0"s), "V", "no -1@0"},
     {"kind without value", wire::Item(3, "\x01"s), "V", "no -1@0"},
     {"text value without text", wire::Item(3, "\x02"s), "V", "no -1@0"},
     {"text value without its zero", wire::Item(3, "\x02"s + "ab"), "V", "no -1@0"},
+    {"text value that ends in the next item", wire::Item(3, "\x02"s) + wire::Int(0), "vI", "\x01\x04 0 0@0"},
+    {"integer value does not read on", wire::Item(3, "\x01\x07"s) + wire::Int(0), "v", "no -1@0"},
 };
 
 TEST(PipeRequestData, ReadersTakeWhatIsThereAndNothingElse)
