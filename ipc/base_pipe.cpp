@@ -1,6 +1,7 @@
 #include "ipc/base_pipe.h"
 
 #include "core/auto_logger.h"
+#include "core/log_writers.h"
 #include "ipc/overlapped_transfer.h"
 #include "ipc/session.h"
 
@@ -19,6 +20,8 @@ CCryptoBasePipe::CCryptoBasePipe(std::uint32_t requestType, std::uint32_t connec
     : CCryptoPipeRequestData(requestType), connectTimeout_(connectTimeout), readTimeout_(readTimeout), writeTimeout_(writeTimeout),
       transferEvent_(CreateEventA(nullptr, TRUE, FALSE, nullptr))
 {
+    if (!transferEvent_ || stop_.event() == nullptr)
+        WriteErrorEx_G("CCryptoBasePipe: The system gives no events (%lu); every transfer will fail", GetLastError());
 }
 
 CCryptoBasePipe::~CCryptoBasePipe()
@@ -57,6 +60,20 @@ bool CCryptoBasePipe::LogStop(const char* operation)
     return logger.setRetValue(3, false, "Stop event");
 }
 
+void CCryptoBasePipe::DisconnectStopped(const char* operation)
+{
+    LogStop(operation);
+    DisconnectNamedPipe(pipe_.get());
+}
+
+bool CCryptoBasePipe::RefusedByStop(const char* operation)
+{
+    if (!stop_.isRaised())
+        return false;
+    DisconnectStopped(operation);
+    return true;
+}
+
 bool CCryptoBasePipe::FinishTransfer(OverlappedTransfer& transfer, std::uint32_t count, std::uint32_t milliseconds,
                                      const TransferTexts& texts, CCryptoAutoLogger& logger)
 {
@@ -64,8 +81,7 @@ bool CCryptoBasePipe::FinishTransfer(OverlappedTransfer& transfer, std::uint32_t
     case OverlappedTransfer::Outcome::done:
         break;
     case OverlappedTransfer::Outcome::stopped:
-        LogStop(texts.operation);
-        DisconnectNamedPipe(pipe_.get());
+        DisconnectStopped(texts.operation);
         return logger.setResult(false);
     case OverlappedTransfer::Outcome::timedOut:
         return logger.setRetValue(3, false, "%s", texts.timedOut);
@@ -87,6 +103,8 @@ bool CCryptoBasePipe::ReadPipe(void* buffer, std::uint32_t count)
                                             "GetOverlappedResult() failed"};
     CCryptoAutoLogger logger(texts.operation);
 
+    if (RefusedByStop(texts.operation))
+        return logger.setResult(false);
     OverlappedTransfer transfer(pipe_.get(), transferEvent_.get());
     if (!transfer.Read(buffer, count)) {
         logger.setWindowsError(transfer.error());
@@ -101,6 +119,8 @@ bool CCryptoBasePipe::WritePipe(const void* buffer, std::uint32_t count)
                                             "Wrong number of bytes written", nullptr};
     CCryptoAutoLogger logger(texts.operation);
 
+    if (RefusedByStop(texts.operation))
+        return logger.setResult(false);
     OverlappedTransfer transfer(pipe_.get(), transferEvent_.get());
     if (!transfer.Write(buffer, count)) {
         logger.setWindowsError(transfer.error());
@@ -113,7 +133,7 @@ bool CCryptoBasePipe::WriteRequest()
 {
     CCryptoAutoLogger logger("CCryptoBasePipe::WriteRequest");
     if (!isComplete())
-        return logger.setRetValue(3, false, "The message has lost an item and is not sent");
+        return logger.setRetValue(3, false, "%s", messageIncomplete);
 
     for (std::uint32_t index = 0; GetPart(index) != nullptr; ++index) {
         if (!WritePipe(GetPart(index), GetPartSize(index)))

@@ -29,7 +29,7 @@ public:
     /// Sends the message as it was built: the header, then the body where there is one.
     bool WriteRequest();
 
-    /// One transfer of exactly `count` bytes. ReadPipe leaves `buffer` undefined on failure.
+    /// One transfer of exactly `count` bytes; after Stop none is begun. ReadPipe leaves `buffer` undefined on failure.
     bool ReadPipe(void* buffer, std::uint32_t count);
     bool WritePipe(const void* buffer, std::uint32_t count);
 
@@ -45,6 +45,9 @@ public:
     void Stop();
 
 protected:
+    /// Why a message is not sent that holds less than was put into it.
+    static constexpr const char* messageIncomplete = "The message has lost an item and is not sent";
+
     bool isOpen() const { return static_cast<bool>(pipe_); }
     HANDLE pipe() const { return pipe_.get(); }
     /// For one transfer at a time.
@@ -60,6 +63,9 @@ protected:
 
 private:
     struct TransferTexts;
+    void DisconnectStopped(const char* operation);
+    /// True when Stop came before the transfer; the other end is then disconnected.
+    bool RefusedByStop(const char* operation);
     bool FinishTransfer(OverlappedTransfer& transfer, std::uint32_t count, std::uint32_t milliseconds, const TransferTexts& texts,
                         CCryptoAutoLogger& logger);
 

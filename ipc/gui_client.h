@@ -31,7 +31,7 @@ struct SGUIPukRequest {
 ///
 /// Made where the user is needed, used for a few operations and destroyed: the constructor greets the server, the destructor says
 /// farewell. Each operation opens a connection of its own, sends one request (`ipc/gui_request.h` lists them) and reads the reply
-/// where one is given, so an operation may wait 15 seconds for the server to become free and as long as the user takes to answer.
+/// where one is given, so an operation may wait 15 seconds for the server to become free and 4 minutes for the user to answer.
 /// One thread at a time.
 ///
 /// Operations fail at once, without touching the pipe, unless the status is 0; every failure is logged under the operation's name.

@@ -84,6 +84,8 @@ bool CGUIClient::GetPinCache(std::uint32_t number, const CCryptoString& card, el
 bool CGUIClient::Authenticate(const SGUIPinRequest& request, const PinCheck& check)
 {
     CCryptoAutoLogger logger("CGUIClient::Authenticate");
+    if (!check)
+        return logger.setRetValue(3, false, "Nothing is there to check a PIN with");
 
     element pin;
     if (!PinDialogEx(request, pin)) {

@@ -72,13 +72,12 @@ OverlappedTransfer::Outcome OverlappedTransfer::Result()
     return Outcome::failed;
 }
 
-void OverlappedTransfer::Cancel()
+bool OverlappedTransfer::Cancel()
 {
     if (!pending_)
-        return;
+        return false;
     pending_ = false;
     // The peer has no say in this: cancelling completes the operation whatever the other end does.
     CancelIoEx(pipe_, &overlapped_);
-    DWORD ignored = 0;
-    GetOverlappedResult(pipe_, &overlapped_, &ignored, TRUE);
+    return GetOverlappedResult(pipe_, &overlapped_, &transferred_, TRUE) != FALSE;
 }

@@ -28,7 +28,10 @@ public:
     /// \param stop ends the wait; it wins over a completion at the same moment.
     Outcome Wait(const StopSignal& stop, std::uint32_t milliseconds);
 
-    /// Bytes transferred, once the outcome is `done`.
+    /// Gives up what Wait left under way. \return true when it had completed all the same.
+    bool Cancel();
+
+    /// Bytes transferred, once the outcome is `done` or Cancel gave true.
     std::uint32_t transferred() const { return transferred_; }
     /// The system's code for a failed start, or for the outcome `failed`.
     std::uint32_t error() const { return error_; }
@@ -38,7 +41,6 @@ public:
 private:
     bool Started(BOOL completed);
     Outcome Result();
-    void Cancel();
 
     HANDLE pipe_;
     OVERLAPPED overlapped_ = {};

@@ -4,7 +4,8 @@
 #include "ipc/session.h"
 
 CCryptoPipeClient::CCryptoPipeClient(const char* name, std::int32_t requestType, bool appendSession)
-    : CCryptoBasePipe(static_cast<std::uint32_t>(requestType), defaultConnectTimeout, defaultReadTimeout, defaultWriteTimeout)
+    : CCryptoBasePipe(static_cast<std::uint32_t>(requestType), defaultConnectTimeout, defaultReadTimeout, defaultWriteTimeout),
+      requestType_(static_cast<std::uint32_t>(requestType))
 {
     CCryptoAutoLogger logger("CCryptoPipeClient::CCryptoPipeClient", 0, "Client (%s), Type = %d", name, requestType);
     SetName(name, appendSession);
@@ -19,31 +20,52 @@ CCryptoPipeClient::~CCryptoPipeClient()
 bool CCryptoPipeClient::OpenPipe()
 {
     CCryptoAutoLogger logger("CCryptoPipeClient::OpenPipe");
-    if (!WaitNamedPipeA(name().c_str(), CurrentSession().busyTimeout)) {
-        const DWORD error = GetLastError();
-        close();
-        if (error == ERROR_SEM_TIMEOUT) {
-            setStatus(statusBusy);
-            return logger.setRetValue(3, false, "Timeout");
+    const std::uint32_t patience = CurrentSession().busyTimeout;
+    const ULONGLONG started = GetTickCount64();
+    ULONGLONG waited = 0;
+    // Another client may be quicker to take the instance that became free; then there is one to wait for again.
+    do {
+        if (!WaitNamedPipeA(name().c_str(), static_cast<DWORD>(patience - waited))) {
+            const DWORD error = GetLastError();
+            close();
+            if (error == ERROR_SEM_TIMEOUT)
+                break;
+            setStatus(statusNoPipe);
+            logger.setWindowsError(error);
+            return false;
         }
-        setStatus(statusNoPipe);
-        logger.setWindowsError(error);
-        return false;
-    }
 
-    open(CreateFileA(name().c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr));
-    if (!isOpen()) {
-        logger.setLastWindowsError();
-        return false;
-    }
-    return logger.setResult(true);
+        open(CreateFileA(name().c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr));
+        if (isOpen())
+            return logger.setResult(true);
+        const DWORD error = GetLastError();
+        if (error != ERROR_PIPE_BUSY) {
+            logger.setWindowsError(error);
+            return false;
+        }
+        waited = GetTickCount64() - started;
+    } while (waited < patience);
+
+    setStatus(statusBusy);
+    return logger.setRetValue(3, false, "Timeout");
+}
+
+bool CCryptoPipeClient::OpenToSend(CCryptoAutoLogger& logger)
+{
+    if (!isComplete())
+        return logger.setRetValue(3, false, "%s", messageIncomplete);
+    if (!OpenPipe())
+        return logger.setRetValue(3, false, "Failed to open pipe; Server not running?");
+    setRequestType(requestType_);
+    setStatus(statusGood);
+    return true;
 }
 
 bool CCryptoPipeClient::Call()
 {
     CCryptoAutoLogger logger("CCryptoPipeClient::Call");
-    if (!OpenPipe())
-        return logger.setRetValue(3, false, "Failed to open pipe; Server not running?");
+    if (!OpenToSend(logger))
+        return false;
 
     const bool answered = WriteRequest() && ReadRequest();
     close();
@@ -55,8 +77,8 @@ bool CCryptoPipeClient::Call()
 bool CCryptoPipeClient::CallWithoutReading()
 {
     CCryptoAutoLogger logger("CCryptoPipeClient::CallWithoutReading");
-    if (!OpenPipe())
-        return logger.setRetValue(3, false, "Failed to open pipe; Server not running?");
+    if (!OpenToSend(logger))
+        return false;
 
     const bool written = WriteRequest();
     close();

@@ -97,6 +97,7 @@ protected:
     /// stand at the end and put back to 0; otherwise it is put back to 0.
     bool CheckStatus(bool last);
 
+    void setRequestType(std::uint32_t requestType) { header_.requestType = requestType; }
     void setStatus(std::int32_t status) { header_.status = status; }
     /// False when an item did not fit.
     bool isComplete() const { return complete_; }

@@ -47,7 +47,7 @@ CCryptoPipeServer::CCryptoPipeServer(const char* name, bool secure, bool appendS
 {
     CCryptoAutoLogger logger("CCryptoPipeServer::CCryptoPipeServer", 0, "Server:%s", name);
     SetName(name, appendSession);
-    logger.setResult(CreatePipe(secure));
+    CreateInstance(secure, logger);
 }
 
 CCryptoPipeServer::~CCryptoPipeServer()
@@ -58,6 +58,13 @@ CCryptoPipeServer::~CCryptoPipeServer()
 bool CCryptoPipeServer::CreatePipe(bool secure)
 {
     CCryptoAutoLogger logger("CCryptoPipeServer::CreatePipe");
+    return CreateInstance(secure, logger);
+}
+
+bool CCryptoPipeServer::CreateInstance(bool secure, CCryptoAutoLogger& logger)
+{
+    // There is room for one instance, so the old one goes first.
+    close();
 
     const SecurityDescriptor descriptor = secure && SystemHasIntegrityLabels() ? LowIntegrityDescriptor(logger) : nullptr;
     SECURITY_ATTRIBUTES attributes = {sizeof attributes, descriptor.get(), TRUE};
@@ -89,6 +96,9 @@ bool CCryptoPipeServer::ConnectPipe()
         outcome = connection.Wait(stop(), connectTimeout());
 
     if (outcome == OverlappedTransfer::Outcome::done)
+        return true;
+    // A client may come in the very moment the wait ends.
+    if (outcome == OverlappedTransfer::Outcome::timedOut && connection.Cancel())
         return true;
     if (outcome == OverlappedTransfer::Outcome::stopped)
         LogStop(operation);

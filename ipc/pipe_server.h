@@ -11,9 +11,9 @@ public:
     CCryptoPipeServer(const char* name, bool secure, bool appendSession);
     ~CCryptoPipeServer() override;
 
-    /// Creates the pipe's only instance.
-    /// \param secure lets processes of low integrity connect as well. Where the system refuses the label, that is logged as a
-    /// warning and the pipe is created without it, which keeps those processes out and lets no one else in.
+    /// Creates the pipe's only instance; one that is there is closed first, its client with it.
+    /// \param secure lets processes of low integrity connect as well. Where the system refuses the label, that is logged as an
+    /// error and the pipe is created without it, which keeps those processes out and lets no one else in.
     bool CreatePipe(bool secure);
     bool isListening() const { return isOpen(); }
 
@@ -33,6 +33,7 @@ protected:
     void Listen(HANDLE pipe);
 
 private:
+    bool CreateInstance(bool secure, CCryptoAutoLogger& logger);
     void AwaitClose();
 
     bool buffersResponses_ = false;

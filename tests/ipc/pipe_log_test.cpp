@@ -163,10 +163,11 @@ TEST(GuiClientLog, NamesTheReasonAndHoldsNoPin)
             reason = "blocked";
             return false;
         }));
+        EXPECT_FALSE(client.Authenticate({}, {}));
         server->Stop();
         thread.join();
         server.reset();
-        EXPECT_FALSE(client.Authenticate({}, {}));
+        EXPECT_FALSE(client.Authenticate({}, [](const element&, CCryptoString&) { return true; }));
     }
     CurrentSession() = session;
 

@@ -1,3 +1,4 @@
+#include "ipc/overlapped_transfer.h"
 #include "ipc/pipe_client.h"
 #include "ipc/pipe_server.h"
 #include "ipc/session.h"
@@ -103,23 +104,19 @@ TEST(PipeTransport, ServesClientsThatComeAtOnce)
     for (int index = 0; index < 4; ++index)
         clients.emplace_back([&, index] {
             const std::string text = "client " + std::to_string(index);
-            for (int call = 0; call < 5;) {
+            for (int call = 0; call < 10; ++call) {
                 CCryptoPipeClient client(name.c_str(), 1, false);
                 client.AddData(text.c_str());
                 const char* heard = nullptr;
-                const bool good = client.Call();
-                if (!good && client.status() == CCryptoPipeRequestData::statusGood)
-                    continue; // another client was quicker
-                ASSERT_TRUE(good);
+                ASSERT_TRUE(client.Call());
                 ASSERT_TRUE(client.GetString(heard, false));
                 EXPECT_EQ(text, heard);
-                ++call;
                 ++answered;
             }
         });
     for (std::thread& client : clients)
         client.join();
-    EXPECT_EQ(answered, 20);
+    EXPECT_EQ(answered, 40);
 }
 
 TEST(PipeTransport, ClientLeavesWithoutReading)
@@ -180,14 +177,44 @@ TEST(PipeTransport, BusyServerIsToldAfterTheWait)
     CurrentSession().busyTimeout = 15000;
 }
 
-TEST(PipeTransport, MessageThatLostAnItemIsNotSent)
+TEST(PipeTransport, PipeThatCannotBeOpenedIsNotTriedAgain)
 {
     const std::string name = peers::FreshPipeName();
-    const EchoServer server(name);
+    const platform::ScopedHandle server = peers::Listen(name, PIPE_ACCESS_OUTBOUND);
     CCryptoPipeClient client(name.c_str(), 1, false);
+    EXPECT_FALSE(client.Call());
+    EXPECT_EQ(client.status(), CCryptoPipeRequestData::statusGood);
+}
+
+TEST(PipeTransport, MessageThatLostAnItemOpensNoConnection)
+{
+    CCryptoPipeClient client(peers::FreshPipeName().c_str(), 1, false);
     EXPECT_FALSE(client.AddData("x", CCryptoPipeRequestData::maximumBody));
+    EXPECT_FALSE(client.Call());
     EXPECT_FALSE(client.CallWithoutReading());
-    // The connection without a request ends the server's read; it does not end the server's pipe.
+    EXPECT_EQ(client.status(), CCryptoPipeRequestData::statusGood);
+}
+
+TEST(PipeTransport, EveryCallSendsARequestOfTheClientsOwn)
+{
+    const std::string name = peers::FreshPipeName();
+    CCryptoPipeClient client(name.c_str(), 3, false);
+    EXPECT_FALSE(client.Call());
+    EXPECT_NE(client.status(), CCryptoPipeRequestData::statusGood);
+    for (const std::int32_t status : {-3, 0}) {
+        platform::ScopedHandle pipe = peers::Listen(name);
+        std::string request;
+        std::thread server([&] {
+            ConnectNamedPipe(pipe.get(), nullptr);
+            request = peers::ReadRequest(pipe.get());
+            peers::WriteMessage(pipe.get(), wire::Header(99, status, 0));
+            FlushFileBuffers(pipe.get());
+            pipe.reset();
+        });
+        EXPECT_EQ(client.Call(), status == 0);
+        server.join();
+        EXPECT_EQ(request, wire::Header(3, 0, 0));
+    }
 }
 
 struct HostileClient {
@@ -382,6 +409,38 @@ TEST(PipeTransport, LateBytesDoNotReachAnAbandonedBuffer)
     EXPECT_EQ(buffer, "too late");
 }
 
+TEST(PipeTransport, ConnectionOfTheLastMomentIsKept)
+{
+    const std::string name = peers::FreshPipeName();
+    const platform::ScopedHandle pipe(CreateNamedPipeA(name.c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
+                                                       PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, 1, 0, 0, 0, nullptr));
+    const platform::ScopedHandle event(CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    const StopSignal stop;
+    for (const bool comes : {false, true}) {
+        OverlappedTransfer connection(pipe.get(), event.get());
+        ASSERT_TRUE(connection.Connect());
+        EXPECT_EQ(connection.Wait(stop, 0), OverlappedTransfer::Outcome::timedOut);
+        const platform::ScopedHandle client = comes ? peers::Connect(name) : platform::ScopedHandle();
+        EXPECT_EQ(connection.Cancel(), comes);
+    }
+}
+
+TEST(PipeTransport, NothingIsSentAfterStop)
+{
+    const std::string name = peers::FreshPipeName();
+    CCryptoPipeServer server(name.c_str(), false, false);
+    const platform::ScopedHandle client = peers::Connect(name, FILE_FLAG_OVERLAPPED);
+    ASSERT_TRUE(server.ConnectPipe());
+    char byte = '.';
+    DWORD got = 0;
+    OVERLAPPED overlapped = {};
+    ReadFile(client.get(), &byte, 1, nullptr, &overlapped);
+    server.Stop();
+    EXPECT_FALSE(server.WritePipe("x", 1));
+    EXPECT_FALSE(GetOverlappedResult(client.get(), &overlapped, &got, TRUE));
+    EXPECT_EQ(byte, '.');
+}
+
 struct StopCase {
     const char* name;
     bool connected;
@@ -456,6 +515,9 @@ TEST(PipeTransport, SecureServerListens)
     CCryptoPipeServer second(name.c_str(), true, false);
     EXPECT_FALSE(second.isListening());
     EXPECT_FALSE(second.Read());
+
+    EXPECT_TRUE(server.CreatePipe(false));
+    EXPECT_TRUE(peers::Connect(name));
 }
 
 } // namespace

@@ -42,10 +42,10 @@ inline platform::ScopedHandle Connect(const std::string& name, DWORD flags = 0)
         CreateFileA(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, flags, nullptr));
 }
 
-inline platform::ScopedHandle Listen(const std::string& name)
+inline platform::ScopedHandle Listen(const std::string& name, DWORD direction = PIPE_ACCESS_DUPLEX)
 {
     return platform::ScopedHandle(
-        CreateNamedPipeA(name.c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, 1, 65536, 65536, 0, nullptr));
+        CreateNamedPipeA(name.c_str(), direction, PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, 1, 65536, 65536, 0, nullptr));
 }
 
 /// A whole request, header and body.
