@@ -19,10 +19,10 @@ const ReportCase cases[] = {
     {"no items", 1, "", "", R"(true,"items":[]})"},
     {"files", 22, wire::Text("C:\\a.pdf*C:\\b \"1\".pdf"), "    C:\\a.pdf\n    C:\\b \"1\".pdf\n",
      R"(true,"items":[{"name":"files","text":"C:\\a.pdf*C:\\b \"1\".pdf"}],"files":["C:\\a.pdf","C:\\b \"1\".pdf"]})"},
-    {"UTF-8, half a surrogate pair, Latin-1, control", 22, wire::Text("\xC3\xA4\xED\xA0\xBD\xE4\x1B[2J"),
-     "    \xC3\xA4\\xED\\xA0\\xBD\\xE4\\x1B[2J\n",
-     "true,\"items\":[{\"name\":\"files\",\"text\":\"\xC3\xA4\\ud83d\\u00e4\\u001b[2J\"}],\"files\":"
-     "[\"\xC3\xA4\\ud83d\\u00e4\\u001b[2J\"]}"},
+    {"UTF-8, half a surrogate pair, Latin-1, control, direction", 22, wire::Text("\xC3\xA4\xED\xA0\xBD\xE4\x1B[2J\xD8\x9C"),
+     "    \xC3\xA4\\xED\\xA0\\xBD\\xE4\\x1B[2J\\xD8\\x9C\n",
+     "true,\"items\":[{\"name\":\"files\",\"text\":\"\xC3\xA4\\ud83d\\u00e4\\u001b[2J\\u061c\"}],\"files\":"
+     "[\"\xC3\xA4\\ud83d\\u00e4\\u001b[2J\\u061c\"]}"},
     {"list", 4, wire::Int(3) + wire::Int(2) + wire::Text("one") + wire::Text("two") + wire::Text("which"),
      "    kind = 3\n    count = 2\n    items = \"one\"\n    items = \"two\"\n    text = \"which\"\n",
      R"(true,"items":[{"name":"kind","integer":3},{"name":"count","integer":2},{"name":"items","text":"one"},)"
@@ -69,6 +69,27 @@ TEST(GuiRequestReport, SaysWhatArrivedAndKeepsSecrets)
     }
 }
 
+TEST(GuiRequestReport, ItemsAreBounded)
+{
+    std::string items;
+    for (int index = 0; index < 100000; ++index)
+        items += wire::Data("");
+    const struct {
+        std::uint32_t type;
+        std::string body;
+        bool wellFormed;
+        std::size_t kept;
+    } bounds[] = {{4, wire::Int(0) + wire::Int(100000) + items + wire::Text("which"), true, 100003},
+                  {99, items + items, false, 100016}};
+    for (const auto& test : bounds) {
+        wire::Message message(test.type);
+        ASSERT_TRUE(message.Receive(test.body));
+        const ReceivedRequest request = ReadGuiRequest(message);
+        EXPECT_EQ(request.wellFormed, test.wellFormed);
+        EXPECT_EQ(request.items.size(), test.kept);
+    }
+}
+
 TEST(GuiRequestReport, ShowsTheAnswerAndTheBytes)
 {
     wire::Message message(16);
@@ -76,7 +97,7 @@ TEST(GuiRequestReport, ShowsTheAnswerAndTheBytes)
     const ReceivedRequest request = ReadGuiRequest(message);
     GivenAnswer answer;
     answer.sent = true;
-    answer.items = {{"result", ReceivedItem::Kind::integer, 1, "", 0}, {"pin", ReceivedItem::Kind::secret, 0, "", 4}};
+    answer.items = {{"result", ReceivedItem::Kind::integer, 1, {}, 0}, {"pin", ReceivedItem::Kind::secret, 0, {}, 4}};
     EXPECT_EQ(DescribeAsText(7, request, answer, true),
               "[7] 16 GetPinCache, 16 bytes\n"
               "    number = 1\n"
@@ -88,6 +109,8 @@ TEST(GuiRequestReport, ShowsTheAnswerAndTheBytes)
               R"("items":[{"name":"number","integer":1},{"name":"card","text":"c"}],"body":"01040000000100000002020000006300",)"
               R"("answer":{"status":0,"items":[{"name":"result","integer":1},{"name":"pin","secretLength":4}]}})"
               "\n");
+    EXPECT_EQ(DescribeLostAnswer(7, false), "[7] the client did not take the answer\n");
+    EXPECT_EQ(DescribeLostAnswer(7, true), "{\"number\":7,\"answerLost\":true}\n");
 }
 
 } // namespace

@@ -122,10 +122,33 @@ TEST_F(GuiServerProgram, HostileClientsDoNotEndIt)
                 peers::WriteMessage(client.get(), message);
         }
     }
-    // Between two clients the pipe may be taken for a moment.
-    while (CGUIClient(false).status() != 0) {}
+    ASSERT_EQ(CGUIClient(false).status(), 0U);
     server.Rest();
     EXPECT_EQ(server.ExitCode(), 0U);
+}
+
+TEST_F(GuiServerProgram, TakesBackAnAnswerThatIsNotRead)
+{
+    ChildProgram server(Server("--once --pin " + std::string(20000, '1')));
+    server.Line();
+    {
+        const platform::ScopedHandle client = peers::Connect(pipe_);
+        const std::string body = wire::Int(1) + wire::Text("card");
+        peers::WriteMessage(client.get(), wire::Header(16, 0, static_cast<std::uint32_t>(body.size())));
+        peers::WriteMessage(client.get(), body);
+        peers::ReadBytes(client.get(), 12);
+    }
+    ASSERT_EQ(CGUIClient(false).status(), 0U);
+    EXPECT_NE(server.Rest().find("[1] the client did not take the answer\n[2]"), std::string::npos);
+}
+
+TEST_F(GuiServerProgram, ClientsWithoutRequestsDoNotPutOffItsEnd)
+{
+    ChildProgram server(Server("--timeout 1"));
+    server.Line();
+    while (const platform::ScopedHandle client = peers::Connect(pipe_))
+        peers::WriteMessage(client.get(), "x");
+    EXPECT_EQ(server.ExitCode(), 1U);
 }
 
 TEST_F(GuiServerProgram, ExitCodeTellsWhatHappened)
@@ -135,8 +158,9 @@ TEST_F(GuiServerProgram, ExitCodeTellsWhatHappened)
         std::string options;
         DWORD code;
     } cases[] = {
-        {"--help", 0},      {"--nonsense", 2},  {"--pin", 2},           {"--select x", 2},
-        {"--select -1", 2}, {"--pipe name", 2}, {"--pipe " + pipe_, 1}, {"--pipe " + peers::FreshPipeName() + " --timeout 1", 1},
+        {"--help", 0},      {"--nonsense", 2},      {"--pin", 2},
+        {"--select x", 2},  {"--select -1", 2},     {"--timeout 4294968", 2},
+        {"--pipe name", 2}, {"--pipe " + pipe_, 1}, {"--pipe " + peers::FreshPipeName() + " --timeout 1", 1},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(test.options);
@@ -148,8 +172,13 @@ TEST_F(GuiServerProgram, ExitCodeTellsWhatHappened)
 
 TEST_F(GuiServerProgram, PinsAreNotRepeatedInComplaints)
 {
-    ChildProgram server(ProgramLine("--pin 4711 --puk"));
-    EXPECT_EQ(server.Rest().find("4711"), std::string::npos);
+    for (const char* options : {"--pin 4711 --puk", "--pin=4711", "--pin 12 4711", "4711", "--pni 4711"}) {
+        SCOPED_TRACE(options);
+        ChildProgram server(ProgramLine(options));
+        const std::string told = server.Rest();
+        EXPECT_TRUE(told.starts_with("guiserver: "));
+        EXPECT_EQ(told.find("4711"), std::string::npos);
+    }
 }
 
 } // namespace

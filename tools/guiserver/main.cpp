@@ -1,5 +1,6 @@
 // A stand-in for the GUI server of the signing client: answers its pipe and shows what arrives.
 
+#include "core/platform/secure_wipe.h"
 #include "ipc/gui_ipc.h"
 #include "ipc/pipe_server.h"
 #include "tools/guiserver/options.h"
@@ -11,8 +12,11 @@
 #include <io.h>
 #include <shellapi.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <cwchar>
+#include <mutex>
 
 namespace {
 
@@ -20,20 +24,34 @@ constexpr int exitGood = 0;
 constexpr int exitFailed = 1;
 constexpr int exitUsage = 2;
 
-// A client that stalls keeps the others waiting, and those give up after 15 seconds.
-constexpr std::uint32_t clientTimeout = 5000;
-constexpr std::uint32_t connectTimeout = CCryptoBasePipe::defaultConnectTimeout;
+// A client that stalls keeps the others waiting, and those give up after 15 seconds. There are five transfers to stall in: header
+// and body of the request, header and body of the answer, and the end.
+constexpr std::uint32_t transferTimeout = 2500;
 constexpr std::uint32_t failuresInARow = 100;
 
-std::atomic<CCryptoPipeServer*> servedPipe = nullptr;
 std::atomic<bool> interrupted = false;
+// The pipe that Ctrl+C stops. It is held under the lock, since the event comes on a thread of the system's.
+std::mutex servedPipeLock;
+CCryptoPipeServer* servedPipe = nullptr;
+
+void SetServedPipe(CCryptoPipeServer* pipe)
+{
+    const std::lock_guard lock(servedPipeLock);
+    servedPipe = pipe;
+}
 
 BOOL WINAPI OnConsoleEvent(DWORD)
 {
     interrupted = true;
-    if (CCryptoPipeServer* pipe = servedPipe)
-        pipe->Stop();
+    const std::lock_guard lock(servedPipeLock);
+    if (servedPipe != nullptr)
+        servedPipe->Stop();
     return TRUE;
+}
+
+void Print(const std::string& text)
+{
+    std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
 class GuiServer {
@@ -44,7 +62,7 @@ public:
 
 private:
     bool IsOver() const { return options_.once && farewellSeen_; }
-    bool TimeIsUp(ULONGLONG since) const { return options_.timeout != 0 && GetTickCount64() - since >= options_.timeout * 1000ULL; }
+    std::uint32_t WaitLeft(ULONGLONG waited) const;
     void ServeOne();
     GivenAnswer Answer(const ReceivedRequest& request);
     void AddReplyItem(const GuiItem& item, const ReceivedRequest& request, GivenAnswer& answer);
@@ -58,24 +76,30 @@ private:
     bool farewellSeen_ = false;
 };
 
+/// How long to wait for a client when the last request was `waited` milliseconds ago; 0 when the time is over.
+std::uint32_t GuiServer::WaitLeft(ULONGLONG waited) const
+{
+    if (options_.timeout == 0)
+        return CCryptoBasePipe::defaultConnectTimeout;
+    const ULONGLONG whole = options_.timeout * 1000ULL;
+    return static_cast<std::uint32_t>(whole - std::min(waited, whole));
+}
+
 int GuiServer::Serve()
 {
-    const std::uint32_t wait = options_.timeout != 0 ? options_.timeout * 1000 : connectTimeout;
-    pipe_.SetTimeouts(wait, clientTimeout, clientTimeout);
     ULONGLONG lastRequest = GetTickCount64();
     std::uint32_t failures = 0;
     while (!interrupted && !IsOver()) {
         const ULONGLONG started = GetTickCount64();
+        const std::uint32_t wait = WaitLeft(started - lastRequest);
+        if (wait == 0 || failures == failuresInARow) {
+            std::fputs(wait == 0 ? "guiserver: no request came in time\n" : "guiserver: the pipe fails\n", stderr);
+            return exitFailed;
+        }
+        pipe_.SetTimeouts(wait, transferTimeout, transferTimeout);
         if (!pipe_.ConnectPipe()) {
-            // A time-out is nobody's failure; what fails at once, again and again, will not get better.
-            failures = GetTickCount64() - started >= wait ? 0 : failures + 1;
-            if (interrupted)
-                break;
-            if (TimeIsUp(lastRequest) || failures == failuresInARow) {
-                std::fputs(failures == failuresInARow ? "guiserver: the pipe fails\n" : "guiserver: no request came in time\n",
-                           stderr);
-                return exitFailed;
-            }
+            // A time-out is nobody's failure, be it a tick early; what fails at once, again and again, will not get better.
+            failures = GetTickCount64() - started >= wait / 2 ? 0 : failures + 1;
             continue;
         }
         failures = 0;
@@ -97,11 +121,11 @@ void GuiServer::ServeOne()
                                            : DescribeAsText(number_ + 1, request, answer, options_.hex);
     ++number_;
     // Told before it is answered, so that whoever waits for the answer finds it told.
-    std::fwrite(told.data(), 1, told.size(), stdout);
-    if (answer.sent)
-        pipe_.Write();
-    else
+    Print(told);
+    if (!answer.sent)
         pipe_.Disconnect();
+    else if (!pipe_.Write())
+        Print(DescribeLostAnswer(number_, options_.json));
 
     const bool farewell = request.type == static_cast<std::uint32_t>(GuiRequestType::farewell);
     if (farewell)
@@ -156,17 +180,19 @@ void GuiServer::AddReplyItem(const GuiItem& item, const ReceivedRequest& request
     answer.items.push_back(std::move(given));
 }
 
+/// The words of the command line in UTF-8. There may be PINs among them: whoever is done with them wipes them.
 std::vector<std::string> Arguments()
 {
     int count = 0;
     wchar_t** wide = CommandLineToArgvW(GetCommandLineW(), &count);
     std::vector<std::string> arguments;
+    arguments.reserve(static_cast<std::size_t>(count));
     for (int index = 1; index < count; ++index) {
         const int size = WideCharToMultiByte(CP_UTF8, 0, wide[index], -1, nullptr, 0, nullptr, nullptr);
-        std::string argument(static_cast<std::size_t>(size), '\0');
+        std::string& argument = arguments.emplace_back(static_cast<std::size_t>(size), '\0');
         WideCharToMultiByte(CP_UTF8, 0, wide[index], -1, argument.data(), size, nullptr, nullptr);
         argument.pop_back();
-        arguments.push_back(std::move(argument));
+        platform::SecureWipe(wide[index], std::wcslen(wide[index]) * sizeof(wchar_t));
     }
     LocalFree(wide);
     return arguments;
@@ -182,7 +208,11 @@ int main()
 
     GuiServerOptions options;
     std::string error;
-    if (!ParseGuiServerOptions(Arguments(), options, error)) {
+    std::vector<std::string> arguments = Arguments();
+    const bool understood = ParseGuiServerOptions(arguments, options, error);
+    for (std::string& argument : arguments)
+        platform::SecureWipe(argument.data(), argument.size());
+    if (!understood) {
         std::fprintf(stderr, "guiserver: %s\nguiserver --help tells more.\n", error.c_str());
         return exitUsage;
     }
@@ -197,14 +227,14 @@ int main()
         std::fprintf(stderr, "guiserver: %s could not be created; is another server there?\n", pipe.name().c_str());
         return exitFailed;
     }
-    servedPipe = &pipe;
+    SetServedPipe(&pipe);
     SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
     const std::string ready =
         options.json ? "{\"listening\":" + JsonText(pipe.name()) + "}\n" : "listening on " + pipe.name() + "\n";
-    std::fwrite(ready.data(), 1, ready.size(), stdout);
+    Print(ready);
 
     const int code = GuiServer(pipe, options).Serve();
     SetConsoleCtrlHandler(OnConsoleEvent, FALSE);
-    servedPipe = nullptr;
+    SetServedPipe(nullptr);
     return code;
 }

@@ -1,6 +1,8 @@
 #include "tools/guiserver/options.h"
 
+#include <algorithm>
 #include <charconv>
+#include <iterator>
 
 const char* const guiServerUsage =
     R"(guiserver: stands in for the GUI server of the signing client and shows what it is asked
@@ -10,14 +12,14 @@ const char* const guiServerUsage =
 Answers every request of the session's pipe the way a user would who agrees to everything, and prints one block for each.
 
     --pin TEXT        the PIN to give; without it the PIN dialogs are answered as if the user had closed them
-    --puk TEXT        the PUK to give to the combined dialog
+    --puk TEXT        the PUK to give to the combined PIN and PUK dialog, which needs --pin as well
     --select N        the index chosen in selection dialogs (0)
     --deny            answer as a user who says no: confirmations, dialogs and transactions are turned down
     --grant-after N   turn down the first N requests for a transaction (0)
     --secure          let programs of low integrity connect as well
     --pipe NAME       listen on this pipe, \\.\pipe\... in full, in place of the session's own
     --once            end at the farewell that follows the first request that is more than a greeting
-    --timeout SECONDS end with 1 when no request comes for this long
+    --timeout SECONDS end with 1 when no request comes for this long, 4294967 at most
     --json            print one JSON object a line
     --hex             print the bytes of each body too
     --help            print this
@@ -48,12 +50,16 @@ constexpr Switch switches[] = {
 struct Number {
     const char* name;
     std::uint32_t GuiServerOptions::*value;
+    std::uint32_t most;
 };
 
+constexpr std::uint32_t anyNumber = 0xFFFFFFFF;
+constexpr std::uint32_t mostSeconds = 4294967; // in milliseconds they fit 32 bits
+
 constexpr Number numbers[] = {
-    {"--select", &GuiServerOptions::selection},
-    {"--grant-after", &GuiServerOptions::grantAfter},
-    {"--timeout", &GuiServerOptions::timeout},
+    {"--select", &GuiServerOptions::selection, anyNumber},
+    {"--grant-after", &GuiServerOptions::grantAfter, anyNumber},
+    {"--timeout", &GuiServerOptions::timeout, mostSeconds},
 };
 
 bool SetSwitch(const std::string& name, GuiServerOptions& options)
@@ -65,7 +71,13 @@ bool SetSwitch(const std::string& name, GuiServerOptions& options)
     return false;
 }
 
-/// \return false when `name` takes no value or `value` does not suit it.
+bool TakesValue(const std::string& name)
+{
+    return name == "--pin" || name == "--puk" || name == "--pipe" ||
+           std::any_of(std::begin(numbers), std::end(numbers), [&name](const Number& known) { return name == known.name; });
+}
+
+/// \return false when `value` does not suit the option `name`.
 bool SetValue(const std::string& name, const std::string& value, GuiServerOptions& options)
 {
     if (name == "--pin") {
@@ -82,7 +94,7 @@ bool SetValue(const std::string& name, const std::string& value, GuiServerOption
     }
     for (const Number& known : numbers) {
         if (name == known.name)
-            return ParseNumber(value, options.*known.value);
+            return ParseNumber(value, options.*known.value) && options.*known.value <= known.most;
     }
     return false;
 }
@@ -95,10 +107,14 @@ bool ParseGuiServerOptions(const std::vector<std::string>& arguments, GuiServerO
         const std::string& name = arguments[index];
         if (SetSwitch(name, options))
             continue;
+        // What is no option's name may be a PIN and is not repeated.
+        if (!TakesValue(name)) {
+            error = "argument " + std::to_string(index + 1) + " is not understood";
+            return false;
+        }
         ++index;
-        // The value may be a PIN; only the name is repeated.
         if (index >= arguments.size() || !SetValue(name, arguments[index], options)) {
-            error = name + ": not understood, or its value is missing or does not suit it";
+            error = name + ": its value is missing or does not suit it";
             return false;
         }
     }

@@ -26,5 +26,6 @@ struct GuiServerOptions {
 
 extern const char* const guiServerUsage;
 
-/// \param arguments UTF-8, without the program's name. \return false with `error` set for the user to read.
+/// \param arguments UTF-8, without the program's name. \return false with `error` set for the user to read;
+/// nothing that may be a PIN is in it.
 bool ParseGuiServerOptions(const std::vector<std::string>& arguments, GuiServerOptions& options, std::string& error);

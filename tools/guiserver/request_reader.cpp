@@ -5,6 +5,8 @@
 namespace {
 
 constexpr std::uint32_t mostListItems = 100000;
+/// A list and whatever else a request may hold. An empty item takes 5 bytes of a body and a multiple of that here.
+constexpr std::size_t mostItems = mostListItems + 16;
 
 /// Walks the items a request should have: those of its table row, a list unfolded into as many texts as its count says.
 class ExpectedItems {
@@ -65,7 +67,7 @@ bool ReadData(CCryptoPipeRequestData& message, bool secret, ReceivedItem& item)
     const std::uint8_t* end = std::find(data, data + item.length, std::uint8_t{0});
     const bool text = end == data + item.length - 1;
     item.kind = text ? ReceivedItem::Kind::text : ReceivedItem::Kind::bytes;
-    item.bytes.assign(data, text ? end : data + item.length);
+    item.bytes = element(data, text ? item.length - 1 : item.length);
     return true;
 }
 
@@ -79,7 +81,8 @@ bool ReadValue(CCryptoPipeRequestData& message, ReceivedItem& item)
     const bool isText = value->kind == PipeValue::Kind::text;
     item.kind = isText ? ReceivedItem::Kind::text : ReceivedItem::Kind::integer;
     item.integer = value->integer;
-    item.bytes = isText ? value->text : "";
+    if (isText)
+        item.bytes = element(value->text);
     return true;
 }
 
@@ -122,6 +125,10 @@ ReceivedRequest ReadGuiRequest(CCryptoPipeRequestData& message)
     ExpectedItems expected(request.known);
     request.wellFormed = true;
     while (message.position() < message.body().size()) {
+        if (request.items.size() == mostItems) {
+            request.wellFormed = false;
+            break;
+        }
         const GuiItem next = expected.Next();
         ReceivedItem item;
         item.name = next.kind != GuiItemKind::none ? next.name : "item " + std::to_string(request.items.size() + 1);
@@ -135,7 +142,7 @@ ReceivedRequest ReadGuiRequest(CCryptoPipeRequestData& message)
         if (std::string_view(next.name) == "count")
             expected.SetListLength(item.integer);
         if (next.kind == GuiItemKind::fileNames)
-            request.files = item.bytes;
+            request.files = item.bytes.view();
         request.wellFormed &= request.known == nullptr || Suits(item, next.kind);
         request.items.push_back(std::move(item));
     }

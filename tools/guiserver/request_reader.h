@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/element.h"
 #include "ipc/gui_request.h"
 #include "ipc/pipe_request_data.h"
 
@@ -7,14 +8,15 @@
 #include <string>
 #include <vector>
 
-/// One item as it was received. The bytes of a secret are not kept.
+/// One item as it was received. The bytes of a secret are not kept; those of an item that was meant as one, and stood in the wrong
+/// place, are wiped with it.
 struct ReceivedItem {
     enum class Kind { integer, text, bytes, secret, empty };
 
     std::string name;
     Kind kind = Kind::empty;
     std::uint32_t integer = 0;
-    std::string bytes;        ///< of a text, without its terminator
+    element bytes;            ///< of a text, without its terminator
     std::uint32_t length = 0; ///< of the payload
 };
 
@@ -24,10 +26,10 @@ struct ReceivedRequest {
     std::int32_t status = 0;
     const GuiRequest* known = nullptr; ///< null for a number that stands for no operation
     std::vector<ReceivedItem> items;
-    bool wellFormed = false; ///< the items are those of the table, and nothing is left over
+    bool wellFormed = false; ///< the items are those of the table, not too many, and nothing is left over
     std::string files;       ///< of a request with file names, "*" between them
     std::string body;        ///< as it was received, every byte of a secret an 'x'
 };
 
-/// Takes apart the message just received. Any bytes are survived.
+/// Takes apart the message just received. Any bytes are survived; of more than 100016 items the first ones are kept.
 ReceivedRequest ReadGuiRequest(CCryptoPipeRequestData& message);

@@ -45,8 +45,9 @@ bool IsSurrogate(std::uint32_t character)
 /// Control characters, C1 among them, and those that turn the direction of writing.
 bool SteersTerminal(std::uint32_t character)
 {
-    return character < 0x20 || (character >= 0x7F && character < 0xA0) || (character >= 0x200E && character <= 0x200F) ||
-           (character >= 0x202A && character <= 0x202E) || (character >= 0x2066 && character <= 0x2069);
+    return character < 0x20 || (character >= 0x7F && character < 0xA0) || character == 0x061C ||
+           (character >= 0x200E && character <= 0x200F) || (character >= 0x202A && character <= 0x202E) ||
+           (character >= 0x2066 && character <= 0x2069);
 }
 
 std::string Shown(std::string_view text)
@@ -108,9 +109,9 @@ std::string ShownItem(const ReceivedItem& item)
     case ReceivedItem::Kind::integer:
         return std::to_string(item.integer);
     case ReceivedItem::Kind::text:
-        return '"' + Shown(item.bytes) + '"';
+        return '"' + Shown(item.bytes.view()) + '"';
     case ReceivedItem::Kind::bytes:
-        return HexText(item.bytes);
+        return HexText(item.bytes.view());
     case ReceivedItem::Kind::secret:
         return "(secret, " + std::to_string(item.length) + " bytes)";
     case ReceivedItem::Kind::empty:
@@ -128,9 +129,9 @@ std::string JsonItems(const std::vector<ReceivedItem>& items)
         if (item.kind == ReceivedItem::Kind::integer)
             json += ",\"integer\":" + std::to_string(item.integer);
         if (item.kind == ReceivedItem::Kind::text)
-            json += ",\"text\":" + JsonText(item.bytes);
+            json += ",\"text\":" + JsonText(item.bytes.view());
         if (item.kind == ReceivedItem::Kind::bytes)
-            json += ",\"bytes\":\"" + HexText(item.bytes) + '"';
+            json += ",\"bytes\":\"" + HexText(item.bytes.view()) + '"';
         if (item.kind == ReceivedItem::Kind::secret)
             json += ",\"secretLength\":" + std::to_string(item.length);
         json += '}';
@@ -161,6 +162,12 @@ std::string JsonText(std::string_view text)
         text.remove_prefix(length);
     }
     return json + '"';
+}
+
+std::string DescribeLostAnswer(std::uint32_t number, bool json)
+{
+    const std::string which = std::to_string(number);
+    return json ? "{\"number\":" + which + ",\"answerLost\":true}\n" : "[" + which + "] the client did not take the answer\n";
 }
 
 std::string DescribeAsText(std::uint32_t number, const ReceivedRequest& request, const GivenAnswer& answer, bool hex)

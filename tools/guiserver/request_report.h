@@ -14,13 +14,16 @@ struct GivenAnswer {
     std::vector<ReceivedItem> items;
 };
 
-/// A block for people: a headline, the items one a line, file names and long texts indented, the answer. UTF-8; bytes that could
+/// A block for people: a headline, the items and file names one a line and indented, the answer. UTF-8; bytes that could
 /// steer a terminal, or are no UTF-8, are written as \xNN.
 std::string DescribeAsText(std::uint32_t number, const ReceivedRequest& request, const GivenAnswer& answer, bool hex);
 
 /// The same as one line of JSON. Half a surrogate pair, which a Windows file name may hold, is written as its \uNNNN; another byte
 /// that is no UTF-8 as \u00NN.
 std::string DescribeAsJson(std::uint32_t number, const ReceivedRequest& request, const GivenAnswer& answer, bool hex);
+
+/// A line, of JSON or for people, that takes back the answer told of request `number`.
+std::string DescribeLostAnswer(std::uint32_t number, bool json);
 
 /// A text in quotes, as JSON has it.
 std::string JsonText(std::string_view text);
