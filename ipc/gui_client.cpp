@@ -74,6 +74,8 @@ void CGUIClient::SayFarewell()
         CGUI_IPC(GuiRequestType::farewell).Call();
 }
 
+// The names are the operation's own, and wiped at its end.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 bool CGUIClient::SetPdfDocumentToSign(CCryptoString files)
 {
     CCryptoAutoLogger logger("CGUIClient::SetPdfDocumentToSign");
