@@ -1,8 +1,10 @@
 #include "core/string.h"
 
+#include "core/platform/secure_wipe.h"
 #include "core/stream.h"
 #include "core/utf8.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <utility>
@@ -112,7 +114,7 @@ CCryptoString CCryptoString::FromUtf16(const char16_t* units, std::uint32_t coun
 {
     CCryptoString text;
     if (units != nullptr)
-        text.append(element::FromUtf16(units, count).view());
+        text.appendUtf16({units, count});
     return text;
 }
 
@@ -193,6 +195,30 @@ CCryptoString& CCryptoString::append(std::string_view text)
     data_.data()[data_.length()] = 0;
     if (!scan_.broken && (scan_.expected != 0 || !ascii))
         classify(data_.view().substr(before));
+    return *this;
+}
+
+CCryptoString& CCryptoString::appendUtf16(std::u16string_view units)
+{
+    char piece[256];
+    std::size_t used = 0;
+    const std::size_t largest = std::min(sizeof piece, units.size() * 3);
+    for (std::size_t index = 0; index < units.size(); ++index) {
+        std::uint32_t codePoint = units[index];
+        if (codePoint < 0x80) {
+            piece[used++] = static_cast<char>(codePoint);
+        } else {
+            if (IsHighSurrogate(codePoint) && index + 1 < units.size() && IsLowSurrogate(units[index + 1]))
+                codePoint = 0x10000 + ((codePoint - 0xD800) << 10) + (units[++index] - 0xDC00u);
+            used += EncodeUtf8(codePoint, reinterpret_cast<std::uint8_t*>(piece + used));
+        }
+        if (used > sizeof piece - 4) {
+            append({piece, used});
+            used = 0;
+        }
+    }
+    append({piece, used});
+    platform::SecureWipe(piece, largest);
     return *this;
 }
 

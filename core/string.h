@@ -62,6 +62,8 @@ public:
     CCryptoString& operator+=(const char* text);
     CCryptoString& operator+=(const CCryptoChar& character);
     CCryptoString& append(std::string_view text);
+    /// Text of 16-bit units, as FromUtf16 takes it.
+    CCryptoString& appendUtf16(std::u16string_view units);
 
     std::uint32_t length() const { return data_.length(); }
     bool isEmpty() const { return data_.isEmpty(); }

@@ -1,19 +1,25 @@
 #include "core/utf8.h"
 
+std::uint32_t EncodeUtf8(std::uint32_t codePoint, std::uint8_t* bytes)
+{
+    if (codePoint < 0x80) {
+        bytes[0] = static_cast<std::uint8_t>(codePoint);
+        return 1;
+    }
+    const std::uint32_t continuations = Utf8Length(codePoint) - 1;
+    constexpr std::uint8_t leads[] = {0, 0xC0, 0xE0, 0xF0};
+    bytes[0] = static_cast<std::uint8_t>(leads[continuations] | codePoint >> (6 * continuations));
+    for (std::uint32_t index = 1; index <= continuations; ++index)
+        bytes[index] = static_cast<std::uint8_t>(0x80 | (codePoint >> (6 * (continuations - index)) & 0x3F));
+    return continuations + 1;
+}
+
 bool EncodeUtf8(std::uint32_t codePoint, element& target)
 {
     if (codePoint > largestUtf8CodePoint)
         return false;
-    if (codePoint < 0x80) {
-        target.append(static_cast<std::uint8_t>(codePoint));
-        return true;
-    }
-    const std::uint32_t continuations = Utf8Length(codePoint) - 1;
-    constexpr std::uint8_t leads[] = {0, 0xC0, 0xE0, 0xF0};
-    std::uint8_t bytes[4] = {static_cast<std::uint8_t>(leads[continuations] | codePoint >> (6 * continuations))};
-    for (std::uint32_t index = 1; index <= continuations; ++index)
-        bytes[index] = static_cast<std::uint8_t>(0x80 | (codePoint >> (6 * (continuations - index)) & 0x3F));
-    target.append(bytes, continuations + 1);
+    std::uint8_t bytes[4];
+    target.append(bytes, EncodeUtf8(codePoint, bytes));
     return true;
 }
 

@@ -37,6 +37,9 @@ constexpr std::uint32_t Utf8Length(std::uint32_t codePoint)
     return codePoint < 0x80 ? 1 : codePoint < 0x800 ? 2 : codePoint < 0x10000 ? 3 : 4;
 }
 
+/// Writes the one to four bytes of a code point up to 0x1FFFFF; surrogates are encoded like any other value. \return how many.
+std::uint32_t EncodeUtf8(std::uint32_t codePoint, std::uint8_t* bytes);
+
 /// Appends one to four bytes. Surrogates are encoded like any other value. \return false, nothing appended, above 0x1FFFFF.
 bool EncodeUtf8(std::uint32_t codePoint, element& target);
 
