@@ -2,6 +2,7 @@
 #include "shellext/com_ptr.h"
 #include "tests/shellext/gdi_objects.h"
 #include "tests/shellext/loaded_library.h"
+#include "tests/shellext/scripted_data_object.h"
 
 #include <gtest/gtest.h>
 #include <shlobj.h>
@@ -22,15 +23,30 @@ DWORD OpenHandles()
     return count;
 }
 
-/// Loads the library, makes a handler and lets go of both.
+/// The thread-local slot the system would give out next; a process has some thousand.
+DWORD FirstFreeSlot()
+{
+    const DWORD slot = TlsAlloc();
+    TlsFree(slot);
+    return slot;
+}
+
+/// Loads the library, right-clicks a document and lets go of everything.
 void UseOnce()
 {
+    ScriptedDataObject selection(ScriptedDataObject::Script::wideList, {L"C:\\report.pdf"});
+    const std::unique_ptr<std::remove_pointer_t<HMENU>, MenuDeleter> menu(CreatePopupMenu());
     const LoadedLibrary library;
     ComPtr<IClassFactory> factory;
+    ComPtr<IShellExtInit> initializer;
     ComPtr<IContextMenu> handler;
     ASSERT_EQ(library.getClassObject(CLSID_FileContextMenuExt, IID_IClassFactory, factory.receiveVoid()), S_OK);
-    ASSERT_EQ(factory->CreateInstance(nullptr, IID_IContextMenu, handler.receiveVoid()), S_OK);
+    ASSERT_EQ(factory->CreateInstance(nullptr, IID_IShellExtInit, initializer.receiveVoid()), S_OK);
+    ASSERT_EQ(initializer->QueryInterface(IID_IContextMenu, handler.receiveVoid()), S_OK);
+    EXPECT_EQ(initializer->Initialize(nullptr, &selection, nullptr), S_OK);
+    EXPECT_EQ(handler->QueryContextMenu(menu.get(), 0, 1, 1, CMF_NORMAL), 1);
     EXPECT_EQ(library.call("DllCanUnloadNow"), S_FALSE);
+    initializer.reset();
     handler.reset();
     factory.reset();
     EXPECT_EQ(library.call("DllCanUnloadNow"), S_OK);
@@ -97,10 +113,12 @@ TEST(Library, ComesAndGoesWithoutATrace)
     for (int i = 0; i < 5; ++i)
         UseOnce();
     ASSERT_EQ(GetModuleHandleW(L"explorermenuhandler.dll"), nullptr) << "somebody else keeps the library";
-    const DWORD before = OpenHandles();
+    const DWORD handles = OpenHandles();
+    const DWORD slot = FirstFreeSlot();
     for (int i = 0; i < 195; ++i)
         UseOnce();
-    EXPECT_EQ(OpenHandles(), before);
+    EXPECT_EQ(OpenHandles(), handles);
+    EXPECT_EQ(FirstFreeSlot(), slot);
 }
 
 TEST(Library, MakesAPictureAndGivesItBack)
