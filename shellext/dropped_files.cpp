@@ -3,6 +3,7 @@
 #include <shlobj.h>
 
 #include <algorithm>
+#include <cwchar>
 
 DroppedFiles::DroppedFiles(IDataObject& source)
 {
@@ -40,19 +41,25 @@ UINT DroppedFiles::count() const
     return DragQueryFileW(drop(), 0xFFFFFFFF, nullptr, 0);
 }
 
-bool DroppedFiles::query(UINT index, wchar_t (&path)[textCapacity])
+std::size_t DroppedFiles::querySystem(UINT index, wchar_t (&path)[textCapacity]) const
+{
+    return DragQueryFileW(drop(), index, path, textCapacity) != 0 ? std::wcslen(path) : 0;
+}
+
+std::size_t DroppedFiles::query(UINT index, wchar_t (&path)[textCapacity])
 {
     // DragQueryFileW walks the list from its start for every index, which takes seconds for ten thousand files.
     if (next_ == nullptr || index != nextIndex_)
-        return DragQueryFileW(drop(), index, path, textCapacity) != 0;
+        return querySystem(index, path);
 
     const wchar_t* const terminator = std::find(next_, end_, L'\0');
     if (terminator == end_ || terminator == next_) {
         next_ = nullptr;
-        return DragQueryFileW(drop(), index, path, textCapacity) != 0;
+        return querySystem(index, path);
     }
-    CopyBounded(path, textCapacity, {next_, static_cast<std::size_t>(terminator - next_)});
+    const auto length = static_cast<std::size_t>(terminator - next_);
+    CopyBounded(path, textCapacity, {next_, length});
     next_ = terminator + 1;
     ++nextIndex_;
-    return true;
+    return std::min(length, textCapacity - 1);
 }

@@ -20,12 +20,13 @@ public:
     UINT count() const;
 
     /// Writes the path at `index` to `path`, cut to 259 characters, exactly as DragQueryFileW does; asking for one index after the
-    /// other takes linear time altogether. \return false when there is no such path.
-    bool query(UINT index, wchar_t (&path)[textCapacity]);
+    /// other takes linear time altogether. \return the characters written; 0 when there is no such path.
+    std::size_t query(UINT index, wchar_t (&path)[textCapacity]);
 
 private:
     HDROP drop() const { return static_cast<HDROP>(medium_.hGlobal); }
     void findFirst();
+    std::size_t querySystem(UINT index, wchar_t (&path)[textCapacity]) const;
 
     STGMEDIUM medium_ = {};
     const void* memory_ = nullptr;

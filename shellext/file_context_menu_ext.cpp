@@ -1,6 +1,7 @@
 #include "shellext/file_context_menu_ext.h"
 
 #include "core/auto_logger.h"
+#include "core/platform/win32/wide.h"
 #include "core/settings.h"
 #include "ipc/gui_client.h"
 #include "shellext/dropped_files.h"
@@ -19,11 +20,6 @@ bool IsMultipleSelectionAllowed()
     std::uint32_t value = 0;
     ICryptoSettings* settings = CCryptoSettings::Instance();
     return settings != nullptr && settings->GetInteger("pdfAllowMultiselect", value, 0) && value == 1;
-}
-
-CCryptoString FromWide(const wchar_t* text)
-{
-    return CCryptoString::FromUtf16(reinterpret_cast<const char16_t*>(text));
 }
 
 } // namespace
@@ -93,12 +89,13 @@ HRESULT FileContextMenuExt::takeFiles(DroppedFiles& files, UINT count)
 {
     HRESULT result = E_FAIL;
     for (UINT index = 0; index < count; ++index) {
-        if (!files.query(index, currentFileName_))
+        const std::size_t length = files.query(index, currentFileName_);
+        if (length == 0)
             continue;
         if (std::wcsstr(currentFileName_, L".pdf") != nullptr) {
             if (index != 0)
                 selectedFiles_ += pathSeparator;
-            selectedFiles_ += FromWide(currentFileName_);
+            selectedFiles_.appendUtf16({platform::AsUtf16(currentFileName_), length});
             result = S_OK;
         } else if (index == 0) {
             // The first file decides whether the handler takes part; others without ".pdf" are left out.

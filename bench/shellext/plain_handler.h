@@ -1,0 +1,29 @@
+#pragma once
+
+#include "shellext/bounded_text.h"
+
+#include <windows.h>
+
+#include <objidl.h>
+
+#include <string>
+
+/// The rival: what any handler has to do for the same menu, written straight down. It makes the same bitmap, takes the same paths
+/// and inserts the same two items, but looks at no settings and no locale, logs nothing and counts nothing.
+class PlainHandler {
+public:
+    /// \param icons the library that holds the menu icon.
+    explicit PlainHandler(HINSTANCE icons);
+    ~PlainHandler();
+    PlainHandler(const PlainHandler&) = delete;
+    PlainHandler& operator=(const PlainHandler&) = delete;
+
+    bool initialize(IDataObject& selection);
+    bool addItems(HMENU menu, UINT index, UINT identifier);
+    const std::string& paths() const { return paths_; }
+
+private:
+    HBITMAP bitmap_ = nullptr;
+    wchar_t text_[textCapacity] = L"&Sign .pdf document";
+    std::string paths_;
+};
