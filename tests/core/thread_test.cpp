@@ -134,21 +134,22 @@ TEST(CryptoThread, StartsAgainAndIsAwaitedByItsDestructor)
 
 TEST(CryptoThread, IsAwaitedUntilItHasLeft)
 {
+    // Static, since MinGW's runtime may free what a thread_local object holds before it calls the destructor.
+    static std::atomic<bool> left;
     struct SlowToLeave {
-        std::atomic<bool>* left = nullptr;
+        void begin() { left = false; }
         ~SlowToLeave()
         {
             platform::SleepMilliseconds(20);
-            *left = true;
+            left = true;
         }
     };
     for (const bool awaited : {true, false}) {
         SCOPED_TRACE(awaited);
-        std::atomic<bool> left = false;
         {
-            CCryptoThread thread([&] {
+            CCryptoThread thread([] {
                 thread_local SlowToLeave slow;
-                slow.left = &left;
+                slow.begin();
             });
             ASSERT_TRUE(thread.start());
             while (thread.isRunning())
