@@ -26,8 +26,8 @@
 /// text of modes 0 and 1 is the first piece of the message, so that the message lines at exit repeat it. With the log off the
 /// status is none at first in every mode.
 ///
-/// Loggers nest strictly on their thread. A text of 1024 bytes or more, terminator included, is not cut: a fixed text stands in its
-/// place. Nothing secret goes into any of these texts.
+/// Loggers nest strictly on their thread. A text of more than 1024 bytes, terminator included, is not cut: a fixed text stands in
+/// its place; only the message at exit is cut, at 1011 bytes. Nothing secret goes into any of these texts.
 ///
 /// With level 0 opening and closing a logger without arguments are a handful of instructions: nothing is written, locked, formatted
 /// or allocated. What opens with level 0 is not counted as nested, and closes at depth 0 when the log was turned on meanwhile.
@@ -85,6 +85,8 @@ public:
 protected:
     /// Ends the operation ahead of the destructor, which then writes nothing.
     void close();
+    /// Ends the operation without a line or a lock; the thread's counter keeps it.
+    void abandon() { shown_ = nullptr; }
 
 private:
     void open();

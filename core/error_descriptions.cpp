@@ -277,6 +277,11 @@ bool ParseErrorDescriptions(std::string_view document, ErrorDescriptions& descri
     return logger.setResult(true);
 }
 
+void ForgetErrorDescriptions()
+{
+    loadedDescriptions->store(nullptr);
+}
+
 std::string ErrorDescription(std::uint32_t code)
 {
     const std::shared_ptr<const ErrorDescriptions> loaded = loadedDescriptions->load();

@@ -14,5 +14,8 @@ using ErrorDescriptions = std::map<std::uint32_t, std::string>;
 /// \return false, logged, when the document is not well-formed or is of another kind.
 bool ParseErrorDescriptions(std::string_view document, ErrorDescriptions& descriptions);
 
+/// Gives back what was loaded, so that a library that is unloaded leaves nothing behind.
+void ForgetErrorDescriptions();
+
 /// The text loaded for `code`; empty when there is none.
 std::string ErrorDescription(std::uint32_t code);

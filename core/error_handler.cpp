@@ -3,6 +3,7 @@
 #include "core/error_descriptions.h"
 #include "core/never_destroyed.h"
 #include "core/platform/process.h"
+#include "core/utf8.h"
 
 #include <atomic>
 #include <cstdio>
@@ -33,10 +34,14 @@ std::string ErrorText(std::uint32_t code)
         std::snprintf(unknown, sizeof unknown, " Last error (%08X)", static_cast<unsigned>(code));
         return unknown;
     }
-    if (text.size() > longestSystemText)
-        text.resize(longestSystemText);
     if (text.size() > 2 && text.ends_with("\r\n"))
         text.resize(text.size() - 2);
+    if (text.size() > longestSystemText) {
+        std::size_t end = longestSystemText;
+        while (end > 0 && IsUtf8Continuation(static_cast<std::uint8_t>(text[end])))
+            --end;
+        text.resize(end);
+    }
     return text;
 }
 

@@ -34,8 +34,8 @@ public:
     /// The same for the calling thread's last error.
     void setLastWindowsError();
 
-    /// The first error of the current chain: "operation:message" of the innermost operation that failed, or the text that the last
-    /// failing operation gave for itself. A copy.
+    /// The first error since the text was last cleared: "operation:message" of the innermost operation that failed, or the text
+    /// that the last failing operation gave for itself. A copy.
     static CCryptoString LastErrorText();
     static void ClearLastErrorText();
 

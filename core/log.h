@@ -8,7 +8,8 @@
 #include <string_view>
 
 /// The state of the log, one a process. It is there before any constructor has run and after every destructor has, so static
-/// objects may log at any time. Nothing below a line takes a lock of the library (CCryptoCS) or writes a line in turn.
+/// objects may log at any time. But for the callback, nothing below a line takes a lock of the library (CCryptoCS) or
+/// writes a line in turn.
 namespace logging {
 
 namespace state {

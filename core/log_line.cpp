@@ -38,8 +38,12 @@ VisibleForm VisibleFormOf(std::string_view text)
     const auto byte = static_cast<unsigned char>(text.front());
     if ((byte < ' ' && byte != '\t') || byte == 0x7F)
         return ControlByte(byte);
-    if (text.starts_with("\xC2\x85"))
-        return {2, "\\u0085"};
+    if (byte == 0xC2 && text.size() > 1 && static_cast<unsigned char>(text[1]) >= 0x80 &&
+        static_cast<unsigned char>(text[1]) < 0xA0) {
+        VisibleForm form{2, {}};
+        std::snprintf(form.text, sizeof form.text, "\\u00%02x", static_cast<unsigned char>(text[1]));
+        return form;
+    }
     if (text.starts_with("\xE2\x80\xA8"))
         return {3, "\\u2028"};
     if (text.starts_with("\xE2\x80\xA9"))

@@ -27,7 +27,7 @@ struct LogLineHead {
 /// "\u2028"). All other bytes stand as they are, a backslash too.
 class LogLine {
 public:
-    /// \param text shorter than logTextLimit; what is longer is cut.
+    /// \param text at most logTextLimit; what is longer is cut.
     LogLine(const LogLineHead& head, std::string_view text);
     LogLine(const LogLine&) = delete;
     LogLine& operator=(const LogLine&) = delete;

@@ -46,6 +46,9 @@ void LeaveOperation()
 {
     NestingTable& table = Table();
     const CCryptoCSLock lock(&table.guard);
+    // An operation that outlives the log finds its counter forgotten.
+    if (!table.depths)
+        return;
     if (std::uint32_t& depth = DepthOfThisThread(table); depth > 0)
         --depth;
 }

@@ -1,6 +1,7 @@
 #include "core/process_logger.h"
 
 #include "core/build_date.h"
+#include "core/error_descriptions.h"
 #include "core/log_nesting.h"
 #include "core/log_settings.h"
 #include "core/platform/process.h"
@@ -20,12 +21,14 @@ CCryptoProcessLogger::~CCryptoProcessLogger()
     // A thread that was ended in the middle of a line keeps its locks, and waiting for them would keep the host from ending.
     if (platform::ProcessIsEnding()) {
         logging::TurnOff();
+        abandon();
         return;
     }
     WriteLog("---------- END (ver=%s) ----------", buildDate);
     close();
     logging::Configure(0, false, nullptr);
     logging::ForgetNesting();
+    ForgetErrorDescriptions();
     ClearLastErrorText();
 }
 

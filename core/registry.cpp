@@ -28,10 +28,15 @@ CCryptoRegistry::Answer CCryptoRegistry::QueryTerminated(const RegistryKey& key,
                                                          std::uint32_t& size)
 {
     const std::uint32_t room = size;
-    std::memset(buffer, 0, room);
     Answer answer;
+    if (buffer == nullptr || room == 0) {
+        answer.status = platform::registryMoreData;
+        size = 0;
+        return answer;
+    }
+    std::memset(buffer, 0, room);
     answer.status = key.queryValue(name, buffer, size, answer.isText);
-    const bool unterminated = size >= room && (size > room || room == 0 || buffer[room - 1] != '\0');
+    const bool unterminated = answer.isText && size >= room && (size > room || room == 0 || buffer[room - 1] != '\0');
     if (answer.status == platform::registrySuccess && unterminated)
         answer.status = platform::registryMoreData;
     if (answer.status != platform::registrySuccess) {
@@ -48,7 +53,8 @@ bool CCryptoRegistry::getRegValue(const char* path, const char* name, char* buff
 
     const std::uint32_t room = size;
     size = 0;
-    std::memset(buffer, 0, room);
+    if (buffer != nullptr && room != 0)
+        std::memset(buffer, 0, room);
     if (path == nullptr || name == nullptr)
         return logger.setRetValue(3, false, "No key or value name defined");
 

@@ -31,8 +31,9 @@ void SetLastError(std::uint32_t code)
 std::string SystemErrorText(std::uint32_t code)
 {
     std::array<wchar_t, 512> text{};
-    const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0, text.data(),
-                                        static_cast<DWORD>(text.size()), nullptr);
+    const DWORD length =
+        FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code,
+                       MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT), text.data(), static_cast<DWORD>(text.size()), nullptr);
     return WideToUtf8({text.data(), length});
 }
 

@@ -91,8 +91,9 @@ std::uint32_t RegistryKey::queryValue(const char* name, void* buffer, std::uint3
     DWORD length = size;
     const LSTATUS status = RegQueryValueExA(static_cast<HKEY>(handle_), name, nullptr, &type, static_cast<BYTE*>(buffer), &length);
     isText = type == REG_SZ;
-    // The system adds a terminator of its own accord to text written without one.
-    if (status == ERROR_SUCCESS && isText && length != 0 && static_cast<const char*>(buffer)[length - 1] == '\0')
+    // Text may be stored with its terminator, or without.
+    if (status == ERROR_SUCCESS && isText && buffer != nullptr && length != 0 &&
+        static_cast<const char*>(buffer)[length - 1] == '\0')
         --length;
     size = length;
     return static_cast<std::uint32_t>(status);
