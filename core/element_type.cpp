@@ -12,6 +12,7 @@ struct TokenSpelling {
 constexpr TokenSpelling tokenSpellings[] = {
     {ElementType::null, "null"},
     {ElementType::optional, "OPTIONAL"},
+    {ElementType::include, "include"},
     {ElementType::caseWord, "case"},
     {ElementType::comma, ","},
     {ElementType::period, "."},

@@ -18,6 +18,7 @@ enum class ElementType : std::uint32_t {
     truth = 12,   ///< one byte, 0 or not
     integer = 13, ///< big-endian magnitude, the sign beside it
     optional = 15,
+    include = 16,
     caseWord = 18,
     comma = 20,
     period = 21,
@@ -81,6 +82,7 @@ enum class ElementType : std::uint32_t {
     implicit = 87,
     explicitTag = 88,
     constructed = 89,
+    endOfInput = 90,
 };
 
 #pragma GCC diagnostic pop
