@@ -1,0 +1,140 @@
+#include "asn1/asn1_values.h"
+
+#include "core/auto_logger.h"
+
+namespace {
+
+constexpr const char* contextSpecificTemplate = "CONTEXT_SPECIFIC[context] { data }";
+constexpr const char* objectIdentifierTemplate = "OBJECT_IDENTIFIER=oid";
+constexpr const char* octetStringTemplate = "OCTET_STRING[PRIMITIVE] { data }";
+// "GeneralizedType" is the keyword of universal tag 24.
+constexpr const char* generalizedTimeTemplate = "GeneralizedType=dateTime";
+constexpr const char* generalStringTemplate = "GeneralString=value";
+
+} // namespace
+
+CCryptoASN1ContextSpecific::CCryptoASN1ContextSpecific() : CCryptoASN1Object(contextSpecificTemplate) {}
+
+CCryptoASN1ContextSpecific::CCryptoASN1ContextSpecific(const elementNode* node) : CCryptoASN1ContextSpecific()
+{
+    construct(node);
+}
+
+CCryptoASN1ContextSpecific::CCryptoASN1ContextSpecific(std::uint32_t tagNumber, const elementNode* data)
+    : CCryptoASN1ContextSpecific()
+{
+    tagNumber_ = tagNumber;
+    if (data != nullptr)
+        content_ = data->clone(true);
+}
+
+bool CCryptoASN1ContextSpecific::BuildNode()
+{
+    return builder().fill("context", element(tagNumber_)) && builder().fill_tree("data", content_.get());
+}
+
+bool CCryptoASN1ContextSpecific::ParseNode()
+{
+    tagNumber_ = findNumber("context");
+    const elementNode* const data = find("data");
+    content_ = data != nullptr ? data->clone(true) : nullptr;
+    return true;
+}
+
+CCryptoASN1ObjectIdentifier::CCryptoASN1ObjectIdentifier() : CCryptoASN1Object(objectIdentifierTemplate) {}
+
+CCryptoASN1ObjectIdentifier::CCryptoASN1ObjectIdentifier(const elementNode* node) : CCryptoASN1ObjectIdentifier()
+{
+    construct(node);
+}
+
+CCryptoASN1ObjectIdentifier::CCryptoASN1ObjectIdentifier(const CCryptoString& dotted) : CCryptoASN1ObjectIdentifier()
+{
+    oid_ = dotted;
+}
+
+bool CCryptoASN1ObjectIdentifier::BuildNode()
+{
+    return !oid_.isEmpty() && builder().fill("oid", element(oid_.view()));
+}
+
+bool CCryptoASN1ObjectIdentifier::ParseNode()
+{
+    if (data()->type() != ElementType::objectIdentifier)
+        return false;
+    oid_ = findText("oid");
+    return true;
+}
+
+CCryptoASN1OctetStringObject::CCryptoASN1OctetStringObject() : CCryptoASN1Object(octetStringTemplate) {}
+
+CCryptoASN1OctetStringObject::CCryptoASN1OctetStringObject(const elementNode* node) : CCryptoASN1OctetStringObject()
+{
+    construct(node);
+}
+
+CCryptoASN1OctetStringObject::CCryptoASN1OctetStringObject(const element& bytes) : CCryptoASN1OctetStringObject()
+{
+    bytes_ = bytes;
+}
+
+bool CCryptoASN1OctetStringObject::BuildNode()
+{
+    element raw = bytes_;
+    raw.setType(ElementType::bytes);
+    return builder().fill("data", raw);
+}
+
+bool CCryptoASN1OctetStringObject::ParseNode()
+{
+    const elementNode* const value = find("data");
+    // What was decoded inside the octets is octets again here.
+    bytes_ = value != nullptr && IsAsn1Type(value->type()) ? CCryptoParser::ToDer(value) : findBytes("data");
+    return true;
+}
+
+CCryptoASN1GeneralizedTime::CCryptoASN1GeneralizedTime() : CCryptoASN1Object(generalizedTimeTemplate) {}
+
+CCryptoASN1GeneralizedTime::CCryptoASN1GeneralizedTime(const elementNode* node) : CCryptoASN1GeneralizedTime()
+{
+    construct(node);
+}
+
+CCryptoASN1GeneralizedTime::CCryptoASN1GeneralizedTime(const CCryptoDateTime& time) : CCryptoASN1GeneralizedTime()
+{
+    time_ = time;
+}
+
+bool CCryptoASN1GeneralizedTime::BuildNode()
+{
+    return time_.isValid() && builder().fill("dateTime", time_.toUtcDateTime().toGeneralizedTime().data());
+}
+
+bool CCryptoASN1GeneralizedTime::ParseNode()
+{
+    time_ = CCryptoDateTime(findText("dateTime"));
+    return time_.isValid();
+}
+
+CCryptoASN1GeneralString::CCryptoASN1GeneralString() : CCryptoASN1Object(generalStringTemplate) {}
+
+CCryptoASN1GeneralString::CCryptoASN1GeneralString(const elementNode* node) : CCryptoASN1GeneralString()
+{
+    construct(node);
+}
+
+CCryptoASN1GeneralString::CCryptoASN1GeneralString(const CCryptoString& text) : CCryptoASN1GeneralString()
+{
+    text_ = text;
+}
+
+bool CCryptoASN1GeneralString::BuildNode()
+{
+    return builder().fill("value", text_.data());
+}
+
+bool CCryptoASN1GeneralString::ParseNode()
+{
+    text_ = CCryptoString(findBytes("value").view());
+    return true;
+}

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "asn1/der_analyzer.h"
+#include "asn1/element_node.h"
+
+#include <cstdint>
+#include <span>
+
+/// How bytes are decoded.
+struct DerOptions {
+    bool lenient = false;            ///< accept unknown tags, and keep what is decoded of a broken constructed element
+    bool insideOctetStrings = false; ///< an OCTET STRING that holds DER becomes a tree
+    bool insideBitStrings = false;   ///< the same for a BIT STRING
+};
+
+/// Decodes DER, and BER as far as lengths go (X.690), into the tree that a template of the same data would give.
+///
+/// Each element is a node of its type. Tag numbers, the unused bits of a BIT STRING and "CONSTRUCTED", where the content does not
+/// tell, stand in its bracket list; a value shorter than 40 bytes stands in the short-value slot, a longer one and the children in
+/// the content slot. Encoding the tree gives the same bytes for every DER input. Time and memory grow with the length of the input
+/// alone.
+class CCryptoDERParser {
+public:
+    static constexpr std::uint32_t deepestLevel = 128;
+    static constexpr std::uint32_t shortValueLimit = 40;
+
+    explicit CCryptoDERParser(const DerOptions& options = {}) : options_(options) {}
+
+    /// \return the first element with the others as its siblings; null, logged, when the bytes do not decode or hold no element.
+    ElementNodePtr Decode(std::span<const std::uint8_t> input);
+
+    /// Why the last Decode failed, and at which offset.
+    const char* reason() const { return reason_; }
+    std::uint32_t reasonOffset() const { return reasonOffset_; }
+
+private:
+    struct Level {
+        ElementNodePtr nodes;
+        std::uint32_t end = 0; ///< the offset behind what was decoded
+        bool endedByOctet = false;
+        bool failed = false;
+    };
+
+    Level decodeLevel(CCryptoDERAnalyzer& analyzer, std::uint32_t position, std::uint32_t end, std::uint32_t depth, bool probing);
+    /// \return null on failure; `position` moves behind the element.
+    ElementNodePtr decodeElement(CCryptoDERAnalyzer& analyzer, const DerHeader& header, std::uint32_t& position,
+                                 std::uint32_t depth, bool probing);
+    bool decodeConstructed(CCryptoDERAnalyzer& analyzer, const DerHeader& header, elementNode& node, std::uint32_t& position,
+                           std::uint32_t depth, bool probing);
+    void decodePrimitive(CCryptoDERAnalyzer& analyzer, const DerHeader& header, elementNode& node, std::uint32_t depth);
+    void decodeBitString(CCryptoDERAnalyzer& analyzer, const DerHeader& header, elementNode& node, std::uint32_t depth);
+    /// Decodes a part of a value into the content slot. \return false, the node unchanged, unless all of it decodes.
+    bool decodeInside(CCryptoDERAnalyzer& analyzer, std::uint32_t start, std::uint32_t end, elementNode& node, std::uint32_t depth);
+    bool fail(const char* reason, std::uint32_t offset);
+
+    DerOptions options_;
+    const char* reason_ = "";
+    std::uint32_t reasonOffset_ = 0;
+};

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "asn1/element_node.h"
+#include "asn1/gen_closure.h"
+#include "asn1/lexical_analyzer.h"
+#include "core/string.h"
+
+#include <cstdint>
+#include <string_view>
+
+/// Where the text of an included file comes from.
+class ICryptoIncludeLoader {
+public:
+    virtual ~ICryptoIncludeLoader() = default;
+    /// \return false when there is no such text.
+    virtual bool Load(const CCryptoString& name, element& text) = 0;
+};
+
+/// Parses template text into the tree that DER of the same structure decodes to. docs/template-language.md describes the language.
+///
+/// An item is a word followed, in any order, by at most one each of a bracket list, a modifier list, a value behind "=", a content
+/// block in braces, and an operator with its operand. Separators are optional: a new item starts when a word or a part arrives that
+/// the current item already has.
+class CCryptoGENParser {
+public:
+    static constexpr std::uint32_t deepestNesting = 128;
+    static constexpr std::uint32_t deepestInclude = 16;
+
+    /// \param loader null to read included files from disk; not owned. \param includePath stands in front of names without "/".
+    explicit CCryptoGENParser(ICryptoIncludeLoader* loader = nullptr, const CCryptoString& includePath = {});
+
+    /// \return the first item with the others as its siblings, an empty node for text without items; null, logged, on failure.
+    ElementNodePtr Parse(std::string_view text);
+
+private:
+    struct List;
+
+    ElementNodePtr parseText(std::string_view text);
+    bool parseNested(const CCryptoGENClosure& closure, List& list);
+    bool parseToken(List& list);
+    bool parsePart(List& list, LinkKind kind);
+    bool parseBlock(ElementType closer, elementNode& owner, LinkKind kind);
+    bool parseOperation(List& list);
+    bool parseInclude(List& list);
+    bool readInclude(const CCryptoString& name, element& text);
+    bool advance();
+    bool unexpected();
+    bool fail(const CCryptoString& message);
+
+    ICryptoIncludeLoader* loader_;
+    CCryptoString includePath_;
+    CCryptoLexicalAnalyzer* lexer_ = nullptr;
+    element lookAhead_;
+    std::uint32_t nesting_ = 0;
+    std::uint32_t including_ = 0;
+    CCryptoString reason_;
+};

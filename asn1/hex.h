@@ -1,0 +1,18 @@
+#pragma once
+
+#include "core/element.h"
+
+#include <cstdint>
+#include <string_view>
+
+constexpr bool IsHexDigit(char character)
+{
+    return (character >= '0' && character <= '9') || (character >= 'a' && character <= 'f') ||
+           (character >= 'A' && character <= 'F');
+}
+
+/// The byte of exactly two digits. \return false for anything else.
+bool HexByte(std::string_view digits, std::uint8_t& byte);
+
+/// The bytes of an even number of digits. \return false, `bytes` empty, for anything else.
+bool BytesFromHex(std::string_view digits, element& bytes);

@@ -1,0 +1,125 @@
+#include "asn1/gen_parser.h"
+#include "asn1/parser.h"
+#include "core/auto_logger.h"
+#include "core/file.h"
+#include "core/settings.h"
+
+namespace {
+
+constexpr std::int64_t longestFile = 256 << 20;
+
+bool ReadFile(const CCryptoString& name, element& content, CCryptoAutoLogger& logger)
+{
+    CCryptoFile file;
+    if (!file.Open(name, platform::FileMode::read))
+        return logger.setRetValue(3, false, "%s cannot be opened", name.c_str());
+    if (file.Size() > longestFile)
+        return logger.setRetValue(3, false, "%s is longer than 256 MiB", name.c_str());
+    content = element();
+    if (file.Size() != 0 && !file.Read(0, static_cast<std::uint32_t>(file.Size()), content))
+        return logger.setRetValue(3, false, "%s cannot be read", name.c_str());
+    return true;
+}
+
+bool WriteFile(const CCryptoString& name, const element& content, CCryptoAutoLogger& logger)
+{
+    CCryptoFile file;
+    const bool written = file.Open(name, platform::FileMode::write) && (content.isEmpty() || file.Write(content.bytes(), 0));
+    return written ? logger.setResult(true) : logger.setRetValue(3, false, "%s cannot be written", name.c_str());
+}
+
+/// The folder of included templates, from the setting "includePath"; empty without settings.
+CCryptoString IncludePath()
+{
+    ICryptoSettings* const settings = CCryptoSettings::InstanceOrNull();
+    return settings != nullptr ? CCryptoString(settings->GetLongString("includePath")) : CCryptoString();
+}
+
+} // namespace
+
+bool CCryptoParser::Load_ASCII_File(const CCryptoString& name)
+{
+    CCryptoAutoLogger logger("CCryptoParser::Load_ASCII_File", 0, "filename=%s", name.c_str());
+    clear();
+    element text;
+    return ReadFile(name, text, logger) && logger.setResult(Load_ASCII_Memory(text.view()));
+}
+
+bool CCryptoParser::Load_DER_File(const CCryptoString& name, const DerOptions& options)
+{
+    CCryptoAutoLogger logger("CCryptoParser::Load_DER_File", 0, "filename=%s", name.c_str());
+    clear();
+    element der;
+    return ReadFile(name, der, logger) && logger.setResult(Load_DER_Memory(der, options));
+}
+
+bool CCryptoParser::Load_RAW_File(const CCryptoString& name)
+{
+    CCryptoAutoLogger logger("CCryptoParser::Load_RAW_File", 0, "filename=%s", name.c_str());
+    clear();
+    element content;
+    if (!ReadFile(name, content, logger))
+        return false;
+    setRoot(elementNode::Make(ElementType::none));
+    root()->set(LinkKind::content, std::move(content));
+    return logger.setResult(true);
+}
+
+std::unique_ptr<element> CCryptoParser::SLoad_RAW_Element(const CCryptoString& name)
+{
+    CCryptoAutoLogger logger("CCryptoParser::SLoad_RAW_Element", 0, "filename=%s", name.c_str());
+    auto content = std::make_unique<element>();
+    if (!ReadFile(name, *content, logger))
+        return nullptr;
+    logger.setResult(true);
+    return content;
+}
+
+bool CCryptoParser::Load_ASCII_Memory(std::string_view text)
+{
+    setRoot(CCryptoGENParser(nullptr, IncludePath()).Parse(text));
+    return !isEmpty();
+}
+
+bool CCryptoParser::Load_DER_Memory(const element& der, const DerOptions& options)
+{
+    setRoot(CCryptoDERParser(options).Decode(der.bytes()));
+    return !isEmpty();
+}
+
+bool CCryptoParser::Save_ASCII_File(const CCryptoString& name) const
+{
+    return Save_ASCII_File(name, root());
+}
+
+bool CCryptoParser::Save_ASCII_File(const CCryptoString& name, const elementNode* node)
+{
+    CCryptoAutoLogger logger("CCryptoParser::Save_ASCII_File", 0, "filename=%s", name.c_str());
+    const CCryptoString text = ToText(node);
+    if (text.isEmpty())
+        return logger.setRetValue(3, false, "There is no tree to save");
+    return WriteFile(name, text.data(), logger);
+}
+
+bool CCryptoParser::Save_DER_File(const CCryptoString& name) const
+{
+    return Save_DER_File(name, root());
+}
+
+bool CCryptoParser::Save_DER_File(const CCryptoString& name, const elementNode* node)
+{
+    CCryptoAutoLogger logger("CCryptoParser::Save_DER_File", 0, "filename=%s", name.c_str());
+    const element der = ToDer(node);
+    if (der.isEmpty())
+        return logger.setRetValue(3, false, "There is no tree to save");
+    return WriteFile(name, der, logger);
+}
+
+bool CCryptoParser::Save_RAW_File(const CCryptoString& name) const
+{
+    CCryptoAutoLogger logger("CCryptoParser::Save_RAW_File", 0, "filename=%s", name.c_str());
+    const elementNode* const value = isEmpty() ? nullptr : root()->value();
+    if (value == nullptr)
+        return logger.setRetValue(3, false, "There is no value to save");
+    return WriteFile(name, value->token(), logger);
+}

@@ -1,0 +1,229 @@
+#include "asn1/push_der_buffer.h"
+
+#include "asn1/back_buffer.h"
+#include "asn1/bracket_list.h"
+#include "asn1/der_analyzer.h"
+#include "asn1/object_identifier.h"
+#include "core/auto_logger.h"
+#include "core/utf8.h"
+
+namespace {
+
+constexpr std::uint32_t deepestTree = 256;
+constexpr std::uint32_t firstLongTagNumber = 31;
+
+bool IsValue(ElementType type)
+{
+    switch (type) {
+    case ElementType::text:
+    case ElementType::quotedText:
+    case ElementType::utf8Text:
+    case ElementType::bytes:
+    case ElementType::truth:
+    case ElementType::integer:
+    case ElementType::characterData:
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// Whether anything but an unfilled placeholder stands in a list.
+bool IsFilled(const elementNode* node)
+{
+    for (; node != nullptr; node = node->next()) {
+        if (IsValue(node->type()))
+            return true;
+        if (!IsAsn1Type(node->type()))
+            continue;
+        const elementNode* const value = node->value();
+        if (value == nullptr ? !HasModifier(*node, ElementType::optional) : IsFilled(value))
+            return true;
+    }
+    return false;
+}
+
+/// Whether a list holds an element of its own: one that "EXCLUDE" takes apart counts by what is inside it.
+bool HoldsElement(const elementNode* node)
+{
+    for (; node != nullptr; node = node->next()) {
+        if (IsAsn1Type(node->type()) && (!IsExcluded(*node) || HoldsElement(node->value())))
+            return true;
+    }
+    return false;
+}
+
+class Encoder {
+public:
+    explicit Encoder(CCryptoAutoLogger& logger) : logger_(logger) {}
+
+    bool writeList(const elementNode* first, const elementNode* owner, std::uint32_t depth);
+    std::span<const std::uint8_t> bytes() const { return out_.bytes(); }
+
+private:
+    bool writeNode(const elementNode& node, std::uint32_t depth);
+    bool writeIdentifier(const elementNode& node);
+    void writeLength(std::uint32_t length);
+    bool writeValue(const element& value, const elementNode* owner);
+    void writeInteger(const element& value);
+    bool writeObjectIdentifier(const element& value);
+    void writeUtf8(const element& value);
+    bool writeTwoByteCharacters(const element& value);
+    bool fail(const char* format, const char* argument) { return logger_.setRetValue(3, false, format, argument); }
+
+    CCryptoAutoLogger& logger_;
+    BackBuffer out_;
+};
+
+bool Encoder::writeList(const elementNode* first, const elementNode* owner, std::uint32_t depth)
+{
+    if (first == nullptr)
+        return true;
+    if (depth >= deepestTree)
+        return logger_.setRetValue(3, false, "The tree is more than %u levels deep", deepestTree);
+    const elementNode* node = first;
+    while (node->next() != nullptr)
+        node = node->next();
+    for (;; node = node->parent()) {
+        const bool written = IsAsn1Type(node->type()) ? writeNode(*node, depth)
+                             : IsValue(node->type())  ? writeValue(node->token(), owner)
+                                                      : true;
+        if (!written)
+            return false;
+        if (node == first)
+            return true;
+    }
+}
+
+bool Encoder::writeNode(const elementNode& node, std::uint32_t depth)
+{
+    const elementNode* const value = node.value();
+    if (HasModifier(node, ElementType::optional) && !IsFilled(value))
+        return true;
+    if (IsExcluded(node))
+        return writeList(value, &node, depth + 1);
+
+    const std::uint32_t before = out_.length();
+    if (node.type() != ElementType::asn1Null && !writeList(value, &node, depth + 1))
+        return false;
+    const element* const unusedBits = node.type() == ElementType::bitString ? BracketNumber(node) : nullptr;
+    if (unusedBits != nullptr)
+        out_.prepend(static_cast<std::uint8_t>(unusedBits->toWord32()));
+    writeLength(out_.length() - before);
+    return writeIdentifier(node);
+}
+
+bool Encoder::writeIdentifier(const elementNode& node)
+{
+    std::uint8_t identifier = IdentifierOctet(node.type());
+    if (IsTagClass(node.type())) {
+        const element* const number = BracketNumber(node);
+        if (number == nullptr)
+            return fail("Token '%s' has no enumerated definiton", TokenText(node.type()));
+        if (number->toWord64() >= firstLongTagNumber)
+            return fail("Tag number %s cannot be written", number->toString().c_str());
+        identifier = static_cast<std::uint8_t>(identifier | number->toWord32());
+    }
+    const bool never = HasBracket(node, ElementType::primitive) || HasBracket(node, ElementType::implicit);
+    const bool always = HasBracket(node, ElementType::constructed) || HasBracket(node, ElementType::explicitTag);
+    if (always || (!never && HoldsElement(node.value())))
+        identifier |= derConstructedBit;
+    out_.prepend(identifier);
+    return true;
+}
+
+void Encoder::writeLength(std::uint32_t length)
+{
+    if (length < 0x80) {
+        out_.prepend(static_cast<std::uint8_t>(length));
+        return;
+    }
+    std::uint8_t octets = 0;
+    for (; length != 0; length >>= 8, ++octets)
+        out_.prepend(static_cast<std::uint8_t>(length));
+    out_.prepend(static_cast<std::uint8_t>(0x80 | octets));
+}
+
+bool Encoder::writeValue(const element& value, const elementNode* owner)
+{
+    const ElementType type = owner != nullptr ? owner->type() : ElementType::none;
+    const ElementType kind = value.type();
+    const bool isText = kind == ElementType::text || kind == ElementType::quotedText || kind == ElementType::utf8Text;
+    if (kind == ElementType::truth) {
+        out_.prepend(value.toTruth() ? std::uint8_t{0xFF} : std::uint8_t{0});
+        return true;
+    }
+    if (kind == ElementType::integer && (type == ElementType::asn1Integer || type == ElementType::enumerated)) {
+        writeInteger(value);
+        return true;
+    }
+    // The number that stands for the value of a BIT_STRING without any bits.
+    if (kind == ElementType::integer && type == ElementType::bitString && BracketNumber(*owner) != nullptr)
+        return true;
+    if (type == ElementType::objectIdentifier && isText)
+        return writeObjectIdentifier(value);
+    if (type == ElementType::utf8String && (kind == ElementType::text || kind == ElementType::quotedText)) {
+        writeUtf8(value);
+        return true;
+    }
+    if (type == ElementType::bmpString && kind == ElementType::utf8Text)
+        return writeTwoByteCharacters(value);
+    if (type == ElementType::none || kind == ElementType::characterData)
+        logger_.WriteLog("WARNING: Pushing unknown value to output; token=%d, len=%d?", static_cast<int>(kind),
+                         static_cast<int>(value.length()));
+    out_.prepend(value.bytes());
+    return true;
+}
+
+void Encoder::writeInteger(const element& value)
+{
+    const bool topBit = !value.isEmpty() && value.data()[0] >= 0x80;
+    out_.prepend(value.bytes());
+    if (topBit && !value.negative())
+        out_.prepend(std::uint8_t{0});
+    if (!topBit && value.negative())
+        logger_.WriteLog("WARNING: Negative INTEGER coded as positive INTEGER!");
+}
+
+bool Encoder::writeObjectIdentifier(const element& value)
+{
+    element octets;
+    if (!DerFromDotted(value.view(), octets))
+        return fail("\"%s\" is no object identifier", value.toString().c_str());
+    out_.prepend(octets.bytes());
+    return true;
+}
+
+void Encoder::writeUtf8(const element& value)
+{
+    element encoded;
+    for (const std::uint8_t byte : value.bytes())
+        EncodeUtf8(byte, encoded);
+    out_.prepend(encoded.bytes());
+}
+
+bool Encoder::writeTwoByteCharacters(const element& value)
+{
+    element units;
+    if (!value.toUtf16(units))
+        return fail("\"%s\" is not valid UTF-8", value.toString().c_str());
+    for (std::uint32_t index = units.length(); index >= 2; index -= 2) {
+        char16_t unit = 0;
+        std::memcpy(&unit, units.data() + index - 2, sizeof unit);
+        out_.prepend(static_cast<std::uint8_t>(unit));
+        out_.prepend(static_cast<std::uint8_t>(unit >> 8));
+    }
+    return true;
+}
+
+} // namespace
+
+bool CPushDerBuffer::Push(const elementNode* first)
+{
+    CCryptoAutoLogger logger("CPushDerBuffer::Push");
+    Encoder encoder(logger);
+    if (!encoder.writeList(first, nullptr, 0))
+        return false;
+    PushBytes(encoder.bytes().data(), static_cast<std::uint32_t>(encoder.bytes().size()));
+    return logger.setResult(true);
+}

@@ -1,0 +1,149 @@
+#include "asn1/gen_parser.h"
+#include "asn1/parser.h"
+#include "asn1/template_cache.h"
+#include "asn1/template_match.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+
+namespace {
+
+using std::string_view_literals::operator""sv;
+
+std::string Hex(const element& bytes)
+{
+    return std::string(element(bytes.data(), bytes.length()).toString().view());
+}
+
+std::string DerOf(std::string_view text)
+{
+    CCryptoParser parser;
+    return parser.Load_ASCII_Memory(text) ? Hex(parser.ToDer()) : "no template";
+}
+
+TEST(Template, IsWrittenAsDer)
+{
+    const std::pair<const char*, const char*> cases[] = {
+        {"INTEGER=2;OCTET_STRING{#ff}", "0201020401ff"},
+        {"INTEGER=2 , ,OCTET_STRING{#ff}", "0201020401ff"},
+        {"INTEGER = 128", "02020080"},
+        {"INTEGER = 0", "020100"},
+        {"INTEGER = -128", "020180"},
+        {"SEQUENCE{INTEGER=1 -- a comment\n, NULL}", "30050201010500"},
+        {"SEQUENCE { INTEGER(OPTIONAL) = version, NULL = \"NULL\" }", "30020500"},
+        {"OBJECT_IDENTIFIER = \"1.2.840.113549\"", "06062a864886f70d"},
+        {"OBJECT_IDENTIFIER = 2.5.4.3", "0603550403"},
+        {"OBJECT_IDENTIFIER[EXCLUDE] = \"2.5.4.3\"", "550403"},
+        {"CONTEXT_SPECIFIC[1,CONSTRUCTED] = #0500", "a1020500"},
+        {"CONTEXT_SPECIFIC[0, \"IMPLICIT\"]{INTEGER=1}", "8003020101"},
+        {"CONTEXT_SPECIFIC(OPTIONAL)[0]{SEQUENCE[CONSTRUCTED]{crl}}", ""},
+        {"BIT_STRING[PRIMITIVE]{#00,SEQUENCE{INTEGER=1}}", "0306003003020101"},
+        {"UTF8String = \"\\xe4\"", "0c02c3a4"},
+        {"BMPString = \"\xC3\xA4\"", "1e0200e4"},
+        {"GeneralizedTime = \"20260101000000Z\"", ""},
+        {"SEQUENCE{", "no template"},
+        {"SEQUENCE}", "no template"},
+        {"OCTET_STRING = \"open", "no template"},
+        {"OCTET_STRING = #abc", "no template"},
+        {"CONTEXT_SPECIFIC{INTEGER=1}", ""},
+        {"CONTEXT_SPECIFIC[31]{INTEGER=1}", ""},
+        {"OBJECT_IDENTIFIER = \"1\"", ""},
+    };
+    for (const auto& [text, der] : cases) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(DerOf(text), der);
+    }
+    EXPECT_EQ(DerOf(std::string(100000, '{')), "no template");
+}
+
+/// Each placeholder and its value: bytes in hexadecimal, text as it stands.
+std::map<std::string, std::string> Matched(std::string_view text, std::string_view der)
+{
+    CCryptoParser data;
+    CCryptoTemplateMatch match;
+    if (!data.Load_DER_Memory(element(der.data(), static_cast<std::uint32_t>(der.size()))) ||
+        !match.Match(ParsedTemplate(text), data.root()))
+        return {{"failed", std::string(match.failedStep().view())}};
+    std::map<std::string, std::string> bound;
+    for (const TemplateBinding& binding : match.bindings()) {
+        const elementNode* node = binding.node;
+        const bool isValue = node == nullptr || node->type() < ElementType::application;
+        bound[std::string(binding.name)] = node == nullptr ? ""
+                                           : isValue       ? std::string(node->token().toString().view())
+                                                           : Hex(CCryptoParser::ToDer(node));
+    }
+    return bound;
+}
+
+TEST(TemplateMatch, BindsWhatStandsAtEachPlace)
+{
+    using Bound = std::map<std::string, std::string>;
+    struct Case {
+        const char* name;
+        const char* text;
+        std::string_view der;
+        Bound bound;
+    };
+    constexpr const char* algorithm = "SEQUENCE { OBJECT_IDENTIFIER = oid, parameters(OPTIONAL) }";
+    constexpr const char* choice =
+        "SEQUENCE{CONTEXT_SPECIFIC(OPTIONAL)[0]{first}CONTEXT_SPECIFIC(OPTIONAL)[1]{second}, INTEGER = n}";
+    const Case cases[] = {
+        {"trailing optional there",
+         algorithm,
+         "\x30\x07\x06\x03\x55\x04\x03\x05\x00"sv,
+         {{"oid", "2.5.4.3"}, {"parameters", "0500"}}},
+        {"trailing optional absent", algorithm, "\x30\x05\x06\x03\x55\x04\x03", {{"oid", "2.5.4.3"}}},
+        {"first alternative", choice, "\x30\x08\xA0\x03\x02\x01\x01\x02\x01\x09", {{"first", "020101"}, {"n", "9"}}},
+        {"second alternative", choice, "\x30\x08\xA1\x03\x02\x01\x01\x02\x01\x09", {{"second", "020101"}, {"n", "9"}}},
+        {"placeholder for a tag number",
+         "CONTEXT_SPECIFIC[context] { data }",
+         "\xA3\x03\x02\x01\x05",
+         {{"context", "3"}, {"data", "020105"}}},
+        {"empty value", "OCTET_STRING { data }", "\x04\x00"sv, {{"data", ""}}},
+        {"unused bits", "BIT_STRING{ unusedBits, value }", "\x03\x02\x05\xA0", {{"unusedBits", "5"}, {"value", "a0"}}},
+        {"constant bits", "BIT_STRING[PRIMITIVE]{#00,key}", "\x03\x02\x00\xA0"sv, {{"key", "a0"}}},
+        {"excluded wrapper", "SEQUENCE[EXCLUDE]{INTEGER = a, INTEGER = b}", "\x02\x01\x01\x02\x01\x02", {{"a", "1"}, {"b", "2"}}},
+        {"excluded inside a tag", "CONTEXT_SPECIFIC[0]{OCTET_STRING[EXCLUDE]=path}", "\x80\x02\x3F\x00"sv, {{"path", "3f00"}}},
+        {"equal constant", "SEQUENCE{INTEGER=0,value}", "\x30\x05\x02\x01\x00\x05\x00"sv, {{"value", "0500"}}},
+        {"other constant",
+         "SEQUENCE{INTEGER=0,value}",
+         "\x30\x05\x02\x01\x01\x05\x00"sv,
+         {{"failed", "INTEGER: the data holds INTEGER"}}},
+        {"other type", "SEQUENCE{OCTET_STRING=a}", "\x30\x03\x02\x01\x01", {{"failed", "OCTET_STRING: the data holds INTEGER"}}},
+        {"too little data", "SEQUENCE{INTEGER=a,INTEGER=b}", "\x30\x03\x02\x01\x01", {{"failed", "INTEGER: no data is left"}}},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.name);
+        EXPECT_EQ(Matched(each.text, each.der), each.bound);
+    }
+}
+
+TEST(Parser, WalksPathsAndEditsTrees)
+{
+    CCryptoParser parser;
+    ASSERT_TRUE(parser.Load_ASCII_Memory("SEQUENCE { SEQUENCE { CONTEXT_SPECIFIC[0] { INTEGER { version } } name }, last }"));
+    EXPECT_TRUE(parser.find_path("{{{=")->isNamed("version"));
+    EXPECT_TRUE(parser.find_path("{{,")->isNamed("name"));
+    EXPECT_EQ(parser.find_path("{{[")->type(), ElementType::integer);
+    EXPECT_EQ(parser.find_path("{P"), parser.root());
+    EXPECT_NE(parser.find_path("{|SEQUENCE{a}|{"), nullptr);
+    EXPECT_EQ(parser.find_path("{|SET{a}|{"), nullptr);
+    EXPECT_EQ(parser.find_path("{x"), nullptr);
+    EXPECT_EQ(parser.find_path("{|open"), nullptr);
+
+    CCryptoParser other;
+    ASSERT_TRUE(other.Load_ASCII_Memory("INTEGER=7"));
+    EXPECT_FALSE(parser.remove_node(other.root()));
+    EXPECT_TRUE(parser.fill("version", element(2u)));
+    EXPECT_TRUE(parser.fill_tree("name", other.root()));
+    EXPECT_TRUE(parser.fill_word("last", "NULL"));
+    EXPECT_FALSE(parser.fill("version", element(3u)));
+    EXPECT_EQ(Hex(parser.ToDer()), "300c3008a0030201020201070500");
+    EXPECT_TRUE(parser.remove_node(parser.find_path("{,")));
+    EXPECT_NE(parser.replace_node(parser.find_path("{"), other.takeRoot()), nullptr);
+    EXPECT_EQ(Hex(parser.ToDer()), "300b020107a003020102020107");
+}
+
+} // namespace
