@@ -2,24 +2,23 @@
 
 #include "core/log_writers.h"
 #include "core/out_of_memory.h"
+#include "core/platform/heap_block.h"
 #include "core/platform/secure_wipe.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstdlib>
 #include <functional>
 #include <utility>
 
 namespace {
 
-std::atomic<bool> wipeReleased{true};
-
-constexpr std::uint32_t longestLength = 0xFFFFFFFF;
 constexpr std::uint32_t leastGrowth = 256;
+/// Storage of this size is doubled when it has to grow again.
+constexpr std::uint32_t doubledFrom = 4096;
 
 std::uint32_t SumOf(std::uint32_t length, std::uint32_t more)
 {
-    if (more > longestLength - length)
+    if (more > UINT32_MAX - length)
         EndOutOfMemory();
     return length + more;
 }
@@ -57,12 +56,6 @@ element::element(const element& other) : type_(other.type_), negative_(other.neg
     append(other.data_, other.length_);
 }
 
-element::element(element&& other) noexcept
-    : data_(std::exchange(other.data_, nullptr)), length_(std::exchange(other.length_, 0)),
-      capacity_(std::exchange(other.capacity_, 0)), type_(other.type_), negative_(other.negative_)
-{
-}
-
 element& element::operator=(const element& other)
 {
     if (this != &other) {
@@ -75,25 +68,17 @@ element& element::operator=(const element& other)
 
 element& element::operator=(element&& other) noexcept
 {
-    std::swap(data_, other.data_);
-    std::swap(length_, other.length_);
-    std::swap(capacity_, other.capacity_);
-    type_ = other.type_;
-    negative_ = other.negative_;
-    if (this != &other)
-        other.clear();
+    if (this != &other) {
+        release();
+        takeStorage(other);
+        type_ = other.type_;
+        negative_ = other.negative_;
+    }
     return *this;
 }
 
-element::~element()
+void element::releaseStorage() noexcept
 {
-    release();
-}
-
-void element::release() noexcept
-{
-    if (data_ == nullptr)
-        return;
     if (wipeReleased.load(std::memory_order_relaxed))
         platform::SecureWipe(data_, capacity_);
     std::free(data_);
@@ -101,19 +86,27 @@ void element::release() noexcept
 
 void element::grow(std::uint32_t size)
 {
-    std::uint32_t capacity = size;
+    std::uint64_t capacity = size;
+    std::uint64_t room = 0;
+    std::uint64_t wanted = size;
     if (data_ != nullptr) {
-        const std::uint64_t wanted = size + std::max<std::uint64_t>(leastGrowth, size / 5);
-        capacity = static_cast<std::uint32_t>(std::min<std::uint64_t>(wanted, longestLength));
+        capacity = std::min<std::uint64_t>(size + std::max<std::uint64_t>(leastGrowth, size / 5), longestLength);
+        room = isInline() ? sizeof inline_ : platform::HeapBlockSize(data_);
+        wanted = room < doubledFrom ? capacity : std::max(capacity, 2 * room);
+    } else if (size <= sizeof inline_) {
+        data_ = inline_;
+        room = sizeof inline_;
     }
-    auto* storage = static_cast<std::uint8_t*>(std::malloc(capacity));
-    if (storage == nullptr)
-        EndOutOfMemory();
-    if (length_ != 0)
-        std::memcpy(storage, data_, length_);
-    release();
-    data_ = storage;
-    capacity_ = capacity;
+    if (capacity > room) {
+        auto* storage = static_cast<std::uint8_t*>(std::malloc(wanted));
+        if (storage == nullptr)
+            EndOutOfMemory();
+        if (length_ != 0)
+            std::memcpy(storage, data_, length_);
+        release();
+        data_ = storage;
+    }
+    capacity_ = static_cast<std::uint32_t>(capacity);
 }
 
 std::uint8_t element::operator[](std::uint32_t index) const
@@ -136,11 +129,9 @@ void element::resize(std::uint32_t length)
     length_ = length;
 }
 
-std::uint32_t element::LengthOf(std::string_view text)
+void element::EndTooLong()
 {
-    if (text.size() > longestLength)
-        EndOutOfMemory();
-    return static_cast<std::uint32_t>(text.size());
+    EndOutOfMemory();
 }
 
 void element::appendGrowing(const void* bytes, std::uint32_t length, std::uint32_t spare)

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "core/element_type.h"
+#include "core/platform/secure_wipe.h"
 
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <span>
@@ -13,7 +15,8 @@ class CCryptoString;
 /// string. Lengths are in bytes and fit 32 bits.
 ///
 /// Storage that is given up (released, or left behind by growth) is overwritten with zeros first, unless WipeReleasedBuffers(false)
-/// was called. A failed allocation ends the process with "FATAL MEMORY ALLOCATION ERROR" and exit code 1.
+/// was called. Up to 24 bytes lie in the element itself, so a pointer to them ends with the element they are moved out of. A failed
+/// allocation ends the process with "FATAL MEMORY ALLOCATION ERROR" and exit code 1.
 class element {
 public:
     /// Raw bytes, none of them yet.
@@ -39,10 +42,10 @@ public:
     static element FromBase64(std::string_view text);
 
     element(const element& other);
-    element(element&& other) noexcept;
+    element(element&& other) noexcept : type_(other.type_), negative_(other.negative_) { takeStorage(other); }
     element& operator=(const element& other);
     element& operator=(element&& other) noexcept;
-    ~element();
+    ~element() { release(); }
 
     ElementType type() const { return type_; }
     void setType(ElementType type) { type_ = type; }
@@ -62,8 +65,13 @@ public:
     /// The byte at `index`; past the end 0, logged as "Const buffer overflow access: %d>%d".
     std::uint8_t operator[](std::uint32_t index) const;
 
-    /// Room for `size` bytes in all. Storage that must grow gets exactly `size` bytes the first time and
-    /// size + max(256, 0.2 * size) after that.
+    /// Room behind the last byte.
+    std::uint32_t spare() const { return capacity_ - length_; }
+    /// Counts `count` bytes, at most spare(), that were written behind the last byte.
+    void lengthen(std::uint32_t count) { length_ += count; }
+    /// Room for `size` bytes in all. A capacity that must grow becomes exactly `size` the first time and
+    /// size + max(256, 0.2 * size) after that. The storage behind a capacity that grows on and on is doubled, so that a long text
+    /// put together of pieces is moved seldom.
     void reserve(std::uint32_t size)
     {
         if (size > capacity_)
@@ -113,14 +121,52 @@ public:
     static void WipeReleasedBuffers(bool wipe);
 
 private:
-    static std::uint32_t LengthOf(std::string_view text);
+    static constexpr std::uint32_t longestLength = 0xFFFFFFFF;
+
+    static std::uint32_t LengthOf(std::string_view text)
+    {
+        if (text.size() > longestLength) [[unlikely]]
+            EndTooLong();
+        return static_cast<std::uint32_t>(text.size());
+    }
+    [[noreturn]] static void EndTooLong();
+
+    bool isInline() const { return data_ == inline_; }
     void grow(std::uint32_t size);
     void appendGrowing(const void* bytes, std::uint32_t length, std::uint32_t spare);
-    void release() noexcept;
+    /// Takes over what `other` holds; this element must hold nothing. Type and sign stay.
+    void takeStorage(element& other) noexcept
+    {
+        length_ = other.length_;
+        capacity_ = other.capacity_;
+        if (other.isInline()) {
+            std::memcpy(inline_, other.inline_, sizeof inline_);
+            data_ = inline_;
+            other.release();
+        } else {
+            data_ = other.data_;
+        }
+        other.data_ = nullptr;
+        other.length_ = 0;
+        other.capacity_ = 0;
+    }
+    void release() noexcept
+    {
+        if (isInline()) {
+            if (wipeReleased.load(std::memory_order_relaxed))
+                platform::SecureWipe(inline_);
+        } else if (data_ != nullptr) {
+            releaseStorage();
+        }
+    }
+    void releaseStorage() noexcept;
+
+    static inline std::atomic<bool> wipeReleased{true};
 
     std::uint8_t* data_ = nullptr;
     std::uint32_t length_ = 0;
     std::uint32_t capacity_ = 0;
+    alignas(8) std::uint8_t inline_[24];
     ElementType type_ = ElementType::bytes;
     bool negative_ = false;
 };

@@ -39,19 +39,47 @@ Word LoadWord(const char* bytes)
     return word;
 }
 
-/// Looks at eight bytes a step, the last step overlapping the one before: most pieces of text take one or two.
+constexpr std::uint64_t highBits = 0x8080808080808080;
+/// Pieces of this size and below are copied and looked at in one step.
+constexpr std::size_t shortPiece = 32;
+
+/// Two words, the second overlapping the first as far as the piece is short of two.
+template <typename Word>
+std::uint64_t CopyTwoWords(char* to, std::string_view piece)
+{
+    const std::size_t second = piece.size() - sizeof(Word);
+    const Word words[] = {LoadWord<Word>(piece.data()), LoadWord<Word>(piece.data() + second)};
+    std::memcpy(to, &words[0], sizeof(Word));
+    std::memcpy(to + second, &words[1], sizeof(Word));
+    return words[0] | words[1];
+}
+
+/// Copies a short piece that is not empty. \return its bytes laid over each other.
+std::uint64_t CopyShort(char* to, std::string_view piece)
+{
+    if (piece.size() > 16) {
+        const std::size_t second = piece.size() - 16;
+        return CopyTwoWords<std::uint64_t>(to, piece.substr(0, 16)) |
+               CopyTwoWords<std::uint64_t>(to + second, piece.substr(second));
+    }
+    if (piece.size() >= 8)
+        return CopyTwoWords<std::uint64_t>(to, piece);
+    if (piece.size() >= 4)
+        return CopyTwoWords<std::uint32_t>(to, piece);
+    if (piece.size() >= 2)
+        return CopyTwoWords<std::uint16_t>(to, piece);
+    *to = piece[0];
+    return static_cast<std::uint8_t>(piece[0]);
+}
+
+/// Looks at eight bytes a step, the last step overlapping the one before.
 bool IsAscii(std::string_view text)
 {
-    constexpr std::uint64_t highBits = 0x8080808080808080;
-    const char* const bytes = text.data();
-    const std::size_t count = text.size();
     std::uint64_t seen = 0;
-    if (count >= 8) {
-        for (std::size_t index = 0; index + 8 < count; index += 8)
-            seen |= LoadWord<std::uint64_t>(bytes + index);
-        seen |= LoadWord<std::uint64_t>(bytes + count - 8);
-    } else if (count >= 4) {
-        seen = LoadWord<std::uint32_t>(bytes) | LoadWord<std::uint32_t>(bytes + count - 4);
+    if (text.size() >= 8) {
+        for (std::size_t index = 0; index + 8 < text.size(); index += 8)
+            seen |= LoadWord<std::uint64_t>(text.data() + index);
+        seen |= LoadWord<std::uint64_t>(text.data() + text.size() - 8);
     } else {
         for (const char byte : text)
             seen |= static_cast<std::uint8_t>(byte);
@@ -186,16 +214,27 @@ CCryptoString& CCryptoString::operator+=(const char* text)
 
 CCryptoString& CCryptoString::append(std::string_view text)
 {
+    if (text.size() > shortPiece || data_.spare() <= text.size()) [[unlikely]]
+        return appendLong(text);
     if (text.empty())
         return *this;
-    const std::uint32_t before = data_.length();
+    auto* const to = reinterpret_cast<char*>(data_.data()) + data_.length();
+    const bool ascii = (CopyShort(to, text) & highBits) == 0;
+    to[text.size()] = 0;
+    data_.lengthen(static_cast<std::uint32_t>(text.size()));
+    return classify(to, text.size(), ascii);
+}
+
+CCryptoString& CCryptoString::appendLong(std::string_view text)
+{
+    if (text.empty())
+        return *this;
     const bool ascii = IsAscii(text);
+    const std::uint32_t before = data_.length();
     // Room for the terminator at once, so that an append grows the buffer at most once.
     data_.append(text, 1);
     data_.data()[data_.length()] = 0;
-    if (!scan_.broken && (scan_.expected != 0 || !ascii))
-        classify(data_.view().substr(before));
-    return *this;
+    return classify(reinterpret_cast<const char*>(data_.data()) + before, text.size(), ascii);
 }
 
 CCryptoString& CCryptoString::appendUtf16(std::u16string_view units)
@@ -236,20 +275,29 @@ void CCryptoString::clear()
     scan_ = {};
 }
 
-void CCryptoString::classify(std::string_view appended)
+CCryptoString& CCryptoString::classify(const char* appended, std::size_t count, bool ascii)
 {
+    if (!scan_.broken && (scan_.expected != 0 || !ascii))
+        scan({appended, count});
+    return *this;
+}
+
+void CCryptoString::scan(std::string_view appended)
+{
+    Scan state = scan_;
     for (const char character : appended) {
         const auto byte = static_cast<std::uint8_t>(character);
-        if (scan_.expected == 0)
-            scan_.expected = static_cast<std::uint8_t>(Utf8ContinuationCount(byte));
+        if (state.expected == 0)
+            state.expected = static_cast<std::uint8_t>(Utf8ContinuationCount(byte));
         else if (!IsUtf8Continuation(byte))
-            scan_.broken = true;
-        else if (--scan_.expected == 0)
-            scan_.complete = true;
-        if (scan_.broken)
+            state.broken = true;
+        else if (--state.expected == 0)
+            state.complete = true;
+        if (state.broken)
             break;
     }
-    const bool utf8 = scan_.complete && scan_.expected == 0 && !scan_.broken;
+    scan_ = state;
+    const bool utf8 = state.complete && state.expected == 0 && !state.broken;
     data_.setType(utf8 ? ElementType::utf8Text : ElementType::text);
 }
 

@@ -98,7 +98,9 @@ private:
         bool broken = false;
     };
 
-    void classify(std::string_view appended);
+    CCryptoString& appendLong(std::string_view text);
+    CCryptoString& classify(const char* appended, std::size_t count, bool ascii);
+    void scan(std::string_view appended);
     void copyBytes(const CCryptoString& other);
 
     // With storage, a zero byte always stands behind the last byte.

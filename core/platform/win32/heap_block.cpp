@@ -1,0 +1,12 @@
+#include "core/platform/heap_block.h"
+
+#include <malloc.h>
+
+namespace platform {
+
+std::size_t HeapBlockSize(void* block)
+{
+    return _msize(block);
+}
+
+} // namespace platform
