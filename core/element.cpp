@@ -16,18 +16,11 @@ constexpr std::uint32_t leastGrowth = 256;
 /// Storage of this size is doubled when it has to grow again.
 constexpr std::uint32_t doubledFrom = 4096;
 
-std::uint32_t SumOf(std::uint32_t length, std::uint32_t more)
-{
-    if (more > UINT32_MAX - length)
-        EndOutOfMemory();
-    return length + more;
-}
-
 } // namespace
 
 element::element(const char* text) : element(text != nullptr ? std::string_view(text) : std::string_view()) {}
 
-element::element(std::string_view text) : element(text.data(), LengthOf(text), ElementType::text) {}
+element::element(std::string_view text) : element(text.data(), LengthOf(text.size()), ElementType::text) {}
 
 element::element(const void* bytes, std::uint32_t length, ElementType type) : type_(type)
 {
@@ -143,7 +136,7 @@ void element::appendGrowing(const void* bytes, std::uint32_t length, std::uint32
     const auto* source = static_cast<const std::uint8_t*>(bytes);
     const bool own = data_ != nullptr && !isBefore(source, data_) && isBefore(source, data_ + length_);
     const std::ptrdiff_t offset = own ? source - data_ : 0;
-    reserve(SumOf(SumOf(length_, length), spare));
+    makeRoom(std::uint64_t{length} + spare);
     if (length != 0)
         std::memmove(data_ + length_, own ? data_ + offset : source, length);
     length_ += length;
@@ -182,7 +175,7 @@ void element::clear()
 
 const char* element::terminate()
 {
-    reserve(SumOf(length_, 1));
+    makeRoom(1);
     data_[length_] = 0;
     return reinterpret_cast<const char*>(data_);
 }

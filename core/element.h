@@ -67,6 +67,8 @@ public:
 
     /// Room behind the last byte.
     std::uint32_t spare() const { return capacity_ - length_; }
+    /// Room for `count` bytes behind the last byte.
+    void makeRoom(std::uint64_t count) { reserve(LengthOf(length_ + count)); }
     /// Counts `count` bytes, at most spare(), that were written behind the last byte.
     void lengthen(std::uint32_t count) { length_ += count; }
     /// Room for `size` bytes in all. A capacity that must grow becomes exactly `size` the first time and
@@ -89,7 +91,7 @@ public:
             length_ += length;
         }
     }
-    void append(std::string_view text, std::uint32_t spare = 0) { append(text.data(), LengthOf(text), spare); }
+    void append(std::string_view text, std::uint32_t spare = 0) { append(text.data(), LengthOf(text.size()), spare); }
     void append(std::uint8_t single) { append(&single, 1); }
     void assign(const void* bytes, std::uint32_t length);
     /// Removes up to `count` bytes from `index` on, and wipes the room they leave.
@@ -123,11 +125,11 @@ public:
 private:
     static constexpr std::uint32_t longestLength = 0xFFFFFFFF;
 
-    static std::uint32_t LengthOf(std::string_view text)
+    static std::uint32_t LengthOf(std::uint64_t length)
     {
-        if (text.size() > longestLength) [[unlikely]]
+        if (length > longestLength) [[unlikely]]
             EndTooLong();
-        return static_cast<std::uint32_t>(text.size());
+        return static_cast<std::uint32_t>(length);
     }
     [[noreturn]] static void EndTooLong();
 

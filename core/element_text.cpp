@@ -189,15 +189,12 @@ element element::FromUtf16(const char16_t* units, std::uint32_t count)
     element text(ElementType::text);
     if (units == nullptr)
         return text;
-    text.reserve(count);
-    for (std::uint32_t index = 0; index < count; ++index) {
-        std::uint32_t codePoint = units[index];
-        if (IsHighSurrogate(codePoint) && index + 1 < count && IsLowSurrogate(units[index + 1]))
-            codePoint = 0x10000 + ((codePoint - 0xD800) << 10) + (units[++index] - 0xDC00u);
-        EncodeUtf8(codePoint, text);
-        if (codePoint >= 0x80)
-            text.setType(ElementType::utf8Text);
-    }
+    const std::uint64_t length = Utf8Length({units, count});
+    if (length > count)
+        text.setType(ElementType::utf8Text);
+    text.reserve(LengthOf(length));
+    EncodeUtf8({units, count}, text.data());
+    text.lengthen(static_cast<std::uint32_t>(length));
     return text;
 }
 

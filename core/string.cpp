@@ -1,6 +1,5 @@
 #include "core/string.h"
 
-#include "core/platform/secure_wipe.h"
 #include "core/stream.h"
 #include "core/utf8.h"
 
@@ -239,26 +238,15 @@ CCryptoString& CCryptoString::appendLong(std::string_view text)
 
 CCryptoString& CCryptoString::appendUtf16(std::u16string_view units)
 {
-    char piece[256];
-    std::size_t used = 0;
-    const std::size_t largest = std::min(sizeof piece, units.size() * 3);
-    for (std::size_t index = 0; index < units.size(); ++index) {
-        std::uint32_t codePoint = units[index];
-        if (codePoint < 0x80) {
-            piece[used++] = static_cast<char>(codePoint);
-        } else {
-            if (IsHighSurrogate(codePoint) && index + 1 < units.size() && IsLowSurrogate(units[index + 1]))
-                codePoint = 0x10000 + ((codePoint - 0xD800) << 10) + (units[++index] - 0xDC00u);
-            used += EncodeUtf8(codePoint, reinterpret_cast<std::uint8_t*>(piece + used));
-        }
-        if (used > sizeof piece - 4) {
-            append({piece, used});
-            used = 0;
-        }
-    }
-    append({piece, used});
-    platform::SecureWipe(piece, largest);
-    return *this;
+    if (units.empty())
+        return *this;
+    const std::uint64_t length = Utf8Length(units);
+    data_.makeRoom(length + 1);
+    std::uint8_t* const to = data_.data() + data_.length();
+    EncodeUtf8(units, to);
+    to[length] = 0;
+    data_.lengthen(static_cast<std::uint32_t>(length));
+    return classify(reinterpret_cast<const char*>(to), length, length == units.size());
 }
 
 const char* CCryptoString::c_str() const

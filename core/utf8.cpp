@@ -1,5 +1,7 @@
 #include "core/utf8.h"
 
+#include <cstring>
+
 std::uint32_t EncodeUtf8(std::uint32_t codePoint, std::uint8_t* bytes)
 {
     if (codePoint < 0x80) {
@@ -12,6 +14,41 @@ std::uint32_t EncodeUtf8(std::uint32_t codePoint, std::uint8_t* bytes)
     for (std::uint32_t index = 1; index <= continuations; ++index)
         bytes[index] = static_cast<std::uint8_t>(0x80 | (codePoint >> (6 * (continuations - index)) & 0x3F));
     return continuations + 1;
+}
+
+std::uint64_t Utf8Length(std::u16string_view units)
+{
+    std::uint64_t length = units.size();
+    for (const char16_t unit : units)
+        length += (unit >= 0x80 ? 1u : 0u) + (unit >= 0x800 ? 1u : 0u);
+    // A pair takes four bytes, its halves by themselves three each.
+    for (std::size_t index = 1; index < units.size(); ++index) {
+        if (IsHighSurrogate(units[index - 1]) && IsLowSurrogate(units[index]))
+            length -= 2;
+    }
+    return length;
+}
+
+void EncodeUtf8(std::u16string_view units, std::uint8_t* bytes)
+{
+    constexpr std::uint64_t aboveAscii = 0xFF80FF80FF80FF80;
+    std::size_t index = 0;
+    while (index < units.size()) {
+        // Four units of ASCII at a time: names are mostly that.
+        for (std::uint64_t four = 0; index + 4 <= units.size(); index += 4) {
+            std::memcpy(&four, units.data() + index, sizeof four);
+            if ((four & aboveAscii) != 0)
+                break;
+            for (std::size_t unit = 0; unit < 4; ++unit)
+                *bytes++ = static_cast<std::uint8_t>(units[index + unit]);
+        }
+        if (index == units.size())
+            return;
+        std::uint32_t codePoint = units[index++];
+        if (IsHighSurrogate(codePoint) && index < units.size() && IsLowSurrogate(units[index]))
+            codePoint = 0x10000 + ((codePoint - 0xD800) << 10) + (units[index++] - 0xDC00u);
+        bytes += EncodeUtf8(codePoint, bytes);
+    }
 }
 
 bool EncodeUtf8(std::uint32_t codePoint, element& target)

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 /// The largest code point that four UTF-8 bytes can carry, beyond what Unicode assigns.
 constexpr std::uint32_t largestUtf8CodePoint = 0x1FFFFF;
@@ -42,6 +43,12 @@ std::uint32_t EncodeUtf8(std::uint32_t codePoint, std::uint8_t* bytes);
 
 /// Appends one to four bytes. Surrogates are encoded like any other value. \return false, nothing appended, above 0x1FFFFF.
 bool EncodeUtf8(std::uint32_t codePoint, element& target);
+
+/// How many bytes `units` take in UTF-8.
+std::uint64_t Utf8Length(std::u16string_view units);
+
+/// Writes `units` to Utf8Length(units) bytes. A surrogate without its partner becomes a sequence of its own.
+void EncodeUtf8(std::u16string_view units, std::uint8_t* bytes);
 
 /// Reads the character at the start of `bytes`; overlong forms are accepted.
 /// \return the number of bytes it takes, 0 when they are no complete character.
