@@ -56,7 +56,8 @@ bool CCryptoCS::enter(LockMode mode)
     if (!makeReady())
         return false;
     if (!section_.tryEnter()) {
-        reportOwner(mode == LockMode::blocking ? "Blocking" : "Skipping");
+        if (mode != LockMode::quiet)
+            reportOwner(mode == LockMode::blocking ? "Blocking" : "Skipping");
         if (mode == LockMode::trying)
             return false;
         section_.enter();

@@ -36,12 +36,7 @@ std::string ErrorText(std::uint32_t code)
     }
     if (text.size() > 2 && text.ends_with("\r\n"))
         text.resize(text.size() - 2);
-    if (text.size() > longestSystemText) {
-        std::size_t end = longestSystemText;
-        while (end > 0 && IsUtf8Continuation(static_cast<std::uint8_t>(text[end])))
-            --end;
-        text.resize(end);
-    }
+    text.resize(Utf8Prefix(text, longestSystemText).size());
     return text;
 }
 

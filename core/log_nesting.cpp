@@ -38,14 +38,14 @@ std::uint32_t& DepthOfThisThread(NestingTable& table)
 std::uint32_t EnterOperation()
 {
     NestingTable& table = Table();
-    const CCryptoCSLock lock(&table.guard);
+    const CCryptoCSLock lock(&table.guard, LockMode::quiet);
     return std::min(DepthOfThisThread(table)++, deepest);
 }
 
 void LeaveOperation()
 {
     NestingTable& table = Table();
-    const CCryptoCSLock lock(&table.guard);
+    const CCryptoCSLock lock(&table.guard, LockMode::quiet);
     // An operation that outlives the log finds its counter forgotten.
     if (!table.depths)
         return;
@@ -56,7 +56,7 @@ void LeaveOperation()
 void ForgetNesting()
 {
     NestingTable& table = Table();
-    const CCryptoCSLock lock(&table.guard);
+    const CCryptoCSLock lock(&table.guard, LockMode::quiet);
     table.depths.reset();
 }
 

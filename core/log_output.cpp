@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::size_t longestTag = 19;
 constexpr std::uint32_t patienceMilliseconds = 1000;
+constexpr std::uint32_t patienceWithBusyFile = 10;
 
 } // namespace
 
@@ -53,8 +54,12 @@ void LogOutput::append(std::string_view line)
 {
     openMutex();
     const bool guarded = mutex_.isOpen();
-    if (guarded && !mutex_.lock(patienceMilliseconds))
-        return;
+    if (guarded) {
+        const bool had = mutex_.lock(busy_ ? patienceWithBusyFile : patienceMilliseconds);
+        busy_ = !had;
+        if (!had)
+            return;
+    }
     {
         platform::File file;
         if (file.open(settings_.filePerThread ? threadPath().c_str() : settings_.path.c_str(), platform::FileMode::append))

@@ -2,6 +2,7 @@
 
 #include "core/platform/named_mutex.h"
 
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <string>
@@ -36,7 +37,8 @@ public:
     void openMutex();
 
     /// Hands the line to the callback and appends it to the file. A file that stays busy for a second loses the line, and so does
-    /// one that cannot be written. Where the system has no mutex to give, the line is appended unguarded.
+    /// one that cannot be written; until it is free again, the lines after that one wait a hundredth of the time, so that a program
+    /// that holds the file does not hold up this one. Where the system has no mutex to give, the line is appended unguarded.
     void deliver(LogLine& line);
 
 private:
@@ -47,6 +49,7 @@ private:
     Settings settings_;
     std::mutex opening_;
     platform::NamedMutex mutex_;
+    std::atomic<bool> busy_{false};
     std::mutex calling_;
     std::vector<std::uint32_t> threadsInCallback_;
 };

@@ -5,9 +5,17 @@
 #include "core/log_nesting.h"
 #include "core/log_settings.h"
 #include "core/platform/process.h"
+#include "core/utf8.h"
 
 #include <memory>
 #include <string>
+
+namespace {
+
+constexpr std::size_t longestPath = 128;
+constexpr std::size_t longestCommandLine = 200;
+
+} // namespace
 
 CCryptoProcessLogger::CCryptoProcessLogger(LogCallback callback, const char* settingsName, const char* tag)
     : CCryptoAutoLogger("", 3)
@@ -42,14 +50,20 @@ void CCryptoProcessLogger::writeBegin()
     std::string program;
     std::uint32_t error = 0;
     if (platform::HostExecutablePath(program, error))
-        WriteLog("Module file name: %.128s", program.c_str());
+        writeBeginning("Module file name", program, longestPath);
     else
         WriteLog("GetModuleFileName query failed: %08X", static_cast<unsigned>(error));
 
     const std::string directory = platform::CurrentDirectory();
     if (!directory.empty())
-        WriteLog("Current directory: %.128s", directory.c_str());
-    WriteLog("Command line: %.200s", platform::CommandLine().c_str());
+        writeBeginning("Current directory", directory, longestPath);
+    writeBeginning("Command line", platform::CommandLine(), longestCommandLine);
+}
+
+void CCryptoProcessLogger::writeBeginning(const char* what, std::string_view text, std::size_t most)
+{
+    const std::string_view beginning = Utf8Prefix(text, most);
+    WriteLog("%s: %.*s", what, static_cast<int>(beginning.size()), beginning.data());
 }
 
 void CCryptoProcessLogger::ReadLogSettings(const char* settingsName, const char* directory)

@@ -20,4 +20,6 @@ public:
 
 private:
     void writeBegin();
+    /// One line of `what` and at most `most` bytes of the text.
+    void writeBeginning(const char* what, std::string_view text, std::size_t most);
 };

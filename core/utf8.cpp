@@ -16,6 +16,17 @@ std::uint32_t EncodeUtf8(std::uint32_t codePoint, std::uint8_t* bytes)
     return continuations + 1;
 }
 
+std::string_view Utf8Prefix(std::string_view text, std::size_t most)
+{
+    if (text.size() <= most)
+        return text;
+    std::size_t end = most;
+    while (end > 0 && most - end < 3 && IsUtf8Continuation(static_cast<std::uint8_t>(text[end])))
+        --end;
+    // More continuation bytes than a character has belong to none.
+    return text.substr(0, IsUtf8Continuation(static_cast<std::uint8_t>(text[end])) ? most : end);
+}
+
 std::uint64_t Utf8Length(std::u16string_view units)
 {
     std::uint64_t length = units.size();

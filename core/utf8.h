@@ -44,6 +44,9 @@ std::uint32_t EncodeUtf8(std::uint32_t codePoint, std::uint8_t* bytes);
 /// Appends one to four bytes. Surrogates are encoded like any other value. \return false, nothing appended, above 0x1FFFFF.
 bool EncodeUtf8(std::uint32_t codePoint, element& target);
 
+/// The first `most` bytes of `text`, or up to three fewer so that no character is cut.
+std::string_view Utf8Prefix(std::string_view text, std::size_t most);
+
 /// How many bytes `units` take in UTF-8.
 std::uint64_t Utf8Length(std::u16string_view units);
 

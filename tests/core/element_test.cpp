@@ -48,6 +48,22 @@ TEST(Element, KeepsTypeSignAndBytesThroughCopyMoveAndAssignment)
     EXPECT_FALSE(moved == copy);
 }
 
+TEST(Element, MovesBytesInsideAndOutsideOfItself)
+{
+    for (const std::uint32_t length : {0u, 1u, 23u, 24u, 25u, 5000u}) {
+        SCOPED_TRACE(length);
+        const std::string bytes(length, 'x');
+        element source(bytes.data(), length);
+        element constructed = std::move(source);
+        element assigned("what it held before, longer than fits inside");
+        assigned = std::move(constructed);
+        EXPECT_TRUE(source.isEmpty() && constructed.isEmpty());
+        EXPECT_EQ(assigned.view(), bytes);
+        source.append(assigned.view());
+        EXPECT_EQ(source.view(), bytes);
+    }
+}
+
 TEST(Element, ErasesFromTheMiddleAndReadsPastTheEndAsZero)
 {
     element bytes("abcdef", 6);

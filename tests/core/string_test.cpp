@@ -3,6 +3,7 @@
 #include "core/stream.h"
 #include "core/string.h"
 #include "core/string_array.h"
+#include "core/utf8.h"
 
 #include <gtest/gtest.h>
 
@@ -314,6 +315,50 @@ TEST(Base64Url, IsPaddedAndTranslated)
     EXPECT_EQ(CCryptoConvert::base64url_decode("-_-_").view(), "\xFB\xFF\xBF");
     EXPECT_EQ(CCryptoConvert::base64url_decode("YWE").view(), "aa");
     EXPECT_EQ(CCryptoConvert::base64url_decode("YWFhY").view(), "aaa");
+}
+
+TEST(StringAppend, TakesPiecesOfEveryLengthWhereverTheyAreNotAscii)
+{
+    for (std::size_t length = 0; length <= 40; ++length) {
+        // Past the end stands for a piece without such a character.
+        for (std::size_t position = 0; position < length + 2; ++position) {
+            SCOPED_TRACE(testing::Message() << length << " bytes, beyond ASCII at " << position);
+            std::string piece(length, 'a');
+            const bool beyond = position + 1 < length;
+            if (beyond)
+                piece.replace(position, 2, "\xC3\xA4");
+            CCryptoString text("b");
+            text.append(piece).append(piece);
+            EXPECT_EQ(text.view(), "b" + piece + piece);
+            EXPECT_EQ(std::strlen(text.c_str()), 2 * length + 1);
+            EXPECT_EQ(text.kind(), beyond ? TextKind::Utf8 : TextKind::Plain);
+            std::u16string units(length, u'a');
+            if (beyond)
+                units[position] = u'\u00E4';
+            const CCryptoString converted = CCryptoString::FromUtf16(units.data(), static_cast<std::uint32_t>(length));
+            const std::string expected = beyond ? piece + "a" : piece;
+            EXPECT_EQ(converted.view(), expected);
+            EXPECT_EQ(converted.kind(), beyond ? TextKind::Utf8 : TextKind::Plain);
+        }
+    }
+}
+
+TEST(Utf8Prefix, CutsNoCharacter)
+{
+    const struct {
+        std::string_view text;
+        std::size_t most;
+        std::string_view prefix;
+    } cases[] = {
+        {"abc", 3, "abc"},
+        {"abc", 2, "ab"},
+        {"a\xC3\xA4", 2, "a"},
+        {"\xF0\x9F\x98\x80z", 3, ""},
+        {"\xF0\x9F\x98\x80z", 4, "\xF0\x9F\x98\x80"},
+        {"\x80\x80\x80\x80\x80\x80", 5, "\x80\x80\x80\x80\x80"},
+    };
+    for (const auto& [text, most, prefix] : cases)
+        EXPECT_EQ(Utf8Prefix(text, most), prefix) << text << " to " << most;
 }
 
 } // namespace

@@ -114,9 +114,12 @@ bool UseHandler(const Arguments& arguments, Report& report)
         report.item(ReadItem(menu.get(), position + i, *handler.get()));
 
     if (arguments.show) {
-        const UINT chosen = ShowMenu(menu.get(), arguments.files, arguments.showSeconds, [&] { report.remark("shown"); });
-        if (chosen >= firstIdentifier && chosen <= lastIdentifier)
-            return !failed("InvokeCommand", Invoke(*handler.get(), chosen - firstIdentifier));
+        const std::optional<UINT> chosen =
+            ShowMenu(menu.get(), arguments.files, arguments.showSeconds, [&] { report.remark("shown"); });
+        if (!chosen)
+            return !failed("CreateWindow", HRESULT_FROM_WIN32(GetLastError()));
+        if (*chosen >= firstIdentifier && *chosen <= lastIdentifier)
+            return !failed("InvokeCommand", Invoke(*handler.get(), *chosen - firstIdentifier));
     } else if (arguments.invoke && added > 0) {
         return !failed("InvokeCommand", Invoke(*handler.get(), 0));
     }

@@ -150,7 +150,7 @@ UINT AddExplorerItems(HMENU menu)
     return position;
 }
 
-UINT ShowMenu(HMENU menu, const std::vector<std::wstring>& files, UINT seconds, const std::function<void()>& shown)
+std::optional<UINT> ShowMenu(HMENU menu, const std::vector<std::wstring>& files, UINT seconds, const std::function<void()>& shown)
 {
     const HINSTANCE program = GetModuleHandleW(nullptr);
     WNDCLASSW description = {};
@@ -165,7 +165,7 @@ UINT ShowMenu(HMENU menu, const std::vector<std::wstring>& files, UINT seconds, 
     const HWND window =
         CreateWindowW(windowClass, L"Documents", WS_OVERLAPPEDWINDOW, 80, 60, 560, 420, nullptr, nullptr, program, &state);
     if (window == nullptr)
-        return 0;
+        return std::nullopt;
     ShowWindow(window, SW_SHOW);
     SetForegroundWindow(window);
     UpdateWindow(window);
