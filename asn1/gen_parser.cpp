@@ -1,9 +1,9 @@
 #include "asn1/gen_parser.h"
 
+#include "asn1/syntax_error.h"
 #include "core/auto_logger.h"
 #include "core/file.h"
 
-#include <cstdio>
 #include <utility>
 
 namespace {
@@ -86,6 +86,11 @@ ElementNodePtr CCryptoGENParser::Parse(std::string_view text)
     return first;
 }
 
+ElementNodePtr CCryptoGENParser::TryParse(std::string_view text)
+{
+    return parseText(text);
+}
+
 ElementNodePtr CCryptoGENParser::parseText(std::string_view text)
 {
     CCryptoLexicalAnalyzer lexer(text);
@@ -108,26 +113,20 @@ bool CCryptoGENParser::advance()
 
 bool CCryptoGENParser::fail(const CCryptoString& message)
 {
-    char place[48];
-    std::snprintf(place, sizeof place, "; row=%u,col=%u", lexer_->row(), lexer_->column());
-    reason_ = message + place;
+    reason_ = AtPlaceOf(*lexer_, message);
     return false;
 }
 
 bool CCryptoGENParser::unexpected()
 {
-    const char* const text = TokenText(lookAhead_.type());
-    if (text == nullptr)
-        return fail("Parsing failed; Token not expected?");
-    char message[96];
-    std::snprintf(message, sizeof message, "Parsing failed; Token not expected: %s (token=%d)", text,
-                  static_cast<int>(lookAhead_.type()));
-    return fail(message);
+    reason_ = NotExpected(*lexer_, lookAhead_);
+    return false;
 }
 
 bool CCryptoGENParser::parseNested(const CCryptoGENClosure& closure, List& list)
 {
-    if (nesting_ >= deepestNesting)
+    // The items themselves are no nesting.
+    if (nesting_ > deepestNesting)
         return fail("Parsing failed; More than 128 levels of nesting");
     const Nested nested(nesting_);
     while (!closure.contains(lookAhead_.type())) {

@@ -31,6 +31,8 @@ public:
 
     /// \return the first item with the others as its siblings, an empty node for text without items; null, logged, on failure.
     ElementNodePtr Parse(std::string_view text);
+    /// The same for text that may well be none: nothing is logged.
+    ElementNodePtr TryParse(std::string_view text);
 
 private:
     struct List;

@@ -31,3 +31,8 @@ bool BytesFromHex(std::string_view digits, element& bytes)
     }
     return true;
 }
+
+CCryptoString HexText(std::span<const std::uint8_t> bytes)
+{
+    return element(bytes.data(), static_cast<std::uint32_t>(bytes.size())).toString();
+}

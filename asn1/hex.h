@@ -1,8 +1,10 @@
 #pragma once
 
 #include "core/element.h"
+#include "core/string.h"
 
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 constexpr bool IsHexDigit(char character)
@@ -16,3 +18,6 @@ bool HexByte(std::string_view digits, std::uint8_t& byte);
 
 /// The bytes of an even number of digits. \return false, `bytes` empty, for anything else.
 bool BytesFromHex(std::string_view digits, element& bytes);
+
+/// Two lower-case digits a byte.
+CCryptoString HexText(std::span<const std::uint8_t> bytes);
