@@ -104,7 +104,7 @@ bool EndsOperand(ElementType type)
 
 } // namespace
 
-CCryptoLexicalAnalyzer::CCryptoLexicalAnalyzer(std::string_view text) : text_(text)
+CCryptoLexicalAnalyzer::CCryptoLexicalAnalyzer(std::string_view text, LexicalMode mode) : mode_(mode), text_(text)
 {
     const bool bigEndian = text.starts_with(utf16BigEndianMark);
     if (bigEndian || text.starts_with(utf16LittleEndianMark)) {
@@ -149,6 +149,20 @@ void CCryptoLexicalAnalyzer::skipBlanksAndComments()
 }
 
 bool CCryptoLexicalAnalyzer::scan(element& token)
+{
+    if (text_.size() > UINT32_MAX)
+        return fail("Unknown error");
+    switch (mode_) {
+    case LexicalMode::json:
+        return scanJson(token);
+    case LexicalMode::xml:
+        return scanXml(token);
+    default:
+        return scanTemplate(token);
+    }
+}
+
+bool CCryptoLexicalAnalyzer::scanTemplate(element& token)
 {
     skipBlanksAndComments();
     notePlace();

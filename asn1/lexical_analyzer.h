@@ -6,14 +6,31 @@
 #include <cstdint>
 #include <string_view>
 
-/// Splits template text into tokens, each an `element`: words (a keyword's own code, or an identifier), numbers, strings, "#" runs
-/// of hexadecimal digits, punctuation and operators. White space and comments are passed over.
+/// The notation that an analyzer reads.
+enum class LexicalMode { templateText, json, xml };
+
+/// Tokens that only markup has, numbered behind those of the tree.
+namespace markup {
+constexpr auto startTag = static_cast<ElementType>(91);    ///< "<name"; the token's bytes are the name
+constexpr auto emptyTagEnd = static_cast<ElementType>(92); ///< "/>"
+constexpr auto endTag = static_cast<ElementType>(93);      ///< "</name>"; the bytes are the name
+} // namespace markup
+
+/// Splits text into tokens, each an `element`.
+///
+/// - Template text gives words (a keyword's own code, or an identifier), numbers, strings, "#" runs of hexadecimal digits,
+///   punctuation and operators; white space and comments are passed over. docs/template-language.md describes the notation.
+/// - JSON (RFC 8259) gives punctuation, strings as text or utf8Text, integers (negative ones in two's complement), other numbers as
+///   characterData, truth and null.
+/// - XML 1.0 gives startTag, then for each attribute an identifier, "=" and text, then ">" or emptyTagEnd; endTag; and
+/// characterData
+///   with its references resolved, a CDATA section as one of its own. Comments, processing instructions, declarations and the
+///   document type are passed over; no entity but the five of XML is known, and nothing external is read.
 ///
 /// The text is UTF-8, or UTF-16 behind its byte order mark; it is not copied unless it is UTF-16, and must outlive the analyzer.
-/// docs/template-language.md describes the notation.
 class CCryptoLexicalAnalyzer {
 public:
-    explicit CCryptoLexicalAnalyzer(std::string_view text);
+    explicit CCryptoLexicalAnalyzer(std::string_view text, LexicalMode mode = LexicalMode::templateText);
     CCryptoLexicalAnalyzer(const CCryptoLexicalAnalyzer&) = delete;
     CCryptoLexicalAnalyzer& operator=(const CCryptoLexicalAnalyzer&) = delete;
 
@@ -36,7 +53,9 @@ private:
     bool atEnd() const { return position_ >= text_.size(); }
     char current() const { return atEnd() ? '\0' : text_[position_]; }
     char following() const { return position_ + 1 < text_.size() ? text_[position_ + 1] : '\0'; }
+    bool lookingAt(std::string_view text) const { return text_.substr(position_).starts_with(text); }
     void skipBlanksAndComments();
+    bool scanTemplate(element& token);
     void notePlace();
 
     bool scanWord(element& token);
@@ -48,6 +67,26 @@ private:
     bool readEscape(element& text);
     bool fail(const char* what);
 
+    void skipXmlBlanks();
+    bool scanJson(element& token);
+    bool scanJsonString(element& token);
+    bool scanJsonEscape(element& text);
+    bool scanJsonUnit(std::uint32_t& unit);
+    bool scanJsonNumber(element& token);
+    bool scanJsonWord(element& token);
+
+    bool scanXml(element& token);
+    bool scanXmlTag(element& token);
+    bool scanXmlAttributes(element& token);
+    bool scanXmlAttributeValue(element& token);
+    bool scanXmlText(element& token);
+    bool scanXmlReference(element& text);
+    bool scanXmlCharacters(std::size_t end, bool isAttribute, element& text);
+    bool scanXmlSection(element& token);
+    bool skipXmlMarkup(bool& skipped);
+    bool skipXmlDocumentType();
+
+    LexicalMode mode_;
     element converted_;
     std::string_view text_;
     std::size_t position_ = 0;
@@ -56,8 +95,12 @@ private:
     std::uint32_t column_ = 1;
     bool expression_ = false;
     bool valueFollows_ = true; ///< a "-" in front of a digit is its sign
+    bool insideTag_ = false;   ///< of XML: attributes follow
     CCryptoString reason_;
 };
+
+/// Whether all of the text is one JSON number.
+bool IsJsonNumber(std::string_view text);
 
 /// The code of a keyword, exactly as it is spelled; `identifier` for any other word.
 ElementType KeywordType(std::string_view word);

@@ -5,6 +5,8 @@
 #include "asn1/parser_search.h"
 #include "asn1/push_ascii_buffer.h"
 #include "asn1/push_der_buffer.h"
+#include "asn1/push_json_buffer.h"
+#include "asn1/push_xml_buffer.h"
 #include "asn1/template_cache.h"
 #include "asn1/template_match.h"
 #include "core/auto_logger.h"
@@ -194,8 +196,28 @@ element CCryptoParser::ToDer(const elementNode* node)
     return buffer.Push(node) ? buffer.takeBuffer() : element();
 }
 
+namespace {
+
+template <typename Buffer>
+CCryptoString TextOf(const elementNode* node)
+{
+    Buffer buffer;
+    return buffer.Push(node) ? CCryptoString(buffer.buffer().view()) : CCryptoString();
+}
+
+} // namespace
+
 CCryptoString CCryptoParser::ToText(const elementNode* node)
 {
-    CPushAsciiBuffer buffer;
-    return buffer.Push(node) ? CCryptoString(buffer.buffer().view()) : CCryptoString();
+    return TextOf<CPushAsciiBuffer>(node);
+}
+
+CCryptoString CCryptoParser::ToJson(const elementNode* node)
+{
+    return TextOf<CPushJSONBuffer>(node);
+}
+
+CCryptoString CCryptoParser::ToXml(const elementNode* node)
+{
+    return TextOf<CPushXmlBuffer>(node);
 }

@@ -23,6 +23,8 @@ public:
 
     bool Load_ASCII_File(const CCryptoString& name);
     bool Load_DER_File(const CCryptoString& name, const DerOptions& options = {});
+    bool Load_JSON_File(const CCryptoString& name);
+    bool Load_XML_File(const CCryptoString& name);
     /// One value element, the file's bytes, under a fresh root.
     bool Load_RAW_File(const CCryptoString& name);
     /// The file's bytes; null, logged, when it cannot be read.
@@ -30,19 +32,30 @@ public:
 
     bool Load_ASCII_Memory(std::string_view text);
     bool Load_DER_Memory(const element& der, const DerOptions& options = {});
+    bool Load_JSON_Memory(std::string_view text);
+    bool Load_XML_Memory(std::string_view text);
 
     bool Save_ASCII_File(const CCryptoString& name) const;
     static bool Save_ASCII_File(const CCryptoString& name, const elementNode* node);
     bool Save_DER_File(const CCryptoString& name) const;
     static bool Save_DER_File(const CCryptoString& name, const elementNode* node);
+    bool Save_JSON_File(const CCryptoString& name) const;
+    static bool Save_JSON_File(const CCryptoString& name, const elementNode* node);
+    bool Save_XML_File(const CCryptoString& name) const;
+    static bool Save_XML_File(const CCryptoString& name, const elementNode* node);
     /// The bytes of the root's value.
     bool Save_RAW_File(const CCryptoString& name) const;
 
-    /// The tree, or the list that begins at `node`, as DER or template text; empty, logged, when it cannot be written so.
+    /// The tree, or the list that begins at `node`, as DER, template text, JSON or XML; empty, logged, when it cannot be written
+    /// so.
     element ToDer() const { return ToDer(root_.get()); }
     static element ToDer(const elementNode* node);
     CCryptoString ToText() const { return ToText(root_.get()); }
     static CCryptoString ToText(const elementNode* node);
+    CCryptoString ToJson() const { return ToJson(root_.get()); }
+    static CCryptoString ToJson(const elementNode* node);
+    CCryptoString ToXml() const { return ToXml(root_.get()); }
+    static CCryptoString ToXml(const elementNode* node);
 
     /// Destroys `node` without its siblings, which close the gap. \return false, logged, for a node of another tree.
     bool remove_node(elementNode* node);

@@ -1,5 +1,7 @@
 #include "asn1/gen_parser.h"
+#include "asn1/json_parser.h"
 #include "asn1/parser.h"
+#include "asn1/xml_parser.h"
 #include "core/auto_logger.h"
 #include "core/file.h"
 #include "core/settings.h"
@@ -28,6 +30,11 @@ bool WriteFile(const CCryptoString& name, const element& content, CCryptoAutoLog
     return written ? logger.setResult(true) : logger.setRetValue(3, false, "%s cannot be written", name.c_str());
 }
 
+bool WriteText(const CCryptoString& name, const CCryptoString& text, CCryptoAutoLogger& logger)
+{
+    return text.isEmpty() ? logger.setRetValue(3, false, "There is no tree to save") : WriteFile(name, text.data(), logger);
+}
+
 /// The folder of included templates, from the setting "includePath"; empty without settings.
 CCryptoString IncludePath()
 {
@@ -51,6 +58,22 @@ bool CCryptoParser::Load_DER_File(const CCryptoString& name, const DerOptions& o
     clear();
     element der;
     return ReadFile(name, der, logger) && logger.setResult(Load_DER_Memory(der, options));
+}
+
+bool CCryptoParser::Load_JSON_File(const CCryptoString& name)
+{
+    CCryptoAutoLogger logger("CCryptoParser::Load_JSON_File", 0, "filename=%s", name.c_str());
+    clear();
+    element text;
+    return ReadFile(name, text, logger) && logger.setResult(Load_JSON_Memory(text.view()));
+}
+
+bool CCryptoParser::Load_XML_File(const CCryptoString& name)
+{
+    CCryptoAutoLogger logger("CCryptoParser::Load_XML_File", 0, "filename=%s", name.c_str());
+    clear();
+    element text;
+    return ReadFile(name, text, logger) && logger.setResult(Load_XML_Memory(text.view()));
 }
 
 bool CCryptoParser::Load_RAW_File(const CCryptoString& name)
@@ -87,6 +110,18 @@ bool CCryptoParser::Load_DER_Memory(const element& der, const DerOptions& option
     return !isEmpty();
 }
 
+bool CCryptoParser::Load_JSON_Memory(std::string_view text)
+{
+    setRoot(CCryptoJSONParser().Parse(text));
+    return !isEmpty();
+}
+
+bool CCryptoParser::Load_XML_Memory(std::string_view text)
+{
+    setRoot(CCryptoXMLParser().Parse(text));
+    return !isEmpty();
+}
+
 bool CCryptoParser::Save_ASCII_File(const CCryptoString& name) const
 {
     return Save_ASCII_File(name, root());
@@ -95,10 +130,29 @@ bool CCryptoParser::Save_ASCII_File(const CCryptoString& name) const
 bool CCryptoParser::Save_ASCII_File(const CCryptoString& name, const elementNode* node)
 {
     CCryptoAutoLogger logger("CCryptoParser::Save_ASCII_File", 0, "filename=%s", name.c_str());
-    const CCryptoString text = ToText(node);
-    if (text.isEmpty())
-        return logger.setRetValue(3, false, "There is no tree to save");
-    return WriteFile(name, text.data(), logger);
+    return WriteText(name, ToText(node), logger);
+}
+
+bool CCryptoParser::Save_JSON_File(const CCryptoString& name) const
+{
+    return Save_JSON_File(name, root());
+}
+
+bool CCryptoParser::Save_JSON_File(const CCryptoString& name, const elementNode* node)
+{
+    CCryptoAutoLogger logger("CCryptoParser::Save_JSON_File", 0, "filename=%s", name.c_str());
+    return WriteText(name, ToJson(node), logger);
+}
+
+bool CCryptoParser::Save_XML_File(const CCryptoString& name) const
+{
+    return Save_XML_File(name, root());
+}
+
+bool CCryptoParser::Save_XML_File(const CCryptoString& name, const elementNode* node)
+{
+    CCryptoAutoLogger logger("CCryptoParser::Save_XML_File", 0, "filename=%s", name.c_str());
+    return WriteText(name, ToXml(node), logger);
 }
 
 bool CCryptoParser::Save_DER_File(const CCryptoString& name) const

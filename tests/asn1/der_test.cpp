@@ -127,16 +127,20 @@ TEST(DerDecode, TakesAMillionSiblingsInConstantStack)
     EXPECT_TRUE(copy.ToDer().view() == der.view());
 }
 
-/// DER, as text and back, and with what lies inside strings decoded: the same bytes each time.
+/// DER, as template text, JSON and XML and back, and with what lies inside strings decoded: the same bytes each time.
 void ExpectRoundTrips(const element& der)
 {
-    for (const DerOptions& options : {strict, inside}) {
+    for (const DerOptions& options : {strict, inside, lenient}) {
         CCryptoParser parser;
         ASSERT_TRUE(parser.Load_DER_Memory(der, options));
         EXPECT_TRUE(parser.ToDer().view() == der.view());
         CCryptoParser again;
         ASSERT_TRUE(again.Load_ASCII_Memory(parser.ToText().view()));
-        EXPECT_TRUE(again.ToDer().view() == der.view());
+        EXPECT_TRUE(again.ToDer().view() == der.view()) << parser.ToText().c_str();
+        ASSERT_TRUE(again.Load_JSON_Memory(parser.ToJson().view())) << parser.ToJson().c_str();
+        EXPECT_TRUE(again.ToDer().view() == der.view()) << parser.ToJson().c_str();
+        ASSERT_TRUE(again.Load_XML_Memory(parser.ToXml().view())) << parser.ToXml().c_str();
+        EXPECT_TRUE(again.ToDer().view() == der.view()) << parser.ToXml().c_str();
     }
 }
 
@@ -157,6 +161,16 @@ TEST(DerRoundTrip, ValuesThatTextCouldChange)
         "\x06\x02\x88\x37",                 // 2.999
         "\x01\x01\xFF",
         "\x30\x00\xA0\x00\x04\x00\x03\x00"sv,
+        "\x02\x01\x01\x02\x01\x02", // two roots
+        "\x04\x05#00ff",            // looks like bytes,
+        "\x04\x07\\'text'",         // an escape and quotes,
+        "\x04\x02  ",               // blanks,
+        "\x04\x03]]>",              // the end of a section,
+        "\x04\x02"
+        "12",                     // a number,
+        "\x04\x04null\x0C\x00"sv, // a word; empty text
+        "\x04\x04\xE2\x82\xAC\r",
+        "\x0C\x04\xF0\x9F\x98\x80\x0C\x02\xC3\x28\x0C\x03\xED\xA0\x80\x0C\x03\xEF\xBF\xBF",
     };
     for (const std::string_view each : cases) {
         SCOPED_TRACE(testing::PrintToString(each));

@@ -1,0 +1,203 @@
+#include "asn1/json_parser.h"
+
+#include "asn1/der_analyzer.h"
+#include "asn1/item_notation.h"
+#include "asn1/json_tree.h"
+#include "asn1/syntax_error.h"
+#include "asn1/value_notation.h"
+#include "core/auto_logger.h"
+
+#include <utility>
+
+namespace {
+
+bool IsString(const element& token)
+{
+    return token.type() == ElementType::text || token.type() == ElementType::utf8Text;
+}
+
+bool IsScalar(const element& token)
+{
+    return token.type() == ElementType::null || IsValue(token.type());
+}
+
+} // namespace
+
+ElementNodePtr CCryptoJSONParser::Parse(std::string_view text)
+{
+    CCryptoAutoLogger logger("CCryptoJSONParser::Parse");
+    ElementNodePtr first = parseItems(text);
+    if (first == nullptr)
+        first = parseOrdinary(text);
+    if (first == nullptr)
+        return logger.setRetValue(3, ElementNodePtr(), "%s", reason_.c_str());
+    logger.setResult(true);
+    return first;
+}
+
+bool CCryptoJSONParser::start(CCryptoLexicalAnalyzer& lexer)
+{
+    lexer_ = &lexer;
+    return advance();
+}
+
+bool CCryptoJSONParser::advance()
+{
+    if (lexer_->scan(lookAhead_))
+        return true;
+    reason_ = lexer_->reason();
+    return false;
+}
+
+bool CCryptoJSONParser::expect(ElementType type)
+{
+    return lookAhead_.type() == type ? advance() : unexpected();
+}
+
+bool CCryptoJSONParser::unexpected()
+{
+    reason_ = NotExpected(*lexer_, lookAhead_);
+    return false;
+}
+
+bool CCryptoJSONParser::tooDeep()
+{
+    reason_ = AtPlaceOf(*lexer_, "Parsing failed; More than 128 levels of nesting");
+    return false;
+}
+
+ElementNodePtr CCryptoJSONParser::parseItems(std::string_view text)
+{
+    CCryptoLexicalAnalyzer lexer(text, LexicalMode::json);
+    ItemList list;
+    const bool isItems = start(lexer) && expect(ElementType::leftBrace) && parseItemsRoot(list);
+    return isItems && lookAhead_.type() == ElementType::rightBrace ? std::move(list.first) : nullptr;
+}
+
+bool CCryptoJSONParser::parseItemsRoot(ItemList& list)
+{
+    if (IsString(lookAhead_) && lookAhead_.view() == jsonItemsName)
+        return advance() && expect(ElementType::colon) && parseItemArray(list, 0) && list.first != nullptr;
+    return parseItemBehindBrace(list, 0) && IsAsn1Type(list.first->type());
+}
+
+bool CCryptoJSONParser::parseItemArray(ItemList& list, std::uint32_t depth)
+{
+    if (depth > deepestNesting)
+        return tooDeep();
+    if (!expect(ElementType::leftBracket))
+        return false;
+    while (lookAhead_.type() != ElementType::rightBracket) {
+        if (list.first != nullptr && !expect(ElementType::comma))
+            return false;
+        if (!parseItem(list, depth))
+            return false;
+    }
+    return advance();
+}
+
+bool CCryptoJSONParser::parseItem(ItemList& list, std::uint32_t depth)
+{
+    if (lookAhead_.type() == ElementType::leftBrace)
+        return advance() && parseItemBehindBrace(list, depth) && expect(ElementType::rightBrace);
+    if (!IsScalar(lookAhead_))
+        return unexpected();
+    list.add(elementNode::Make(IsString(lookAhead_) ? FromStringNotation(lookAhead_.view()) : std::move(lookAhead_)));
+    return advance();
+}
+
+bool CCryptoJSONParser::parseItemBehindBrace(ItemList& list, std::uint32_t depth)
+{
+    ElementNodePtr item = IsString(lookAhead_) ? ParseHead(lookAhead_.view()) : nullptr;
+    if (item == nullptr || (list.first == nullptr && depth == 0 && item->type() == ElementType::none))
+        return unexpected();
+    return advance() && expect(ElementType::colon) && parseItemValue(list.add(std::move(item)), depth);
+}
+
+bool CCryptoJSONParser::parseItemValue(elementNode& item, std::uint32_t depth)
+{
+    if (lookAhead_.type() == ElementType::leftBracket) {
+        ItemList content;
+        const bool parsed = parseItemArray(content, depth + 1);
+        item.set(LinkKind::content, std::move(content.first));
+        return parsed;
+    }
+    if (!IsScalar(lookAhead_))
+        return unexpected();
+    if (lookAhead_.type() != ElementType::null) {
+        if (item.shortValue() != nullptr)
+            return unexpected();
+        item.set(LinkKind::shortValue, IsString(lookAhead_) ? FromStringNotation(lookAhead_.view()) : std::move(lookAhead_));
+    }
+    return advance();
+}
+
+ElementNodePtr CCryptoJSONParser::parseOrdinary(std::string_view text)
+{
+    CCryptoLexicalAnalyzer lexer(text, LexicalMode::json);
+    if (!start(lexer))
+        return nullptr;
+    ElementNodePtr root = elementNode::Make(ElementType::none);
+    if (lookAhead_.type() != ElementType::leftBrace) {
+        const bool parsed = parseValue(*root, 0) && (lookAhead_.type() == ElementType::endOfInput || unexpected());
+        return parsed ? std::move(root) : nullptr;
+    }
+    if (!advance() || !parseMembers(*root, 0))
+        return nullptr;
+    return root->content() != nullptr ? root->release(LinkKind::content) : std::move(root);
+}
+
+// Up to the "}", which stays the look-ahead: what follows a document's last one is not read.
+bool CCryptoJSONParser::parseMembers(elementNode& object, std::uint32_t depth)
+{
+    if (depth > deepestNesting)
+        return tooDeep();
+    ItemList members;
+    while (lookAhead_.type() != ElementType::rightBrace) {
+        if (members.first != nullptr && !expect(ElementType::comma))
+            return false;
+        if (!IsString(lookAhead_))
+            return unexpected();
+        lookAhead_.setType(ElementType::identifier);
+        elementNode& member = members.add(elementNode::Make(std::move(lookAhead_)));
+        if (!advance() || !expect(ElementType::colon) || !parseValue(member, depth))
+            return false;
+    }
+    object.set(LinkKind::content, std::move(members.first));
+    return true;
+}
+
+bool CCryptoJSONParser::parseArray(elementNode& array, std::uint32_t depth)
+{
+    if (depth > deepestNesting)
+        return tooDeep();
+    ItemList items;
+    while (lookAhead_.type() != ElementType::rightBracket) {
+        if (items.first != nullptr && !expect(ElementType::comma))
+            return false;
+        if (!parseValue(items.add(elementNode::Make(ElementType::none)), depth))
+            return false;
+    }
+    array.set(LinkKind::brackets, items.first != nullptr ? std::move(items.first) : elementNode::Make(emptyJsonArray));
+    return true;
+}
+
+bool CCryptoJSONParser::parseValue(elementNode& node, std::uint32_t depth)
+{
+    const bool isMember = node.type() == ElementType::identifier;
+    switch (lookAhead_.type()) {
+    case ElementType::leftBrace:
+        return advance() && parseMembers(node, depth + 1) && advance();
+    case ElementType::leftBracket:
+        return advance() && parseArray(node, depth + 1) && advance();
+    default:
+        break;
+    }
+    if (!IsScalar(lookAhead_))
+        return unexpected();
+    if (isMember)
+        node.set(LinkKind::shortValue, std::move(lookAhead_));
+    else
+        node.token() = std::move(lookAhead_);
+    return advance();
+}

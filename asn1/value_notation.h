@@ -1,0 +1,29 @@
+#pragma once
+
+#include "asn1/element_node.h"
+#include "core/string.h"
+
+#include <string_view>
+
+// How values stand in the JSON and XML forms of a tree of ASN.1 types: every value has exactly one text, and every text is a value.
+//
+// - Text stands for itself; "#00ff" are bytes, and 'text' is text of single quotes.
+// - A word in front of the "#" names another kind: "utf8Text#c3a4", "integer#0080", "-integer#05", "truth#02", "text#e4".
+// - Text that looks like one of these has a "\" in front, which is taken off when it is read.
+
+/// Text, bytes, a number or truth: what stands for itself, not for a word of the language.
+bool IsValue(ElementType type);
+/// A node that is nothing but a value.
+bool IsBareValue(const elementNode& node);
+bool IsBare(const elementNode& node);
+/// Whether a list is one bare value and no more.
+bool IsSingleValue(const elementNode* list);
+
+/// The text of a value. \param owner the node whose value it is, or null: the kind of text matters to some types alone.
+CCryptoString StringNotation(const element& value, const elementNode* owner);
+/// The same text with the kind and the bytes spelled out: "text#e4".
+CCryptoString MarkedNotation(const element& value);
+element FromStringNotation(std::string_view text);
+
+/// The decimal text of an integer under `owner`; empty when its bytes are not what the number alone would give.
+CCryptoString DecimalNotation(const element& value, const elementNode* owner);

@@ -1,0 +1,108 @@
+#include "asn1/xml_tree.h"
+
+#include "asn1/decimal.h"
+#include "asn1/lexical_analyzer.h"
+#include "asn1/unicode_text.h"
+#include "asn1/value_notation.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+constexpr std::uint32_t deepestTree = 256;
+
+bool IsNamed(const elementNode& node)
+{
+    return node.type() == ElementType::identifier && IsXmlName(node.token().view());
+}
+
+bool IsXmlTextOfKind(const elementNode& node, bool isAttribute)
+{
+    const bool isKind = isAttribute ? node.type() == ElementType::text || node.type() == ElementType::utf8Text
+                                    : node.type() == ElementType::characterData && !node.token().isEmpty();
+    return isKind && IsBare(node) && IsXmlText(node.token().view());
+}
+
+bool AreAttributes(const elementNode* first)
+{
+    std::vector<std::string_view> names;
+    for (const elementNode* node = first; node != nullptr; node = node->next()) {
+        const elementNode* const value = node->shortValue();
+        const bool bare = node->modifiers() == nullptr && node->brackets() == nullptr && node->operation() == nullptr &&
+                          node->content() == nullptr;
+        if (!bare || !IsNamed(*node) || value == nullptr || value->next() != nullptr || !IsXmlTextOfKind(*value, true))
+            return false;
+        names.push_back(node->token().view());
+    }
+    std::ranges::sort(names);
+    return std::ranges::adjacent_find(names) == names.end();
+}
+
+bool IsElement(const elementNode& node, std::uint32_t depth)
+{
+    if (depth >= deepestTree || !IsNamed(node) || node.modifiers() != nullptr || node.shortValue() != nullptr ||
+        node.operation() != nullptr || !AreAttributes(node.brackets()))
+        return false;
+    bool behindText = false;
+    for (const elementNode* child = node.content(); child != nullptr; child = child->next()) {
+        const bool isText = IsXmlTextOfKind(*child, false);
+        // Texts side by side would be one when they are read back.
+        if ((isText && behindText) || (!isText && !IsElement(*child, depth + 1)))
+            return false;
+        behindText = isText;
+    }
+    return true;
+}
+
+bool IsNumberType(const elementNode* owner)
+{
+    return owner != nullptr && (owner->type() == ElementType::asn1Integer || owner->type() == ElementType::enumerated);
+}
+
+} // namespace
+
+bool IsOrdinaryXml(const elementNode* first)
+{
+    return first->next() == nullptr && IsElement(*first, 0);
+}
+
+CCryptoString XmlItemTag(const element& token)
+{
+    const std::string_view name = token.view();
+    if (token.type() == ElementType::identifier) {
+        const bool isTag = IsXmlName(name) && name.find(':') == std::string_view::npos && name != xmlItemTag &&
+                           name != xmlListTag && KeywordType(name) == ElementType::identifier;
+        return CCryptoString(isTag ? name : xmlItemTag);
+    }
+    const char* const word = TokenText(token.type());
+    return word != nullptr && KeywordType(word) == token.type() ? CCryptoString(word) : CCryptoString(xmlItemTag);
+}
+
+element TokenOfXmlTag(std::string_view tag)
+{
+    const ElementType keyword = KeywordType(tag);
+    if (keyword != ElementType::identifier)
+        return element(keyword);
+    element name(tag);
+    name.setType(ElementType::identifier);
+    return name;
+}
+
+CCryptoString XmlText(const element& value, const elementNode* owner)
+{
+    element number;
+    const bool isNumberType = IsNumberType(owner);
+    const CCryptoString decimal = isNumberType ? DecimalNotation(value, owner) : CCryptoString();
+    if (!decimal.isEmpty())
+        return decimal;
+    CCryptoString text = StringNotation(value, owner);
+    const bool readsBack = !text.isEmpty() && IsXmlText(text.view()) && !(isNumberType && SignedFromDecimal(text.view(), number));
+    return readsBack ? text : MarkedNotation(value);
+}
+
+element ValueOfXmlText(std::string_view text, const elementNode* owner)
+{
+    element number;
+    return IsNumberType(owner) && SignedFromDecimal(text, number) ? number : FromStringNotation(text);
+}
