@@ -1,0 +1,7 @@
+#pragma once
+
+/// What stands around the Deflate data.
+enum class DeflateFormat {
+    raw,  ///< nothing
+    gzip, ///< one or more GZIP members
+};
