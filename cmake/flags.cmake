@@ -27,5 +27,6 @@ if(WIN32)
     target_compile_options(house_flags INTERFACE
         $<${cxx}:-ffunction-sections> $<${cxx}:-fdata-sections> $<${cxx}:-fvisibility=hidden> $<${cxx}:-fvisibility-inlines-hidden>)
     target_link_options(house_flags INTERFACE
-        -static -s -Wl,--gc-sections -Wl,--no-insert-timestamp -Wl,--nxcompat -Wl,--dynamicbase -Wl,--high-entropy-va)
+        -static $<$<NOT:$<BOOL:${HOUSE_SYMBOLS}>>:-s>
+        -Wl,--gc-sections -Wl,--no-insert-timestamp -Wl,--nxcompat -Wl,--dynamicbase -Wl,--high-entropy-va)
 endif()

@@ -25,6 +25,7 @@
 option(HOUSE_TESTS "Build the tests" ON)
 option(HOUSE_BENCH "Build the benches" OFF)
 set(HOUSE_FUZZ OFF CACHE STRING "Fuzz targets: OFF, REPLAY (each runs its corpus once) or ENGINE (libFuzzer)")
+option(HOUSE_SYMBOLS "Leave the symbols in Windows programs and the DLL" OFF)
 set(HOUSE_SANITIZE "" CACHE STRING "Sanitizers for everything we compile")
 
 set(CMAKE_CXX_STANDARD 20)
