@@ -38,6 +38,7 @@ void CCryptoBasePipe::SetName(const char* name, bool appendSession)
         std::snprintf(suffix, sizeof suffix, "_%x", CurrentSession().number());
         name_ += suffix;
     }
+    logger.WriteLog("%s", name_.c_str());
     logger.setResult(true);
 }
 

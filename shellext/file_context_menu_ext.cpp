@@ -81,11 +81,11 @@ HRESULT FileContextMenuExt::Initialize(PCIDLIST_ABSOLUTE, IDataObject* selection
             count = 0;
         }
         // A selection that is not for this handler is no failure of the operation.
-        return logger.setRetValue(0, takeFiles(files, count));
+        return logger.setRetValue(0, takeFiles(files, count, logger));
     });
 }
 
-HRESULT FileContextMenuExt::takeFiles(DroppedFiles& files, UINT count)
+HRESULT FileContextMenuExt::takeFiles(DroppedFiles& files, UINT count, CCryptoAutoLogger& logger)
 {
     HRESULT result = E_FAIL;
     for (UINT index = 0; index < count; ++index) {
@@ -99,6 +99,9 @@ HRESULT FileContextMenuExt::takeFiles(DroppedFiles& files, UINT count)
             result = S_OK;
         } else if (index == 0) {
             // The first file decides whether the handler takes part; others without ".pdf" are left out.
+            if (logging::Level() != 0)
+                logger.WriteLog("No entry; no \".pdf\" in the path of the first file: %s",
+                                platform::WideToUtf8(currentFileName_).c_str());
             return E_FAIL;
         }
     }

@@ -12,6 +12,7 @@
 
 #include <atomic>
 
+class CCryptoAutoLogger;
 class DroppedFiles;
 
 /// The context-menu handler: takes selections whose first path contains ".pdf", offers one entry in the user's language, and hands
@@ -56,7 +57,7 @@ public:
 private:
     ~FileContextMenuExt() = default;
 
-    HRESULT takeFiles(DroppedFiles& files, UINT count);
+    HRESULT takeFiles(DroppedFiles& files, UINT count, CCryptoAutoLogger& logger);
 
     std::atomic<ULONG> references_ = 1;
     wchar_t currentFileName_[textCapacity] = {};

@@ -102,7 +102,7 @@ TEST(PipeLog, SaysWhyACallFailed)
     const CapturedLog missing;
     CCryptoPipeClient(name.c_str(), 4, false).Call();
     EXPECT_THAT(missing.texts(), IsSupersetOf<std::string>(
-                                     {"CCryptoPipeClient::CCryptoPipeClient(Client (" + name + "), Type = 4) - IN",
+                                     {"CCryptoPipeClient::CCryptoPipeClient(Client (" + name + "), Type = 4) - IN", name,
                                       "CCryptoPipeClient::OpenPipe - OUT WITH ERROR", "CCryptoPipeClient::Call - OUT WITH ERROR",
                                       "ERROR: Failed to open pipe; Server not running?"}));
     EXPECT_THAT(missing.texts(), Not(Contains("ERROR: Timeout")));

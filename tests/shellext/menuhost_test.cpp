@@ -44,9 +44,9 @@ TEST_F(MenuHost, ShowsTheEntryInTheUsersLanguage)
 
     const ChildResult result = RunProgram(L"menuhost", {folder_.create(L"report.pdf")});
     EXPECT_EQ(result.exitCode, 0U);
-    EXPECT_THAT(result.output, HasSubstr("QueryContextMenu    0x00000001 success, code 1\r\nitem                \"&" +
+    EXPECT_THAT(result.output, HasSubstr("QueryContextMenu    0x00000001 success, code 1\nitem                \"&" +
                                          expected->second + "\" command 0, verb \"PdfSignature\", help \"" + expected->second +
-                                         "\", bitmap 16 x 16, 32 bits\r\nitem                separator\r\n"));
+                                         "\", bitmap 16 x 16, 32 bits\nitem                separator\n"));
 }
 
 TEST_F(MenuHost, TellsWhatTheHandlerRefuses)
@@ -61,8 +61,11 @@ TEST_F(MenuHost, TellsWhatTheHandlerRefuses)
     const std::wstring note = folder_.create(L"note.txt");
     const Case cases[] = {
         {"another file", {note}, 1, "Initialize          0x80004005 E_FAIL"},
-        {"no file there", {document + L"x"}, 1, "ERROR_FILE_NOT_FOUND"},
-        {"files of two folders", {document, folder_.create(L"below\\other.pdf")}, 1, "Selection           0x80070057 E_INVALIDARG"},
+        {"no file there", {document + L"x"}, 1, "ERROR_FILE_NOT_FOUND; there is no such file"},
+        {"files of two folders",
+         {document, folder_.create(L"below\\other.pdf")},
+         1,
+         "Selection           0x80070057 E_INVALIDARG; the files must lie in one folder"},
         {"default item only", {L"--flags", L"CMF_EXPLORE,1", document}, 1, "QueryContextMenu    0x00000000 S_OK"},
         {"nobody to invoke", {L"--invoke", document}, 1, "InvokeCommand       0x80004005 E_FAIL"},
         {"as JSON", {L"--json", note}, 1, "{\"exit\": 1, \"calls\": [{\"call\": \"Selection\", \"result\": \"0x00000000\""},
@@ -84,7 +87,7 @@ TEST_F(MenuHost, NoticesThatNothingIsRegistered)
     ASSERT_EQ(library_.call("DllUnregisterServer"), S_OK);
     const ChildResult result = RunProgram(L"menuhost", {folder_.create(L"report.pdf")});
     EXPECT_EQ(result.exitCode, 1U);
-    EXPECT_THAT(result.output, HasSubstr("Registration        0x80070002 ERROR_FILE_NOT_FOUND"));
+    EXPECT_THAT(result.output, HasSubstr("Registration        0x80070002 ERROR_FILE_NOT_FOUND; not registered: regsvr32 "));
     EXPECT_THAT(result.output, Not(HasSubstr("CoCreateInstance")));
     library_.call("DllRegisterServer");
 }

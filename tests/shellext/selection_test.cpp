@@ -97,15 +97,26 @@ TEST(Selection, FollowsTheFilesOfTheShell)
     }
 }
 
-TEST(Selection, SaysWhySeveralFilesAreRefused)
+TEST(Selection, SaysWhyItIsRefused)
 {
+    struct Case {
+        Names files;
+        const char* logged;
+    };
+    const Case cases[] = {
+        {{L"C:\\a.pdf", L"C:\\b.pdf"}, "Multi selection is not supported in Ostra version"},
+        {{L"C:\\\u00C4.PDF"}, "No entry; no \".pdf\" in the path of the first file: C:\\\xC3\x84.PDF"},
+    };
     const InstalledSettings settings(InstalledSettings::Values{{"debugLevel", "9"}});
-    const LogCapture log;
-    ScriptedDataObject selection(Script::wideList, {L"C:\\a.pdf", L"C:\\b.pdf"});
-    const Owned<FileContextMenuExt> handler(new FileContextMenuExt);
-    EXPECT_EQ(Initialize(*handler, selection), E_FAIL);
-    EXPECT_TRUE(LogCapture::contains("Multi selection is not supported in Ostra version"));
-    EXPECT_TRUE(LogCapture::contains("Cannot load icon from resource")) << "this program has none; the handler goes without";
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.logged);
+        const LogCapture log;
+        ScriptedDataObject selection(Script::wideList, c.files);
+        const Owned<FileContextMenuExt> handler(new FileContextMenuExt);
+        EXPECT_EQ(Initialize(*handler, selection), E_FAIL);
+        EXPECT_TRUE(LogCapture::contains(c.logged));
+        EXPECT_TRUE(LogCapture::contains("Cannot load icon from resource")) << "this program has none; the handler goes without";
+    }
 }
 
 TEST(Selection, SurvivesStrangeDataObjects)

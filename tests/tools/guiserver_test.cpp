@@ -151,6 +151,27 @@ TEST_F(GuiServerProgram, ClientsWithoutRequestsDoNotPutOffItsEnd)
     EXPECT_EQ(server.ExitCode(), 1U);
 }
 
+TEST_F(GuiServerProgram, SaysWhatItDidNotUnderstand)
+{
+    const struct {
+        const char* options;
+        const char* said;
+    } cases[] = {
+        {"--timeout 4294968", "--timeout wants a number from 0 to 4294967\n"},
+        {"--select", "--select wants a number from 0 to 4294967295\n"},
+        {"--pipe name", "--pipe wants a name that begins with \\\\.\\pipe\\\n"},
+        {"--puk 1", "--puk needs --pin as well\n"},
+        {"-x", "argument 1 is not understood\n"},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.options);
+        ChildProgram server(ProgramLine(test.options));
+        const std::string told = server.Rest();
+        EXPECT_EQ(told.substr(0, told.find("guiserver --help")), "guiserver: " + std::string(test.said));
+        EXPECT_EQ(server.ExitCode(), 2U);
+    }
+}
+
 TEST_F(GuiServerProgram, ExitCodeTellsWhatHappened)
 {
     const platform::ScopedHandle taken = peers::Listen(pipe_);
@@ -158,9 +179,13 @@ TEST_F(GuiServerProgram, ExitCodeTellsWhatHappened)
         std::string options;
         DWORD code;
     } cases[] = {
-        {"--help", 0},      {"--nonsense", 2},      {"--pin", 2},
-        {"--select x", 2},  {"--select -1", 2},     {"--timeout 4294968", 2},
-        {"--pipe name", 2}, {"--pipe " + pipe_, 1}, {"--pipe " + peers::FreshPipeName() + " --timeout 1", 1},
+        {"--help", 0},
+        {"-h", 0},
+        {"--pin", 2},
+        {"--select x", 2},
+        {"--select -1", 2},
+        {"--pipe " + pipe_, 1},
+        {"--pipe " + peers::FreshPipeName() + " --timeout 1", 1},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(test.options);

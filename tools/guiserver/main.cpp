@@ -204,6 +204,7 @@ int main()
 {
     SetConsoleOutputCP(CP_UTF8);
     _setmode(_fileno(stdout), _O_BINARY);
+    _setmode(_fileno(stderr), _O_BINARY);
     std::setvbuf(stdout, nullptr, _IONBF, 0);
 
     GuiServerOptions options;

@@ -1,6 +1,5 @@
 #include "tools/guiserver/options.h"
 
-#include <algorithm>
 #include <charconv>
 #include <iterator>
 
@@ -19,7 +18,7 @@ Answers every request of the session's pipe the way a user would who agrees to e
     --secure          let programs of low integrity connect as well
     --pipe NAME       listen on this pipe, \\.\pipe\... in full, in place of the session's own
     --once            end at the farewell that follows the first request that is more than a greeting
-    --timeout SECONDS end with 1 when no request comes for this long, 4294967 at most
+    --timeout SECONDS end with 1 when no request comes for this long, 4294967 at most; 0, as without it: wait without end
     --json            print one JSON object a line
     --hex             print the bytes of each body too
     --help            print this
@@ -45,6 +44,7 @@ struct Switch {
 constexpr Switch switches[] = {
     {"--deny", &GuiServerOptions::deny}, {"--secure", &GuiServerOptions::secure}, {"--once", &GuiServerOptions::once},
     {"--json", &GuiServerOptions::json}, {"--hex", &GuiServerOptions::hex},       {"--help", &GuiServerOptions::help},
+    {"-h", &GuiServerOptions::help},
 };
 
 struct Number {
@@ -71,10 +71,18 @@ bool SetSwitch(const std::string& name, GuiServerOptions& options)
     return false;
 }
 
-bool TakesValue(const std::string& name)
+/// What the option wants for a value; empty when it is none that takes one.
+std::string WantedValue(const std::string& name)
 {
-    return name == "--pin" || name == "--puk" || name == "--pipe" ||
-           std::any_of(std::begin(numbers), std::end(numbers), [&name](const Number& known) { return name == known.name; });
+    if (name == "--pin" || name == "--puk")
+        return "a text";
+    if (name == "--pipe")
+        return "a name that begins with \\\\.\\pipe\\";
+    for (const Number& known : numbers) {
+        if (name == known.name)
+            return "a number from 0 to " + std::to_string(known.most);
+    }
+    return "";
 }
 
 /// \return false when `value` does not suit the option `name`.
@@ -108,15 +116,20 @@ bool ParseGuiServerOptions(const std::vector<std::string>& arguments, GuiServerO
         if (SetSwitch(name, options))
             continue;
         // What is no option's name may be a PIN and is not repeated.
-        if (!TakesValue(name)) {
+        const std::string wanted = WantedValue(name);
+        if (wanted.empty()) {
             error = "argument " + std::to_string(index + 1) + " is not understood";
             return false;
         }
         ++index;
         if (index >= arguments.size() || !SetValue(name, arguments[index], options)) {
-            error = name + ": its value is missing or does not suit it";
+            error = name + " wants " + wanted;
             return false;
         }
+    }
+    if (options.hasPuk && !options.hasPin) {
+        error = "--puk needs --pin as well";
+        return false;
     }
     return true;
 }

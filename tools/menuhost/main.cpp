@@ -7,6 +7,8 @@
 #include "tools/menuhost/report.h"
 #include "tools/menuhost/shell_selection.h"
 
+#include <fcntl.h>
+#include <io.h>
 #include <objbase.h>
 #include <shellapi.h>
 #include <shlobj.h>
@@ -141,6 +143,8 @@ std::vector<std::wstring> CommandLineWords()
 
 int main()
 {
+    _setmode(_fileno(stdout), _O_BINARY);
+    _setmode(_fileno(stderr), _O_BINARY);
     std::wstring problem;
     const std::optional<Arguments> arguments = ParseArguments(CommandLineWords(), problem);
     if (!arguments) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <string_view>
 
 namespace {
 
@@ -30,6 +31,27 @@ constexpr NamedResult namedResults[] = {
     {ResultFromWin32(ERROR_INSUFFICIENT_BUFFER), "ERROR_INSUFFICIENT_BUFFER"},
     {ResultFromWin32(ERROR_INVALID_MENU_HANDLE), "ERROR_INVALID_MENU_HANDLE"},
 };
+
+/// What a result of a call means to the one who reads it, where its name does not say.
+struct Remark {
+    std::string_view call;
+    HRESULT result;
+    const char* text;
+};
+
+constexpr Remark remarks[] = {
+    {"Selection", E_INVALIDARG, "the files must lie in one folder"},
+    {"Selection", ResultFromWin32(ERROR_FILE_NOT_FOUND), "there is no such file"},
+    {"Registration", ResultFromWin32(ERROR_FILE_NOT_FOUND), "not registered: regsvr32 explorermenuhandler.dll"},
+};
+
+std::string RemarkOn(std::string_view call, HRESULT result)
+{
+    for (const Remark& known : remarks)
+        if (known.call == call && known.result == result)
+            return std::string("; ") + known.text;
+    return "";
+}
 
 std::string Hexadecimal(HRESULT result)
 {
@@ -86,7 +108,7 @@ void Report::call(const char* name, HRESULT result)
     }
     std::string line = name;
     line.resize(std::max<std::size_t>(line.size() + 1, 20), ' ');
-    PrintLine(line + Hexadecimal(result) + " " + ResultName(result));
+    PrintLine(line + Hexadecimal(result) + " " + ResultName(result) + RemarkOn(name, result));
 }
 
 void Report::item(const MenuItem& item)
