@@ -27,10 +27,12 @@ std::uint32_t EqualBytes(const std::uint8_t* first, const std::uint8_t* second, 
     return most;
 }
 
-void MoveBack(WipedArray<std::uint16_t>& positions)
+/// A number of turns known in advance lets the compiler take many at a time.
+template <std::size_t Count>
+void MoveBack(std::uint16_t* positions)
 {
-    for (std::size_t index = 0; index < positions.size(); ++index) {
-        const std::uint16_t position = positions[index];
+    for (std::size_t index = 0; index < Count; ++index) {
+        const std::uint32_t position = positions[index];
         positions[index] = static_cast<std::uint16_t>(position > deflate::windowSize ? position - deflate::windowSize : 0);
     }
 }
@@ -38,8 +40,7 @@ void MoveBack(WipedArray<std::uint16_t>& positions)
 } // namespace
 
 MatchFinder::MatchFinder()
-    : window_(capacity + slack), latest_(std::size_t{1} << chainHashBits), latestShort_(std::size_t{1} << shortHashBits),
-      before_(deflate::windowSize)
+    : window_(capacity + slack), latest_(chainHashes), latestShort_(shortHashes), before_(deflate::windowSize)
 {
 }
 
@@ -56,9 +57,9 @@ void MatchFinder::slide()
 {
     std::memmove(window_.data(), window_.data() + deflate::windowSize, end_ - deflate::windowSize);
     end_ -= deflate::windowSize;
-    MoveBack(latest_);
-    MoveBack(latestShort_);
-    MoveBack(before_);
+    MoveBack<chainHashes>(latest_.data());
+    MoveBack<shortHashes>(latestShort_.data());
+    MoveBack<deflate::windowSize>(before_.data());
 }
 
 MatchFinder::Match MatchFinder::find(std::size_t position, std::uint32_t shortest, const Effort& effort)

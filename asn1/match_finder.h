@@ -44,10 +44,12 @@ public:
     void enter(std::size_t position);
 
 private:
-    static constexpr std::size_t capacity = 2 * deflate::windowSize;
+    static constexpr std::size_t capacity = std::size_t{2} * deflate::windowSize;
     static constexpr std::size_t slack = 16; ///< comparisons may read, and disregard, so much behind the end
     static constexpr std::uint32_t chainHashBits = 15;
+    static constexpr std::size_t chainHashes = std::size_t{1} << chainHashBits;
     static constexpr std::uint32_t shortHashBits = 14;
+    static constexpr std::size_t shortHashes = std::size_t{1} << shortHashBits;
     static constexpr std::size_t farthestShort = 4096;
 
     WipedArray<std::uint8_t> window_;

@@ -17,7 +17,7 @@ void Require(bool condition)
         std::abort();
 }
 
-constexpr std::size_t repeatedSize = 100000;
+constexpr std::size_t repeatedSize = 70000;
 constexpr std::size_t pieceSize = 61;
 
 } // namespace
