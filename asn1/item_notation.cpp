@@ -4,6 +4,7 @@
 #include "asn1/hex.h"
 #include "asn1/lexical_analyzer.h"
 #include "asn1/unicode_text.h"
+#include "asn1/value_notation.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -22,13 +23,26 @@ CCryptoString Hex(std::span<const std::uint8_t> bytes)
     return CCryptoString("#") + HexText(bytes);
 }
 
-CCryptoString Quoted(std::string_view text)
+/// UTF-8 whose characters beyond ASCII may stand in an XML document, too.
+bool IsWritable(std::string_view text)
 {
-    const bool escapeHighBytes = !IsUtf8(text);
-    CCryptoString quoted("\"");
+    std::uint32_t codePoint = 0;
+    while (!text.empty()) {
+        const std::size_t taken = ReadCharacter(text, codePoint);
+        if (taken == 0 || (codePoint >= 0x80 && !IsXmlCharacter(codePoint)))
+            return false;
+        text.remove_prefix(taken);
+    }
+    return true;
+}
+
+CCryptoString Quoted(std::string_view text, char quote = '"')
+{
+    const bool escapeHighBytes = !IsWritable(text);
+    CCryptoString quoted(std::string_view(&quote, 1));
     for (const char character : text) {
         const auto byte = static_cast<std::uint8_t>(character);
-        if (character == '"' || character == '\\') {
+        if (character == quote || character == '\\') {
             const char escaped[] = {'\\', character};
             quoted.append({escaped, 2});
         } else if (byte < 0x20 || byte == 0x7F || (byte >= 0x80 && escapeHighBytes)) {
@@ -39,7 +53,7 @@ CCryptoString Quoted(std::string_view text)
             quoted.append({&character, 1});
         }
     }
-    return quoted += "\"";
+    return quoted.append({&quote, 1});
 }
 
 /// Whether the bytes read back from quotes, and so classified anew, are written by the owner as they stood.
@@ -55,7 +69,7 @@ bool SurvivesQuotes(const element& value, ElementType owner)
 
 CCryptoString TextNotation(const element& value, ElementType owner)
 {
-    if (value.type() == ElementType::quotedText && IsUtf8(value.view())) {
+    if (value.type() == ElementType::quotedText && IsWritable(value.view())) {
         const bool plain = std::ranges::all_of(value.bytes(), [](std::uint8_t byte) { return byte >= 0x20 && byte != '\''; });
         if (plain)
             return CCryptoString("'").append(value.view()).append("'");
@@ -80,13 +94,60 @@ CCryptoString IntegerNotation(const element& value, ElementType owner)
     return Hex(octets.bytes());
 }
 
-/// A name that the lexical analyzer does not read as one word, from a JSON document for example, goes into quotes.
+/// A name that the lexical analyzer does not read as one word, from a JSON document for example, goes into backquotes.
 CCryptoString WordNotation(std::string_view name)
 {
     CCryptoLexicalAnalyzer lexer(name);
     element word;
-    const bool isWord = IsUtf8(name) && lexer.scan(word) && word.type() == ElementType::identifier && word.view() == name;
-    return isWord ? CCryptoString(name) : Quoted(name);
+    const bool isWord = IsWritable(name) && lexer.scan(word) && word.type() == ElementType::identifier && word.view() == name;
+    return isWord ? CCryptoString(name) : Quoted(name, '`');
+}
+
+/// The part with which an item must begin.
+LinkKind LeadingPart(const elementNode& item, ItemPlace place)
+{
+    const elementNode* const previous = item.previous();
+    if (place == ItemPlace::alone || item.type() != ElementType::none || previous == nullptr)
+        return LinkKind::none;
+    const bool isEmpty = IsBare(item);
+    for (const LinkKind kind :
+         {LinkKind::brackets, LinkKind::modifiers, LinkKind::content, LinkKind::shortValue, LinkKind::operation}) {
+        const bool isBlock = kind != LinkKind::shortValue && kind != LinkKind::operation;
+        if (previous->slot(kind) != nullptr && (item.slot(kind) != nullptr || (isEmpty && isBlock)))
+            return kind;
+    }
+    return LinkKind::none;
+}
+
+bool AppendBlock(const elementNode* list, const char* before, const char* after, CCryptoString& text, std::uint32_t depth)
+{
+    text += before;
+    // What stands in brackets and parentheses is not the node's value.
+    const bool appended = AppendList(list, nullptr, ",", text, depth + 1);
+    text += after;
+    return appended;
+}
+
+/// The bracket and the modifier list, without the one that stands already.
+bool AppendBlocks(const elementNode& item, LinkKind leading, CCryptoString& text, std::uint32_t depth)
+{
+    if (item.brackets() != nullptr && leading != LinkKind::brackets && !AppendBlock(item.brackets(), "[", "]", text, depth))
+        return false;
+    return item.modifiers() == nullptr || leading == LinkKind::modifiers || AppendBlock(item.modifiers(), " (", ")", text, depth);
+}
+
+/// A part other than the content; behind a value or an operand a separator ends it.
+bool AppendLeadingPart(const elementNode& item, LinkKind leading, CCryptoString& text, std::uint32_t depth)
+{
+    if (leading == LinkKind::brackets)
+        return AppendBlock(item.brackets(), "[", "]", text, depth);
+    if (leading == LinkKind::modifiers)
+        return AppendBlock(item.modifiers(), "(", ")", text, depth);
+    const bool isValue = leading == LinkKind::shortValue;
+    text += isValue ? "= " : "";
+    const bool appended = isValue ? AppendValue(item, text, depth) : AppendOperation(item, text, depth);
+    text += ";";
+    return appended;
 }
 
 } // namespace
@@ -120,7 +181,7 @@ bool AppendList(const elementNode* first, const elementNode* owner, const char* 
     if (depth >= deepestItem)
         return false;
     for (const elementNode* node = first; node != nullptr; node = node->next()) {
-        if (!AppendHead(*node, owner, text, depth))
+        if (!AppendHead(*node, owner, ItemPlace::inList, text, depth))
             return false;
         if (node->content() != nullptr) {
             text += " {";
@@ -128,40 +189,36 @@ bool AppendList(const elementNode* first, const elementNode* owner, const char* 
                 return false;
             text += "}";
         }
-        if (!AppendTail(*node, true, text, depth))
+        if (!AppendTail(*node, true, ItemPlace::inList, text, depth))
             return false;
         text += node->next() != nullptr ? separator : "";
     }
     return true;
 }
 
-bool AppendHead(const elementNode& item, const elementNode* owner, CCryptoString& text, std::uint32_t depth)
+bool AppendHead(const elementNode& item, const elementNode* owner, ItemPlace place, CCryptoString& text, std::uint32_t depth)
 {
-    struct Block {
-        LinkKind kind;
-        const char *before, *after;
-    };
-    constexpr Block blocks[] = {{LinkKind::brackets, "[", "]"}, {LinkKind::modifiers, " (", ")"}};
+    const LinkKind leading = LeadingPart(item, place);
     text += TokenNotation(item.token(), owner);
-    for (const Block& block : blocks) {
-        if (item.slot(block.kind) == nullptr)
-            continue;
-        text += block.before;
-        // What stands in brackets and parentheses is not the node's value.
-        if (!AppendList(item.slot(block.kind), nullptr, ",", text, depth + 1))
-            return false;
-        text += block.after;
+    if (leading == LinkKind::content) {
+        text += item.content() == nullptr ? "{}" : "";
+        return true;
     }
-    return true;
+    if (leading != LinkKind::none && !AppendLeadingPart(item, leading, text, depth))
+        return false;
+    return AppendBlocks(item, leading, text, depth);
 }
 
-bool AppendTail(const elementNode& item, bool withValue, CCryptoString& text, std::uint32_t depth)
+bool AppendTail(const elementNode& item, bool withValue, ItemPlace place, CCryptoString& text, std::uint32_t depth)
 {
-    const bool hasValue = withValue && item.shortValue() != nullptr;
+    const LinkKind leading = LeadingPart(item, place);
+    if (leading == LinkKind::content && !AppendBlocks(item, leading, text, depth))
+        return false;
+    const bool hasValue = withValue && item.shortValue() != nullptr && leading != LinkKind::shortValue;
     text += hasValue ? " = " : "";
     if (hasValue && !AppendValue(item, text, depth))
         return false;
-    if (item.operation() == nullptr)
+    if (item.operation() == nullptr || leading == LinkKind::operation)
         return true;
     // Without the separator the operator would belong to the value.
     text += hasValue ? "; " : " ";

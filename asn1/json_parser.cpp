@@ -109,7 +109,7 @@ bool CCryptoJSONParser::parseItem(ItemList& list, std::uint32_t depth)
 bool CCryptoJSONParser::parseItemBehindBrace(ItemList& list, std::uint32_t depth)
 {
     ElementNodePtr item = IsString(lookAhead_) ? ParseHead(lookAhead_.view()) : nullptr;
-    if (item == nullptr || (list.first == nullptr && depth == 0 && item->type() == ElementType::none))
+    if (item == nullptr)
         return unexpected();
     return advance() && expect(ElementType::colon) && parseItemValue(list.add(std::move(item)), depth);
 }

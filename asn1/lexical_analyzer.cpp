@@ -4,6 +4,7 @@
 #include "asn1/hex.h"
 #include "core/utf8.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
@@ -117,7 +118,7 @@ CCryptoLexicalAnalyzer::CCryptoLexicalAnalyzer(std::string_view text, LexicalMod
 
 void CCryptoLexicalAnalyzer::notePlace()
 {
-    for (; placed_ < position_; ++placed_) {
+    for (const std::size_t end = std::min(position_, text_.size()); placed_ < end; ++placed_) {
         const char character = text_[placed_];
         if (character == '\n') {
             ++row_;
@@ -175,6 +176,7 @@ bool CCryptoLexicalAnalyzer::scanTemplate(element& token)
     const bool scanned = IsDigit(character) || negative ? scanNumber(token)
                          : IsLetter(character)          ? scanWord(token)
                          : character == '"'             ? scanDoubleQuoted(token)
+                         : character == '`'             ? scanBackquoted(token)
                          : character == '\''            ? scanSingleQuoted(token)
                          : character == '#'             ? scanHex(token)
                                                         : scanPunctuation(token);
@@ -232,6 +234,7 @@ bool CCryptoLexicalAnalyzer::readEscape(element& text)
         text.append(std::uint8_t{'\t'});
         return true;
     case '"':
+    case '`':
     case '\\':
         text.append(static_cast<std::uint8_t>(letter));
         return true;
@@ -248,23 +251,35 @@ bool CCryptoLexicalAnalyzer::readEscape(element& text)
     }
 }
 
-bool CCryptoLexicalAnalyzer::scanDoubleQuoted(element& token)
+bool CCryptoLexicalAnalyzer::scanEscaped(const char* stops, element& text)
 {
-    element text;
     ++position_;
     for (;;) {
-        const std::size_t stop = text_.find_first_of("\"\\", position_);
+        const std::size_t stop = text_.find_first_of(stops, position_);
         if (stop == std::string_view::npos)
             return fail("String parsing error");
         text.append(text_.substr(position_, stop - position_));
         position_ = stop + 1;
-        if (text_[stop] == '"')
-            break;
+        if (text_[stop] != '\\')
+            return true;
         if (!readEscape(text))
             return fail("String parsing error");
     }
+}
+
+bool CCryptoLexicalAnalyzer::scanDoubleQuoted(element& token)
+{
+    element text;
+    if (!scanEscaped("\"\\", text))
+        return false;
     token = CCryptoString(text.view()).data();
     return true;
+}
+
+bool CCryptoLexicalAnalyzer::scanBackquoted(element& token)
+{
+    token = element(ElementType::identifier);
+    return scanEscaped("`\\", token);
 }
 
 bool CCryptoLexicalAnalyzer::scanSingleQuoted(element& token)

@@ -60,7 +60,9 @@ private:
 
     bool scanWord(element& token);
     bool scanNumber(element& token);
+    bool scanEscaped(const char* stops, element& text);
     bool scanDoubleQuoted(element& token);
+    bool scanBackquoted(element& token);
     bool scanSingleQuoted(element& token);
     bool scanHex(element& token);
     bool scanPunctuation(element& token);

@@ -5,7 +5,7 @@
 bool CPushAsciiBuffer::pushHead(const Place& place)
 {
     CCryptoString head;
-    if (!AppendHead(place.node, place.owner, head))
+    if (!AppendHead(place.node, place.owner, ItemPlace::inList, head))
         return fail(tooDeep);
     pushIndent(place.depth);
     PushText(head.view());
@@ -31,7 +31,7 @@ bool CPushAsciiBuffer::pushEnd(const Place& place)
     if (place.node.content() != nullptr)
         PushByte('}');
     CCryptoString tail;
-    if (!AppendTail(place.node, true, tail))
+    if (!AppendTail(place.node, true, ItemPlace::inList, tail))
         return fail(tooDeep);
     PushText(tail.view());
     PushText(place.node.next() != nullptr ? ",\n" : "\n");

@@ -72,7 +72,7 @@ bool CPushJSONBuffer::pushHead(const Place& place)
 bool CPushJSONBuffer::pushItemName(const elementNode& node)
 {
     CCryptoString head;
-    if (!AppendHead(node, nullptr, head) || !AppendTail(node, !HasPlainValue(node), head))
+    if (!AppendHead(node, nullptr, ItemPlace::alone, head) || !AppendTail(node, !HasPlainValue(node), ItemPlace::alone, head))
         return fail(tooDeep);
     PushText("{");
     pushString(head.view());

@@ -17,10 +17,55 @@ std::string Hex(const element& bytes)
     return std::string(element(bytes.data(), bytes.length()).toString().view());
 }
 
+/// Written as JSON and XML, a tree stays the same: seen in its JSON, which shows every part in its place.
+void ExpectFormsKeep(const CCryptoParser& parser)
+{
+    const CCryptoString json = parser.ToJson();
+    CCryptoParser again;
+    EXPECT_TRUE(again.Load_JSON_Memory(json.view())) << json.c_str();
+    EXPECT_EQ(again.ToJson(), json);
+    EXPECT_TRUE(again.Load_XML_Memory(parser.ToXml().view())) << parser.ToXml().c_str();
+    EXPECT_EQ(again.ToJson(), json) << parser.ToXml().c_str();
+}
+
 std::string DerOf(std::string_view text)
 {
     CCryptoParser parser;
-    return parser.Load_ASCII_Memory(text) ? Hex(parser.ToDer()) : "no template";
+    if (!parser.Load_ASCII_Memory(text))
+        return "no template";
+    ExpectFormsKeep(parser);
+    return Hex(parser.ToDer());
+}
+
+TEST(Template, KeepsEveryPartInEveryForm)
+{
+    const std::string_view cases[] = {
+        "a {b} = c",
+        "a = b; + c",
+        "a = 1, {b}",
+        "a + b, = c",
+        "a {1} {2} [3]",
+        "a [1] {2} (x), (y) [z] {w}",
+        "a = 1, = 2, [3]",
+        "a + 1 + 2, {x}",
+        "a[1][] b(x)() c{1}{}",
+        "[3] a (x) {y} b",
+        "\xEF\xBF\xBF [\xFF] ('\xEF\xBF\xBF') = \"\xED\xA0\x80\"",
+        "a[b = c, d {e} = 5](f + 1)",
+        "`a b` = `SET`, `\\`\\\\` {`include`}",
+        "\"#00\", \"text#00\", '\"', \"'x'\", \"\\\\#00\", \"\", #, null, case",
+        "a ! b == c != d > e >= f < g <= h * i / j || k && l - 1",
+    };
+    for (const std::string_view text : cases) {
+        SCOPED_TRACE(text);
+        CCryptoParser parser;
+        ASSERT_TRUE(parser.Load_ASCII_Memory(text));
+        ExpectFormsKeep(parser);
+        CCryptoParser again;
+        EXPECT_TRUE(again.Load_ASCII_Memory(parser.ToText().view()));
+        EXPECT_EQ(again.ToJson(), parser.ToJson()) << parser.ToText().c_str();
+    }
+    EXPECT_FALSE(CCryptoParser().Load_ASCII_Memory("\"\\"));
 }
 
 TEST(Template, IsWrittenAsDer)
@@ -116,6 +161,7 @@ TEST(TemplateMatch, BindsWhatStandsAtEachPlace)
     };
     for (const Case& each : cases) {
         SCOPED_TRACE(each.name);
+        ExpectFormsKeep(CCryptoParser(ParsedTemplate(each.text)->clone(true)));
         EXPECT_EQ(Matched(each.text, each.der), each.bound);
     }
 }
