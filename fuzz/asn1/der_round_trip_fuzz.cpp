@@ -1,0 +1,40 @@
+#include "fuzz/asn1/forms.h"
+
+namespace {
+
+void RequireSameDer(const CCryptoParser& tree, const element& der)
+{
+    Require(!tree.isEmpty() && tree.ToDer().view() == der.view());
+}
+
+} // namespace
+
+/// An octet of options, then DER: what decodes is written as DER that decodes to the same again, and as template text, JSON and XML
+/// that give the same DER.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    if (size == 0)
+        return 0;
+    const DerOptions options{(*data & 1) != 0, (*data & 2) != 0, (*data & 4) != 0};
+    CCryptoParser tree;
+    if (!tree.Load_DER_Memory(element(data + 1, static_cast<std::uint32_t>(size - 1)), options))
+        return 0;
+    const element der = tree.ToDer();
+    CCryptoParser again;
+    // Elements of unknown tags, which lenient decoding keeps, are written as nothing.
+    if (!der.isEmpty()) {
+        again.Load_DER_Memory(der, options);
+        RequireSameDer(again, der);
+    }
+    RequireStableJson(tree);
+    RequireStableXml(tree);
+    again.Load_JSON_Memory(tree.ToJson().view());
+    RequireSameDer(again, der);
+    again.Load_XML_Memory(tree.ToXml().view());
+    RequireSameDer(again, der);
+    if (!options.lenient) {
+        again.Load_ASCII_Memory(tree.ToText().view());
+        RequireSameDer(again, der);
+    }
+    return 0;
+}

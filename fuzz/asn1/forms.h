@@ -1,0 +1,56 @@
+#pragma once
+
+#include "asn1/gen_parser.h"
+#include "asn1/parser.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <string_view>
+#include <utility>
+
+inline void Require(bool holds)
+{
+    if (!holds)
+        std::abort();
+}
+
+inline std::string_view TextOf(const std::uint8_t* data, std::size_t size)
+{
+    return {reinterpret_cast<const char*>(data), size};
+}
+
+/// What stands before the first line feed, and what stands behind it.
+inline std::pair<std::string_view, std::string_view> SplitLine(std::string_view input)
+{
+    const std::size_t end = input.find('\n');
+    return {input.substr(0, end), end != std::string_view::npos ? input.substr(end + 1) : std::string_view()};
+}
+
+class NothingToInclude : public ICryptoIncludeLoader {
+public:
+    bool Load(const CCryptoString&, element&) override { return false; }
+};
+
+/// The tree of a template that may not read files.
+inline ElementNodePtr ParseTemplate(std::string_view text)
+{
+    NothingToInclude loader;
+    return CCryptoGENParser(&loader).TryParse(text);
+}
+
+/// JSON of the tree is read again, and then prints the same.
+inline void RequireStableJson(const CCryptoParser& tree)
+{
+    const CCryptoString json = tree.ToJson();
+    CCryptoParser again;
+    Require(again.Load_JSON_Memory(json.view()));
+    Require(again.ToJson() == json);
+}
+
+inline void RequireStableXml(const CCryptoParser& tree)
+{
+    const CCryptoString xml = tree.ToXml();
+    CCryptoParser again;
+    Require(again.Load_XML_Memory(xml.view()));
+    Require(again.ToXml() == xml);
+}
