@@ -1,10 +1,10 @@
 #include "asn1/der_parser.h"
 
+#include "asn1/node_pool.h"
 #include "asn1/object_identifier.h"
 #include "core/auto_logger.h"
 #include "core/log_writers.h"
 
-#include <algorithm>
 
 namespace {
 
@@ -14,17 +14,18 @@ constexpr std::uint32_t leastInsideOctetString = 3;
 constexpr std::uint32_t leastInsideBitString = 4;
 constexpr std::uint8_t utf8LeadOfLatinLetters = 0xC3;
 
-bool IsTextByte(std::uint8_t byte)
-{
-    return (byte >= 0x20 && byte <= 0x7E) || byte >= 0xA0;
-}
-
 /// Whether bytes without a type of their own look like text, and of which kind.
 ElementType DetectText(std::span<const std::uint8_t> value)
 {
-    if (value.size() < leastText || value.size() > mostText || !std::ranges::all_of(value, IsTextByte))
+    if (value.size() < leastText || value.size() > mostText)
         return ElementType::bytes;
-    return std::ranges::find(value, utf8LeadOfLatinLetters) != value.end() ? ElementType::utf8Text : ElementType::text;
+    bool hasLead = false;
+    for (const std::uint8_t byte : value) {
+        if (byte < 0x20 || (byte >= 0x7F && byte < 0xA0))
+            return ElementType::bytes;
+        hasLead |= byte == utf8LeadOfLatinLetters;
+    }
+    return hasLead ? ElementType::utf8Text : ElementType::text;
 }
 
 ElementType KindOf(ElementType type, std::span<const std::uint8_t> value)
@@ -38,33 +39,65 @@ ElementType KindOf(ElementType type, std::span<const std::uint8_t> value)
     return type == ElementType::bmpString && kind == ElementType::utf8Text ? ElementType::bytes : kind;
 }
 
-element ValueOf(ElementType type, std::span<const std::uint8_t> value)
+/// Puts the value of an element of this type into an empty element.
+void ReadValue(ElementType type, std::span<const std::uint8_t> value, element& token)
 {
     if (type == ElementType::objectIdentifier) {
-        element dotted;
-        if (DottedFromDer(value, dotted))
-            return dotted;
-        return element(value.data(), static_cast<std::uint32_t>(value.size()));
+        if (DottedFromDer(value, token))
+            return;
+        token = element();
+    } else {
+        token.setType(KindOf(type, value));
+        token.setNegative(type == ElementType::asn1Integer && value[0] >= 0x80);
     }
-    element plain(value.data(), static_cast<std::uint32_t>(value.size()), KindOf(type, value));
-    plain.setNegative(type == ElementType::asn1Integer && value[0] >= 0x80);
-    return plain;
+    token.append(value.data(), static_cast<std::uint32_t>(value.size()));
 }
 
-void AttachValue(elementNode& node, element value)
+/// Where a value of so many bytes goes.
+LinkKind SlotFor(std::uint32_t length)
 {
-    const bool isShort = value.length() < CCryptoDERParser::shortValueLimit;
-    node.set(isShort ? LinkKind::shortValue : LinkKind::content, std::move(value));
+    return length < CCryptoDERParser::shortValueLimit ? LinkKind::shortValue : LinkKind::content;
 }
 
 } // namespace
 
-bool CCryptoDERParser::fail(const char* reason, std::uint32_t offset)
-{
-    reason_ = reason;
-    reasonOffset_ = offset;
-    return false;
-}
+/// Decodes one input.
+class CCryptoDERParser::Decoder {
+public:
+    Decoder(CCryptoDERParser& parser, std::span<const std::uint8_t> input)
+        : parser_(parser), options_(parser.options_), analyzer_(input, parser.options_.lenient), pool_(input.size() / bytesPerNode)
+    {
+    }
+
+    struct Level {
+        ElementNodePtr nodes;
+        std::uint32_t end = 0; ///< the offset behind what was decoded
+        bool endedByOctet = false;
+        bool failed = false;
+    };
+
+    Level decodeLevel(std::uint32_t position, std::uint32_t end, std::uint32_t depth, bool probing);
+    bool fail(const char* reason, std::uint32_t offset);
+
+private:
+    static constexpr std::size_t bytesPerNode = 10;
+
+    /// \return null on failure; `position` moves behind the element.
+    ElementNodePtr decodeElement(const DerHeader& header, std::uint32_t& position, std::uint32_t depth, bool probing);
+    bool decodeConstructed(const DerHeader& header, elementNode& node, std::uint32_t& position, std::uint32_t depth, bool probing);
+    void decodePrimitive(const DerHeader& header, elementNode& node, std::uint32_t depth);
+    void decodeBitString(const DerHeader& header, elementNode& node, std::uint32_t depth);
+    /// Decodes a part of a value into the content slot. \return false, the node unchanged, unless all of it decodes.
+    bool decodeInside(std::uint32_t start, std::uint32_t end, elementNode& node, std::uint32_t depth);
+    void attachNumber(elementNode& node, LinkKind kind, std::uint8_t number);
+    void attachValue(elementNode& node, std::span<const std::uint8_t> value);
+    void attachBytes(elementNode& node, std::span<const std::uint8_t> bytes);
+
+    CCryptoDERParser& parser_;
+    const DerOptions options_;
+    CCryptoDERAnalyzer analyzer_;
+    NodePool pool_;
+};
 
 ElementNodePtr CCryptoDERParser::Decode(std::span<const std::uint8_t> input)
 {
@@ -74,10 +107,10 @@ ElementNodePtr CCryptoDERParser::Decode(std::span<const std::uint8_t> input)
     if (input.size() > UINT32_MAX)
         return logger.setRetValue(3, ElementNodePtr(), "The data is longer than 4 GiB");
 
-    CCryptoDERAnalyzer analyzer(input, options_.lenient);
-    Level level = decodeLevel(analyzer, 0, static_cast<std::uint32_t>(input.size()), 0, false);
+    Decoder decoder(*this, input);
+    Decoder::Level level = decoder.decodeLevel(0, static_cast<std::uint32_t>(input.size()), 0, false);
     if (!level.failed && level.nodes == nullptr)
-        level.failed = !fail("The data holds no element", 0);
+        level.failed = !decoder.fail("The data holds no element", 0);
     if (level.failed) {
         logger.setRetValue(3, false, "%s (offset %u)", reason_, reasonOffset_);
         return nullptr;
@@ -86,22 +119,48 @@ ElementNodePtr CCryptoDERParser::Decode(std::span<const std::uint8_t> input)
     return std::move(level.nodes);
 }
 
-CCryptoDERParser::Level CCryptoDERParser::decodeLevel(CCryptoDERAnalyzer& analyzer, std::uint32_t position, std::uint32_t end,
-                                                      std::uint32_t depth, bool probing)
+bool CCryptoDERParser::Decoder::fail(const char* reason, std::uint32_t offset)
+{
+    parser_.reason_ = reason;
+    parser_.reasonOffset_ = offset;
+    return false;
+}
+
+void CCryptoDERParser::Decoder::attachNumber(elementNode& node, LinkKind kind, std::uint8_t number)
+{
+    node.set(kind, pool_.make(ElementType::integer))->token().append(number);
+}
+
+void CCryptoDERParser::Decoder::attachValue(elementNode& node, std::span<const std::uint8_t> value)
+{
+    ElementNodePtr held = pool_.make(ElementType::bytes);
+    ReadValue(node.type(), value, held->token());
+    const LinkKind kind = SlotFor(held->token().length());
+    node.set(kind, std::move(held));
+}
+
+void CCryptoDERParser::Decoder::attachBytes(elementNode& node, std::span<const std::uint8_t> bytes)
+{
+    const auto length = static_cast<std::uint32_t>(bytes.size());
+    node.set(SlotFor(length), pool_.make(ElementType::bytes))->token().append(bytes.data(), length);
+}
+
+CCryptoDERParser::Decoder::Level CCryptoDERParser::Decoder::decodeLevel(std::uint32_t position, std::uint32_t end,
+                                                                        std::uint32_t depth, bool probing)
 {
     Level level;
     elementNode* last = nullptr;
     for (;;) {
         DerHeader header;
-        const CCryptoDERAnalyzer::Result result = analyzer.read(position, end, header);
+        const CCryptoDERAnalyzer::Result result = analyzer_.read(position, end, header);
         level.end = position;
         level.endedByOctet = result == CCryptoDERAnalyzer::Result::endOctet;
         if (result == CCryptoDERAnalyzer::Result::failure)
-            level.failed = !fail(analyzer.reason(), header.start);
+            level.failed = !fail(analyzer_.reason(), header.start);
         if (result != CCryptoDERAnalyzer::Result::element)
             return level;
 
-        ElementNodePtr node = decodeElement(analyzer, header, position, depth, probing);
+        ElementNodePtr node = decodeElement(header, position, depth, probing);
         if (node == nullptr) {
             level.failed = true;
             return level;
@@ -110,8 +169,8 @@ CCryptoDERParser::Level CCryptoDERParser::decodeLevel(CCryptoDERAnalyzer& analyz
     }
 }
 
-ElementNodePtr CCryptoDERParser::decodeElement(CCryptoDERAnalyzer& analyzer, const DerHeader& header, std::uint32_t& position,
-                                               std::uint32_t depth, bool probing)
+ElementNodePtr CCryptoDERParser::Decoder::decodeElement(const DerHeader& header, std::uint32_t& position, std::uint32_t depth,
+                                                        bool probing)
 {
     const ElementType type = header.type();
     const bool known = type != ElementType::none && header.tagNumber() != derTagNumberMask;
@@ -126,18 +185,18 @@ ElementNodePtr CCryptoDERParser::decodeElement(CCryptoDERAnalyzer& analyzer, con
         return nullptr;
     }
 
-    ElementNodePtr node = elementNode::Make(known ? type : ElementType::none);
+    ElementNodePtr node = pool_.make(known ? type : ElementType::none);
     if (!known || IsTagClass(type))
-        node->set(LinkKind::brackets, element(header.tagNumber()));
+        attachNumber(*node, LinkKind::brackets, static_cast<std::uint8_t>(header.tagNumber()));
     if (header.constructed() || header.indefinite)
-        return decodeConstructed(analyzer, header, *node, position, depth, probing) ? std::move(node) : nullptr;
+        return decodeConstructed(header, *node, position, depth, probing) ? std::move(node) : nullptr;
     position = header.valueStart + header.length;
-    decodePrimitive(analyzer, header, *node, depth);
+    decodePrimitive(header, *node, depth);
     return node;
 }
 
-bool CCryptoDERParser::decodeConstructed(CCryptoDERAnalyzer& analyzer, const DerHeader& header, elementNode& node,
-                                         std::uint32_t& position, std::uint32_t depth, bool probing)
+bool CCryptoDERParser::Decoder::decodeConstructed(const DerHeader& header, elementNode& node, std::uint32_t& position,
+                                                  std::uint32_t depth, bool probing)
 {
     const std::uint32_t end = header.valueStart + header.length;
     position = end;
@@ -145,10 +204,10 @@ bool CCryptoDERParser::decodeConstructed(CCryptoDERAnalyzer& analyzer, const Der
     if (depth + 1 >= deepestLevel)
         level.failed = !fail("The data is nested more than 128 levels deep", header.start);
     else
-        level = decodeLevel(analyzer, header.valueStart, end, depth + 1, probing);
+        level = decodeLevel(header.valueStart, end, depth + 1, probing);
 
     if (header.indefinite && !level.failed) {
-        const auto rest = analyzer.input().subspan(level.end, end - level.end);
+        const auto rest = analyzer_.input().subspan(level.end, end - level.end);
         if (rest.size() >= 2 && rest[0] == 0 && rest[1] == 0)
             position = level.end + 2;
         else
@@ -167,54 +226,55 @@ bool CCryptoDERParser::decodeConstructed(CCryptoDERAnalyzer& analyzer, const Der
     }
     const elementNode* const first = node.content();
     if (failed)
-        node.append(LinkKind::brackets, elementNode::Make(ElementType::implicit));
+        node.append(LinkKind::brackets, pool_.make(ElementType::implicit));
     else if (first == nullptr || !IsAsn1Type(first->type()))
-        node.append(LinkKind::brackets, elementNode::Make(ElementType::constructed));
+        node.append(LinkKind::brackets, pool_.make(ElementType::constructed));
     if (failed && first == nullptr && header.length != 0)
-        AttachValue(node, element(analyzer.value(header).data(), header.length));
+        attachBytes(node, analyzer_.value(header));
     return true;
 }
 
-void CCryptoDERParser::decodePrimitive(CCryptoDERAnalyzer& analyzer, const DerHeader& header, elementNode& node,
-                                       std::uint32_t depth)
+void CCryptoDERParser::Decoder::decodePrimitive(const DerHeader& header, elementNode& node, std::uint32_t depth)
 {
     if (header.length == 0)
         return;
     const std::uint32_t end = header.valueStart + header.length;
     const ElementType type = node.type();
     if (type == ElementType::bitString) {
-        decodeBitString(analyzer, header, node, depth);
+        decodeBitString(header, node, depth);
         return;
     }
     const bool mayHoldMore =
         type == ElementType::octetString && options_.insideOctetStrings && header.length >= leastInsideOctetString;
-    if (!mayHoldMore || !decodeInside(analyzer, header.valueStart, end, node, depth))
-        AttachValue(node, ValueOf(type, analyzer.value(header)));
+    if (!mayHoldMore || !decodeInside(header.valueStart, end, node, depth))
+        attachValue(node, analyzer_.value(header));
 }
 
-void CCryptoDERParser::decodeBitString(CCryptoDERAnalyzer& analyzer, const DerHeader& header, elementNode& node,
-                                       std::uint32_t depth)
+void CCryptoDERParser::Decoder::decodeBitString(const DerHeader& header, elementNode& node, std::uint32_t depth)
 {
-    const std::span<const std::uint8_t> value = analyzer.value(header);
-    node.set(LinkKind::brackets, element(std::uint32_t{value[0]}));
+    const std::span<const std::uint8_t> value = analyzer_.value(header);
+    attachNumber(node, LinkKind::brackets, value[0]);
     if (value.size() == 1) {
-        node.set(LinkKind::shortValue, element(std::uint32_t{1}));
+        attachNumber(node, LinkKind::shortValue, 1);
         return;
     }
     const bool mayHoldMore = options_.insideBitStrings && header.length >= leastInsideBitString;
-    if (!mayHoldMore || !decodeInside(analyzer, header.valueStart + 1, header.valueStart + header.length, node, depth))
-        AttachValue(node, element(value.data() + 1, static_cast<std::uint32_t>(value.size() - 1)));
+    if (!mayHoldMore || !decodeInside(header.valueStart + 1, header.valueStart + header.length, node, depth))
+        attachBytes(node, value.subspan(1));
 }
 
-bool CCryptoDERParser::decodeInside(CCryptoDERAnalyzer& analyzer, std::uint32_t start, std::uint32_t end, elementNode& node,
-                                    std::uint32_t depth)
+bool CCryptoDERParser::Decoder::decodeInside(std::uint32_t start, std::uint32_t end, elementNode& node, std::uint32_t depth)
 {
     if (depth + 1 >= deepestLevel)
         return false;
-    Level level = decodeLevel(analyzer, start, end, depth + 1, true);
-    if (level.failed || level.endedByOctet || level.nodes == nullptr)
+    const NodePool::Mark mark = pool_.mark();
+    Level level = decodeLevel(start, end, depth + 1, true);
+    if (level.failed || level.endedByOctet || level.nodes == nullptr) {
+        level.nodes = nullptr;
+        pool_.rewind(mark);
         return false;
+    }
     node.set(LinkKind::content, std::move(level.nodes));
-    node.append(LinkKind::brackets, elementNode::Make(ElementType::primitive));
+    node.append(LinkKind::brackets, pool_.make(ElementType::primitive));
     return true;
 }

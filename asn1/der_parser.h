@@ -34,24 +34,7 @@ public:
     std::uint32_t reasonOffset() const { return reasonOffset_; }
 
 private:
-    struct Level {
-        ElementNodePtr nodes;
-        std::uint32_t end = 0; ///< the offset behind what was decoded
-        bool endedByOctet = false;
-        bool failed = false;
-    };
-
-    Level decodeLevel(CCryptoDERAnalyzer& analyzer, std::uint32_t position, std::uint32_t end, std::uint32_t depth, bool probing);
-    /// \return null on failure; `position` moves behind the element.
-    ElementNodePtr decodeElement(CCryptoDERAnalyzer& analyzer, const DerHeader& header, std::uint32_t& position,
-                                 std::uint32_t depth, bool probing);
-    bool decodeConstructed(CCryptoDERAnalyzer& analyzer, const DerHeader& header, elementNode& node, std::uint32_t& position,
-                           std::uint32_t depth, bool probing);
-    void decodePrimitive(CCryptoDERAnalyzer& analyzer, const DerHeader& header, elementNode& node, std::uint32_t depth);
-    void decodeBitString(CCryptoDERAnalyzer& analyzer, const DerHeader& header, elementNode& node, std::uint32_t depth);
-    /// Decodes a part of a value into the content slot. \return false, the node unchanged, unless all of it decodes.
-    bool decodeInside(CCryptoDERAnalyzer& analyzer, std::uint32_t start, std::uint32_t end, elementNode& node, std::uint32_t depth);
-    bool fail(const char* reason, std::uint32_t offset);
+    class Decoder;
 
     DerOptions options_;
     const char* reason_ = "";

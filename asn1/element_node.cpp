@@ -1,24 +1,31 @@
 #include "asn1/element_node.h"
 
+#include "asn1/node_pool.h"
+
 #include <utility>
 
 void ElementNodeDeleter::operator()(elementNode* node) const noexcept
 {
-    // Goes down into any slot still filled, and back up by the parent once all are empty.
+    // Down into the parts, then along the list; what is behind a node hangs from the node's parent until its turn.
+    NodePool::Returned returned;
     elementNode* const top = node->parent_;
-    std::size_t slot = 0;
-    while (node != top) {
-        while (slot < elementNode::slotCount && node->slots_[slot] == nullptr)
-            ++slot;
-        if (slot < elementNode::slotCount) {
-            node = std::exchange(node->slots_[slot], nullptr);
-            slot = 0;
-        } else {
-            elementNode* const parent = node->parent_;
-            slot = elementNode::indexOf(node->linkKind_);
-            delete node;
-            node = parent;
+    for (;;) {
+        if (elementNode* const part = node->firstPart_; part != nullptr) {
+            node->firstPart_ = part->nextPart_;
+            node = part;
+            continue;
         }
+        elementNode* const parent = node->parent_;
+        elementNode* const next = node->next_;
+        if (node->place_ == 0)
+            delete node;
+        else
+            returned.add(*node);
+        if (next != nullptr)
+            next->parent_ = parent;
+        else if (parent == top)
+            return;
+        node = next != nullptr ? next : parent;
     }
 }
 
@@ -43,30 +50,40 @@ elementNode* elementNode::owner()
     return first()->parent_;
 }
 
-elementNode* elementNode::set(LinkKind kind, ElementNodePtr node)
+elementNode** elementNode::linkOf(LinkKind kind)
 {
-    elementNode*& held = slots_[indexOf(kind)];
-    const ElementNodePtr before = release(kind);
-    held = node.release();
-    if (held != nullptr) {
-        held->parent_ = this;
-        held->linkKind_ = kind;
-    }
-    return held;
+    if (kind == LinkKind::sibling)
+        return &next_;
+    elementNode** link = &firstPart_;
+    while (*link != nullptr && (*link)->linkKind_ < kind)
+        link = &(*link)->nextPart_;
+    return link;
 }
 
-elementNode* elementNode::set(LinkKind kind, element value)
+elementNode* elementNode::replace(LinkKind kind, ElementNodePtr node)
 {
-    return set(kind, Make(std::move(value)));
+    const ElementNodePtr before = release(kind);
+    elementNode* const adopted = node.release();
+    if (adopted == nullptr)
+        return nullptr;
+    adopted->parent_ = this;
+    adopted->linkKind_ = kind;
+    elementNode** const link = linkOf(kind);
+    if (kind != LinkKind::sibling)
+        adopted->nextPart_ = *link;
+    *link = adopted;
+    return adopted;
 }
 
 ElementNodePtr elementNode::release(LinkKind kind)
 {
-    elementNode* const held = std::exchange(slots_[indexOf(kind)], nullptr);
-    if (held != nullptr) {
-        held->parent_ = nullptr;
-        held->linkKind_ = LinkKind::none;
-    }
+    elementNode** const link = linkOf(kind);
+    elementNode* const held = *link;
+    if (held == nullptr || held->linkKind_ != kind)
+        return nullptr;
+    *link = kind == LinkKind::sibling ? nullptr : std::exchange(held->nextPart_, nullptr);
+    held->parent_ = nullptr;
+    held->linkKind_ = LinkKind::none;
     return ElementNodePtr(held);
 }
 
@@ -83,26 +100,31 @@ elementNode* elementNode::append(LinkKind kind, ElementNodePtr node)
 
 ElementNodePtr elementNode::clone(bool withSiblings) const
 {
-    ElementNodePtr root = Make(token_);
+    NodePool pool;
+    ElementNodePtr root = pool.make(token_);
     elementNode* target = root.get();
     const elementNode* source = this;
-    std::size_t slot = 0;
+    const elementNode* down = firstPart_;
     for (;;) {
-        const bool mayFollow = source != this || withSiblings;
-        const std::size_t end = mayFollow ? slotCount : slotCount - 1;
-        while (slot < end && source->slots_[slot] == nullptr)
-            ++slot;
-        if (slot < end) {
-            source = source->slots_[slot];
-            target = target->set(static_cast<LinkKind>(slot + 1), source->token_);
-            slot = 0;
+        // The parts first, then the sibling, then up to where the next of either is.
+        if (down == nullptr && (source != this || withSiblings))
+            down = source->next_;
+        if (down != nullptr) {
+            target = target->set(down->linkKind_, pool.make(down->token_));
+            source = down;
+            down = source->firstPart_;
             continue;
         }
-        if (source == this)
-            return root;
-        slot = indexOf(source->linkKind_) + 1;
-        source = source->parent_;
-        target = target->parent_;
+        for (;;) {
+            if (source == this)
+                return root;
+            const bool wasPart = source->linkKind_ != LinkKind::sibling;
+            down = source->nextPart_;
+            source = source->parent_;
+            target = target->parent_;
+            if (wasPart)
+                break;
+        }
     }
 }
 

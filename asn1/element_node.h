@@ -2,12 +2,12 @@
 
 #include "core/element.h"
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <string_view>
 
 class elementNode;
+class NodePool;
 
 /// Deletes a node with everything below and behind it, in constant stack.
 struct ElementNodeDeleter {
@@ -33,12 +33,10 @@ enum class LinkKind : std::uint32_t {
 /// and may be a million items long: nothing here recurses along a list, or to a depth that input decides.
 class elementNode {
 public:
-    elementNode() = default;
-    explicit elementNode(element token) : token_(std::move(token)) {}
-    explicit elementNode(ElementType type) : token_(type) {}
     elementNode(const elementNode&) = delete;
     elementNode& operator=(const elementNode&) = delete;
 
+    /// A node in storage of its own; NodePool makes the many nodes of a tree.
     static ElementNodePtr Make(element token) { return ElementNodePtr(new elementNode(std::move(token))); }
     static ElementNodePtr Make(ElementType type) { return ElementNodePtr(new elementNode(type)); }
 
@@ -49,16 +47,32 @@ public:
     elementNode* parent() const { return parent_; }
     LinkKind linkKind() const { return linkKind_; }
 
-    elementNode* slot(LinkKind kind) const { return slots_[indexOf(kind)]; }
+    elementNode* slot(LinkKind kind) const
+    {
+        if (kind == LinkKind::sibling)
+            return next_;
+        elementNode* part = firstPart_;
+        while (part != nullptr && part->linkKind_ < kind)
+            part = part->nextPart_;
+        return part != nullptr && part->linkKind_ == kind ? part : nullptr;
+    }
     elementNode* modifiers() const { return slot(LinkKind::modifiers); }
     elementNode* brackets() const { return slot(LinkKind::brackets); }
     elementNode* shortValue() const { return slot(LinkKind::shortValue); }
     elementNode* operation() const { return slot(LinkKind::operation); }
     elementNode* content() const { return slot(LinkKind::content); }
-    elementNode* next() const { return slot(LinkKind::sibling); }
+    elementNode* next() const { return next_; }
 
     /// What stands for the value wherever the decoder or the writer of a template put it: the content, else the short value.
-    elementNode* value() const { return content() != nullptr ? content() : shortValue(); }
+    elementNode* value() const
+    {
+        elementNode* found = nullptr;
+        for (elementNode* part = firstPart_; part != nullptr; part = part->nextPart_) {
+            if (part->linkKind_ == LinkKind::shortValue || part->linkKind_ == LinkKind::content)
+                found = part;
+        }
+        return found;
+    }
 
     /// The item before this one in its list; null for the first.
     elementNode* previous() const { return linkKind_ == LinkKind::sibling ? parent_ : nullptr; }
@@ -69,8 +83,17 @@ public:
 
     /// Destroys what the slot held, and adopts `node` with its siblings, or wraps `value` in a new node. An empty `node` empties
     /// the slot. \return the node adopted.
-    elementNode* set(LinkKind kind, ElementNodePtr node);
-    elementNode* set(LinkKind kind, element value);
+    elementNode* set(LinkKind kind, ElementNodePtr node)
+    {
+        elementNode*& link = kind == LinkKind::sibling ? next_ : firstPart_;
+        if (link != nullptr || node == nullptr)
+            return replace(kind, std::move(node));
+        link = node.release();
+        link->parent_ = this;
+        link->linkKind_ = kind;
+        return link;
+    }
+    elementNode* set(LinkKind kind, element value) { return set(kind, Make(std::move(value))); }
     /// Takes what the slot holds out of the tree.
     ElementNodePtr release(LinkKind kind);
     /// Takes this node out of its parent's slot, its siblings with it. A root cannot be detached: null.
@@ -91,13 +114,24 @@ public:
 
 private:
     friend struct ElementNodeDeleter;
+    friend class NodePool;
+
+    explicit elementNode(element&& token) : token_(std::move(token)) {}
+    explicit elementNode(const element& token) : token_(token) {}
+    explicit elementNode(ElementType type) : token_(type) {}
     ~elementNode() = default;
 
-    static constexpr std::size_t slotCount = 6;
-    static constexpr std::size_t indexOf(LinkKind kind) { return static_cast<std::size_t>(kind) - 1; }
+    elementNode* replace(LinkKind kind, ElementNodePtr node);
+    /// The pointer in which a part of this kind hangs, or would.
+    elementNode** linkOf(LinkKind kind);
 
     elementNode* parent_ = nullptr;
-    std::array<elementNode*, slotCount> slots_{};
+    elementNode* next_ = nullptr;
+    /// The filled slots but for the sibling's, in the order of their kinds: few nodes have more than two.
+    elementNode* firstPart_ = nullptr;
+    elementNode* nextPart_ = nullptr;
     element token_;
     LinkKind linkKind_ = LinkKind::none;
+    /// Counted from 1 in the block of a pool; 0 for a node in storage of its own.
+    std::uint32_t place_ = 0;
 };

@@ -1,0 +1,62 @@
+#include "bench/asn1/certificates.h"
+
+#include "asn1/parser.h"
+
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace {
+
+constexpr const char* trustStore = "/etc/ssl/certs/ca-certificates.crt";
+constexpr std::uint32_t shortest = 900;
+constexpr std::uint32_t longest = 2048;
+
+std::vector<element> ReadTrustStore()
+{
+    std::ifstream file(trustStore, std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    constexpr std::string_view begin = "-----BEGIN CERTIFICATE-----";
+    std::vector<element> certificates;
+    for (std::size_t start = text.find(begin); start != std::string::npos; start = text.find(begin, start)) {
+        start += begin.size();
+        const std::size_t end = text.find("-----END", start);
+        element certificate = element::FromBase64(std::string_view(text).substr(start, end - start));
+        if (certificate.length() >= shortest && certificate.length() <= longest)
+            certificates.push_back(std::move(certificate));
+    }
+    return certificates;
+}
+
+constexpr const char* listHead = "SEQUENCE { INTEGER = 1, SEQUENCE { OBJECT_IDENTIFIER = \"1.2.840.113549.1.1.11\", NULL },"
+                                 "SEQUENCE { SET { SEQUENCE { OBJECT_IDENTIFIER = \"2.5.4.3\", UTF8String = \"Test\" } } },"
+                                 "UTCTime = \"261122000000Z\", UTCTime = \"271122000000Z\", SEQUENCE }";
+constexpr const char* listEntry = "SEQUENCE { INTEGER = serial, UTCTime = \"261122093000Z\","
+                                  "SEQUENCE { SEQUENCE { OBJECT_IDENTIFIER = \"2.5.29.21\", OCTET_STRING = #0A0104 } } }";
+
+} // namespace
+
+const std::vector<element>& Certificates()
+{
+    static const std::vector<element> certificates = ReadTrustStore();
+    return certificates;
+}
+
+element RevocationList(std::uint32_t entries)
+{
+    CCryptoParser list;
+    list.Load_ASCII_Memory(listHead);
+    CCryptoParser entry;
+    entry.Load_ASCII_Memory(listEntry);
+    elementNode* const revoked = list.root()->content()->last();
+    elementNode* last = nullptr;
+    for (std::uint32_t index = 0; index < entries; ++index) {
+        ElementNodePtr next = entry.root()->clone();
+        element serial("\x5A sixteen bytes ", 16, ElementType::integer);
+        for (std::uint32_t byte = 0; byte < 4; ++byte)
+            serial.data()[1 + byte] = static_cast<std::uint8_t>(index >> (8 * byte));
+        next->content()->set(LinkKind::shortValue, std::move(serial));
+        last = last == nullptr ? revoked->set(LinkKind::content, std::move(next)) : last->set(LinkKind::sibling, std::move(next));
+    }
+    return list.ToDer();
+}
