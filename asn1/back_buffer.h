@@ -33,11 +33,12 @@ public:
 private:
     void grow(std::size_t more)
     {
-        constexpr std::size_t leastStorage = 512;
+        constexpr std::size_t leastStorage = 4096;
         const std::size_t used = length();
-        // The element ends the process when the sum exceeds what it can hold.
+        // Bytes in front of `start_` are never read. The element ends the process when the sum exceeds what it can hold.
         element larger;
-        larger.resize(static_cast<std::uint32_t>(std::min<std::size_t>(std::max(leastStorage, (used + more) * 2), UINT32_MAX)));
+        larger.makeRoom(std::min<std::size_t>(std::max(leastStorage, (used + more) * 2), UINT32_MAX));
+        larger.lengthen(larger.spare());
         const auto start = static_cast<std::uint32_t>(larger.length() - used);
         if (used != 0)
             std::memcpy(larger.data() + start, storage_.data() + start_, used);

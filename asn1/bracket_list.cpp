@@ -2,6 +2,8 @@
 
 namespace {
 
+constexpr std::string_view excludeWord = "EXCLUDE";
+
 bool IsWord(const element& token, ElementType word)
 {
     return token.type() == word || (token.type() == ElementType::text && token.view() == TokenText(word));
@@ -12,6 +14,26 @@ bool HasWord(const elementNode* list, ElementType word)
     while (list != nullptr && !IsWord(list->token(), word))
         list = list->next();
     return list != nullptr;
+}
+
+bool IsExclude(const element& token)
+{
+    return (token.type() == ElementType::identifier || token.type() == ElementType::text) && token.view() == excludeWord;
+}
+
+void ReadBrackets(const elementNode* item, EncodingMarks& marks)
+{
+    for (; item != nullptr; item = item->next()) {
+        const element& token = item->token();
+        if (token.type() == ElementType::integer) {
+            if (marks.number == nullptr)
+                marks.number = &token;
+            continue;
+        }
+        marks.excluded |= IsExclude(token);
+        marks.primitive |= IsWord(token, ElementType::primitive) || IsWord(token, ElementType::implicit);
+        marks.constructed |= IsWord(token, ElementType::constructed) || IsWord(token, ElementType::explicitTag);
+    }
 }
 
 } // namespace
@@ -28,17 +50,36 @@ bool HasModifier(const elementNode& node, ElementType word)
 
 bool IsExcluded(const elementNode& node)
 {
-    constexpr std::string_view word = "EXCLUDE";
-    for (const elementNode* item = node.brackets(); item != nullptr; item = item->next()) {
-        const bool isWord = item->type() == ElementType::identifier || item->type() == ElementType::text;
-        if (isWord && item->token().view() == word)
-            return true;
-    }
-    return false;
+    const elementNode* item = node.brackets();
+    while (item != nullptr && !IsExclude(item->token()))
+        item = item->next();
+    return item != nullptr;
 }
 
 const element* BracketNumber(const elementNode& node)
 {
     const elementNode* const number = node.find(LinkKind::brackets, ElementType::integer);
     return number != nullptr ? &number->token() : nullptr;
+}
+
+EncodingMarks EncodingMarksOf(const elementNode& node)
+{
+    EncodingMarks marks;
+    for (const elementNode* part = node.firstPart(); part != nullptr; part = part->nextPart()) {
+        switch (part->linkKind()) {
+        case LinkKind::modifiers:
+            marks.optional = HasWord(part, ElementType::optional);
+            break;
+        case LinkKind::brackets:
+            ReadBrackets(part, marks);
+            break;
+        case LinkKind::shortValue:
+        case LinkKind::content:
+            marks.value = part;
+            break;
+        default:
+            break;
+        }
+    }
+    return marks;
 }

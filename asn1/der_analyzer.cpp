@@ -1,5 +1,7 @@
 #include "asn1/der_analyzer.h"
 
+#include <array>
+
 namespace {
 
 constexpr std::uint32_t tagNumberCount = 31;
@@ -46,6 +48,20 @@ constexpr std::uint8_t applicationClass = 0x40;
 constexpr std::uint8_t contextSpecificClass = 0x80;
 constexpr std::uint8_t privateClass = 0xC0;
 
+/// By type, from `application` on.
+constexpr auto identifierOctets = [] {
+    constexpr auto first = static_cast<std::uint32_t>(ElementType::application);
+    std::array<std::uint8_t, static_cast<std::uint32_t>(ElementType::bmpString) - first + 1> octets{};
+    octets[0] = applicationClass;
+    octets[static_cast<std::uint32_t>(ElementType::contextSpecific) - first] = contextSpecificClass;
+    octets[static_cast<std::uint32_t>(ElementType::privateClass) - first] = privateClass;
+    for (std::uint8_t tagNumber = 0; tagNumber < tagNumberCount; ++tagNumber) {
+        if (universalTypes[tagNumber] != none)
+            octets[static_cast<std::uint32_t>(universalTypes[tagNumber]) - first] = tagNumber;
+    }
+    return octets;
+}();
+
 } // namespace
 
 ElementType UniversalType(std::uint32_t tagNumber)
@@ -55,21 +71,8 @@ ElementType UniversalType(std::uint32_t tagNumber)
 
 std::uint8_t IdentifierOctet(ElementType type)
 {
-    switch (type) {
-    case ElementType::application:
-        return applicationClass;
-    case ElementType::contextSpecific:
-        return contextSpecificClass;
-    case ElementType::privateClass:
-        return privateClass;
-    default:
-        break;
-    }
-    for (std::uint8_t tagNumber = 1; tagNumber < tagNumberCount; ++tagNumber) {
-        if (universalTypes[tagNumber] == type)
-            return tagNumber;
-    }
-    return 0;
+    const std::uint32_t index = static_cast<std::uint32_t>(type) - static_cast<std::uint32_t>(ElementType::application);
+    return index < identifierOctets.size() ? identifierOctets[index] : std::uint8_t{0};
 }
 
 ElementType DerHeader::type() const

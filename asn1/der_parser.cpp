@@ -5,7 +5,6 @@
 #include "core/auto_logger.h"
 #include "core/log_writers.h"
 
-
 namespace {
 
 constexpr std::uint32_t leastText = 2;

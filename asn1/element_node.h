@@ -63,6 +63,10 @@ public:
     elementNode* content() const { return slot(LinkKind::content); }
     elementNode* next() const { return next_; }
 
+    /// The filled slots but for the sibling's one after the other, in the order of their kinds.
+    elementNode* firstPart() const { return firstPart_; }
+    elementNode* nextPart() const { return nextPart_; }
+
     /// What stands for the value wherever the decoder or the writer of a template put it: the content, else the short value.
     elementNode* value() const
     {

@@ -41,11 +41,17 @@ void AppendSubidentifier(std::uint64_t arc, element& octets)
 /// The arc at the start of `dotted`, which is shortened by it and the dot behind it.
 bool ReadArc(std::string_view& dotted, std::uint64_t& arc)
 {
-    const char* const end = dotted.data() + dotted.size();
-    const auto [stop, error] = std::from_chars(dotted.data(), end, arc);
-    if (error != std::errc() || (stop != end && (*stop != '.' || stop + 1 == end)))
+    // Nineteen digits always fit; more are left to the library.
+    constexpr std::size_t safeDigits = 19;
+    std::size_t count = 0;
+    arc = 0;
+    while (count < dotted.size() && dotted[count] >= '0' && dotted[count] <= '9')
+        arc = arc * 10 + static_cast<std::uint64_t>(dotted[count++] - '0');
+    if (count == 0 || (count < dotted.size() && (dotted[count] != '.' || count + 1 == dotted.size())))
         return false;
-    dotted.remove_prefix(static_cast<std::size_t>(stop - dotted.data()) + (stop != end ? 1 : 0));
+    if (count > safeDigits && std::from_chars(dotted.data(), dotted.data() + count, arc).ec != std::errc())
+        return false;
+    dotted.remove_prefix(count + (count < dotted.size() ? 1 : 0));
     return true;
 }
 

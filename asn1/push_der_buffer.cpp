@@ -62,7 +62,7 @@ public:
 
 private:
     bool writeNode(const elementNode& node, std::uint32_t depth);
-    bool writeIdentifier(const elementNode& node);
+    bool writeIdentifier(ElementType type, const EncodingMarks& marks);
     void writeLength(std::uint32_t length);
     bool writeValue(const element& value, const elementNode* owner);
     void writeInteger(const element& value);
@@ -97,36 +97,32 @@ bool Encoder::writeList(const elementNode* first, const elementNode* owner, std:
 
 bool Encoder::writeNode(const elementNode& node, std::uint32_t depth)
 {
-    const elementNode* const value = node.value();
-    if (HasModifier(node, ElementType::optional) && !IsFilled(value))
+    const EncodingMarks marks = EncodingMarksOf(node);
+    if (marks.optional && !IsFilled(marks.value))
         return true;
-    if (IsExcluded(node))
-        return writeList(value, &node, depth + 1);
+    if (marks.excluded)
+        return writeList(marks.value, &node, depth + 1);
 
     const std::uint32_t before = out_.length();
-    if (node.type() != ElementType::asn1Null && !writeList(value, &node, depth + 1))
+    if (node.type() != ElementType::asn1Null && !writeList(marks.value, &node, depth + 1))
         return false;
-    const element* const unusedBits = node.type() == ElementType::bitString ? BracketNumber(node) : nullptr;
-    if (unusedBits != nullptr)
-        out_.prepend(static_cast<std::uint8_t>(unusedBits->toWord32()));
+    if (node.type() == ElementType::bitString && marks.number != nullptr)
+        out_.prepend(static_cast<std::uint8_t>(marks.number->toWord32()));
     writeLength(out_.length() - before);
-    return writeIdentifier(node);
+    return writeIdentifier(node.type(), marks);
 }
 
-bool Encoder::writeIdentifier(const elementNode& node)
+bool Encoder::writeIdentifier(ElementType type, const EncodingMarks& marks)
 {
-    std::uint8_t identifier = IdentifierOctet(node.type());
-    if (IsTagClass(node.type())) {
-        const element* const number = BracketNumber(node);
-        if (number == nullptr)
-            return fail("Token '%s' has no enumerated definiton", TokenText(node.type()));
-        if (number->toWord64() >= firstLongTagNumber)
-            return fail("Tag number %s cannot be written", number->toString().c_str());
-        identifier = static_cast<std::uint8_t>(identifier | number->toWord32());
+    std::uint8_t identifier = IdentifierOctet(type);
+    if (IsTagClass(type)) {
+        if (marks.number == nullptr)
+            return fail("Token '%s' has no enumerated definiton", TokenText(type));
+        if (marks.number->toWord64() >= firstLongTagNumber)
+            return fail("Tag number %s cannot be written", marks.number->toString().c_str());
+        identifier = static_cast<std::uint8_t>(identifier | marks.number->toWord32());
     }
-    const bool never = HasBracket(node, ElementType::primitive) || HasBracket(node, ElementType::implicit);
-    const bool always = HasBracket(node, ElementType::constructed) || HasBracket(node, ElementType::explicitTag);
-    if (always || (!never && HoldsElement(node.value())))
+    if (marks.constructed || (!marks.primitive && HoldsElement(marks.value)))
         identifier |= derConstructedBit;
     out_.prepend(identifier);
     return true;
