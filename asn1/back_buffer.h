@@ -1,51 +1,47 @@
 #pragma once
 
-#include "core/element.h"
+#include "core/platform/secure_wipe.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <span>
 
 /// Bytes collected from the last to the first, so that the length of what is already there is known when its header is written.
+/// What was collected is wiped at the end.
 class BackBuffer {
 public:
-    std::uint32_t length() const { return storage_.length() - start_; }
-    std::span<const std::uint8_t> bytes() const { return storage_.bytes().subspan(start_); }
+    BackBuffer() = default;
+    ~BackBuffer() { platform::SecureWipe(start_, length()); }
+    BackBuffer(const BackBuffer&) = delete;
+    BackBuffer& operator=(const BackBuffer&) = delete;
+
+    std::size_t length() const { return static_cast<std::size_t>(end_ - start_); }
+    std::span<const std::uint8_t> bytes() const { return {start_, length()}; }
 
     void prepend(std::uint8_t byte)
     {
-        if (start_ == 0)
+        if (start_ == storage())
             grow(1);
-        storage_.data()[--start_] = byte;
+        *--start_ = byte;
     }
 
     void prepend(std::span<const std::uint8_t> bytes)
     {
         if (bytes.empty())
             return;
-        if (start_ < bytes.size())
+        if (static_cast<std::size_t>(start_ - storage()) < bytes.size())
             grow(bytes.size());
-        start_ -= static_cast<std::uint32_t>(bytes.size());
-        std::memcpy(storage_.data() + start_, bytes.data(), bytes.size());
+        start_ -= bytes.size();
+        std::memcpy(start_, bytes.data(), bytes.size());
     }
 
 private:
-    void grow(std::size_t more)
-    {
-        constexpr std::size_t leastStorage = 4096;
-        const std::size_t used = length();
-        // Bytes in front of `start_` are never read. The element ends the process when the sum exceeds what it can hold.
-        element larger;
-        larger.makeRoom(std::min<std::size_t>(std::max(leastStorage, (used + more) * 2), UINT32_MAX));
-        larger.lengthen(larger.spare());
-        const auto start = static_cast<std::uint32_t>(larger.length() - used);
-        if (used != 0)
-            std::memcpy(larger.data() + start, storage_.data() + start_, used);
-        storage_ = std::move(larger);
-        start_ = start;
-    }
+    std::uint8_t* storage() { return large_ != nullptr ? large_.get() : small_; }
+    void grow(std::size_t more);
 
-    element storage_;
-    std::uint32_t start_ = 0;
+    std::uint8_t small_[2048];
+    std::unique_ptr<std::uint8_t[]> large_;
+    std::uint8_t* end_ = small_ + sizeof small_;
+    std::uint8_t* start_ = end_;
 };

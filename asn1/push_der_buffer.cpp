@@ -47,7 +47,7 @@ bool IsFilled(const elementNode* node)
 bool HoldsElement(const elementNode* node)
 {
     for (; node != nullptr; node = node->next()) {
-        if (IsAsn1Type(node->type()) && (!IsExcluded(*node) || HoldsElement(node->value())))
+        if (IsAsn1Type(node->type()) && (node->brackets() == nullptr || !IsExcluded(*node) || HoldsElement(node->value())))
             return true;
     }
     return false;
@@ -63,7 +63,7 @@ public:
 private:
     bool writeNode(const elementNode& node, std::uint32_t depth);
     bool writeIdentifier(ElementType type, const EncodingMarks& marks);
-    void writeLength(std::uint32_t length);
+    void writeLength(std::size_t length);
     bool writeValue(const element& value, const elementNode* owner);
     void writeInteger(const element& value);
     bool writeObjectIdentifier(const element& value);
@@ -103,7 +103,7 @@ bool Encoder::writeNode(const elementNode& node, std::uint32_t depth)
     if (marks.excluded)
         return writeList(marks.value, &node, depth + 1);
 
-    const std::uint32_t before = out_.length();
+    const std::size_t before = out_.length();
     if (node.type() != ElementType::asn1Null && !writeList(marks.value, &node, depth + 1))
         return false;
     if (node.type() == ElementType::bitString && marks.number != nullptr)
@@ -128,7 +128,7 @@ bool Encoder::writeIdentifier(ElementType type, const EncodingMarks& marks)
     return true;
 }
 
-void Encoder::writeLength(std::uint32_t length)
+void Encoder::writeLength(std::size_t length)
 {
     if (length < 0x80) {
         out_.prepend(static_cast<std::uint8_t>(length));
@@ -220,6 +220,8 @@ bool CPushDerBuffer::Push(const elementNode* first)
     Encoder encoder(logger);
     if (!encoder.writeList(first, nullptr, 0))
         return false;
+    if (encoder.bytes().size() > UINT32_MAX)
+        return logger.setRetValue(3, false, "The encoding is longer than 4 GiB");
     PushBytes(encoder.bytes().data(), static_cast<std::uint32_t>(encoder.bytes().size()));
     return logger.setResult(true);
 }

@@ -22,12 +22,12 @@ element::element(const char* text) : element(text != nullptr ? std::string_view(
 
 element::element(std::string_view text) : element(text.data(), LengthOf(text.size()), ElementType::text) {}
 
-element::element(const void* bytes, std::uint32_t length, ElementType type) : type_(type)
+element::element(const void* bytes, std::uint32_t length, ElementType type) : element(type)
 {
     append(bytes, length);
 }
 
-element::element(std::uint32_t number) : type_(ElementType::integer)
+element::element(std::uint32_t number) : element(ElementType::integer)
 {
     const std::uint8_t bytes[] = {static_cast<std::uint8_t>(number >> 24), static_cast<std::uint8_t>(number >> 16),
                                   static_cast<std::uint8_t>(number >> 8), static_cast<std::uint8_t>(number)};

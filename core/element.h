@@ -15,14 +15,14 @@ class CCryptoString;
 /// string. Lengths are in bytes and fit 32 bits.
 ///
 /// Storage that is given up (released, or left behind by growth) is overwritten with zeros first, unless WipeReleasedBuffers(false)
-/// was called. Up to 24 bytes lie in the element itself, so a pointer to them ends with the element they are moved out of. A failed
+/// was called. Up to 22 bytes lie in the element itself, so a pointer to them ends with the element they are moved out of. A failed
 /// allocation ends the process with "FATAL MEMORY ALLOCATION ERROR" and exit code 1.
 class element {
 public:
     /// Raw bytes, none of them yet.
     element() noexcept = default;
     /// A token, or an empty value of a kind.
-    explicit element(ElementType type) noexcept : type_(type) {}
+    explicit element(ElementType type) noexcept : type_(static_cast<std::uint8_t>(type)) {}
     /// Text, copied up to its terminator; a null pointer gives empty text.
     explicit element(const char* text);
     explicit element(std::string_view text);
@@ -47,8 +47,8 @@ public:
     element& operator=(element&& other) noexcept;
     ~element() { release(); }
 
-    ElementType type() const { return type_; }
-    void setType(ElementType type) { type_ = type; }
+    ElementType type() const { return static_cast<ElementType>(type_); }
+    void setType(ElementType type) { type_ = static_cast<std::uint8_t>(type); }
     /// Set for an INTEGER below zero: read from DER (the bytes are then two's complement) or written with a leading "-"
     /// (magnitude).
     bool negative() const { return negative_; }
@@ -168,7 +168,7 @@ private:
     std::uint8_t* data_ = nullptr;
     std::uint32_t length_ = 0;
     std::uint32_t capacity_ = 0;
-    alignas(8) std::uint8_t inline_[24];
-    ElementType type_ = ElementType::bytes;
+    std::uint8_t type_ = static_cast<std::uint8_t>(ElementType::bytes);
     bool negative_ = false;
+    alignas(2) std::uint8_t inline_[22];
 };

@@ -141,20 +141,20 @@ void AppendUnit(element& units, std::uint32_t unit)
 
 CCryptoString element::toString() const
 {
-    if (type_ == ElementType::none || IsText(type_))
+    if (type() == ElementType::none || IsText(type()))
         return CCryptoString(view());
-    if (type_ == ElementType::truth)
+    if (type() == ElementType::truth)
         return toTruth() ? "TRUE" : "FALSE";
-    if (type_ == ElementType::integer)
+    if (type() == ElementType::integer)
         return IntegerText(*this);
-    if (const char* token = TokenText(type_))
+    if (const char* token = TokenText(type()))
         return token;
     return CCryptoString(HexOf(bytes()).view());
 }
 
 std::uint64_t element::toWord64() const
 {
-    if (!IsText(type_))
+    if (!IsText(type()))
         return LastBytes(bytes());
     const ParsedNumber number = ParseDecimal(view());
     return number.negative ? 0 - number.magnitude : number.magnitude;
@@ -168,7 +168,7 @@ std::uint32_t element::toWord32() const
 std::int32_t element::toInt() const
 {
     const std::uint32_t word = toWord32();
-    if (!negative_ || IsText(type_))
+    if (!negative_ || IsText(type()))
         return static_cast<std::int32_t>(word);
     const bool twosComplement = length_ != 0 && data_[0] >= 0x80;
     if (!twosComplement)
@@ -179,7 +179,7 @@ std::int32_t element::toInt() const
 
 bool element::toTruth() const
 {
-    if (IsText(type_))
+    if (IsText(type()))
         return view() == "TRUE" || view() == "true" || toWord64() != 0;
     return std::ranges::any_of(bytes(), [](std::uint8_t byte) { return byte != 0; });
 }
@@ -205,7 +205,7 @@ bool element::toUtf16(element& units) const
     bool valid = true;
     for (std::uint32_t index = 0; index < length_ && valid;) {
         std::uint32_t codePoint = data_[index];
-        const std::uint32_t taken = type_ == ElementType::utf8Text ? DecodeUtf8(bytes().subspan(index), codePoint) : 1;
+        const std::uint32_t taken = type() == ElementType::utf8Text ? DecodeUtf8(bytes().subspan(index), codePoint) : 1;
         // An overlong form may hide a zero or a separator from whoever looks at the bytes.
         const bool decoded = taken == 1 || (taken != 0 && taken == Utf8Length(codePoint));
         valid = decoded && codePoint <= largestCodePoint;

@@ -6,7 +6,8 @@
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wshadow"
 
-/// What an `element` is: a value of some kind, or a token of the template language. Codes 58 to 85 are the ASN.1 types.
+/// What an `element` is: a value of some kind, or a token of the template language. Codes 58 to 85 are the ASN.1 types; all fit a
+/// byte.
 enum class ElementType : std::uint32_t {
     none = 0,
     null = 1,

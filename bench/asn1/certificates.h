@@ -2,10 +2,10 @@
 
 #include "core/element.h"
 
-#include <vector>
+/// The one of middle size among the certificates of the system's trust store that are 900 to 2048 bytes long, as most are. Ends the
+/// program when there is no store.
+const element& Certificate();
 
-/// The certificates of the system's trust store that are 900 to 2048 bytes long, as most are; none without a store.
-const std::vector<element>& Certificates();
-
-/// A revocation list of `entries` entries with a reason each, some 50 bytes an entry, without a signature that would hold.
-element RevocationList(std::uint32_t entries);
+/// A revocation list of at least `bytes` bytes, without a signature that would hold. An entry is 39 bytes: a serial number of 20
+/// and a date; 14 more with a reason.
+element RevocationList(std::uint32_t bytes, bool withReasons = false);
