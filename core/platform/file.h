@@ -9,6 +9,7 @@ enum class FileMode {
     write,     ///< created, or emptied when it exists
     append,    ///< created when missing; every write goes to the end
     readWrite, ///< created when missing; contents kept
+    create,    ///< must not exist, not even as a link; to be written
 };
 
 /// A file of bytes. Names are UTF-8 and may be longer than 260 characters on Windows too. Failures leave LastError(). Pipes,
@@ -34,6 +35,8 @@ public:
     bool truncate(std::uint64_t size);
 
     static bool Remove(const char* name);
+    /// Gives the file `from` the name `to`, in one step; a file of that name is gone then.
+    static bool Replace(const char* from, const char* to);
 
 private:
     static constexpr std::intptr_t closed = -1;

@@ -43,6 +43,7 @@ TEST(File, ModesSayWhatHappensToContents)
         {FileMode::write, "ab", "ab"},
         {FileMode::append, "ab", "12345ab"},
         {FileMode::readWrite, "ab", "ab345"},
+        {FileMode::create, "ab", "12345"},
     };
     for (const auto& [mode, created, overwrote] : cases) {
         SCOPED_TRACE(static_cast<int>(mode));
@@ -51,9 +52,24 @@ TEST(File, ModesSayWhatHappensToContents)
         EXPECT_EQ(Put(name, mode, "ab"), mode != FileMode::read);
         EXPECT_EQ(Get(name), created);
         ASSERT_TRUE(Put(name, FileMode::write, "12345"));
-        EXPECT_EQ(Put(name, mode, "ab"), mode != FileMode::read);
+        EXPECT_EQ(Put(name, mode, "ab"), std::string(overwrote) != "12345");
         EXPECT_EQ(Get(name), overwrote);
     }
+}
+
+TEST(File, ReplacesAFileByAnother)
+{
+    const TemporaryDirectory directory;
+    const std::string from = directory / u8"päivä new";
+    const std::string to = directory / u8"päivä";
+    for (const char* text : {"first", "second"}) {
+        ASSERT_TRUE(Put(from, FileMode::create, text));
+        EXPECT_TRUE(File::Replace(from.c_str(), to.c_str()));
+        EXPECT_EQ(Get(to), text);
+        EXPECT_EQ(Get(from), "(missing)");
+    }
+    EXPECT_FALSE(File::Replace(from.c_str(), to.c_str()));
+    EXPECT_FALSE(File::Replace(nullptr, to.c_str()));
 }
 
 TEST(File, NamesMayBeLongForeignAndRelative)

@@ -2,6 +2,7 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <stdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -18,6 +19,8 @@ int FlagsOf(FileMode mode)
         return O_RDWR | O_CREAT | O_TRUNC;
     case FileMode::append:
         return O_WRONLY | O_CREAT | O_APPEND;
+    case FileMode::create:
+        return O_RDWR | O_CREAT | O_EXCL;
     case FileMode::readWrite:
         break;
     }
@@ -132,6 +135,15 @@ bool File::Remove(const char* name)
         return false;
     }
     return unlink(name) == 0;
+}
+
+bool File::Replace(const char* from, const char* to)
+{
+    if (from == nullptr || to == nullptr) {
+        errno = EINVAL;
+        return false;
+    }
+    return ::rename(from, to) == 0;
 }
 
 } // namespace platform

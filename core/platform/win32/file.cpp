@@ -24,6 +24,8 @@ ModeFlags FlagsOf(FileMode mode)
     case FileMode::append:
         // The right to append without the right to write makes the system move every write to the end, other processes' included.
         return {FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE, OPEN_ALWAYS};
+    case FileMode::create:
+        return {GENERIC_READ | GENERIC_WRITE, CREATE_NEW};
     case FileMode::readWrite:
         break;
     }
@@ -177,6 +179,15 @@ bool File::Remove(const char* name)
         return false;
     }
     return DeleteFileW(SystemName(name).c_str()) != FALSE;
+}
+
+bool File::Replace(const char* from, const char* to)
+{
+    if (from == nullptr || to == nullptr) {
+        SetLastError(ERROR_INVALID_NAME);
+        return false;
+    }
+    return MoveFileExW(SystemName(from).c_str(), SystemName(to).c_str(), MOVEFILE_REPLACE_EXISTING) != FALSE;
 }
 
 } // namespace platform
