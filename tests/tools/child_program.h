@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/platform/win32/scoped_handle.h"
+#include "core/platform/win32/wide.h"
 
 #include <string>
 
@@ -10,7 +11,8 @@ public:
     /// What it may write before somebody reads, in bytes.
     static constexpr DWORD room = 1U << 20;
 
-    explicit ChildProgram(std::string commandLine)
+    /// \param commandLine UTF-8.
+    explicit ChildProgram(const std::string& commandLine)
     {
         SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
         HANDLE readEnd = nullptr;
@@ -20,14 +22,15 @@ public:
         SetHandleInformation(readEnd, HANDLE_FLAG_INHERIT, 0);
         const platform::ScopedHandle childEnd(writeEnd);
 
-        STARTUPINFOA startup = {};
+        STARTUPINFOW startup = {};
         startup.cb = sizeof startup;
         startup.dwFlags = STARTF_USESTDHANDLES;
         startup.hStdOutput = writeEnd;
         startup.hStdError = writeEnd;
         PROCESS_INFORMATION process = {};
-        if (CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP, nullptr, nullptr,
-                           &startup, &process)) {
+        std::wstring wide = platform::Utf8ToWide(commandLine);
+        if (CreateProcessW(nullptr, wide.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP, nullptr, nullptr, &startup,
+                           &process)) {
             process_.reset(process.hProcess);
             CloseHandle(process.hThread);
         }

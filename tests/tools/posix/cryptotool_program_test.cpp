@@ -1,0 +1,52 @@
+#include "tests/core/temporary_directory.h"
+#include "tests/tools/small_files.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+
+namespace {
+
+/// A folder in which shell commands run the built program as $T.
+class CryptotoolProgram : public ::testing::Test {
+protected:
+    int Run(const std::string& command)
+    {
+        const std::string whole =
+            "cd '" + folder_.path().string() + "' && T='" PROGRAM_DIR "/cryptotool' && { " + command + "; } 2>error";
+        const int status = std::system(whole.c_str());
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+    std::string Get(std::u8string_view name) const { return GetFile(folder_ / name); }
+
+    TemporaryDirectory folder_;
+};
+
+TEST_F(CryptotoolProgram, StreamsAndPipesCarryBytes)
+{
+    EXPECT_EQ(Run("echo 'INTEGER = 10' >päivä; $T asn1 build päivä | $T gzip - | $T gunzip >out"), 0);
+    EXPECT_EQ(Get(u8"out"), "\x02\x01\x0a");
+    EXPECT_EQ(Run("mkfifo pipe; $T asn1 build päivä >pipe & $T asn1 show pipe >out"), 0);
+    EXPECT_NE(Get(u8"out").find("INTEGER 10"), std::string::npos);
+    EXPECT_EQ(Run("$T asn1 show nothing"), 1);
+    EXPECT_EQ(Get(u8"error"), "cryptotool: nothing: No such file or directory\n");
+    EXPECT_EQ(Run("$T asn1"), 2);
+}
+
+TEST_F(CryptotoolProgram, OutputsThatAreNoPlainFilesStayWhatTheyAre)
+{
+    EXPECT_EQ(Run("echo 'INTEGER = 10' >t; $T asn1 build t -o /dev/null; test -c /dev/null"), 0);
+    EXPECT_EQ(Run("$T asn1 build t >/dev/full"), 1);
+    EXPECT_EQ(Get(u8"error"), "cryptotool: -: No space left on device\n");
+    EXPECT_EQ(Run("$T asn1 build t -o /dev/full"), 1);
+    EXPECT_EQ(Get(u8"error"), "cryptotool: /dev/full: No space left on device\n");
+    EXPECT_EQ(Run("mkdir d; echo old >d/real; chmod 600 d/real; ln -s d/real link; $T asn1 build t -o link && test -L link"), 0);
+    EXPECT_EQ(Get(u8"d/real"), "\x02\x01\x0a");
+    struct stat status = {};
+    EXPECT_EQ(stat((folder_ / u8"d/real").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0600U);
+}
+
+} // namespace

@@ -1,0 +1,25 @@
+#include "tools/cryptotool/command_table.h"
+
+#include "tools/cryptotool/command.h"
+
+namespace {
+
+const Command* const commands[] = {
+    &asn1ShowCommand, &asn1BuildCommand, &asn1MatchCommand, &asn1GetCommand, &oidCommand, &gzipCommand, &gunzipCommand,
+};
+
+constexpr Noun nouns[] = {
+    {"asn1", "look into DER, build it, match it against templates"},
+};
+
+} // namespace
+
+std::span<const Command* const> Commands()
+{
+    return commands;
+}
+
+std::span<const Noun> Nouns()
+{
+    return nouns;
+}

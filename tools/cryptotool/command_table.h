@@ -1,0 +1,11 @@
+#pragma once
+
+struct Command;
+
+extern const Command asn1BuildCommand;
+extern const Command asn1GetCommand;
+extern const Command asn1MatchCommand;
+extern const Command asn1ShowCommand;
+extern const Command gunzipCommand;
+extern const Command gzipCommand;
+extern const Command oidCommand;

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "asn1/parser.h"
+#include "tools/cryptotool/invocation.h"
+#include "tools/cryptotool/pem.h"
+
+#include <string>
+#include <vector>
+
+/// One block of an input and the tree decoded from it.
+struct DecodedBlock {
+    DataBlock data;
+    CCryptoParser tree;
+
+    const elementNode* root() const { return tree.root(); }
+};
+
+/// The options "inside" and "lenient" of a call.
+DerOptions DecodingOptions(const Arguments& arguments);
+
+/// Reads an input and decodes every block of it. \return false with `reason`.
+bool ReadDecoded(Console& console, const std::string& name, const DerOptions& options, std::vector<DecodedBlock>& blocks,
+                 std::string& reason);
+
+/// "-- CERTIFICATE (1 of 3)" with its line end, in front of each of several blocks; a comment in template text. Empty for one block
+/// alone.
+std::string BlockHeading(const std::vector<DecodedBlock>& blocks, std::size_t index);
+/// The label as JSON, null where there is none.
+std::string BlockLabelJson(const DecodedBlock& block);

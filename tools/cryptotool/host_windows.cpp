@@ -1,0 +1,127 @@
+#include "core/platform/win32/wide.h"
+#include "tools/cryptotool/host.h"
+
+#include <windows.h>
+
+#include <shellapi.h>
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::size_t mostAtOnce = std::size_t{1} << 20;
+
+HANDLE HandleOf(std::intptr_t handle)
+{
+    return reinterpret_cast<HANDLE>(handle); // NOLINT(performance-no-int-to-ptr): the header holds what fits both systems
+}
+
+std::int64_t ReadSome(HANDLE file, std::span<std::uint8_t> target)
+{
+    DWORD count = 0;
+    if (ReadFile(file, target.data(), static_cast<DWORD>(std::min(target.size(), mostAtOnce)), &count, nullptr))
+        return count;
+    // The other end of a pipe was closed: that is how one ends.
+    return GetLastError() == ERROR_BROKEN_PIPE || GetLastError() == ERROR_HANDLE_EOF ? 0 : -1;
+}
+
+bool WriteAll(HANDLE file, std::span<const std::uint8_t> bytes)
+{
+    while (!bytes.empty()) {
+        DWORD count = 0;
+        if (!WriteFile(file, bytes.data(), static_cast<DWORD>(std::min(bytes.size(), mostAtOnce)), &count, nullptr) || count == 0)
+            return false;
+        bytes = bytes.subspan(count);
+    }
+    return true;
+}
+
+bool IsTerminal(DWORD stream)
+{
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(stream), &mode) != FALSE;
+}
+
+std::intptr_t Open(const std::string& name, DWORD access)
+{
+    return reinterpret_cast<std::intptr_t>(CreateFileW(platform::Utf8ToWide(name).c_str(), access,
+                                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+} // namespace
+
+std::vector<std::string> CommandLineWords(int, char**)
+{
+    int count = 0;
+    wchar_t** const wide = CommandLineToArgvW(GetCommandLineW(), &count);
+    std::vector<std::string> words;
+    for (int index = 1; wide != nullptr && index < count; ++index)
+        words.push_back(platform::WideToUtf8(wide[index]));
+    LocalFree(wide);
+    return words;
+}
+
+SystemConsole::SystemConsole()
+{
+    SetConsoleOutputCP(CP_UTF8);
+}
+
+std::int64_t SystemConsole::readInput(std::span<std::uint8_t> target)
+{
+    return ReadSome(GetStdHandle(STD_INPUT_HANDLE), target);
+}
+
+bool SystemConsole::writeOutput(std::span<const std::uint8_t> bytes)
+{
+    return WriteAll(GetStdHandle(STD_OUTPUT_HANDLE), bytes);
+}
+
+void SystemConsole::writeError(std::string_view text)
+{
+    WriteAll(GetStdHandle(STD_ERROR_HANDLE), {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+}
+
+bool SystemConsole::outputIsTerminal() const
+{
+    return IsTerminal(STD_OUTPUT_HANDLE);
+}
+
+bool SystemConsole::errorIsTerminal() const
+{
+    return IsTerminal(STD_ERROR_HANDLE);
+}
+
+SequentialFile::~SequentialFile()
+{
+    if (handle_ != closed)
+        CloseHandle(HandleOf(handle_));
+}
+
+bool SequentialFile::openToRead(const std::string& name)
+{
+    handle_ = Open(name, GENERIC_READ);
+    return handle_ != closed;
+}
+
+bool SequentialFile::openToWrite(const std::string& name)
+{
+    handle_ = Open(name, GENERIC_WRITE);
+    return handle_ != closed;
+}
+
+std::int64_t SequentialFile::read(std::span<std::uint8_t> target)
+{
+    return ReadSome(HandleOf(handle_), target);
+}
+
+bool SequentialFile::write(std::span<const std::uint8_t> bytes)
+{
+    return WriteAll(HandleOf(handle_), bytes);
+}
+
+std::int64_t SequentialFile::size() const
+{
+    LARGE_INTEGER size{};
+    return GetFileType(HandleOf(handle_)) == FILE_TYPE_DISK && GetFileSizeEx(HandleOf(handle_), &size) ? size.QuadPart : -1;
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "asn1/der_analyzer.h"
+#include "asn1/element_node.h"
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string_view>
+
+/// One line of an outline.
+struct OutlineElement {
+    enum class Kind {
+        element,
+        endOfContents, ///< the two octets that end an element of indefinite length
+        notDecoded,    ///< octets that are no element: padding, or what lenient reading passed over
+    };
+
+    Kind kind = Kind::element;
+    std::uint32_t depth = 0;
+    DerHeader header;
+    bool isOpen = false; ///< elements follow from inside this one
+    std::span<const std::uint8_t> value;
+
+    std::uint32_t headerLength() const { return header.valueStart - header.start; }
+    /// "SEQUENCE", "CONTEXT_SPECIFIC"; "UNIVERSAL" for a tag number without a type.
+    std::string_view typeName() const;
+    std::string_view className() const;
+};
+
+/// Goes through decoded data and the bytes it came from side by side, in the order of the bytes.
+/// \param levels how many levels are shown, 0 for all.
+void WalkOutline(std::span<const std::uint8_t> input, const elementNode* decoded, bool lenient, std::uint32_t levels,
+                 const std::function<void(const OutlineElement&)>& visit);

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "core/platform/file.h"
+#include "tools/cryptotool/console.h"
+#include "tools/cryptotool/host.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+/// Where a command's result goes: standard output, or a file that appears when the result is complete.
+///
+/// A file is written under another name in its folder and renamed by finish(), so that there never is half of one; without finish()
+/// nothing is left. It takes the access rights of the file it replaces, and a link is followed. Devices and pipes are written to as
+/// they are.
+class Output {
+public:
+    enum class Content { text, binary };
+
+    /// \param name empty or "-" for standard output.
+    Output(Console& console, const std::string& name, Content content);
+    ~Output();
+    Output(const Output&) = delete;
+    Output& operator=(const Output&) = delete;
+
+    /// \return false with reason() set; for binary content and a terminal, too.
+    bool open();
+    bool write(std::string_view text);
+    bool write(std::span<const std::uint8_t> bytes);
+    bool finish();
+
+    /// For messages: "-" for standard output.
+    const std::string& name() const { return name_; }
+    const std::string& reason() const { return reason_; }
+
+private:
+    bool flush();
+    bool openBeside();
+    bool put(std::span<const std::uint8_t> bytes);
+    bool fail(std::string reason);
+
+    Console& console_;
+    std::string name_;
+    Content content_;
+    std::string target_;    ///< the file that is replaced in the end; empty for a stream
+    std::string temporary_; ///< what is there to be removed or renamed
+    platform::File file_;
+    std::unique_ptr<SequentialFile> device_;
+    std::uint64_t written_ = 0;
+    std::string buffer_;
+    std::string reason_;
+};

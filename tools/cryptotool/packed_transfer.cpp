@@ -1,0 +1,103 @@
+#include "tools/cryptotool/packed_transfer.h"
+
+#include "tools/cryptotool/input.h"
+#include "tools/cryptotool/progress.h"
+#include "tools/cryptotool/reason.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+constexpr std::size_t pieceSize = 1U << 16;
+
+/// A byte that text for a terminal does not have.
+bool IsControl(std::uint8_t byte)
+{
+    return (byte < 0x20 && (byte < '\t' || byte > '\r')) || byte == 0x7F;
+}
+
+class Transfer {
+public:
+    Transfer(Invocation& invocation, Output& output, std::string file)
+        : invocation_(invocation), output_(output), file_(std::move(file)), input_(invocation.console()),
+          isTerminal_(output.name() == "-" && invocation.console().outputIsTerminal())
+    {
+    }
+
+    int run(const std::function<bool(CDeflateStream&, const DeflateSink&)>& start);
+
+private:
+    /// Takes what was packed or unpacked. \return false, with the reason kept, to stop.
+    bool put(std::span<const std::uint8_t> bytes);
+    int refuseStream(const CDeflateStream& stream);
+
+    Invocation& invocation_;
+    Output& output_;
+    std::string file_;
+    InputStream input_;
+    bool isTerminal_;
+    std::string outputReason_;
+};
+
+bool Transfer::put(std::span<const std::uint8_t> bytes)
+{
+    if (isTerminal_ && std::ranges::any_of(bytes, IsControl)) {
+        outputReason_ = "binary data does not go to a terminal; -o FILE writes it to a file";
+        return false;
+    }
+    if (output_.write(bytes))
+        return true;
+    outputReason_ = output_.reason();
+    return false;
+}
+
+int Transfer::refuseStream(const CDeflateStream& stream)
+{
+    if (!outputReason_.empty())
+        return invocation_.refuse(output_.name(), outputReason_);
+    const std::string reason = stream.reason();
+    return invocation_.refuse(file_, reason.empty() ? Reason("it cannot be processed")
+                                                    : reason + " (offset " + std::to_string(stream.reasonOffset()) + ")");
+}
+
+int Transfer::run(const std::function<bool(CDeflateStream&, const DeflateSink&)>& start)
+{
+    if (!input_.open(file_))
+        return invocation_.refuse(file_, input_.reason());
+    std::vector<std::uint8_t> piece(pieceSize);
+    std::int64_t count = input_.read(piece);
+    // An input that cannot be read creates no output.
+    if (count < 0)
+        return invocation_.refuse(file_, input_.reason());
+    if (!output_.open())
+        return invocation_.refuse(output_.name(), output_.reason());
+    CDeflateStream stream;
+    StartReason();
+    if (!start(stream, [this](std::span<const std::uint8_t> bytes) { return put(bytes); }))
+        return refuseStream(stream);
+    Progress progress(invocation_.console(), input_.size());
+    for (; count > 0; count = input_.read(piece)) {
+        const auto size = static_cast<std::size_t>(count);
+        if (!stream.Write(std::span(piece).first(size)))
+            return refuseStream(stream);
+        progress.add(size);
+    }
+    if (count < 0)
+        return invocation_.refuse(file_, input_.reason());
+    if (!stream.Finish())
+        return refuseStream(stream);
+    return output_.finish() ? exitDone : invocation_.refuse(output_.name(), output_.reason());
+}
+
+} // namespace
+
+int TransferPacked(Invocation& invocation, Output::Content content,
+                   const std::function<bool(CDeflateStream& stream, const DeflateSink& sink)>& start)
+{
+    const Arguments& arguments = invocation.arguments();
+    if (arguments.has(stdoutOption.name) && arguments.has(outputOption.name))
+        return invocation.misuse("--stdout and --output: one of them");
+    Output output(invocation.console(), arguments.value(outputOption.name), content);
+    return Transfer(invocation, output, arguments.operands().empty() ? "-" : arguments.operand(0)).run(start);
+}
