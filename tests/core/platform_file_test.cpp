@@ -39,11 +39,8 @@ TEST(File, ModesSayWhatHappensToContents)
         const char* created;   ///< after writing "ab" into a file that is missing
         const char* overwrote; ///< after writing "ab" at 0 into "12345"
     } const cases[] = {
-        {FileMode::read, "(missing)", "12345"},
-        {FileMode::write, "ab", "ab"},
-        {FileMode::append, "ab", "12345ab"},
-        {FileMode::readWrite, "ab", "ab345"},
-        {FileMode::create, "ab", "12345"},
+        {FileMode::read, "(missing)", "12345"}, {FileMode::write, "ab", "ab"},     {FileMode::append, "ab", "12345ab"},
+        {FileMode::readWrite, "ab", "ab345"},   {FileMode::create, "ab", "12345"},
     };
     for (const auto& [mode, created, overwrote] : cases) {
         SCOPED_TRACE(static_cast<int>(mode));

@@ -12,8 +12,8 @@
 namespace {
 
 constexpr std::string_view details =
-    R"(Holds every block of FILE against the template in TEMPLATE-FILE, and prints what its names stand for: "NAME = VALUE", or the
-elements in braces. Of a block that does not agree the reason tells the item of the template where it failed.
+    R"(Holds every block of FILE against the template in TEMPLATE-FILE, and prints what its names stand for: "NAME = VALUE", or an
+element as template text, or several of them in braces. Of a block that does not agree the reason tells the item of the template where it failed.
 )";
 
 constexpr Option options[] = {
@@ -31,7 +31,7 @@ std::string BindingLine(const TemplateBinding& binding)
     if (binding.node == nullptr)
         return name + "(empty)\n";
     const std::string text = NodeText(*binding.node, binding.withSiblings);
-    if (text.find('\n') == std::string::npos)
+    if (!binding.withSiblings || binding.node->next() == nullptr)
         return name + text + "\n";
     std::string block = name + "{\n    ";
     for (const char character : text) {

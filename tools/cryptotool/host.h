@@ -12,6 +12,9 @@
 /// The words of the command line behind the program's name.
 std::vector<std::string> CommandLineWords(int count, char** words);
 
+/// From here on, a user or system that ends the process before its time has this file removed; an empty name for none.
+void RemoveWhenInterrupted(const std::string& name);
+
 /// The process's own streams, bytes as they are.
 class SystemConsole : public Console {
 public:

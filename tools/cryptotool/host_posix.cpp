@@ -2,8 +2,12 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <limits.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <atomic>
 
 namespace {
 
@@ -29,6 +33,19 @@ bool WriteAll(int file, std::span<const std::uint8_t> bytes)
     return true;
 }
 
+// What a signal handler may look at: the name stands before the flag is set, and stays while it is.
+char unfinishedFile[PATH_MAX];
+std::atomic<bool> hasUnfinishedFile = false;
+static_assert(std::atomic<bool>::is_always_lock_free);
+
+extern "C" void RemoveUnfinishedFile(int signalNumber)
+{
+    if (hasUnfinishedFile)
+        unlink(unfinishedFile);
+    // The handler is gone by now: the signal ends the process as it would have without one.
+    raise(signalNumber);
+}
+
 int Descriptor(std::intptr_t handle)
 {
     return static_cast<int>(handle);
@@ -39,6 +56,25 @@ int Descriptor(std::intptr_t handle)
 std::vector<std::string> CommandLineWords(int count, char** words)
 {
     return count > 1 ? std::vector<std::string>(words + 1, words + count) : std::vector<std::string>();
+}
+
+void RemoveWhenInterrupted(const std::string& name)
+{
+    hasUnfinishedFile = false;
+    if (name.empty() || name.size() >= sizeof unfinishedFile)
+        return;
+    name.copy(unfinishedFile, name.size());
+    unfinishedFile[name.size()] = 0;
+    hasUnfinishedFile = true;
+    struct sigaction action = {};
+    action.sa_handler = RemoveUnfinishedFile;
+    action.sa_flags = SA_RESETHAND;
+    for (const int signalNumber : {SIGHUP, SIGINT, SIGPIPE, SIGTERM}) {
+        struct sigaction present = {};
+        // A signal the caller wants ignored stays so.
+        if (sigaction(signalNumber, nullptr, &present) == 0 && present.sa_handler == SIG_DFL)
+            sigaction(signalNumber, &action, nullptr);
+    }
 }
 
 SystemConsole::SystemConsole() = default;

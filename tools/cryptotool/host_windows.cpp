@@ -6,6 +6,7 @@
 #include <shellapi.h>
 
 #include <algorithm>
+#include <mutex>
 
 namespace {
 
@@ -36,6 +37,19 @@ bool WriteAll(HANDLE file, std::span<const std::uint8_t> bytes)
     return true;
 }
 
+// The event comes on a thread of the system's.
+std::mutex unfinishedFileLock;
+std::wstring unfinishedFile;
+
+BOOL WINAPI RemoveUnfinishedFile(DWORD)
+{
+    const std::lock_guard lock(unfinishedFileLock);
+    if (!unfinishedFile.empty())
+        DeleteFileW(unfinishedFile.c_str());
+    // The next handler is the system's own, which ends the process.
+    return FALSE;
+}
+
 bool IsTerminal(DWORD stream)
 {
     DWORD mode = 0;
@@ -60,6 +74,14 @@ std::vector<std::string> CommandLineWords(int, char**)
         words.push_back(platform::WideToUtf8(wide[index]));
     LocalFree(wide);
     return words;
+}
+
+void RemoveWhenInterrupted(const std::string& name)
+{
+    // Added once and never taken away: a handler that runs may be waiting for the lock.
+    [[maybe_unused]] static const BOOL isAdded = SetConsoleCtrlHandler(RemoveUnfinishedFile, TRUE);
+    const std::lock_guard lock(unfinishedFileLock);
+    unfinishedFile = platform::Utf8ToWide(name);
 }
 
 SystemConsole::SystemConsole()

@@ -34,8 +34,10 @@ Output::Output(Console& console, const std::string& name, Content content)
 Output::~Output()
 {
     file_.close();
-    if (!temporary_.empty())
-        platform::File::Remove(temporary_.c_str());
+    if (temporary_.empty())
+        return;
+    platform::File::Remove(temporary_.c_str());
+    RemoveWhenInterrupted({});
 }
 
 bool Output::fail(std::string reason)
@@ -73,6 +75,7 @@ bool Output::openBeside()
             target_ + "." + std::to_string(platform::CurrentProcessId()) + "." + std::to_string(number) + ".part";
         if (file_.open(name.c_str(), platform::FileMode::create)) {
             temporary_ = name;
+            RemoveWhenInterrupted(name);
             return true;
         }
         reason_ = SystemReason();
@@ -136,6 +139,7 @@ bool Output::finish()
         std::filesystem::permissions(PathOf(temporary_), replaced.permissions(), error);
     if (!platform::File::Replace(temporary_.c_str(), target_.c_str()))
         return fail(SystemReason());
+    RemoveWhenInterrupted({});
     temporary_.clear();
     return true;
 }

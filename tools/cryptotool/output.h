@@ -13,8 +13,8 @@
 /// Where a command's result goes: standard output, or a file that appears when the result is complete.
 ///
 /// A file is written under another name in its folder and renamed by finish(), so that there never is half of one; without finish()
-/// nothing is left. It takes the access rights of the file it replaces, and a link is followed. Devices and pipes are written to as
-/// they are.
+/// nothing is left, nor when the process is interrupted. It takes the access rights of the file it replaces, and a link is
+/// followed. Devices and pipes are written to as they are.
 class Output {
 public:
     enum class Content { text, binary };

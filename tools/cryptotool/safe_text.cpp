@@ -33,6 +33,10 @@ void AppendBytes(std::string& text, std::string_view bytes)
 
 void AppendJsonEscape(std::string& text, std::uint32_t codePoint)
 {
+    if (codePoint == '\n' || codePoint == '\t') {
+        text += codePoint == '\n' ? "\\n" : "\\t";
+        return;
+    }
     if (codePoint <= 0xFFFF) {
         AppendFormatted(text, "\\u%04x", static_cast<unsigned>(codePoint));
         return;
@@ -42,11 +46,26 @@ void AppendJsonEscape(std::string& text, std::uint32_t codePoint)
                     static_cast<unsigned>(0xDC00 + (above & 0x3FF)));
 }
 
+/// How many characters at the start of the text no language writes otherwise.
+std::size_t OrdinaryLength(std::string_view text)
+{
+    const auto isOrdinary = [](char character) {
+        return character >= ' ' && character <= '~' && character != '"' && character != '\\';
+    };
+    return static_cast<std::size_t>(std::ranges::find_if_not(text, isOrdinary) - text.begin());
+}
+
 /// Hands each character to `safe` or `unsafe`, with its bytes and its code point; a byte that is none goes to `unsafe` with itself.
+/// Ordinary characters come together.
 template <typename Safe, typename Unsafe>
 void ForEachCharacter(std::string_view text, Safe safe, Unsafe unsafe)
 {
     while (!text.empty()) {
+        if (const std::size_t ordinary = OrdinaryLength(text); ordinary != 0) {
+            safe(text.substr(0, ordinary));
+            text.remove_prefix(ordinary);
+            continue;
+        }
         std::uint32_t codePoint = 0;
         std::size_t length = ReadCharacter(text, codePoint);
         const bool valid = length != 0;

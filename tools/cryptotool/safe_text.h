@@ -18,7 +18,8 @@ std::string OneLine(std::string_view text);
 /// Text in double quotes, with "\" before quotes and backslashes, and escapes as above.
 std::string Quoted(std::string_view text);
 
-/// A JSON string (RFC 8259, 7) of UTF-8 text, unsafe characters as "\uHHHH"; bytes that are no UTF-8 stand for Latin-1 characters.
+/// A JSON string (RFC 8259, 7) of UTF-8 text, unsafe characters as "\n", "\t" or "\uHHHH"; bytes that are no UTF-8 stand for
+/// Latin-1 characters.
 std::string JsonString(std::string_view text);
 
 /// Whether every byte belongs to UTF-8 without unsafe characters.

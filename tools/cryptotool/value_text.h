@@ -21,8 +21,8 @@ constexpr std::size_t everything = static_cast<std::size_t>(-1);
 std::string ValueText(ElementType type, std::span<const std::uint8_t> value, std::size_t mostText = everything,
                       std::size_t mostHex = everything);
 
-/// The dotted text of an object identifier as X.690, 8.19 has it, where the trees of the library take the first two arcs from the first
-/// octet alone: "2.999.1". Empty for octets that are no object identifier of arcs below 2^64.
+/// The dotted text of an object identifier as X.690, 8.19 has it, where the trees of the library take the first two arcs from the
+/// first octet alone: "2.999.1". Empty for octets that are no object identifier of arcs below 2^64.
 std::string StandardDotted(std::span<const std::uint8_t> octets);
 
 /// "2.5.4.3 commonName (CN)"; the name is left out where there is none.

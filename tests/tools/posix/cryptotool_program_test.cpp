@@ -35,6 +35,17 @@ TEST_F(CryptotoolProgram, StreamsAndPipesCarryBytes)
     EXPECT_EQ(Run("$T asn1"), 2);
 }
 
+TEST_F(CryptotoolProgram, NothingIsLeftWhenItIsInterrupted)
+{
+    // The pipe stays open, so the program waits for more with its file begun.
+    EXPECT_EQ(Run("mkfifo pipe; exec 3<>pipe; $T gzip pipe -o out & echo some >&3; until ls out.*.part >found || ! kill -0 $!; do "
+                  ":; done; kill "
+                  "-TERM $!; wait $!"),
+              128 + 15);
+    EXPECT_NE(Get(u8"found"), "");
+    EXPECT_EQ(Run("ls out*"), 2);
+}
+
 TEST_F(CryptotoolProgram, OutputsThatAreNoPlainFilesStayWhatTheyAre)
 {
     EXPECT_EQ(Run("echo 'INTEGER = 10' >t; $T asn1 build t -o /dev/null; test -c /dev/null"), 0);
