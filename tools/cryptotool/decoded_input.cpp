@@ -26,7 +26,7 @@ bool ReadDecoded(Console& console, const std::string& name, const DerOptions& op
         if (!block.tree.Load_DER_Memory(block.data.bytes, options)) {
             reason = Reason("it does not decode");
             if (found.size() > 1)
-                reason = "PEM block " + std::to_string(blocks.size()) + " (" + block.data.label + "): " + reason;
+                reason.insert(0, "PEM block " + std::to_string(blocks.size()) + " (" + block.data.label + "): ");
             return false;
         }
     }

@@ -61,7 +61,7 @@ std::string OutlineLine(const OutlineElement& line)
     const std::string length = line.header.indefinite ? "inf" : std::to_string(line.header.length);
     std::snprintf(numbers, sizeof numbers, "%7u  %6u  %7s  %-4s  ", line.header.start, line.headerLength(), length.c_str(),
                   Form(line));
-    std::string text = numbers + std::string(2 * std::min(line.depth, deepestIndent), ' ');
+    std::string text = numbers + std::string(std::size_t{2} * std::min(line.depth, deepestIndent), ' ');
     text += line.typeName();
     if (HasTagNumber(line))
         text += "[" + std::to_string(line.header.tagNumber()) + "]";

@@ -133,7 +133,7 @@ bool ReadPem(std::string_view text, std::vector<DataBlock>& blocks, std::string&
         block.label = label;
         std::string body;
         if (!ReadBody(lines, label, body, reason) || !DecodeBase64(body, block.bytes, reason)) {
-            reason = "PEM block " + std::to_string(blocks.size() + 1) + " (" + block.label + "): " + reason;
+            reason.insert(0, "PEM block " + std::to_string(blocks.size() + 1) + " (" + block.label + "): ");
             return false;
         }
         blocks.push_back(std::move(block));

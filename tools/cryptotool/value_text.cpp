@@ -21,7 +21,7 @@ std::string_view AsText(std::span<const std::uint8_t> value)
     return {reinterpret_cast<const char*>(value.data()), value.size()};
 }
 
-std::string Cut(std::string shown, std::size_t length, bool isCut)
+std::string Cut(const std::string& shown, std::size_t length, bool isCut)
 {
     return isCut ? shown + "... (" + std::to_string(length) + " bytes)" : shown;
 }
