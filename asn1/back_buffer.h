@@ -3,12 +3,13 @@
 #include "core/platform/secure_wipe.h"
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <span>
 
 /// Bytes collected from the last to the first, so that the length of what is already there is known when its header is written.
-/// What was collected is wiped at the end.
+/// What was collected is wiped at the end. A failed allocation ends the process.
 class BackBuffer {
 public:
     BackBuffer() = default;
@@ -41,7 +42,10 @@ private:
     void grow(std::size_t more);
 
     std::uint8_t small_[2048];
-    std::unique_ptr<std::uint8_t[]> large_;
+    struct Free {
+        void operator()(std::uint8_t* storage) const { std::free(storage); }
+    };
+    std::unique_ptr<std::uint8_t[], Free> large_;
     std::uint8_t* end_ = small_ + sizeof small_;
     std::uint8_t* start_ = end_;
 };

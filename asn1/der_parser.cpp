@@ -80,6 +80,8 @@ public:
 
 private:
     static constexpr std::size_t bytesPerNode = 10;
+    /// Some 4 GB of nodes; a revocation list of 300 MB has fewer.
+    static constexpr std::uint64_t mostNodes = 50000000;
 
     /// \return null on failure; `position` moves behind the element.
     ElementNodePtr decodeElement(const DerHeader& header, std::uint32_t& position, std::uint32_t depth, bool probing);
@@ -114,6 +116,9 @@ ElementNodePtr CCryptoDERParser::Decode(std::span<const std::uint8_t> input)
         logger.setRetValue(3, false, "%s (offset %u)", reason_, reasonOffset_);
         return nullptr;
     }
+    // A probe inside a string may have left its reason.
+    reason_ = "";
+    reasonOffset_ = 0;
     logger.setResult(true);
     return std::move(level.nodes);
 }
@@ -183,12 +188,23 @@ ElementNodePtr CCryptoDERParser::Decoder::decodeElement(const DerHeader& header,
         fail("A length that is not as DER writes it", header.start);
         return nullptr;
     }
+    // The value would not be written back.
+    if (type == ElementType::asn1Null && header.length != 0 && !lenient) {
+        fail("A NULL with a value", header.start);
+        return nullptr;
+    }
+    if (pool_.made() >= mostNodes) {
+        fail("The data holds too many elements", header.start);
+        return nullptr;
+    }
 
     ElementNodePtr node = pool_.make(known ? type : ElementType::none);
     if (!known || IsTagClass(type))
         attachNumber(*node, LinkKind::brackets, static_cast<std::uint8_t>(header.tagNumber()));
     if (header.constructed() || header.indefinite)
         return decodeConstructed(header, *node, position, depth, probing) ? std::move(node) : nullptr;
+    if (type == ElementType::sequence || type == ElementType::set)
+        node->set(LinkKind::brackets, pool_.make(ElementType::primitive));
     position = header.valueStart + header.length;
     decodePrimitive(header, *node, depth);
     return node;

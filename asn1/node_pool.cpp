@@ -1,7 +1,10 @@
 #include "asn1/node_pool.h"
 
+#include "core/out_of_memory.h"
+
 #include <algorithm>
 #include <atomic>
+#include <cstdlib>
 
 // A destroyed node's storage stays in its block; the address sanitizer is told that nothing may touch it.
 #if __has_include(<sanitizer/asan_interface.h>)
@@ -39,10 +42,14 @@ NodePool::NodePool(std::size_t expected)
 void NodePool::openBlock()
 {
     closeBlock();
-    block_ = new (::operator new(Block::headSize + nextCapacity_ * sizeof(elementNode))) Block{nextCapacity_ + 1};
+    void* const storage = std::malloc(Block::headSize + nextCapacity_ * sizeof(elementNode));
+    if (storage == nullptr)
+        EndOutOfMemory();
+    block_ = new (storage) Block{nextCapacity_ + 1};
     nodes_ = block_->nodes();
     used_ = 0;
     capacity_ = nextCapacity_;
+    made_ += capacity_;
     nextCapacity_ = std::min(2 * nextCapacity_, mostNodes);
 }
 
@@ -55,7 +62,7 @@ void NodePool::closeBlock()
 void NodePool::Settle(Block* block, std::uint32_t count)
 {
     if (block->count.fetch_sub(count, std::memory_order_acq_rel) == count)
-        ::operator delete(block);
+        std::free(block);
 }
 
 void NodePool::rewind(const Mark& mark)

@@ -27,6 +27,9 @@ public:
         return ElementNodePtr(node);
     }
 
+    /// How many nodes it made, or has storage for, without those that rewind() gave back.
+    std::uint64_t made() const { return made_; }
+
     /// A point to which the pool can return. The block tells whether it still can.
     struct Mark {
         const void* block;
@@ -66,4 +69,5 @@ private:
     std::uint32_t used_ = 0;
     std::uint32_t capacity_ = 0;
     std::uint32_t nextCapacity_;
+    std::uint64_t made_ = 0;
 };

@@ -15,13 +15,6 @@
 
 namespace {
 
-/// The node that a named node stands for: its value where it has one, otherwise, for a filled placeholder, the node itself.
-const elementNode& ValueOf(const elementNode& node)
-{
-    const elementNode* const value = node.value();
-    return value != nullptr ? *value : node;
-}
-
 elementNode* FollowStep(const elementNode& node, char step)
 {
     switch (step) {
@@ -71,8 +64,11 @@ elementNode* CCryptoParser::replace_node(elementNode* old, ElementNodePtr replac
     CCryptoAutoLogger logger("CCryptoParser::replace_node");
     if (replacement == nullptr || !owns(old))
         return logger.setRetValue(3, static_cast<elementNode*>(nullptr), "This is not our tree!");
-    if (replacement->parent() != nullptr)
+    if (replacement->parent() != nullptr) {
+        // Its parent owns it.
+        replacement.release();
         return logger.setRetValue(3, static_cast<elementNode*>(nullptr), "replace_node; newNode has parent");
+    }
 
     elementNode* const placed = replacement.get();
     for (const LinkKind kind : {LinkKind::content, LinkKind::sibling}) {
@@ -128,28 +124,39 @@ elementNode* CCryptoParser::index_node(std::string_view name) const
     return node;
 }
 
-CCryptoString CCryptoParser::get_text(std::string_view name) const
+const elementNode* CCryptoParser::index_value(std::string_view name) const
 {
     const elementNode* const node = index_node(name);
-    return node != nullptr ? ValueOf(*node).token().toString() : CCryptoString();
+    const elementNode* const value = node != nullptr ? node->value() : nullptr;
+    if (node != nullptr && value == nullptr) {
+        CCryptoAutoLogger logger("CCryptoParser::index_value", 3);
+        logger.setRetValue(3, false, "Index node has no value: %s", CCryptoString(name).c_str());
+    }
+    return value;
+}
+
+CCryptoString CCryptoParser::get_text(std::string_view name) const
+{
+    const elementNode* const value = index_value(name);
+    return value != nullptr ? value->token().toString() : CCryptoString();
 }
 
 std::uint32_t CCryptoParser::get_number(std::string_view name) const
 {
-    const elementNode* const node = index_node(name);
-    return node != nullptr ? ValueOf(*node).token().toWord32() : 0;
+    const elementNode* const value = index_value(name);
+    return value != nullptr ? value->token().toWord32() : 0;
 }
 
 element CCryptoParser::get_bytes(std::string_view name) const
 {
-    const elementNode* const node = index_node(name);
-    return node != nullptr ? ValueOf(*node).token() : element();
+    const elementNode* const value = index_value(name);
+    return value != nullptr ? value->token() : element();
 }
 
 ElementNodePtr CCryptoParser::get_tree(std::string_view name) const
 {
-    const elementNode* const node = index_node(name);
-    return node != nullptr ? ValueOf(*node).clone(true) : nullptr;
+    const elementNode* const value = index_value(name);
+    return value != nullptr ? value->clone(true) : nullptr;
 }
 
 bool CCryptoParser::fill(std::string_view name, const element& value)
@@ -165,7 +172,7 @@ bool CCryptoParser::fill_word(std::string_view name, std::string_view word)
 {
     const ElementType keyword = KeywordType(word);
     if (keyword == ElementType::identifier)
-        return fill(name, element(word));
+        return fill(name, CCryptoString(word).data());
     elementNode* const node = index_node(name);
     if (node == nullptr)
         return false;

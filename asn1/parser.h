@@ -76,8 +76,7 @@ public:
     /// The same in the whole tree. \return null, logged as "Index node not found: %s".
     elementNode* index_node(std::string_view name) const;
 
-    /// The value of a named node: the node's value, or of a placeholder that was filled, the value itself. Empty, logged, when
-    /// missing.
+    /// The value of a named node. Empty, logged, when the node is missing or has none.
     CCryptoString get_text(std::string_view name) const;
     std::uint32_t get_number(std::string_view name) const;
     element get_bytes(std::string_view name) const;
@@ -93,6 +92,7 @@ public:
 
 private:
     bool owns(const elementNode* node) const;
+    const elementNode* index_value(std::string_view name) const;
 
     ElementNodePtr root_;
 };

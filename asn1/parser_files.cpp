@@ -100,26 +100,34 @@ std::unique_ptr<element> CCryptoParser::SLoad_RAW_Element(const CCryptoString& n
 
 bool CCryptoParser::Load_ASCII_Memory(std::string_view text)
 {
+    CCryptoAutoLogger logger("CCryptoParser::Load_ASCII_Memory");
+    clear();
     setRoot(CCryptoGENParser(nullptr, IncludePath()).Parse(text));
-    return !isEmpty();
+    return logger.setResult(!isEmpty());
 }
 
 bool CCryptoParser::Load_DER_Memory(const element& der, const DerOptions& options)
 {
+    CCryptoAutoLogger logger("CCryptoParser::Load_DER_Memory");
+    clear();
     setRoot(CCryptoDERParser(options).Decode(der.bytes()));
-    return !isEmpty();
+    return logger.setResult(!isEmpty());
 }
 
 bool CCryptoParser::Load_JSON_Memory(std::string_view text)
 {
+    CCryptoAutoLogger logger("CCryptoParser::Load_JSON_Memory");
+    clear();
     setRoot(CCryptoJSONParser().Parse(text));
-    return !isEmpty();
+    return logger.setResult(!isEmpty());
 }
 
 bool CCryptoParser::Load_XML_Memory(std::string_view text)
 {
+    CCryptoAutoLogger logger("CCryptoParser::Load_XML_Memory");
+    clear();
     setRoot(CCryptoXMLParser().Parse(text));
-    return !isEmpty();
+    return logger.setResult(!isEmpty());
 }
 
 bool CCryptoParser::Save_ASCII_File(const CCryptoString& name) const

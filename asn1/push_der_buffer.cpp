@@ -3,47 +3,44 @@
 #include "asn1/back_buffer.h"
 #include "asn1/bracket_list.h"
 #include "asn1/der_analyzer.h"
+#include "asn1/der_parser.h"
 #include "asn1/object_identifier.h"
+#include "asn1/value_notation.h"
 #include "core/auto_logger.h"
 #include "core/utf8.h"
 
 namespace {
 
+/// Wrappers that "EXCLUDE" leaves out are levels of the tree alone.
 constexpr std::uint32_t deepestTree = 256;
-constexpr std::uint32_t firstLongTagNumber = 31;
+constexpr std::uint64_t largestTagNumber = 30;
+constexpr std::uint64_t mostUnusedBits = 0xFF;
 
-bool IsValue(ElementType type)
+bool IsAtMost(const element& number, std::uint64_t most)
 {
-    switch (type) {
-    case ElementType::text:
-    case ElementType::quotedText:
-    case ElementType::utf8Text:
-    case ElementType::bytes:
-    case ElementType::truth:
-    case ElementType::integer:
-    case ElementType::characterData:
-        return true;
-    default:
-        return false;
-    }
+    return !number.negative() && number.length() <= sizeof most && number.toWord64() <= most;
 }
 
-/// Whether anything but an unfilled placeholder stands in a list.
-bool IsFilled(const elementNode* node)
+/// Whether anything but an unfilled placeholder stands in a list. A list too deep to be written counts as filled, so that the
+/// writing says so.
+bool IsFilled(const elementNode* node, std::uint32_t depth)
 {
+    if (node != nullptr && depth >= deepestTree)
+        return true;
     for (; node != nullptr; node = node->next()) {
         if (IsValue(node->type()))
             return true;
         if (!IsAsn1Type(node->type()))
             continue;
         const elementNode* const value = node->value();
-        if (value == nullptr ? !HasModifier(*node, ElementType::optional) : IsFilled(value))
+        if (value == nullptr ? !HasModifier(*node, ElementType::optional) : IsFilled(value, depth + 1))
             return true;
     }
     return false;
 }
 
-/// Whether a list holds an element of its own: one that "EXCLUDE" takes apart counts by what is inside it.
+/// Whether a list holds an element of its own: one that "EXCLUDE" takes apart counts by what is inside it. The list was written, so
+/// its depth has a limit.
 bool HoldsElement(const elementNode* node)
 {
     for (; node != nullptr; node = node->next()) {
@@ -73,6 +70,8 @@ private:
 
     CCryptoAutoLogger& logger_;
     BackBuffer out_;
+    /// How many elements the one being written lies in.
+    std::uint32_t level_ = 0;
 };
 
 bool Encoder::writeList(const elementNode* first, const elementNode* owner, std::uint32_t depth)
@@ -98,16 +97,23 @@ bool Encoder::writeList(const elementNode* first, const elementNode* owner, std:
 bool Encoder::writeNode(const elementNode& node, std::uint32_t depth)
 {
     const EncodingMarks marks = EncodingMarksOf(node);
-    if (marks.optional && !IsFilled(marks.value))
+    if (marks.optional && !IsFilled(marks.value, depth))
         return true;
     if (marks.excluded)
         return writeList(marks.value, &node, depth + 1);
 
+    if (level_ >= CCryptoDERParser::deepestLevel)
+        return logger_.setRetValue(3, false, "The tree is more than %u levels deep", CCryptoDERParser::deepestLevel);
+    ++level_;
     const std::size_t before = out_.length();
     if (node.type() != ElementType::asn1Null && !writeList(marks.value, &node, depth + 1))
         return false;
-    if (node.type() == ElementType::bitString && marks.number != nullptr)
+    --level_;
+    if (node.type() == ElementType::bitString && marks.number != nullptr) {
+        if (!IsAtMost(*marks.number, mostUnusedBits))
+            return fail("A BIT_STRING cannot have %s unused bits", marks.number->toString().c_str());
         out_.prepend(static_cast<std::uint8_t>(marks.number->toWord32()));
+    }
     writeLength(out_.length() - before);
     return writeIdentifier(node.type(), marks);
 }
@@ -118,11 +124,12 @@ bool Encoder::writeIdentifier(ElementType type, const EncodingMarks& marks)
     if (IsTagClass(type)) {
         if (marks.number == nullptr)
             return fail("Token '%s' has no enumerated definiton", TokenText(type));
-        if (marks.number->toWord64() >= firstLongTagNumber)
+        if (!IsAtMost(*marks.number, largestTagNumber))
             return fail("Tag number %s cannot be written", marks.number->toString().c_str());
         identifier = static_cast<std::uint8_t>(identifier | marks.number->toWord32());
     }
-    if (marks.constructed || (!marks.primitive && HoldsElement(marks.value)))
+    const bool isList = type == ElementType::sequence || type == ElementType::set;
+    if (marks.constructed || (!marks.primitive && (isList || HoldsElement(marks.value))))
         identifier |= derConstructedBit;
     out_.prepend(identifier);
     return true;
@@ -154,11 +161,11 @@ bool Encoder::writeValue(const element& value, const elementNode* owner)
         return true;
     }
     // The number that stands for the value of a BIT_STRING without any bits.
-    if (kind == ElementType::integer && type == ElementType::bitString && BracketNumber(*owner) != nullptr)
+    if (kind == ElementType::integer && type == ElementType::bitString && value.view() == "\1" && BracketNumber(*owner) != nullptr)
         return true;
     if (type == ElementType::objectIdentifier && isText)
         return writeObjectIdentifier(value);
-    if (type == ElementType::utf8String && (kind == ElementType::text || kind == ElementType::quotedText)) {
+    if (type == ElementType::utf8String && kind == ElementType::text) {
         writeUtf8(value);
         return true;
     }

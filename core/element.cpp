@@ -105,7 +105,7 @@ void element::grow(std::uint32_t size)
 std::uint8_t element::operator[](std::uint32_t index) const
 {
     if (index >= length_) {
-        WriteErrorEx_G("Const buffer overflow access: %u>%u", index, length_);
+        WriteErrorEx_G("Const buffer overflow access: %d>%d", static_cast<int>(index), static_cast<int>(length_));
         return 0;
     }
     return data_[index];

@@ -65,6 +65,10 @@ TEST(DerDecode, BuildsTheTreeOfATemplate)
         {"nothing", "", ""},
         {"identifier alone", "\x02", ""},
         {"identifier alone, lenient", "\x02", "INTEGER", lenient},
+        {"a NULL with a value", "\x05\x01\x41", ""},
+        {"a NULL of elements", "\x25\x03\x02\x01\x05", ""},
+        {"inside, a NULL with a value", "\x04\x03\x05\x01\x41", "OCTET_STRING=#050141", inside},
+        {"a SEQUENCE that is no list", "\x10\x02\x41\x42", "SEQUENCE[PRIMITIVE]=\"AB\""},
         {"length past the end", "\x04\x03hi", ""},
         {"five length octets", "\x04\x85\x00\x00\x00\x00\x01x"sv, ""},
         {"a length that would wrap", "\x30\x84\xFF\xFF\xFF\xFF\x02\x01\x05", ""},
@@ -156,6 +160,9 @@ TEST(DerRoundTrip, ValuesThatTextCouldChange)
         "\x1E\x02\xC4\xA4",                 // and one that does once it stands in quotes
         "\x04\x04\"\\\x7E'",                // quotes and backslashes
         "\x04\x02\xA0\xA1",                 // Latin-1
+        "\x04\x08\x05\x06secret",           // a NULL with a value, when looked into
+        "\x03\x06\x00\x05\x03key"sv,        // the same in bits
+        "\x10\x02\x41\x42\x11\x00"sv,       // primitive lists
         "\x80\x02ok",                       // a tagged primitive
         "\x24\x04\x04\x02ok",               // a constructed string
         "\x06\x02\x88\x37",                 // 2.999
