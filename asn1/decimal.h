@@ -6,11 +6,11 @@
 #include <cstdint>
 #include <string_view>
 
-/// The integer element of decimal digits of any length: its big-endian magnitude without leading zeros; zero is one zero byte.
-/// The time grows with the square of the length.
+/// The integer element of decimal digits: its big-endian magnitude without leading zeros; zero is one zero byte. The time grows
+/// with the square of the length, which the caller bounds.
 element IntegerFromDecimal(std::string_view digits);
 
-/// What JSON and XML write in decimal: longer numbers would take too long to convert.
+/// What any text writes in decimal: longer numbers would take too long to convert.
 constexpr std::uint32_t longestSignedInteger = 4097; ///< bytes, a sign octet among them
 constexpr std::size_t longestSignedDecimal = 9864;   ///< digits, of which every number fits these bytes
 

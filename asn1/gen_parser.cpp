@@ -1,5 +1,6 @@
 #include "asn1/gen_parser.h"
 
+#include "asn1/item_list.h"
 #include "asn1/syntax_error.h"
 #include "core/auto_logger.h"
 #include "core/file.h"
@@ -14,12 +15,15 @@ constexpr CCryptoGENClosure contentClosure = {rightBrace};
 constexpr CCryptoGENClosure bracketClosure = {rightBracket};
 constexpr CCryptoGENClosure modifierClosure = {rightParenthesis};
 constexpr CCryptoGENClosure textClosure = {endOfInput};
-constexpr CCryptoGENClosure valueClosure = {comma, colon, semicolon, rightBrace, rightBracket, rightParenthesis, endOfInput};
+/// No token: a value that has begun ends with its line.
+constexpr auto lineEnd = static_cast<ElementType>(94);
+constexpr CCryptoGENClosure valueClosure = {comma,      colon,  semicolon, rightBrace, rightBracket, rightParenthesis,
+                                            endOfInput, lineEnd};
 constexpr CCryptoGENClosure separators = {comma, period, semicolon, colon};
 constexpr CCryptoGENClosure operators = {exclamation, equal,  notEqual,  greater,    greaterOrEqual, less,
                                          lessOrEqual, plus,   increment, minus,      decrement,      asterisk,
                                          solidus,     divide, logicalOr, logicalAnd, caseWord};
-constexpr CCryptoGENClosure strays = {rightBrace, rightBracket, rightParenthesis, backslash, percent};
+constexpr CCryptoGENClosure strays = {rightBrace, rightBracket, rightParenthesis};
 
 const CCryptoGENClosure& ClosureOf(ElementType closer)
 {
@@ -42,15 +46,23 @@ private:
 
 /// The items of one nested parse.
 struct CCryptoGENParser::List {
+    explicit List(std::uint32_t& itemsToCome) : itemsLeft(itemsToCome) {}
+
+    std::uint32_t& itemsLeft;
     ElementNodePtr first;
     elementNode* current = nullptr;
+    bool wordless = false; ///< the current item was told to have no word
 
     elementNode& startItem()
     {
+        countItem();
+        wordless = false;
         ElementNodePtr node = elementNode::Make(none);
         current = current == nullptr ? (first = std::move(node)).get() : current->set(LinkKind::sibling, std::move(node));
         return *current;
     }
+
+    void countItem() { itemsLeft -= itemsLeft != 0 ? 1 : 0; }
 
     /// The current item, or a new one when it has this part already.
     elementNode& itemWithout(LinkKind kind)
@@ -60,7 +72,7 @@ struct CCryptoGENParser::List {
 
     bool currentIsFresh() const
     {
-        if (current == nullptr || current->type() != none)
+        if (current == nullptr || current->type() != none || wordless)
             return false;
         for (const LinkKind kind :
              {LinkKind::modifiers, LinkKind::brackets, LinkKind::shortValue, LinkKind::operation, LinkKind::content}) {
@@ -79,28 +91,49 @@ CCryptoGENParser::CCryptoGENParser(ICryptoIncludeLoader* loader, const CCryptoSt
 ElementNodePtr CCryptoGENParser::Parse(std::string_view text)
 {
     CCryptoAutoLogger logger("CCryptoGENParser::Parse");
+    itemsLeft_ = mostItems;
     ElementNodePtr first = parseText(text);
-    if (first == nullptr)
+    if (first == nullptr) {
+        if (!innerReason_.isEmpty())
+            logger.WriteLog("%s", innerReason_.c_str());
         return logger.setRetValue(3, ElementNodePtr(), "%s", reason_.c_str());
+    }
     logger.setResult(true);
     return first;
 }
 
 ElementNodePtr CCryptoGENParser::TryParse(std::string_view text)
 {
+    itemsLeft_ = mostItems;
     return parseText(text);
+}
+
+ElementNodePtr CCryptoGENParser::TryParse(std::string_view text, std::uint32_t& itemsLeft)
+{
+    itemsLeft_ = itemsLeft;
+    ElementNodePtr first = parseText(text);
+    itemsLeft = itemsLeft_;
+    return first;
 }
 
 ElementNodePtr CCryptoGENParser::parseText(std::string_view text)
 {
-    CCryptoLexicalAnalyzer lexer(text);
-    CCryptoLexicalAnalyzer* const outer = std::exchange(lexer_, &lexer);
-    List list;
-    const bool parsed = advance() && parseNested(textClosure, list);
-    lexer_ = outer;
-    if (!parsed)
+    included_ = 0;
+    includeRoom_ = longestIncludes;
+    innerReason_ = CCryptoString();
+    List list(itemsLeft_);
+    if (!parseInto(text, list))
         return nullptr;
     return list.first != nullptr ? std::move(list.first) : elementNode::Make(none);
+}
+
+bool CCryptoGENParser::parseInto(std::string_view text, List& list)
+{
+    CCryptoLexicalAnalyzer lexer(text);
+    CCryptoLexicalAnalyzer* const outer = std::exchange(lexer_, &lexer);
+    const bool parsed = advance() && parseNested(textClosure, list);
+    lexer_ = outer;
+    return parsed;
 }
 
 bool CCryptoGENParser::advance()
@@ -123,13 +156,18 @@ bool CCryptoGENParser::unexpected()
     return false;
 }
 
+bool CCryptoGENParser::isClosed(const CCryptoGENClosure& closure, const List& list) const
+{
+    return closure.contains(lookAhead_.type()) || (closure.contains(lineEnd) && list.first != nullptr && lexer_->behindLineEnd());
+}
+
 bool CCryptoGENParser::parseNested(const CCryptoGENClosure& closure, List& list)
 {
     // The items themselves are no nesting.
     if (nesting_ > deepestNesting)
         return fail("Parsing failed; More than 128 levels of nesting");
     const Nested nested(nesting_);
-    while (!closure.contains(lookAhead_.type())) {
+    while (!isClosed(closure, list)) {
         if (lookAhead_.type() == endOfInput)
             return unexpected();
         if (!parseToken(list))
@@ -143,6 +181,8 @@ bool CCryptoGENParser::parseToken(List& list)
     const ElementType type = lookAhead_.type();
     if (separators.contains(type))
         return advance();
+    if (itemsLeft_ == 0)
+        return fail(tooManyItems);
     if (operators.contains(type))
         return parseOperation(list);
     if (strays.contains(type))
@@ -158,6 +198,10 @@ bool CCryptoGENParser::parseToken(List& list)
         return parsePart(list, LinkKind::shortValue);
     case include:
         return parseInclude(list);
+    case backslash:
+        list.startItem();
+        list.wordless = true;
+        return advance();
     default:
         break;
     }
@@ -179,18 +223,16 @@ bool CCryptoGENParser::parsePart(List& list, LinkKind kind)
     default:
         break;
     }
-    List value;
+    List value(itemsLeft_);
     if (!advance() || !parseNested(valueClosure, value))
         return false;
-    if (value.first == nullptr)
-        return fail("Parsing failed; A value is missing behind '='");
     item.set(kind, std::move(value.first));
     return true;
 }
 
 bool CCryptoGENParser::parseBlock(ElementType closer, elementNode& owner, LinkKind kind)
 {
-    List block;
+    List block(itemsLeft_);
     if (!advance() || !parseNested(ClosureOf(closer), block))
         return false;
     owner.set(kind, std::move(block.first));
@@ -201,10 +243,11 @@ bool CCryptoGENParser::parseOperation(List& list)
 {
     elementNode& item = list.itemWithout(LinkKind::operation);
     elementNode& operation = *item.set(LinkKind::operation, std::move(lookAhead_));
-    lexer_->setExpression(true);
-    List operand;
+    list.countItem();
+    const bool outer = lexer_->setExpression(true);
+    List operand(itemsLeft_);
     const bool parsed = advance() && parseNested(valueClosure, operand);
-    lexer_->setExpression(false);
+    lexer_->setExpression(outer);
     operation.set(LinkKind::content, std::move(operand.first));
     return parsed;
 }
@@ -214,7 +257,9 @@ bool CCryptoGENParser::readInclude(const CCryptoString& name, element& text)
     if (loader_ != nullptr)
         return loader_->Load(name, text);
     CCryptoFile file;
-    return file.Open(name, platform::FileMode::read) && file.Read(0, UINT32_MAX, text);
+    if (!file.Open(name, platform::FileMode::read) || file.Size() > includeRoom_)
+        return false;
+    return file.Size() == 0 || file.Read(0, static_cast<std::uint32_t>(file.Size()), text);
 }
 
 bool CCryptoGENParser::parseInclude(List& list)
@@ -227,23 +272,27 @@ bool CCryptoGENParser::parseInclude(List& list)
             path += "/";
         name = path + name;
     }
+    return parseIncluded(name, list) && advance();
+}
+
+bool CCryptoGENParser::parseIncluded(const CCryptoString& name, List& list)
+{
     if (including_ >= deepestInclude)
         return fail("Parsing failed; More than 16 include files inside each other");
+    if (++included_ > mostIncludes)
+        return fail("Parsing failed; More than 256 include files");
     const Nested including(including_);
 
     element text;
     if (name.isEmpty() || !readInclude(name, text))
         return fail(CCryptoString("Failed to read include file: '") + name + "'");
-    ElementNodePtr included = parseText(text.view());
-    if (included == nullptr) {
-        const CCryptoString inner = reason_;
-        return fail(CCryptoString("Failed to parse include file: '") + name + "' (" + inner + ")");
-    }
-    const bool isEmpty = included->type() == none && included->content() == nullptr && included->next() == nullptr;
-    if (!isEmpty) {
-        list.current = list.current == nullptr ? (list.first = std::move(included)).get()
-                                               : list.current->set(LinkKind::sibling, std::move(included));
-        list.current = list.current->last();
-    }
-    return advance();
+    if (text.length() > includeRoom_)
+        return fail("Parsing failed; More than 64 MiB of include files");
+    includeRoom_ -= text.length();
+    if (parseInto(text.view(), list))
+        return true;
+    // The innermost reason says most.
+    if (innerReason_.isEmpty())
+        innerReason_ = reason_;
+    return fail(CCryptoString("Failed to parse include file: '") + name + "'");
 }

@@ -25,6 +25,8 @@ class CCryptoGENParser {
 public:
     static constexpr std::uint32_t deepestNesting = 128;
     static constexpr std::uint32_t deepestInclude = 16;
+    static constexpr std::uint32_t mostIncludes = 256;
+    static constexpr std::uint32_t longestIncludes = 64 << 20; ///< bytes of all included files together
 
     /// \param loader null to read included files from disk; not owned. \param includePath stands in front of names without "/".
     explicit CCryptoGENParser(ICryptoIncludeLoader* loader = nullptr, const CCryptoString& includePath = {});
@@ -33,17 +35,22 @@ public:
     ElementNodePtr Parse(std::string_view text);
     /// The same for text that may well be none: nothing is logged.
     ElementNodePtr TryParse(std::string_view text);
+    /// The same for a text that stands inside another one, whose items and these are at most `itemsLeft`, which is counted down.
+    ElementNodePtr TryParse(std::string_view text, std::uint32_t& itemsLeft);
 
 private:
     struct List;
 
     ElementNodePtr parseText(std::string_view text);
+    bool parseInto(std::string_view text, List& list);
+    bool isClosed(const CCryptoGENClosure& closure, const List& list) const;
     bool parseNested(const CCryptoGENClosure& closure, List& list);
     bool parseToken(List& list);
     bool parsePart(List& list, LinkKind kind);
     bool parseBlock(ElementType closer, elementNode& owner, LinkKind kind);
     bool parseOperation(List& list);
     bool parseInclude(List& list);
+    bool parseIncluded(const CCryptoString& name, List& list);
     bool readInclude(const CCryptoString& name, element& text);
     bool advance();
     bool unexpected();
@@ -55,5 +62,9 @@ private:
     element lookAhead_;
     std::uint32_t nesting_ = 0;
     std::uint32_t including_ = 0;
+    std::uint32_t included_ = 0;
+    std::uint32_t includeRoom_ = longestIncludes;
+    std::uint32_t itemsLeft_ = 0;
     CCryptoString reason_;
+    CCryptoString innerReason_; ///< why an included file does not parse
 };

@@ -2,6 +2,7 @@
 
 #include "asn1/decimal.h"
 #include "asn1/hex.h"
+#include "asn1/value_notation.h"
 #include "core/utf8.h"
 
 #include <algorithm>
@@ -94,6 +95,8 @@ bool EndsOperand(ElementType type)
     case ElementType::utf8Text:
     case ElementType::quotedText:
     case ElementType::bytes:
+    case ElementType::truth:
+    case ElementType::characterData:
     case ElementType::rightBrace:
     case ElementType::rightBracket:
     case ElementType::rightParenthesis:
@@ -140,9 +143,10 @@ bool CCryptoLexicalAnalyzer::fail(const char* what)
 
 void CCryptoLexicalAnalyzer::skipBlanksAndComments()
 {
+    behindLineEnd_ = false;
     for (;;) {
-        while (IsBlank(current()))
-            ++position_;
+        for (; IsBlank(current()); ++position_)
+            behindLineEnd_ = behindLineEnd_ || current() == '\n' || current() == '\r';
         if (expression_ || current() != '-' || following() != '-')
             return;
         position_ = std::min(text_.find_first_of("\r\n", position_), text_.size());
@@ -173,12 +177,14 @@ bool CCryptoLexicalAnalyzer::scanTemplate(element& token)
     }
     const char character = current();
     const bool negative = character == '-' && valueFollows_ && IsDigit(following());
+    const bool startsMarked = character == '%' && (IsLetter(following()) || following() == '-');
     const bool scanned = IsDigit(character) || negative ? scanNumber(token)
                          : IsLetter(character)          ? scanWord(token)
                          : character == '"'             ? scanDoubleQuoted(token)
                          : character == '`'             ? scanBackquoted(token)
                          : character == '\''            ? scanSingleQuoted(token)
                          : character == '#'             ? scanHex(token)
+                         : startsMarked                 ? scanMarked(token)
                                                         : scanPunctuation(token);
     valueFollows_ = !EndsOperand(token.type());
     return scanned;
@@ -214,6 +220,8 @@ bool CCryptoLexicalAnalyzer::scanNumber(element& token)
         token = element(digits);
         return true;
     }
+    if (digits.size() > longestSignedDecimal)
+        return fail("A number has more than 9864 digits");
     token = IntegerFromDecimal(digits.substr(negative ? 1 : 0));
     token.setNegative(negative);
     return true;
@@ -306,6 +314,24 @@ bool CCryptoLexicalAnalyzer::scanHex(element& token)
     if (IsWordCharacter(current()) || !BytesFromHex(text_.substr(start, position_ - start), token))
         return fail("Unexpected character");
     return true;
+}
+
+bool CCryptoLexicalAnalyzer::scanMarked(element& token)
+{
+    const std::size_t start = position_ + 1;
+    const std::size_t end = std::min(text_.find_first_of("\"#", start), text_.size());
+    ElementType type = ElementType::none;
+    bool negative = false;
+    if (!FindValueKind(text_.substr(start, end - start), type, negative))
+        return fail("Unexpected character");
+    position_ = end;
+    token = element();
+    const bool scanned = current() == '"'   ? scanEscaped("\"\\", token)
+                         : current() == '#' ? scanHex(token)
+                                            : fail("Unexpected character");
+    token.setType(type);
+    token.setNegative(negative);
+    return scanned;
 }
 
 bool CCryptoLexicalAnalyzer::scanPunctuation(element& token)

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string_view>
+#include <utility>
 
 /// The notation that an analyzer reads.
 enum class LexicalMode { templateText, json, xml };
@@ -43,8 +44,11 @@ public:
     /// What the last scan failed on, with the place: "CCryptoLexicalAnalyzer::scan; %s (row=%d,col=%d)".
     const CCryptoString& reason() const { return reason_; }
 
-    /// Inside an expression "--" is an operator, and outside it starts a comment.
-    void setExpression(bool expression) { expression_ = expression; }
+    /// Inside an expression "--" is an operator, and outside it starts a comment. \return what held before.
+    bool setExpression(bool expression) { return std::exchange(expression_, expression); }
+
+    /// Whether the token scanned last is the first of its line.
+    bool behindLineEnd() const { return behindLineEnd_; }
 
     /// Passes over white space and hands out the text up to the next blank or separator: the name behind "include".
     std::string_view scanFileName();
@@ -65,6 +69,7 @@ private:
     bool scanBackquoted(element& token);
     bool scanSingleQuoted(element& token);
     bool scanHex(element& token);
+    bool scanMarked(element& token);
     bool scanPunctuation(element& token);
     bool readEscape(element& text);
     bool fail(const char* what);
@@ -96,6 +101,7 @@ private:
     std::uint32_t row_ = 1;
     std::uint32_t column_ = 1;
     bool expression_ = false;
+    bool behindLineEnd_ = false;
     bool valueFollows_ = true; ///< a "-" in front of a digit is its sign
     bool insideTag_ = false;   ///< of XML: attributes follow
     CCryptoString reason_;

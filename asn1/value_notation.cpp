@@ -25,6 +25,13 @@ constexpr KindName kindNames[] = {
     {"truth", ElementType::truth, false},
 };
 
+constexpr std::string_view characterDataMark = "characterData'";
+
+bool IsMarkedCharacterData(std::string_view text)
+{
+    return text.size() > characterDataMark.size() && text.starts_with(characterDataMark) && text.ends_with('\'');
+}
+
 bool IsInQuotes(std::string_view text)
 {
     return text.size() >= 2 && text.starts_with('\'') && text.ends_with('\'');
@@ -45,7 +52,7 @@ const KindName* MarkedKind(std::string_view text)
 bool LooksMarked(std::string_view text)
 {
     text.remove_prefix(std::min(text.find_first_not_of('\\'), text.size()));
-    return IsInQuotes(text) || MarkedKind(text) != nullptr;
+    return IsInQuotes(text) || IsMarkedCharacterData(text) || MarkedKind(text) != nullptr;
 }
 
 /// Whether text gives the same value and the same DER when it is read back from its characters.
@@ -59,6 +66,23 @@ bool SurvivesAsCharacters(const element& value, const elementNode* owner)
 }
 
 } // namespace
+
+bool FindValueKind(std::string_view name, ElementType& type, bool& negative)
+{
+    const auto* const kind = std::ranges::find(kindNames, name, &KindName::name);
+    if (name.empty() || kind == std::end(kindNames))
+        return false;
+    type = kind->type;
+    negative = kind->negative;
+    return true;
+}
+
+std::string_view ValueKindName(const element& value)
+{
+    const auto* const kind = std::ranges::find_if(
+        kindNames, [&value](const KindName& each) { return each.type == value.type() && each.negative == value.negative(); });
+    return kind != std::end(kindNames) ? kind->name : std::string_view();
+}
 
 bool IsValue(ElementType type)
 {
@@ -83,10 +107,7 @@ bool IsSingleValue(const elementNode* list)
 
 CCryptoString MarkedNotation(const element& value)
 {
-    const auto* const kind = std::ranges::find_if(
-        kindNames, [&value](const KindName& each) { return each.type == value.type() && each.negative == value.negative(); });
-    CCryptoString text(kind != std::end(kindNames) ? kind->name : std::string_view());
-    return text.append("#").append(HexText(value.bytes()).view());
+    return CCryptoString(ValueKindName(value)).append("#").append(HexText(value.bytes()).view());
 }
 
 CCryptoString StringNotation(const element& value, const elementNode* owner)
@@ -95,9 +116,10 @@ CCryptoString StringNotation(const element& value, const elementNode* owner)
     switch (value.type()) {
     case ElementType::quotedText:
         return IsUtf8(text) ? CCryptoString("'").append(text).append("'") : MarkedNotation(value);
+    case ElementType::characterData:
+        return IsUtf8(text) ? CCryptoString(characterDataMark).append(text).append("'") : MarkedNotation(value);
     case ElementType::text:
     case ElementType::utf8Text:
-    case ElementType::characterData:
         if (SurvivesAsCharacters(value, owner))
             return CCryptoString(LooksMarked(text) ? "\\" : "").append(text);
         return MarkedNotation(value);
@@ -113,6 +135,11 @@ element FromStringNotation(std::string_view text)
         BytesFromHex(text.substr(text.find('#') + 1), value);
         value.setType(kind->type);
         value.setNegative(kind->negative);
+        return value;
+    }
+    if (IsMarkedCharacterData(text)) {
+        text.remove_prefix(characterDataMark.size());
+        value = element(text.data(), static_cast<std::uint32_t>(text.size() - 1), ElementType::characterData);
         return value;
     }
     if (IsInQuotes(text)) {

@@ -9,7 +9,15 @@
 //
 // - Text stands for itself; "#00ff" are bytes, and 'text' is text of single quotes.
 // - A word in front of the "#" names another kind: "utf8Text#c3a4", "integer#0080", "-integer#05", "truth#02", "text#e4".
+// - "characterData'1.5'" is character data.
 // - Text that looks like one of these has a "\" in front, which is taken off when it is read.
+//
+// Template text names kinds by the same words: %utf8Text"AB", %integer#0080.
+
+/// The kind of value that a word names. \return false for any other word.
+bool FindValueKind(std::string_view name, ElementType& type, bool& negative);
+/// The word for the kind of a value; empty when it has none.
+std::string_view ValueKindName(const element& value);
 
 /// Text, bytes, a number or truth: what stands for itself, not for a word of the language.
 bool IsValue(ElementType type);
