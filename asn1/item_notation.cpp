@@ -1,5 +1,6 @@
 #include "asn1/item_notation.h"
 
+#include "asn1/der_analyzer.h"
 #include "asn1/gen_parser.h"
 #include "asn1/hex.h"
 #include "asn1/lexical_analyzer.h"
@@ -56,15 +57,17 @@ CCryptoString Quoted(std::string_view text, char quote = '"')
     return quoted.append({&quote, 1});
 }
 
+/// Words, quotes or bytes behind the name of their kind, where the notation alone would be read as another.
+CCryptoString Marked(const element& value, const CCryptoString& notation)
+{
+    return CCryptoString("%").append(ValueKindName(value)).append(notation.view());
+}
+
 /// Whether the bytes read back from quotes, and so classified anew, are written by the owner as they stood.
 bool SurvivesQuotes(const element& value, ElementType owner)
 {
-    const bool readBackUtf8 = CCryptoString(value.view()).kind() == TextKind::Utf8;
-    if (owner == ElementType::utf8String)
-        return IsAscii(value.view()) || readBackUtf8 == (value.type() == ElementType::utf8Text);
-    if (owner == ElementType::bmpString)
-        return readBackUtf8 == (value.type() == ElementType::utf8Text);
-    return true;
+    const bool sameKind = (CCryptoString(value.view()).kind() == TextKind::Utf8) == (value.type() == ElementType::utf8Text);
+    return sameKind || (owner != ElementType::bmpString && IsAscii(value.view()));
 }
 
 CCryptoString TextNotation(const element& value, ElementType owner)
@@ -74,19 +77,23 @@ CCryptoString TextNotation(const element& value, ElementType owner)
         if (plain)
             return CCryptoString("'").append(value.view()).append("'");
     }
-    return SurvivesQuotes(value, owner) ? Quoted(value.view()) : Hex(value.bytes());
+    const bool isPlain = value.type() == ElementType::text || value.type() == ElementType::utf8Text;
+    return isPlain && SurvivesQuotes(value, owner) ? Quoted(value.view()) : Marked(value, Quoted(value.view()));
 }
 
-/// A number reads back as its shortest magnitude, so the bytes must be just that.
+/// A number reads back as its shortest magnitude, so the bytes must be just that. Below zero they are that for certain when they
+/// are not what DER holds.
 CCryptoString IntegerNotation(const element& value, ElementType owner)
 {
     const std::uint32_t length = value.length();
     const bool shortest = length == 1 || (length > 1 && value.data()[0] != 0);
-    if (!value.negative() && shortest && length <= mostDecimalBytes)
+    const bool magnitude = length != 0 && value.data()[0] >= 0x80;
+    if (shortest && length <= mostDecimalBytes && !(value.negative() && magnitude))
         return value.toString();
     const bool isInteger = owner == ElementType::asn1Integer || owner == ElementType::enumerated;
-    const bool magnitude = !value.negative() && length != 0 && value.data()[0] >= 0x80;
-    if (!isInteger || !magnitude)
+    if (!isInteger || value.negative())
+        return Marked(value, Hex(value.bytes()));
+    if (!magnitude)
         return Hex(value.bytes());
     // The sign octet, which an INTEGER of a magnitude gets and raw bytes do not.
     element octets("\0", 1);
@@ -103,20 +110,12 @@ CCryptoString WordNotation(std::string_view name)
     return isWord ? CCryptoString(name) : Quoted(name, '`');
 }
 
-/// The part with which an item must begin.
-LinkKind LeadingPart(const elementNode& item, ItemPlace place)
+/// Whether "\" stands where an item has no word.
+bool NeedsMark(const elementNode& item, ItemPlace place)
 {
-    const elementNode* const previous = item.previous();
-    if (place == ItemPlace::alone || item.type() != ElementType::none || previous == nullptr)
-        return LinkKind::none;
-    const bool isEmpty = IsBare(item);
-    for (const LinkKind kind :
-         {LinkKind::brackets, LinkKind::modifiers, LinkKind::content, LinkKind::shortValue, LinkKind::operation}) {
-        const bool isBlock = kind != LinkKind::shortValue && kind != LinkKind::operation;
-        if (previous->slot(kind) != nullptr && (item.slot(kind) != nullptr || (isEmpty && isBlock)))
-            return kind;
-    }
-    return LinkKind::none;
+    if (place == ItemPlace::alone || item.type() != ElementType::none)
+        return false;
+    return item.previous() != nullptr || (IsBare(item) && (item.next() != nullptr || item.parent() != nullptr));
 }
 
 bool AppendBlock(const elementNode* list, const char* before, const char* after, CCryptoString& text, std::uint32_t depth)
@@ -125,28 +124,6 @@ bool AppendBlock(const elementNode* list, const char* before, const char* after,
     // What stands in brackets and parentheses is not the node's value.
     const bool appended = AppendList(list, nullptr, ",", text, depth + 1);
     text += after;
-    return appended;
-}
-
-/// The bracket and the modifier list, without the one that stands already.
-bool AppendBlocks(const elementNode& item, LinkKind leading, CCryptoString& text, std::uint32_t depth)
-{
-    if (item.brackets() != nullptr && leading != LinkKind::brackets && !AppendBlock(item.brackets(), "[", "]", text, depth))
-        return false;
-    return item.modifiers() == nullptr || leading == LinkKind::modifiers || AppendBlock(item.modifiers(), " (", ")", text, depth);
-}
-
-/// A part other than the content; behind a value or an operand a separator ends it.
-bool AppendLeadingPart(const elementNode& item, LinkKind leading, CCryptoString& text, std::uint32_t depth)
-{
-    if (leading == LinkKind::brackets)
-        return AppendBlock(item.brackets(), "[", "]", text, depth);
-    if (leading == LinkKind::modifiers)
-        return AppendBlock(item.modifiers(), "(", ")", text, depth);
-    const bool isValue = leading == LinkKind::shortValue;
-    text += isValue ? "= " : "";
-    const bool appended = isValue ? AppendValue(item, text, depth) : AppendOperation(item, text, depth);
-    text += ";";
     return appended;
 }
 
@@ -168,7 +145,7 @@ CCryptoString TokenNotation(const element& token, const elementNode* owner)
     case ElementType::integer:
         return IntegerNotation(token, type);
     case ElementType::truth:
-        return token.toTruth() ? "#ff" : "#00";
+        return Marked(token, Hex(token.bytes()));
     case ElementType::bytes:
         return Hex(token.bytes());
     default:
@@ -189,36 +166,31 @@ bool AppendList(const elementNode* first, const elementNode* owner, const char* 
                 return false;
             text += "}";
         }
-        if (!AppendTail(*node, true, ItemPlace::inList, text, depth))
+        if (!AppendTail(*node, true, text, depth))
             return false;
-        text += node->next() != nullptr ? separator : "";
+        if (node->next() == nullptr)
+            break;
+        // Behind a blank alone, a "-" would subtract.
+        text += node->next()->token().negative() && separator[0] == ' ' ? " . " : separator;
     }
     return true;
 }
 
 bool AppendHead(const elementNode& item, const elementNode* owner, ItemPlace place, CCryptoString& text, std::uint32_t depth)
 {
-    const LinkKind leading = LeadingPart(item, place);
-    text += TokenNotation(item.token(), owner);
-    if (leading == LinkKind::content) {
-        text += item.content() == nullptr ? "{}" : "";
-        return true;
-    }
-    if (leading != LinkKind::none && !AppendLeadingPart(item, leading, text, depth))
+    text += NeedsMark(item, place) ? CCryptoString("\\") : TokenNotation(item.token(), owner);
+    if (item.brackets() != nullptr && !AppendBlock(item.brackets(), "[", "]", text, depth))
         return false;
-    return AppendBlocks(item, leading, text, depth);
+    return item.modifiers() == nullptr || AppendBlock(item.modifiers(), " (", ")", text, depth);
 }
 
-bool AppendTail(const elementNode& item, bool withValue, ItemPlace place, CCryptoString& text, std::uint32_t depth)
+bool AppendTail(const elementNode& item, bool withValue, CCryptoString& text, std::uint32_t depth)
 {
-    const LinkKind leading = LeadingPart(item, place);
-    if (leading == LinkKind::content && !AppendBlocks(item, leading, text, depth))
-        return false;
-    const bool hasValue = withValue && item.shortValue() != nullptr && leading != LinkKind::shortValue;
+    const bool hasValue = withValue && item.shortValue() != nullptr;
     text += hasValue ? " = " : "";
     if (hasValue && !AppendValue(item, text, depth))
         return false;
-    if (item.operation() == nullptr || leading == LinkKind::operation)
+    if (item.operation() == nullptr)
         return true;
     // Without the separator the operator would belong to the value.
     text += hasValue ? "; " : " ";
@@ -240,17 +212,19 @@ bool AppendOperation(const elementNode& item, CCryptoString& text, std::uint32_t
     return AppendList(operation->content(), &item, " ", text, depth + 1);
 }
 
-ElementNodePtr ParseList(std::string_view text)
+ElementNodePtr ParseList(std::string_view text, std::uint32_t& itemsLeft)
 {
     NothingToInclude loader;
-    return CCryptoGENParser(&loader).TryParse(text);
+    return CCryptoGENParser(&loader).TryParse(text, itemsLeft);
 }
 
-ElementNodePtr ParseHead(std::string_view text)
+ElementNodePtr ParseHead(std::string_view text, std::uint32_t& itemsLeft)
 {
     const ElementType keyword = KeywordType(text);
-    if (keyword != ElementType::identifier && keyword != ElementType::include)
+    if (IsAsn1Type(keyword)) {
+        itemsLeft -= itemsLeft != 0 ? 1 : 0;
         return elementNode::Make(keyword);
-    ElementNodePtr item = ParseList(text);
+    }
+    ElementNodePtr item = ParseList(text, itemsLeft);
     return item != nullptr && item->next() == nullptr && item->content() == nullptr ? std::move(item) : nullptr;
 }

@@ -7,6 +7,9 @@
 #include "asn1/value_notation.h"
 #include "core/auto_logger.h"
 
+#include <algorithm>
+#include <iterator>
+#include <string>
 #include <utility>
 
 namespace {
@@ -14,6 +17,23 @@ namespace {
 bool IsString(const element& token)
 {
     return token.type() == ElementType::text || token.type() == ElementType::utf8Text;
+}
+
+CCryptoString WithoutBlanks(std::string_view text)
+{
+    std::string kept;
+    std::ranges::copy_if(text, std::back_inserter(kept), [](char character) { return character != ' '; });
+    return CCryptoString(std::string_view(kept));
+}
+
+/// Whether a name is what the item's head prints as, but for blanks.
+bool IsPrintedHead(std::string_view name, const elementNode& item)
+{
+    if (IsAsn1Type(KeywordType(name)))
+        return true;
+    CCryptoString head;
+    return AppendHead(item, nullptr, ItemPlace::alone, head) && AppendTail(item, !HasPlainJsonValue(item), head) &&
+           WithoutBlanks(head.view()) == WithoutBlanks(name);
 }
 
 bool IsScalar(const element& token)
@@ -27,6 +47,8 @@ ElementNodePtr CCryptoJSONParser::Parse(std::string_view text)
 {
     CCryptoAutoLogger logger("CCryptoJSONParser::Parse");
     ElementNodePtr first = parseItems(text);
+    if (first != nullptr && !refusal_.isEmpty())
+        return logger.setRetValue(3, ElementNodePtr(), "%s", refusal_.c_str());
     if (first == nullptr)
         first = parseOrdinary(text);
     if (first == nullptr)
@@ -35,9 +57,16 @@ ElementNodePtr CCryptoJSONParser::Parse(std::string_view text)
     return first;
 }
 
+bool CCryptoJSONParser::IsItems(std::string_view text)
+{
+    return parseItems(text) != nullptr;
+}
+
 bool CCryptoJSONParser::start(CCryptoLexicalAnalyzer& lexer)
 {
     lexer_ = &lexer;
+    itemsLeft_ = mostItems;
+    refusal_ = CCryptoString();
     return advance();
 }
 
@@ -46,6 +75,21 @@ bool CCryptoJSONParser::advance()
     if (lexer_->scan(lookAhead_))
         return true;
     reason_ = lexer_->reason();
+    return false;
+}
+
+elementNode* CCryptoJSONParser::add(ItemList& list, ElementNodePtr node)
+{
+    itemsLeft_ -= itemsLeft_ != 0 ? 1 : 0;
+    if (itemsLeft_ != 0)
+        return &list.add(std::move(node));
+    fail(tooManyItems);
+    return nullptr;
+}
+
+bool CCryptoJSONParser::fail(const CCryptoString& message)
+{
+    reason_ = AtPlaceOf(*lexer_, message);
     return false;
 }
 
@@ -62,8 +106,7 @@ bool CCryptoJSONParser::unexpected()
 
 bool CCryptoJSONParser::tooDeep()
 {
-    reason_ = AtPlaceOf(*lexer_, "Parsing failed; More than 128 levels of nesting");
-    return false;
+    return fail("Parsing failed; More than 128 levels of nesting");
 }
 
 ElementNodePtr CCryptoJSONParser::parseItems(std::string_view text)
@@ -77,11 +120,11 @@ ElementNodePtr CCryptoJSONParser::parseItems(std::string_view text)
 bool CCryptoJSONParser::parseItemsRoot(ItemList& list)
 {
     if (IsString(lookAhead_) && lookAhead_.view() == jsonItemsName)
-        return advance() && expect(ElementType::colon) && parseItemArray(list, 0) && list.first != nullptr;
+        return advance() && expect(ElementType::colon) && parseItemArray(list, nullptr, 0) && list.first != nullptr;
     return parseItemBehindBrace(list, 0) && IsAsn1Type(list.first->type());
 }
 
-bool CCryptoJSONParser::parseItemArray(ItemList& list, std::uint32_t depth)
+bool CCryptoJSONParser::parseItemArray(ItemList& list, const elementNode* owner, std::uint32_t depth)
 {
     if (depth > deepestNesting)
         return tooDeep();
@@ -90,46 +133,62 @@ bool CCryptoJSONParser::parseItemArray(ItemList& list, std::uint32_t depth)
     while (lookAhead_.type() != ElementType::rightBracket) {
         if (list.first != nullptr && !expect(ElementType::comma))
             return false;
-        if (!parseItem(list, depth))
+        if (!parseItem(list, owner, depth))
             return false;
     }
     return advance();
 }
 
-bool CCryptoJSONParser::parseItem(ItemList& list, std::uint32_t depth)
+bool CCryptoJSONParser::parseItem(ItemList& list, const elementNode* owner, std::uint32_t depth)
 {
     if (lookAhead_.type() == ElementType::leftBrace)
         return advance() && parseItemBehindBrace(list, depth) && expect(ElementType::rightBrace);
-    if (!IsScalar(lookAhead_))
-        return unexpected();
-    list.add(elementNode::Make(IsString(lookAhead_) ? FromStringNotation(lookAhead_.view()) : std::move(lookAhead_)));
-    return advance();
+    element value;
+    return takeItemScalar(owner, value) && add(list, elementNode::Make(std::move(value))) != nullptr && advance();
 }
 
 bool CCryptoJSONParser::parseItemBehindBrace(ItemList& list, std::uint32_t depth)
 {
-    ElementNodePtr item = IsString(lookAhead_) ? ParseHead(lookAhead_.view()) : nullptr;
-    if (item == nullptr)
+    ElementNodePtr head = IsString(lookAhead_) ? ParseHead(lookAhead_.view(), itemsLeft_) : nullptr;
+    if (head == nullptr)
         return unexpected();
-    return advance() && expect(ElementType::colon) && parseItemValue(list.add(std::move(item)), depth);
+    const element name = std::move(lookAhead_);
+    elementNode* const item = add(list, std::move(head));
+    return item != nullptr && advance() && expect(ElementType::colon) && parseItemValue(*item, depth) &&
+           (IsPrintedHead(name.view(), *item) || unexpected());
 }
 
 bool CCryptoJSONParser::parseItemValue(elementNode& item, std::uint32_t depth)
 {
     if (lookAhead_.type() == ElementType::leftBracket) {
         ItemList content;
-        const bool parsed = parseItemArray(content, depth + 1);
+        const bool parsed = parseItemArray(content, &item, depth + 1);
         item.set(LinkKind::content, std::move(content.first));
         return parsed;
     }
+    if (lookAhead_.type() == ElementType::null)
+        return advance();
+    element value;
+    if (item.shortValue() != nullptr)
+        return unexpected();
+    if (!takeItemScalar(&item, value))
+        return false;
+    item.set(LinkKind::shortValue, std::move(value));
+    return advance();
+}
+
+bool CCryptoJSONParser::takeItemScalar(const elementNode* owner, element& value)
+{
     if (!IsScalar(lookAhead_))
         return unexpected();
-    if (lookAhead_.type() != ElementType::null) {
-        if (item.shortValue() != nullptr)
-            return unexpected();
-        item.set(LinkKind::shortValue, IsString(lookAhead_) ? FromStringNotation(lookAhead_.view()) : std::move(lookAhead_));
+    if (IsString(lookAhead_)) {
+        value = FromStringNotation(lookAhead_.view());
+        return IsJsonItemString(value, owner, lookAhead_.view()) || unexpected();
     }
-    return advance();
+    if (lookAhead_.type() == ElementType::characterData && owner != nullptr && IsAsn1Type(owner->type()) && refusal_.isEmpty())
+        refusal_ = AtPlaceOf(*lexer_, "Parsing failed; A number is not whole or has more than 9864 digits");
+    value = std::move(lookAhead_);
+    return true;
 }
 
 ElementNodePtr CCryptoJSONParser::parseOrdinary(std::string_view text)
@@ -159,8 +218,8 @@ bool CCryptoJSONParser::parseMembers(elementNode& object, std::uint32_t depth)
         if (!IsString(lookAhead_))
             return unexpected();
         lookAhead_.setType(ElementType::identifier);
-        elementNode& member = members.add(elementNode::Make(std::move(lookAhead_)));
-        if (!advance() || !expect(ElementType::colon) || !parseValue(member, depth))
+        elementNode* const member = add(members, elementNode::Make(std::move(lookAhead_)));
+        if (member == nullptr || !advance() || !expect(ElementType::colon) || !parseValue(*member, depth))
             return false;
     }
     object.set(LinkKind::content, std::move(members.first));
@@ -175,7 +234,8 @@ bool CCryptoJSONParser::parseArray(elementNode& array, std::uint32_t depth)
     while (lookAhead_.type() != ElementType::rightBracket) {
         if (items.first != nullptr && !expect(ElementType::comma))
             return false;
-        if (!parseValue(items.add(elementNode::Make(ElementType::none)), depth))
+        elementNode* const item = add(items, elementNode::Make(ElementType::none));
+        if (item == nullptr || !parseValue(*item, depth))
             return false;
     }
     array.set(LinkKind::brackets, items.first != nullptr ? std::move(items.first) : elementNode::Make(emptyJsonArray));

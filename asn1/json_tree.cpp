@@ -24,7 +24,7 @@ bool IsOrdinaryScalar(const elementNode& node)
     case ElementType::integer:
         return IsBare(node) && !DecimalFromSigned(value).isEmpty();
     case ElementType::truth:
-        return IsBare(node) && value == element::FromTruth(value.toTruth());
+        return IsBare(node) && IsPlainJsonTruth(value);
     default:
         return false;
     }
@@ -63,6 +63,21 @@ bool IsOrdinaryList(const elementNode* first, bool isObject, std::uint32_t depth
 }
 
 } // namespace
+
+bool HasPlainJsonValue(const elementNode& item)
+{
+    return item.content() == nullptr && IsSingleValue(item.shortValue());
+}
+
+bool IsPlainJsonTruth(const element& value)
+{
+    return value.type() == ElementType::truth && value == element::FromTruth(value.toTruth());
+}
+
+bool IsJsonItemString(const element& value, const elementNode* owner, std::string_view text)
+{
+    return DecimalNotation(value, owner).isEmpty() && !IsPlainJsonTruth(value) && StringNotation(value, owner).view() == text;
+}
 
 bool IsJsonScalar(const elementNode& node)
 {

@@ -31,7 +31,7 @@ bool CPushAsciiBuffer::pushEnd(const Place& place)
     if (place.node.content() != nullptr)
         PushByte('}');
     CCryptoString tail;
-    if (!AppendTail(place.node, true, ItemPlace::inList, tail))
+    if (!AppendTail(place.node, true, tail))
         return fail(tooDeep);
     PushText(tail.view());
     PushText(place.node.next() != nullptr ? ",\n" : "\n");

@@ -3,6 +3,7 @@
 #include "asn1/decimal.h"
 #include "asn1/der_analyzer.h"
 #include "asn1/item_notation.h"
+#include "asn1/json_parser.h"
 #include "asn1/json_tree.h"
 #include "asn1/lexical_analyzer.h"
 #include "asn1/value_notation.h"
@@ -17,22 +18,25 @@ bool IsNumberOfText(const element& value)
     return value.type() == ElementType::characterData && IsJsonNumber(value.view()) && !SignedFromDecimal(value.view(), number);
 }
 
-bool IsPlainTruth(const element& value)
-{
-    return value.type() == ElementType::truth && value == element::FromTruth(value.toTruth());
-}
-
-/// A value that stands behind the item's name, without a list around it.
-bool HasPlainValue(const elementNode& item)
-{
-    return item.content() == nullptr && IsSingleValue(item.shortValue());
-}
-
 } // namespace
 
 bool CPushJSONBuffer::pushDocument(const elementNode* first)
 {
     ordinary_ = IsOrdinaryJson(first);
+    const std::uint32_t before = buffer_.length();
+    if (!pushRoot(first))
+        return false;
+    // A document of one member named like a type might be read as items.
+    const bool mayBeItems = ordinary_ && first->type() == ElementType::identifier && first->next() == nullptr;
+    if (!mayBeItems || !CCryptoJSONParser().IsItems(buffer_.view().substr(before)))
+        return true;
+    buffer_.resize(before);
+    ordinary_ = false;
+    return pushRoot(first);
+}
+
+bool CPushJSONBuffer::pushRoot(const elementNode* first)
+{
     if (ordinary_ && first->type() != ElementType::identifier)
         return pushNode({*first, nullptr, 0});
     if (!ordinary_ && first->next() == nullptr && IsAsn1Type(first->type()))
@@ -72,7 +76,7 @@ bool CPushJSONBuffer::pushHead(const Place& place)
 bool CPushJSONBuffer::pushItemName(const elementNode& node)
 {
     CCryptoString head;
-    if (!AppendHead(node, nullptr, ItemPlace::alone, head) || !AppendTail(node, !HasPlainValue(node), ItemPlace::alone, head))
+    if (!AppendHead(node, nullptr, ItemPlace::alone, head) || !AppendTail(node, !HasPlainJsonValue(node), head))
         return fail(tooDeep);
     PushText("{");
     pushString(head.view());
@@ -87,7 +91,7 @@ bool CPushJSONBuffer::pushValue(const Place& place)
         pushOrdinaryValue(node);
     else if (IsJsonScalar(node))
         pushScalar(node.token(), place.owner);
-    else if (HasPlainValue(node))
+    else if (HasPlainJsonValue(node))
         pushScalar(node.shortValue()->token(), &node);
     else if (node.content() == nullptr)
         PushText("null");
@@ -128,9 +132,9 @@ void CPushJSONBuffer::pushScalar(const element& value, const elementNode* owner)
         PushText(decimal.view());
     else if (value.type() == ElementType::null)
         PushText("null");
-    else if (IsPlainTruth(value))
+    else if (IsPlainJsonTruth(value))
         PushText(value.toTruth() ? "true" : "false");
-    else if (IsNumberOfText(value))
+    else if (ordinary_ && IsNumberOfText(value))
         PushText(value.view());
     else
         pushString(ordinary_ ? value.view() : StringNotation(value, owner).view());

@@ -15,6 +15,7 @@ protected:
     const char* name() const override { return "CPushJSONBuffer"; }
 
 private:
+    bool pushRoot(const elementNode* first);
     void pushString(std::string_view text);
     void pushScalar(const element& value, const elementNode* owner);
     void pushOrdinaryValue(const elementNode& node);

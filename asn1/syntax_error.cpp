@@ -9,13 +9,32 @@ CCryptoString AtPlaceOf(const CCryptoLexicalAnalyzer& lexer, const CCryptoString
     return message + place;
 }
 
+namespace {
+
+/// The token as it stands in the text; of a long value its beginning.
+CCryptoString TextOf(const element& token)
+{
+    constexpr std::size_t longestText = 40;
+    const char* const word = TokenText(token.type());
+    if (word != nullptr)
+        return word;
+    if (token.type() == ElementType::endOfInput || token.isEmpty())
+        return {};
+    const bool isText =
+        token.type() != ElementType::integer && token.type() != ElementType::truth && token.type() != ElementType::bytes;
+    const CCryptoString text = isText ? CCryptoString(token.view()) : token.toString();
+    return CCryptoString(text.view().substr(0, longestText));
+}
+
+} // namespace
+
 CCryptoString NotExpected(const CCryptoLexicalAnalyzer& lexer, const element& token)
 {
-    const char* const text = TokenText(token.type());
-    if (text == nullptr)
+    const CCryptoString text = TextOf(token);
+    if (text.isEmpty())
         return AtPlaceOf(lexer, "Parsing failed; Token not expected?");
-    char message[96];
-    std::snprintf(message, sizeof message, "Parsing failed; Token not expected: %s (token=%d)", text,
+    char message[128];
+    std::snprintf(message, sizeof message, "Parsing failed; Token not expected: %s (token=%d)", text.c_str(),
                   static_cast<int>(token.type()));
     return AtPlaceOf(lexer, message);
 }

@@ -22,15 +22,6 @@ bool NamesDiffer(const elementNode* attributes)
     return std::ranges::adjacent_find(names) == names.end();
 }
 
-bool DeclaresTemplate(const elementNode* attributes)
-{
-    for (const elementNode* node = attributes; node != nullptr; node = node->next()) {
-        if (node->isNamed(xmlNamespaceAttribute))
-            return node->shortValue()->token().view() == xmlNamespace;
-    }
-    return false;
-}
-
 /// The type of a value whose token is the element's text, until that was read.
 constexpr ElementType tokenToCome = markup::startTag;
 
@@ -52,6 +43,12 @@ bool CCryptoXMLParser::advance()
         return true;
     reason_ = lexer_->reason();
     return false;
+}
+
+bool CCryptoXMLParser::countItem()
+{
+    itemsLeft_ -= itemsLeft_ != 0 ? 1 : 0;
+    return itemsLeft_ != 0 || fail(tooManyItems);
 }
 
 bool CCryptoXMLParser::unexpected()
@@ -80,6 +77,7 @@ ElementNodePtr CCryptoXMLParser::parseDocument(std::string_view text)
     CCryptoLexicalAnalyzer lexer(text, LexicalMode::xml);
     lexer_ = &lexer;
     isTemplate_ = false;
+    itemsLeft_ = mostItems;
     if (!advance() || !skipBlankText())
         return nullptr;
     if (lookAhead_.type() != markup::startTag) {
@@ -102,7 +100,7 @@ ElementNodePtr CCryptoXMLParser::parseDocument(std::string_view text)
 
 ElementNodePtr CCryptoXMLParser::parseElement(const elementNode* owner, std::uint32_t depth)
 {
-    if (depth > deepestNesting) {
+    if (depth > (isTemplate_ ? deepestTemplate : deepestNesting)) {
         fail("Parsing failed; More than 128 levels of nesting");
         return nullptr;
     }
@@ -111,7 +109,7 @@ ElementNodePtr CCryptoXMLParser::parseElement(const elementNode* owner, std::uin
     if (!advance() || !parseAttributes(attributes))
         return nullptr;
     ElementNodePtr node = makeElement(name.view(), attributes, depth);
-    if (node == nullptr)
+    if (node == nullptr || !countItem())
         return nullptr;
     const bool isEmpty = lookAhead_.type() == markup::emptyTagEnd;
     if (!advance() || (!isEmpty && !parseContent(name.view(), *node, owner, depth)))
@@ -134,6 +132,8 @@ bool CCryptoXMLParser::parseAttribute(ItemList& attributes)
 {
     if (lookAhead_.type() != ElementType::identifier)
         return unexpected();
+    if (!countItem())
+        return false;
     elementNode& attribute = attributes.add(elementNode::Make(std::move(lookAhead_)));
     if (!advance())
         return false;
@@ -180,7 +180,7 @@ bool CCryptoXMLParser::makePart(elementNode& item, const elementNode& attribute)
     if (name == xmlNamespaceAttribute)
         return text == xmlNamespace;
     if (name == xmlTokenAttribute) {
-        const ElementNodePtr head = ParseHead(text);
+        const ElementNodePtr head = ParseHead(text, itemsLeft_);
         if (head == nullptr || !IsBare(*head) || item.type() != tokenToCome)
             return false;
         item.token() = head->token();
@@ -191,7 +191,7 @@ bool CCryptoXMLParser::makePart(elementNode& item, const elementNode& attribute)
                                                                {xmlValueAttribute, LinkKind::shortValue},
                                                                {xmlOperationAttribute, LinkKind::operation}};
     const auto* const list = std::ranges::find(lists, name, &std::pair<std::string_view, LinkKind>::first);
-    ElementNodePtr items = list != std::end(lists) ? ParseList(text) : nullptr;
+    ElementNodePtr items = list != std::end(lists) ? ParseList(text, itemsLeft_) : nullptr;
     if (items == nullptr)
         return false;
     const bool isOperation = list->second == LinkKind::operation;

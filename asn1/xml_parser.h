@@ -16,6 +16,7 @@
 class CCryptoXMLParser {
 public:
     static constexpr std::uint32_t deepestNesting = 128;
+    static constexpr std::uint32_t deepestTemplate = deepestNesting + 2; ///< around its items a <list>, inside a value's <item>
 
     /// \return the root, or the items of a template as siblings; null, logged, on failure.
     ElementNodePtr Parse(std::string_view text);
@@ -33,6 +34,7 @@ private:
     bool takeText(elementNode& item, std::string_view text, const elementNode* owner);
     bool skipBlankText();
 
+    bool countItem();
     bool advance();
     bool unexpected();
     bool fail(const CCryptoString& message);
@@ -40,5 +42,6 @@ private:
     CCryptoLexicalAnalyzer* lexer_ = nullptr;
     element lookAhead_;
     bool isTemplate_ = false;
+    std::uint32_t itemsLeft_ = 0;
     CCryptoString reason_;
 };

@@ -55,6 +55,12 @@ bool IsElement(const elementNode& node, std::uint32_t depth)
     return true;
 }
 
+/// Not "case", which is an operator, nor "include".
+bool IsItemWord(ElementType keyword)
+{
+    return keyword != ElementType::caseWord && keyword != ElementType::include;
+}
+
 bool IsNumberType(const elementNode* owner)
 {
     return owner != nullptr && (owner->type() == ElementType::asn1Integer || owner->type() == ElementType::enumerated);
@@ -62,9 +68,18 @@ bool IsNumberType(const elementNode* owner)
 
 } // namespace
 
+bool DeclaresTemplate(const elementNode* attributes)
+{
+    for (const elementNode* node = attributes; node != nullptr; node = node->next()) {
+        if (node->isNamed(xmlNamespaceAttribute))
+            return node->shortValue()->token().view() == xmlNamespace;
+    }
+    return false;
+}
+
 bool IsOrdinaryXml(const elementNode* first)
 {
-    return first->next() == nullptr && IsElement(*first, 0);
+    return first->next() == nullptr && IsElement(*first, 0) && !DeclaresTemplate(first->brackets());
 }
 
 CCryptoString XmlItemTag(const element& token)
@@ -76,13 +91,14 @@ CCryptoString XmlItemTag(const element& token)
         return CCryptoString(isTag ? name : xmlItemTag);
     }
     const char* const word = TokenText(token.type());
-    return word != nullptr && KeywordType(word) == token.type() ? CCryptoString(word) : CCryptoString(xmlItemTag);
+    const bool isTag = word != nullptr && KeywordType(word) == token.type() && IsItemWord(token.type());
+    return CCryptoString(isTag ? word : xmlItemTag);
 }
 
 element TokenOfXmlTag(std::string_view tag)
 {
     const ElementType keyword = KeywordType(tag);
-    if (keyword != ElementType::identifier)
+    if (keyword != ElementType::identifier && IsItemWord(keyword))
         return element(keyword);
     element name(tag);
     name.setType(ElementType::identifier);

@@ -46,7 +46,7 @@ TEST(DerDecode, BuildsTheTreeOfATemplate)
 {
     const DecodeCase cases[] = {
         {"integer", "\x02\x01\x05", "INTEGER=5"},
-        {"negative integer", "\x02\x01\x80", "INTEGER=#80"},
+        {"negative integer", "\x02\x01\x80", "INTEGER=%-integer#80"},
         {"integer with a sign octet", "\x02\x02\x00\x80"sv, "INTEGER=#0080"},
         {"object identifier", "\x06\x03\x2B\x0E\x03", "OBJECT_IDENTIFIER=\"1.3.14.3\""},
         {"identifier cut inside an arc", "\x06\x02\x2B\x8E", "OBJECT_IDENTIFIER=#2b8e"},

@@ -69,10 +69,10 @@ TEST(Forms, ATemplateReadsBackFromJsonAndXml)
          "    <null/>\n"
          "    <item token=\"5\" modifiers=\"a\" value=\"b\"/>\n"
          "</BIT_STRING>\n"},
-        {"INTEGER=1, INTEGER{2} = -3", R"({"ASN.1":[{"INTEGER":1},{"INTEGER = #03":[2]}]})",
+        {"INTEGER=1, INTEGER{2} = -3", R"({"ASN.1":[{"INTEGER":1},{"INTEGER = -3":[2]}]})",
          "<list xmlns=\"urn:x-asn1:template\">\n"
          "    <INTEGER>1</INTEGER>\n"
-         "    <INTEGER value=\"#03\">\n"
+         "    <INTEGER value=\"-3\">\n"
          "        <item>2</item>\n"
          "    </INTEGER>\n"
          "</list>\n"},
@@ -118,6 +118,12 @@ TEST(Json, AnOrdinaryDocumentIsPrintedAsItWas)
         R"({"SET":[{"a":1,"b":2}]})",
         R"({"ASN.1":[]})",
         R"({"INTEGER":1,"NULL":null,"include":"include /etc/hostname","INTEGER = 5":[]})",
+        // What reads as items, and is not written as items are.
+        R"({"SET -- v1":5})",
+        R"({"SET":"text#41"})",
+        R"({"SEQUENCE = 1":null})",
+        R"({"INTEGER":"integer#05"})",
+        R"({"SEQUENCE":{"a":1.5}})",
     };
     for (const std::string_view document : documents) {
         SCOPED_TRACE(document);
@@ -154,6 +160,34 @@ TEST(Json, ReadsEveryNotationAndStopsBehindTheClosingBrace)
     EXPECT_EQ(parser.ToDer().toString(), element("\x30\x09\x02\x02\xFF\x7F\x01\x01\xFF\x05\x00", 11).toString());
 }
 
+// Through each of the other forms, an ordinary document comes back as it was.
+TEST(Json, AnOrdinaryDocumentKeepsItsValuesInEveryForm)
+{
+    const std::string_view documents[] = {
+        R"({"a":[1,[2]]})",
+        R"({"a":[1,{"b":2}]})",
+        R"({"a":[]})",
+        R"({"a":[{}]})",
+        R"({"a":[{},[],{"b":[[],[]]}]})",
+        R"([[],{}])",
+        R"({"a":1.5})",
+        R"({"a":true,"b":[false]})",
+        R"({"a":-5,"b":[7,-5,-129]})",
+        R"({"a":123456789012345678901234567890})",
+        R"({"a":"'x'","b":"characterData'x'","c":"%text"})",
+    };
+    for (const std::string_view document : documents) {
+        SCOPED_TRACE(document);
+        CCryptoParser parser;
+        ASSERT_TRUE(parser.Load_JSON_Memory(document));
+        CCryptoParser again;
+        EXPECT_TRUE(again.Load_ASCII_Memory(parser.ToText().view())) << parser.ToText().c_str();
+        EXPECT_EQ(Json(again), document) << parser.ToText().c_str();
+        EXPECT_TRUE(again.Load_XML_Memory(parser.ToXml().view())) << parser.ToXml().c_str();
+        EXPECT_EQ(Json(again), document) << parser.ToXml().c_str();
+    }
+}
+
 /// The reason of the parse alone, as the process keeps it behind the name of the operation.
 template <typename Load>
 std::string Reason(Load&& load)
@@ -172,9 +206,9 @@ TEST(Json, SaysWhyAndWhereTextIsRefused)
         {"", "Parsing failed; Token not expected?; row=1,col=1"},
         {"{\"a\":1", "Parsing failed; Token not expected?; row=1,col=7"},
         {"[1,]", "Parsing failed; Token not expected: ] (token=55); row=1,col=4"},
-        {"{\"a\" 1}", "Parsing failed; Token not expected?; row=1,col=6"},
-        {"{1:2}", "Parsing failed; Token not expected?; row=1,col=2"},
-        {"[1] 2", "Parsing failed; Token not expected?; row=1,col=5"},
+        {"{\"a\" 1}", "Parsing failed; Token not expected: 1 (token=13); row=1,col=6"},
+        {"{1:2}", "Parsing failed; Token not expected: 1 (token=13); row=1,col=2"},
+        {"[1] \"two\"", "Parsing failed; Token not expected: two (token=4); row=1,col=5"},
         {"[\n 01]", "CCryptoLexicalAnalyzer::scan; Unexpected character (row=2,col=2)"},
         {"[nul]", "CCryptoLexicalAnalyzer::scan; Unexpected character (row=1,col=2)"},
         {"[1.]", "CCryptoLexicalAnalyzer::scan; Unexpected character (row=1,col=2)"},
@@ -186,6 +220,8 @@ TEST(Json, SaysWhyAndWhereTextIsRefused)
         {"\"\xC3\"", "CCryptoLexicalAnalyzer::scan; String parsing error (row=1,col=2)"},
         {"\"a\nb\"", "CCryptoLexicalAnalyzer::scan; Invalid string (row=1,col=3)"},
         {"\"a\0b\""sv, "CCryptoLexicalAnalyzer::scan; Invalid string (row=1,col=3)"},
+        {"{\"INTEGER\": 1.5}", "Parsing failed; A number is not whole or has more than 9864 digits; row=1,col=13"},
+        {"{\"SET\": [{\"ENUMERATED\": 1e3}]}", "Parsing failed; A number is not whole or has more than 9864 digits; row=1,col=25"},
     };
     for (const auto& each : cases) {
         const auto [text, reason] = each;
@@ -214,6 +250,28 @@ TEST(Xml, AnOrdinaryDocumentIsPrintedAsItWas)
     }
 }
 
+TEST(Xml, KeepsItsMeaningInEveryForm)
+{
+    const std::string_view documents[] = {
+        "<a>hi<b/>'there'</a>",
+        "<SEQUENCE xmlns=\"urn:x-asn1:template\"><include/><case/><x/></SEQUENCE>",
+        "<list xmlns=\"urn:x-asn1:template\"><item token=\"\"/><item token=\"\" brackets=\"1,\\[2]\"/></list>",
+    };
+    for (const std::string_view document : documents) {
+        SCOPED_TRACE(document);
+        CCryptoParser parser;
+        ASSERT_TRUE(parser.Load_XML_Memory(document));
+        const std::string xml = Xml(parser);
+        CCryptoParser again;
+        EXPECT_TRUE(again.Load_ASCII_Memory(parser.ToText().view())) << parser.ToText().c_str();
+        EXPECT_EQ(Xml(again), xml);
+        EXPECT_TRUE(again.Load_JSON_Memory(parser.ToJson().view())) << parser.ToJson().c_str();
+        EXPECT_EQ(Xml(again), xml);
+        EXPECT_TRUE(again.Load_XML_Memory(parser.ToXml().view()));
+        EXPECT_EQ(Xml(again), xml);
+    }
+}
+
 TEST(Xml, ReadsWhatStandsForTheSame)
 {
     const std::pair<std::string_view, const char*> cases[] = {
@@ -235,8 +293,8 @@ TEST(Xml, SaysWhyAndWhereTextIsRefused)
 {
     const std::pair<std::string_view, const char*> cases[] = {
         {"", "Parsing failed; Token not expected?; row=1,col=1"},
-        {"text", "Parsing failed; Token not expected?; row=1,col=1"},
-        {"<a/><b/>", "Parsing failed; Token not expected?; row=1,col=5"},
+        {"text", "Parsing failed; Token not expected: text (token=33); row=1,col=1"},
+        {"<a/><b/>", "Parsing failed; Token not expected: b (token=91); row=1,col=5"},
         {"<a>\n<b></a>", "XML end tag not found: b; row=2,col=4"},
         {"<a>", "XML end tag not found: a; row=1,col=4"},
         {"<a></a", "CCryptoLexicalAnalyzer::scan; XML end tag expected (row=1,col=7)"},
@@ -313,16 +371,52 @@ TEST(Forms, HoldTheDeepestDer)
         outer.append(der.data(), der.length());
         der = outer;
     }
+    element twoRoots = der;
+    twoRoots.append("\x05\0"sv);
+    for (const element& each : {der, twoRoots}) {
+        SCOPED_TRACE(each.length());
+        CCryptoParser parser;
+        ASSERT_TRUE(parser.Load_DER_Memory(each));
+        const CCryptoString text = parser.ToText();
+        CCryptoParser again;
+        EXPECT_TRUE(again.Load_JSON_Memory(parser.ToJson().view()));
+        EXPECT_EQ(again.ToText(), text);
+        EXPECT_TRUE(again.Load_XML_Memory(parser.ToXml().view()));
+        EXPECT_EQ(again.ToText(), text);
+        EXPECT_TRUE(again.Load_ASCII_Memory(text.view()));
+        EXPECT_EQ(again.ToText(), text);
+    }
+}
+
+// A number of any length would take its square in time, a list any length of memory.
+TEST(Forms, RefuseLongNumbersAndTooManyItems)
+{
+    const std::string digits(9865, '9');
+    const std::string tooLong = "A number has more than 9864 digits";
+    const struct {
+        std::string text, reason;
+        bool (CCryptoParser::*load)(std::string_view);
+    } cases[] = {
+        {"INTEGER=" + digits, tooLong, &CCryptoParser::Load_ASCII_Memory},
+        {"INTEGER=-" + digits, tooLong, &CCryptoParser::Load_ASCII_Memory},
+        {"<a xmlns='urn:x-asn1:template' value='" + digits + "'/>", "not expected or not understood: value",
+         &CCryptoParser::Load_XML_Memory},
+        {"a[" + Repeated("0,", 4000000) + "]", "Parsing failed; More than 4000000 items", &CCryptoParser::Load_ASCII_Memory},
+        {"[" + Repeated("0,", 4000000) + "0]", "Parsing failed; More than 4000000 items", &CCryptoParser::Load_JSON_Memory},
+        {"<a>" + Repeated("<b/>", 4000000) + "</a>", "Parsing failed; More than 4000000 items", &CCryptoParser::Load_XML_Memory},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.reason);
+        CCryptoErrorHandler::ClearLastErrorText();
+        CCryptoParser parser;
+        EXPECT_FALSE((parser.*each.load)(each.text));
+        EXPECT_NE(CCryptoErrorHandler::LastErrorText().view().find(each.reason), std::string_view::npos)
+            << CCryptoErrorHandler::LastErrorText().c_str();
+    }
     CCryptoParser parser;
-    ASSERT_TRUE(parser.Load_DER_Memory(der));
-    const CCryptoString text = parser.ToText();
-    CCryptoParser again;
-    EXPECT_TRUE(again.Load_JSON_Memory(parser.ToJson().view()));
-    EXPECT_EQ(again.ToText(), text);
-    EXPECT_TRUE(again.Load_XML_Memory(parser.ToXml().view()));
-    EXPECT_EQ(again.ToText(), text);
-    EXPECT_TRUE(again.Load_ASCII_Memory(text.view()));
-    EXPECT_EQ(again.ToText(), text);
+    EXPECT_TRUE(parser.Load_ASCII_Memory("INTEGER=" + digits.substr(1)));
+    // A member's name is no item then.
+    EXPECT_TRUE(parser.Load_JSON_Memory("{\"" + digits + "\":1}"));
 }
 
 TEST(Forms, TakeAMillionSiblingsInConstantStack)

@@ -2,6 +2,7 @@
 #include "asn1/parser.h"
 #include "asn1/template_cache.h"
 #include "asn1/template_match.h"
+#include "core/error_handler.h"
 
 #include <gtest/gtest.h>
 
@@ -34,6 +35,9 @@ std::string DerOf(std::string_view text)
     if (!parser.Load_ASCII_Memory(text))
         return "no template";
     ExpectFormsKeep(parser);
+    CCryptoParser printed;
+    EXPECT_TRUE(printed.Load_ASCII_Memory(parser.ToText().view()));
+    EXPECT_EQ(Hex(printed.ToDer()), Hex(parser.ToDer())) << parser.ToText().c_str();
     return Hex(parser.ToDer());
 }
 
@@ -53,6 +57,13 @@ TEST(Template, KeepsEveryPartInEveryForm)
         "\xEF\xBF\xBF [\xFF] ('\xEF\xBF\xBF') = \"\xED\xA0\x80\"",
         "a[b = c, d {e} = 5](f + 1)",
         "`a b` = `SET`, `\\`\\\\` {`include`}",
+        "a[xmlns = \"urn:x-asn1:template\"]",
+        "OCTET_STRING, \\[11] = \"A\", \\, a[1, \\[2], \\, \\{b}], \\ = 5, \\ + 1",
+        "a = -5, b[-5] {-251, %-integer#fb} = c . -5 + -1",
+        "%characterData\"1.5\", %truth#02, %integer#00, %-integer#0005, %text\"\\xc3\\xa4\", %utf8Text\"AB\", %quotedText\"'\", %",
+        "`SET` = 5",
+        "`ASN.1` [1]",
+        "INTEGER = %characterData\"1.5\"",
         "\"#00\", \"text#00\", '\"', \"'x'\", \"\\\\#00\", \"\", #, null, case",
         "a ! b == c != d > e >= f < g <= h * i / j || k && l - 1",
     };
@@ -68,6 +79,102 @@ TEST(Template, KeepsEveryPartInEveryForm)
     EXPECT_FALSE(CCryptoParser().Load_ASCII_Memory("\"\\"));
 }
 
+// One line each; what a text means shows in what it prints.
+TEST(Template, PrintsWhatItMeans)
+{
+    const std::pair<const char*, const char*> cases[] = {
+        {"INTEGER=-5", "INTEGER = -5"},
+        {"INTEGER=-251", "INTEGER = %-integer#fb"},
+        {"SEQUENCE{a + b(c + 1) -- e,\nINTEGER=5}", "SEQUENCE { a + b (c + 1) -- e, INTEGER = 5 }"},
+        {"SEQUENCE{a + b(c + 1) -- e}", "SEQUENCE { a + b (c + 1) -- e }"},
+        {"SEQUENCE{OBJECT_IDENTIFIER = \"1.2\" -- comment\nSEQUENCE{a}}",
+         "SEQUENCE { OBJECT_IDENTIFIER = \"1.2\", SEQUENCE { a } }"},
+        {"a = b\r\n[1] c", "a[1] = b, c"},
+        {"a =\n5 + \n6\n7", "a = 5 + 6, 7"},
+        {"INTEGER = ; a = }", ""},
+        {"INTEGER = ; = 5", "INTEGER = 5"},
+        {"INTEGER = 5 . NULL", "INTEGER = 5 NULL"},
+        {"VideoString, VideotexString", "VideotexString, VideotexString"},
+    };
+    for (const auto& [text, printed] : cases) {
+        SCOPED_TRACE(text);
+        CCryptoParser parser;
+        parser.Load_ASCII_Memory(text);
+        std::string line;
+        const CCryptoString layout = parser.ToText();
+        for (const char character : layout.view()) {
+            const bool isBlank = character == ' ' || character == '\n';
+            if (!isBlank || (!line.empty() && line.back() != ' '))
+                line += isBlank ? ' ' : character;
+        }
+        EXPECT_EQ(line.substr(0, line.find_last_not_of(' ') + 1), printed);
+    }
+}
+
+/// Included files by name.
+class Files : public ICryptoIncludeLoader {
+public:
+    using Texts = std::map<std::string, std::string>;
+    explicit Files(Texts texts) : texts_(std::move(texts)) {}
+    bool Load(const CCryptoString& name, element& text) override
+    {
+        ++loaded;
+        const auto found = texts_.find(std::string(name.view()));
+        text = found != texts_.end() ? element(std::string_view(found->second)) : element();
+        return found != texts_.end();
+    }
+    int loaded = 0;
+
+private:
+    Texts texts_;
+};
+
+TEST(Template, IncludesIntoTheCurrentItem)
+{
+    const struct {
+        const char *text, *file, *same;
+    } cases[] = {
+        {"SEQUENCE include f", "{ INTEGER=1 }", "SEQUENCE { INTEGER=1 }"},
+        {"SEQUENCE include f", "[0]", "SEQUENCE[0]"},
+        {"SEQUENCE include f", "= 5", "SEQUENCE = 5"},
+        {"SEQUENCE include f", "(OPTIONAL)", "SEQUENCE (OPTIONAL)"},
+        {"SEQUENCE include f, x", "{a} b", "SEQUENCE {a} b x"},
+        {"SEQUENCE include f; {x}", "b", "SEQUENCE, b {x}"},
+        {"SEQUENCE include f; {x}", "-- nothing", "SEQUENCE {x}"},
+        {"a {include f}", "b; c", "a {b, c}"},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.text);
+        SCOPED_TRACE(each.file);
+        Files files(Files::Texts{{"folder/f", each.file}});
+        const ElementNodePtr tree = CCryptoGENParser(&files, "folder").Parse(each.text);
+        EXPECT_EQ(CCryptoParser::ToText(tree.get()), CCryptoParser::ToText(CCryptoGENParser().Parse(each.same).get()));
+    }
+}
+
+TEST(Template, SaysWhyAnIncludeIsRefused)
+{
+    std::string twenty;
+    for (int index = 0; index < 20; ++index)
+        twenty += "include b ";
+    Files files(Files::Texts{
+        {"p/bad", "a }"}, {"p/self", "include self"}, {"p/a", twenty}, {"p/b", twenty + "x"}, {"p/w", "include a include a"}});
+    const std::pair<const char*, const char*> cases[] = {
+        {"\ninclude none", "Failed to read include file: 'p/none'; row=2,col=1"},
+        {"include bad", "Failed to parse include file: 'p/bad'; row=1,col=1"},
+        {"include self", "Failed to parse include file: 'p/self'; row=1,col=1"},
+        {"include a", "Failed to parse include file: 'p/a'; row=1,col=1"},
+    };
+    for (const auto& [text, reason] : cases) {
+        SCOPED_TRACE(text);
+        CCryptoErrorHandler::ClearLastErrorText();
+        EXPECT_EQ(CCryptoGENParser(&files, "p").Parse(text), nullptr);
+        const CCryptoString last = CCryptoErrorHandler::LastErrorText();
+        EXPECT_TRUE(last.view().ends_with(reason)) << last.c_str();
+    }
+    EXPECT_LT(files.loaded, 300);
+}
+
 TEST(Template, IsWrittenAsDer)
 {
     const std::pair<const char*, const char*> cases[] = {
@@ -76,6 +183,13 @@ TEST(Template, IsWrittenAsDer)
         {"INTEGER = 128", "02020080"},
         {"INTEGER = 0", "020100"},
         {"INTEGER = -128", "020180"},
+        {"INTEGER = -5", "020105"},
+        {"INTEGER = %-integer#fb", "0201fb"},
+        {"BMPString = %utf8Text\"AB\"", "1e0400410042"},
+        {"UTF8String = %text\"\\xc3\\xa4\"", "0c04c383c2a4"},
+        {"UTF8String = %quotedText\"'\\xe4\"", "0c0227e4"},
+        {"OBJECT_IDENTIFIER = %characterData\"1.2.3\"", "0605312e322e33"},
+        {"BIT_STRING[0] = %integer#010203040506070809", "030a00010203040506070809"},
         {"SEQUENCE{INTEGER=1 -- a comment\n, NULL}", "30050201010500"},
         {"SEQUENCE { INTEGER(OPTIONAL) = version, NULL = \"NULL\" }", "30020500"},
         {"OBJECT_IDENTIFIER = \"1.2.840.113549\"", "06062a864886f70d"},
