@@ -94,8 +94,8 @@ elementNode* CCryptoParser::find_path(elementNode* start, std::string_view path)
             continue;
         }
         const std::size_t end = path.find('|');
-        const elementNode* const pattern = end != std::string_view::npos ? ParsedTemplate(path.substr(0, end)) : nullptr;
-        if (pattern == nullptr || !CCryptoTemplateMatch().Match(pattern, node))
+        const ElementNodePtr pattern = end != std::string_view::npos ? ParseInlineTemplate(path.substr(0, end)) : nullptr;
+        if (pattern == nullptr || !CCryptoTemplateMatch().Match(pattern.get(), node))
             return nullptr;
         path.remove_prefix(end + 1);
     }

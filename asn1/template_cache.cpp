@@ -1,6 +1,7 @@
 #include "asn1/template_cache.h"
 
 #include "asn1/gen_parser.h"
+#include "core/never_destroyed.h"
 
 #include <map>
 #include <mutex>
@@ -16,9 +17,14 @@ struct Cache {
 
 Cache& TheCache()
 {
-    static Cache cache;
-    return cache;
+    static NeverDestroyed<Cache> cache;
+    return *cache;
 }
+
+class NoIncludes : public ICryptoIncludeLoader {
+public:
+    bool Load(const CCryptoString&, element&) override { return false; }
+};
 
 } // namespace
 
@@ -36,4 +42,10 @@ const elementNode* ParsedTemplate(std::string_view text)
         return nullptr;
     const std::unique_lock writing(cache.lock);
     return cache.templates.try_emplace(std::string(text), std::move(parsed)).first->second.get();
+}
+
+ElementNodePtr ParseInlineTemplate(std::string_view text)
+{
+    NoIncludes noIncludes;
+    return CCryptoGENParser(&noIncludes).Parse(text);
 }

@@ -2,6 +2,9 @@
 
 #include "asn1/bracket_list.h"
 #include "asn1/der_analyzer.h"
+#include "asn1/encoding_form.h"
+#include "asn1/value_notation.h"
+#include "asn1/value_octets.h"
 
 #include <algorithm>
 
@@ -14,42 +17,78 @@ bool IsPlaceholder(const elementNode& node)
     return node.type() == ElementType::identifier;
 }
 
-/// A value kind that the template gives for the data to be equal to.
-bool IsConstant(const elementNode& node)
+/// A name that stands for all of a value.
+bool StandsForValue(const elementNode& node)
 {
-    switch (node.type()) {
-    case ElementType::text:
-    case ElementType::utf8Text:
-    case ElementType::quotedText:
-    case ElementType::bytes:
-    case ElementType::integer:
-    case ElementType::truth:
-        return true;
-    default:
+    return IsPlaceholder(node) && node.next() == nullptr && node.value() == nullptr;
+}
+
+/// The name in a bracket list that stands for the tag number or the unused bits; null when there is none.
+const elementNode* NumberPlaceholder(const elementNode& item)
+{
+    const elementNode* word = item.brackets();
+    while (word != nullptr && (!IsPlaceholder(*word) || word->isNamed("EXCLUDE")))
+        word = word->next();
+    return word;
+}
+
+bool SameNumber(const element& left, const element& right)
+{
+    const auto magnitude = [](std::string_view bytes) {
+        bytes.remove_prefix(std::min(bytes.find_first_not_of('\0'), bytes.size()));
+        return bytes;
+    };
+    return left.negative() == right.negative() && magnitude(left.view()) == magnitude(right.view());
+}
+
+bool Agrees(const elementNode& item, const elementNode& data)
+{
+    if (!IsAsn1Type(item.type()) || item.type() != data.type())
         return false;
-    }
+    if (!IsTagClass(item.type()))
+        return true;
+    const element* const wanted = BracketNumber(item);
+    const element* const number = BracketNumber(data);
+    if (number == nullptr)
+        return false;
+    return wanted != nullptr ? SameNumber(*wanted, *number) : NumberPlaceholder(item) != nullptr;
 }
 
-bool SameBytes(const element& left, const element& right)
-{
-    return left.negative() == right.negative() && left.view() == right.view();
-}
-
-/// The bytes of an integer without the zero octet that keeps it positive.
-std::string_view Magnitude(const element& value)
-{
-    std::string_view bytes = value.view();
-    while (bytes.size() > 1 && bytes[0] == 0)
-        bytes.remove_prefix(1);
-    return bytes;
-}
-
+/// A node without its value: an element by its type, anything else by its length alone.
 CCryptoString Describe(const elementNode& node)
 {
-    CCryptoString text = node.token().toString();
-    if (IsTagClass(node.type())) {
-        const element* const number = BracketNumber(node);
-        text += number != nullptr ? CCryptoString("[") + number->toString() + "]" : CCryptoString("[]");
+    if (!IsAsn1Type(node.type()))
+        return CCryptoString("a value of ") + element(node.token().length()).toString() + " bytes";
+    CCryptoString text = TokenText(node.type());
+    if (!IsTagClass(node.type()))
+        return text;
+    const element* const number = BracketNumber(node);
+    const elementNode* const name = NumberPlaceholder(node);
+    return text + "[" +
+           (number != nullptr ? number->toString()
+            : name != nullptr ? name->token().toString()
+                              : CCryptoString()) +
+           "]";
+}
+
+CCryptoString DescribeItem(const elementNode& item)
+{
+    return IsPlaceholder(item) ? item.token().toString() : Describe(item);
+}
+
+/// "SEQUENCE / CONTEXT_SPECIFIC[0] / item 3"
+CCryptoString PlaceOf(const elementNode& item)
+{
+    std::uint32_t place = 1;
+    const elementNode* first = &item;
+    for (; first->previous() != nullptr; first = first->previous())
+        ++place;
+    CCryptoString text = CCryptoString("item ") + element(place).toString();
+    for (const elementNode* owner = first->parent(); owner != nullptr; owner = first->parent()) {
+        text = DescribeItem(*owner) + " / " + text;
+        first = owner;
+        while (first->previous() != nullptr)
+            first = first->previous();
     }
     return text;
 }
@@ -58,14 +97,23 @@ CCryptoString Describe(const elementNode& node)
 
 bool CCryptoTemplateMatch::Match(const elementNode* templateItems, const elementNode* data)
 {
+    clearBindings();
+    failedStep_ = {};
+    failedPlace_ = {};
+    if (matchWhole(templateItems, data, 0))
+        return true;
+    failedStep_ = describeFailure();
+    failedPlace_ = PlaceOf(*failedItem_);
+    clearBindings();
+    return false;
+}
+
+void CCryptoTemplateMatch::clearBindings()
+{
     bindings_.clear();
+    made_.clear();
     failedItem_ = nullptr;
     failedData_ = nullptr;
-    const elementNode* position = data;
-    if (!matchList(templateItems, position, 0))
-        return false;
-    failedItem_ = nullptr;
-    return true;
 }
 
 const TemplateBinding* CCryptoTemplateMatch::find(std::string_view name) const
@@ -74,13 +122,22 @@ const TemplateBinding* CCryptoTemplateMatch::find(std::string_view name) const
     return found != bindings_.end() ? &*found : nullptr;
 }
 
-CCryptoString CCryptoTemplateMatch::failedStep() const
+CCryptoString CCryptoTemplateMatch::describeFailure() const
 {
-    if (failedItem_ == nullptr)
-        return {};
-    const CCryptoString found =
-        failedData_ != nullptr ? CCryptoString("the data holds ") + Describe(*failedData_) : "no data is left";
-    return Describe(*failedItem_) + ": " + found;
+    const CCryptoString item = DescribeItem(*failedItem_) + ": ";
+    switch (failedReason_) {
+    case Reason::noData:
+        return item + "no data is left";
+    case Reason::otherForm:
+        return item + "the data holds a " +
+               (FormOfData(*failedData_) == EncodingForm::constructed ? "constructed " : "primitive ") + Describe(*failedData_);
+    case Reason::otherValue:
+        return item + "the value differs";
+    case Reason::tooDeep:
+        return item + "the template is nested too deep";
+    default:
+        return item + "the data holds " + Describe(*failedData_);
+    }
 }
 
 void CCryptoTemplateMatch::bind(const elementNode& placeholder, const elementNode* node, bool withSiblings)
@@ -88,11 +145,26 @@ void CCryptoTemplateMatch::bind(const elementNode& placeholder, const elementNod
     bindings_.push_back({placeholder.token().view(), node, withSiblings});
 }
 
-bool CCryptoTemplateMatch::fail(const elementNode& item, const elementNode* data)
+const elementNode* CCryptoTemplateMatch::keep(ElementNodePtr made)
+{
+    return made_.emplace_back(std::move(made)).get();
+}
+
+bool CCryptoTemplateMatch::fail(const elementNode& item, const elementNode* data, Reason reason)
 {
     failedItem_ = &item;
     failedData_ = data;
+    failedReason_ = reason;
     return false;
+}
+
+bool CCryptoTemplateMatch::matchWhole(const elementNode* items, const elementNode* data, std::uint32_t depth)
+{
+    const elementNode* position = data;
+    if (!matchList(items, position, depth))
+        return false;
+    const bool tookNothing = items != nullptr && data != nullptr && position == data;
+    return !tookNothing || fail(*items, data, Reason::otherType);
 }
 
 bool CCryptoTemplateMatch::matchList(const elementNode* item, const elementNode*& data, std::uint32_t depth)
@@ -106,103 +178,163 @@ bool CCryptoTemplateMatch::matchList(const elementNode* item, const elementNode*
 
 bool CCryptoTemplateMatch::matchItem(const elementNode& item, const elementNode*& data, std::uint32_t depth)
 {
-    const bool isOptional = HasModifier(item, ElementType::optional);
-    const std::size_t bound = bindings_.size();
-    const elementNode* next = data;
-    bool matched = false;
-    if (depth >= deepestTemplate) {
-        return fail(item, data);
-    } else if (IsExcluded(item)) {
-        matched = matchList(item.value(), next, depth + 1);
-    } else if (data != nullptr && IsPlaceholder(item)) {
+    if (depth >= deepestTemplate)
+        return fail(item, data, Reason::tooDeep);
+    if (IsExcluded(item))
+        return matchExcluded(item, data, depth);
+    if (data == nullptr)
+        return HasModifier(item, ElementType::optional) || fail(item, data, Reason::noData);
+    if (IsPlaceholder(item)) {
         bind(item, data, false);
-        next = data->next();
-        matched = true;
-    } else if (data != nullptr && IsAsn1Type(item.type())) {
-        matched = matchTyped(item, *data, depth);
-        next = data->next();
+        if (item.value() != nullptr && !matchValue(item, item.value(), *data, data->value(), depth))
+            return false;
+    } else if (!Agrees(item, *data)) {
+        return HasModifier(item, ElementType::optional) || fail(item, data, Reason::otherType);
+    } else if (!matchTyped(item, *data, depth)) {
+        return false;
     }
-    if (matched) {
-        data = next;
+    data = data->next();
+    return true;
+}
+
+bool CCryptoTemplateMatch::matchExcluded(const elementNode& item, const elementNode*& data, std::uint32_t depth)
+{
+    const elementNode* const start = data;
+    const std::size_t bound = bindings_.size();
+    if (matchList(item.value(), data, depth + 1))
         return true;
-    }
+    // Without a tag of its own the item is absent when its first element is.
+    const bool isAbsent =
+        data == start && failedData_ == start && (failedReason_ == Reason::otherType || failedReason_ == Reason::noData);
+    if (!isAbsent || !HasModifier(item, ElementType::optional))
+        return false;
     bindings_.resize(bound);
-    if (isOptional)
-        return true;
-    // What failed inside the item says more than that the item failed.
-    return failedItem_ != nullptr && failedData_ != data ? false : fail(item, data);
+    return true;
 }
 
 bool CCryptoTemplateMatch::matchTyped(const elementNode& item, const elementNode& data, std::uint32_t depth)
 {
-    if (item.type() != data.type() || (IsTagClass(item.type()) && !matchTagNumber(item, data)))
-        return fail(item, &data);
+    const EncodingForm wanted = FormOfItem(item);
+    const EncodingForm form = FormOfData(data);
+    if (wanted != EncodingForm::either && form != EncodingForm::either && wanted != form)
+        return fail(item, &data, Reason::otherForm);
     if (item.type() == ElementType::bitString)
         return matchBitString(item, data, depth);
-    return matchValue(item, data, depth);
+    const elementNode* const name = NumberPlaceholder(item);
+    if (name != nullptr && IsTagClass(item.type()) && BracketNumber(item) == nullptr)
+        bind(*name, data.find(LinkKind::brackets, ElementType::integer), false);
+    return matchValue(item, item.value(), data, data.value(), depth);
 }
 
-bool CCryptoTemplateMatch::matchTagNumber(const elementNode& item, const elementNode& data)
+/// The unused bits in front of a value that is not decoded any further; `value` then begins behind them.
+/// \return null when there are none.
+const elementNode* CCryptoTemplateMatch::splitUnusedBits(const elementNode*& value)
 {
-    const element* const number = BracketNumber(data);
-    const elementNode* first = item.brackets();
-    if (first != nullptr && IsPlaceholder(*first) && !IsExcluded(item)) {
-        bind(*first, data.find(LinkKind::brackets, ElementType::integer), false);
-        return true;
-    }
-    const element* const wanted = BracketNumber(item);
-    return wanted != nullptr && number != nullptr && wanted->toWord64() == number->toWord64();
-}
-
-bool CCryptoTemplateMatch::matchValue(const elementNode& item, const elementNode& data, std::uint32_t depth)
-{
-    const elementNode* const wanted = item.value();
-    if (wanted == nullptr || item.type() == ElementType::asn1Null)
-        return true;
-    // A placeholder alone, plain or behind a wrapper that is left out, stands for the whole value.
-    if (wanted->next() == nullptr) {
-        if (IsPlaceholder(*wanted) && !HasModifier(*wanted, ElementType::optional)) {
-            bind(*wanted, data.value(), true);
-            return true;
-        }
-        if (IsExcluded(*wanted) && IsAsn1Type(wanted->type()))
-            return matchValue(*wanted, data, depth + 1);
-        if (IsConstant(*wanted))
-            return matchConstant(item, wanted, data);
-    }
-    const elementNode* position = data.value();
-    return matchList(wanted, position, depth + 1);
+    if (value == nullptr || !IsValue(value->type()) || value->token().isEmpty())
+        return nullptr;
+    const elementNode* const first = value;
+    value = first->next();
+    const element& octets = first->token();
+    if (octets.length() == 1)
+        return first;
+    ElementNodePtr rest = elementNode::Make(element(octets.data() + 1, octets.length() - 1));
+    if (value != nullptr)
+        rest->set(LinkKind::sibling, value->clone(true));
+    value = keep(std::move(rest));
+    return keep(elementNode::Make(element(octets.data(), 1, ElementType::integer)));
 }
 
 bool CCryptoTemplateMatch::matchBitString(const elementNode& item, const elementNode& data, std::uint32_t depth)
 {
-    const elementNode* const first = item.value();
-    if (first == nullptr || first->next() == nullptr)
-        return matchValue(item, data, depth);
-    const elementNode* const number = data.find(LinkKind::brackets, ElementType::integer);
-    if (IsPlaceholder(*first))
-        bind(*first, number, false);
-    else if (number == nullptr || number->token().toWord32() != first->token().toWord32())
-        return fail(item, &data);
-
-    // A number for a value says that there are no bits.
+    const elementNode* number =
+        data.type() == ElementType::bitString ? data.find(LinkKind::brackets, ElementType::integer) : nullptr;
     const elementNode* value = data.value();
-    if (value != nullptr && value->type() == ElementType::integer)
-        value = nullptr;
-    const elementNode& second = *first->next();
-    if (IsPlaceholder(second)) {
-        bind(second, value, true);
+    if (number == nullptr)
+        number = splitUnusedBits(value);
+    else if (value != nullptr && value->type() == ElementType::integer)
+        value = nullptr; // stands for the value where there are no bits
+    const elementNode* wanted = item.value();
+    if (wanted == nullptr && item.brackets() == nullptr)
         return true;
-    }
-    return matchList(&second, value, depth + 1);
+    if (number == nullptr)
+        return fail(item, nullptr, Reason::noData);
+    if (!matchUnusedBits(item, wanted, number))
+        return false;
+
+    const bool holdsUnusedBits = wanted != nullptr && wanted == item.value() && IsValue(wanted->type());
+    if (!holdsUnusedBits || BracketNumber(item) != nullptr)
+        return matchValue(item, wanted, data, value, depth);
+    element octets;
+    if (value != nullptr && !ValueOctets(data, value, octets))
+        return fail(item, &data, Reason::otherValue);
+    element all = number->token();
+    all.append(octets.view());
+    return matchOctets(item, wanted, data, std::move(all));
 }
 
-bool CCryptoTemplateMatch::matchConstant(const elementNode& item, const elementNode* constant, const elementNode& data)
+/// Moves `wanted` to what the template says of the bits themselves.
+bool CCryptoTemplateMatch::matchUnusedBits(const elementNode& item, const elementNode*& wanted, const elementNode* number)
 {
-    const elementNode* const value = data.value();
-    const bool isInteger = constant->type() == ElementType::integer;
-    const bool equal = value != nullptr && (isInteger ? constant->token().negative() == value->token().negative() &&
-                                                            Magnitude(constant->token()) == Magnitude(value->token())
-                                                      : SameBytes(constant->token(), value->token()));
-    return equal || fail(item, &data);
+    if (const element* const bracketed = BracketNumber(item))
+        return SameNumber(*bracketed, number->token()) || fail(item, number, Reason::otherValue);
+    if (const elementNode* const name = NumberPlaceholder(item)) {
+        bind(*name, number, false);
+        return true;
+    }
+    if (wanted == nullptr || wanted->next() == nullptr)
+        return true;
+    if (IsPlaceholder(*wanted))
+        bind(*wanted, number, false);
+    else if (!IsValue(wanted->type()) || !SameNumber(wanted->token(), number->token()))
+        return fail(item, number, Reason::otherValue);
+    wanted = wanted->next();
+    return true;
+}
+
+bool CCryptoTemplateMatch::matchValue(const elementNode& item, const elementNode* wanted, const elementNode& data,
+                                      const elementNode* value, std::uint32_t depth)
+{
+    if (wanted == nullptr || item.type() == ElementType::asn1Null)
+        return true;
+    if (depth >= deepestTemplate)
+        return fail(item, &data, Reason::tooDeep);
+    const bool isAbsent = value == nullptr && HasModifier(*wanted, ElementType::optional);
+    if (StandsForValue(*wanted)) {
+        if (!isAbsent)
+            bind(*wanted, value, true);
+        return true;
+    }
+    if (IsValue(wanted->type())) {
+        element octets;
+        const bool written = value == nullptr || ValueOctets(data, value, octets);
+        return written ? matchOctets(item, wanted, data, std::move(octets)) : fail(item, &data, Reason::otherValue);
+    }
+    if (wanted->next() == nullptr) {
+        const bool isImplicitNull = wanted->type() == ElementType::asn1Null && value == nullptr && IsTagClass(item.type());
+        if (isAbsent || isImplicitNull)
+            return true;
+        // What a wrapper that is left out holds stands for the value, too.
+        const bool holdsValue =
+            value == nullptr || !IsAsn1Type(value->type()) || (wanted->value() != nullptr && StandsForValue(*wanted->value()));
+        if (IsExcluded(*wanted) && IsAsn1Type(wanted->type()) && holdsValue)
+            return wanted->type() == ElementType::bitString ? matchBitString(*wanted, data, depth + 1)
+                                                            : matchValue(*wanted, wanted->value(), data, value, depth + 1);
+    }
+    return matchWhole(wanted, value, depth + 1);
+}
+
+bool CCryptoTemplateMatch::matchOctets(const elementNode& item, const elementNode* wanted, const elementNode& data, element octets)
+{
+    for (; wanted != nullptr && IsValue(wanted->type()); wanted = wanted->next()) {
+        element constant;
+        if (!SingleValueOctets(item, *wanted, constant) || !octets.view().starts_with(constant.view()))
+            return fail(item, &data, Reason::otherValue);
+        octets.erase(0, constant.length());
+    }
+    if (wanted != nullptr && StandsForValue(*wanted)) {
+        if (!octets.isEmpty() || !HasModifier(*wanted, ElementType::optional))
+            bind(*wanted, octets.isEmpty() ? nullptr : keep(elementNode::Make(std::move(octets))), true);
+        return true;
+    }
+    return (wanted == nullptr && octets.isEmpty()) || fail(item, &data, Reason::otherValue);
 }

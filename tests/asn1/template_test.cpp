@@ -1,7 +1,5 @@
 #include "asn1/gen_parser.h"
 #include "asn1/parser.h"
-#include "asn1/template_cache.h"
-#include "asn1/template_match.h"
 #include "core/error_handler.h"
 
 #include <gtest/gtest.h>
@@ -218,69 +216,6 @@ TEST(Template, IsWrittenAsDer)
         EXPECT_EQ(DerOf(text), der);
     }
     EXPECT_EQ(DerOf(std::string(100000, '{')), "no template");
-}
-
-/// Each placeholder and its value: bytes in hexadecimal, text as it stands.
-std::map<std::string, std::string> Matched(std::string_view text, std::string_view der)
-{
-    CCryptoParser data;
-    CCryptoTemplateMatch match;
-    if (!data.Load_DER_Memory(element(der.data(), static_cast<std::uint32_t>(der.size()))) ||
-        !match.Match(ParsedTemplate(text), data.root()))
-        return {{"failed", std::string(match.failedStep().view())}};
-    std::map<std::string, std::string> bound;
-    for (const TemplateBinding& binding : match.bindings()) {
-        const elementNode* node = binding.node;
-        const bool isValue = node == nullptr || node->type() < ElementType::application;
-        bound[std::string(binding.name)] = node == nullptr ? ""
-                                           : isValue       ? std::string(node->token().toString().view())
-                                                           : Hex(CCryptoParser::ToDer(node));
-    }
-    return bound;
-}
-
-TEST(TemplateMatch, BindsWhatStandsAtEachPlace)
-{
-    using Bound = std::map<std::string, std::string>;
-    struct Case {
-        const char* name;
-        const char* text;
-        std::string_view der;
-        Bound bound;
-    };
-    constexpr const char* algorithm = "SEQUENCE { OBJECT_IDENTIFIER = oid, parameters(OPTIONAL) }";
-    constexpr const char* choice =
-        "SEQUENCE{CONTEXT_SPECIFIC(OPTIONAL)[0]{first}CONTEXT_SPECIFIC(OPTIONAL)[1]{second}, INTEGER = n}";
-    const Case cases[] = {
-        {"trailing optional there",
-         algorithm,
-         "\x30\x07\x06\x03\x55\x04\x03\x05\x00"sv,
-         {{"oid", "2.5.4.3"}, {"parameters", "0500"}}},
-        {"trailing optional absent", algorithm, "\x30\x05\x06\x03\x55\x04\x03", {{"oid", "2.5.4.3"}}},
-        {"first alternative", choice, "\x30\x08\xA0\x03\x02\x01\x01\x02\x01\x09", {{"first", "020101"}, {"n", "9"}}},
-        {"second alternative", choice, "\x30\x08\xA1\x03\x02\x01\x01\x02\x01\x09", {{"second", "020101"}, {"n", "9"}}},
-        {"placeholder for a tag number",
-         "CONTEXT_SPECIFIC[context] { data }",
-         "\xA3\x03\x02\x01\x05",
-         {{"context", "3"}, {"data", "020105"}}},
-        {"empty value", "OCTET_STRING { data }", "\x04\x00"sv, {{"data", ""}}},
-        {"unused bits", "BIT_STRING{ unusedBits, value }", "\x03\x02\x05\xA0", {{"unusedBits", "5"}, {"value", "a0"}}},
-        {"constant bits", "BIT_STRING[PRIMITIVE]{#00,key}", "\x03\x02\x00\xA0"sv, {{"key", "a0"}}},
-        {"excluded wrapper", "SEQUENCE[EXCLUDE]{INTEGER = a, INTEGER = b}", "\x02\x01\x01\x02\x01\x02", {{"a", "1"}, {"b", "2"}}},
-        {"excluded inside a tag", "CONTEXT_SPECIFIC[0]{OCTET_STRING[EXCLUDE]=path}", "\x80\x02\x3F\x00"sv, {{"path", "3f00"}}},
-        {"equal constant", "SEQUENCE{INTEGER=0,value}", "\x30\x05\x02\x01\x00\x05\x00"sv, {{"value", "0500"}}},
-        {"other constant",
-         "SEQUENCE{INTEGER=0,value}",
-         "\x30\x05\x02\x01\x01\x05\x00"sv,
-         {{"failed", "INTEGER: the data holds INTEGER"}}},
-        {"other type", "SEQUENCE{OCTET_STRING=a}", "\x30\x03\x02\x01\x01", {{"failed", "OCTET_STRING: the data holds INTEGER"}}},
-        {"too little data", "SEQUENCE{INTEGER=a,INTEGER=b}", "\x30\x03\x02\x01\x01", {{"failed", "INTEGER: no data is left"}}},
-    };
-    for (const Case& each : cases) {
-        SCOPED_TRACE(each.name);
-        ExpectFormsKeep(CCryptoParser(ParsedTemplate(each.text)->clone(true)));
-        EXPECT_EQ(Matched(each.text, each.der), each.bound);
-    }
 }
 
 TEST(Parser, WalksPathsAndEditsTrees)
