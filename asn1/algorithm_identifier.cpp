@@ -7,6 +7,9 @@ namespace {
 constexpr const char* algorithmIdentifierTemplate = "SEQUENCE { OBJECT_IDENTIFIER = algorithmOID, parameters(OPTIONAL) }";
 constexpr const char* bareOidTemplate = "OBJECT_IDENTIFIER[EXCLUDE]=oid";
 
+/// A message at the end of an operation has room for about a thousand bytes.
+constexpr std::uint32_t longestShownOid = 900;
+
 } // namespace
 
 CCryptoAlgorithmIdentifier::CCryptoAlgorithmIdentifier() : CCryptoASN1Object(algorithmIdentifierTemplate) {}
@@ -32,10 +35,11 @@ bool CCryptoAlgorithmIdentifier::ParseNode()
     CCryptoAutoLogger logger("CCryptoAlgorithmIdentifier::ParseNode");
     const CCryptoString oid = findText("algorithmOID");
     id_ = AlgorithmOfOid(oid.view());
-    nullParameters_ = false;
-    parameters_.reset();
-    if (id_ == algorithm::none)
-        return logger.setRetValue(3, false, "Unsupported OID: %s", oid.c_str());
+    if (id_ == algorithm::none) {
+        const bool isCut = oid.length() > longestShownOid;
+        const CCryptoString shown(oid.view().substr(0, longestShownOid));
+        return logger.setRetValue(3, false, "Unsupported OID: %s%s", shown.c_str(), isCut ? "..." : "");
+    }
     if (isBound("parameters")) {
         setParameters(find("parameters"));
         nullParameters_ = true;
@@ -43,10 +47,22 @@ bool CCryptoAlgorithmIdentifier::ParseNode()
     return logger.setResult(true);
 }
 
+void CCryptoAlgorithmIdentifier::ClearFields()
+{
+    id_ = algorithm::none;
+    nullParameters_ = false;
+    parameters_.reset();
+}
+
 bool CCryptoAlgorithmIdentifier::BuildNode()
 {
+    CCryptoAutoLogger logger("CCryptoAlgorithmIdentifier::BuildNode", 3);
     if (id_ == algorithm::none)
-        return false;
+        return logger.setRetValue(3, false, "There is no algorithm");
+    if (*OidOfAlgorithm(id_) == '\0')
+        logger.setRetValue(2, false, "Algorithm %u has no OID", id_);
+    else
+        logger.setResult(true);
     if (!builder().fill("algorithmOID", element(OidOfAlgorithm(id_))))
         return false;
     if (!nullParameters_ || parameters_ != nullptr)
@@ -56,8 +72,12 @@ bool CCryptoAlgorithmIdentifier::BuildNode()
 
 element CCryptoAlgorithmIdentifier::GetDerEncodedOID() const
 {
+    CCryptoAutoLogger logger("CCryptoAlgorithmIdentifier::GetDerEncodedOID", 3);
+    if (*OidOfAlgorithm(id_) == '\0')
+        return logger.setRetValue(3, element(), "Algorithm %u has no OID", id_);
+    logger.setResult(true);
     CCryptoParser parser;
-    if (id_ == algorithm::none || !parser.Load_ASCII_Memory(bareOidTemplate) || !parser.fill("oid", element(OidOfAlgorithm(id_))))
+    if (!parser.Load_ASCII_Memory(bareOidTemplate) || !parser.fill("oid", element(OidOfAlgorithm(id_))))
         return {};
     return parser.ToDer();
 }

@@ -18,7 +18,7 @@ public:
     /// False, logged as "Unsupported OID: " and the OID, for an algorithm outside the table; the id is then 0.
     bool ParseNode() override;
 
-    /// DER of the algorithm's OID without identifier and length; empty for id 0.
+    /// DER of the algorithm's OID without identifier and length; empty, logged, for id 0 and ids without an OID.
     element GetDerEncodedOID() const;
 
     std::uint32_t id() const { return id_; }
@@ -29,6 +29,9 @@ public:
     void setParameters(const elementNode* parameters);
     bool nullParameters() const { return nullParameters_; }
     void setNullParameters(bool nullParameters) { nullParameters_ = nullParameters; }
+
+protected:
+    void ClearFields() override;
 
 private:
     std::uint32_t id_ = algorithm::none;

@@ -27,9 +27,23 @@ bool CCryptoASN1SETObject::ParseNode()
     return true;
 }
 
-CCryptoASN1SETofObjects::CCryptoASN1SETofObjects() : CCryptoASN1Collection(setTemplate, "value") {}
+CCryptoASN1SETofObjects::CCryptoASN1SETofObjects(Asn1MemberMaker maker) : CCryptoASN1Collection(setTemplate, "value", maker) {}
 
-CCryptoASN1SequenceOfObjects::CCryptoASN1SequenceOfObjects() : CCryptoASN1Collection(sequenceTemplate, "objects") {}
+CCryptoASN1SETofObjects::CCryptoASN1SETofObjects(const elementNode* node, Asn1MemberMaker maker) : CCryptoASN1SETofObjects(maker)
+{
+    construct(node);
+}
+
+CCryptoASN1SequenceOfObjects::CCryptoASN1SequenceOfObjects(Asn1MemberMaker maker)
+    : CCryptoASN1Collection(sequenceTemplate, "objects", maker)
+{
+}
+
+CCryptoASN1SequenceOfObjects::CCryptoASN1SequenceOfObjects(const elementNode* node, Asn1MemberMaker maker)
+    : CCryptoASN1SequenceOfObjects(maker)
+{
+    construct(node);
+}
 
 bool CCryptoASN1Collection::BuildNode()
 {
@@ -47,7 +61,6 @@ bool CCryptoASN1Collection::BuildNode()
 
 bool CCryptoASN1Collection::ParseNode()
 {
-    members_.clear();
     for (const elementNode* node = find(placeholder_); node != nullptr; node = node->next()) {
         std::unique_ptr<CCryptoASN1Object> member = CreateMember();
         if (member == nullptr || !member->Parse(node))

@@ -3,6 +3,7 @@
 #include "asn1/bracket_list.h"
 #include "asn1/der_parser.h"
 #include "asn1/template_cache.h"
+#include "asn1/unfilled_items.h"
 #include "core/auto_logger.h"
 
 CCryptoASN1Object::CCryptoASN1Object(const char* templateText, bool withSiblings)
@@ -13,34 +14,67 @@ CCryptoASN1Object::CCryptoASN1Object(const char* templateText, bool withSiblings
 void CCryptoASN1Object::construct(const elementNode* elementToParse)
 {
     CCryptoAutoLogger logger("CCryptoASN1Object::CCryptoASN1Object");
-    if (!Parse(elementToParse))
+    if (elementToParse == nullptr) {
+        logger.setResult(Parse(nullptr));
+        return;
+    }
+    const Outcome outcome = parse(*elementToParse);
+    if (outcome == Outcome::noTemplate || outcome == Outcome::mismatch)
         logger.setRetValue(3, false, "Invalid elementToParse");
     else
-        logger.setResult(true);
+        logger.setResult(outcome == Outcome::parsed);
 }
 
-bool CCryptoASN1Object::setNodeToParse(const elementNode& node)
+bool CCryptoASN1Object::looksAtSiblings(const elementNode& items) const
+{
+    return withSiblings_ || items.next() != nullptr || IsExcluded(items);
+}
+
+CCryptoASN1Object::Outcome CCryptoASN1Object::setNodeToParse(const elementNode& node)
 {
     const elementNode* const items = ParsedTemplate(templateText_);
     if (items == nullptr)
-        return false;
+        return Outcome::noTemplate;
     // The siblings are copied only where the template can look at them: copying a list once for each of its members would take time
     // that grows with its square.
-    const bool looksAtSiblings = withSiblings_ || items->next() != nullptr || IsExcluded(*items);
-    data_ = node.clone(looksAtSiblings);
-    return match_.Match(items, data_.get());
+    ElementNodePtr copy = node.clone(looksAtSiblings(*items));
+    clear();
+    data_ = std::move(copy);
+    return match_.Match(items, data_.get()) ? Outcome::parsed : Outcome::mismatch;
+}
+
+void CCryptoASN1Object::clear()
+{
+    match_.clearBindings();
+    data_.reset();
+    ClearFields();
+}
+
+CCryptoASN1Object::Outcome CCryptoASN1Object::parse(const elementNode& node)
+{
+    CCryptoAutoLogger logger("CCryptoASN1Object::Parse");
+    Outcome outcome = setNodeToParse(node);
+    if (outcome == Outcome::parsed && !ParseNode())
+        outcome = Outcome::wrongFields;
+    if (outcome == Outcome::parsed) {
+        logger.setResult(true);
+        return outcome;
+    }
+    clear();
+    if (outcome == Outcome::noTemplate)
+        return logger.setRetValue(3, outcome, "SetNodeToParse() failed");
+    if (outcome == Outcome::mismatch)
+        logger.WriteLog("%s (%s)", match_.failedStep().c_str(), match_.failedPlace().c_str());
+    return logger.setRetValue(3, outcome, "ParseNode() failed");
 }
 
 bool CCryptoASN1Object::Parse(const elementNode* node)
 {
+    if (node != nullptr)
+        return parse(*node) == Outcome::parsed;
     CCryptoAutoLogger logger("CCryptoASN1Object::Parse");
-    if (node == nullptr)
-        return logger.setRetValue(3, false, "elementNode is NULL");
-    if (!setNodeToParse(*node))
-        return logger.setRetValue(3, false, "SetNodeToParse() failed: %s", match_.failedStep().c_str());
-    if (!ParseNode())
-        return logger.setRetValue(3, false, "ParseNode() failed");
-    return logger.setResult(true);
+    clear();
+    return logger.setRetValue(3, false, "elementNode is NULL");
 }
 
 bool CCryptoASN1Object::Assign(const elementNode* node)
@@ -51,8 +85,14 @@ bool CCryptoASN1Object::Assign(const elementNode* node)
 
 bool CCryptoASN1Object::ParseDer(const element& der)
 {
+    CCryptoAutoLogger logger("CCryptoASN1Object::ParseDer");
     const ElementNodePtr tree = CCryptoDERParser().Decode(der.bytes());
-    return tree != nullptr && Parse(tree.get());
+    const elementNode* const items = ParsedTemplate(templateText_);
+    if (tree != nullptr && tree->next() != nullptr && items != nullptr && !looksAtSiblings(*items)) {
+        clear();
+        return logger.setRetValue(3, false, "More elements follow the first");
+    }
+    return logger.setResult(Parse(tree.get()));
 }
 
 ElementNodePtr CCryptoASN1Object::BuildTree()
@@ -64,8 +104,11 @@ ElementNodePtr CCryptoASN1Object::BuildTree()
         builder_.clear();
         return logger.setRetValue(3, ElementNodePtr(), "BuildNode() failed");
     }
+    // A name left over would catch what is filled in later, when the tree is part of a larger one.
+    ElementNodePtr tree = builder_.takeRoot();
+    DropUnfilledItems(tree);
     logger.setResult(true);
-    return builder_.takeRoot();
+    return tree;
 }
 
 element CCryptoASN1Object::BuildDer()

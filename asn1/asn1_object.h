@@ -11,8 +11,8 @@
 
 /// One ASN.1 type with its template: reads its fields from a decoded tree, or builds the tree of them.
 ///
-/// The object keeps a copy of the data it was parsed from, so it may outlive the tree. A failed parse leaves the fields as the
-/// subclass documents; nothing is thrown.
+/// The object keeps a copy of the data it was parsed from, so it may outlive the tree. A failed parse leaves the object as one that
+/// was never given anything; nothing is thrown.
 class CCryptoASN1Object {
 public:
     CCryptoASN1Object(const CCryptoASN1Object&) = delete;
@@ -27,32 +27,38 @@ public:
     /// A member to be parsed or built; null for a type that has none.
     virtual std::unique_ptr<CCryptoASN1Object> CreateMember() { return nullptr; }
 
-    /// Binds `node` and reads the fields. \return false, logged, for a null node, one that the template does not match
-    /// ("SetNodeToParse() failed") and fields that do not make sense ("ParseNode() failed").
+    /// Binds `node` and reads the fields. \return false, logged, for a null node, for a template that is none
+    /// ("SetNodeToParse() failed"), and for data that the template does not match, in a line of its own the step that failed, or
+    /// whose fields do not make sense ("ParseNode() failed").
     bool Parse(const elementNode* node);
     /// Parse for an object that already held something.
     bool Assign(const elementNode* node);
-    /// Decodes, then parses.
+    /// Decodes one element, then parses. More elements behind it fail unless the template looks at them.
     bool ParseDer(const element& der);
 
-    /// The tree of the fields; null, logged, when they do not make one.
+    /// The tree of the fields, without the names and optional items that nothing was put into; null, logged, when they do not make
+    /// one.
     ElementNodePtr BuildTree();
     /// The same as DER; empty on failure.
     element BuildDer();
+
+    /// The part of the bound data that stands for a placeholder of the template; null when it was not bound or is empty.
+    const elementNode* find(std::string_view name) const;
+    bool isBound(std::string_view name) const { return match_.find(name) != nullptr; }
+    /// Of a part that is an element, its value. Empty, or 0, for what find() does not find.
+    CCryptoString findText(std::string_view name) const;
+    std::uint32_t findNumber(std::string_view name) const;
+    element findBytes(std::string_view name) const;
 
 protected:
     /// \param templateText a constant. \param withSiblings the data is taken with the siblings that follow it.
     explicit CCryptoASN1Object(const char* templateText, bool withSiblings = false);
 
-    /// For the constructors that take data: parses, or logs "Invalid elementToParse".
+    /// For the constructors that take data: parses, and logs "Invalid elementToParse" for a node that does not match.
     void construct(const elementNode* elementToParse);
 
-    /// The part of the bound data that stands for a placeholder; null when it was not bound or is empty.
-    const elementNode* find(std::string_view name) const;
-    bool isBound(std::string_view name) const { return match_.find(name) != nullptr; }
-    CCryptoString findText(std::string_view name) const;
-    std::uint32_t findNumber(std::string_view name) const;
-    element findBytes(std::string_view name) const;
+    /// Gives up what the fields hold; called ahead of ParseNode and after a failure.
+    virtual void ClearFields() {}
 
     /// The template to fill, fresh for each build.
     CCryptoParser& builder() { return builder_; }
@@ -60,7 +66,12 @@ protected:
     const elementNode* data() const { return data_.get(); }
 
 private:
-    bool setNodeToParse(const elementNode& node);
+    enum class Outcome { parsed, noTemplate, mismatch, wrongFields };
+
+    Outcome setNodeToParse(const elementNode& node);
+    Outcome parse(const elementNode& node);
+    bool looksAtSiblings(const elementNode& items) const;
+    void clear();
 
     const char* templateText_;
     bool withSiblings_;

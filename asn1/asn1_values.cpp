@@ -1,6 +1,9 @@
 #include "asn1/asn1_values.h"
 
-#include "core/auto_logger.h"
+#include "asn1/encoding_form.h"
+
+#include <algorithm>
+#include <string_view>
 
 namespace {
 
@@ -10,6 +13,30 @@ constexpr const char* octetStringTemplate = "OCTET_STRING[PRIMITIVE] { data }";
 // "GeneralizedType" is the keyword of universal tag 24.
 constexpr const char* generalizedTimeTemplate = "GeneralizedType=dateTime";
 constexpr const char* generalStringTemplate = "GeneralString=value";
+
+constexpr std::size_t secondsLength = std::string_view("YYYYMMDDHHMMSS").size();
+constexpr std::size_t mostFractionDigits = 3; ///< milliseconds
+
+/// The time of a DER GeneralizedTime; invalid for any other text. Digits behind the milliseconds are cut off.
+CCryptoDateTime TimeOfGeneralizedTime(std::string_view text)
+{
+    const auto areDigits = [](std::string_view digits) {
+        return std::ranges::all_of(digits, [](char digit) { return digit >= '0' && digit <= '9'; });
+    };
+    if (text.size() <= secondsLength || !text.ends_with('Z') || !areDigits(text.substr(0, secondsLength)))
+        return {};
+    const std::string_view fraction = text.substr(secondsLength, text.size() - secondsLength - 1);
+    if (!fraction.empty() && (fraction[0] != '.' || fraction.size() == 1 || !areDigits(fraction.substr(1))))
+        return {};
+    CCryptoString kept(text.substr(0, secondsLength));
+    kept.append(fraction.substr(0, 1 + mostFractionDigits)).append("Z");
+    return CCryptoDateTime(kept);
+}
+
+std::uint32_t FractionDigits(std::int32_t milliseconds)
+{
+    return milliseconds == 0 ? 0 : milliseconds % 100 == 0 ? 1 : milliseconds % 10 == 0 ? 2 : 3;
+}
 
 } // namespace
 
@@ -30,15 +57,28 @@ CCryptoASN1ContextSpecific::CCryptoASN1ContextSpecific(std::uint32_t tagNumber, 
 
 bool CCryptoASN1ContextSpecific::BuildNode()
 {
-    return builder().fill("context", element(tagNumber_)) && builder().fill_tree("data", content_.get());
+    elementNode* const item = builder().root();
+    if (!builder().fill("context", element(tagNumber_)))
+        return false;
+    if (isConstructed_ && content_ == nullptr)
+        item->append(LinkKind::brackets, elementNode::Make(ElementType::constructed));
+    return builder().fill_tree("data", content_.get());
 }
 
 bool CCryptoASN1ContextSpecific::ParseNode()
 {
     tagNumber_ = findNumber("context");
+    isConstructed_ = FormOfData(*this->CCryptoASN1Object::data()) == EncodingForm::constructed;
     const elementNode* const data = find("data");
     content_ = data != nullptr ? data->clone(true) : nullptr;
     return true;
+}
+
+void CCryptoASN1ContextSpecific::ClearFields()
+{
+    tagNumber_ = 0;
+    isConstructed_ = false;
+    content_.reset();
 }
 
 CCryptoASN1ObjectIdentifier::CCryptoASN1ObjectIdentifier() : CCryptoASN1Object(objectIdentifierTemplate) {}
@@ -61,6 +101,10 @@ bool CCryptoASN1ObjectIdentifier::BuildNode()
 bool CCryptoASN1ObjectIdentifier::ParseNode()
 {
     if (data()->type() != ElementType::objectIdentifier)
+        return false;
+    // Octets without a dotted form stay bytes.
+    const elementNode* const dotted = find("oid");
+    if (dotted == nullptr || dotted->type() == ElementType::bytes || dotted->token().isEmpty())
         return false;
     oid_ = findText("oid");
     return true;
@@ -107,12 +151,13 @@ CCryptoASN1GeneralizedTime::CCryptoASN1GeneralizedTime(const CCryptoDateTime& ti
 
 bool CCryptoASN1GeneralizedTime::BuildNode()
 {
-    return time_.isValid() && builder().fill("dateTime", time_.toUtcDateTime().toGeneralizedTime().data());
+    const std::uint32_t digits = FractionDigits(time_.fields().millisecond);
+    return time_.isValid() && builder().fill("dateTime", time_.toUtcDateTime().toGeneralizedTime(digits).data());
 }
 
 bool CCryptoASN1GeneralizedTime::ParseNode()
 {
-    time_ = CCryptoDateTime(findText("dateTime"));
+    time_ = TimeOfGeneralizedTime(findBytes("dateTime").view());
     return time_.isValid();
 }
 

@@ -20,8 +20,12 @@ public:
     /// Null for an empty value.
     const elementNode* data() const { return content_.get(); }
 
+protected:
+    void ClearFields() override;
+
 private:
     std::uint32_t tagNumber_ = 0;
+    bool isConstructed_ = false; ///< as it was read, which content does not tell when there is none
     ElementNodePtr content_;
 };
 
@@ -32,11 +36,14 @@ public:
     explicit CCryptoASN1ObjectIdentifier(const CCryptoString& dotted);
 
     bool BuildNode() override;
-    /// False for a node that is no OBJECT_IDENTIFIER.
+    /// False for a node that is no OBJECT_IDENTIFIER, and for one whose octets have no dotted form.
     bool ParseNode() override;
 
     /// Dotted text; empty when nothing was parsed.
     const CCryptoString& oid() const { return oid_; }
+
+protected:
+    void ClearFields() override { oid_ = {}; }
 
 private:
     CCryptoString oid_;
@@ -53,11 +60,14 @@ public:
 
     const element& bytes() const { return bytes_; }
 
+protected:
+    void ClearFields() override { bytes_ = {}; }
+
 private:
     element bytes_;
 };
 
-/// A GeneralizedTime (X.680, 46), always UTC.
+/// A GeneralizedTime as DER has it (X.690, 11.7): YYYYMMDDHHMMSS, a fraction of a second or none, "Z". Milliseconds are kept.
 class CCryptoASN1GeneralizedTime : public CCryptoASN1Object {
 public:
     CCryptoASN1GeneralizedTime();
@@ -65,10 +75,13 @@ public:
     explicit CCryptoASN1GeneralizedTime(const CCryptoDateTime& time);
 
     bool BuildNode() override;
-    /// False for text that is no time.
+    /// False for text of another form, local times among them.
     bool ParseNode() override;
 
     const CCryptoDateTime& time() const { return time_; }
+
+protected:
+    void ClearFields() override { time_ = {}; }
 
 private:
     CCryptoDateTime time_;
@@ -84,6 +97,9 @@ public:
     bool ParseNode() override;
 
     const CCryptoString& text() const { return text_; }
+
+protected:
+    void ClearFields() override { text_ = {}; }
 
 private:
     CCryptoString text_;

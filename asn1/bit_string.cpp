@@ -9,6 +9,11 @@ constexpr std::uint8_t MaskOf(std::uint32_t bit)
     return static_cast<std::uint8_t>(1 << (7 - bit % 8));
 }
 
+bool HasOnlyUsableBits(const element& bits, std::uint32_t unusedBits)
+{
+    return unusedBits <= 7 && (unusedBits == 0 || !bits.isEmpty());
+}
+
 } // namespace
 
 bitString::bitString() : CCryptoASN1Object(bitStringTemplate) {}
@@ -28,7 +33,8 @@ bitString::bitString(const element& bits, std::uint32_t unusedBits) : bitString(
 bool bitString::BuildNode()
 {
     const auto unused = static_cast<std::uint8_t>(unusedBits_);
-    return unusedBits_ <= 7 && builder().fill("unusedBits", element(&unused, 1)) && builder().fill("value", bits_);
+    return HasOnlyUsableBits(bits_, unusedBits_) && builder().fill("unusedBits", element(&unused, 1)) &&
+           builder().fill("value", bits_);
 }
 
 bool bitString::ParseNode()
@@ -36,7 +42,13 @@ bool bitString::ParseNode()
     unusedBits_ = findNumber("unusedBits");
     const elementNode* const value = find("value");
     bits_ = value != nullptr && IsAsn1Type(value->type()) ? CCryptoParser::ToDer(value) : findBytes("value");
-    return unusedBits_ <= 7 && (unusedBits_ == 0 || !bits_.isEmpty());
+    return HasOnlyUsableBits(bits_, unusedBits_);
+}
+
+void bitString::ClearFields()
+{
+    bits_ = {};
+    unusedBits_ = 0;
 }
 
 void bitString::SetBit(std::uint32_t bit, bool value)

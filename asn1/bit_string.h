@@ -13,7 +13,7 @@ public:
     bitString(const element& bits, std::uint32_t unusedBits);
 
     bool BuildNode() override;
-    /// False when more than seven bits are unused, or any of no bits.
+    /// False, as BuildNode, when more than seven bits are unused, or any of no bits.
     bool ParseNode() override;
 
     /// Grows the buffer to the byte that holds the bit; new bits are clear.
@@ -23,6 +23,9 @@ public:
 
     const element& bits() const { return bits_; }
     std::uint32_t unusedBits() const { return unusedBits_; }
+
+protected:
+    void ClearFields() override;
 
 private:
     element bits_;
