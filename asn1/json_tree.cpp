@@ -1,6 +1,7 @@
 #include "asn1/json_tree.h"
 
 #include "asn1/decimal.h"
+#include "asn1/lexical_analyzer.h"
 #include "asn1/unicode_text.h"
 #include "asn1/value_notation.h"
 
@@ -18,9 +19,11 @@ bool IsOrdinaryScalar(const elementNode& node)
     case ElementType::null:
         return IsBare(node);
     case ElementType::text:
+        return IsBare(node) && IsAscii(value.view());
     case ElementType::utf8Text:
-    case ElementType::characterData:
         return IsBare(node) && IsUtf8(value.view());
+    case ElementType::characterData:
+        return IsBare(node) && IsJsonNumberOfText(value);
     case ElementType::integer:
         return IsBare(node) && !DecimalFromSigned(value).isEmpty();
     case ElementType::truth:
@@ -67,6 +70,12 @@ bool IsOrdinaryList(const elementNode* first, bool isObject, std::uint32_t depth
 bool HasPlainJsonValue(const elementNode& item)
 {
     return item.content() == nullptr && IsSingleValue(item.shortValue());
+}
+
+bool IsJsonNumberOfText(const element& value)
+{
+    element number;
+    return value.type() == ElementType::characterData && IsJsonNumber(value.view()) && !SignedFromDecimal(value.view(), number);
 }
 
 bool IsPlainJsonTruth(const element& value)

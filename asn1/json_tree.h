@@ -22,6 +22,8 @@ bool IsOrdinaryJson(const elementNode* first);
 /// A value of an item that stands behind the item's name, without an array around it.
 bool HasPlainJsonValue(const elementNode& item);
 bool IsPlainJsonTruth(const element& value);
+/// Character data that is a JSON number, and no integer.
+bool IsJsonNumberOfText(const element& value);
 /// Whether a value of an item is printed as this text in quotes.
 bool IsJsonItemString(const element& value, const elementNode* owner, std::string_view text);
 

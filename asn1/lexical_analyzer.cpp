@@ -147,7 +147,7 @@ void CCryptoLexicalAnalyzer::skipBlanksAndComments()
     for (;;) {
         for (; IsBlank(current()); ++position_)
             behindLineEnd_ = behindLineEnd_ || current() == '\n' || current() == '\r';
-        if (expression_ || current() != '-' || following() != '-')
+        if ((expression_ && !behindLineEnd_) || current() != '-' || following() != '-')
             return;
         position_ = std::min(text_.find_first_of("\r\n", position_), text_.size());
     }

@@ -1,24 +1,12 @@
 #include "asn1/push_json_buffer.h"
 
-#include "asn1/decimal.h"
 #include "asn1/der_analyzer.h"
 #include "asn1/item_notation.h"
 #include "asn1/json_parser.h"
 #include "asn1/json_tree.h"
-#include "asn1/lexical_analyzer.h"
 #include "asn1/value_notation.h"
 
 #include <cstdio>
-
-namespace {
-
-bool IsNumberOfText(const element& value)
-{
-    element number;
-    return value.type() == ElementType::characterData && IsJsonNumber(value.view()) && !SignedFromDecimal(value.view(), number);
-}
-
-} // namespace
 
 bool CPushJSONBuffer::pushDocument(const elementNode* first)
 {
@@ -134,7 +122,7 @@ void CPushJSONBuffer::pushScalar(const element& value, const elementNode* owner)
         PushText("null");
     else if (IsPlainJsonTruth(value))
         PushText(value.toTruth() ? "true" : "false");
-    else if (ordinary_ && IsNumberOfText(value))
+    else if (ordinary_ && IsJsonNumberOfText(value))
         PushText(value.view());
     else
         pushString(ordinary_ ? value.view() : StringNotation(value, owner).view());

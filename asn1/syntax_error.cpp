@@ -1,6 +1,8 @@
 #include "asn1/syntax_error.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <string>
 
 CCryptoString AtPlaceOf(const CCryptoLexicalAnalyzer& lexer, const CCryptoString& message)
 {
@@ -11,7 +13,7 @@ CCryptoString AtPlaceOf(const CCryptoLexicalAnalyzer& lexer, const CCryptoString
 
 namespace {
 
-/// The token as it stands in the text; of a long value its beginning.
+/// The token as it stands in the text, for a line of the log: of a long value its beginning, and no characters that are not plain.
 CCryptoString TextOf(const element& token)
 {
     constexpr std::size_t longestText = 40;
@@ -23,7 +25,10 @@ CCryptoString TextOf(const element& token)
     const bool isText =
         token.type() != ElementType::integer && token.type() != ElementType::truth && token.type() != ElementType::bytes;
     const CCryptoString text = isText ? CCryptoString(token.view()) : token.toString();
-    return CCryptoString(text.view().substr(0, longestText));
+    std::string plain(text.view().substr(0, longestText));
+    std::ranges::replace_if(
+        plain, [](char character) { return character < 0x20 || character > 0x7E; }, '?');
+    return CCryptoString(std::string_view(plain));
 }
 
 } // namespace

@@ -19,8 +19,8 @@ bool IsNamed(const elementNode& node)
 
 bool IsXmlTextOfKind(const elementNode& node, bool isAttribute)
 {
-    const bool isKind = isAttribute ? node.type() == ElementType::text || node.type() == ElementType::utf8Text
-                                    : node.type() == ElementType::characterData && !node.token().isEmpty();
+    const bool isText = node.type() == ElementType::utf8Text || (node.type() == ElementType::text && IsAscii(node.token().view()));
+    const bool isKind = isAttribute ? isText : node.type() == ElementType::characterData && !node.token().isEmpty();
     return isKind && IsBare(node) && IsXmlText(node.token().view());
 }
 

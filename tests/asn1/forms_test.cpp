@@ -207,6 +207,7 @@ TEST(Json, SaysWhyAndWhereTextIsRefused)
         {"{\"a\":1", "Parsing failed; Token not expected?; row=1,col=7"},
         {"[1,]", "Parsing failed; Token not expected: ] (token=55); row=1,col=4"},
         {"{\"a\" 1}", "Parsing failed; Token not expected: 1 (token=13); row=1,col=6"},
+        {"{\"a\" \"\\u001b\xC3\xA4\"}", "Parsing failed; Token not expected: ??? (token=6); row=1,col=6"},
         {"{1:2}", "Parsing failed; Token not expected: 1 (token=13); row=1,col=2"},
         {"[1] \"two\"", "Parsing failed; Token not expected: two (token=4); row=1,col=5"},
         {"[\n 01]", "CCryptoLexicalAnalyzer::scan; Unexpected character (row=2,col=2)"},
@@ -401,9 +402,9 @@ TEST(Forms, RefuseLongNumbersAndTooManyItems)
         {"INTEGER=-" + digits, tooLong, &CCryptoParser::Load_ASCII_Memory},
         {"<a xmlns='urn:x-asn1:template' value='" + digits + "'/>", "not expected or not understood: value",
          &CCryptoParser::Load_XML_Memory},
-        {"a[" + Repeated("0,", 4000000) + "]", "Parsing failed; More than 4000000 items", &CCryptoParser::Load_ASCII_Memory},
-        {"[" + Repeated("0,", 4000000) + "0]", "Parsing failed; More than 4000000 items", &CCryptoParser::Load_JSON_Memory},
-        {"<a>" + Repeated("<b/>", 4000000) + "</a>", "Parsing failed; More than 4000000 items", &CCryptoParser::Load_XML_Memory},
+        {"a[" + Repeated("0,", 2000000) + "]", "Parsing failed; More than 2000000 items", &CCryptoParser::Load_ASCII_Memory},
+        {"[" + Repeated("0,", 2000000) + "0]", "Parsing failed; More than 2000000 items", &CCryptoParser::Load_JSON_Memory},
+        {"<a>" + Repeated("<b/>", 2000000) + "</a>", "Parsing failed; More than 2000000 items", &CCryptoParser::Load_XML_Memory},
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.reason);
