@@ -1,15 +1,21 @@
 #pragma once
 
 #include "asn1/little_endian.h"
+#include "core/platform/secure_wipe.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <span>
 
 /// The input of a decoder as bits, least significant first, across pieces of any size. Up to 63 bits are held; those above
-/// the count are zero.
+/// the count are zero. They are wiped in the end.
 class BitInput {
 public:
+    BitInput() = default;
+    BitInput(const BitInput&) = delete;
+    BitInput& operator=(const BitInput&) = delete;
+    ~BitInput() { platform::SecureWipe(&bits_, sizeof bits_); }
+
     /// The next piece, which must stay until it is used up or another one takes its place.
     void give(std::span<const std::uint8_t> piece)
     {

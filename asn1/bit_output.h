@@ -3,6 +3,7 @@
 #include "asn1/inflate_output.h"
 #include "asn1/little_endian.h"
 #include "asn1/wiped_array.h"
+#include "core/platform/secure_wipe.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -14,6 +15,9 @@
 class BitOutput {
 public:
     explicit BitOutput(DeflateSink sink) : sink_(std::move(sink)), bytes_(pieceSize + sizeof(std::uint64_t)) {}
+    BitOutput(const BitOutput&) = delete;
+    BitOutput& operator=(const BitOutput&) = delete;
+    ~BitOutput() { platform::SecureWipe(&bits_, sizeof bits_); }
 
     /// At most 56 bits; those of `bits` above `count` are zero.
     void put(std::uint64_t bits, std::uint32_t count)

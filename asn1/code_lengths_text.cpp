@@ -25,12 +25,12 @@ std::uint32_t ExtraBits(std::uint32_t code)
 CodeLengthsText::CodeLengthsText(std::span<const std::uint8_t> literals, std::span<const std::uint8_t> distances)
     : literalCount_(WithoutTail(literals, firstLengthCode)), distanceCount_(WithoutTail(distances, 1))
 {
-    std::array<std::uint8_t, usedLiteralCodes + usedDistanceCodes> all;
+    Wiped<std::array<std::uint8_t, usedLiteralCodes + usedDistanceCodes>> all;
     const auto behind = std::copy_n(literals.begin(), literalCount_, all.begin());
     std::copy_n(distances.begin(), distanceCount_, behind);
     shorten({all.data(), literalCount_ + distanceCount_});
 
-    std::array<std::uint32_t, codeLengthCodes> frequencies{};
+    Wiped<std::array<std::uint32_t, codeLengthCodes>> frequencies{};
     for (std::size_t index = 0; index < itemCount_; ++index)
         ++frequencies[items_[index].code];
     MakeCodeLengths(frequencies, longestCodeLengthCode, lengths_);

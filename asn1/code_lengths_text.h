@@ -2,6 +2,7 @@
 
 #include "asn1/bit_output.h"
 #include "asn1/deflate_tables.h"
+#include "asn1/wiped.h"
 
 #include <array>
 #include <cstdint>
@@ -32,10 +33,10 @@ private:
     std::size_t literalCount_;
     std::size_t distanceCount_;
     std::size_t codeCount_ = codeLengthCodes; ///< code length codes written
-    std::array<Item, usedLiteralCodes + usedDistanceCodes> items_;
+    Wiped<std::array<Item, usedLiteralCodes + usedDistanceCodes>> items_;
     std::size_t itemCount_ = 0;
-    std::array<std::uint8_t, codeLengthCodes> lengths_{};
-    std::array<std::uint16_t, codeLengthCodes> words_{};
+    Wiped<std::array<std::uint8_t, codeLengthCodes>> lengths_{};
+    Wiped<std::array<std::uint16_t, codeLengthCodes>> words_{};
     std::uint64_t bits_ = 0;
 };
 

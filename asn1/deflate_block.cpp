@@ -10,10 +10,10 @@ namespace {
 
 /// The codes that a block is written with.
 struct Codes {
-    std::array<std::uint8_t, literalCodes> literalLengths{};
-    std::array<std::uint16_t, literalCodes> literalWords{};
-    std::array<std::uint8_t, distanceCodes> distanceLengths{};
-    std::array<std::uint16_t, distanceCodes> distanceWords{};
+    Wiped<std::array<std::uint8_t, literalCodes>> literalLengths{};
+    Wiped<std::array<std::uint16_t, literalCodes>> literalWords{};
+    Wiped<std::array<std::uint8_t, distanceCodes>> distanceLengths{};
+    Wiped<std::array<std::uint16_t, distanceCodes>> distanceWords{};
 
     void makeWords()
     {
@@ -36,8 +36,8 @@ struct Codes {
 Codes FixedCodes()
 {
     Codes codes;
-    codes.literalLengths = fixedLiteralLengths;
-    codes.distanceLengths = fixedDistanceLengths;
+    codes.literalLengths = {fixedLiteralLengths};
+    codes.distanceLengths = {fixedDistanceLengths};
     return codes;
 }
 
@@ -51,8 +51,8 @@ Codes OwnCodes(const Frequencies& frequencies)
 
 /// The words for all lengths, extra bits included.
 struct LengthWords {
-    std::array<std::uint32_t, longestMatch + 1> words{};
-    std::array<std::uint8_t, longestMatch + 1> bits{};
+    Wiped<std::array<std::uint32_t, longestMatch + 1>> words{};
+    Wiped<std::array<std::uint8_t, longestMatch + 1>> bits{};
 
     explicit LengthWords(const Codes& codes)
     {

@@ -2,6 +2,7 @@
 
 #include "asn1/bit_output.h"
 #include "asn1/deflate_tables.h"
+#include "asn1/wiped.h"
 
 #include <array>
 #include <bit>
@@ -46,10 +47,10 @@ inline std::uint32_t DistanceCodeOf(std::uint32_t distance)
     return 2 * (width - 1) + ((offset >> (width - 2)) & 1);
 }
 
-/// How often each code occurs.
+/// How often each code occurs. Since that says much about the bytes, it is wiped as they are.
 struct Frequencies {
-    std::array<std::uint32_t, usedLiteralCodes> literals{};
-    std::array<std::uint32_t, usedDistanceCodes> distances{};
+    Wiped<std::array<std::uint32_t, usedLiteralCodes>> literals{};
+    Wiped<std::array<std::uint32_t, usedDistanceCodes>> distances{};
 
     void count(Symbol symbol)
     {
@@ -66,7 +67,7 @@ struct Frequencies {
 /// The symbols of one block, and what they stand for.
 struct Block {
     std::span<const Symbol> symbols;
-    Frequencies frequencies; ///< of the symbols, the end of the block not among them
+    const Frequencies& frequencies; ///< of the symbols, the end of the block not among them
     /// The bytes themselves; a null pointer where they are gone.
     const std::uint8_t* bytes = nullptr;
     std::size_t length = 0;

@@ -60,7 +60,7 @@ CCryptoHuffman::Fault CCryptoHuffman::Build(std::span<const std::uint8_t> length
     Counts starts{};
     for (std::uint32_t length = 1; length < longest; ++length)
         starts[length + 1] = static_cast<std::uint16_t>(starts[length] + counts[length]);
-    std::array<std::uint16_t, deflate::literalCodes> sorted;
+    Wiped<std::array<std::uint16_t, deflate::literalCodes>> sorted;
     for (std::size_t symbol = 0; symbol < lengths.size(); ++symbol) {
         if (lengths[symbol] != 0)
             sorted[starts[lengths[symbol]]++] = static_cast<std::uint16_t>(symbol);
@@ -69,7 +69,7 @@ CCryptoHuffman::Fault CCryptoHuffman::Build(std::span<const std::uint8_t> length
     return Fault::none;
 }
 
-void CCryptoHuffman::fill(std::span<const std::uint16_t> sorted, Counts counts)
+void CCryptoHuffman::fill(std::span<const std::uint16_t> sorted, Counts& counts)
 {
     constexpr std::uint32_t noPrefix = 0xFFFFFFFF;
     std::uint32_t code = 0;

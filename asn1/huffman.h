@@ -1,5 +1,7 @@
 #pragma once
 
+#include "asn1/wiped.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -74,11 +76,12 @@ private:
     /// The most that any complete code of 288 symbols and 15 bits needs behind a primary table of 11 bits.
     static constexpr std::size_t capacity = 2342;
 
-    using Counts = std::array<std::uint16_t, longest + 1>;
+    using Counts = Wiped<std::array<std::uint16_t, longest + 1>>;
 
     Fault check(const Counts& counts, std::size_t used) const;
     std::uint32_t describe(std::uint32_t symbol, std::uint32_t length) const;
-    void fill(std::span<const std::uint16_t> sorted, Counts counts);
+    /// Uses `counts` up.
+    void fill(std::span<const std::uint16_t> sorted, Counts& counts);
     /// Where the table for codes behind `prefix` starts; it is made of the codes of `length` bits and more that are left.
     std::uint32_t openSecondary(std::uint32_t prefix, std::uint32_t length, const Counts& left);
 
@@ -87,5 +90,5 @@ private:
     std::uint64_t primaryMask_;
     std::uint32_t used_ = 0;
     std::uint32_t secondaryBits_ = 0;
-    std::array<std::uint32_t, capacity> entries_{};
+    Wiped<std::array<std::uint32_t, capacity>> entries_{};
 };

@@ -1,6 +1,7 @@
 #include "asn1/huffman_lengths.h"
 
 #include "asn1/deflate_tables.h"
+#include "asn1/wiped.h"
 
 #include <algorithm>
 #include <array>
@@ -8,11 +9,11 @@
 
 namespace {
 
-using Counts = std::array<std::uint32_t, deflate::longestCode + 1>;
+using Counts = Wiped<std::array<std::uint32_t, deflate::longestCode + 1>>;
 
 /// A symbol and how often it occurs, in one number that sorts by frequency.
 struct Weights {
-    std::array<std::uint64_t, deflate::literalCodes> ordered;
+    Wiped<std::array<std::uint64_t, deflate::literalCodes>> ordered;
     std::size_t count = 0;
 
     static constexpr std::uint32_t symbolBits = 16;
@@ -39,8 +40,8 @@ Weights Order(std::span<const std::uint32_t> frequencies)
 Counts CountDepths(const Weights& weights, std::uint32_t longest)
 {
     const std::size_t leaves = weights.count;
-    std::array<std::uint64_t, deflate::literalCodes> joined;
-    std::array<std::uint16_t, 2 * deflate::literalCodes> parent; // leaves first, then joined nodes
+    Wiped<std::array<std::uint64_t, deflate::literalCodes>> joined;
+    Wiped<std::array<std::uint16_t, 2 * deflate::literalCodes>> parent; // leaves first, then joined nodes
     std::size_t nextLeaf = 0;
     std::size_t nextJoined = 0;
     for (std::size_t made = 0; made + 1 < leaves; ++made) {
@@ -53,7 +54,7 @@ Counts CountDepths(const Weights& weights, std::uint32_t longest)
     }
 
     Counts counts{};
-    std::array<std::uint16_t, deflate::literalCodes> depth;
+    Wiped<std::array<std::uint16_t, deflate::literalCodes>> depth;
     const std::size_t root = leaves - 2;
     depth[root] = 0;
     for (std::size_t node = root; node-- > 0;)
@@ -99,7 +100,7 @@ void MakeCodeLengths(std::span<const std::uint32_t> frequencies, std::uint32_t l
 
 void MakeCodeWords(std::span<const std::uint8_t> lengths, std::span<std::uint16_t> words)
 {
-    std::array<std::uint32_t, deflate::longestCode + 2> next{};
+    Wiped<std::array<std::uint32_t, deflate::longestCode + 2>> next{};
     for (const std::uint8_t length : lengths) {
         if (length != 0)
             ++next[length + 1U];

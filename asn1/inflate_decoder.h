@@ -4,6 +4,7 @@
 #include "asn1/deflate_tables.h"
 #include "asn1/huffman.h"
 #include "asn1/inflate_output.h"
+#include "asn1/wiped.h"
 #include "asn1/wiped_array.h"
 
 #include <array>
@@ -83,7 +84,7 @@ private:
     std::uint32_t codeLengthCount_ = 0;
     std::uint32_t lengthsRead_ = 0;
     bool codesAreFixed_ = false;
-    std::array<std::uint8_t, deflate::literalCodes + deflate::distanceCodes> lengths_{};
+    Wiped<std::array<std::uint8_t, deflate::literalCodes + deflate::distanceCodes>> lengths_{};
     CCryptoHuffman codeLengths_{CCryptoHuffman::Alphabet::codeLengths};
     CCryptoHuffman literals_{CCryptoHuffman::Alphabet::literals};
     CCryptoHuffman distances_{CCryptoHuffman::Alphabet::distances};

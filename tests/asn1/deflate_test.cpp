@@ -1,10 +1,18 @@
+#include "asn1/bit_input.h"
+#include "asn1/block_builder.h"
+#include "asn1/code_lengths_text.h"
 #include "asn1/huffman.h"
 #include "asn1/huffman_lengths.h"
 #include "tests/asn1/deflate_data.h"
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <new>
+
 namespace {
+
+using std::string_literals::operator""s;
 
 struct Sample {
     const char* name;
@@ -91,6 +99,69 @@ TEST(Deflate, RefusesWrongUse)
         DeflateFormat::raw, [](auto) { return false; }, 6));
     EXPECT_FALSE(stream.Write(BytesOf(Noise(200000))));
     EXPECT_STREQ(stream.reason(), "The receiver of the output stopped");
+}
+
+/// What stays in the storage of an object: while it lives, and after its end.
+struct Traces {
+    std::string during;
+    std::string after;
+};
+
+template <typename Object, typename Use, typename... Arguments>
+Traces TracesOf(Use use, Arguments&&... arguments)
+{
+    std::vector<std::uint64_t> storage(sizeof(Object) / sizeof(std::uint64_t) + 1);
+    const auto seen = [&] { return std::string(reinterpret_cast<const char*>(storage.data()), sizeof(Object)); };
+    auto* const object = new (storage.data()) Object(std::forward<Arguments>(arguments)...);
+    use(*object);
+    Traces traces{.during = seen(), .after = {}};
+    // Through a pointer whose target the compiler does not know: to it, an object leaves nothing behind.
+    void (*volatile end)(Object*) = [](Object* ended) { ended->~Object(); };
+    end(object);
+    traces.after = seen();
+    return traces;
+}
+
+TEST(DeflateParts, LeaveNothingOfTheData)
+{
+    const DeflateSink sink = [](auto) { return true; };
+    BitOutput output(sink);
+    const std::uint8_t window[1] = {};
+    const auto read = [](BitInput& bits) {
+        bits.give(BytesOf("ZZZZZZZ"));
+        bits.refill();
+    };
+    const auto count = [](auto& counts) {
+        for (int times = 0; times < 'Z'; ++times) {
+            if constexpr (requires { counts.count(deflate::Symbol()); })
+                counts.count(deflate::Symbol::Literal('a'));
+            else
+                counts.add(deflate::Symbol::Literal('a'));
+        }
+    };
+    const auto build = [](CCryptoHuffman& table) {
+        std::vector<std::uint8_t> lengths('Z' + 1);
+        lengths['Z'] = 1;
+        table.Build(lengths);
+    };
+    const std::vector<std::uint8_t> lengths(286, 'Z' % 16);
+    const struct {
+        const char* name;
+        std::string held;
+        Traces traces;
+    } cases[] = {
+        {"bits read", "ZZZZZZZ", TracesOf<BitInput>(read)},
+        {"bits written", "Z\0\0\0\0\0\0\0\7"s, TracesOf<BitOutput>([](BitOutput& bits) { bits.put('Z', 7); }, sink)},
+        {"how often", "Z\0\0\0"s, TracesOf<deflate::Frequencies>(count)},
+        {"how often in a block", "Z\0\0\0\0\0\0\0\0\0\0\0"s, TracesOf<deflate::BlockBuilder>(count, window, output)},
+        {"codes", "\x01\x81Z\0"s, TracesOf<CCryptoHuffman>(build, CCryptoHuffman::Alphabet::literals)},
+        {"lengths of codes", "\x0A\0\x10\3"s,
+         TracesOf<deflate::CodeLengthsText>([](auto&) {}, std::span(lengths), std::span(lengths).first(30))},
+    };
+    for (const auto& each : cases) {
+        EXPECT_NE(each.traces.during.find(each.held), std::string::npos) << each.name;
+        EXPECT_EQ(each.traces.after.find(each.held), std::string::npos) << each.name;
+    }
 }
 
 struct WeightsCase {
