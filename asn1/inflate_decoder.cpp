@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
-InflateDecoder::InflateDecoder(InflateOutput& output) : output_(output), window_(lastStart + overrun) {}
+InflateDecoder::InflateDecoder(InflateOutput& output) : output_(output), window_(capacity)
+{
+    placeLastStart();
+}
 
 void InflateDecoder::Restart()
 {
@@ -12,6 +15,7 @@ void InflateDecoder::Restart()
     reason_ = "";
     position_ = 0;
     delivered_ = 0;
+    placeLastStart();
 }
 
 InflateDecoder::Progress InflateDecoder::fail(const char* reason)
@@ -47,9 +51,11 @@ InflateDecoder::Result InflateDecoder::Decode(std::span<const std::uint8_t>& inp
     if (step_ == Step::done)
         input_.giveBack();
     input = input_.rest();
-    if (progress == Progress::failed || !deliver())
+    if (!deliver() || progress == Progress::failed)
         return Result::failed;
-    return step_ == Step::done ? Result::done : Result::needsInput;
+    if (step_ != Step::done)
+        return Result::needsInput;
+    return judge() ? Result::done : Result::failed;
 }
 
 InflateDecoder::Progress InflateDecoder::step()
@@ -112,31 +118,44 @@ InflateDecoder::Progress InflateDecoder::readStoredLength()
 InflateDecoder::Progress InflateDecoder::copyStored()
 {
     while (storedLeft_ != 0) {
-        if (!hasRoom() && !makeRoom())
-            return Progress::failed;
         if (input_.count() != 0) {
             window_[position_++] = static_cast<std::uint8_t>(input_.take(8));
             --storedLeft_;
-            continue;
+        } else {
+            const std::span<const std::uint8_t> rest = input_.rest();
+            if (rest.empty())
+                return Progress::needsInput;
+            const std::size_t count = std::min({rest.size(), std::size_t{storedLeft_}, lastStart_ + 1 - position_});
+            std::memcpy(window_.data() + position_, rest.data(), count);
+            position_ += count;
+            input_.skip(count);
+            storedLeft_ -= static_cast<std::uint32_t>(count);
         }
-        const std::span<const std::uint8_t> rest = input_.rest();
-        if (rest.empty())
-            return Progress::needsInput;
-        const std::size_t count = std::min({rest.size(), std::size_t{storedLeft_}, lastStart + 1 - position_});
-        std::memcpy(window_.data() + position_, rest.data(), count);
-        position_ += count;
-        input_.skip(count);
-        storedLeft_ -= static_cast<std::uint32_t>(count);
+        if (!keepRoom())
+            return Progress::failed;
     }
     endBlock();
     return Progress::goesOn;
+}
+
+void InflateDecoder::placeLastStart()
+{
+    lastStart_ = static_cast<std::size_t>(std::min<std::uint64_t>(latestStart - position_, output_.left())) + position_;
 }
 
 bool InflateDecoder::deliver()
 {
     const std::span<const std::uint8_t> fresh(window_.data() + delivered_, position_ - delivered_);
     delivered_ = position_;
-    const char* const refused = output_.deliver(fresh, input_.consumed());
+    const char* const refused = output_.deliver(fresh);
+    if (refused != nullptr)
+        reason_ = refused;
+    return refused == nullptr;
+}
+
+bool InflateDecoder::judge()
+{
+    const char* const refused = output_.judge(input_.consumed());
     if (refused != nullptr)
         reason_ = refused;
     return refused == nullptr;
@@ -144,10 +163,11 @@ bool InflateDecoder::deliver()
 
 bool InflateDecoder::makeRoom()
 {
-    if (!deliver())
+    if (!deliver() || !judge())
         return false;
     std::memmove(window_.data(), window_.data() + position_ - deflate::windowSize, deflate::windowSize);
     position_ = deflate::windowSize;
     delivered_ = position_;
+    placeLastStart();
     return true;
 }

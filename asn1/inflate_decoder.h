@@ -20,8 +20,10 @@ public:
     /// `output` must outlive the decoder.
     explicit InflateDecoder(InflateOutput& output);
 
-    /// Unpacks from the front of `input`, which is cut to what stands behind the end of the stream. What the input yields has been
-    /// delivered on return. After `done` or `failed` only Restart() goes on.
+    /// Unpacks from the front of `input`, which is cut to what stands behind the end of the stream. What the input yields, up to a
+    /// fault if there is one, has been delivered on return. After `done` or `failed` only Restart() goes on.
+    ///
+    /// How the stream was cut changes nothing: not where it fails, nor for what reason, nor what is delivered in all.
     Result Decode(std::span<const std::uint8_t>& input);
     /// Another stream follows, in which nothing of the last may be referred to.
     void Restart();
@@ -57,15 +59,19 @@ private:
     /// Goes through symbols while there is plenty of input and room.
     Progress readManySymbols();
 
-    bool hasRoom() const { return position_ <= lastStart; }
-    /// Delivers, and keeps the window's worth of history.
+    /// Makes sure, behind each symbol or run of stored bytes, that another one may start.
+    bool keepRoom() { return position_ <= lastStart_ || makeRoom(); }
+    /// Delivers, judges, and keeps the window's worth of history.
     bool makeRoom();
+    void placeLastStart();
     bool deliver();
+    bool judge();
 
-    /// Output grows behind the history; one symbol starts at lastStart at most and may be written somewhat beyond its end.
-    static constexpr std::size_t pieceSize = 65536;
-    static constexpr std::size_t overrun = 320;
-    static constexpr std::size_t lastStart = deflate::windowSize + pieceSize;
+    /// History and output behind it; a symbol that starts in time fits whole.
+    static constexpr std::size_t capacity = std::size_t{96} * 1024;
+    static constexpr std::size_t latestStart = capacity - deflate::longestMatch;
+    /// What the fast loop may write in one round: two literals, and a match with up to 15 bytes behind it.
+    static constexpr std::size_t roundOutput = 2 + deflate::longestMatch + 15;
 
     InflateOutput& output_;
     BitInput input_;
@@ -76,6 +82,9 @@ private:
     WipedArray<std::uint8_t> window_;
     std::size_t position_ = 0;  ///< where the next byte goes; all before it is history of this stream
     std::size_t delivered_ = 0; ///< up to where the sink has it
+    /// Where a symbol starts at the latest: earlier than the window asks for when the limit of the size is near, so that it is
+    /// exceeded by the same symbol however the input is cut.
+    std::size_t lastStart_ = 0;
 
     std::uint32_t storedLeft_ = 0;
 

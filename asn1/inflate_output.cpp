@@ -6,17 +6,24 @@ void InflateOutput::startMember()
     memberLength_ = 0;
 }
 
-const char* InflateOutput::deliver(std::span<const std::uint8_t> bytes, std::uint64_t consumed)
+const char* InflateOutput::deliver(std::span<const std::uint8_t> bytes)
 {
-    if (bytes.empty())
+    const bool tooLarge = bytes.size() > left();
+    if (tooLarge)
+        bytes = bytes.first(static_cast<std::size_t>(left()));
+    if (!bytes.empty()) {
+        total_ += bytes.size();
+        memberLength_ += static_cast<std::uint32_t>(bytes.size());
+        checksum_.update(bytes);
+        if (!sink_(bytes))
+            return "The receiver of the output stopped";
+    }
+    return tooLarge ? "The output exceeds the limit of its size" : nullptr;
+}
+
+const char* InflateOutput::judge(std::uint64_t consumed) const
+{
+    if (limits_.mostRatio == 0 || total_ <= limits_.freeOutput || total_ / limits_.mostRatio <= consumed)
         return nullptr;
-    const std::uint64_t total = total_ + bytes.size();
-    if (limits_.mostOutput != 0 && total > limits_.mostOutput)
-        return "The output exceeds the limit of its size";
-    if (limits_.mostRatio != 0 && total > limits_.freeOutput && total / limits_.mostRatio > consumed)
-        return "The output exceeds the limit of its ratio to the input";
-    total_ = total;
-    memberLength_ += static_cast<std::uint32_t>(bytes.size());
-    checksum_.update(bytes);
-    return sink_(bytes) ? nullptr : "The receiver of the output stopped";
+    return "The output exceeds the limit of its ratio to the input";
 }

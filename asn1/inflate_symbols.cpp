@@ -48,11 +48,14 @@ inline void CopyNear(std::uint8_t* target, std::uint32_t distance, std::uint32_t
 InflateDecoder::Progress InflateDecoder::readSymbols()
 {
     while (step_ == Step::symbols) {
-        if (!hasRoom() && !makeRoom())
-            return Progress::failed;
-        const Progress progress = input_.rest().size() >= roundInput ? readManySymbols() : readOneSymbol();
+        // The symbol that takes the last room is read by itself: what a round of the fast loop takes in depends on how the input is
+        // cut.
+        const bool mayRunFast = input_.rest().size() >= roundInput && position_ + roundOutput <= lastStart_;
+        const Progress progress = mayRunFast ? readManySymbols() : readOneSymbol();
         if (progress != Progress::goesOn)
             return progress;
+        if (!keepRoom())
+            return Progress::failed;
     }
     return Progress::goesOn;
 }
@@ -63,8 +66,10 @@ InflateDecoder::Progress InflateDecoder::readOneSymbol()
     const CCryptoHuffman::Entry entry = literals_.find(input_.bits());
     if (entry.allBits() > input_.count())
         return Progress::needsInput;
-    if (entry.isInvalid())
+    if (entry.isInvalid()) {
+        input_.drop(entry.allBits());
         return fail(badLiteral);
+    }
     if (entry.isLiteral() || entry.isEndOfBlock()) {
         input_.drop(entry.allBits());
         if (entry.isLiteral())
@@ -79,12 +84,12 @@ InflateDecoder::Progress InflateDecoder::readOneSymbol()
     const std::uint32_t used = entry.allBits() + far.allBits();
     if (used > input_.count())
         return Progress::needsInput;
-    if (far.isInvalid())
-        return fail(badDistance);
     const std::uint32_t length = entry.valueOf(input_.bits());
     const std::uint32_t distance = far.valueOf(bits);
-    if (distance > position_)
-        return fail(distanceTooFar);
+    if (far.isInvalid() || distance > position_) {
+        input_.drop(entry.allBits());
+        return fail(far.isInvalid() ? badDistance : distanceTooFar);
+    }
     input_.drop(used);
     for (const std::size_t end = position_ + length; position_ < end; ++position_)
         window_[position_] = window_[position_ - distance];
@@ -99,7 +104,7 @@ InflateDecoder::Progress InflateDecoder::readManySymbols()
     std::uint32_t count = input_.count();
     std::uint8_t* const window = window_.data();
     std::uint8_t* out = window + position_;
-    const std::uint8_t* const lastOut = window + lastStart;
+    const std::uint8_t* const lastOut = window + lastStart_ - roundOutput;
     const char* fault = nullptr;
     bool ended = false;
 

@@ -5,13 +5,15 @@
 #include <cstdint>
 #include <cstdlib>
 #include <span>
+#include <string_view>
 #include <vector>
 
 // Input: one byte (bit 0 chooses GZIP, the others the size of the pieces), then the packed data.
 
 namespace {
 
-constexpr InflateLimits limits{.mostOutput = 1 << 20, .mostRatio = 0};
+constexpr InflateLimits sizeAlone{.mostOutput = 1 << 20, .mostRatio = 0};
+constexpr InflateLimits sizeAndRatio{.mostOutput = 300000, .mostRatio = 20, .freeOutput = 100000};
 
 void Require(bool condition)
 {
@@ -26,7 +28,7 @@ struct Outcome {
     std::vector<std::uint8_t> output;
 };
 
-Outcome Unpack(std::span<const std::uint8_t> packed, DeflateFormat format, std::size_t pieceSize)
+Outcome Unpack(std::span<const std::uint8_t> packed, DeflateFormat format, const InflateLimits& limits, std::size_t pieceSize)
 {
     Outcome outcome;
     CDeflateStream stream;
@@ -55,12 +57,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* input, std::size_t siz
     const std::span<const std::uint8_t> packed(input + 1, size - 1);
     const DeflateFormat format = (input[0] & 1) != 0 ? DeflateFormat::gzip : DeflateFormat::raw;
 
-    // How the input is cut changes neither the outcome nor, when it is good, the output.
-    const Outcome whole = Unpack(packed, format, SIZE_MAX);
-    const Outcome pieces = Unpack(packed, format, input[0] / 2U + 1);
-    Require(whole.good == (whole.reason[0] == '\0') && whole.offset <= packed.size());
-    Require(whole.good == pieces.good && whole.output.size() <= limits.mostOutput);
-    if (whole.good)
+    // How the input is cut changes neither the verdict nor the output, good or not.
+    for (const InflateLimits& limits : {sizeAlone, sizeAndRatio}) {
+        const Outcome whole = Unpack(packed, format, limits, SIZE_MAX);
+        const Outcome pieces = Unpack(packed, format, limits, input[0] / 2U + 1);
+        Require(whole.good == (whole.reason[0] == '\0') && whole.offset <= packed.size());
+        Require(whole.output.size() <= limits.mostOutput);
+        Require(whole.good == pieces.good && std::string_view(whole.reason) == pieces.reason && whole.offset == pieces.offset);
         Require(whole.output == pieces.output);
+    }
     return 0;
 }

@@ -19,6 +19,9 @@ struct Outcome {
     bool good = false;
     std::string output;
     std::string reason;
+    std::uint64_t offset = 0;
+
+    bool operator==(const Outcome&) const = default;
 };
 
 inline DeflateSink AppendTo(std::string& text)
@@ -40,6 +43,7 @@ inline Outcome Feed(CDeflateStream& stream, std::string_view input, std::size_t 
     }
     outcome.good = outcome.good && stream.Finish();
     outcome.reason = stream.reason();
+    outcome.offset = stream.reasonOffset();
     return outcome;
 }
 

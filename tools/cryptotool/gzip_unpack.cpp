@@ -11,7 +11,7 @@ found; a file of -o appears only when all of it is as it was packed.
 constexpr Option options[] = {
     {OptionKind::number, 0, "max-output", "BYTES", "refuse what unpacks to more (1073741824); 0 lifts the limit"},
     {OptionKind::number, 0, "max-ratio", "N",
-     "refuse what unpacks to more than N times its packed size (256),\nonce it is above 1 MiB; 0 lifts the limit"},
+     "refuse what unpacks to more than N times its packed size (256),\nonce it is above 16 MiB; 0 lifts the limit"},
     stdoutOption,
     outputOption,
 };
