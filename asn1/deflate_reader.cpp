@@ -22,6 +22,10 @@ bool DeflateReader::Write(std::span<const std::uint8_t> piece)
 {
     if (step_ == Step::failed)
         return false;
+    if (step_ == Step::finished) {
+        reasonOffset_ = given_;
+        return fail("The data has ended already");
+    }
     given_ += piece.size();
     while (!piece.empty()) {
         if (!step(piece)) {
@@ -42,24 +46,37 @@ bool DeflateReader::step(std::span<const std::uint8_t>& input)
         return readBody(input);
     case Step::trailer:
         return readTrailer(input);
+    case Step::padding:
+        return readPadding(input);
     default:
         break;
     }
-    // Behind a member stands another, or nothing.
-    if (format_ == DeflateFormat::raw || input.front() != 0x1F)
-        return fail("Bytes behind the end of the data");
-    return readHeader(input);
+    // Behind a member stands another, or padding, or nothing.
+    if (format_ == DeflateFormat::gzip && input.front() == CCryptoGZIPHeader::firstMark)
+        return readHeader(input);
+    return readPadding(input);
+}
+
+bool DeflateReader::readPadding(std::span<const std::uint8_t>& input)
+{
+    if (format_ == DeflateFormat::gzip) {
+        step_ = Step::padding;
+        const auto other = std::find_if(input.begin(), input.end(), [](std::uint8_t byte) { return byte != 0; });
+        input = {other, input.end()};
+    }
+    return input.empty() ? true : fail("Bytes behind the end of the data");
 }
 
 bool DeflateReader::readHeader(std::span<const std::uint8_t>& input)
 {
     step_ = Step::header;
     while (!input.empty()) {
-        const CCryptoGZIPHeader::Result result = header_.Read(input.front());
+        const CCryptoGZIPHeader::Result result = nextHeader_.Read(input.front());
         if (result == CCryptoGZIPHeader::Result::failed)
-            return fail(header_.reason());
+            return fail(nextHeader_.reason());
         input = input.subspan(1);
         if (result == CCryptoGZIPHeader::Result::complete) {
+            header_ = std::move(nextHeader_);
             decoder_.Restart();
             output_.startMember();
             step_ = Step::body;
@@ -116,7 +133,9 @@ const char* DeflateReader::cutShort() const
 
 bool DeflateReader::Finish()
 {
-    if (step_ == Step::behind)
+    if (step_ == Step::behind || step_ == Step::padding)
+        step_ = Step::finished;
+    if (step_ == Step::finished)
         return true;
     if (step_ != Step::failed) {
         reasonOffset_ = given_;

@@ -4,9 +4,14 @@
 #include "asn1/deflate_writer.h"
 #include "core/auto_logger.h"
 
+#include <algorithm>
+#include <functional>
 #include <utility>
 
 namespace {
+
+constexpr const char* nothingStarted = "Nothing was started";
+constexpr const char* usedInside = "The receiver of the output used the stream that called it";
 
 /// Appends to `output`, whose length has 32 bits.
 DeflateSink AppendTo(element& output)
@@ -19,7 +24,36 @@ DeflateSink AppendTo(element& output)
     };
 }
 
+/// A copy of `input` where it is a part of `output`, whose storage goes when it grows; nothing otherwise.
+element CopyOfPart(std::span<const std::uint8_t> input, const element& output)
+{
+    const std::span<const std::uint8_t> whole = output.bytes();
+    const std::less<> isBefore;
+    const bool isPart = !input.empty() && !whole.empty() && isBefore(input.data(), whole.data() + whole.size()) &&
+                        isBefore(whole.data(), input.data() + input.size());
+    return isPart ? element(input.data(), static_cast<std::uint32_t>(input.size())) : element();
+}
+
 } // namespace
+
+/// Marks the time in which the sink may run, and finds out when a call comes from there.
+class CDeflateStream::Call {
+public:
+    explicit Call(CDeflateStream& stream) : stream_(stream), isInner_(std::exchange(stream.inCall_, true))
+    {
+        if (isInner_)
+            stream_.calledBack_ = true;
+    }
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+    ~Call() { stream_.inCall_ = isInner_; }
+
+    bool isInner() const { return isInner_; }
+
+private:
+    CDeflateStream& stream_;
+    bool isInner_;
+};
 
 CDeflateStream::CDeflateStream() = default;
 CDeflateStream::~CDeflateStream() = default;
@@ -30,10 +64,14 @@ void CDeflateStream::stop()
     writer_.reset();
     reason_ = "";
     reasonOffset_ = 0;
+    calledBack_ = false;
 }
 
 void CDeflateStream::StartInflate(DeflateFormat format, DeflateSink sink, const InflateLimits& limits)
 {
+    const Call call(*this);
+    if (call.isInner())
+        return;
     stop();
     reader_ = std::make_unique<DeflateReader>(format, std::move(sink), limits);
 }
@@ -41,17 +79,18 @@ void CDeflateStream::StartInflate(DeflateFormat format, DeflateSink sink, const 
 bool CDeflateStream::StartDeflate(DeflateFormat format, DeflateSink sink, int level, const CCryptoGZIPHeader& header)
 {
     CCryptoAutoLogger logger("CDeflateStream::StartDeflate");
+    const Call call(*this);
+    if (call.isInner())
+        return logger.setRetValue(3, false, "%s", usedInside);
     stop();
     if (level < fastest || level > best) {
         reason_ = "A compression level outside 1 to 9";
         return logger.setRetValue(3, false, "%s", reason_);
     }
     writer_ = std::make_unique<DeflateWriter>(format, std::move(sink), level);
-    if (!writer_->Start(header)) {
-        fail(writer_->reason());
-        return logger.setRetValue(3, false, "%s", reason_);
-    }
-    return logger.setResult(true);
+    if (settle(writer_->Start(header)))
+        return logger.setResult(true);
+    return logger.setRetValue(3, false, "%s", reason_);
 }
 
 bool CDeflateStream::fail(const char* reason)
@@ -62,25 +101,45 @@ bool CDeflateStream::fail(const char* reason)
     return false;
 }
 
+bool CDeflateStream::settle(bool good)
+{
+    // What was called back stays unusable until it is started again.
+    if (calledBack_)
+        return fail(usedInside);
+    if (good)
+        return true;
+    return fail(reader_ != nullptr ? reader_->reason() : writer_ != nullptr ? writer_->reason() : nothingStarted);
+}
+
 bool CDeflateStream::Write(std::span<const std::uint8_t> piece)
 {
     CCryptoAutoLogger logger("CDeflateStream::Write");
-    if (reader_ == nullptr && writer_ == nullptr)
-        return logger.setRetValue(3, false, "Nothing was started");
-    if (reader_ != nullptr ? reader_->Write(piece) : writer_->Write(piece))
+    const Call call(*this);
+    if (call.isInner())
+        return logger.setRetValue(3, false, "%s", usedInside);
+    bool good = false;
+    if (!calledBack_ && reader_ != nullptr)
+        good = reader_->Write(piece);
+    else if (!calledBack_ && writer_ != nullptr)
+        good = writer_->Write(piece);
+    if (settle(good))
         return logger.setResult(true);
-    fail(reader_ != nullptr ? reader_->reason() : writer_->reason());
     return logger.setRetValue(3, false, "%s (offset %llu)", reason_, static_cast<unsigned long long>(reasonOffset_));
 }
 
 bool CDeflateStream::Finish()
 {
     CCryptoAutoLogger logger("CDeflateStream::Finish");
-    if (reader_ == nullptr && writer_ == nullptr)
-        return logger.setRetValue(3, false, "Nothing was started");
-    if (reader_ != nullptr ? reader_->Finish() : writer_->Finish())
+    const Call call(*this);
+    if (call.isInner())
+        return logger.setRetValue(3, false, "%s", usedInside);
+    bool good = false;
+    if (!calledBack_ && reader_ != nullptr)
+        good = reader_->Finish();
+    else if (!calledBack_ && writer_ != nullptr)
+        good = writer_->Finish();
+    if (settle(good))
         return logger.setResult(true);
-    fail(reader_ != nullptr ? reader_->reason() : writer_->reason());
     return logger.setRetValue(3, false, "%s (offset %llu)", reason_, static_cast<unsigned long long>(reasonOffset_));
 }
 
@@ -93,9 +152,14 @@ bool CDeflateStream::Inflate(std::span<const std::uint8_t> input, DeflateFormat 
                              const InflateLimits& limits)
 {
     const std::uint32_t before = output.length();
+    const element copy = CopyOfPart(input, output);
+    // What the element cannot hold exceeds a limit of the size, too; one of 0 would be none.
+    InflateLimits within = limits;
+    const std::uint64_t room = std::max<std::uint64_t>(UINT32_MAX - before, 1);
+    within.mostOutput = limits.mostOutput == 0 ? room : std::min(limits.mostOutput, room);
     CDeflateStream stream;
-    stream.StartInflate(format, AppendTo(output), limits);
-    if (stream.Write(input) && stream.Finish())
+    stream.StartInflate(format, AppendTo(output), within);
+    if (stream.Write(copy.isEmpty() ? input : copy.bytes()) && stream.Finish())
         return true;
     output.resize(before);
     return false;
@@ -105,8 +169,10 @@ bool CDeflateStream::Deflate(std::span<const std::uint8_t> input, DeflateFormat 
                              const CCryptoGZIPHeader& header)
 {
     const std::uint32_t before = output.length();
+    const element copy = CopyOfPart(input, output);
     CDeflateStream stream;
-    if (stream.StartDeflate(format, AppendTo(output), level, header) && stream.Write(input) && stream.Finish())
+    if (stream.StartDeflate(format, AppendTo(output), level, header) && stream.Write(copy.isEmpty() ? input : copy.bytes()) &&
+        stream.Finish())
         return true;
     output.resize(before);
     return false;

@@ -4,7 +4,6 @@
 
 namespace {
 
-constexpr std::uint8_t firstMark = 0x1F;
 constexpr std::uint8_t secondMark = 0x8B;
 constexpr std::uint8_t methodDeflate = 8;
 

@@ -14,6 +14,7 @@ public:
     static constexpr std::uint32_t longestText = 65535; ///< bytes of a file name or a comment, terminator left out
     static constexpr std::uint32_t longestExtra = 65535;
     static constexpr std::uint8_t unknownSystem = 255;
+    static constexpr std::uint8_t firstMark = 0x1F; ///< the byte that every header begins with
 
     bool isText = false;                ///< FTEXT
     bool hasChecksum = false;           ///< FHCRC: the header carries a checksum of itself

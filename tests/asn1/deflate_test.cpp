@@ -90,15 +90,54 @@ TEST(Deflate, RefusesWrongUse)
 
     CDeflateStream stream;
     EXPECT_FALSE(stream.Write(BytesOf("x")) || stream.Finish());
+    EXPECT_STREQ(stream.reason(), "Nothing was started");
     std::string text;
-    ASSERT_TRUE(stream.StartDeflate(DeflateFormat::raw, AppendTo(text), 6) && stream.Finish());
-    EXPECT_FALSE(stream.Write(BytesOf("x")));
-    EXPECT_STREQ(stream.reason(), "The data has ended already");
+    for (const DeflateFormat format : {DeflateFormat::raw, DeflateFormat::gzip}) {
+        ASSERT_TRUE(stream.StartDeflate(format, AppendTo(text), 6) && stream.Finish() && stream.Finish());
+        EXPECT_FALSE(stream.Write(BytesOf("\x1F")));
+        EXPECT_STREQ(stream.reason(), "The data has ended already");
+        stream.StartInflate(format, AppendTo(text));
+        ASSERT_TRUE(stream.Write(BytesOf(Packed("", format, 6))) && stream.Finish() && stream.Finish());
+        EXPECT_FALSE(stream.Write(BytesOf("\x1F")) || stream.Finish());
+        EXPECT_STREQ(stream.reason(), "The data has ended already");
+    }
 
     ASSERT_TRUE(stream.StartDeflate(
         DeflateFormat::raw, [](auto) { return false; }, 6));
     EXPECT_FALSE(stream.Write(BytesOf(Noise(200000))));
     EXPECT_STREQ(stream.reason(), "The receiver of the output stopped");
+}
+
+struct MisuseCase {
+    const char* name;
+    std::function<bool(CDeflateStream&)> call;
+};
+
+TEST(Deflate, ASinkMayNotUseItsStream)
+{
+    const MisuseCase cases[] = {
+        {"starts to unpack", [](CDeflateStream& stream) { return stream.StartInflate(DeflateFormat::gzip, {}), true; }},
+        {"starts to pack", [](CDeflateStream& stream) { return !stream.StartDeflate(DeflateFormat::gzip, {}); }},
+        {"writes", [](CDeflateStream& stream) { return !stream.Write(BytesOf("x")); }},
+        {"finishes", [](CDeflateStream& stream) { return !stream.Finish(); }},
+    };
+    const std::string packed = Packed("text", DeflateFormat::raw, 6);
+    for (const MisuseCase& each : cases) {
+        for (const bool packs : {false, true}) {
+            SCOPED_TRACE(testing::Message() << each.name << (packs ? ", packing" : ", unpacking"));
+            CDeflateStream stream;
+            const DeflateSink sink = [&](auto) { return each.call(stream); };
+            if (packs)
+                ASSERT_TRUE(stream.StartDeflate(DeflateFormat::raw, sink));
+            else
+                stream.StartInflate(DeflateFormat::raw, sink);
+            EXPECT_FALSE(stream.Write(BytesOf(packed)) && stream.Finish());
+            EXPECT_STREQ(stream.reason(), "The receiver of the output used the stream that called it");
+            EXPECT_FALSE(stream.Finish());
+            stream.StartInflate(DeflateFormat::raw, [](auto) { return true; });
+            EXPECT_TRUE(stream.Write(BytesOf(packed)) && stream.Finish());
+        }
+    }
 }
 
 /// What stays in the storage of an object: while it lives, and after its end.

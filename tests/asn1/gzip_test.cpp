@@ -96,19 +96,46 @@ TEST(Gzip, NamesWhatIsMalformed)
         {"The length behind the data does not match it", WithByte(hello, end - 1, 1)},
         {"A distance beyond the start of the data",
          std::string(hello) + start.substr(0, 3) + '\0' + start.substr(4) + FromBits("1 10 0000001 00000")},
-        {"Bytes behind the end of the data", std::string(hello) + '\0'},
+        {"Bytes behind the end of the data", std::string(hello) + 'x'},
+        {"Bytes behind the end of the data", std::string(hello) + std::string(600, '\0') + 'x'},
+        {"Bytes behind the end of the data", std::string(hello) + '\0' + std::string(hello)},
+        {"Not GZIP data", '\0' + std::string(hello)},
         {"Not GZIP data", std::string(hello) + "\x1F\x1F"},
         {"The data ends inside a GZIP header", std::string(hello.substr(0, 18))},
         {"The data ends inside a GZIP header", std::string(hello) + "\x1F"},
         {"The data ends inside the checksum and length of a GZIP member", std::string(hello.substr(0, end - 1))},
     };
     for (const FaultCase& each : cases) {
+        const Outcome whole = Unpacked(each.packed, DeflateFormat::gzip);
+        EXPECT_FALSE(whole.good);
+        EXPECT_EQ(whole.reason, each.reason);
+        EXPECT_EQ(Unpacked(each.packed, DeflateFormat::gzip, 1), whole) << each.reason;
+    }
+}
+
+TEST(Gzip, PassesOverZerosBehindTheLastMember)
+{
+    for (const std::size_t zeros : {1, 511, 70000}) {
+        const std::string padded = std::string(hello) + std::string(hello) + std::string(zeros, '\0');
         for (const std::size_t piece : {SIZE_MAX, std::size_t{1}}) {
-            const Outcome outcome = Unpacked(each.packed, DeflateFormat::gzip, piece);
-            EXPECT_FALSE(outcome.good);
-            EXPECT_EQ(outcome.reason, each.reason);
+            const Outcome outcome = Unpacked(padded, DeflateFormat::gzip, piece);
+            EXPECT_TRUE(outcome.good) << outcome.reason;
+            EXPECT_EQ(outcome.output, "hello, hello, hello\nhello, hello, hello\n");
         }
     }
+}
+
+TEST(Gzip, KeepsAHeaderUntilTheNextIsWhole)
+{
+    const std::string other = Packed("", DeflateFormat::gzip, 9);
+    CDeflateStream stream;
+    std::string output;
+    stream.StartInflate(DeflateFormat::gzip, AppendTo(output));
+    ASSERT_TRUE(stream.Write(BytesOf(std::string(hello) + other.substr(0, 9))));
+    ASSERT_TRUE(stream.header()->name);
+    EXPECT_EQ(stream.header()->name->view(), "name.txt");
+    ASSERT_TRUE(stream.Write(BytesOf(other.substr(9))));
+    EXPECT_FALSE(stream.header()->name);
 }
 
 TEST(Gzip, JoinsMembers)

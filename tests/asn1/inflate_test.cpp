@@ -250,4 +250,29 @@ TEST(Inflate, LogsTheReasonAndKeepsTheOutput)
     EXPECT_EQ(output.view(), "kept!");
 }
 
+TEST(Inflate, MayReadFromItsOwnOutput)
+{
+    const std::string plain = Prose(100000);
+    element buffer(plain);
+    const std::uint32_t length = buffer.length();
+    ASSERT_TRUE(CDeflateStream::Deflate(buffer.bytes(), DeflateFormat::raw, buffer));
+    const std::uint32_t packed = buffer.length() - length;
+    ASSERT_TRUE(CDeflateStream::Inflate(buffer.bytes().subspan(length), DeflateFormat::raw, buffer));
+    EXPECT_TRUE(buffer.view().substr(length + packed) == plain);
+}
+
+TEST(Inflate, HoldsWhatGoesIntoMemoryToALowerLimit)
+{
+    // 270 MiB in 1.5 MB: a size that only what goes through a sink may have by default.
+    std::string packed = Packed(Noise(1200000), DeflateFormat::gzip, 1);
+    const std::string zeros = Packed(std::string(18 << 20, '\0'), DeflateFormat::gzip, 1);
+    for (int member = 0; member < 15; ++member)
+        packed += zeros;
+    element output;
+    const CapturedLog log;
+    EXPECT_FALSE(CDeflateStream::Inflate(BytesOf(packed), DeflateFormat::gzip, output));
+    EXPECT_THAT(log.texts(), testing::Contains(testing::StartsWith("ERROR: The output exceeds the limit of its size")));
+    EXPECT_TRUE(output.isEmpty());
+}
+
 } // namespace

@@ -4,8 +4,8 @@
 namespace {
 
 constexpr std::string_view details =
-    R"(Unpacks FILE, or standard input, which holds one or more GZIP members. Standard output gets what was unpacked before damage was
-found; a file of -o appears only when all of it is as it was packed.
+    R"(Unpacks FILE, or standard input, which holds one or more GZIP members; zeros behind the last are passed over. Standard output gets
+what was unpacked before damage was found; a file of -o appears only when all of it is as it was packed.
 )";
 
 constexpr Option options[] = {
