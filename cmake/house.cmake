@@ -23,6 +23,7 @@
 # Tests are compiled with two text constants: TEST_DATA_DIR (data/ beside the CMakeLists.txt) and PROGRAM_DIR (build/PRESET/bin).
 
 option(HOUSE_TESTS "Build the tests" ON)
+option(HOUSE_PRECOMPILED "Compile the standard headers once for each target; hides an #include that is missing" OFF)
 option(HOUSE_BENCH "Build the benches" OFF)
 set(HOUSE_FUZZ OFF CACHE STRING "Fuzz targets: OFF, REPLAY (each runs its corpus once) or ENGINE (libFuzzer)")
 option(HOUSE_SYMBOLS "Leave the symbols in Windows programs and the DLL" OFF)
@@ -71,11 +72,20 @@ macro(house_arguments options values lists)
     endif()
 endmacro()
 
+# What most files include.
+function(house_precompile name)
+    if(HOUSE_PRECOMPILED)
+        target_precompile_headers(${name} PRIVATE
+            <algorithm> <atomic> <cstdint> <cstring> <functional> <memory> <span> <string> <string_view> <utility> <vector>)
+    endif()
+endfunction()
+
 function(house_library name)
     house_arguments("" "" "" ${ARGN})
     add_library(${name} STATIC ${house_FILES})
     target_include_directories(${name} PUBLIC "${houseRoot}")
     target_link_libraries(${name} PUBLIC ${house_LINKS} PRIVATE house_flags)
+    house_precompile(${name})
 endfunction()
 
 function(house_dll name)
@@ -103,7 +113,7 @@ function(house_test name)
     # Test code is compiled for a fast build; what it tests keeps the flags of the preset.
     # Unoptimised, a file of tests may hold more sections than a plain Windows object does.
     target_compile_options(${name} PRIVATE -O0 $<$<PLATFORM_ID:Windows>:-Wa,-mbig-obj>)
-    target_precompile_headers(${name} PRIVATE <gtest/gtest.h> <string>)
+    target_precompile_headers(${name} PRIVATE <gmock/gmock.h> <gtest/gtest.h> <string>)
     if(NOT house_OWN_MAIN)
         target_link_libraries(${name} PRIVATE GTest::gmock_main)
     endif()
