@@ -44,7 +44,8 @@ public:
     /// What the last scan failed on, with the place: "CCryptoLexicalAnalyzer::scan; %s (row=%d,col=%d)".
     const CCryptoString& reason() const { return reason_; }
 
-    /// Inside an expression "--" is an operator where it does not begin a line, and outside it starts a comment. \return what held before.
+    /// Inside an expression "--" is an operator where it does not begin a line, and outside it starts a comment. \return what held
+    /// before.
     bool setExpression(bool expression) { return std::exchange(expression_, expression); }
 
     /// Whether the token scanned last is the first of its line.

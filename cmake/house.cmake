@@ -23,7 +23,8 @@
 # Tests are compiled with two text constants: TEST_DATA_DIR (data/ beside the CMakeLists.txt) and PROGRAM_DIR (build/PRESET/bin).
 
 option(HOUSE_TESTS "Build the tests" ON)
-option(HOUSE_PRECOMPILED "Compile the standard headers once for each target; hides an #include that is missing" OFF)
+# A build with precompiled headers hides an #include that is missing, and its DLL differs from place to place.
+option(HOUSE_PRECOMPILED "Compile the standard headers once for each library" OFF)
 option(HOUSE_BENCH "Build the benches" OFF)
 set(HOUSE_FUZZ OFF CACHE STRING "Fuzz targets: OFF, REPLAY (each runs its corpus once) or ENGINE (libFuzzer)")
 option(HOUSE_SYMBOLS "Leave the symbols in Windows programs and the DLL" OFF)
