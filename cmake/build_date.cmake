@@ -16,6 +16,9 @@ if(NOT houseBuildEpoch MATCHES "^[0-9]+$")
     set(houseBuildEpoch "${houseReleaseDate}")
 endif()
 
+# scripts/check-reproducible gives the same moment to its copy, which has no commits.
+set(HOUSE_BUILD_EPOCH "${houseBuildEpoch}" CACHE INTERNAL "")
+
 # string(TIMESTAMP) writes the moment that the variable names.
 set(houseEpochBefore "$ENV{SOURCE_DATE_EPOCH}")
 set(ENV{SOURCE_DATE_EPOCH} "${houseBuildEpoch}")
