@@ -4,6 +4,7 @@
 #include "asn1/syntax_error.h"
 #include "core/auto_logger.h"
 #include "core/file.h"
+#include "core/settings.h"
 
 #include <utility>
 
@@ -72,19 +73,12 @@ struct CCryptoGENParser::List {
 
     bool currentIsFresh() const
     {
-        if (current == nullptr || current->type() != none || wordless)
-            return false;
-        for (const LinkKind kind :
-             {LinkKind::modifiers, LinkKind::brackets, LinkKind::shortValue, LinkKind::operation, LinkKind::content}) {
-            if (current->slot(kind) != nullptr)
-                return false;
-        }
-        return true;
+        return current != nullptr && current->type() == none && !wordless && current->firstPart() == nullptr;
     }
 };
 
-CCryptoGENParser::CCryptoGENParser(ICryptoIncludeLoader* loader, const CCryptoString& includePath)
-    : loader_(loader), includePath_(includePath)
+CCryptoGENParser::CCryptoGENParser(ICryptoIncludeLoader* loader, std::optional<CCryptoString> includePath)
+    : loader_(loader), includePath_(std::move(includePath))
 {
 }
 
@@ -252,6 +246,18 @@ bool CCryptoGENParser::parseOperation(List& list)
     return parsed;
 }
 
+const CCryptoString& CCryptoGENParser::includeFolder()
+{
+    if (!includePath_) {
+        ICryptoSettings* const settings = loader_ == nullptr ? CCryptoSettings::InstanceOrNull() : nullptr;
+        includePath_ = settings != nullptr ? CCryptoString(settings->GetLongString("includePath")) : CCryptoString();
+    }
+    includePath_->replaceAll("\\", "/");
+    if (!includePath_->isEmpty() && !includePath_->view().ends_with('/'))
+        *includePath_ += "/";
+    return *includePath_;
+}
+
 bool CCryptoGENParser::readInclude(const CCryptoString& name, element& text)
 {
     if (loader_ != nullptr)
@@ -265,13 +271,8 @@ bool CCryptoGENParser::readInclude(const CCryptoString& name, element& text)
 bool CCryptoGENParser::parseInclude(List& list)
 {
     CCryptoString name(lexer_->scanFileName());
-    if (!name.contains("/")) {
-        CCryptoString path = includePath_;
-        path.replaceAll("\\", "/");
-        if (!path.isEmpty() && !path.view().ends_with('/'))
-            path += "/";
-        name = path + name;
-    }
+    if (!name.contains("/"))
+        name = includeFolder() + name;
     return parseIncluded(name, list) && advance();
 }
 

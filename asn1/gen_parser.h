@@ -6,6 +6,7 @@
 #include "core/string.h"
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 /// Where the text of an included file comes from.
@@ -14,6 +15,12 @@ public:
     virtual ~ICryptoIncludeLoader() = default;
     /// \return false when there is no such text.
     virtual bool Load(const CCryptoString& name, element& text) = 0;
+};
+
+/// For text from outside, in which "include" has no meaning.
+class NoIncludes : public ICryptoIncludeLoader {
+public:
+    bool Load(const CCryptoString&, element&) override { return false; }
 };
 
 /// Parses template text into the tree that DER of the same structure decodes to. docs/template-language.md describes the language.
@@ -28,8 +35,10 @@ public:
     static constexpr std::uint32_t mostIncludes = 256;
     static constexpr std::uint32_t longestIncludes = 64 << 20; ///< bytes of all included files together
 
-    /// \param loader null to read included files from disk; not owned. \param includePath stands in front of names without "/".
-    explicit CCryptoGENParser(ICryptoIncludeLoader* loader = nullptr, const CCryptoString& includePath = {});
+    /// \param loader null to read included files from disk; not owned. \param includePath the folder of names without "/"; when it
+    /// is not given, files from disk are looked for in the folder of the setting "includePath", which is read when the first of
+    /// them is met.
+    explicit CCryptoGENParser(ICryptoIncludeLoader* loader = nullptr, std::optional<CCryptoString> includePath = {});
 
     /// \return the first item with the others as its siblings, an empty node for text without items; null, logged, on failure.
     ElementNodePtr Parse(std::string_view text);
@@ -51,13 +60,14 @@ private:
     bool parseOperation(List& list);
     bool parseInclude(List& list);
     bool parseIncluded(const CCryptoString& name, List& list);
+    const CCryptoString& includeFolder();
     bool readInclude(const CCryptoString& name, element& text);
     bool advance();
     bool unexpected();
     bool fail(const CCryptoString& message);
 
     ICryptoIncludeLoader* loader_;
-    CCryptoString includePath_;
+    std::optional<CCryptoString> includePath_;
     CCryptoLexicalAnalyzer* lexer_ = nullptr;
     element lookAhead_;
     std::uint32_t nesting_ = 0;

@@ -4,7 +4,6 @@
 #include "asn1/xml_parser.h"
 #include "core/auto_logger.h"
 #include "core/file.h"
-#include "core/settings.h"
 
 namespace {
 
@@ -33,13 +32,6 @@ bool WriteFile(const CCryptoString& name, const element& content, CCryptoAutoLog
 bool WriteText(const CCryptoString& name, const CCryptoString& text, CCryptoAutoLogger& logger)
 {
     return text.isEmpty() ? logger.setRetValue(3, false, "There is no tree to save") : WriteFile(name, text.data(), logger);
-}
-
-/// The folder of included templates, from the setting "includePath"; empty without settings.
-CCryptoString IncludePath()
-{
-    ICryptoSettings* const settings = CCryptoSettings::InstanceOrNull();
-    return settings != nullptr ? CCryptoString(settings->GetLongString("includePath")) : CCryptoString();
 }
 
 } // namespace
@@ -102,7 +94,7 @@ bool CCryptoParser::Load_ASCII_Memory(std::string_view text)
 {
     CCryptoAutoLogger logger("CCryptoParser::Load_ASCII_Memory");
     clear();
-    setRoot(CCryptoGENParser(nullptr, IncludePath()).Parse(text));
+    setRoot(CCryptoGENParser().Parse(text));
     return logger.setResult(!isEmpty());
 }
 

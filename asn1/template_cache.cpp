@@ -21,11 +21,6 @@ Cache& TheCache()
     return *cache;
 }
 
-class NoIncludes : public ICryptoIncludeLoader {
-public:
-    bool Load(const CCryptoString&, element&) override { return false; }
-};
-
 } // namespace
 
 const elementNode* ParsedTemplate(std::string_view text)

@@ -1,11 +1,17 @@
 #include "asn1/gen_parser.h"
 #include "asn1/parser.h"
+#include "asn1/template_cache.h"
 #include "core/error_handler.h"
+#include "core/settings.h"
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <map>
+#include <memory>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -152,6 +158,56 @@ TEST(Template, IncludesIntoTheCurrentItem)
         const ElementNodePtr tree = CCryptoGENParser(&files, "folder").Parse(each.text);
         EXPECT_EQ(CCryptoParser::ToText(tree.get()), CCryptoParser::ToText(CCryptoGENParser().Parse(each.same).get()));
     }
+}
+
+/// Settings of which only "includePath" is there.
+class FolderSetting : public ICryptoSettings {
+public:
+    explicit FolderSetting(std::string folder) : folder_(std::move(folder)) {}
+    void Reload() override {}
+    bool GetInteger(const char*, std::uint32_t&, std::uint32_t) override { return false; }
+    element GetString(const char*) override { return element(); }
+    bool GetValue(const char*, char*, std::uint32_t, std::uint32_t) override { return false; }
+    element GetLongString(const char* name) override
+    {
+        return std::string_view(name) == "includePath" ? element(std::string_view(folder_)) : element();
+    }
+    std::uint32_t GetIntegerOrDefault(const char*, std::uint32_t defaultValue) override { return defaultValue; }
+    bool SetValue(const element&, const element&) override { return false; }
+    std::unique_ptr<ICryptoSettingsGroupIterator> Group(const char*) override { return nullptr; }
+
+private:
+    std::string folder_;
+};
+
+TEST(Template, LooksForIncludesInTheFolderThatIsGiven)
+{
+    const struct {
+        const char *text, *folder, *file;
+    } cases[] = {
+        {"include f", "C:\\asn1\\parts", "C:/asn1/parts/f"},
+        {"include f", "parts\\", "parts/f"},
+        {"include 'a b'", "", "a b"},
+        {"include x/f; ", "parts", "x/f"},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.file);
+        Files files(Files::Texts{{each.file, "NULL"}});
+        EXPECT_NE(CCryptoGENParser(&files, each.folder).Parse(each.text), nullptr);
+    }
+    // From disk, when it is not given, in that of the setting.
+    const std::string folder = testing::TempDir();
+    const std::string name = "asn1_included_template.txt";
+    std::ofstream(folder + "/" + name) << "NULL";
+    const CCryptoSettings settings(std::make_unique<FolderSetting>(folder));
+    const elementNode* const cached = ParsedTemplate("SEQUENCE { include asn1_included_template.txt }");
+    EXPECT_EQ(Hex(CCryptoParser::ToDer(cached)), "30020500");
+    CCryptoParser parser;
+    EXPECT_TRUE(parser.Load_ASCII_Memory("include " + name));
+    Files none({});
+    EXPECT_EQ(CCryptoGENParser(&none).Parse("include " + name), nullptr);
+    EXPECT_EQ(ParseInlineTemplate("include " + name), nullptr);
+    std::filesystem::remove(folder + "/" + name);
 }
 
 TEST(Template, SaysWhyAnIncludeIsRefused)
