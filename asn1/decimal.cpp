@@ -1,11 +1,13 @@
 #include "asn1/decimal.h"
 
-#include "core/platform/secure_wipe.h"
+#include "asn1/wiped.h"
+#include "asn1/wiped_array.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstdio>
-#include <vector>
+#include <span>
 
 namespace {
 
@@ -36,30 +38,47 @@ bool IsShortest(const element& number)
     return number.negative() ? first != 0xFF || number.data()[1] < 0x80 : first != 0;
 }
 
-CCryptoString DecimalFromMagnitude(std::span<const std::uint8_t> magnitude)
-{
-    constexpr std::uint32_t limbBase = 1000000000;
-    std::vector<std::uint32_t> limbs{0};
-    for (const std::uint8_t byte : magnitude) {
-        std::uint64_t carry = byte;
-        for (std::uint32_t& limb : limbs) {
-            carry += static_cast<std::uint64_t>(limb) << 8;
-            limb = static_cast<std::uint32_t>(carry % limbBase);
-            carry /= limbBase;
+/// A number in limbs of a base up to 2^32, the lowest first, that is multiplied up from nothing. It may be a key, and is wiped.
+template <std::uint64_t Base>
+class Limbs {
+public:
+    /// \param most of them that there will be.
+    explicit Limbs(std::size_t most) : limbs_(most) {}
+
+    void multiplyAdd(std::uint32_t factor, std::uint32_t summand)
+    {
+        std::uint64_t carry = summand;
+        for (std::size_t index = 0; index < used_; ++index) {
+            carry += std::uint64_t{limbs_[index]} * factor;
+            limbs_[index] = static_cast<std::uint32_t>(carry % Base);
+            carry /= Base;
         }
         if (carry != 0)
-            limbs.push_back(static_cast<std::uint32_t>(carry));
+            limbs_[used_++] = static_cast<std::uint32_t>(carry);
     }
+
+    std::span<const std::uint32_t> used() const { return {limbs_.data(), used_}; }
+
+private:
+    WipedArray<std::uint32_t> limbs_;
+    std::size_t used_ = 0;
+};
+
+CCryptoString DecimalFromMagnitude(std::span<const std::uint8_t> magnitude)
+{
+    constexpr std::size_t bitsPerLimb = 29; // at least
+    Limbs<1000000000> limbs(magnitude.size() * 8 / bitsPerLimb + 1);
+    for (const std::uint8_t byte : magnitude)
+        limbs.multiplyAdd(256, byte);
+
     CCryptoString text;
-    char digits[12];
-    for (auto limb = limbs.rbegin(); limb != limbs.rend(); ++limb) {
-        const int length = std::snprintf(digits, sizeof digits, limb == limbs.rbegin() ? "%u" : "%09u", *limb);
-        text.append({digits, static_cast<std::size_t>(length)});
+    Wiped<std::array<char, 12>> digits;
+    const std::span<const std::uint32_t> used = limbs.used();
+    for (std::size_t index = used.size(); index-- > 0;) {
+        const int length = std::snprintf(digits.data(), digits.size(), index + 1 == used.size() ? "%u" : "%09u", used[index]);
+        text.append({digits.data(), static_cast<std::size_t>(length)});
     }
-    // The value may be a key.
-    platform::SecureWipe(digits, sizeof digits);
-    platform::SecureWipe(limbs.data(), limbs.size() * sizeof limbs[0]);
-    return text;
+    return text.isEmpty() ? CCryptoString("0") : text;
 }
 
 } // namespace
@@ -69,27 +88,20 @@ element IntegerFromDecimal(std::string_view digits)
     constexpr std::size_t digitsPerStep = 9;
     constexpr std::uint32_t powers[] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000, 1000000000};
 
-    // 32-bit limbs, the lowest first.
-    std::vector<std::uint32_t> limbs;
+    Limbs<std::uint64_t{1} << 32> limbs(digits.size() / digitsPerStep + 1);
     while (!digits.empty()) {
         const std::size_t count = digits.size() % digitsPerStep != 0 ? digits.size() % digitsPerStep : digitsPerStep;
         std::uint32_t step = 0;
         std::from_chars(digits.data(), digits.data() + count, step);
         digits.remove_prefix(count);
-        std::uint64_t carry = step;
-        for (std::uint32_t& limb : limbs) {
-            carry += std::uint64_t{limb} * powers[count];
-            limb = static_cast<std::uint32_t>(carry);
-            carry >>= 32;
-        }
-        if (carry != 0)
-            limbs.push_back(static_cast<std::uint32_t>(carry));
+        limbs.multiplyAdd(powers[count], step);
     }
 
     element number(ElementType::integer);
-    for (auto limb = limbs.rbegin(); limb != limbs.rend(); ++limb) {
+    const std::span<const std::uint32_t> used = limbs.used();
+    for (std::size_t index = used.size(); index-- > 0;) {
         for (int shift = 24; shift >= 0; shift -= 8) {
-            const auto byte = static_cast<std::uint8_t>(*limb >> shift);
+            const auto byte = static_cast<std::uint8_t>(used[index] >> shift);
             if (byte != 0 || !number.isEmpty())
                 number.append(byte);
         }
