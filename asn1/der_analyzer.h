@@ -24,6 +24,11 @@ constexpr bool IsTagClass(ElementType type)
 {
     return type >= ElementType::application && type <= ElementType::privateClass;
 }
+/// A type whose encoding is constructed whatever it holds (X.690, 8.9.1 and 8.11.1).
+constexpr bool IsListType(ElementType type)
+{
+    return type == ElementType::sequence || type == ElementType::set;
+}
 
 /// The head of one element: where its value lies, and what it is.
 struct DerHeader {

@@ -203,7 +203,7 @@ ElementNodePtr CCryptoDERParser::Decoder::decodeElement(const DerHeader& header,
         attachNumber(*node, LinkKind::brackets, static_cast<std::uint8_t>(header.tagNumber()));
     if (header.constructed() || header.indefinite)
         return decodeConstructed(header, *node, position, depth, probing) ? std::move(node) : nullptr;
-    if (type == ElementType::sequence || type == ElementType::set)
+    if (IsListType(type))
         node->set(LinkKind::brackets, pool_.make(ElementType::primitive));
     position = header.valueStart + header.length;
     decodePrimitive(header, *node, depth);

@@ -5,11 +5,6 @@
 
 namespace {
 
-bool IsAlwaysConstructed(ElementType type)
-{
-    return type == ElementType::sequence || type == ElementType::set;
-}
-
 EncodingForm FormOfTaggedItem(const elementNode* value)
 {
     const bool isLone = value != nullptr && value->next() == nullptr;
@@ -42,7 +37,7 @@ EncodingForm FormOfData(const elementNode& data)
         return EncodingForm::primitive;
     if (HoldsElement(marks.value))
         return EncodingForm::constructed;
-    return IsAlwaysConstructed(data.type()) && marks.value == nullptr ? EncodingForm::either : EncodingForm::primitive;
+    return IsListType(data.type()) && marks.value == nullptr ? EncodingForm::either : EncodingForm::primitive;
 }
 
 EncodingForm FormOfItem(const elementNode& item)
@@ -55,7 +50,7 @@ EncodingForm FormOfItem(const elementNode& item)
     const bool holdsElement = HoldsElement(marks.value);
     if (HasBracket(item, ElementType::implicit))
         return marks.value != nullptr && !holdsElement ? EncodingForm::primitive : EncodingForm::either;
-    if (IsAlwaysConstructed(item.type()))
+    if (IsListType(item.type()))
         return EncodingForm::constructed;
     if (IsTagClass(item.type()))
         return FormOfTaggedItem(marks.value);

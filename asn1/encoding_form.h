@@ -5,7 +5,8 @@
 /// Primitive or constructed (X.690, 8.1.2.5); `either` where a node does not tell.
 enum class EncodingForm { either, primitive, constructed };
 
-/// Whether a list holds an element of its own: one that "EXCLUDE" takes apart counts by what is inside it.
+/// Whether a list holds an element of its own: one that "EXCLUDE" takes apart counts by what is inside it. Goes as deep as such
+/// items stand inside each other, which the caller bounds.
 bool HoldsElement(const elementNode* list);
 
 /// The form of a decoded or built node. The decoder marks constructed data by its children or by "CONSTRUCTED", and what it found

@@ -4,6 +4,7 @@
 #include "asn1/bracket_list.h"
 #include "asn1/der_analyzer.h"
 #include "asn1/der_parser.h"
+#include "asn1/encoding_form.h"
 #include "asn1/object_identifier.h"
 #include "asn1/value_notation.h"
 #include "core/auto_logger.h"
@@ -34,17 +35,6 @@ bool IsFilled(const elementNode* node, std::uint32_t depth)
             continue;
         const elementNode* const value = node->value();
         if (value == nullptr ? !HasModifier(*node, ElementType::optional) : IsFilled(value, depth + 1))
-            return true;
-    }
-    return false;
-}
-
-/// Whether a list holds an element of its own: one that "EXCLUDE" takes apart counts by what is inside it. The list was written, so
-/// its depth has a limit.
-bool HoldsElement(const elementNode* node)
-{
-    for (; node != nullptr; node = node->next()) {
-        if (IsAsn1Type(node->type()) && (node->brackets() == nullptr || !IsExcluded(*node) || HoldsElement(node->value())))
             return true;
     }
     return false;
@@ -128,8 +118,7 @@ bool Encoder::writeIdentifier(ElementType type, const EncodingMarks& marks)
             return fail("Tag number %s cannot be written", marks.number->toString().c_str());
         identifier = static_cast<std::uint8_t>(identifier | marks.number->toWord32());
     }
-    const bool isList = type == ElementType::sequence || type == ElementType::set;
-    if (marks.constructed || (!marks.primitive && (isList || HoldsElement(marks.value))))
+    if (marks.constructed || (!marks.primitive && (IsListType(type) || HoldsElement(marks.value))))
         identifier |= derConstructedBit;
     out_.prepend(identifier);
     return true;
