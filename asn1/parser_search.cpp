@@ -1,25 +1,5 @@
 #include "asn1/parser_search.h"
 
-namespace {
-
-constexpr LinkKind visitOrder[] = {LinkKind::modifiers, LinkKind::brackets, LinkKind::shortValue,
-                                   LinkKind::operation, LinkKind::content,  LinkKind::sibling};
-
-/// The first filled slot of `node` behind `kind` in the order of visits.
-elementNode* SlotBehind(const elementNode& node, LinkKind kind, bool inDepth, bool withSibling)
-{
-    bool behind = kind == LinkKind::none;
-    for (const LinkKind each : visitOrder) {
-        const bool visited = each == LinkKind::sibling ? withSibling : inDepth;
-        if (behind && visited && node.slot(each) != nullptr)
-            return node.slot(each);
-        behind = behind || each == kind;
-    }
-    return nullptr;
-}
-
-} // namespace
-
 elementNode* CCryptoParserSearch::find(const std::function<bool(const elementNode&)>& matches)
 {
     while (next_ != nullptr) {
@@ -33,14 +13,18 @@ elementNode* CCryptoParserSearch::find(const std::function<bool(const elementNod
 
 elementNode* CCryptoParserSearch::behind(elementNode* node) const
 {
-    LinkKind kind = LinkKind::none;
+    if (inDepth_ && node->firstPart() != nullptr)
+        return node->firstPart();
     for (;;) {
-        const bool mayFollow = node != start_ || followSiblings_;
-        if (elementNode* const found = SlotBehind(*node, kind, inDepth_, mayFollow))
-            return found;
-        if (node == start_)
-            return nullptr;
-        kind = node->linkKind();
-        node = node->parent();
+        if (node->next() != nullptr && (node != start_ || followSiblings_))
+            return node->next();
+        // Back along the list, and up to the node that it hangs on unless another of its parts comes first.
+        for (bool isFirst = false; !isFirst; node = node->parent()) {
+            if (node == start_)
+                return nullptr;
+            isFirst = node->linkKind() != LinkKind::sibling;
+            if (isFirst && node->nextPart() != nullptr)
+                return node->nextPart();
+        }
     }
 }

@@ -1,5 +1,7 @@
 #include "asn1/hex.h"
 #include "asn1/parser.h"
+#include "asn1/parser_search.h"
+#include "asn1/push_der_buffer.h"
 #include "tests/core/captured_log.h"
 
 #include <gmock/gmock.h>
@@ -83,6 +85,34 @@ TEST(Encode, WritesNoTreeThatItCouldNotReadBack)
     ElementNodePtr optional = Nest(100000, false);
     optional->set(LinkKind::modifiers, elementNode::Make(ElementType::optional));
     EXPECT_TRUE(CCryptoParser::ToDer(optional.get()).isEmpty());
+}
+
+TEST(PushBuffer, SaysWhenItHoldsLessThanWasPromised)
+{
+    CapturedLog log;
+    CPushDerBuffer buffer;
+    buffer.PushText("abc");
+    EXPECT_TRUE(buffer.CheckLength(3));
+    EXPECT_FALSE(buffer.CheckLength(4));
+    EXPECT_THAT(log.texts(), Contains(HasSubstr("expected length 4 > buffer length3")));
+}
+
+TEST(Parser, FindsNamesInTheOrderOfTheSlots)
+{
+    CCryptoParser parser;
+    ASSERT_TRUE(parser.Load_ASCII_Memory("a (x, y {x}) [x] = x; + x, {x, b {x}}, c, x"));
+    CCryptoParserSearch search(parser.root(), true, true);
+    std::string found;
+    while (elementNode* const node = search.find([](const elementNode& each) { return each.isNamed("x"); })) {
+        // The slot, and the node that has it.
+        found += std::to_string(static_cast<int>(node->first()->linkKind()));
+        found += node->owner() != nullptr ? std::string(node->owner()->token().view()) + " " : "";
+    }
+    EXPECT_EQ(found, "1a 5y 2a 3a 5 5a 5b 0");
+    EXPECT_EQ(CCryptoParser::find_name(parser.root(), "x", false, false), nullptr);
+    EXPECT_EQ(CCryptoParser::find_name(parser.root(), "x", false, true), parser.root()->last());
+    EXPECT_EQ(CCryptoParser::find_name(parser.root()->content(), "b", true, false), nullptr);
+    EXPECT_NE(CCryptoParser::find_name(parser.root(), "b", true, false), nullptr);
 }
 
 TEST(Parser, GivesTheValueOfANameAndNothingElse)
