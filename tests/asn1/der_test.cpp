@@ -60,6 +60,7 @@ TEST(DerDecode, BuildsTheTreeOfATemplate)
         {"inside, a length DER does not write", "\x04\x04\x02\x81\x01\x05", "OCTET_STRING=#02810105", inside},
         {"inside, padding", "\x04\x05\x02\x01\x05\x00\x00"sv, "OCTET_STRING=#0201050000", inside},
         {"zero padding behind", "\x02\x01\x05\x00\x00\x00"sv, "INTEGER=5"},
+        {"other padding behind", "\x02\x01\x05\xFF\x02", "INTEGER=5"},
         {"indefinite, then more", "\x30\x80\x02\x01\x05\x00\x00\x05\x00"sv, "SEQUENCE{INTEGER=5},NULL"},
         {"indefinite without its end", "\x30\x80\x02\x01\x05", ""},
         {"nothing", "", ""},
@@ -207,6 +208,8 @@ TEST(DerRoundTrip, EveryCertificateOfTheTrustStore)
         ExpectRoundTrips(element::FromBase64(std::string_view(text).substr(body, end - body)));
         ++count;
     }
+    if (count == 0)
+        GTEST_SKIP() << "no certificates in " << store;
     RecordProperty("certificates", static_cast<int>(count));
 }
 
