@@ -43,7 +43,7 @@ std::uint64_t TimesOwnLogarithm(std::uint32_t number)
     return std::uint64_t{number} * logarithm;
 }
 
-/// The fewest bits that these symbols can be coded in, with 8 bits behind the point, for `Count` symbols.
+/// The fewest bits that symbols which occur this often, each of the `codes` its count, can be coded in; 8 bits behind the point.
 template <typename CountOf>
 std::uint64_t Entropy(std::size_t codes, CountOf countOf)
 {

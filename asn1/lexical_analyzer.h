@@ -24,9 +24,8 @@ constexpr auto endTag = static_cast<ElementType>(93);      ///< "</name>"; the b
 /// - JSON (RFC 8259) gives punctuation, strings as text or utf8Text, integers (negative ones in two's complement), other numbers as
 ///   characterData, truth and null.
 /// - XML 1.0 gives startTag, then for each attribute an identifier, "=" and text, then ">" or emptyTagEnd; endTag; and
-/// characterData
-///   with its references resolved, a CDATA section as one of its own. Comments, processing instructions, declarations and the
-///   document type are passed over; no entity but the five of XML is known, and nothing external is read.
+///   characterData with its references resolved, a CDATA section as one of its own. Comments, processing instructions,
+///   declarations and the document type are passed over; no entity but the five of XML is known, and nothing external is read.
 ///
 /// The text is UTF-8, or UTF-16 behind its byte order mark; it is not copied unless it is UTF-16, and must outlive the analyzer.
 class CCryptoLexicalAnalyzer {

@@ -57,15 +57,15 @@ public:
     CCryptoString ToXml() const { return ToXml(root_.get()); }
     static CCryptoString ToXml(const elementNode* node);
 
-    /// Destroys `node` without its siblings, which close the gap. \return false, logged, for a node of another tree.
+    /// Destroys `node` without its siblings, which close the gap. The way from the node to the root, along each list, is walked to
+    /// see whose it is. \return false, logged, for a node of another tree.
     bool remove_node(elementNode* node);
     /// Puts `replacement`, which has no parent, into `old`'s place; what `old` had as content follows behind it, then `old`'s own
     /// siblings, and `old` is destroyed. \return the replacement; null, logged, when either condition is not met.
     elementNode* replace_node(elementNode* old, ElementNodePtr replacement);
 
-    /// Walks from `start`, a step a character: "{" content (or short value), "=" short value (or content), "[" brackets, "("
-    /// modifiers,
-    /// "," next sibling, "P" parent; a run between "|" is a template that the node reached must match.
+    /// Walks from `start`, a step a character: "{" content (or short value), "=" short value (or content), "[" brackets,
+    /// "(" modifiers, "," next sibling, "P" parent; a run between "|" is a template that the node reached must match.
     /// \return null when a step has no node or is none of these.
     static elementNode* find_path(elementNode* start, std::string_view path);
     elementNode* find_path(std::string_view path) const { return find_path(root_.get(), path); }
