@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+/// Groups of processor instructions that some of the library's code is written for.
+namespace cpu {
+
+enum Feature : std::uint32_t {
+    none = 0,
+    shaNi = 1u << 0,  ///< SHA-1 and SHA-256 rounds (SHA, SSSE3, SSE4.1)
+    avx2 = 1u << 1,   ///< 256-bit integers, and BMI1 and BMI2, which every such processor has
+    aesNi = 1u << 2,  ///< AES rounds (AES, SSSE3, SSE4.1)
+    pclmul = 1u << 3, ///< carry-less products (PCLMULQDQ, SSSE3)
+    vaes = 1u << 4,   ///< AES rounds and carry-less products of 256 bits (VAES, VPCLMULQDQ, AVX2)
+    adx = 1u << 5,    ///< MULX, ADCX and ADOX (BMI2, ADX)
+};
+
+/// What this process may use: what the processor has and the operating system saves, less what the environment forbids. Asked of
+/// the processor once.
+///
+/// The environment variable CCRYPTO_CPU is read once: "portable" forbids all of them, any other text is a list of words separated
+/// by commas, "-avx2" for a group that is forbidden. Unknown words are ignored. It is for tests and measurements: nothing can be
+/// allowed that the processor lacks.
+std::uint32_t AllowedFeatures();
+
+/// The same without the environment.
+std::uint32_t PresentFeatures();
+
+/// What `text`, the environment variable's, leaves of `present`.
+std::uint32_t LimitFeatures(std::uint32_t present, std::string_view text);
+
+} // namespace cpu
+
+/// One way to compute something, of several that give the same results.
+template <typename Calls>
+struct Variant {
+    const char* name;    ///< "portable", "avx2", ...
+    std::uint32_t needs; ///< cpu::Feature, or-ed
+    Calls calls;         ///< a function pointer, or a struct of them
+};
+
+/// The calls of the last variant whose needs this process may use. The first one of `variants`, the portable one, needs nothing.
+template <typename Calls>
+const Variant<Calls>& ChooseVariant(std::span<const Variant<Calls>> variants)
+{
+    const std::uint32_t allowed = cpu::AllowedFeatures();
+    const Variant<Calls>* chosen = &variants.front();
+    for (const Variant<Calls>& variant : variants)
+        if ((variant.needs & ~allowed) == 0)
+            chosen = &variant;
+    return *chosen;
+}

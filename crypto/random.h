@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+/// A source of random bytes.
+class ICryptoRandom {
+public:
+    virtual ~ICryptoRandom() = default;
+
+    /// Fills `bytes`. \return false, logged, with the bytes wiped, when there are none to be had: then nothing that needs them may
+    /// go on.
+    virtual bool generate(std::span<std::uint8_t> bytes) = 0;
+
+    /// The process's own generator: HMAC_DRBG with SHA-256 (NIST SP 800-90A), seeded and reseeded from the operating system, anew
+    /// in a forked child. Any thread may use it at any time.
+    static ICryptoRandom& Instance();
+};

@@ -1,0 +1,38 @@
+#include "crypto/cpu_features.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+TEST(CpuFeatures, TheEnvironmentCanOnlyForbid)
+{
+    constexpr std::uint32_t all = cpu::shaNi | cpu::avx2 | cpu::aesNi | cpu::pclmul | cpu::vaes | cpu::adx;
+    struct {
+        std::uint32_t present;
+        const char* text;
+        std::uint32_t left;
+    } const cases[] = {
+        {all, "", all},
+        {all, "portable", cpu::none},
+        {all, "-shani", all & ~cpu::shaNi},
+        {all, "-adx,-shani", all & ~(cpu::adx | cpu::shaNi)},
+        {all, "-vaes,", all & ~cpu::vaes},
+        {all, "-aesni", all & ~(cpu::aesNi | cpu::vaes)},
+        {all, "-avx2", all & ~(cpu::avx2 | cpu::vaes)},
+        {all, "avx2,-avx512, -adx", all},
+        {cpu::adx, "shani,avx2", cpu::adx},
+    };
+    for (const auto& row : cases)
+        EXPECT_EQ(cpu::LimitFeatures(row.present, row.text), row.left) << row.text;
+}
+
+TEST(CpuFeatures, TheLastVariantThatMayRunIsChosen)
+{
+    using Calls = int (*)();
+    const std::array<Variant<Calls>, 2> variants = {{
+        {"portable", cpu::none, [] { return 1; }},
+        {"impossible", 1u << 31, [] { return 2; }},
+    }};
+    EXPECT_EQ(ChooseVariant<Calls>(variants).calls(), 1);
+    EXPECT_EQ(cpu::AllowedFeatures() & ~cpu::PresentFeatures(), 0u);
+}
