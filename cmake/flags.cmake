@@ -21,6 +21,10 @@ if(HOUSE_SANITIZE)
     target_link_options(house_flags INTERFACE -fsanitize=${HOUSE_SANITIZE})
 endif()
 
+if(HOUSE_SECRETS_MARKED)
+    target_compile_definitions(house_flags INTERFACE HOUSE_SECRETS_MARKED)
+endif()
+
 if(WIN32)
     enable_language(RC)
     target_compile_definitions(house_flags INTERFACE _WIN32_WINNT=0x0A00 NOMINMAX WIN32_LEAN_AND_MEAN)

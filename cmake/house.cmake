@@ -5,6 +5,7 @@
 #   house_dll(NAME ...)                  Windows DLL without a "lib" prefix, build/PRESET/bin
 #   house_program(NAME ...)              executable, build/PRESET/bin
 #   house_test(NAME ...)                 GoogleTest program and its one ctest entry
+#   house_secrets_test(NAME ...)         GoogleTest program that runs under valgrind, in the build with secrets marked alone
 #   house_test_again(ENTRY PROGRAM NAME [FILTER pattern] [ENVIRONMENT VARIABLE=value...])
 #                                        a further ctest entry for a test program, for cases that need another environment
 #   house_fuzz(NAME ...)                 fuzz target NAME_fuzz with the corpus folder corpus/NAME beside its CMakeLists.txt
@@ -27,6 +28,7 @@ option(HOUSE_TESTS "Build the tests" ON)
 option(HOUSE_PRECOMPILED "Compile the standard headers once for each library" OFF)
 option(HOUSE_BENCH "Build the benches" OFF)
 set(HOUSE_FUZZ OFF CACHE STRING "Fuzz targets: OFF, REPLAY (each runs its corpus once) or ENGINE (libFuzzer)")
+option(HOUSE_SECRETS_MARKED "Tell valgrind which bytes are secret, and test nothing but that none decides a branch or an address" OFF)
 option(HOUSE_SYMBOLS "Leave the symbols in Windows programs and the DLL" OFF)
 set(HOUSE_SANITIZE "" CACHE STRING "Sanitizers for everything we compile")
 
@@ -104,8 +106,21 @@ function(house_program name)
     target_link_libraries(${name} PRIVATE ${house_LINKS} house_flags)
 endfunction()
 
+function(house_secrets_test name)
+    if(NOT HOUSE_TESTS OR NOT HOUSE_SECRETS_MARKED)
+        return()
+    endif()
+    house_arguments("" "" "" ${ARGN})
+    house_googletest()
+    house_program(${name} SOURCES ${house_FILES} LINKS ${house_LINKS} GTest::gtest GTest::gtest_main)
+    # A leak is the sanitizers' to find.
+    add_test(NAME ${name} COMMAND valgrind --quiet --error-exitcode=99 --leak-check=no --num-callers=30 $<TARGET_FILE:${name}>
+        WORKING_DIRECTORY "${houseResults}")
+    house_test_properties(${name} 300 "GTEST_OUTPUT=json:${name}.json")
+endfunction()
+
 function(house_test name)
-    if(NOT HOUSE_TESTS)
+    if(NOT HOUSE_TESTS OR HOUSE_SECRETS_MARKED)
         return()
     endif()
     house_arguments("OWN_MAIN" "TIMEOUT" "PROGRAMS;ENVIRONMENT" ${ARGN})
@@ -132,7 +147,7 @@ function(house_test name)
 endfunction()
 
 function(house_test_again entry)
-    if(NOT HOUSE_TESTS)
+    if(NOT HOUSE_TESTS OR HOUSE_SECRETS_MARKED)
         return()
     endif()
     cmake_parse_arguments(house "" "PROGRAM;FILTER;TIMEOUT" "ENVIRONMENT" ${ARGN})
