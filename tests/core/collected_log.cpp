@@ -64,11 +64,11 @@ std::string TextOfLine(const std::string& line, std::string_view tag)
     return position != std::string::npos ? line.substr(position + head.size()) : "no tag: " + line;
 }
 
-std::vector<std::string> LinesOfFile(const std::string& path)
+std::vector<std::string> TextsOfFile(const std::string& path, std::string_view tag)
 {
     std::ifstream file(path, std::ios::binary);
-    std::vector<std::string> lines;
+    std::vector<std::string> texts;
     for (std::string line; std::getline(file, line);)
-        lines.push_back(line);
-    return lines;
+        texts.push_back(TextOfLine(line, tag));
+    return texts;
 }

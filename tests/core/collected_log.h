@@ -29,5 +29,5 @@ public:
 /// What stands behind the tag of a line.
 std::string TextOfLine(const std::string& line, std::string_view tag);
 
-/// The lines of a file, without their ends.
-std::vector<std::string> LinesOfFile(const std::string& path);
+/// What stands behind the tag of each line of a file.
+std::vector<std::string> TextsOfFile(const std::string& path, std::string_view tag);

@@ -72,8 +72,8 @@ TEST(LogFile, HoldsEveryLineOfProcessesAndThreadsWhole)
     std::filesystem::remove("/tmp/" + gateName + ".mutex", ignored);
 
     std::multiset<std::string> written;
-    for (const std::string& line : LinesOfFile(path))
-        written.insert(TextOfLine(line, "companions"));
+    for (const std::string& text : TextsOfFile(path, "companions"))
+        written.insert(text);
     for (int process = 0; process < processCount; ++process) {
         for (int thread = 0; thread < threadCount; ++thread) {
             for (int line = 0; line < lineCount; ++line) {

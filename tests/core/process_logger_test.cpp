@@ -8,22 +8,20 @@
 #include "tests/core/scratch_registry.h"
 #include "tests/core/temporary_directory.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <regex>
 #include <string>
 #include <vector>
 
-using testing::Contains;
-using testing::ElementsAre;
-using testing::EndsWith;
-using testing::IsEmpty;
-
 namespace {
+
+using Names = std::vector<std::string>;
+using Lines = std::vector<std::string>;
 
 constexpr const char* product = "Logging Tests";
 constexpr const char* tag = "loggingtests";
@@ -49,10 +47,7 @@ protected:
 
     std::vector<std::string> texts(const std::string& fileName) const
     {
-        std::vector<std::string> texts;
-        for (const std::string& line : LinesOfFile((folder_.path() / fileName).string()))
-            texts.push_back(TextOfLine(line, tag));
-        return texts;
+        return TextsOfFile((folder_.path() / fileName).string(), tag);
     }
 
     std::vector<std::string> files() const
@@ -84,12 +79,21 @@ TEST_F(ProcessLogger, FramesTheLogInBanners)
     std::string program;
     std::uint32_t error = 0;
     ASSERT_TRUE(platform::HostExecutablePath(program, error));
-    EXPECT_THAT(texts(DatedName("")),
-                ElementsAre("", "---------- BEGIN " + version + " ---------- ", "Module file name: " + program.substr(0, 128),
-                            "Current directory: " + platform::CurrentDirectory().substr(0, 128),
-                            "Command line: " + platform::CommandLine().substr(0, 200), "Operation - IN", "Operation - OUT",
-                            std::string(40, '='), "---------- END " + version + " ----------", std::string(40, '=')));
-    EXPECT_TRUE(std::regex_match(buildDate, std::regex("[A-Z][a-z]{2} [ 1-3][0-9] [0-9]{4}"))) << buildDate;
+    EXPECT_EQ(texts(DatedName("")),
+              (Lines{"", "---------- BEGIN " + version + " ---------- ", "Module file name: " + program.substr(0, 128),
+                     "Current directory: " + platform::CurrentDirectory().substr(0, 128),
+                     "Command line: " + platform::CommandLine().substr(0, 200), "Operation - IN", "Operation - OUT",
+                     std::string(40, '='), "---------- END " + version + " ----------", std::string(40, '=')}));
+}
+
+TEST_F(ProcessLogger, TellsTheBuildDateAsMonthDayAndYear)
+{
+    std::string shape = buildDate;
+    for (char& character : shape) {
+        const auto byte = static_cast<unsigned char>(character);
+        character = std::isdigit(byte) != 0 ? '0' : std::isupper(byte) != 0 ? 'A' : std::islower(byte) != 0 ? 'a' : character;
+    }
+    EXPECT_TRUE(shape == "Aaa 00 0000" || shape == "Aaa  0 0000") << buildDate;
 }
 
 TEST_F(ProcessLogger, DoesNothingWithLevelZero)
@@ -101,7 +105,7 @@ TEST_F(ProcessLogger, DoesNothingWithLevelZero)
         CCryptoAutoLogger logger("Operation", 0, "%d", 1);
         WriteErrorEx_G("unheard");
     }
-    EXPECT_THAT(files(), IsEmpty());
+    EXPECT_EQ(files(), Names());
 }
 
 TEST_F(ProcessLogger, NamesTheFileAsTheSettingsSay)
@@ -112,7 +116,7 @@ TEST_F(ProcessLogger, NamesTheFileAsTheSettingsSay)
     const CCryptoProcessLogger process(nullptr, product, tag);
     char ownId[32];
     std::snprintf(ownId, sizeof ownId, "_%04u", platform::CurrentProcessId());
-    EXPECT_THAT(files(), ElementsAre(DatedName(ownId)));
+    EXPECT_EQ(files(), (Names{DatedName(ownId)}));
 
     set("debugProcessId", "0");
     set("debugThreads", "1");
@@ -120,13 +124,13 @@ TEST_F(ProcessLogger, NamesTheFileAsTheSettingsSay)
     WriteLog_G("own file");
     char ownThread[32];
     std::snprintf(ownThread, sizeof ownThread, "-%04x", platform::CurrentThreadId());
-    EXPECT_THAT(texts(DatedName(ownThread)), ElementsAre("own file"));
+    EXPECT_EQ(texts(DatedName(ownThread)), (Lines{"own file"}));
 
     const TemporaryDirectory other;
     set("debugThreads", "0");
     CCryptoProcessLogger::ReadLogSettings(product, other.path().string().c_str());
     WriteLog_G("moved");
-    EXPECT_THAT(LinesOfFile((other.path() / DatedName("")).string()), ElementsAre(EndsWith(" moved")));
+    EXPECT_EQ(TextsOfFile((other.path() / DatedName("")).string(), tag), Lines{"moved"});
 }
 
 TEST_F(ProcessLogger, PrefersTheInstalledSettings)
@@ -136,7 +140,7 @@ TEST_F(ProcessLogger, PrefersTheInstalledSettings)
     CCryptoSettings::Instance()->SetValue(element("debugLevel"), element("1"));
     CCryptoSettings::Instance()->SetValue(element("debugDir"), element(directory().c_str()));
     const CCryptoProcessLogger process(nullptr, product, tag);
-    EXPECT_THAT(files(), ElementsAre(DatedName("")));
+    EXPECT_EQ(files(), (Names{DatedName("")}));
 }
 
 TEST_F(ProcessLogger, DoesNotUseAFolderWhosePathIsTooLong)
@@ -145,5 +149,7 @@ TEST_F(ProcessLogger, DoesNotUseAFolderWhosePathIsTooLong)
     set("debugDir", directory() + std::string(240 - directory().size(), 'x'));
     CollectedLog log(0);
     const CCryptoProcessLogger process(CollectedLog::Callback, product, tag);
-    EXPECT_THAT(log.lines(), Contains(EndsWith("ERROR: The path of the log file is longer than 255 bytes")));
+    const std::string tooLong = "ERROR: The path of the log file is longer than 255 bytes";
+    const Lines lines = log.lines();
+    EXPECT_TRUE(std::any_of(lines.begin(), lines.end(), [&](const std::string& line) { return line.ends_with(tooLong); }));
 }

@@ -10,9 +10,9 @@
 #include <future>
 #include <string>
 #include <thread>
+#include <vector>
 
 using ::testing::Contains;
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 namespace {
@@ -79,12 +79,12 @@ TEST(CryptoThread, WaitsInTwoStages)
     EXPECT_TRUE(worker.wait(0, 0));
 
     const std::string threadId = Numbered("ThreadID=%04X", worker.id());
-    EXPECT_THAT(log.texts(),
-                ElementsAre("CCryptoThread::start - IN", Numbered("Start thread: %04X", worker.id()), "CCryptoThread::start - OUT",
-                            "CCryptoThread::start - IN", "CCryptoThread::start - OUT WITH ERROR",
-                            "ERROR: Thread is already running", "CCryptoThread::wait - IN", threadId, "Running",
-                            "responseTime check", "Still running", "CCryptoThread::wait - OUT", "CCryptoThread::wait - IN",
-                            threadId, "CCryptoThread::wait - OUT"));
+    EXPECT_EQ(log.texts(), (std::vector<std::string>{"CCryptoThread::start - IN", Numbered("Start thread: %04X", worker.id()),
+                                                     "CCryptoThread::start - OUT", "CCryptoThread::start - IN",
+                                                     "CCryptoThread::start - OUT WITH ERROR", "ERROR: Thread is already running",
+                                                     "CCryptoThread::wait - IN", threadId, "Running", "responseTime check",
+                                                     "Still running", "CCryptoThread::wait - OUT", "CCryptoThread::wait - IN",
+                                                     threadId, "CCryptoThread::wait - OUT"}));
 }
 
 TEST(CryptoThread, EndsWithinTheResponseTime)
