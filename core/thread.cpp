@@ -1,6 +1,7 @@
 #include "core/thread.h"
 
 #include "core/auto_logger.h"
+#include "core/log_nesting.h"
 #include "core/log_writers.h"
 #include "core/platform/process.h"
 
@@ -103,7 +104,7 @@ bool CCryptoThread::wait(std::uint32_t totalTimeout, std::uint32_t responseTime)
     if (awaitEnd(remaining) || (!running_ && awaitEnd(leavingTime)))
         return logger.setResult(true);
     logger.setLastWindowsError();
-    if (!thread_.terminate() || !awaitEnd(0))
+    if (!logging::EndByForce(id(), [this] { return thread_.terminate() && awaitEnd(0); }))
         return logger.setRetValue(3, false, "The thread cannot be ended");
     return false;
 }

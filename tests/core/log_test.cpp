@@ -1,5 +1,6 @@
 #include "core/auto_logger.h"
 #include "core/log.h"
+#include "core/log_nesting.h"
 #include "core/log_writers.h"
 #include "core/platform/named_mutex.h"
 #include "core/platform/process.h"
@@ -195,6 +196,27 @@ TEST(AutoLogger, KeepsTheCountWhenTheLevelChangesInBetween)
     while (!nested.empty())
         nested.pop_back();
     EXPECT_EQ(DepthOfNextOperation(log), 0u);
+}
+
+TEST(Nesting, KeepsNoCountersOfThreadsThatAreGone)
+{
+    CollectedLog log(5);
+    const CCryptoAutoLogger outer("", 3);
+    for (int index = 0; index < 300; ++index)
+        std::thread([] { CCryptoAutoLogger logger("", 3); }).join();
+    EXPECT_LE(logging::CountedThreads(), 64u);
+    EXPECT_EQ(DepthOfNextOperation(log), 1u);
+}
+
+TEST(Nesting, BeginsAnewBehindAThreadEndedByForce)
+{
+    for (const bool ended : {false, true}) {
+        EXPECT_EQ(logging::EnterOperation(), 0u);
+        EXPECT_EQ(logging::EndByForce(platform::CurrentThreadId(), [&] { return ended; }), ended);
+        EXPECT_EQ(logging::EnterOperation(), ended ? 0u : 1u);
+        logging::LeaveOperation();
+        logging::LeaveOperation();
+    }
 }
 
 struct LimitCase {
