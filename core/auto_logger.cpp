@@ -108,7 +108,7 @@ void CCryptoAutoLogger::close()
         logging::LeaveOperation();
     if (logging::Shows(depth_))
         writeExit();
-    shown_ = nullptr;
+    abandon();
 }
 
 void CCryptoAutoLogger::writeExit()

@@ -86,7 +86,11 @@ protected:
     /// Ends the operation ahead of the destructor, which then writes nothing.
     void close();
     /// Ends the operation without a line or a lock; the thread's counter keeps it.
-    void abandon() { shown_ = nullptr; }
+    void abandon()
+    {
+        shown_ = nullptr;
+        depth_ = tooDeep;
+    }
 
 private:
     void open();
@@ -114,6 +118,9 @@ private:
     struct DeleteShown {
         void operator()(Shown* shown) const;
     };
+
+    /// Of an operation that has ended: no level shows it.
+    static constexpr std::uint32_t tooDeep = 0xFFFFFFFF;
 
     const char* name_;
     std::uint32_t mode_;

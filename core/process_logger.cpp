@@ -7,6 +7,7 @@
 #include "core/platform/process.h"
 #include "core/utf8.h"
 
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -15,16 +16,31 @@ namespace {
 constexpr std::size_t longestPath = 128;
 constexpr std::size_t longestCommandLine = 200;
 
+constinit std::atomic<bool> oneLives{false};
+
 } // namespace
 
 CCryptoProcessLogger::CCryptoProcessLogger(LogCallback callback, const char* settingsName, const char* tag)
-    : CCryptoAutoLogger("", 3)
+    : CCryptoAutoLogger("", 3), isTheOne_(!oneLives.exchange(true))
 {
+    if (!isTheOne_) {
+        WriteErrorEx("A second process logger (%s) is refused", tag != nullptr ? tag : "");
+        close();
+        return;
+    }
     logging::ReadSettings(callback, tag != nullptr ? tag : "", settingsName, nullptr);
     writeBegin();
 }
 
 CCryptoProcessLogger::~CCryptoProcessLogger()
+{
+    if (!isTheOne_)
+        return;
+    end();
+    oneLives = false;
+}
+
+void CCryptoProcessLogger::end()
 {
     // A thread that was ended in the middle of a line keeps its locks, and waiting for them would keep the host from ending.
     if (platform::ProcessIsEnding()) {

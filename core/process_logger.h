@@ -5,7 +5,7 @@
 
 /// The one logger that lives as long as the process uses the library: configures the log from the settings "debugLevel",
 /// "debugDir", "debugProcessId", "debugProfile" and "debugThreads" and writes the BEGIN and END banners. Loggers of other threads
-/// have closed before it is destroyed.
+/// have closed before it is destroyed. While one lives, a further one does nothing but say so in the log.
 class CCryptoProcessLogger : public CCryptoAutoLogger {
 public:
     /// \param callback may be null. \param settingsName the product name of the registry settings that are read when no settings
@@ -19,7 +19,10 @@ public:
     static void ReadLogSettings(const char* settingsName, const char* directory = nullptr);
 
 private:
+    void end();
     void writeBegin();
     /// One line of `what` and at most `most` bytes of the text.
     void writeBeginning(const char* what, std::string_view text, std::size_t most);
+
+    bool isTheOne_;
 };

@@ -96,6 +96,25 @@ TEST_F(ProcessLogger, TellsTheBuildDateAsMonthDayAndYear)
     EXPECT_TRUE(shape == "Aaa 00 0000" || shape == "Aaa  0 0000") << buildDate;
 }
 
+TEST_F(ProcessLogger, RefusesASecondOne)
+{
+    set("debugLevel", "3");
+    set("debugDir", directory());
+    {
+        const CCryptoProcessLogger process(nullptr, product, tag);
+        {
+            const CCryptoProcessLogger second(CollectedLog::Callback, product, "other");
+        }
+        WriteLog_G("still on");
+    }
+    Lines lines = texts(DatedName(""));
+    ASSERT_GT(lines.size(), 5u);
+    lines.erase(lines.begin(), lines.end() - 5);
+    EXPECT_EQ(lines, (Lines{"ERROR: A second process logger (other) is refused", std::string(40, '='), "still on",
+                            "---------- END (ver=" + std::string(buildDate) + ") ----------", std::string(40, '=')}));
+    EXPECT_EQ(files(), Names{DatedName("")});
+}
+
 TEST_F(ProcessLogger, DoesNothingWithLevelZero)
 {
     set("debugDir", directory());
