@@ -40,6 +40,8 @@ public:
     virtual const char* name() const = 0;
     /// A new hash that has taken the same bytes so far. Owned by the caller.
     virtual std::unique_ptr<ICryptoHash> clone() const = 0;
+    /// Becomes as `other` is, without a new object. \return false, unchanged, when `other` is another function.
+    virtual bool assign(const ICryptoHash& other) = 0;
 
     void update(std::span<const std::uint8_t> bytes) { update(bytes.data(), bytes.size()); }
     /// The digest as raw bytes; the hash is then as new.

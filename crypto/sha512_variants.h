@@ -1,0 +1,9 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+extern const std::uint64_t sha512Constants[80];
+
+/// SHA-512 with 256-bit registers for the message and BMI2 rotations for the state.
+void CompressSHA512WithAvx2(std::uint64_t* state, const std::uint8_t* blocks, std::size_t count);

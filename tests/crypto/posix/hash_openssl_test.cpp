@@ -1,0 +1,105 @@
+#include "crypto/hmac.h"
+#include "crypto/key_derivation.h"
+#include "tests/core/temporary_directory.h"
+#include "tests/crypto/vector_file.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <memory>
+#include <random>
+
+// What the openssl command says of the same bytes.
+
+namespace {
+
+using KDF = CCryptoKeyDerivation;
+
+struct ClosePipe {
+    void operator()(FILE* pipe) const { pclose(pipe); }
+};
+
+/// The hexadecimal digits of what `openssl ARGUMENTS` prints, in small letters.
+std::string OpenSSL(const std::string& arguments)
+{
+    const std::unique_ptr<FILE, ClosePipe> pipe(popen(("openssl " + arguments).c_str(), "r"));
+    std::string digits;
+    for (int character = std::fgetc(pipe.get()); character != EOF; character = std::fgetc(pipe.get()))
+        if (std::isxdigit(character) != 0)
+            digits += static_cast<char>(std::tolower(character));
+    return digits;
+}
+
+std::string HexOf(const element& bytes)
+{
+    return Hex({bytes.data(), bytes.data() + bytes.length()});
+}
+
+Bytes Random(std::mt19937& random, std::size_t length)
+{
+    Bytes bytes(length);
+    for (std::uint8_t& byte : bytes)
+        byte = static_cast<std::uint8_t>(random());
+    return bytes;
+}
+
+void Write(const std::string& file, const Bytes& bytes)
+{
+    std::ofstream stream(file, std::ios::binary);
+    stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
+struct NameCase {
+    std::uint32_t id;
+    const char* name;
+};
+
+constexpr NameCase names[] = {{100, "sha1"}, {101, "md5"}, {102, "sha256"}, {103, "sha384"}, {104, "sha512"}, {105, "sha224"}};
+
+TEST(HashesBesideOpenSSL, DigestsAndMACs)
+{
+    const TemporaryDirectory folder;
+    const std::string file = folder / u8"message";
+    std::mt19937 random(1);
+    for (const NameCase& row : names) {
+        SCOPED_TRACE(row.name);
+        const Bytes message = Random(random, 10000 + random() % 1000);
+        Write(file, message);
+        EXPECT_EQ(HexOf(ICryptoHash::Create(row.id)->digestOf(message)),
+                  OpenSSL(std::string("dgst -r -") + row.name + " <" + file + " | cut -d' ' -f1"));
+        const Bytes key = Random(random, 1 + random() % 200);
+        const auto mac = CCryptoHMAC::Create(row.id);
+        mac->setKey(key);
+        EXPECT_EQ(HexOf(mac->macOf(message)),
+                  OpenSSL(std::string("mac -digest ") + row.name + " -macopt hexkey:" + Hex(key) + " -in " + file + " HMAC"));
+    }
+    const Bytes message = Random(random, 1000);
+    Write(file, message);
+    EXPECT_EQ(HexOf(ICryptoHash::CreateByName("md4")->digestOf(message)),
+              OpenSSL("dgst -r -md4 -provider legacy -provider default <" + file + " | cut -d' ' -f1"));
+}
+
+TEST(HashesBesideOpenSSL, DerivedKeys)
+{
+    std::mt19937 random(2);
+    for (const NameCase& row : names) {
+        SCOPED_TRACE(row.name);
+        const Bytes password = Random(random, 1 + random() % 200);
+        const Bytes salt = Random(random, 1 + random() % 100);
+        const auto iterations = static_cast<std::uint32_t>(1 + random() % 1000);
+        const auto length = static_cast<std::uint32_t>(1 + random() % 300);
+        const std::string kdf = "kdf -keylen " + std::to_string(length) + " -kdfopt digest:" + row.name;
+        const std::string ofPassword = kdf + " -kdfopt hexpass:" + Hex(password) + " -kdfopt hexsalt:" + Hex(salt) +
+                                       " -kdfopt iter:" + std::to_string(iterations);
+        EXPECT_EQ(HexOf(KDF::PBKDF2(row.id, password, salt, iterations, length)), OpenSSL(ofPassword + " -kdfopt pkcs5:1 PBKDF2"));
+        for (const int use : {1, 2, 3})
+            EXPECT_EQ(HexOf(KDF::PKCS12(row.id, static_cast<KDF::PKCS12Use>(use), password, salt, iterations, length)),
+                      OpenSSL(ofPassword + " -kdfopt id:" + std::to_string(use) + " PKCS12KDF"));
+        EXPECT_EQ(HexOf(KDF::HKDF(row.id, salt, password, salt, length)),
+                  OpenSSL(kdf + " -kdfopt hexkey:" + Hex(password) + " -kdfopt hexsalt:" + Hex(salt) +
+                          " -kdfopt hexinfo:" + Hex(salt) + " HKDF"));
+    }
+}
+
+} // namespace

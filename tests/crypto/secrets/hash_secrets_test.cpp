@@ -1,0 +1,62 @@
+#include "crypto/constant_time.h"
+#include "crypto/hmac.h"
+#include "crypto/key_derivation.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+// No byte of a message, key or password decides a branch or an address: run where what is marked secret counts as undefined.
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+using KDF = CCryptoKeyDerivation;
+
+Bytes Secret(std::size_t length)
+{
+    Bytes bytes(length, 0x5A);
+    constant_time::ClassifyBytes(bytes.data(), bytes.size());
+    return bytes;
+}
+
+/// True when `found` holds anything but zeros, which may be known now.
+bool HasResult(element found)
+{
+    constant_time::DeclassifyBytes(found.data(), found.length());
+    std::uint8_t any = 0;
+    for (const std::uint8_t byte : found.bytes())
+        any |= byte;
+    return any != 0;
+}
+
+TEST(HashSecrets, MessagesAndKeys)
+{
+    for (const char* name : {"md4", "md5", "sha1", "sha224", "sha256", "sha384", "sha512", "md5sha1"}) {
+        SCOPED_TRACE(name);
+        EXPECT_TRUE(HasResult(ICryptoHash::CreateByName(name)->digestOf(Secret(300))));
+        const auto mac = CCryptoHMAC::CreateByName(name);
+        for (const std::size_t length : {16u, 200u}) {
+            mac->setKey(Secret(length));
+            EXPECT_TRUE(HasResult(mac->macOf(Secret(300))));
+            mac->update(Secret(10));
+            EXPECT_FALSE(mac->verify(Secret(mac->digestSize())));
+        }
+    }
+}
+
+TEST(HashSecrets, Derivation)
+{
+    for (const std::uint32_t id : {100u, 101u, 102u, 103u, 104u, 105u}) {
+        SCOPED_TRACE(id);
+        const Bytes salt(8, 1);
+        for (const std::size_t length : {8u, 200u}) {
+            EXPECT_TRUE(HasResult(KDF::PBKDF1(id, Secret(length), salt, 3, 16)));
+            EXPECT_TRUE(HasResult(KDF::PBKDF2(id, Secret(length), salt, 3, 100)));
+            EXPECT_TRUE(HasResult(KDF::PKCS12(id, KDF::PKCS12Use::key, Secret(length), salt, 3, 100)));
+            EXPECT_TRUE(HasResult(KDF::HKDF(id, salt, Secret(length), salt, 100)));
+        }
+    }
+}
+
+} // namespace
