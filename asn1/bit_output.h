@@ -24,7 +24,7 @@ public:
     {
         bits_ |= bits << count_;
         count_ += count;
-        StoreLittleEndian64(bytes_.data() + position_, bits_);
+        StoreLittleEndian(bytes_.data() + position_, bits_);
         position_ += count_ >> 3;
         bits_ >>= count_ & ~7U;
         count_ &= 7;

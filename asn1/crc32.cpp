@@ -46,8 +46,8 @@ void CCryptoCRC32::update(std::span<const std::uint8_t> bytes)
     std::size_t left = bytes.size();
     std::uint32_t state = state_;
     for (; left >= slices; left -= slices, next += slices) {
-        state = Fold(state ^ LoadLittleEndian32(next), 12) ^ Fold(LoadLittleEndian32(next + 4), 8) ^
-                Fold(LoadLittleEndian32(next + 8), 4) ^ Fold(LoadLittleEndian32(next + 12), 0);
+        state = Fold(state ^ LoadLittleEndian<std::uint32_t>(next), 12) ^ Fold(LoadLittleEndian<std::uint32_t>(next + 4), 8) ^
+                Fold(LoadLittleEndian<std::uint32_t>(next + 8), 4) ^ Fold(LoadLittleEndian<std::uint32_t>(next + 12), 0);
     }
     for (; left != 0; --left, ++next)
         state = (state >> 8) ^ table[0][(state ^ *next) & 0xFF];

@@ -109,9 +109,9 @@ bool DeflateReader::readTrailer(std::span<const std::uint8_t>& input)
     trailerRead_ += count;
     if (trailerRead_ < trailer_.size())
         return true;
-    if (LoadLittleEndian32(trailer_.data()) != output_.memberChecksum())
+    if (LoadLittleEndian<std::uint32_t>(trailer_.data()) != output_.memberChecksum())
         return fail("The CRC-32 does not match the data");
-    if (LoadLittleEndian32(trailer_.data() + 4) != output_.memberLength())
+    if (LoadLittleEndian<std::uint32_t>(trailer_.data() + 4) != output_.memberLength())
         return fail("The length behind the data does not match it");
     step_ = Step::behind;
     return true;

@@ -34,9 +34,9 @@ inline void CopyNear(std::uint8_t* target, std::uint32_t distance, std::uint32_t
     // The bytes before the target repeat; each store is right in its first `distance` bytes, and the next one puts the rest right.
     const std::uint32_t stride = distance < 8 ? distance : 8;
     if (distance < 8) {
-        const std::uint64_t pattern = LoadLittleEndian64(source);
+        const std::uint64_t pattern = LoadLittleEndian<std::uint64_t>(source);
         for (; target < end; target += stride)
-            StoreLittleEndian64(target, pattern);
+            StoreLittleEndian(target, pattern);
         return;
     }
     for (const std::uint8_t* from = source; target < end; target += stride, from += stride)
@@ -110,7 +110,7 @@ InflateDecoder::Progress InflateDecoder::readManySymbols()
 
     // Leaves 56 to 63 bits. Those above the count are bits of the input, too, which the next turn lays over themselves.
     const auto refill = [&] {
-        bits |= LoadLittleEndian64(in) << count;
+        bits |= LoadLittleEndian<std::uint64_t>(in) << count;
         in += (63 - count) >> 3;
         count |= 56;
     };

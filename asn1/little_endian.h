@@ -1,39 +1,36 @@
 #pragma once
 
 #include <bit>
+#include <concepts>
 #include <cstdint>
 #include <cstring>
 
 /// Words of Deflate and GZIP: least significant byte first, at any address.
 
-inline std::uint64_t LoadLittleEndian64(const std::uint8_t* bytes)
+/// From this machine's order of bytes to that one, and back.
+template <std::unsigned_integral Word>
+Word LittleEndian(Word word)
 {
-    std::uint64_t word;
+    static_assert(sizeof word == 4 || sizeof word == 8);
+    if constexpr (std::endian::native == std::endian::little)
+        return word;
+    else if constexpr (sizeof word == 8)
+        return __builtin_bswap64(word);
+    else
+        return __builtin_bswap32(word);
+}
+
+template <std::unsigned_integral Word>
+Word LoadLittleEndian(const std::uint8_t* bytes)
+{
+    Word word;
     std::memcpy(&word, bytes, sizeof word);
-    if constexpr (std::endian::native == std::endian::big)
-        word = __builtin_bswap64(word);
-    return word;
+    return LittleEndian(word);
 }
 
-inline std::uint32_t LoadLittleEndian32(const std::uint8_t* bytes)
+template <std::unsigned_integral Word>
+void StoreLittleEndian(std::uint8_t* bytes, Word word)
 {
-    std::uint32_t word;
-    std::memcpy(&word, bytes, sizeof word);
-    if constexpr (std::endian::native == std::endian::big)
-        word = __builtin_bswap32(word);
-    return word;
-}
-
-inline void StoreLittleEndian64(std::uint8_t* bytes, std::uint64_t word)
-{
-    if constexpr (std::endian::native == std::endian::big)
-        word = __builtin_bswap64(word);
-    std::memcpy(bytes, &word, sizeof word);
-}
-
-inline void StoreLittleEndian32(std::uint8_t* bytes, std::uint32_t word)
-{
-    if constexpr (std::endian::native == std::endian::big)
-        word = __builtin_bswap32(word);
+    word = LittleEndian(word);
     std::memcpy(bytes, &word, sizeof word);
 }

@@ -20,7 +20,8 @@ std::uint32_t Hash(std::uint32_t word, std::uint32_t bits)
 std::uint32_t EqualBytes(const std::uint8_t* first, const std::uint8_t* second, std::uint32_t most)
 {
     for (std::uint32_t length = 4; length < most; length += 8) {
-        const std::uint64_t difference = LoadLittleEndian64(first + length) ^ LoadLittleEndian64(second + length);
+        const std::uint64_t difference =
+            LoadLittleEndian<std::uint64_t>(first + length) ^ LoadLittleEndian<std::uint64_t>(second + length);
         if (difference != 0)
             return std::min(most, length + static_cast<std::uint32_t>(std::countr_zero(difference)) / 8);
     }
@@ -70,7 +71,7 @@ MatchFinder::Match MatchFinder::find(std::size_t position, std::uint32_t shortes
         return best;
     const std::uint8_t* const window = window_.data();
     const std::uint8_t* const here = window + position;
-    const std::uint32_t word = LoadLittleEndian32(here);
+    const std::uint32_t word = LoadLittleEndian<std::uint32_t>(here);
 
     std::uint16_t& latestShort = latestShort_[Hash(word & threeBytes, shortHashBits)];
     const std::size_t shortCandidate = latestShort;
@@ -83,24 +84,24 @@ MatchFinder::Match MatchFinder::find(std::size_t position, std::uint32_t shortes
     const std::size_t oldest = position > farthest ? position - farthest : 1;
     std::uint32_t length = std::max(shortest, deflate::shortestMatch);
     if (shortest < deflate::shortestMatch && shortCandidate >= oldest && position - shortCandidate <= farthestShort &&
-        ((LoadLittleEndian32(window + shortCandidate) ^ word) & threeBytes) == 0)
+        ((LoadLittleEndian<std::uint32_t>(window + shortCandidate) ^ word) & threeBytes) == 0)
         best = {deflate::shortestMatch, static_cast<std::uint32_t>(position - shortCandidate)};
     if (length >= most)
         return best;
 
     const std::uint32_t nice = std::min(effort.nice, most);
-    std::uint32_t tail = LoadLittleEndian32(here + length - 3);
+    std::uint32_t tail = LoadLittleEndian<std::uint32_t>(here + length - 3);
     for (std::uint32_t tries = effort.chain; candidate >= oldest && tries > 0; --tries) {
         const std::uint8_t* const there = window + candidate;
         // The four bytes that end where a better match would are the likeliest to differ.
-        if (LoadLittleEndian32(there + length - 3) == tail && LoadLittleEndian32(there) == word) {
+        if (LoadLittleEndian<std::uint32_t>(there + length - 3) == tail && LoadLittleEndian<std::uint32_t>(there) == word) {
             const std::uint32_t equal = EqualBytes(here, there, most);
             if (equal > length) {
                 length = equal;
                 best = {equal, static_cast<std::uint32_t>(position - candidate)};
                 if (length >= nice)
                     break;
-                tail = LoadLittleEndian32(here + length - 3);
+                tail = LoadLittleEndian<std::uint32_t>(here + length - 3);
             }
         }
         candidate = before_[candidate & windowMask];
@@ -112,7 +113,7 @@ void MatchFinder::enter(std::size_t position)
 {
     if (end_ - position < sizeof(std::uint32_t))
         return;
-    const std::uint32_t word = LoadLittleEndian32(window_.data() + position);
+    const std::uint32_t word = LoadLittleEndian<std::uint32_t>(window_.data() + position);
     latestShort_[Hash(word & threeBytes, shortHashBits)] = static_cast<std::uint16_t>(position);
     std::uint16_t& latest = latest_[Hash(word, chainHashBits)];
     before_[position & windowMask] = latest;
