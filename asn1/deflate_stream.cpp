@@ -13,17 +13,6 @@ namespace {
 constexpr const char* nothingStarted = "Nothing was started";
 constexpr const char* usedInside = "The receiver of the output used the stream that called it";
 
-/// Appends to `output`, whose length has 32 bits.
-DeflateSink AppendTo(element& output)
-{
-    return [&output](std::span<const std::uint8_t> bytes) {
-        if (bytes.size() > UINT32_MAX - output.length())
-            return false;
-        output.append(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-        return true;
-    };
-}
-
 /// A copy of `input` where it is a part of `output`, whose storage goes when it grows; nothing otherwise.
 element CopyOfPart(std::span<const std::uint8_t> input, const element& output)
 {
@@ -146,6 +135,18 @@ bool CDeflateStream::Finish()
 const CCryptoGZIPHeader* CDeflateStream::header() const
 {
     return reader_ != nullptr ? &reader_->header() : nullptr;
+}
+
+DeflateSink CDeflateStream::AppendTo(element& output, std::uint32_t most)
+{
+    return [&output, most](std::span<const std::uint8_t> bytes) {
+        if (output.length() > most || bytes.size() > most - output.length()) {
+            CCryptoAutoLogger logger("CDeflateStream::AppendTo");
+            return logger.setRetValue(3, false, "The output would exceed %lu bytes", static_cast<unsigned long>(most));
+        }
+        output.append(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+        return true;
+    };
 }
 
 bool CDeflateStream::Inflate(std::span<const std::uint8_t> input, DeflateFormat format, element& output,

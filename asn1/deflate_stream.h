@@ -52,14 +52,17 @@ public:
     /// whole, and has no fields before the first. Null when nothing is being unpacked.
     const CCryptoGZIPHeader* header() const;
 
+    /// A sink that appends to `output`, which must outlive it. It stops, and logs so, before that holds more than `most` bytes.
+    static DeflateSink AppendTo(element& output, std::uint32_t most = UINT32_MAX);
+
     /// What is unpacked into memory, unless the caller knows better: 256 MiB, and 256 times the input once there are 16 MiB.
     static constexpr InflateLimits wholeLimits{.mostOutput = std::uint64_t{1} << 28};
 
     /// Unpacks, or packs, the whole of `input` and appends it to `output`. \return false, logged, and `output` as it was.
     ///
     /// `output` doubles as it grows and for a moment takes up to three times what it holds; without the memory the process ends, so
-    /// hostile input needs a limit of the size that the process can afford. Whatever the limit, `output` ends at 4 GiB. `input` may
-    /// be a part of `output`; it is copied first.
+    /// hostile input needs a limit of the size that the process can afford. Whatever the limit, `output` ends at 4 GiB: what
+    /// unpacks or packs to more fails. `input` may be a part of `output`; it is copied first.
     static bool Inflate(std::span<const std::uint8_t> input, DeflateFormat format, element& output,
                         const InflateLimits& limits = wholeLimits);
     static bool Deflate(std::span<const std::uint8_t> input, DeflateFormat format, element& output, int level = usual,

@@ -4,7 +4,9 @@
 #include "asn1/huffman.h"
 #include "asn1/huffman_lengths.h"
 #include "tests/asn1/deflate_data.h"
+#include "tests/core/captured_log.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -106,6 +108,20 @@ TEST(Deflate, RefusesWrongUse)
         DeflateFormat::raw, [](auto) { return false; }, 6));
     EXPECT_FALSE(stream.Write(BytesOf(Noise(200000))));
     EXPECT_STREQ(stream.reason(), "The receiver of the output stopped");
+}
+
+TEST(Deflate, SaysWhenItDoesNotFit)
+{
+    const CapturedLog log;
+    // Stored, they take five bytes more.
+    for (const std::size_t length : {91U, 92U}) {
+        element output("kept");
+        CDeflateStream stream;
+        ASSERT_TRUE(stream.StartDeflate(DeflateFormat::raw, CDeflateStream::AppendTo(output, 100), 6));
+        EXPECT_EQ(stream.Write(BytesOf(Noise(length))) && stream.Finish(), length == 91);
+        EXPECT_EQ(output.length(), length == 91 ? 100U : 4U);
+    }
+    EXPECT_THAT(log.texts(), testing::Contains("ERROR: The output would exceed 100 bytes"));
 }
 
 struct MisuseCase {
