@@ -100,36 +100,32 @@ bool CDeflateStream::settle(bool good)
     return fail(reader_ != nullptr ? reader_->reason() : writer_ != nullptr ? writer_->reason() : nothingStarted);
 }
 
-bool CDeflateStream::Write(std::span<const std::uint8_t> piece)
+template <typename Give>
+bool CDeflateStream::pass(CCryptoAutoLogger& logger, Give give)
 {
-    CCryptoAutoLogger logger("CDeflateStream::Write");
     const Call call(*this);
     if (call.isInner())
         return logger.setRetValue(3, false, "%s", usedInside);
     bool good = false;
     if (!calledBack_ && reader_ != nullptr)
-        good = reader_->Write(piece);
+        good = give(*reader_);
     else if (!calledBack_ && writer_ != nullptr)
-        good = writer_->Write(piece);
+        good = give(*writer_);
     if (settle(good))
         return logger.setResult(true);
     return logger.setRetValue(3, false, "%s (offset %llu)", reason_, static_cast<unsigned long long>(reasonOffset_));
 }
 
+bool CDeflateStream::Write(std::span<const std::uint8_t> piece)
+{
+    CCryptoAutoLogger logger("CDeflateStream::Write");
+    return pass(logger, [piece](auto& side) { return side.Write(piece); });
+}
+
 bool CDeflateStream::Finish()
 {
     CCryptoAutoLogger logger("CDeflateStream::Finish");
-    const Call call(*this);
-    if (call.isInner())
-        return logger.setRetValue(3, false, "%s", usedInside);
-    bool good = false;
-    if (!calledBack_ && reader_ != nullptr)
-        good = reader_->Finish();
-    else if (!calledBack_ && writer_ != nullptr)
-        good = writer_->Finish();
-    if (settle(good))
-        return logger.setResult(true);
-    return logger.setRetValue(3, false, "%s (offset %llu)", reason_, static_cast<unsigned long long>(reasonOffset_));
+    return pass(logger, [](auto& side) { return side.Finish(); });
 }
 
 const CCryptoGZIPHeader* CDeflateStream::header() const

@@ -8,6 +8,7 @@
 #include <memory>
 #include <span>
 
+class CCryptoAutoLogger;
 class DeflateReader;
 class DeflateWriter;
 
@@ -73,6 +74,9 @@ private:
 
     void stop();
     bool fail(const char* reason);
+    /// Has `give` hand a call on to the reader or the writer, whichever there is, and logs what became of it.
+    template <typename Give>
+    bool pass(CCryptoAutoLogger& logger, Give give);
     /// What became of a call to the reader or writer.
     bool settle(bool good);
 

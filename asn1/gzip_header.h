@@ -28,8 +28,6 @@ public:
     /// Takes the next byte of a header; after `complete` or `failed` the next one begins another header, whose fields replace
     /// these.
     Result Read(std::uint8_t byte);
-    /// Whether a header has begun and is not complete.
-    bool isOpen() const { return step_ != Step::idle; }
     /// Why the last header failed.
     const char* reason() const { return reason_; }
 
