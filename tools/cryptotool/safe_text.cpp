@@ -81,6 +81,22 @@ void ForEachCharacter(std::string_view text, Safe safe, Unsafe unsafe)
     }
 }
 
+/// In double quotes; `escape` appends what stands for an unsafe character to the text that it is given.
+template <typename Escape>
+std::string InQuotes(std::string_view text, Escape escape)
+{
+    std::string quoted = "\"";
+    ForEachCharacter(
+        text,
+        [&](std::string_view bytes) {
+            if (bytes == "\"" || bytes == "\\")
+                quoted += '\\';
+            quoted += bytes;
+        },
+        [&](std::string_view bytes, std::uint32_t codePoint) { escape(quoted, bytes, codePoint); });
+    return quoted + "\"";
+}
+
 } // namespace
 
 bool IsUnsafe(std::uint32_t codePoint)
@@ -100,30 +116,13 @@ std::string OneLine(std::string_view text)
 
 std::string Quoted(std::string_view text)
 {
-    std::string quoted = "\"";
-    ForEachCharacter(
-        text,
-        [&](std::string_view bytes) {
-            if (bytes == "\"" || bytes == "\\")
-                quoted += '\\';
-            quoted += bytes;
-        },
-        [&](std::string_view bytes, std::uint32_t) { AppendBytes(quoted, bytes); });
-    return quoted + "\"";
+    return InQuotes(text, [](std::string& quoted, std::string_view bytes, std::uint32_t) { AppendBytes(quoted, bytes); });
 }
 
 std::string JsonString(std::string_view text)
 {
-    std::string quoted = "\"";
-    ForEachCharacter(
-        text,
-        [&](std::string_view bytes) {
-            if (bytes == "\"" || bytes == "\\")
-                quoted += '\\';
-            quoted += bytes;
-        },
-        [&](std::string_view, std::uint32_t codePoint) { AppendJsonEscape(quoted, codePoint); });
-    return quoted + "\"";
+    return InQuotes(text,
+                    [](std::string& quoted, std::string_view, std::uint32_t codePoint) { AppendJsonEscape(quoted, codePoint); });
 }
 
 bool IsSafeText(std::string_view text)
