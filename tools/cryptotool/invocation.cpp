@@ -1,5 +1,6 @@
 #include "tools/cryptotool/invocation.h"
 
+#include "tools/cryptotool/reason.h"
 #include "tools/cryptotool/safe_text.h"
 #include "tools/cryptotool/usage.h"
 
@@ -28,7 +29,10 @@ int Misuse(Console& console, std::string_view problem, const std::string& whatTo
 
 int Help(Console& console, const std::string& text)
 {
-    return console.writeOutput({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}) ? exitDone : exitRefused;
+    if (console.writeOutput({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}))
+        return exitDone;
+    Complain(console, "-", SystemReason());
+    return exitRefused;
 }
 
 const Command* FindCommand(std::string_view noun, std::string_view verb)

@@ -51,6 +51,8 @@ TEST_F(CryptotoolProgram, OutputsThatAreNoPlainFilesStayWhatTheyAre)
     EXPECT_EQ(Run("echo 'INTEGER = 10' >t; $T asn1 build t -o /dev/null; test -c /dev/null"), 0);
     EXPECT_EQ(Run("$T asn1 build t >/dev/full"), 1);
     EXPECT_EQ(Get(u8"error"), "cryptotool: -: No space left on device\n");
+    EXPECT_EQ(Run("$T --help >/dev/full"), 1);
+    EXPECT_EQ(Get(u8"error"), "cryptotool: -: No space left on device\n");
     EXPECT_EQ(Run("$T asn1 build t -o /dev/full"), 1);
     EXPECT_EQ(Get(u8"error"), "cryptotool: /dev/full: No space left on device\n");
     EXPECT_EQ(Run("mkdir d; echo old >d/real; chmod 600 d/real; ln -s d/real link; $T asn1 build t -o link && test -L link"), 0);
