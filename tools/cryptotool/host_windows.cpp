@@ -56,6 +56,18 @@ bool IsTerminal(DWORD stream)
     return GetConsoleMode(GetStdHandle(stream), &mode) != FALSE;
 }
 
+/// What is written to the console is UTF-8 while one lives. The console itself goes on when the program has ended.
+class Utf8Output {
+public:
+    Utf8Output() : before_(GetConsoleOutputCP()) { SetConsoleOutputCP(CP_UTF8); }
+    ~Utf8Output() { SetConsoleOutputCP(before_); }
+    Utf8Output(const Utf8Output&) = delete;
+    Utf8Output& operator=(const Utf8Output&) = delete;
+
+private:
+    UINT before_;
+};
+
 std::intptr_t Open(const std::string& name, DWORD access)
 {
     return reinterpret_cast<std::intptr_t>(CreateFileW(platform::Utf8ToWide(name).c_str(), access,
@@ -86,7 +98,7 @@ void RemoveWhenInterrupted(const std::string& name)
 
 SystemConsole::SystemConsole()
 {
-    SetConsoleOutputCP(CP_UTF8);
+    static const Utf8Output utf8Output;
 }
 
 std::int64_t SystemConsole::readInput(std::span<std::uint8_t> target)
