@@ -76,6 +76,7 @@ bool Output::openBeside()
         if (file_.open(name.c_str(), platform::FileMode::create)) {
             temporary_ = name;
             RemoveWhenInterrupted(name);
+            takeRights(std::filesystem::perms::owner_write);
             return true;
         }
         reason_ = SystemReason();
@@ -84,6 +85,14 @@ bool Output::openBeside()
             break;
     }
     return false;
+}
+
+void Output::takeRights(std::filesystem::perms besides)
+{
+    std::error_code error;
+    const auto replaced = std::filesystem::status(PathOf(target_), error);
+    if (std::filesystem::exists(replaced))
+        std::filesystem::permissions(PathOf(temporary_), replaced.permissions() | besides, error);
 }
 
 bool Output::write(std::string_view text)
@@ -133,10 +142,7 @@ bool Output::finish()
     if (temporary_.empty())
         return true;
     file_.close();
-    std::error_code error;
-    const auto replaced = std::filesystem::status(PathOf(target_), error);
-    if (std::filesystem::exists(replaced))
-        std::filesystem::permissions(PathOf(temporary_), replaced.permissions(), error);
+    takeRights(std::filesystem::perms::none);
     if (!platform::File::Replace(temporary_.c_str(), target_.c_str()))
         return fail(SystemReason());
     RemoveWhenInterrupted({});

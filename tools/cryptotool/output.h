@@ -5,6 +5,7 @@
 #include "tools/cryptotool/host.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <span>
 #include <string>
@@ -29,6 +30,8 @@ public:
     bool open();
     bool write(std::string_view text);
     bool write(std::span<const std::uint8_t> bytes);
+    /// Hands on what a stream's receiver, or the unfinished file, has not got yet.
+    bool flush();
     bool finish();
 
     /// For messages: "-" for standard output.
@@ -36,8 +39,9 @@ public:
     const std::string& reason() const { return reason_; }
 
 private:
-    bool flush();
     bool openBeside();
+    /// Gives the unfinished file the access rights of the one that it replaces, and some besides.
+    void takeRights(std::filesystem::perms besides);
     bool put(std::span<const std::uint8_t> bytes);
     bool fail(std::string reason);
 
