@@ -31,6 +31,8 @@ private:
     /// Takes what was packed or unpacked. \return false, with the reason kept, to stop.
     bool put(std::span<const std::uint8_t> bytes);
     int refuseStream(const CDeflateStream& stream);
+    /// What came before the fault is output all the same.
+    int refuseInput(std::string_view reason);
 
     Invocation& invocation_;
     Output& output_;
@@ -57,8 +59,15 @@ int Transfer::refuseStream(const CDeflateStream& stream)
     if (!outputReason_.empty())
         return invocation_.refuse(output_.name(), outputReason_);
     const std::string reason = stream.reason();
-    return invocation_.refuse(file_, reason.empty() ? Reason("it cannot be processed")
-                                                    : reason + " (offset " + std::to_string(stream.reasonOffset()) + ")");
+    return refuseInput(reason.empty() ? Reason("it cannot be processed")
+                                      : reason + " (offset " + std::to_string(stream.reasonOffset()) + ")");
+}
+
+int Transfer::refuseInput(std::string_view reason)
+{
+    if (!output_.flush())
+        return invocation_.refuse(output_.name(), output_.reason());
+    return invocation_.refuse(file_, reason);
 }
 
 int Transfer::run(const std::function<bool(CDeflateStream&, const DeflateSink&)>& start)
@@ -84,7 +93,7 @@ int Transfer::run(const std::function<bool(CDeflateStream&, const DeflateSink&)>
         progress.add(size);
     }
     if (count < 0)
-        return invocation_.refuse(file_, input_.reason());
+        return refuseInput(input_.reason());
     if (!stream.Finish())
         return refuseStream(stream);
     return output_.finish() ? exitDone : invocation_.refuse(output_.name(), output_.reason());
