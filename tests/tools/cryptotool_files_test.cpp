@@ -47,6 +47,8 @@ TEST(CryptotoolOutput, BinaryDataDoesNotGoToATerminal)
 {
     const std::string packed = RunTool({"gzip"}, "plain text\n").output;
     const std::string packedBytes = RunTool({"gzip"}, "\x1b[31m").output;
+    const std::string packedLongControl = RunTool({"gzip"}, "\xC2\x9B[31m").output;
+    const std::string packedWords = RunTool({"gzip"}, "p\xC3\xA4iv\xC3\xA4\xC2\xA0\n").output;
     const struct {
         std::vector<std::string> words;
         std::string input;
@@ -59,6 +61,8 @@ TEST(CryptotoolOutput, BinaryDataDoesNotGoToATerminal)
         {{"gzip"}, "x", true},
         {{"gunzip"}, packed, false},
         {{"gunzip"}, packedBytes, true},
+        {{"gunzip"}, packedLongControl, true},
+        {{"gunzip"}, packedWords, false},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(test.words[0] + " " + test.input);

@@ -5,16 +5,17 @@
 #include "tools/cryptotool/reason.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace {
 
 constexpr std::size_t pieceSize = 1U << 16;
 
-/// A byte that text for a terminal does not have.
-bool IsControl(std::uint8_t byte)
+/// Whether a byte and the one before it are what text for a terminal does not have: a control character, C1 in UTF-8 among them.
+bool IsControl(std::uint8_t before, std::uint8_t byte)
 {
-    return (byte < 0x20 && (byte < '\t' || byte > '\r')) || byte == 0x7F;
+    return (byte < 0x20 && (byte < '\t' || byte > '\r')) || byte == 0x7F || (before == 0xC2 && byte >= 0x80 && byte < 0xA0);
 }
 
 class Transfer {
@@ -39,12 +40,14 @@ private:
     std::string file_;
     InputStream input_;
     bool isTerminal_;
+    std::uint8_t before_ = 0; ///< the last byte that came out
     std::string outputReason_;
 };
 
 bool Transfer::put(std::span<const std::uint8_t> bytes)
 {
-    if (isTerminal_ && std::ranges::any_of(bytes, IsControl)) {
+    const auto isControl = [this](std::uint8_t byte) { return IsControl(std::exchange(before_, byte), byte); };
+    if (isTerminal_ && std::ranges::any_of(bytes, isControl)) {
         outputReason_ = "binary data does not go to a terminal; -o FILE writes it to a file";
         return false;
     }
