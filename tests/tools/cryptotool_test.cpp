@@ -49,13 +49,13 @@ TEST(CryptotoolInput, FindsOutWhatItIs)
         {"PEM in PEM", "-----BEGIN X-----\n" + Pem("AgEF\n"), "", "PEM block 1 (X): its END line is missing"},
         {"PEM that ends as another", Pem("AgEF\n", "X", "Z"), "", "PEM block 1 (X): it ends as Z"},
         {"PEM with a zero byte", Pem(std::string("Ag\0EF\n", 6)), "", "PEM block 1 (X): base64 holds the byte 0x00"},
-        {"PEM without a body", Pem(""), "", "The data holds no element"},
+        {"PEM without a body", Pem(""), "", "PEM block 1 (X): The data holds no element"},
         {"a BEGIN line alone", "-----BEGIN X", "", "the BEGIN line of the PEM block is broken"},
         {"DER that holds PEM", Bytes("042900") + "\n" + Pem("AgEF\n"), "0429000a2d2d", ""},
         {"empty", "", "", "it is empty"},
         {"blanks", " \n", "", "it is empty"},
         {"zero bytes", std::string(9, '\0'), "", "The data holds no element (offset 0)"},
-        {"text", "Just some words.\n", "", "A length exceeds"},
+        {"text", "Just some words.\n", "", "(offset 0); it is text, but neither PEM nor base64"},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(test.name);
@@ -368,7 +368,7 @@ TEST(CryptotoolMatch, TellsNamesOrTheStepThatFailed)
               "{\"name\":\"list\",\"kind\":\"elements\",\"text\":\"NULL,\\nNULL\",\"hex\":\"05000500\"}\n"
               "]}\n"
               "]}\n");
-    EXPECT_EQ(both.error, "cryptotool: -: PEM block 1: no match: INTEGER: the data holds NULL\n");
+    EXPECT_EQ(both.error, "cryptotool: -: PEM block 1 (A): no match: INTEGER: the data holds NULL\n");
     EXPECT_EQ(both.code, exitRefused);
 }
 

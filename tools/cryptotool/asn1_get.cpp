@@ -1,4 +1,3 @@
-#include "asn1/object_identifier.h"
 #include "asn1/value_notation.h"
 #include "tools/cryptotool/command_table.h"
 #include "tools/cryptotool/decoded_input.h"
@@ -47,27 +46,24 @@ std::string FailedStep(elementNode* start, std::string_view path)
 
 element BytesOf(const elementNode& node)
 {
-    element octets;
-    if (!IsBareValue(node))
-        return CCryptoParser::ToDer(node.value());
-    const elementNode* const parent = node.parent();
-    const bool isOid = parent != nullptr && parent->type() == ElementType::objectIdentifier;
-    return isOid && DerFromDotted(node.token().view(), octets) ? octets : node.token();
+    return IsBareValue(node) ? ValueOctets(node) : CCryptoParser::ToDer(node.value());
 }
 
 /// Empty, with Reason() set, when the node cannot be written so.
 std::string Form(const elementNode& node, const std::string& form)
 {
-    const CCryptoParser part(node.clone());
     if (form == "value")
         return NodeText(node, false) + "\n";
+    if (form == "bytes")
+        return std::string(BytesOf(node).view());
+    const CCryptoParser part(node.clone());
     if (form == "template")
         return EscapeDocument(part.ToText().view(), EscapeStyle::templateText);
     if (form == "json")
         return EscapeDocument(part.ToJson().view(), EscapeStyle::json);
     if (form == "xml")
         return EscapeDocument(part.ToXml().view(), EscapeStyle::xml);
-    return std::string((form == "der" ? part.ToDer() : BytesOf(node)).view());
+    return std::string(part.ToDer().view());
 }
 
 int Get(Invocation& invocation)
@@ -87,12 +83,11 @@ int Get(Invocation& invocation)
         elementNode* const root = blocks[index].tree.root();
         StartReason();
         const elementNode* const node = CCryptoParser::find_path(root, path);
-        const std::string block = blocks.size() > 1 ? "PEM block " + std::to_string(index + 1) + ": " : std::string();
         if (node == nullptr)
-            return invocation.refuse(file, block + FailedStep(root, path));
+            return invocation.refuse(file, BlockPrefix(blocks, index) + FailedStep(root, path));
         const std::string shown = Form(*node, form);
         if (shown.empty() && form != "bytes")
-            return invocation.refuse(file, block + Reason("it cannot be printed so"));
+            return invocation.refuse(file, BlockPrefix(blocks, index) + Reason("it cannot be printed so"));
         text += shown;
     }
     Output output(invocation.console(), arguments.value("output"), isBinary ? Output::Content::binary : Output::Content::text);

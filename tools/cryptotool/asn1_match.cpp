@@ -1,5 +1,4 @@
 #include "asn1/hex.h"
-#include "asn1/object_identifier.h"
 #include "asn1/template_match.h"
 #include "asn1/value_notation.h"
 #include "tools/cryptotool/command_table.h"
@@ -13,7 +12,8 @@ namespace {
 
 constexpr std::string_view details =
     R"(Holds every block of FILE against the template in TEMPLATE-FILE, and prints what its names stand for: "NAME = VALUE", or an
-element as template text, or several of them in braces. Of a block that does not agree the reason tells the item of the template where it failed.
+element as template text, or several of them in braces. Of a block that does not agree the reason tells the item of the template
+where it failed.
 )";
 
 constexpr Option options[] = {
@@ -45,16 +45,10 @@ std::string BindingLine(const TemplateBinding& binding)
 /// The value octets of a value, the DER of elements.
 element BindingBytes(const TemplateBinding& binding)
 {
-    const element& value = binding.node->token();
-    if (!IsValueBinding(binding)) {
-        const CCryptoParser part(binding.node->clone(binding.withSiblings));
-        return part.ToDer();
-    }
-    const elementNode* const parent = binding.node->parent();
-    element octets;
-    if (parent != nullptr && parent->type() == ElementType::objectIdentifier && DerFromDotted(value.view(), octets))
-        return octets;
-    return value;
+    if (IsValueBinding(binding))
+        return ValueOctets(*binding.node);
+    const CCryptoParser part(binding.node->clone(binding.withSiblings));
+    return part.ToDer();
 }
 
 std::string BindingJson(const TemplateBinding& binding)
@@ -101,10 +95,8 @@ int Match(Invocation& invocation)
     for (std::size_t index = 0; index < blocks.size(); ++index) {
         CCryptoTemplateMatch match;
         const bool matched = match.Match(pattern.root(), blocks[index].root());
-        if (!matched && failure.empty()) {
-            const std::string block = blocks.size() > 1 ? "PEM block " + std::to_string(index + 1) + ": " : std::string();
-            failure = block + "no match: " + std::string(match.failedStep().view());
-        }
+        if (!matched && failure.empty())
+            failure = BlockPrefix(blocks, index) + "no match: " + std::string(match.failedStep().view());
         if (arguments.has("json")) {
             text += (index == 0 ? "{\"blocks\":[\n" : ",\n") + BlockJson(blocks[index], match, matched);
         } else if (matched) {

@@ -54,21 +54,12 @@ bool WriteOutlineJson(const Blocks& blocks, bool lenient, std::uint32_t levels, 
     return written && output.write("\n]}\n");
 }
 
-/// All blocks as the items of one tree.
-CCryptoParser Join(Blocks& blocks)
-{
-    CCryptoParser joined(blocks[0].tree.takeRoot());
-    for (std::size_t index = 1; index < blocks.size(); ++index)
-        joined.root()->last()->set(LinkKind::sibling, blocks[index].tree.takeRoot());
-    return joined;
-}
-
 /// Empty, with Reason() set, when the tree cannot be written so.
 std::string TreeText(Blocks& blocks, const std::string& form)
 {
     StartReason();
     if (form != "template") {
-        const CCryptoParser joined = Join(blocks);
+        const CCryptoParser joined = JoinBlocks(blocks);
         return form == "json" ? EscapeDocument(joined.ToJson().view(), EscapeStyle::json)
                               : EscapeDocument(joined.ToXml().view(), EscapeStyle::xml);
     }

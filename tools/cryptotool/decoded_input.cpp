@@ -25,12 +25,28 @@ bool ReadDecoded(Console& console, const std::string& name, const DerOptions& op
         StartReason();
         if (!block.tree.Load_DER_Memory(block.data.bytes, options)) {
             reason = Reason("it does not decode");
-            if (found.size() > 1)
-                reason.insert(0, "PEM block " + std::to_string(blocks.size()) + " (" + block.data.label + "): ");
+            if (!block.data.label.empty())
+                reason.insert(0, PemBlockName(blocks.size(), block.data.label) + ": ");
+            else if (IsText(block.data.bytes.view()))
+                reason += "; it is text, but neither PEM nor base64";
             return false;
         }
     }
     return true;
+}
+
+CCryptoParser JoinBlocks(std::vector<DecodedBlock>& blocks)
+{
+    CCryptoParser joined(blocks[0].tree.takeRoot());
+    elementNode* last = joined.root();
+    for (std::size_t index = 1; index < blocks.size(); ++index)
+        last = last->last()->set(LinkKind::sibling, blocks[index].tree.takeRoot());
+    return joined;
+}
+
+std::string BlockPrefix(const std::vector<DecodedBlock>& blocks, std::size_t index)
+{
+    return blocks.size() > 1 ? PemBlockName(index + 1, blocks[index].data.label) + ": " : std::string();
 }
 
 std::string BlockHeading(const std::vector<DecodedBlock>& blocks, std::size_t index)

@@ -22,6 +22,11 @@ DerOptions DecodingOptions(const Arguments& arguments);
 bool ReadDecoded(Console& console, const std::string& name, const DerOptions& options, std::vector<DecodedBlock>& blocks,
                  std::string& reason);
 
+/// All blocks, one at least, as the items of one tree; the blocks' own trees are empty afterwards.
+CCryptoParser JoinBlocks(std::vector<DecodedBlock>& blocks);
+
+/// "PEM block 1 (CERTIFICATE): " in front of what is said of one of several blocks. Empty for one block alone.
+std::string BlockPrefix(const std::vector<DecodedBlock>& blocks, std::size_t index);
 /// "-- CERTIFICATE (1 of 3)" with its line end, in front of each of several blocks; a comment in template text. Empty for one block
 /// alone.
 std::string BlockHeading(const std::vector<DecodedBlock>& blocks, std::size_t index);

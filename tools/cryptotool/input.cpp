@@ -7,25 +7,6 @@
 namespace {
 
 constexpr std::uint32_t chunk = 1U << 16;
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-
-/// Without control characters other than those of plain text: DER has some within its first bytes.
-bool IsText(std::string_view bytes)
-{
-    return std::ranges::all_of(bytes, [](char character) {
-        const auto byte = static_cast<unsigned char>(character);
-        return (byte >= 0x20 && byte != 0x7F) || (byte >= '\t' && byte <= '\r');
-    });
-}
-
-bool IsBase64Text(std::string_view text)
-{
-    return std::ranges::all_of(text, [](char character) {
-        return (character >= '0' && character <= '9') || (character >= 'A' && character <= 'Z') ||
-               (character >= 'a' && character <= 'z') || character == '+' || character == '/' || character == '=' ||
-               character == ' ' || (character >= '\t' && character <= '\r');
-    });
-}
 
 } // namespace
 
@@ -81,11 +62,23 @@ bool ReadWhole(Console& console, const std::string& name, element& bytes, std::s
     return false;
 }
 
+bool IsText(std::string_view bytes)
+{
+    return std::ranges::all_of(bytes, [](char character) {
+        const auto byte = static_cast<unsigned char>(character);
+        return (byte >= 0x20 && byte != 0x7F) || (byte >= '\t' && byte <= '\r');
+    });
+}
+
+std::string_view WithoutByteOrderMark(std::string_view text)
+{
+    constexpr std::string_view mark = "\xEF\xBB\xBF";
+    return text.starts_with(mark) ? text.substr(mark.size()) : text;
+}
+
 bool SplitBlocks(element bytes, std::vector<DataBlock>& blocks, std::string& reason)
 {
-    std::string_view text = bytes.view();
-    if (text.starts_with(byteOrderMark))
-        text.remove_prefix(byteOrderMark.size());
+    const std::string_view text = WithoutByteOrderMark(bytes.view());
     if (text.empty()) {
         reason = "it is empty";
         return false;

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// What is read into memory as a whole is refused beyond this many bytes.
@@ -35,6 +36,11 @@ private:
 
 /// The whole of a file or of standard input. \return false with `reason`.
 bool ReadWhole(Console& console, const std::string& name, element& bytes, std::string& reason);
+
+/// Whether there are no control characters but those of plain text: DER has others within its first bytes.
+bool IsText(std::string_view bytes);
+/// Text of UTF-8 without the mark that some programs put in front of it.
+std::string_view WithoutByteOrderMark(std::string_view text);
 
 /// The DER of an input: every block of PEM, the bytes of base64, or the bytes as they are. \return false with `reason`.
 bool ReadBlocks(Console& console, const std::string& name, std::vector<DataBlock>& blocks, std::string& reason);

@@ -89,9 +89,20 @@ bool ReadBody(LineReader& lines, std::string_view label, std::string& body, std:
 
 } // namespace
 
+std::string PemBlockName(std::size_t number, std::string_view label)
+{
+    return "PEM block " + std::to_string(number) + " (" + std::string(label) + ")";
+}
+
 bool HasPemBlock(std::string_view text)
 {
     return text.starts_with(beginMark) || text.find("\n" + std::string(beginMark)) != std::string_view::npos;
+}
+
+bool IsBase64Text(std::string_view text)
+{
+    return std::ranges::all_of(text,
+                               [](char character) { return IsBase64Digit(character) || IsBlank(character) || character == '='; });
 }
 
 bool DecodeBase64(std::string_view text, element& bytes, std::string& reason)
@@ -133,7 +144,7 @@ bool ReadPem(std::string_view text, std::vector<DataBlock>& blocks, std::string&
         block.label = label;
         std::string body;
         if (!ReadBody(lines, label, body, reason) || !DecodeBase64(body, block.bytes, reason)) {
-            reason.insert(0, "PEM block " + std::to_string(blocks.size() + 1) + " (" + block.label + "): ");
+            reason.insert(0, PemBlockName(blocks.size() + 1, label) + ": ");
             return false;
         }
         blocks.push_back(std::move(block));

@@ -12,6 +12,9 @@ struct DataBlock {
     element bytes;
 };
 
+/// "PEM block 2 (CERTIFICATE)", counted from 1.
+std::string PemBlockName(std::size_t number, std::string_view label);
+
 /// Whether a line of the text begins a PEM block (RFC 7468).
 bool HasPemBlock(std::string_view text);
 
@@ -23,6 +26,9 @@ bool ReadPem(std::string_view text, std::vector<DataBlock>& blocks, std::string&
 std::string WritePem(std::string_view label, const element& bytes);
 /// Whether a label can stand in a PEM block: printable ASCII, no "-" at either end or twice in a row.
 bool IsPemLabel(std::string_view label);
+
+/// Whether there is nothing but base64 digits, padding and blanks.
+bool IsBase64Text(std::string_view text);
 
 /// Base64 text (RFC 4648, 4) with blanks in any place, the padding there in full or not at all. \return false with `reason`.
 bool DecodeBase64(std::string_view text, element& bytes, std::string& reason);

@@ -8,7 +8,6 @@
 namespace {
 
 constexpr std::string_view blanks = " \t\r\n\f\v";
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 /// Included files, under the limit that holds for every input.
 class IncludedFiles : public ICryptoIncludeLoader {
@@ -58,9 +57,7 @@ bool ReadTemplate(Console& console, const std::string& name, std::string form, C
     element bytes;
     if (!ReadWhole(console, name, bytes, reason))
         return false;
-    std::string_view text = bytes.view();
-    if (text.starts_with(byteOrderMark))
-        text.remove_prefix(byteOrderMark.size());
+    const std::string_view text = WithoutByteOrderMark(bytes.view());
     if (form.empty())
         form = FormOf(text);
 

@@ -88,6 +88,14 @@ ElementType OwnerType(const elementNode& node)
     return isValue ? first->parent()->type() : ElementType::none;
 }
 
+/// What the dotted text of an object identifier stands for. \return false for other values.
+bool OctetsOfDotted(const elementNode& node, element& octets)
+{
+    const element& value = node.token();
+    return OwnerType(node) == ElementType::objectIdentifier && value.type() != ElementType::bytes &&
+           DerFromDotted(value.view(), octets);
+}
+
 } // namespace
 
 std::string ValueText(ElementType type, std::span<const std::uint8_t> value, std::size_t mostText, std::size_t mostHex)
@@ -160,16 +168,20 @@ std::string NamedOid(std::string_view dotted)
     return name != nullptr ? std::string(dotted) + " " + OneLine(name) : std::string(dotted);
 }
 
+element ValueOctets(const elementNode& node)
+{
+    element octets;
+    return OctetsOfDotted(node, octets) ? octets : node.token();
+}
+
 std::string NodeText(const elementNode& node, bool withSiblings)
 {
     const element& value = node.token();
     if (IsBareValue(node) && (!withSiblings || node.next() == nullptr)) {
-        const ElementType owner = OwnerType(node);
-        const bool isText = value.type() != ElementType::bytes;
         element octets;
-        if (owner == ElementType::objectIdentifier && isText && DerFromDotted(value.view(), octets))
+        if (OctetsOfDotted(node, octets))
             return NamedOid(StandardDotted(octets.bytes()));
-        return ValueText(value.type() == ElementType::integer ? ElementType::integer : owner, value.bytes());
+        return ValueText(value.type() == ElementType::integer ? ElementType::integer : OwnerType(node), value.bytes());
     }
     const CCryptoParser part(node.clone(withSiblings));
     std::string text = EscapeDocument(part.ToText().view(), EscapeStyle::templateText);

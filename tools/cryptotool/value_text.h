@@ -28,6 +28,9 @@ std::string StandardDotted(std::span<const std::uint8_t> octets);
 /// "2.5.4.3 commonName (CN)"; the name is left out where there is none.
 std::string NamedOid(std::string_view dotted);
 
+/// The octets that a node which is nothing but a value stands for in DER: of an object identifier they are not the dotted text.
+element ValueOctets(const elementNode& node);
+
 /// A node that is nothing but a value, read in the light of the element it stands in; or template text on several lines.
 /// \param withSiblings whether the nodes behind it belong to what is shown.
 std::string NodeText(const elementNode& node, bool withSiblings);
