@@ -114,6 +114,8 @@ TEST(CryptotoolUsage, WrongWordsGetOneLineAndAPointer)
         {"asn1", "show", "--level", "a"},
         {"asn1", "build", "a", "no-value"},
         {"asn1", "build", "a", "=x"},
+        {"asn1", "build", "-", "v=@-"},
+        {"asn1", "build", "a", "v=@-", "w=der:@-"},
         {"asn1", "build", "--pem", "a--b", "a"},
         {"asn1", "match", "-", "-"},
         {"oid"},

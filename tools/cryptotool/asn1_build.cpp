@@ -56,10 +56,16 @@ int Build(Invocation& invocation)
     const std::vector<std::string>& operands = arguments.operands();
     if (arguments.has("pem") && !IsPemLabel(arguments.value("pem")))
         return invocation.misuse("this cannot be a PEM label: " + arguments.value("pem"));
+    bool usesInput = operands[0] == "-";
     for (std::size_t index = 1; index < operands.size(); ++index) {
-        const std::size_t equals = operands[index].find('=');
+        const std::string_view word = operands[index];
+        const std::size_t equals = word.find('=');
         if (equals == std::string::npos || equals == 0)
             return invocation.misuse("not of the form NAME=VALUE: " + operands[index]);
+        const bool isInput = FileOfValue(word.substr(equals + 1)) == "-";
+        if (usesInput && isInput)
+            return invocation.misuse("standard input is one file only");
+        usesInput = usesInput || isInput;
     }
 
     const std::string& file = operands[0];

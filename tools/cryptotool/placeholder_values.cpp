@@ -8,7 +8,7 @@
 #include "tools/cryptotool/decoded_input.h"
 #include "tools/cryptotool/input.h"
 
-#include <algorithm>
+#include <set>
 
 namespace {
 
@@ -68,9 +68,7 @@ bool ReadTree(std::string_view file, Console& console, CCryptoParser& tree, Fill
         problem.file = file;
         return false;
     }
-    tree.setRoot(blocks[0].tree.takeRoot());
-    for (std::size_t index = 1; index < blocks.size(); ++index)
-        tree.root()->last()->set(LinkKind::sibling, blocks[index].tree.takeRoot());
+    tree = JoinBlocks(blocks);
     return true;
 }
 
@@ -92,43 +90,53 @@ bool FillPlaceholders(CCryptoParser& tree, std::string_view name, std::string_vi
     elementNode* placeholder = CCryptoParser::find_name(tree.root(), name, true, true);
     if (placeholder == nullptr)
         return Fail(problem, "the template has no name " + std::string(name));
-    CCryptoParser subTree;
-    element bytes;
-    const bool isTree = value.starts_with(treeMark);
+    if (value.starts_with(treeMark)) {
+        CCryptoParser subTree;
+        if (!ReadTree(value.substr(treeMark.size()), console, subTree, problem))
+            return false;
+        // What hangs on a placeholder goes with it, others of the name included.
+        for (; placeholder != nullptr; placeholder = CCryptoParser::find_name(tree.root(), name, true, true)) {
+            KeepPrimitive(*placeholder);
+            tree.fill_tree(name, subTree.root());
+        }
+        return true;
+    }
     const bool isFile = value.starts_with('@');
-    if (isTree && !ReadTree(value.substr(treeMark.size()), console, subTree, problem))
-        return false;
-    if (isFile && !ReadWhole(console, std::string(value.substr(1)), bytes, problem.reason)) {
+    element plain;
+    if (isFile && !ReadWhole(console, std::string(value.substr(1)), plain, problem.reason)) {
         problem.file = value.substr(1);
         return false;
     }
-    for (; placeholder != nullptr; placeholder = CCryptoParser::find_name(tree.root(), name, true, true)) {
-        element plain = bytes;
-        if (isTree) {
-            KeepPrimitive(*placeholder);
-            tree.fill_tree(name, subTree.root());
-        } else if (isFile || PlainValue(value, *placeholder, plain, problem)) {
-            tree.fill(name, plain);
-        } else {
+    CCryptoParserSearch search(tree.root(), true, true);
+    const auto isPlaceholder = [name](const elementNode& node) { return node.isNamed(name); };
+    while ((placeholder = search.find(isPlaceholder)) != nullptr) {
+        if (!isFile && !PlainValue(value, *placeholder, plain, problem)) {
             problem.reason = std::string(name) + ": " + problem.reason;
             return false;
         }
+        placeholder->token() = plain;
     }
     return true;
+}
+
+std::string_view FileOfValue(std::string_view value)
+{
+    const std::string_view file = value.starts_with(treeMark) ? value.substr(treeMark.size() - 1) : value;
+    return file.starts_with('@') ? file.substr(1) : std::string_view();
 }
 
 std::vector<std::string> UnfilledNames(const CCryptoParser& tree)
 {
     std::vector<std::string> names;
+    std::set<std::string, std::less<>> seen;
     CCryptoParserSearch search(tree.root(), true, true);
     const auto isPlaceholder = [](const elementNode& node) { return node.type() == ElementType::identifier; };
     while (elementNode* const found = search.find(isPlaceholder)) {
         bool isOptional = false;
         for (elementNode* node = found; node != nullptr && !isOptional; node = node->owner())
             isOptional = HasModifier(*node, ElementType::optional);
-        const std::string name(found->token().view());
-        if (!isOptional && std::ranges::find(names, name) == names.end())
-            names.push_back(name);
+        if (!isOptional && seen.emplace(found->token().view()).second)
+            names.emplace_back(found->token().view());
     }
     return names;
 }
