@@ -85,20 +85,11 @@ CCryptoString TextNotation(const element& value, ElementType owner)
 /// are not what DER holds.
 CCryptoString IntegerNotation(const element& value, ElementType owner)
 {
-    const std::uint32_t length = value.length();
-    const bool shortest = length == 1 || (length > 1 && value.data()[0] != 0);
-    const bool magnitude = length != 0 && value.data()[0] >= 0x80;
-    if (shortest && length <= mostDecimalBytes && !(value.negative() && magnitude))
-        return value.toString();
-    const bool isInteger = owner == ElementType::asn1Integer || owner == ElementType::enumerated;
-    if (!isInteger || value.negative())
-        return Marked(value, Hex(value.bytes()));
-    if (!magnitude)
-        return Hex(value.bytes());
-    // The sign octet, which an INTEGER of a magnitude gets and raw bytes do not.
-    element octets("\0", 1);
-    octets.append(value.data(), length);
-    return Hex(octets.bytes());
+    const element number = WithoutSignOctet(value, owner);
+    const std::uint32_t length = number.length();
+    const bool shortest = length == 1 || (length > 1 && number.data()[0] != 0);
+    const bool isDecimal = shortest && length <= mostDecimalBytes && !(number.negative() && number.data()[0] >= 0x80);
+    return isDecimal ? number.toString() : Marked(value, Hex(value.bytes()));
 }
 
 /// A name that the lexical analyzer does not read as one word, from a JSON document for example, goes into backquotes.

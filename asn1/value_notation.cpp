@@ -153,15 +153,15 @@ element FromStringNotation(std::string_view text)
     return value;
 }
 
+element WithoutSignOctet(const element& value, ElementType owner)
+{
+    const bool hasSignOctet = value.length() > 1 && value.data()[0] == 0 && value.data()[1] >= 0x80 && !value.negative();
+    return IsNumberType(owner) && hasSignOctet ? element(value.data() + 1, value.length() - 1, ElementType::integer) : value;
+}
+
 CCryptoString DecimalNotation(const element& value, const elementNode* owner)
 {
     if (value.type() != ElementType::integer)
         return {};
-    // An INTEGER gets its sign octet when it is written, whether the value holds it or not.
-    const bool isInteger =
-        owner != nullptr && (owner->type() == ElementType::asn1Integer || owner->type() == ElementType::enumerated);
-    const bool signOctet = value.length() > 1 && value.data()[0] == 0 && value.data()[1] >= 0x80 && !value.negative();
-    if (isInteger && signOctet)
-        return DecimalFromSigned(element(value.data() + 1, value.length() - 1, ElementType::integer));
-    return DecimalFromSigned(value);
+    return DecimalFromSigned(owner != nullptr ? WithoutSignOctet(value, owner->type()) : value);
 }

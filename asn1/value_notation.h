@@ -24,6 +24,11 @@ bool IsValue(ElementType type);
 /// A node that is nothing but a value.
 bool IsBareValue(const elementNode& node);
 bool IsBare(const elementNode& node);
+/// The types whose values are numbers.
+constexpr bool IsNumberType(ElementType type)
+{
+    return type == ElementType::asn1Integer || type == ElementType::enumerated;
+}
 /// Whether a list is one bare value and no more.
 bool IsSingleValue(const elementNode* list);
 
@@ -32,6 +37,10 @@ CCryptoString StringNotation(const element& value, const elementNode* owner);
 /// The same text with the kind and the bytes spelled out: "text#e4".
 CCryptoString MarkedNotation(const element& value);
 element FromStringNotation(std::string_view text);
+
+/// An integer without the sign octet in front of its magnitude, where `owner` is a type that gets it when it is written, whether
+/// the value holds it or not.
+element WithoutSignOctet(const element& value, ElementType owner);
 
 /// The decimal text of an integer under `owner`; empty when its bytes are not what the number alone would give.
 CCryptoString DecimalNotation(const element& value, const elementNode* owner);

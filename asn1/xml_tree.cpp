@@ -61,9 +61,9 @@ bool IsItemWord(ElementType keyword)
     return keyword != ElementType::caseWord && keyword != ElementType::include;
 }
 
-bool IsNumberType(const elementNode* owner)
+bool HoldsNumber(const elementNode* owner)
 {
-    return owner != nullptr && (owner->type() == ElementType::asn1Integer || owner->type() == ElementType::enumerated);
+    return owner != nullptr && IsNumberType(owner->type());
 }
 
 } // namespace
@@ -108,7 +108,7 @@ element TokenOfXmlTag(std::string_view tag)
 CCryptoString XmlText(const element& value, const elementNode* owner)
 {
     element number;
-    const bool isNumberType = IsNumberType(owner);
+    const bool isNumberType = HoldsNumber(owner);
     const CCryptoString decimal = isNumberType ? DecimalNotation(value, owner) : CCryptoString();
     if (!decimal.isEmpty())
         return decimal;
@@ -120,5 +120,5 @@ CCryptoString XmlText(const element& value, const elementNode* owner)
 element ValueOfXmlText(std::string_view text, const elementNode* owner)
 {
     element number;
-    return IsNumberType(owner) && SignedFromDecimal(text, number) ? number : FromStringNotation(text);
+    return HoldsNumber(owner) && SignedFromDecimal(text, number) ? number : FromStringNotation(text);
 }

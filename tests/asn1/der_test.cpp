@@ -47,7 +47,11 @@ TEST(DerDecode, BuildsTheTreeOfATemplate)
     const DecodeCase cases[] = {
         {"integer", "\x02\x01\x05", "INTEGER=5"},
         {"negative integer", "\x02\x01\x80", "INTEGER=%-integer#80"},
-        {"integer with a sign octet", "\x02\x02\x00\x80"sv, "INTEGER=#0080"},
+        {"integer with a sign octet", "\x02\x02\x00\x80"sv, "INTEGER=128"},
+        {"integer of eight octets and a sign octet", "\x02\x09\x00\x80\x00\x00\x00\x00\x00\x00\x01"sv,
+         "INTEGER=9223372036854775809"},
+        {"integer of nine octets and a sign octet", "\x02\x0A\x00\xFF\x00\x00\x00\x00\x00\x00\x00\x01"sv,
+         "INTEGER=%integer#00ff0000000000000001"},
         {"object identifier", "\x06\x03\x2B\x0E\x03", "OBJECT_IDENTIFIER=\"1.3.14.3\""},
         {"identifier cut inside an arc", "\x06\x02\x2B\x8E", "OBJECT_IDENTIFIER=#2b8e"},
         {"sequence of two", "\x30\x05\x02\x01\x05\x05\x00"sv, "SEQUENCE{INTEGER=5,NULL}"},

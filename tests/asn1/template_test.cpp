@@ -61,6 +61,7 @@ TEST(Template, KeepsEveryPartInEveryForm)
         "\xEF\xBF\xBF [\xFF] ('\xEF\xBF\xBF') = \"\xED\xA0\x80\"",
         "a[b = c, d {e} = 5](f + 1)",
         "`a b` = `SET`, `\\`\\\\` {`include`}",
+        "INTEGER = 128, INTEGER = 123456789012345678901234567890, ENUMERATED = %integer#0080, INTEGER = %integer#",
         "a[xmlns = \"urn:x-asn1:template\"]",
         "OCTET_STRING, \\[11] = \"A\", \\, a[1, \\[2], \\, \\{b}], \\ = 5, \\ + 1",
         "a = -5, b[-5] {-251, %-integer#fb} = c . -5 + -1",
