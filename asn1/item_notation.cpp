@@ -4,6 +4,7 @@
 #include "asn1/gen_parser.h"
 #include "asn1/hex.h"
 #include "asn1/lexical_analyzer.h"
+#include "asn1/tree_depth.h"
 #include "asn1/unicode_text.h"
 #include "asn1/value_notation.h"
 
@@ -13,11 +14,6 @@
 namespace {
 
 constexpr std::uint32_t mostDecimalBytes = 8;
-
-class NothingToInclude : public ICryptoIncludeLoader {
-public:
-    bool Load(const CCryptoString&, element&) override { return false; }
-};
 
 CCryptoString Hex(std::span<const std::uint8_t> bytes)
 {
@@ -146,7 +142,7 @@ CCryptoString TokenNotation(const element& token, const elementNode* owner)
 
 bool AppendList(const elementNode* first, const elementNode* owner, const char* separator, CCryptoString& text, std::uint32_t depth)
 {
-    if (depth >= deepestItem)
+    if (depth >= deepestTree)
         return false;
     for (const elementNode* node = first; node != nullptr; node = node->next()) {
         if (!AppendHead(*node, owner, ItemPlace::inList, text, depth))
@@ -205,7 +201,7 @@ bool AppendOperation(const elementNode& item, CCryptoString& text, std::uint32_t
 
 ElementNodePtr ParseList(std::string_view text, std::uint32_t& itemsLeft)
 {
-    NothingToInclude loader;
+    NoIncludes loader;
     return CCryptoGENParser(&loader).TryParse(text, itemsLeft);
 }
 

@@ -13,8 +13,7 @@
 /// may be null, encodes to the same bytes. Always UTF-8.
 CCryptoString TokenNotation(const element& token, const elementNode* owner);
 
-// These append to `text`, and return false for a tree more than `deepestItem` levels deep.
-constexpr std::uint32_t deepestItem = 256;
+// These append to `text`, and return false for a tree more than `deepestTree` levels deep.
 /// The items of a list, whole.
 bool AppendList(const elementNode* first, const elementNode* owner, const char* separator, CCryptoString& text,
                 std::uint32_t depth = 0);

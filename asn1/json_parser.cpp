@@ -62,46 +62,14 @@ bool CCryptoJSONParser::IsItems(std::string_view text)
     return parseItems(text) != nullptr;
 }
 
-bool CCryptoJSONParser::start(CCryptoLexicalAnalyzer& lexer)
-{
-    lexer_ = &lexer;
-    itemsLeft_ = mostItems;
-    refusal_ = CCryptoString();
-    return advance();
-}
-
-bool CCryptoJSONParser::advance()
-{
-    if (lexer_->scan(lookAhead_))
-        return true;
-    reason_ = lexer_->reason();
-    return false;
-}
-
 elementNode* CCryptoJSONParser::add(ItemList& list, ElementNodePtr node)
 {
-    itemsLeft_ -= itemsLeft_ != 0 ? 1 : 0;
-    if (itemsLeft_ != 0)
-        return &list.add(std::move(node));
-    fail(tooManyItems);
-    return nullptr;
-}
-
-bool CCryptoJSONParser::fail(const CCryptoString& message)
-{
-    reason_ = AtPlaceOf(*lexer_, message);
-    return false;
+    return countItem() ? &list.add(std::move(node)) : nullptr;
 }
 
 bool CCryptoJSONParser::expect(ElementType type)
 {
     return lookAhead_.type() == type ? advance() : unexpected();
-}
-
-bool CCryptoJSONParser::unexpected()
-{
-    reason_ = NotExpected(*lexer_, lookAhead_);
-    return false;
 }
 
 bool CCryptoJSONParser::tooDeep()
@@ -113,6 +81,7 @@ ElementNodePtr CCryptoJSONParser::parseItems(std::string_view text)
 {
     CCryptoLexicalAnalyzer lexer(text, LexicalMode::json);
     ItemList list;
+    refusal_ = CCryptoString();
     const bool isItems = start(lexer) && expect(ElementType::leftBrace) && parseItemsRoot(list);
     return isItems && lookAhead_.type() == ElementType::rightBrace ? std::move(list.first) : nullptr;
 }

@@ -2,7 +2,7 @@
 
 #include "asn1/element_node.h"
 #include "asn1/item_list.h"
-#include "asn1/lexical_analyzer.h"
+#include "asn1/token_reader.h"
 #include "core/string.h"
 
 #include <cstdint>
@@ -14,7 +14,7 @@
 /// down, and is written as such trees are printed, gives the tree of that template; any other is an ordinary document.
 /// docs/template-language.md describes both. A document that starts with "{" is read up to its closing "}", any other to the end of
 /// input.
-class CCryptoJSONParser {
+class CCryptoJSONParser : private CTokenReader {
 public:
     static constexpr std::uint32_t deepestNesting = 128;
 
@@ -26,7 +26,6 @@ public:
 private:
     ElementNodePtr parseItems(std::string_view text);
     ElementNodePtr parseOrdinary(std::string_view text);
-    bool start(CCryptoLexicalAnalyzer& lexer);
 
     bool parseItemsRoot(ItemList& list);
     bool parseItemArray(ItemList& list, const elementNode* owner, std::uint32_t depth);
@@ -41,14 +40,7 @@ private:
 
     elementNode* add(ItemList& list, ElementNodePtr node);
     bool expect(ElementType type);
-    bool advance();
     bool tooDeep();
-    bool unexpected();
-    bool fail(const CCryptoString& message);
 
-    CCryptoLexicalAnalyzer* lexer_ = nullptr;
-    element lookAhead_;
-    std::uint32_t itemsLeft_ = 0;
-    CCryptoString reason_;
     CCryptoString refusal_; ///< why a document of items is none that DER can hold
 };

@@ -2,14 +2,13 @@
 
 #include "asn1/decimal.h"
 #include "asn1/lexical_analyzer.h"
+#include "asn1/tree_depth.h"
 #include "asn1/unicode_text.h"
 #include "asn1/value_notation.h"
 
 #include <algorithm>
 
 namespace {
-
-constexpr std::uint32_t deepestTree = 256;
 
 /// A value that JSON has a notation of its own for.
 bool IsOrdinaryScalar(const elementNode& node)

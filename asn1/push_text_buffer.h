@@ -1,19 +1,19 @@
 #pragma once
 
 #include "asn1/push_buffer.h"
+#include "asn1/tree_depth.h"
 
 #include <cstdint>
 
 /// Writes a tree as text: the walk that template text, JSON and XML share. A form decides how a node's head, value and end are
 /// written, and which of its slots holds the list that stands between value and end.
 ///
-/// Siblings are walked, and levels recursed, up to 256 of them.
+/// Siblings are walked; levels are recursed, `deepestTree` of them at most.
 class CPushTextBuffer : public CPushBuffer {
 public:
     bool Push(const elementNode* first) final;
 
 protected:
-    static constexpr std::uint32_t deepestTree = 256;
     static constexpr const char* tooDeep = "The tree is more than 256 levels deep";
 
     /// A node, the node whose list it stands in, which may be null, and the level of that list.

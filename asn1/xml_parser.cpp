@@ -1,7 +1,6 @@
 #include "asn1/xml_parser.h"
 
 #include "asn1/item_notation.h"
-#include "asn1/syntax_error.h"
 #include "asn1/unicode_text.h"
 #include "asn1/value_notation.h"
 #include "asn1/xml_tree.h"
@@ -9,18 +8,8 @@
 
 #include <algorithm>
 #include <utility>
-#include <vector>
 
 namespace {
-
-bool NamesDiffer(const elementNode* attributes)
-{
-    std::vector<std::string_view> names;
-    for (const elementNode* node = attributes; node != nullptr; node = node->next())
-        names.push_back(node->token().view());
-    std::ranges::sort(names);
-    return std::ranges::adjacent_find(names) == names.end();
-}
 
 /// The type of a value whose token is the element's text, until that was read.
 constexpr ElementType tokenToCome = markup::startTag;
@@ -37,32 +26,6 @@ ElementNodePtr CCryptoXMLParser::Parse(std::string_view text)
     return first;
 }
 
-bool CCryptoXMLParser::advance()
-{
-    if (lexer_->scan(lookAhead_))
-        return true;
-    reason_ = lexer_->reason();
-    return false;
-}
-
-bool CCryptoXMLParser::countItem()
-{
-    itemsLeft_ -= itemsLeft_ != 0 ? 1 : 0;
-    return itemsLeft_ != 0 || fail(tooManyItems);
-}
-
-bool CCryptoXMLParser::unexpected()
-{
-    reason_ = NotExpected(*lexer_, lookAhead_);
-    return false;
-}
-
-bool CCryptoXMLParser::fail(const CCryptoString& message)
-{
-    reason_ = AtPlaceOf(*lexer_, message);
-    return false;
-}
-
 bool CCryptoXMLParser::skipBlankText()
 {
     while (lookAhead_.type() == ElementType::characterData && IsXmlBlank(lookAhead_.view())) {
@@ -75,10 +38,8 @@ bool CCryptoXMLParser::skipBlankText()
 ElementNodePtr CCryptoXMLParser::parseDocument(std::string_view text)
 {
     CCryptoLexicalAnalyzer lexer(text, LexicalMode::xml);
-    lexer_ = &lexer;
     isTemplate_ = false;
-    itemsLeft_ = mostItems;
-    if (!advance() || !skipBlankText())
+    if (!start(lexer) || !skipBlankText())
         return nullptr;
     if (lookAhead_.type() != markup::startTag) {
         unexpected();

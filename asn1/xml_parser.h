@@ -2,7 +2,7 @@
 
 #include "asn1/element_node.h"
 #include "asn1/item_list.h"
-#include "asn1/lexical_analyzer.h"
+#include "asn1/token_reader.h"
 #include "core/string.h"
 
 #include <cstdint>
@@ -13,7 +13,7 @@
 /// A document whose root declares the namespace of templates gives the tree of that template; any other is an ordinary document,
 /// whose text is kept to the last blank. docs/template-language.md describes both. Comments, processing instructions and the
 /// document type are passed over; entities that a document declares are not known.
-class CCryptoXMLParser {
+class CCryptoXMLParser : private CTokenReader {
 public:
     static constexpr std::uint32_t deepestNesting = 128;
     static constexpr std::uint32_t deepestTemplate = deepestNesting + 2; ///< around its items a <list>, inside a value's <item>
@@ -34,14 +34,5 @@ private:
     bool takeText(elementNode& item, std::string_view text, const elementNode* owner);
     bool skipBlankText();
 
-    bool countItem();
-    bool advance();
-    bool unexpected();
-    bool fail(const CCryptoString& message);
-
-    CCryptoLexicalAnalyzer* lexer_ = nullptr;
-    element lookAhead_;
     bool isTemplate_ = false;
-    std::uint32_t itemsLeft_ = 0;
-    CCryptoString reason_;
 };

@@ -2,6 +2,7 @@
 
 #include "asn1/decimal.h"
 #include "asn1/lexical_analyzer.h"
+#include "asn1/tree_depth.h"
 #include "asn1/unicode_text.h"
 #include "asn1/value_notation.h"
 
@@ -9,8 +10,6 @@
 #include <vector>
 
 namespace {
-
-constexpr std::uint32_t deepestTree = 256;
 
 bool IsNamed(const elementNode& node)
 {
@@ -26,17 +25,14 @@ bool IsXmlTextOfKind(const elementNode& node, bool isAttribute)
 
 bool AreAttributes(const elementNode* first)
 {
-    std::vector<std::string_view> names;
     for (const elementNode* node = first; node != nullptr; node = node->next()) {
         const elementNode* const value = node->shortValue();
         const bool bare = node->modifiers() == nullptr && node->brackets() == nullptr && node->operation() == nullptr &&
                           node->content() == nullptr;
         if (!bare || !IsNamed(*node) || value == nullptr || value->next() != nullptr || !IsXmlTextOfKind(*value, true))
             return false;
-        names.push_back(node->token().view());
     }
-    std::ranges::sort(names);
-    return std::ranges::adjacent_find(names) == names.end();
+    return NamesDiffer(first);
 }
 
 bool IsElement(const elementNode& node, std::uint32_t depth)
@@ -67,6 +63,15 @@ bool HoldsNumber(const elementNode* owner)
 }
 
 } // namespace
+
+bool NamesDiffer(const elementNode* attributes)
+{
+    std::vector<std::string_view> names;
+    for (const elementNode* node = attributes; node != nullptr; node = node->next())
+        names.push_back(node->token().view());
+    std::ranges::sort(names);
+    return std::ranges::adjacent_find(names) == names.end();
+}
 
 bool DeclaresTemplate(const elementNode* attributes)
 {

@@ -26,6 +26,8 @@ constexpr std::string_view xmlModifiersAttribute = "modifiers";
 constexpr std::string_view xmlValueAttribute = "value";
 constexpr std::string_view xmlOperationAttribute = "operation";
 
+/// Whether no two attributes have the same name.
+bool NamesDiffer(const elementNode* attributes);
 /// Whether the attributes of a root tell a template.
 bool DeclaresTemplate(const elementNode* attributes);
 /// Whether a tree is that of an ordinary document.

@@ -26,15 +26,10 @@ inline std::pair<std::string_view, std::string_view> SplitLine(std::string_view 
     return {input.substr(0, end), end != std::string_view::npos ? input.substr(end + 1) : std::string_view()};
 }
 
-class NothingToInclude : public ICryptoIncludeLoader {
-public:
-    bool Load(const CCryptoString&, element&) override { return false; }
-};
-
 /// The tree of a template that may not read files.
 inline ElementNodePtr ParseTemplate(std::string_view text)
 {
-    NothingToInclude loader;
+    NoIncludes loader;
     return CCryptoGENParser(&loader).TryParse(text);
 }
 

@@ -1,0 +1,6 @@
+#pragma once
+
+#include <cstdint>
+
+/// How many levels of a tree the text forms write, the lists in an item's parts among them.
+constexpr std::uint32_t deepestTree = 256;
