@@ -82,7 +82,7 @@ bool CPushJSONBuffer::pushValue(const Place& place)
     else if (HasPlainJsonValue(node))
         pushScalar(node.shortValue()->token(), &node);
     else if (node.content() == nullptr)
-        PushText("null");
+        PushText(IsListType(node.type()) ? "[]" : "null");
     else
         PushText("[");
     if (listOf(place) != nullptr)

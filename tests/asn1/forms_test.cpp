@@ -151,6 +151,8 @@ TEST(Json, ReadsEveryNotationAndStopsBehindTheClosingBrace)
         SCOPED_TRACE(text);
         CCryptoParser parser;
         EXPECT_TRUE(parser.Load_JSON_Memory(text));
+        {R"({"SEQUENCE": []})", R"({"SEQUENCE":[]})"},
+        {R"json({"SET(OPTIONAL)": [{"SEQUENCE": null}]})json", R"json({"SET (OPTIONAL)":[{"SEQUENCE":[]}]})json"},
         EXPECT_EQ(Json(parser), printed);
     }
     CCryptoParser parser;
