@@ -11,6 +11,14 @@
 
 namespace {
 
+/// Whether a list, its items taken out, has no parts; blanks between its tags are no value.
+bool IsPlainList(const elementNode& list)
+{
+    const elementNode* const part = list.firstPart();
+    return part == nullptr ||
+           (part->linkKind() == LinkKind::shortValue && part->nextPart() == nullptr && IsXmlBlank(part->token().view()));
+}
+
 /// The type of a value whose token is the element's text, until that was read.
 constexpr ElementType tokenToCome = markup::startTag;
 
@@ -56,6 +64,10 @@ ElementNodePtr CCryptoXMLParser::parseDocument(std::string_view text)
     if (!isTemplate_ || !mayBeList)
         return root;
     ElementNodePtr items = root->release(LinkKind::content);
+    if (!IsPlainList(*root)) {
+        fail(CCryptoString("Parsing failed; Only items are expected in: ").append(xmlListTag));
+        return nullptr;
+    }
     return items != nullptr ? std::move(items) : elementNode::Make(ElementType::none);
 }
 
