@@ -8,8 +8,6 @@
 #include "core/auto_logger.h"
 
 #include <algorithm>
-#include <iterator>
-#include <string>
 #include <utility>
 
 namespace {
@@ -19,11 +17,19 @@ bool IsString(const element& token)
     return token.type() == ElementType::text || token.type() == ElementType::utf8Text;
 }
 
-CCryptoString WithoutBlanks(std::string_view text)
+bool SameButForBlanks(std::string_view left, std::string_view right)
 {
-    std::string kept;
-    std::ranges::copy_if(text, std::back_inserter(kept), [](char character) { return character != ' '; });
-    return CCryptoString(std::string_view(kept));
+    const auto skipBlanks = [](std::string_view& text) { text.remove_prefix(std::min(text.find_first_not_of(' '), text.size())); };
+    for (;;) {
+        skipBlanks(left);
+        skipBlanks(right);
+        if (left.empty() || right.empty())
+            return left.empty() && right.empty();
+        if (left[0] != right[0])
+            return false;
+        left.remove_prefix(1);
+        right.remove_prefix(1);
+    }
 }
 
 /// Whether a name is what the item's head prints as, but for blanks.
@@ -33,7 +39,7 @@ bool IsPrintedHead(std::string_view name, const elementNode& item)
         return true;
     CCryptoString head;
     return AppendHead(item, nullptr, ItemPlace::alone, head) && AppendTail(item, !HasPlainJsonValue(item), head) &&
-           WithoutBlanks(head.view()) == WithoutBlanks(name);
+           SameButForBlanks(head.view(), name);
 }
 
 bool IsScalar(const element& token)

@@ -147,7 +147,7 @@ bool CCryptoLexicalAnalyzer::scanJsonEscape(element& text)
     const std::size_t index = letters.find(letter);
     ++position_;
     if (letter != 'u') {
-        if (index == std::string_view::npos || letter == '\0')
+        if (index == std::string_view::npos)
             return false;
         text.append(static_cast<std::uint8_t>(characters[index]));
         return true;
