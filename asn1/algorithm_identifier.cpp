@@ -75,9 +75,7 @@ element CCryptoAlgorithmIdentifier::GetDerEncodedOID() const
     CCryptoAutoLogger logger("CCryptoAlgorithmIdentifier::GetDerEncodedOID", 3);
     if (*OidOfAlgorithm(id_) == '\0')
         return logger.setRetValue(3, element(), "Algorithm %u has no OID", id_);
-    logger.setResult(true);
     CCryptoParser parser;
-    if (!parser.Load_ASCII_Memory(bareOidTemplate) || !parser.fill("oid", element(OidOfAlgorithm(id_))))
-        return {};
-    return parser.ToDer();
+    const bool filled = parser.Load_ASCII_Memory(bareOidTemplate) && parser.fill("oid", element(OidOfAlgorithm(id_)));
+    return logger.setResult(filled) ? parser.ToDer() : element();
 }
