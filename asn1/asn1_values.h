@@ -67,7 +67,8 @@ private:
     element bytes_;
 };
 
-/// A GeneralizedTime as DER has it (X.690, 11.7): YYYYMMDDHHMMSS, a fraction of a second or none, "Z". Milliseconds are kept.
+/// A GeneralizedTime as DER has it (X.690, 11.7): YYYYMMDDHHMMSS, a fraction of a second or none, "Z". Of the
+/// fraction milliseconds are kept; zeros at its end, which DER leaves out, are passed over.
 class CCryptoASN1GeneralizedTime : public CCryptoASN1Object {
 public:
     CCryptoASN1GeneralizedTime();
