@@ -42,6 +42,14 @@ inline void RequireStableJson(const CCryptoParser& tree)
     Require(again.ToJson() == json);
 }
 
+/// Template text of the tree gives the same tree: seen in its JSON. \param size of the input; a longer one may be nested deeper
+/// than template text goes.
+inline void RequireSameInText(const CCryptoParser& tree, std::size_t size)
+{
+    const CCryptoParser again(ParseTemplate(tree.ToText().view()));
+    Require(again.isEmpty() ? size >= CCryptoGENParser::deepestNesting : again.ToJson() == tree.ToJson());
+}
+
 inline void RequireStableXml(const CCryptoParser& tree)
 {
     const CCryptoString xml = tree.ToXml();

@@ -1,12 +1,13 @@
 #include "fuzz/asn1/forms.h"
 
-/// Any text: what is read prints, and the print is read and prints the same.
+/// Any text: what is read prints, and the print is read and prints the same; so does its template text.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     CCryptoParser tree;
-    if (tree.Load_JSON_Memory(TextOf(data, size)))
+    if (tree.Load_JSON_Memory(TextOf(data, size))) {
         RequireStableJson(tree);
-    else
+        RequireSameInText(tree, size);
+    } else
         Require(tree.isEmpty());
     return 0;
 }
