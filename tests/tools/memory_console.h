@@ -16,6 +16,9 @@ public:
     std::string output;
     std::string error;
     bool isTerminal = false;
+    /// What is typed, a line each time; without any there is no terminal.
+    std::vector<std::string> hiddenLines;
+    std::string prompts;
 
     std::int64_t readInput(std::span<std::uint8_t> target) override
     {
@@ -31,6 +34,16 @@ public:
         return true;
     }
     void writeError(std::string_view text) override { error += text; }
+    bool readHiddenLine(std::string_view prompt, element& line) override
+    {
+        line = element();
+        if (hiddenLines.empty())
+            return false;
+        prompts += prompt;
+        line.append(hiddenLines.front());
+        hiddenLines.erase(hiddenLines.begin());
+        return true;
+    }
     bool outputIsTerminal() const override { return isTerminal; }
     bool errorIsTerminal() const override { return false; }
 

@@ -23,6 +23,7 @@ public:
     std::int64_t readInput(std::span<std::uint8_t> target) override;
     bool writeOutput(std::span<const std::uint8_t> bytes) override;
     void writeError(std::string_view text) override;
+    bool readHiddenLine(std::string_view prompt, element& line) override;
     bool outputIsTerminal() const override;
     bool errorIsTerminal() const override;
 };
@@ -38,6 +39,8 @@ public:
     bool openToRead(const std::string& name);
     /// An existing device or pipe; nothing is created or emptied.
     bool openToWrite(const std::string& name);
+    /// What a descriptor of the process gives; the descriptor stays open when this is closed.
+    bool openDescriptor(int number);
     /// \return how many bytes came, 0 at the end, -1 on failure.
     std::int64_t read(std::span<std::uint8_t> target);
     /// All of it or failure.

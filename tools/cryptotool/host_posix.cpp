@@ -5,8 +5,10 @@
 #include <limits.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <termios.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 
 namespace {
@@ -44,6 +46,70 @@ extern "C" void RemoveUnfinishedFile(int signalNumber)
         unlink(unfinishedFile);
     // The handler is gone by now: the signal ends the process as it would have without one.
     raise(signalNumber);
+}
+
+volatile sig_atomic_t signalWhileHidden = 0;
+
+extern "C" void NoteSignal(int signalNumber)
+{
+    signalWhileHidden = signalNumber;
+}
+
+/// While it lives, what is typed at a terminal is not shown, and a signal ends the waiting for it. In the end the terminal shows
+/// again what is typed, and a signal that came does what it would have done.
+class HiddenTyping {
+public:
+    explicit HiddenTyping(int terminal) : terminal_(terminal)
+    {
+        if (tcgetattr(terminal, &before_) != 0)
+            return;
+        signalWhileHidden = 0;
+        struct sigaction note = {};
+        note.sa_handler = NoteSignal;
+        for (std::size_t i = 0; i < signals.size(); ++i)
+            sigaction(signals[i], &note, &actions_[i]);
+        termios hidden = before_;
+        hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL);
+        isHidden_ = tcsetattr(terminal, TCSAFLUSH, &hidden) == 0;
+        hasActions_ = true;
+    }
+    ~HiddenTyping()
+    {
+        if (isHidden_)
+            tcsetattr(terminal_, TCSAFLUSH, &before_);
+        for (std::size_t i = 0; hasActions_ && i < signals.size(); ++i)
+            sigaction(signals[i], &actions_[i], nullptr);
+        if (hasActions_ && signalWhileHidden != 0)
+            raise(signalWhileHidden);
+    }
+    HiddenTyping(const HiddenTyping&) = delete;
+    HiddenTyping& operator=(const HiddenTyping&) = delete;
+
+    bool isHidden() const { return isHidden_; }
+
+private:
+    static constexpr std::array signals = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGTSTP};
+
+    int terminal_;
+    bool isHidden_ = false;
+    bool hasActions_ = false;
+    termios before_ = {};
+    std::array<struct sigaction, signals.size()> actions_ = {};
+};
+
+/// \return false when a signal or the end comes before the end of the line.
+bool ReadLine(int terminal, element& line)
+{
+    // The terminal itself keeps no longer line.
+    line.reserve(4096);
+    for (;;) {
+        std::uint8_t byte = 0;
+        if (signalWhileHidden != 0 || ::read(terminal, &byte, 1) != 1)
+            return false;
+        if (byte == '\n')
+            return true;
+        line.append(byte);
+    }
 }
 
 int Descriptor(std::intptr_t handle)
@@ -94,6 +160,27 @@ void SystemConsole::writeError(std::string_view text)
     WriteAll(STDERR_FILENO, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
 }
 
+bool SystemConsole::readHiddenLine(std::string_view prompt, element& line)
+{
+    line = element();
+    const int file = ::open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY);
+    if (file < 0)
+        return false;
+    bool isRead = false;
+    {
+        const HiddenTyping hidden(file);
+        isRead = hidden.isHidden() && WriteAll(file, {reinterpret_cast<const std::uint8_t*>(prompt.data()), prompt.size()}) &&
+                 ReadLine(file, line);
+        const std::uint8_t lineEnd = '\n';
+        if (hidden.isHidden())
+            WriteAll(file, {&lineEnd, 1});
+    }
+    ::close(file);
+    if (!isRead)
+        line = element();
+    return isRead;
+}
+
 bool SystemConsole::outputIsTerminal() const
 {
     return isatty(STDOUT_FILENO) != 0;
@@ -119,6 +206,12 @@ bool SequentialFile::openToRead(const std::string& name)
 bool SequentialFile::openToWrite(const std::string& name)
 {
     handle_ = ::open(name.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
+    return handle_ != closed;
+}
+
+bool SequentialFile::openDescriptor(int number)
+{
+    handle_ = fcntl(number, F_DUPFD_CLOEXEC, 0);
     return handle_ != closed;
 }
 

@@ -1,11 +1,14 @@
+#include "core/platform/win32/scoped_handle.h"
 #include "core/platform/win32/wide.h"
 #include "tools/cryptotool/host.h"
 
 #include <windows.h>
 
+#include <io.h>
 #include <shellapi.h>
 
 #include <algorithm>
+#include <array>
 #include <mutex>
 
 namespace {
@@ -116,6 +119,32 @@ void SystemConsole::writeError(std::string_view text)
     WriteAll(GetStdHandle(STD_ERROR_HANDLE), {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
 }
 
+bool SystemConsole::readHiddenLine(std::string_view prompt, element& line)
+{
+    line = element();
+    const platform::ScopedHandle input(HandleOf(Open("CONIN$", GENERIC_READ | GENERIC_WRITE)));
+    const platform::ScopedHandle output(HandleOf(Open("CONOUT$", GENERIC_READ | GENERIC_WRITE)));
+    DWORD mode = 0;
+    if (!GetConsoleMode(input.get(), &mode) || !SetConsoleMode(input.get(), (mode | ENABLE_LINE_INPUT) & ~DWORD{ENABLE_ECHO_INPUT}))
+        return false;
+    WriteAll(output.get(), {reinterpret_cast<const std::uint8_t*>(prompt.data()), prompt.size()});
+    std::array<wchar_t, 4096> units{};
+    DWORD count = 0;
+    const bool isRead = ReadConsoleW(input.get(), units.data(), units.size(), &count, nullptr) != FALSE;
+    SetConsoleMode(input.get(), mode);
+    const std::uint8_t lineEnd[] = {'\r', '\n'};
+    WriteAll(output.get(), lineEnd);
+
+    const std::wstring_view typed(units.data(), count);
+    const std::size_t end = typed.find_first_of(L"\r\n");
+    // A line without an end was cut.
+    const bool isWhole = isRead && end != std::wstring_view::npos;
+    if (isWhole)
+        line = element::FromUtf16(reinterpret_cast<const char16_t*>(units.data()), static_cast<std::uint32_t>(end));
+    platform::SecureWipe(units.data(), sizeof units);
+    return isWhole;
+}
+
 bool SystemConsole::outputIsTerminal() const
 {
     return IsTerminal(STD_OUTPUT_HANDLE);
@@ -142,6 +171,16 @@ bool SequentialFile::openToWrite(const std::string& name)
 {
     handle_ = Open(name, GENERIC_WRITE);
     return handle_ != closed;
+}
+
+bool SequentialFile::openDescriptor(int number)
+{
+    HANDLE copy = nullptr;
+    const HANDLE own = GetCurrentProcess();
+    if (!DuplicateHandle(own, HandleOf(_get_osfhandle(number)), own, &copy, 0, FALSE, DUPLICATE_SAME_ACCESS))
+        return false;
+    handle_ = reinterpret_cast<std::intptr_t>(copy);
+    return true;
 }
 
 std::int64_t SequentialFile::read(std::span<std::uint8_t> target)

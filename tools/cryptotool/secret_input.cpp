@@ -1,0 +1,105 @@
+#include "tools/cryptotool/secret_input.h"
+
+#include "tools/cryptotool/input.h"
+#include "tools/cryptotool/invocation.h"
+#include "tools/cryptotool/reason.h"
+
+#include <limits>
+
+namespace {
+
+/// All that `read` gives, in one piece of memory. \return false with `reason`.
+template <typename Read>
+bool ReadAll(const Read& read, element& secret, std::string& reason)
+{
+    secret.reserve(longestSecret + 1);
+    while (secret.spare() != 0) {
+        const std::int64_t count = read(std::span(secret.data() + secret.length(), secret.spare()));
+        if (count < 0) {
+            reason = SystemReason();
+            return false;
+        }
+        if (count == 0)
+            return true;
+        secret.lengthen(static_cast<std::uint32_t>(count));
+    }
+    reason = "it is longer than " + std::to_string(longestSecret) + " bytes";
+    return false;
+}
+
+bool ReadDescriptor(std::uint64_t number, element& secret, std::string& reason)
+{
+    SequentialFile file;
+    if (number <= std::numeric_limits<int>::max() && file.openDescriptor(static_cast<int>(number)))
+        return ReadAll([&](std::span<std::uint8_t> target) { return file.read(target); }, secret, reason);
+    reason = "there is no such descriptor";
+    return false;
+}
+
+bool ReadFile(Console& console, const std::string& name, element& secret, std::string& reason)
+{
+    InputStream file(console);
+    if (file.open(name))
+        return ReadAll([&](std::span<std::uint8_t> target) { return file.read(target); }, secret, reason);
+    reason = file.reason();
+    return false;
+}
+
+bool Ask(Console& console, const SecretKind& kind, Asking asking, element& secret, std::string& reason)
+{
+    const std::string what(kind.what);
+    element again;
+    if (!console.readHiddenLine("Enter the " + what + ": ", secret) ||
+        (asking == Asking::twice && !console.readHiddenLine("Enter the " + what + " again: ", again))) {
+        reason = "no line came from a terminal; --" + std::string(kind.file.name) + " or --" + std::string(kind.descriptor.name) +
+                 " gives it";
+        return false;
+    }
+    if (secret.length() > longestSecret) {
+        reason = "it is longer than " + std::to_string(longestSecret) + " bytes";
+        return false;
+    }
+    if (asking == Asking::once || secret == again)
+        return true;
+    reason = "the two lines are not the same";
+    return false;
+}
+
+void DropLineEnd(element& text)
+{
+    for (const char end : {'\n', '\r'})
+        if (!text.isEmpty() && text.view().back() == end)
+            text.erase(text.length() - 1, 1);
+}
+
+} // namespace
+
+int ReadSecret(Invocation& invocation, const SecretKind& kind, Asking asking, element& secret)
+{
+    const Arguments& arguments = invocation.arguments();
+    const bool hasFile = arguments.has(kind.file.name);
+    const bool hasDescriptor = arguments.has(kind.descriptor.name);
+    if (hasFile && hasDescriptor)
+        return invocation.misuse("--" + std::string(kind.file.name) + " and --" + std::string(kind.descriptor.name) +
+                                 ": one of them");
+
+    secret = element();
+    std::string place(kind.what);
+    std::string reason;
+    bool isRead = false;
+    if (hasFile) {
+        place = arguments.value(kind.file.name);
+        isRead = ReadFile(invocation.console(), place, secret, reason);
+    } else if (hasDescriptor) {
+        place = "descriptor " + arguments.value(kind.descriptor.name);
+        isRead = ReadDescriptor(arguments.number(kind.descriptor.name, 0), secret, reason);
+    } else {
+        isRead = Ask(invocation.console(), kind, asking, secret, reason);
+    }
+    if (isRead && kind.isText && (hasFile || hasDescriptor))
+        DropLineEnd(secret);
+    if (isRead && (kind.isText || !secret.isEmpty()))
+        return exitDone;
+    secret = element();
+    return invocation.refuse(place, isRead ? "it is empty" : reason);
+}
