@@ -1,7 +1,7 @@
 #include "tools/cryptotool/command_table.h"
 #include "tools/cryptotool/invocation.h"
 #include "tools/cryptotool/output.h"
-#include "tools/cryptotool/pem.h"
+#include "asn1/pem.h"
 #include "tools/cryptotool/placeholder_values.h"
 #include "tools/cryptotool/reason.h"
 #include "tools/cryptotool/template_input.h"
@@ -45,7 +45,7 @@ int Write(Invocation& invocation, const std::string& file, const element& der)
     if (der.isEmpty())
         return invocation.refuse(file, Reason("it makes no elements"));
     const bool written = output.open() &&
-                         (isPem ? output.write(WritePem(arguments.value("pem"), der)) : output.write(der.bytes())) &&
+                         (isPem ? output.write(WritePem(arguments.value("pem"), der).view()) : output.write(der.bytes())) &&
                          output.finish();
     return written ? exitDone : invocation.refuse(output.name(), output.reason());
 }

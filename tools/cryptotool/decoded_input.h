@@ -2,7 +2,7 @@
 
 #include "asn1/parser.h"
 #include "tools/cryptotool/invocation.h"
-#include "tools/cryptotool/pem.h"
+#include "asn1/pem.h"
 
 #include <string>
 #include <vector>

@@ -3,7 +3,7 @@
 #include "core/element.h"
 #include "tools/cryptotool/console.h"
 #include "tools/cryptotool/host.h"
-#include "tools/cryptotool/pem.h"
+#include "asn1/pem.h"
 
 #include <cstdint>
 #include <span>

@@ -1,4 +1,4 @@
-#include "tools/cryptotool/pem.h"
+#include "asn1/pem.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -57,7 +57,7 @@ bool LabelOf(std::string_view line, std::string_view mark, std::string_view& lab
 }
 
 /// The base64 of a block, up to its last line. \return false with `reason`.
-bool ReadBody(LineReader& lines, std::string_view label, std::string& body, std::string& reason)
+bool ReadBody(LineReader& lines, std::string_view label, element& body, std::string& reason)
 {
     std::string_view line;
     bool inHeaders = false;
@@ -69,7 +69,7 @@ bool ReadBody(LineReader& lines, std::string_view label, std::string& body, std:
         }
         if (line.starts_with("-----"))
             break;
-        if (line.find(':') != std::string_view::npos && body.empty()) {
+        if (line.find(':') != std::string_view::npos && body.isEmpty()) {
             inHeaders = true;
             if (line.starts_with("Proc-Type:") && line.ends_with("ENCRYPTED")) {
                 reason = "it is encrypted";
@@ -80,7 +80,7 @@ bool ReadBody(LineReader& lines, std::string_view label, std::string& body, std:
         } else if (line.empty()) {
             inHeaders = false;
         } else {
-            body.append(line).push_back('\n');
+            body.append(line);
         }
     }
     reason = "its END line is missing";
@@ -142,8 +142,8 @@ bool ReadPem(std::string_view text, std::vector<DataBlock>& blocks, std::string&
             continue;
         DataBlock block;
         block.label = label;
-        std::string body;
-        if (!ReadBody(lines, label, body, reason) || !DecodeBase64(body, block.bytes, reason)) {
+        element body(ElementType::text);
+        if (!ReadBody(lines, label, body, reason) || !DecodeBase64(body.view(), block.bytes, reason)) {
             reason.insert(0, PemBlockName(blocks.size() + 1, label) + ": ");
             return false;
         }
@@ -154,13 +154,14 @@ bool ReadPem(std::string_view text, std::vector<DataBlock>& blocks, std::string&
     return !blocks.empty();
 }
 
-std::string WritePem(std::string_view label, const element& bytes)
+CCryptoString WritePem(std::string_view label, const element& bytes)
 {
-    std::string text = std::string(beginMark) + std::string(label) + std::string(closeMark) + "\n";
+    CCryptoString text;
+    text.append(beginMark).append(label).append(closeMark).append("\n");
     const element base64 = bytes.toBase64();
     for (std::string_view rest = base64.view(); !rest.empty(); rest.remove_prefix(std::min(lineLength, rest.size())))
-        text.append(rest.substr(0, lineLength)).push_back('\n');
-    return text + std::string(endMark) + std::string(label) + std::string(closeMark) + "\n";
+        text.append(rest.substr(0, lineLength)).append("\n");
+    return text.append(endMark).append(label).append(closeMark).append("\n");
 }
 
 bool IsPemLabel(std::string_view label)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/element.h"
+#include "core/string.h"
 
 #include <string>
 #include <string_view>
@@ -23,7 +24,7 @@ bool HasPemBlock(std::string_view text);
 bool ReadPem(std::string_view text, std::vector<DataBlock>& blocks, std::string& reason);
 
 /// One block, its base64 in lines of 64.
-std::string WritePem(std::string_view label, const element& bytes);
+CCryptoString WritePem(std::string_view label, const element& bytes);
 /// Whether a label can stand in a PEM block: printable ASCII, no "-" at either end or twice in a row.
 bool IsPemLabel(std::string_view label);
 
