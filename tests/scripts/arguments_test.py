@@ -65,6 +65,28 @@ class Bench(unittest.TestCase):
                                                  measure=lambda *_: measured):
                 self.assertEqual(bench.main(["--native", *names]), code)
 
+    def test_a_rival_that_is_native_only_serves_windows(self):
+        loader = importlib.machinery.SourceFileLoader("bench", str(ROOT / "scripts/bench"))
+        bench = importlib.util.module_from_spec(importlib.util.spec_from_loader("bench", loader))
+        loader.exec_module(bench)
+        times = {"linux-release": {"a": 1, "a vs there": 2, "b/4": 3, "b/4 vs both": 6, "c": 1, "c vs there": 1},
+                 "windows-release": {"a": 3, "b/4": 4, "b/4 vs both": 2}}
+        bounds = {"a": {"windows": 1.2, "linux": 1}}
+        programs = {"linux-release": "bin/one", "windows-release": "bin/one.exe"}
+        for options, rows, code in ((["--windows"], [("a", "1.50", "OVER"), ("b/4", "2.00")], 1),
+                                    (["--native"], [("a", "0.50", "ok"), ("b/4", "0.50"), ("c", "1.00")], 0)):
+            output = io.StringIO()
+            with self.subTest(options=options), contextlib.redirect_stdout(output), \
+                    unittest.mock.patch.multiple(
+                        bench, run=lambda *_: None, build=lambda preset: [pathlib.Path(preset) / programs[preset]],
+                        measure=lambda program, _: times[program.parts[0]]), \
+                    unittest.mock.patch.object(bench.json, "loads", lambda _: bounds):
+                self.assertEqual(bench.main(options), code)
+            shown = [line.split() for line in output.getvalue().splitlines()[1:]]
+            self.assertEqual([(row[1], row[-3 if row[-1] in ("ok", "OVER") else -2], *row[-1:][: row[-1] in ("ok", "OVER")])
+                              for row in shown], rows)
+            self.assertEqual(["(native)" in row for row in shown], [options == ["--windows"] and row[1] == "a" for row in shown])
+
 
 class Demo(unittest.TestCase):
     """scripts/demo in a fresh tree, as after a clone: no build/, a build that does nothing, and no screen to go on with."""

@@ -1,0 +1,28 @@
+#include "crypto/hash.h"
+
+#include <benchmark/benchmark.h>
+
+#include <vector>
+
+namespace {
+
+void Hash(benchmark::State& state, const char* name)
+{
+    const std::vector<std::uint8_t> bytes(16384, 0x5A);
+    const auto hash = ICryptoHash::CreateByName(name);
+    std::uint8_t digest[longestDigest];
+    for (auto _ : state) {
+        hash->update(bytes);
+        hash->final(digest);
+        benchmark::DoNotOptimize(digest);
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(bytes.size()));
+}
+
+BENCHMARK_CAPTURE(Hash, md4, "md4")->Name("MD4 of 16 KiB");
+BENCHMARK_CAPTURE(Hash, md5, "md5")->Name("MD5 of 16 KiB");
+BENCHMARK_CAPTURE(Hash, sha1, "sha1")->Name("SHA-1 of 16 KiB");
+BENCHMARK_CAPTURE(Hash, sha256, "sha256")->Name("SHA-256 of 16 KiB");
+BENCHMARK_CAPTURE(Hash, sha512, "sha512")->Name("SHA-512 of 16 KiB");
+
+} // namespace
