@@ -23,7 +23,7 @@ bool ICryptoCipher::setEffectiveKeyBits(std::uint32_t)
 {
     CCryptoAutoLogger logger("ICryptoCipher::setEffectiveKeyBits");
 
-    return logger.setRetValue(3, false, "%s has no effective key bits", name());
+    return logger.setRetValue(3, false, "%s takes no such number of effective key bits", name());
 }
 
 bool ICryptoCipher::update(std::span<const std::uint8_t> in, element& out)

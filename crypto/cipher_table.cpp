@@ -2,7 +2,10 @@
 #include "core/auto_logger.h"
 #include "crypto/aes.h"
 #include "crypto/block_modes.h"
+#include "crypto/des.h"
 #include "crypto/gcm.h"
+#include "crypto/rc2.h"
+#include "crypto/rc4.h"
 
 #include <algorithm>
 #include <array>
@@ -31,6 +34,11 @@ std::unique_ptr<ICryptoCipher> Stream(const CipherDescription& description)
 std::unique_ptr<ICryptoCipher> Galois(const CipherDescription& description)
 {
     return std::make_unique<CCryptoGCM>(description.name, description.id, description.keySize);
+}
+
+std::unique_ptr<ICryptoCipher> OldStream(const CipherDescription& description)
+{
+    return std::make_unique<CCryptoRC4>(description.name, description.id);
 }
 
 template <typename Cipher>
@@ -63,6 +71,23 @@ constexpr CipherRow rows[] = {
     {{"aes-256-cfb", algorithm::aes256Cfb, 32, 32, 32}, cfb<CCryptoAES>},
     {{"aes-256-ctr", algorithm::none, 32, 32, 32}, ctr<CCryptoAES>},
     {{"aes-256-gcm", algorithm::aes256Gcm, 32, 32, 32}, Galois},
+    {{"des-ecb", algorithm::none, 8, 8, 8}, ecb<CCryptoDES>},
+    {{"des-cbc", algorithm::none, 8, 8, 8}, cbc<CCryptoDES>},
+    {{"des-ofb", algorithm::none, 8, 8, 8}, ofb<CCryptoDES>},
+    {{"des-cfb", algorithm::none, 8, 8, 8}, cfb<CCryptoDES>},
+    {{"des-ede-ecb", algorithm::none, 16, 16, 16}, ecb<CCryptoDES>},
+    {{"des-ede-cbc", algorithm::none, 16, 16, 16}, cbc<CCryptoDES>},
+    {{"des-ede-ofb", algorithm::none, 16, 16, 16}, ofb<CCryptoDES>},
+    {{"des-ede-cfb", algorithm::none, 16, 16, 16}, cfb<CCryptoDES>},
+    {{"des-ede3-ecb", algorithm::none, 24, 16, 24}, ecb<CCryptoDES>},
+    {{"des-ede3-cbc", algorithm::tripleDesCbc, 24, 16, 24}, cbc<CCryptoDES>},
+    {{"des-ede3-ofb", algorithm::none, 24, 16, 24}, ofb<CCryptoDES>},
+    {{"des-ede3-cfb", algorithm::none, 24, 16, 24}, cfb<CCryptoDES>},
+    {{"rc2-ecb", algorithm::none, 16, 1, 128}, ecb<CCryptoRC2>},
+    {{"rc2-cbc", algorithm::rc2Cbc, 16, 1, 128}, cbc<CCryptoRC2>},
+    {{"rc2-ofb", algorithm::none, 16, 1, 128}, ofb<CCryptoRC2>},
+    {{"rc2-cfb", algorithm::none, 16, 1, 128}, cfb<CCryptoRC2>},
+    {{"rc4", algorithm::rc4, 16, 1, 256}, OldStream},
 };
 
 constexpr auto names = [] {

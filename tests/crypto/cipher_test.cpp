@@ -1,7 +1,7 @@
 #include "asn1/algorithm_table.h"
 #include "crypto/aes.h"
 #include "crypto/cipher.h"
-#include "crypto/pkcs7_padding.h"
+#include "crypto/des.h"
 #include "tests/crypto/vector_file.h"
 
 #include <gtest/gtest.h>
@@ -59,7 +59,60 @@ TEST_P(CipherVectors, HoldInBothDirections)
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, CipherVectors,
-                         ::testing::Values("aes_ecb.txt", "aes_cbc.txt", "aes_ofb.txt", "aes_cfb.txt", "aes_ctr.txt"));
+                         ::testing::Values("aes_ecb.txt", "aes_cbc.txt", "aes_ofb.txt", "aes_cfb.txt", "aes_ctr.txt",
+                                           "triple_des.txt", "rc2.txt"));
+
+TEST(Rc4, GivesThePublishedStreams)
+{
+    for (const TestVector& vector : ReadVectors("rc4.txt")) {
+        SCOPED_TRACE(vector.place());
+        const auto cipher = ICryptoCipher::Create(algorithm::rc4);
+        const Bytes expected = vector.bytes("Stream");
+        const std::size_t offset = vector.number("Offset");
+        element stream;
+        ASSERT_TRUE(cipher->encrypt(vector.bytes("Key"), Bytes(), Bytes(offset + expected.size()), stream));
+        EXPECT_EQ(Hex(BytesOf(stream)).substr(2 * offset), Hex(expected));
+    }
+}
+
+TEST(Des, ManyBlocksAtOnceGiveWhatSingleOnesGive)
+{
+    std::mt19937 random(4);
+    for (const Variant<des::Calls>& variant : des::Variants()) {
+        SCOPED_TRACE(variant.name);
+        if ((variant.needs & ~cpu::PresentFeatures()) != 0) {
+            std::printf("%s: not on this processor\n", variant.name);
+            continue;
+        }
+        const std::size_t blocks = 2 * variant.calls.parallel + 5;
+        for (const std::size_t keyLength : {8u, 16u, 24u}) {
+            CCryptoDES cipher(variant);
+            ASSERT_TRUE(cipher.setKey(RandomBytes(random, keyLength)));
+            const Bytes text = RandomBytes(random, 8 * blocks);
+            Bytes single(text.size());
+            for (std::size_t i = 0; i < text.size(); i += 8)
+                cipher.encrypt(single.data() + i, text.data() + i, 1);
+            Bytes many = text;
+            cipher.encrypt(many.data(), many.data(), blocks);
+            EXPECT_EQ(many, single);
+            cipher.decrypt(many.data(), many.data(), blocks);
+            EXPECT_EQ(many, text);
+        }
+    }
+}
+
+TEST(Rc2, HasEffectiveKeyBits)
+{
+    const auto cipher = ICryptoCipher::Create(algorithm::rc2Cbc);
+    EXPECT_FALSE(cipher->setEffectiveKeyBits(1025));
+    EXPECT_TRUE(cipher->setEffectiveKeyBits(40));
+    element first, second;
+    ASSERT_TRUE(cipher->encrypt(Bytes(16, 1), Bytes(8), Bytes(20), first));
+    EXPECT_TRUE(cipher->setEffectiveKeyBits(0));
+    ASSERT_TRUE(cipher->encrypt(Bytes(16, 1), Bytes(8), Bytes(20), second));
+    EXPECT_NE(BytesOf(first), BytesOf(second));
+    EXPECT_FALSE(ICryptoCipher::Create(algorithm::aes128Cbc)->setEffectiveKeyBits(64));
+}
 
 /// Every cipher by name.
 class CipherNamed : public ::testing::TestWithParam<const char*> {};
