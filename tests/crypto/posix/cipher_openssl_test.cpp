@@ -11,7 +11,8 @@
 #include <memory>
 #include <random>
 
-// What the openssl command makes of the same texts, and what it reads of ours. It knows Galois/counter mode not at the command line.
+// What the openssl command makes of the same texts, and what it reads of ours. It knows Galois/counter mode not at the command
+// line.
 
 namespace {
 
@@ -46,9 +47,9 @@ struct CipherCase {
 };
 
 constexpr CipherCase cases[] = {
-    {"aes-128-ecb", 16}, {"aes-128-cbc", 16}, {"aes-128-ofb", 16},  {"aes-128-cfb", 16},  {"aes-128-ctr", 16},  {"aes-192-cbc", 24},
-    {"aes-192-ctr", 24}, {"aes-256-ecb", 32}, {"aes-256-cbc", 32},  {"aes-256-ofb", 32},  {"aes-256-cfb", 32},  {"aes-256-ctr", 32},
-    {"des-ecb", 8},      {"des-cbc", 8},      {"des-ede-cbc", 16},  {"des-ede3-cbc", 24}, {"des-ede3-ofb", 24}, {"des-ede3-cfb", 24},
+    {"aes-128-ecb", 16}, {"aes-128-cbc", 16}, {"aes-128-ofb", 16}, {"aes-128-cfb", 16},  {"aes-128-ctr", 16},  {"aes-192-cbc", 24},
+    {"aes-192-ctr", 24}, {"aes-256-ecb", 32}, {"aes-256-cbc", 32}, {"aes-256-ofb", 32},  {"aes-256-cfb", 32},  {"aes-256-ctr", 32},
+    {"des-ecb", 8},      {"des-cbc", 8},      {"des-ede-cbc", 16}, {"des-ede3-cbc", 24}, {"des-ede3-ofb", 24}, {"des-ede3-cfb", 24},
     {"rc2-cbc", 16},     {"rc2-ofb", 16},     {"rc4", 16},
 };
 
@@ -95,8 +96,8 @@ TEST(CiphersBesideOpenSSL, AuthenticateAlike)
         Write(in, text);
         const auto cmac = CCryptoCMAC::CreateByName(one.name);
         ASSERT_TRUE(cmac->setKey(key));
-        ASSERT_EQ(std::system((std::string("openssl mac -binary -cipher ") + one.name + "-cbc -macopt hexkey:" + Hex(key) + " -in " +
-                               in + " -out " + out + " CMAC")
+        ASSERT_EQ(std::system((std::string("openssl mac -binary -cipher ") + one.name + "-cbc -macopt hexkey:" + Hex(key) +
+                               " -in " + in + " -out " + out + " CMAC")
                                   .c_str()),
                   0);
         EXPECT_EQ(Hex(Read(out)), Hex(BytesOf(cmac->macOf(text))));
