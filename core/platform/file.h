@@ -5,11 +5,12 @@
 namespace platform {
 
 enum class FileMode {
-    read,      ///< must exist
-    write,     ///< created, or emptied when it exists
-    append,    ///< created when missing; every write goes to the end
-    readWrite, ///< created when missing; contents kept
-    create,    ///< must not exist, not even as a link; to be written
+    read,          ///< must exist
+    write,         ///< created, or emptied when it exists
+    append,        ///< created when missing; every write goes to the end
+    readWrite,     ///< created when missing; contents kept
+    create,        ///< must not exist, not even as a link; to be written
+    createPrivate, ///< the same, for the file's owner alone; on Windows for those whom the folder grants it
 };
 
 /// A file of bytes. Names are UTF-8 and may be longer than 260 characters on Windows too. Failures leave LastError(). Pipes,

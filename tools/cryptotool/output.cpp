@@ -73,7 +73,7 @@ bool Output::openBeside()
     for (int number = 0; number < mostNames; ++number) {
         const std::string name =
             target_ + "." + std::to_string(platform::CurrentProcessId()) + "." + std::to_string(number) + ".part";
-        if (file_.open(name.c_str(), platform::FileMode::create)) {
+        if (file_.open(name.c_str(), isPrivate_ ? platform::FileMode::createPrivate : platform::FileMode::create)) {
             temporary_ = name;
             RemoveWhenInterrupted(name);
             takeRights(std::filesystem::perms::owner_write);
@@ -89,6 +89,8 @@ bool Output::openBeside()
 
 void Output::takeRights(std::filesystem::perms besides)
 {
+    if (isPrivate_)
+        return;
     std::error_code error;
     const auto replaced = std::filesystem::status(PathOf(target_), error);
     if (std::filesystem::exists(replaced))
@@ -102,6 +104,8 @@ bool Output::write(std::string_view text)
 
 bool Output::write(std::span<const std::uint8_t> bytes)
 {
+    if (isPrivate_)
+        return flush() && put(bytes);
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     buffer_ += text;
     return buffer_.size() < bufferSize || flush();

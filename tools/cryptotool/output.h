@@ -26,6 +26,8 @@ public:
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
 
+    /// Before open(): what is written is secret. A file is for its owner alone, whatever it replaces, and no copy stays in memory.
+    void keepPrivate() { isPrivate_ = true; }
     /// \return false with reason() set; for binary content and a terminal, too.
     bool open();
     bool write(std::string_view text);
@@ -48,6 +50,7 @@ private:
     Console& console_;
     std::string name_;
     Content content_;
+    bool isPrivate_ = false;
     std::string target_;    ///< the file that is replaced in the end; empty for a stream
     std::string temporary_; ///< what is there to be removed or renamed
     platform::File file_;

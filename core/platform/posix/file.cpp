@@ -20,6 +20,7 @@ int FlagsOf(FileMode mode)
     case FileMode::append:
         return O_WRONLY | O_CREAT | O_APPEND;
     case FileMode::create:
+    case FileMode::createPrivate:
         return O_RDWR | O_CREAT | O_EXCL;
     case FileMode::readWrite:
         break;
@@ -58,7 +59,7 @@ bool File::open(const char* name, FileMode mode)
         return false;
     }
     // A pipe without a partner would hold up the caller for as long as nobody opens its other end.
-    const int file = ::open(name, FlagsOf(mode) | O_CLOEXEC | O_NONBLOCK, 0666);
+    const int file = ::open(name, FlagsOf(mode) | O_CLOEXEC | O_NONBLOCK, mode == FileMode::createPrivate ? 0600 : 0666);
     if (file < 0)
         return false;
     if (const int reason = RefusalOf(file); reason != 0) {

@@ -25,6 +25,7 @@ ModeFlags FlagsOf(FileMode mode)
         // The right to append without the right to write makes the system move every write to the end, other processes' included.
         return {FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE, OPEN_ALWAYS};
     case FileMode::create:
+    case FileMode::createPrivate:
         return {GENERIC_READ | GENERIC_WRITE, CREATE_NEW};
     case FileMode::readWrite:
         break;
