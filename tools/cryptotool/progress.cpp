@@ -8,39 +8,50 @@ namespace {
 constexpr std::chrono::milliseconds quietTime(500);
 constexpr std::chrono::milliseconds interval(100);
 constexpr std::size_t barWidth = 40;
+constexpr std::size_t lineWidth = barWidth + 30;
 
 } // namespace
 
-Progress::Progress(Console& console, std::int64_t total)
-    : console_(console), total_(total), isTerminal_(console.errorIsTerminal()), next_(Clock::now() + quietTime)
+ProgressLine::ProgressLine(Console& console)
+    : console_(console), isTerminal_(console.errorIsTerminal()), next_(Clock::now() + quietTime)
 {
 }
 
-Progress::~Progress()
+ProgressLine::~ProgressLine()
 {
     if (isShown_)
-        console_.writeError("\r" + std::string(barWidth + 30, ' ') + "\r");
+        console_.writeError("\r" + std::string(lineWidth, ' ') + "\r");
+}
+
+bool ProgressLine::isDue()
+{
+    return isTerminal_ && Clock::now() >= next_;
+}
+
+void ProgressLine::show(std::string_view text)
+{
+    next_ = Clock::now() + interval;
+    isShown_ = true;
+    // What stood there before may have been longer.
+    console_.writeError("\r" + std::string(text) + std::string(lineWidth - std::min(lineWidth, text.size()), ' '));
 }
 
 void Progress::add(std::uint64_t count)
 {
     done_ += count;
-    if (!isTerminal_ || Clock::now() < next_)
-        return;
-    next_ = Clock::now() + interval;
-    show();
+    if (line_.isDue())
+        show();
 }
 
 void Progress::show()
 {
-    isShown_ = true;
     const std::string megabytes = std::to_string(done_ >> 20) + " MiB";
     if (total_ <= 0) {
-        console_.writeError("\r" + megabytes);
+        line_.show(megabytes);
         return;
     }
     const double part = std::min(1.0, static_cast<double>(done_) / static_cast<double>(total_));
     const auto filled = static_cast<std::size_t>(part * barWidth);
-    console_.writeError("\r[" + std::string(filled, '#') + std::string(barWidth - filled, ' ') + "] " +
-                        std::to_string(static_cast<int>(part * 100)) + " % " + megabytes);
+    line_.show("[" + std::string(filled, '#') + std::string(barWidth - filled, ' ') + "] " +
+               std::to_string(static_cast<int>(part * 100)) + " % " + megabytes);
 }
