@@ -68,16 +68,23 @@ alignas(64) constexpr Tables tables = MakeTables();
 /// looked up first is summed first, and bytes are taken from words that need few shifts.
 [[gnu::always_inline]] inline std::uint64_t Round(std::uint64_t x, std::uint64_t other)
 {
-    const auto at = [](int box, std::uint64_t index) { return tables.box[box][index & 0xFF]; };
+    // Look-ups are made before their sums: as one instruction with a sum they would wait for its other part.
+    const auto at = [](int box, std::uint64_t index) { return AsWritten(tables.box[box][index & 0xFF]); };
     const std::uint64_t x2 = AsWritten(x >> 16);
     const std::uint64_t x4 = AsWritten(x >> 32);
     const std::uint64_t x6 = AsWritten(x >> 48);
-    const std::uint64_t first = AsWritten(other ^ at(7, x));
-    const std::uint64_t second = AsWritten(at(6, x >> 8) ^ tables.box[0][x >> 56]);
-    const std::uint64_t third = AsWritten(at(5, x2) ^ at(4, x2 >> 8));
-    const std::uint64_t fourth = AsWritten(AsWritten(first ^ second) ^ at(3, x4));
-    const std::uint64_t fifth = AsWritten(at(2, x4 >> 8) ^ at(1, x6));
-    return AsWritten(fourth ^ third) ^ fifth;
+    const std::uint64_t s7 = at(7, x);
+    const std::uint64_t s6 = at(6, x >> 8);
+    const std::uint64_t s0 = at(0, x >> 56);
+    const std::uint64_t s5 = at(5, x2);
+    const std::uint64_t s4 = at(4, x2 >> 8);
+    const std::uint64_t s3 = at(3, x4);
+    const std::uint64_t s2 = at(2, x4 >> 8);
+    const std::uint64_t s1 = at(1, x6);
+    const std::uint64_t early = AsWritten(AsWritten(other ^ s7) ^ AsWritten(s6 ^ s0));
+    const std::uint64_t middle = AsWritten(s5 ^ s4);
+    const std::uint64_t late = AsWritten(AsWritten(s3 ^ s2) ^ s1);
+    return AsWritten(early ^ middle) ^ late;
 }
 
 struct Halves {
