@@ -5,11 +5,13 @@
 namespace {
 
 const Command* const commands[] = {
-    &asn1ShowCommand, &asn1BuildCommand, &asn1MatchCommand, &asn1GetCommand, &oidCommand, &gzipCommand, &gunzipCommand,
+    &asn1ShowCommand,  &asn1BuildCommand, &asn1MatchCommand, &asn1GetCommand, &cipherEncCommand,
+    &cipherDecCommand, &oidCommand,       &gzipCommand,      &gunzipCommand,
 };
 
 constexpr Noun nouns[] = {
     {"asn1", "look into DER, build it, match it against templates"},
+    {"cipher", "encrypt and decrypt files with a password or a key"},
 };
 
 } // namespace

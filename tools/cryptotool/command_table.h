@@ -6,6 +6,8 @@ extern const Command asn1BuildCommand;
 extern const Command asn1GetCommand;
 extern const Command asn1MatchCommand;
 extern const Command asn1ShowCommand;
+extern const Command cipherDecCommand;
+extern const Command cipherEncCommand;
 extern const Command gunzipCommand;
 extern const Command gzipCommand;
 extern const Command oidCommand;

@@ -1,0 +1,137 @@
+#include "tools/cryptotool/cipher_transfer.h"
+
+#include "crypto/gcm.h"
+#include "tools/cryptotool/progress.h"
+#include "tools/cryptotool/reason.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::size_t pieceSize = 1U << 16;
+
+int RefuseText(Invocation& invocation, const CipherInput& input)
+{
+    return invocation.refuse(input.name(), Reason("it cannot be processed"));
+}
+
+/// Takes the whole input through a cipher that was started. \param output null when no text comes out.
+int Run(Invocation& invocation, ICryptoCipher& cipher, CipherInput& input, Output* output, Progress& progress)
+{
+    std::vector<std::uint8_t> text(pieceSize + 64);
+    const auto write = [&](std::size_t count) { return output == nullptr || output->write(std::span(text).first(count)); };
+    std::size_t written = 0;
+    std::span<const std::uint8_t> piece;
+    do {
+        if (!input.next(piece))
+            return invocation.refuse(input.name(), input.reason());
+        if (!cipher.update(piece, text.data(), written))
+            return RefuseText(invocation, input);
+        if (!write(written))
+            return invocation.refuse(output->name(), output->reason());
+        progress.add(piece.size());
+    } while (!piece.empty());
+    text.resize(std::max(text.size(), cipher.finalSize()));
+    if (!cipher.final(text.data(), written))
+        return RefuseText(invocation, input);
+    const bool ok = write(written);
+    platform::SecureWipe(text.data(), text.size());
+    return ok ? exitDone : invocation.refuse(output->name(), output->reason());
+}
+
+int Finish(Invocation& invocation, Output& output, int code)
+{
+    if (code != exitDone || output.finish())
+        return code;
+    return invocation.refuse(output.name(), output.reason());
+}
+
+/// The first of two passes: whether the tag is right.
+int Check(Invocation& invocation, CCryptoGCM& gcm, const CipherSetting& setting, CipherInput& input, Progress& progress)
+{
+    if (!gcm.startCheck(setting.key.bytes(), setting.iv.bytes()) || !gcm.addAuthenticated(setting.authenticated.bytes()))
+        return RefuseText(invocation, input);
+    return Run(invocation, gcm, input, nullptr, progress);
+}
+
+} // namespace
+
+bool CipherInput::open()
+{
+    stream_ = std::make_unique<InputStream>(console_);
+    piece_.resize(pieceSize);
+    held_ = 0;
+    return stream_->open(name_);
+}
+
+/// Reads on until the piece holds so many bytes or the input ends.
+bool CipherInput::fill(std::size_t count)
+{
+    while (held_ < count) {
+        const std::int64_t more = stream_->read(std::span(piece_).subspan(held_));
+        if (more < 0)
+            return false;
+        if (more == 0)
+            break;
+        held_ += static_cast<std::size_t>(more);
+    }
+    return true;
+}
+
+bool CipherInput::peek(std::size_t count, std::span<const std::uint8_t>& front)
+{
+    if (!fill(count))
+        return false;
+    front = std::span(piece_).first(std::min(count, held_));
+    return true;
+}
+
+bool CipherInput::next(std::span<const std::uint8_t>& piece)
+{
+    if (!fill(skipped_ + 1))
+        return false;
+    const std::size_t from = std::min(skipped_, held_);
+    piece = std::span(piece_).first(held_).subspan(from);
+    held_ = 0;
+    skipped_ = 0;
+    return true;
+}
+
+int EncryptTo(Invocation& invocation, CipherSetting& setting, CipherInput& input, Output& output,
+              std::span<const std::uint8_t> header)
+{
+    StartReason();
+    auto* const gcm = dynamic_cast<CCryptoGCM*>(setting.cipher.get());
+    if (!setting.cipher->start(CipherDirection::encrypt, setting.key.bytes(), setting.iv.bytes()) ||
+        (gcm != nullptr && !gcm->addAuthenticated(setting.authenticated.bytes())))
+        return RefuseText(invocation, input);
+    if (!output.open() || !output.write(header))
+        return invocation.refuse(output.name(), output.reason());
+    Progress progress(invocation.console(), input.size());
+    return Finish(invocation, output, Run(invocation, *setting.cipher, input, &output, progress));
+}
+
+int DecryptTo(Invocation& invocation, CipherSetting& setting, CipherInput& input, Output& output)
+{
+    StartReason();
+    ICryptoCipher& cipher = *setting.cipher;
+    auto* const gcm = dynamic_cast<CCryptoGCM*>(&cipher);
+    const bool twice = gcm != nullptr && input.canRewind();
+    Progress progress(invocation.console(), twice ? 2 * input.size() : input.size());
+    if (twice) {
+        const std::size_t header = input.skipped();
+        if (const int code = Check(invocation, *gcm, setting, input, progress); code != exitDone)
+            return code;
+        if (!input.rewind())
+            return invocation.refuse(input.name(), input.reason());
+        input.skip(header);
+        if (!gcm->startChecked())
+            return RefuseText(invocation, input);
+    } else if (!cipher.start(CipherDirection::decrypt, setting.key.bytes(), setting.iv.bytes()) ||
+               (gcm != nullptr && !gcm->addAuthenticated(setting.authenticated.bytes()))) {
+        return RefuseText(invocation, input);
+    }
+    if (!output.open())
+        return invocation.refuse(output.name(), output.reason());
+    return Finish(invocation, output, Run(invocation, cipher, input, &output, progress));
+}
