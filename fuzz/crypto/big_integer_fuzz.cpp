@@ -1,0 +1,56 @@
+#include "crypto/big_integer.h"
+#include "tests/crypto/slow_integer.h"
+
+#include <cstdlib>
+#include <span>
+
+namespace {
+
+void Require(bool holds)
+{
+    if (!holds)
+        std::abort();
+}
+
+bool Same(const CCryptoBigInteger& number, const slow::Number& twin)
+{
+    return number.isValid() && !number.isNegative() && slow::FromBytes(number.toBytes().bytes()) == twin;
+}
+
+} // namespace
+
+/// Two bytes say how the rest is cut into three numbers: products, quotients and remainders, and powers where they are short, are
+/// those of the slow twin.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    if (size < 2)
+        return 0;
+    constexpr std::size_t longest = 1200;
+    const std::span<const std::uint8_t> digits(data + 2, std::min(size - 2, longest));
+    const std::size_t firstEnd = digits.size() * data[0] / 256;
+    const std::size_t secondEnd = firstEnd + (digits.size() - firstEnd) * data[1] / 256;
+    const auto first = digits.first(firstEnd);
+    const auto second = digits.subspan(firstEnd, secondEnd - firstEnd);
+    const auto third = digits.subspan(secondEnd);
+    const CCryptoBigInteger a = CCryptoBigInteger::FromBytes(first);
+    const CCryptoBigInteger b = CCryptoBigInteger::FromBytes(second);
+    const slow::Number slowA = slow::FromBytes(first);
+    const slow::Number slowB = slow::FromBytes(second);
+
+    Require(Same(a * b, slow::Multiply(slowA, slowB)));
+    Require(Same(a + b, slow::Add(slowA, slowB)));
+    Require(CCryptoBigInteger::FromDecimal(a.toDecimal().view()) == a);
+    if (!slowB.empty()) {
+        const auto [quotient, rest] = slow::Divide(slowA, slowB);
+        CCryptoBigInteger q;
+        CCryptoBigInteger r;
+        Require(CCryptoBigInteger::Divide(a, b, q, r));
+        Require(Same(q, quotient) && Same(r, rest));
+        constexpr std::size_t longestOfPower = 24;
+        if (third.size() <= 8 && first.size() <= longestOfPower && second.size() <= longestOfPower) {
+            const slow::Number power = slow::Power(rest, slow::FromBytes(third), slowB);
+            Require(Same(a.modPower(CCryptoBigInteger::FromBytes(third), b), power));
+        }
+    }
+    return 0;
+}
