@@ -6,7 +6,7 @@ namespace {
 
 const Command* const commands[] = {
     &asn1ShowCommand,  &asn1BuildCommand, &asn1MatchCommand, &asn1GetCommand, &cipherEncCommand,
-    &cipherDecCommand, &oidCommand,       &gzipCommand,      &gunzipCommand,
+    &cipherDecCommand, &oidCommand,       &gzipCommand,      &gunzipCommand,  &randomCommand,
 };
 
 constexpr Noun nouns[] = {

@@ -11,3 +11,4 @@ extern const Command cipherEncCommand;
 extern const Command gunzipCommand;
 extern const Command gzipCommand;
 extern const Command oidCommand;
+extern const Command randomCommand;

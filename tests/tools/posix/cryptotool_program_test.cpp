@@ -48,6 +48,18 @@ TEST_F(CryptotoolProgram, NothingIsLeftWhenItIsInterrupted)
     EXPECT_EQ(Get(u8"out"), "old\n");
 }
 
+TEST_F(CryptotoolProgram, SecretsAreForTheirOwnerAlone)
+{
+    EXPECT_EQ(Run("umask 0; echo old >bytes; chmod 644 bytes; $T random 16 -o bytes; stat -c %a bytes >rights"), 0);
+    EXPECT_EQ(Get(u8"rights"), "600\n");
+    // Nor may anybody read them while they are written.
+    EXPECT_EQ(Run("umask 0; $T random 100G -o large & until stat -c %a large.*.part >rights || ! kill -0 $!; do :; done; "
+                  "kill -TERM $!; wait $!"),
+              128 + 15);
+    EXPECT_EQ(Get(u8"rights"), "600\n");
+    EXPECT_EQ(Run("ls large.*"), 2);
+}
+
 TEST_F(CryptotoolProgram, OutputsThatAreNoPlainFilesStayWhatTheyAre)
 {
     EXPECT_EQ(Run("echo 'INTEGER = 10' >t; $T asn1 build t -o /dev/null; test -c /dev/null"), 0);
