@@ -12,3 +12,4 @@ extern const Command gunzipCommand;
 extern const Command gzipCommand;
 extern const Command oidCommand;
 extern const Command randomCommand;
+extern const Command speedCommand;
