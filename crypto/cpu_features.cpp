@@ -100,7 +100,7 @@ std::uint32_t LimitFeatures(std::uint32_t present, std::string_view text)
 std::uint32_t AllowedFeatures()
 {
     static const std::uint32_t allowed = [] {
-        const char* text = std::getenv("CCRYPTO_CPU");
+        const char* text = std::getenv("CRYPTO_CPU");
         return LimitFeatures(PresentFeatures(), text == nullptr ? std::string_view{} : std::string_view{text});
     }();
     return allowed;

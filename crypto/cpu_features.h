@@ -20,7 +20,7 @@ enum Feature : std::uint32_t {
 /// What this process may use: what the processor has and the operating system saves, less what the environment forbids. Asked of
 /// the processor once.
 ///
-/// The environment variable CCRYPTO_CPU is read once: "portable" forbids all of them, any other text is a list of words separated
+/// The environment variable CRYPTO_CPU is read once: "portable" forbids all of them, any other text is a list of words separated
 /// by commas, "-avx2" for a group that is forbidden. Unknown words are ignored. It is for tests and measurements: nothing can be
 /// allowed that the processor lacks.
 std::uint32_t AllowedFeatures();
