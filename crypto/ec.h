@@ -82,7 +82,7 @@ public:
 
 private:
     static constexpr std::size_t mostBytes = 72;
-    using Bytes = std::array<std::uint8_t, mostBytes>;
+    using Padded = std::array<std::uint8_t, mostBytes>;
 
     explicit CCryptoEC(const CurveFacts& facts) : facts_(facts) {}
 
@@ -94,7 +94,7 @@ private:
     const CurveFacts& facts_;
     bool hasPrivate_ = false;
     /// Coordinates, big-endian and fieldBytes long; of X25519 and X448 the point is x.
-    Bytes x_{};
-    Bytes y_{};
-    Wiped<Bytes> scalar_{};
+    Padded x_{};
+    Padded y_{};
+    Wiped<Padded> scalar_{};
 };
