@@ -1,0 +1,104 @@
+#include "asn1/algorithm_table.h"
+#include "crypto/ec.h"
+#include "tests/core/temporary_directory.h"
+#include "tests/crypto/sequence_random.h"
+#include "tests/crypto/vector_file.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+
+// Keys, signatures and agreements of the openssl command and ours, each given to the other.
+
+namespace {
+
+std::string HexOf(const element& bytes)
+{
+    return Hex({bytes.data(), bytes.data() + bytes.length()});
+}
+
+void Write(const std::string& file, std::span<const std::uint8_t> bytes)
+{
+    std::ofstream stream(file, std::ios::binary);
+    stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
+Bytes Read(const std::string& file)
+{
+    std::ifstream stream(file, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
+}
+
+bool OpenSSL(const std::string& arguments)
+{
+    return std::system(("openssl " + arguments + " >/dev/null 2>&1").c_str()) == 0;
+}
+
+/// Writes the key to `file` in DER and its public half beside it in `file`.public.
+bool WriteKey(const std::string& file, const CCryptoEC& key)
+{
+    const std::string oid = OidOfAlgorithm(key.curve().id);
+    const std::string scalar = "FORMAT:HEX,OCTETSTRING:" + HexOf(key.privateScalar());
+    std::ofstream words(file + ".words");
+    if (key.curve().signs)
+        words << "asn1=SEQUENCE:key\n[key]\nversion=INTEGER:1\nscalar=" << scalar << "\ncurve=EXPLICIT:0,OID:" << oid
+              << "\npoint=EXPLICIT:1,FORMAT:HEX,BITSTRING:" << HexOf(key.publicPoint()) << "\n";
+    else
+        words << "asn1=SEQUENCE:key\n[key]\nversion=INTEGER:0\nalgorithm=SEQUENCE:algorithm\nscalar=OCTWRAP," << scalar
+              << "\n[algorithm]\noid=OID:" << oid << "\n";
+    words.close();
+    return OpenSSL("asn1parse -noout -genconf " + file + ".words -out " + file) &&
+           OpenSSL("pkey -inform DER -in " + file + " -pubout -outform DER -out " + file + ".public");
+}
+
+class CurveBesideOpenSSL : public ::testing::TestWithParam<CurveFacts> {};
+
+} // namespace
+
+TEST_P(CurveBesideOpenSSL, AgreesAndSigns)
+{
+    SequenceRandom random(GetParam().id);
+    const TemporaryDirectory folder;
+    const std::string ourFile = folder / u8"ours";
+    const std::string peerFile = folder / u8"theirs";
+    const auto ours = CCryptoEC::Generate(GetParam().id, random);
+    const auto peer = CCryptoEC::Generate(GetParam().id, random);
+    ASSERT_TRUE(ours != nullptr && peer != nullptr);
+    ASSERT_TRUE(WriteKey(ourFile, *ours));
+    ASSERT_TRUE(WriteKey(peerFile, *peer));
+
+    // The public half, which openssl computed of the private one, ends with the point.
+    const Bytes publicKey = Read(ourFile + ".public");
+    const std::string point = HexOf(ours->publicPoint());
+    ASSERT_GT(publicKey.size() * 2, point.size());
+    EXPECT_EQ(Hex(publicKey).substr(publicKey.size() * 2 - point.size()), point);
+
+    const std::string secret = folder / u8"secret";
+    ASSERT_TRUE(OpenSSL("pkeyutl -derive -keyform DER -inkey " + ourFile + " -peerform DER -peerkey " + peerFile + ".public -out " +
+                        secret));
+    EXPECT_EQ(HexOf(ours->agree(peer->publicPoint().bytes())), Hex(Read(secret)));
+    if (!GetParam().signs)
+        return;
+
+    for (const std::size_t length : {20, 32, 64}) {
+        SCOPED_TRACE(length);
+        Bytes digest(length);
+        random.generate(digest);
+        const std::string digestFile = folder / u8"digest";
+        const std::string signatureFile = folder / u8"signature";
+        Write(digestFile, digest);
+        ASSERT_TRUE(OpenSSL("pkeyutl -sign -keyform DER -inkey " + ourFile + " -in " + digestFile + " -out " + signatureFile));
+        EXPECT_TRUE(ours->verifyHash(digest, Read(signatureFile), SignatureForm::der));
+        EXPECT_FALSE(peer->verifyHash(digest, Read(signatureFile), SignatureForm::der));
+
+        const std::string verify = " -sigfile " + signatureFile + " -in " + digestFile;
+        Write(signatureFile, ours->signHash(digest, SignatureForm::der, random).bytes());
+        EXPECT_TRUE(OpenSSL("pkeyutl -verify -keyform DER -pubin -inkey " + ourFile + ".public" + verify));
+        EXPECT_FALSE(OpenSSL("pkeyutl -verify -keyform DER -pubin -inkey " + peerFile + ".public" + verify));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, CurveBesideOpenSSL, ::testing::ValuesIn(Curves().begin(), Curves().end()),
+                         [](const auto& curve) { return std::string(curve.param.name); });

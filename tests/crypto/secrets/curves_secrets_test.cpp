@@ -1,0 +1,67 @@
+#include "asn1/algorithm_table.h"
+#include "crypto/constant_time.h"
+#include "crypto/curve_domains.h"
+#include "crypto/ec.h"
+#include "crypto/modular_inverse.h"
+#include "crypto/montgomery_field.h"
+#include "tests/crypto/sequence_random.h"
+
+#include <gtest/gtest.h>
+
+using constant_time::ClassifyBytes;
+using constant_time::DeclassifyBytes;
+
+namespace {
+
+/// Random bytes that nobody may know.
+class SecretRandom final : public ICryptoRandom {
+public:
+    bool generate(std::span<std::uint8_t> bytes) override
+    {
+        source_.generate(bytes);
+        ClassifyBytes(bytes.data(), bytes.size());
+        return true;
+    }
+
+private:
+    SequenceRandom source_{3};
+};
+
+element Known(element value)
+{
+    DeclassifyBytes(value.data(), value.length());
+    return value;
+}
+
+class CurveSecrets : public ::testing::TestWithParam<CurveFacts> {};
+
+} // namespace
+
+TEST_P(CurveSecrets, DecideNothing)
+{
+    SecretRandom random;
+    const auto key = CCryptoEC::Generate(GetParam().id, random);
+    const auto other = CCryptoEC::Generate(GetParam().id, random);
+    ASSERT_TRUE(key != nullptr && other != nullptr);
+    const element ours = Known(key->agree(other->publicPoint().bytes()));
+    const element theirs = Known(other->agree(key->publicPoint().bytes()));
+    EXPECT_TRUE(ours == theirs);
+    if (!GetParam().signs)
+        return;
+    const std::array<std::uint8_t, 32> digest = {1, 2, 3};
+    const element signature = Known(key->signHash(digest, SignatureForm::der, random));
+    EXPECT_TRUE(key->verifyHash(digest, signature.bytes(), SignatureForm::der));
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, CurveSecrets, ::testing::ValuesIn(Curves().begin(), Curves().end()),
+                         [](const auto& curve) { return std::string(curve.param.name); });
+
+TEST(InversionSecrets, DecideNothing)
+{
+    const MontgomeryField<4> field(curve_domains::prime256v1.n);
+    Limbs<4> number = {5, 6, 7, 8};
+    ClassifyBytes(&number, sizeof number);
+    Limbs<4> product = field.leave(field.multiply(field.invert(number), number));
+    DeclassifyBytes(&product, sizeof product);
+    EXPECT_EQ(product, Limbs<4>{1});
+}
