@@ -1,0 +1,242 @@
+#include "crypto/key_encoding.h"
+
+#include "asn1/algorithm_table.h"
+#include "asn1/asn1_values.h"
+#include "core/auto_logger.h"
+#include "crypto/ec_key_pair.h"
+#include "crypto/key_objects.h"
+#include "crypto/rsa_key_pair.h"
+
+namespace {
+
+using KeyPair = std::unique_ptr<ICryptoKeyPair>;
+
+/// X25519 and X448, whose algorithm is the curve and which have no parameters (RFC 8410).
+bool IsCurveByItself(std::uint32_t id)
+{
+    return id == algorithm::x25519 || id == algorithm::x448;
+}
+
+KeyPair PairOf(std::unique_ptr<CCryptoRSA> key)
+{
+    return key != nullptr ? std::make_unique<CCryptoRSAKeyPair>(std::move(key)) : nullptr;
+}
+
+KeyPair PairOf(std::unique_ptr<CCryptoEC> key)
+{
+    return key != nullptr ? std::make_unique<CCryptoECKeyPair>(std::move(key)) : nullptr;
+}
+
+/// The curve that the parameters of an ecPublicKey name; 0, logged, for parameters that are no name and names of no curve here.
+std::uint32_t NamedCurve(CCryptoAutoLogger& logger, const elementNode* parameters)
+{
+    const CCryptoString oid = OidOfNode(parameters);
+    if (oid.isEmpty())
+        return logger.setRetValue(3, 0u, "The curve is not given by its name");
+    const CurveFacts* curve = FindCurve(AlgorithmOfOid(oid.view()));
+    if (curve == nullptr || !curve->signs)
+        return logger.setRetValue(3, 0u, "The curve is not one of ours");
+    return curve->id;
+}
+
+void SetAlgorithm(CCryptoAlgorithmIdentifier& identifier, const CurveFacts& curve)
+{
+    identifier.setId(curve.signs ? std::uint32_t{algorithm::ecPublicKey} : curve.id);
+    identifier.setNullParameters(false);
+    if (curve.signs)
+        identifier.setParameters(CCryptoASN1ObjectIdentifier(CCryptoString(OidOfAlgorithm(curve.id))).BuildTree().get());
+}
+
+void SetRSAAlgorithm(CCryptoAlgorithmIdentifier& identifier)
+{
+    identifier.setId(algorithm::rsaEncryption);
+    identifier.setNullParameters(true);
+}
+
+/// An ECPrivateKey whose curve is `curve`, or is named in it when `curve` is 0; both must be the same when both are there.
+KeyPair PairOfECPrivateKey(CCryptoAutoLogger& logger, const element& der, std::uint32_t curve)
+{
+    CCryptoECPrivateKeyObject object;
+    if (!object.ParseDer(der))
+        return logger.setRetValue(3, KeyPair(), "It is no ECPrivateKey");
+    if (!object.curveOid.isEmpty()) {
+        const CurveFacts* named = FindCurve(AlgorithmOfOid(object.curveOid.view()));
+        if (named == nullptr || !named->signs || (curve != 0 && named->id != curve))
+            return logger.setRetValue(3, KeyPair(), "The curve is not one of ours, or not the one it belongs to");
+        curve = named->id;
+    }
+    if (curve == 0)
+        return logger.setRetValue(3, KeyPair(), "The curve is not named");
+    if (object.publicPoint.isEmpty())
+        return PairOf(CCryptoEC::FromPrivate(curve, object.scalar.bytes()));
+    return PairOf(CCryptoEC::FromPrivate(curve, object.scalar.bytes(), object.publicPoint.bytes()));
+}
+
+/// The private key of X25519 and X448 is an OCTET STRING in the OCTET STRING (RFC 8410, 7).
+KeyPair PairOfCurvePrivateKey(CCryptoAutoLogger& logger, const element& der, std::uint32_t curve)
+{
+    CCryptoASN1OctetStringObject object;
+    if (!object.ParseDer(der))
+        return logger.setRetValue(3, KeyPair(), "It is no CurvePrivateKey");
+    return PairOf(CCryptoEC::FromPrivate(curve, object.bytes().bytes()));
+}
+
+element ECPrivateKeyObjectOf(const CCryptoEC& key, bool withCurve)
+{
+    CCryptoECPrivateKeyObject object;
+    object.scalar = key.privateScalar();
+    if (withCurve)
+        object.curveOid = CCryptoString(OidOfAlgorithm(key.curve().id));
+    object.publicPoint = key.publicPoint();
+    return object.BuildDer();
+}
+
+} // namespace
+
+std::unique_ptr<ICryptoKeyPair> LoadPublicKeyInfo(const element& der)
+{
+    CCryptoAutoLogger logger("LoadPublicKeyInfo");
+    CCryptoSubjectPublicKeyInfo info;
+    if (!info.ParseDer(der))
+        return logger.setRetValue(3, KeyPair(), "It is no SubjectPublicKeyInfo");
+    const std::uint32_t id = info.algorithm.id();
+    KeyPair key;
+    if (id == algorithm::rsaEncryption) {
+        key = LoadRSAPublicKey(info.publicKey);
+    } else if (id == algorithm::ecPublicKey) {
+        const std::uint32_t curve = NamedCurve(logger, info.algorithm.parameters());
+        if (curve == 0)
+            return nullptr;
+        key = PairOf(CCryptoEC::FromPublic(curve, info.publicKey.bytes()));
+    } else if (IsCurveByItself(id)) {
+        key = PairOf(CCryptoEC::FromPublic(id, info.publicKey.bytes()));
+    } else {
+        return logger.setRetValue(3, KeyPair(), "Algorithm %u is not one of keys", id);
+    }
+    logger.setResult(key != nullptr);
+    return key;
+}
+
+element PublicKeyInfoOf(const CCryptoRSA& key)
+{
+    CCryptoSubjectPublicKeyInfo info;
+    SetRSAAlgorithm(info.algorithm);
+    info.publicKey = RSAPublicKeyOf(key);
+    return info.BuildDer();
+}
+
+element PublicKeyInfoOf(const CCryptoEC& key)
+{
+    CCryptoSubjectPublicKeyInfo info;
+    SetAlgorithm(info.algorithm, key.curve());
+    info.publicKey = key.publicPoint();
+    return info.BuildDer();
+}
+
+std::unique_ptr<ICryptoKeyPair> LoadPrivateKeyInfo(const element& der)
+{
+    CCryptoAutoLogger logger("LoadPrivateKeyInfo");
+    CCryptoPrivateKeyInfo info;
+    if (!info.ParseDer(der))
+        return logger.setRetValue(3, KeyPair(), "It is no PrivateKeyInfo");
+    const std::uint32_t id = info.algorithm.id();
+    KeyPair key;
+    if (id == algorithm::rsaEncryption) {
+        key = LoadRSAPrivateKey(info.privateKey);
+    } else if (id == algorithm::ecPublicKey) {
+        const std::uint32_t curve = NamedCurve(logger, info.algorithm.parameters());
+        if (curve == 0)
+            return nullptr;
+        key = PairOfECPrivateKey(logger, info.privateKey, curve);
+    } else if (IsCurveByItself(id)) {
+        key = PairOfCurvePrivateKey(logger, info.privateKey, id);
+    } else {
+        return logger.setRetValue(3, KeyPair(), "Algorithm %u is not one of keys", id);
+    }
+    logger.setResult(key != nullptr);
+    return key;
+}
+
+element PrivateKeyInfoOf(const CCryptoRSA& key)
+{
+    CCryptoAutoLogger logger("PrivateKeyInfoOf");
+    if (!key.isPrivate())
+        return logger.setRetValue(3, element(), "The key has no private half");
+    CCryptoPrivateKeyInfo info;
+    SetRSAAlgorithm(info.algorithm);
+    info.privateKey = RSAPrivateKeyOf(key);
+    logger.setResult(true);
+    return info.BuildDer();
+}
+
+element PrivateKeyInfoOf(const CCryptoEC& key)
+{
+    CCryptoAutoLogger logger("PrivateKeyInfoOf");
+    if (!key.hasPrivate())
+        return logger.setRetValue(3, element(), "The key has no private half");
+    CCryptoPrivateKeyInfo info;
+    SetAlgorithm(info.algorithm, key.curve());
+    info.privateKey =
+        key.curve().signs ? ECPrivateKeyObjectOf(key, false) : CCryptoASN1OctetStringObject(key.privateScalar()).BuildDer();
+    logger.setResult(true);
+    return info.BuildDer();
+}
+
+std::unique_ptr<ICryptoKeyPair> LoadRSAPublicKey(const element& der)
+{
+    CCryptoAutoLogger logger("LoadRSAPublicKey");
+    CCryptoRSAPublicKeyObject object;
+    if (!object.ParseDer(der))
+        return logger.setRetValue(3, KeyPair(), "It is no RSAPublicKey");
+    KeyPair key = PairOf(CCryptoRSA::FromPublic(object.numbers.modulus, object.numbers.publicExponent));
+    logger.setResult(key != nullptr);
+    return key;
+}
+
+std::unique_ptr<ICryptoKeyPair> LoadRSAPrivateKey(const element& der)
+{
+    CCryptoAutoLogger logger("LoadRSAPrivateKey");
+    CCryptoRSAPrivateKeyObject object;
+    if (!object.ParseDer(der))
+        return logger.setRetValue(3, KeyPair(), "It is no RSAPrivateKey of two primes");
+    KeyPair key = PairOf(CCryptoRSA::FromPrivate(object.numbers));
+    logger.setResult(key != nullptr);
+    return key;
+}
+
+element RSAPublicKeyOf(const CCryptoRSA& key)
+{
+    CCryptoRSAPublicKeyObject object;
+    object.numbers.modulus = key.modulus();
+    object.numbers.publicExponent = key.publicExponent();
+    return object.BuildDer();
+}
+
+element RSAPrivateKeyOf(const CCryptoRSA& key)
+{
+    CCryptoAutoLogger logger("RSAPrivateKeyOf");
+    if (!key.isPrivate())
+        return logger.setRetValue(3, element(), "The key has no private half");
+    CCryptoRSAPrivateKeyObject object;
+    object.numbers = key.numbers();
+    logger.setResult(true);
+    return object.BuildDer();
+}
+
+std::unique_ptr<ICryptoKeyPair> LoadECPrivateKey(const element& der)
+{
+    CCryptoAutoLogger logger("LoadECPrivateKey");
+    KeyPair key = PairOfECPrivateKey(logger, der, 0);
+    if (key != nullptr)
+        logger.setResult(true);
+    return key;
+}
+
+element ECPrivateKeyOf(const CCryptoEC& key)
+{
+    CCryptoAutoLogger logger("ECPrivateKeyOf");
+    if (!key.hasPrivate() || !key.curve().signs)
+        return logger.setRetValue(3, element(), "The key has no private half, or no form of its own for it");
+    logger.setResult(true);
+    return ECPrivateKeyObjectOf(key, true);
+}
