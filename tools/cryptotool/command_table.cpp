@@ -5,13 +5,15 @@
 namespace {
 
 const Command* const commands[] = {
-    &asn1ShowCommand, &asn1BuildCommand, &asn1MatchCommand, &asn1GetCommand, &cipherEncCommand, &cipherDecCommand,
-    &oidCommand,      &gzipCommand,      &gunzipCommand,    &randomCommand,  &speedCommand,
+    &asn1ShowCommand, &asn1BuildCommand, &asn1MatchCommand,  &asn1GetCommand, &cipherEncCommand, &cipherDecCommand,
+    &oidCommand,      &gzipCommand,      &gunzipCommand,     &randomCommand,  &speedCommand,     &keyGenCommand,
+    &keyShowCommand,  &keyPublicCommand, &keyConvertCommand, &keySignCommand, &keyVerifyCommand,
 };
 
 constexpr Noun nouns[] = {
     {"asn1", "look into DER, build it, match it against templates"},
     {"cipher", "encrypt and decrypt files with a password or a key"},
+    {"key", "make keys, look into them, convert them, sign and verify with them"},
 };
 
 } // namespace

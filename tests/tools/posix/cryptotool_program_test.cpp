@@ -50,8 +50,15 @@ TEST_F(CryptotoolProgram, NothingIsLeftWhenItIsInterrupted)
 
 TEST_F(CryptotoolProgram, SecretsAreForTheirOwnerAlone)
 {
-    EXPECT_EQ(Run("umask 0; echo old >bytes; chmod 644 bytes; $T random 16 -o bytes; stat -c %a bytes >rights"), 0);
-    EXPECT_EQ(Get(u8"rights"), "600\n");
+    EXPECT_EQ(Run("umask 0; echo old >key; chmod 644 key; $T key gen P-256 -o key; $T key convert key -o converted; "
+                  "$T random 16 -o bytes; $T key show --private key -o shown; $T key public key -o public; "
+                  "stat -c %a key converted bytes shown public >rights"),
+              0);
+    EXPECT_EQ(Get(u8"rights"), "600\n600\n600\n600\n666\n");
+    EXPECT_EQ(
+        Run("exec 5<<'END'\nsalainen\nEND\n$T key convert --form encrypted --iterations 1000 --new-password-fd 5 key -o locked && "
+            "printf salainen | $T key show --password-file - locked >out"),
+        0);
     // Nor may anybody read them while they are written.
     EXPECT_EQ(Run("umask 0; $T random 100G -o large & until stat -c %a large.*.part >rights || ! kill -0 $!; do :; done; "
                   "kill -TERM $!; wait $!"),

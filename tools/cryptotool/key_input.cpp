@@ -1,0 +1,55 @@
+#include "tools/cryptotool/key_input.h"
+
+#include "asn1/pem.h"
+#include "tools/cryptotool/input.h"
+
+#include <algorithm>
+
+namespace {
+
+/// The bytes that base64 stands for; DER and PEM stay as they are. \return false with `reason`.
+bool DropBase64(element& bytes, std::string& reason)
+{
+    const std::string_view text = WithoutByteOrderMark(bytes.view());
+    if (text.empty()) {
+        reason = "it is empty";
+        return false;
+    }
+    if (HasPemBlock(text) || !IsBase64Text(text))
+        return true;
+    element decoded;
+    if (!DecodeBase64(text, decoded, reason))
+        return false;
+    bytes = std::move(decoded);
+    return true;
+}
+
+} // namespace
+
+int ReadKey(Invocation& invocation, const std::string& file, KeyInput& input)
+{
+    element bytes;
+    std::string reason;
+    if (!ReadWhole(invocation.console(), file, bytes, reason) || !DropBase64(bytes, reason))
+        return invocation.refuse(file, reason);
+    int passwordExit = exitDone;
+    CCryptoKeyFile keyFile;
+    input.key = keyFile.Load(bytes.bytes(), [&](element& password) {
+        passwordExit = ReadSecret(invocation, passwordSecret, Asking::once, password);
+        return passwordExit == exitDone;
+    });
+    input.form = keyFile.form();
+    if (passwordExit != exitDone)
+        return passwordExit;
+    return input.key != nullptr ? exitDone : invocation.refuse(file, keyFile.reason().view());
+}
+
+int CheckOneStandardInput(Invocation& invocation, std::initializer_list<std::string> files,
+                          std::initializer_list<SecretKind> secrets)
+{
+    const Arguments& arguments = invocation.arguments();
+    const auto count = std::ranges::count(files, "-") + std::ranges::count_if(secrets, [&](const SecretKind& kind) {
+                           return arguments.value(kind.file.name) == "-";
+                       });
+    return count < 2 ? exitDone : invocation.misuse("only one of the files can be standard input");
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "crypto/key_file.h"
+#include "tools/cryptotool/invocation.h"
+#include "tools/cryptotool/secret_input.h"
+
+#include <initializer_list>
+#include <memory>
+#include <string>
+
+/// A key that a file holds.
+struct KeyInput {
+    std::unique_ptr<ICryptoKeyPair> key;
+    KeyForm form = KeyForm::publicKeyInfo;
+};
+
+/// Reads a key of any form, DER, PEM or base64; of one that is encrypted, the password comes from the options of passwordSecret.
+/// \return exitDone, or the exit code after the reason was printed.
+int ReadKey(Invocation& invocation, const std::string& file, KeyInput& input);
+
+/// Whether at most one of these files, and of those that the options of `secrets` name, is standard input. Prints what is wrong
+/// otherwise. \return exitDone or exitUsage.
+int CheckOneStandardInput(Invocation& invocation, std::initializer_list<std::string> files,
+                          std::initializer_list<SecretKind> secrets);

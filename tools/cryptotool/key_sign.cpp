@@ -1,0 +1,52 @@
+#include "tools/cryptotool/command_table.h"
+#include "tools/cryptotool/key_input.h"
+#include "tools/cryptotool/key_signature.h"
+#include "tools/cryptotool/output.h"
+#include "tools/cryptotool/reason.h"
+
+namespace {
+
+constexpr std::string_view details =
+    R"(Signs FILE, or standard input, with the private key in KEY. The signature is binary: the octets of RSA, or the DER of ECDSA.
+)";
+
+constexpr Option options[] = {
+    hashOption,
+    pssOption,
+    {OptionKind::number, 0, "salt-length", "N", "of --pss: bytes of salt (as many as the hash has)"},
+    passwordSecret.file,
+    passwordSecret.descriptor,
+    outputOption,
+};
+
+int Sign(Invocation& invocation)
+{
+    const Arguments& arguments = invocation.arguments();
+    const std::string key = arguments.operand(0);
+    const std::string file = arguments.operands().size() > 1 ? arguments.operand(1) : "-";
+    KeyInput input;
+    SignedDigest what;
+    int exit = CheckOneStandardInput(invocation, {key, file}, {passwordSecret});
+    if (exit == exitDone)
+        exit = ReadKey(invocation, key, input);
+    if (exit == exitDone)
+        exit = ReadPadding(invocation, *input.key, key, what);
+    if (exit == exitDone && !input.key->hasPrivate())
+        exit = invocation.refuse(key, "it holds no private key");
+    Output output(invocation.console(), arguments.value(outputOption.name), Output::Content::binary);
+    if (exit == exitDone && !output.open())
+        exit = invocation.refuse(output.name(), output.reason());
+    if (exit == exitDone)
+        exit = HashFile(invocation, file, what);
+    if (exit != exitDone)
+        return exit;
+    StartReason();
+    const element signature = input.key->signHash(what.hash, what.digest.bytes(), what.padding);
+    if (signature.isEmpty())
+        return invocation.refuse(key, Reason("it does not sign so"));
+    return output.write(signature.bytes()) && output.finish() ? exitDone : invocation.refuse(output.name(), output.reason());
+}
+
+} // namespace
+
+const Command keySignCommand = {"key", "sign", "signs a file", "KEY [FILE]", 1, 2, details, options, Sign};

@@ -1,0 +1,56 @@
+#include "tools/cryptotool/command_table.h"
+#include "tools/cryptotool/input.h"
+#include "tools/cryptotool/key_input.h"
+#include "tools/cryptotool/key_signature.h"
+#include "tools/cryptotool/output.h"
+
+namespace {
+
+constexpr std::string_view details =
+    R"(Holds the signature in SIGNATURE, as "cryptotool key sign" writes it, against FILE, or standard input, and the key in KEY, which
+may be a private or a public one. Prints OK, or FAILED and ends with 1.
+)";
+
+constexpr Option options[] = {
+    hashOption,
+    pssOption,
+    {OptionKind::number, 0, "salt-length", "N", "of --pss: bytes of salt (any)"},
+    passwordSecret.file,
+    passwordSecret.descriptor,
+    outputOption,
+};
+
+int Verify(Invocation& invocation)
+{
+    const Arguments& arguments = invocation.arguments();
+    const std::string key = arguments.operand(0);
+    const std::string signatureFile = arguments.operand(1);
+    const std::string file = arguments.operands().size() > 2 ? arguments.operand(2) : "-";
+    KeyInput input;
+    SignedDigest what;
+    what.padding.masking.saltLength = CCryptoRSAPadding::saltOfAnyLength;
+    element signature;
+    std::string reason;
+    int exit = CheckOneStandardInput(invocation, {key, signatureFile, file}, {passwordSecret});
+    if (exit == exitDone)
+        exit = ReadKey(invocation, key, input);
+    if (exit == exitDone)
+        exit = ReadPadding(invocation, *input.key, key, what);
+    if (exit == exitDone && !ReadWhole(invocation.console(), signatureFile, signature, reason))
+        exit = invocation.refuse(signatureFile, reason);
+    if (exit == exitDone)
+        exit = HashFile(invocation, file, what);
+    if (exit != exitDone)
+        return exit;
+    const bool isRight = input.key->verifyHash(what.hash, what.digest.bytes(), signature.bytes(), what.padding);
+    Output output(invocation.console(), arguments.value(outputOption.name), Output::Content::text);
+    const bool written = output.open() && output.write(isRight ? "OK\n" : "FAILED\n") && output.finish();
+    if (!written)
+        return invocation.refuse(output.name(), output.reason());
+    return isRight ? exitDone : exitRefused;
+}
+
+} // namespace
+
+const Command keyVerifyCommand = {"key",   "verify", "holds a signature against a file", "KEY SIGNATURE [FILE]", 2, 3, details,
+                                  options, Verify};
