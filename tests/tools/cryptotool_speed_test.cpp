@@ -17,12 +17,13 @@ TEST(CryptotoolSpeed, MeasuresWhatIsNamedInEveryVariant)
     // One variant of each is in use.
     EXPECT_EQ(std::ranges::count(table.output, '*'), 2);
 
-    const ToolResult json = RunTool({"speed", "--json", "md4", "rsa2048"});
+    const ToolResult json = RunTool({"speed", "--json", "md4", "rsa2048", "x448"});
     EXPECT_TRUE(json.output.starts_with("{\"speed\":[\n{\"algorithm\":\"MD4\",\"variant\":\"portable\",\"used\":true,"
                                         "\"bytesPerSecond\":{\"16\":"))
         << json.output;
     for (const char* const part :
-         {"{\"algorithm\":\"RSA-2048 sign\",", "{\"algorithm\":\"RSA-2048 verify\",", ",\"operationsPerSecond\":"})
+         {"{\"algorithm\":\"RSA-2048 sign\",", "{\"algorithm\":\"RSA-2048 verify\",",
+          "{\"algorithm\":\"X448 agree\",\"variant\":\"portable\",\"used\":true", ",\"operationsPerSecond\":"})
         EXPECT_NE(json.output.find(part), std::string::npos) << part;
 }
 

@@ -16,7 +16,8 @@ constexpr std::string_view details =
     R"(Measures the library's algorithms on this processor, and prints how many million bytes of a text, or how many operations, each
 takes in a second. NAME is part of an algorithm's name, in either case, with or without "-"; without one all are measured, which
 takes about a quarter of a minute. Every variant that the processor has gets a line, and "*" stands at the one that the library
-uses; RSA is measured with that one alone. The environment variable CRYPTO_CPU, set to portable, makes it the portable one.
+uses; what works with keys, x25519 apart, is measured with that one alone. The environment variable CRYPTO_CPU, set to portable,
+makes it the portable one.
 )";
 
 constexpr Option options[] = {
@@ -167,6 +168,7 @@ int MeasureSpeed(Invocation& invocation)
     AddHashRows(rows);
     AddCipherRows(rows);
     AddRsaRows(rows);
+    AddCurveRows(rows);
     const std::vector<std::string>& names = arguments.operands();
     for (const std::string& name : names)
         if (std::ranges::none_of(rows, [&](const SpeedRow& row) { return Matches(row, name); }))

@@ -25,6 +25,7 @@ using SpeedRows = std::vector<SpeedRow>;
 void AddHashRows(SpeedRows& rows);
 void AddCipherRows(SpeedRows& rows);
 void AddRsaRows(SpeedRows& rows);
+void AddCurveRows(SpeedRows& rows);
 
 /// Calls add(variant, isUsed) with each variant that this process may use.
 template <typename Calls, typename Add>
