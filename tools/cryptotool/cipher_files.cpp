@@ -33,7 +33,6 @@ does not notice changes, --cipher says that it is expected.
 )";
 
 constexpr Option cipherOption = {OptionKind::text, 0, "cipher", "NAME", "the cipher (aes-256-gcm; with --openssl aes-256-cbc)"};
-constexpr Option hexKeyOption = {OptionKind::flag, 0, "hex-key", "", "the key is written in hexadecimal digits"};
 constexpr Option iterationsOption = {OptionKind::number, 0, "iterations", "N",
                                      "iterations of PBKDF2 (600000; with --openssl 10000)"};
 constexpr Option rawOption = {OptionKind::flag, 0, "raw", "", "no header: the cipher text alone, with a key and --iv"};
@@ -116,17 +115,7 @@ int CipherFiles::findCipher(std::string_view name)
 
 int CipherFiles::readKey()
 {
-    element secret;
-    if (const int code = ReadSecret(invocation_, keySecret, Asking::once, secret); code != exitDone)
-        return code;
-    if (!has(hexKeyOption)) {
-        setting_.key = std::move(secret);
-        return exitDone;
-    }
-    std::string_view digits = secret.view();
-    while (!digits.empty() && (digits.back() == '\n' || digits.back() == '\r'))
-        digits.remove_suffix(1);
-    return BytesFromHex(digits, setting_.key) ? exitDone : invocation_.refuse("key", "it is not made of hexadecimal digits");
+    return ReadKey(invocation_, setting_.key);
 }
 
 int CipherFiles::readPassword(element& password)

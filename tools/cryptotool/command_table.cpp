@@ -5,8 +5,8 @@
 namespace {
 
 const Command* const commands[] = {
-    &asn1ShowCommand, &asn1BuildCommand, &asn1MatchCommand,  &asn1GetCommand, &cipherEncCommand, &cipherDecCommand,
-    &oidCommand,      &gzipCommand,      &gunzipCommand,     &randomCommand,  &speedCommand,     &keyGenCommand,
+    &asn1ShowCommand, &asn1BuildCommand, &asn1MatchCommand,  &asn1GetCommand, &cipherEncCommand, &cipherDecCommand, &oidCommand,
+    &gzipCommand,     &gunzipCommand,    &hashCommand,       &macCommand,     &randomCommand,    &speedCommand,     &keyGenCommand,
     &keyShowCommand,  &keyPublicCommand, &keyConvertCommand, &keySignCommand, &keyVerifyCommand,
 };
 

@@ -16,6 +16,8 @@ extern const Command keyPublicCommand;
 extern const Command keyShowCommand;
 extern const Command keySignCommand;
 extern const Command keyVerifyCommand;
+extern const Command hashCommand;
+extern const Command macCommand;
 extern const Command oidCommand;
 extern const Command randomCommand;
 extern const Command speedCommand;

@@ -1,5 +1,6 @@
 #include "tools/cryptotool/secret_input.h"
 
+#include "asn1/hex.h"
 #include "tools/cryptotool/input.h"
 #include "tools/cryptotool/invocation.h"
 #include "tools/cryptotool/reason.h"
@@ -102,4 +103,17 @@ int ReadSecret(Invocation& invocation, const SecretKind& kind, Asking asking, el
         return exitDone;
     secret = element();
     return invocation.refuse(place, isRead ? "it is empty" : reason);
+}
+
+int ReadKey(Invocation& invocation, element& key)
+{
+    const int code = ReadSecret(invocation, keySecret, Asking::once, key);
+    if (code != exitDone || !invocation.arguments().has(hexKeyOption.name))
+        return code;
+    while (!key.isEmpty() && (key.view().back() == '\n' || key.view().back() == '\r'))
+        key.erase(key.length() - 1, 1);
+    element bytes;
+    const bool isHex = BytesFromHex(key.view(), bytes) && !bytes.isEmpty();
+    key = std::move(bytes);
+    return isHex ? exitDone : invocation.refuse("key", "it is not made of hexadecimal digits");
 }

@@ -26,6 +26,8 @@ constexpr SecretKind keySecret = {
     {OptionKind::text, 0, "key-file", "FILE", "the key is what FILE holds, byte for byte; \"-\" is stdin"},
     {OptionKind::number, 0, "key-fd", "N", "the key is what descriptor N gives until its end"},
 };
+/// For a key that is read with ReadKey().
+constexpr Option hexKeyOption = {OptionKind::flag, 0, "hex-key", "", "the key is written in hexadecimal digits"};
 constexpr SecretKind passwordSecret = {
     "password",
     true,
@@ -39,3 +41,5 @@ enum class Asking { once, twice };
 /// Reads the secret that the two options of `kind` name; without them, asks for it. A key is not empty, a password may be.
 /// \return exitDone, or the exit code after the reason was printed, with `secret` empty.
 int ReadSecret(Invocation& invocation, const SecretKind& kind, Asking asking, element& secret);
+/// The same for a key, which hexKeyOption tells to be written in hexadecimal digits.
+int ReadKey(Invocation& invocation, element& key);

@@ -1,0 +1,78 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <string>
+
+namespace {
+
+/// The program on a terminal of its own, at which this test sits.
+class Terminal {
+public:
+    explicit Terminal(const char* arguments)
+    {
+        const std::string command =
+            std::string("printf '%s' 'what do ya want for nothing?' | " PROGRAM_DIR "/cryptotool ") + arguments;
+        child_ = forkpty(&master_, nullptr, nullptr, nullptr);
+        if (child_ == 0) {
+            execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+            _exit(127);
+        }
+    }
+    ~Terminal() { close(master_); }
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
+
+    /// What the terminal shows up to `text`, or up to the end.
+    std::string shownUntil(const std::string& text)
+    {
+        std::string shown;
+        char byte = 0;
+        while ((text.empty() || !shown.ends_with(text)) && read(master_, &byte, 1) == 1)
+            shown += byte;
+        return shown;
+    }
+    void type(const std::string& text) { EXPECT_EQ(write(master_, text.data(), text.size()), static_cast<ssize_t>(text.size())); }
+    bool showsTyping() const
+    {
+        termios modes = {};
+        return tcgetattr(master_, &modes) == 0 && (modes.c_lflag & ECHO) != 0;
+    }
+    int end()
+    {
+        int status = 0;
+        waitpid(child_, &status, 0);
+        return status;
+    }
+
+private:
+    int master_ = -1;
+    pid_t child_ = -1;
+};
+
+TEST(CryptotoolPrompt, AKeyIsTypedWithoutBeingShown)
+{
+    Terminal terminal("mac hmac-sha256 -");
+    EXPECT_EQ(terminal.shownUntil(": "), "Enter the key: ");
+    EXPECT_FALSE(terminal.showsTyping());
+    terminal.type("Jefe\n");
+    EXPECT_EQ(terminal.shownUntil("\n"), "\r\n");
+    EXPECT_EQ(terminal.shownUntil("\n"), "5bdcc146bf60754e6a042426089575c75a003f089d2739839dec58b964ec3843  -\r\n");
+    EXPECT_TRUE(terminal.showsTyping());
+    EXPECT_EQ(terminal.end(), 0);
+}
+
+TEST(CryptotoolPrompt, AnInterruptedTerminalShowsTypingAgain)
+{
+    Terminal terminal("mac hmac-sha256 -; true");
+    EXPECT_EQ(terminal.shownUntil(": "), "Enter the key: ");
+    terminal.type("Je\x03");
+    terminal.shownUntil("\n");
+    terminal.end();
+    EXPECT_TRUE(terminal.showsTyping());
+}
+
+} // namespace

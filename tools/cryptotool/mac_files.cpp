@@ -1,0 +1,63 @@
+#include "asn1/hex.h"
+#include "tools/cryptotool/command_table.h"
+#include "tools/cryptotool/invocation.h"
+#include "tools/cryptotool/mac_algorithms.h"
+#include "tools/cryptotool/secret_input.h"
+#include "tools/cryptotool/streamed_file.h"
+#include "tools/cryptotool/sum_line.h"
+#include "tools/cryptotool/sum_output.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+constexpr std::string_view details =
+    R"(Prints the message authentication code of each FILE, "-" for standard input, as hash prints digests. ALG is hmac- with the name of
+a hash function (hmac-sha256), or aes-cmac, whose key has 16, 24 or 32 bytes. Without --key-file and --key-fd the key is asked for at the terminal, and is the line typed there.
+)";
+
+constexpr Option options[] = {keySecret.file, keySecret.descriptor, hexKeyOption, outputOption};
+
+int PrintMACs(Invocation& invocation, StreamedMAC& mac)
+{
+    const Arguments& arguments = invocation.arguments();
+    SumOutput output(invocation.console(), arguments.value(outputOption.name));
+    if (!output.open())
+        return invocation.refuse(output.name(), output.reason());
+    int code = exitDone;
+    for (const std::string& file : std::span(arguments.operands()).subspan(1)) {
+        std::string reason;
+        const bool isRead = StreamFile(
+            invocation.console(), file, [&](std::span<const std::uint8_t> piece) { mac.update(piece); }, reason);
+        const element found = mac.final();
+        if (!isRead)
+            code = invocation.refuse(file, reason);
+        else if (!output.write({std::string(HexText(found.bytes()).view()), file}))
+            return invocation.refuse(output.name(), output.reason());
+    }
+    return output.finish() ? code : invocation.refuse(output.name(), output.reason());
+}
+
+int MACFiles(Invocation& invocation)
+{
+    const Arguments& arguments = invocation.arguments();
+    const auto files = std::span(arguments.operands()).subspan(1);
+    if (arguments.value(keySecret.file.name) == "-" && std::ranges::find(files, "-") != files.end())
+        return invocation.misuse("standard input is the key or a FILE, not both");
+    const MACAlgorithm* const algorithm = FindMACAlgorithm(arguments.operand(0));
+    if (algorithm == nullptr)
+        return invocation.misuse("there is no MAC " + arguments.operand(0));
+    element key;
+    if (const int code = ReadKey(invocation, key); code != exitDone)
+        return code;
+    std::string reason;
+    const auto mac = algorithm->create(arguments.operand(0), key.bytes(), reason);
+    return mac != nullptr ? PrintMACs(invocation, *mac) : invocation.refuse("key", reason);
+}
+
+} // namespace
+
+const Command macCommand = {"mac",         "",      "prints message authentication codes of files",
+                            "ALG FILE...", 2,       std::numeric_limits<std::size_t>::max(),
+                            details,       options, MACFiles};

@@ -1,0 +1,90 @@
+#include "tools/cryptotool/sum_line.h"
+
+#include <cstddef>
+
+namespace {
+
+struct Escape {
+    char plain;
+    char letter;
+};
+
+constexpr Escape escapes[] = {{'\\', '\\'}, {'\n', 'n'}, {'\r', 'r'}};
+
+/// \return false when the name needs no escape.
+bool EscapeName(std::string_view name, std::string& escaped)
+{
+    bool isEscaped = false;
+    for (const char character : name) {
+        const std::size_t before = escaped.size();
+        for (const Escape& row : escapes)
+            if (row.plain == character)
+                escaped += {'\\', row.letter};
+        if (escaped.size() == before)
+            escaped += character;
+        else
+            isEscaped = true;
+    }
+    return isEscaped;
+}
+
+bool UnescapeName(std::string_view escaped, std::string& name)
+{
+    for (std::size_t i = 0; i < escaped.size(); ++i) {
+        char character = escaped[i];
+        if (character == '\\') {
+            ++i;
+            bool isKnown = false;
+            for (const Escape& row : escapes) {
+                if (i < escaped.size() && row.letter == escaped[i]) {
+                    character = row.plain;
+                    isKnown = true;
+                }
+            }
+            if (!isKnown)
+                return false;
+        }
+        name += character;
+    }
+    return true;
+}
+
+} // namespace
+
+std::string SumLine::text() const
+{
+    std::string name;
+    const bool isEscaped = EscapeName(file, name);
+    return (isEscaped ? "\\" : "") + digits + "  " + name + "\n";
+}
+
+std::string SumLine::About(std::string_view file, std::string_view text)
+{
+    std::string name;
+    const bool isEscaped = EscapeName(file, name);
+    return (isEscaped ? "\\" : "") + name + ": " + std::string(text) + "\n";
+}
+
+bool SumLine::read(std::string_view line)
+{
+    *this = {};
+    const bool isEscaped = line.starts_with('\\');
+    if (isEscaped)
+        line.remove_prefix(1);
+    const std::size_t end = line.find(' ');
+    if (end == std::string_view::npos || end == 0 || line.size() < end + 3 || (line[end + 1] != ' ' && line[end + 1] != '*'))
+        return false;
+    for (const char character : line.substr(0, end)) {
+        if (character >= 'A' && character <= 'F')
+            digits += static_cast<char>(character - 'A' + 'a');
+        else if ((character >= '0' && character <= '9') || (character >= 'a' && character <= 'f'))
+            digits += character;
+        else
+            return false;
+    }
+    const std::string_view name = line.substr(end + 2);
+    if (isEscaped)
+        return UnescapeName(name, file);
+    file = name;
+    return true;
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+/// A line as the sum programs of coreutils write and check them: digits, two blanks, a file's name. When the name has a line feed,
+/// a carriage return or a backslash, these stand as "\n", "\r" and "\\", and the line begins with a backslash.
+struct SumLine {
+    std::string digits; ///< hexadecimal, in small letters
+    std::string file;
+
+    /// With its end.
+    std::string text() const;
+    /// The name as it stands in such a line; \param text what follows it on a line of its own.
+    static std::string About(std::string_view file, std::string_view text);
+    /// Takes the second blank, or "*" in its place, as well; the line stands without its end. \return false when it is none.
+    bool read(std::string_view line);
+};
