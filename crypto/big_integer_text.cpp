@@ -1,7 +1,6 @@
-#include "core/platform/secure_wipe.h"
 #include "crypto/big_integer.h"
 
-#include <string>
+#include <algorithm>
 
 namespace {
 
@@ -81,12 +80,13 @@ CCryptoString CCryptoBigInteger::toHex() const
         return CCryptoString("invalid");
     if (limbs_.empty())
         return CCryptoString("0");
-    std::string text(negative_ ? 1 : 0, '-');
+    element text(ElementType::utf8Text);
+    text.reserve(bits() / 4 + 2);
+    if (negative_)
+        text.append("-");
     for (std::uint32_t i = (bits() + 3) / 4; i-- > 0;)
-        text.push_back("0123456789abcdef"[limbs_[i / 16] >> 4 * (i % 16) & 15]);
-    const CCryptoString result{std::string_view(text)};
-    platform::SecureWipe(text.data(), text.size());
-    return result;
+        text.append(static_cast<std::uint8_t>("0123456789abcdef"[limbs_[i / 16] >> 4 * (i % 16) & 15]));
+    return CCryptoString(text);
 }
 
 CCryptoString CCryptoBigInteger::toDecimal() const
@@ -96,7 +96,8 @@ CCryptoString CCryptoBigInteger::toDecimal() const
     if (limbs_.empty())
         return CCryptoString("0");
     // From the last digit to the first.
-    std::string text;
+    element text(ElementType::utf8Text);
+    text.reserve(bits() / 3 + 2);
     const CCryptoBigInteger divisor = tenToThe18;
     CCryptoBigInteger rest = absolute();
     while (!rest.isZero()) {
@@ -105,12 +106,11 @@ CCryptoString CCryptoBigInteger::toDecimal() const
         Divide(rest, divisor, quotient, group);
         std::uint64_t word = group.toWord();
         for (std::uint32_t i = 0; i < digitsOfWord && (word != 0 || !quotient.isZero()); ++i, word /= 10)
-            text.push_back(static_cast<char>('0' + word % 10));
+            text.append(static_cast<std::uint8_t>('0' + word % 10));
         rest = std::move(quotient);
     }
     if (negative_)
-        text.push_back('-');
-    const CCryptoString result(std::string_view(std::string(text.rbegin(), text.rend())));
-    platform::SecureWipe(text.data(), text.size());
-    return result;
+        text.append("-");
+    std::reverse(text.data(), text.data() + text.length());
+    return CCryptoString(text);
 }
