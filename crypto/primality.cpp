@@ -127,7 +127,7 @@ std::uint32_t RoundsFor(std::size_t bits)
 {
     if (bits >= 1536)
         return 4;
-    return bits >= 1024 ? 5 : 8;
+    return bits >= 1024 ? 5 : 9;
 }
 
 } // namespace primality
