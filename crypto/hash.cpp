@@ -145,6 +145,9 @@ std::string Plain(std::string_view name)
     return plain;
 }
 
+/// With room for "-" between all characters.
+constexpr std::size_t longestHashName = 32;
+
 struct HashName {
     std::string_view plain;
     std::uint32_t id;
@@ -176,8 +179,8 @@ std::unique_ptr<ICryptoHash> ICryptoHash::Create(std::uint32_t id)
 
 std::unique_ptr<ICryptoHash> ICryptoHash::CreateByName(std::string_view name)
 {
-    // The longest name is far shorter; a text from outside is not taken up whole.
-    const std::string plain = Plain(name.substr(0, 32));
+    // A text from outside that is longer than any name is not taken up.
+    const std::string plain = name.size() <= longestHashName ? Plain(name) : std::string();
     if (plain == "md4")
         return std::make_unique<BlockHash<std::uint32_t>>(md4Kind);
     for (const HashName& row : hashNames)
