@@ -1,5 +1,6 @@
 #include "crypto/hmac_drbg.h"
 
+#include "asn1/algorithm_table.h"
 #include "core/log_writers.h"
 #include "core/platform/secure_wipe.h"
 
@@ -8,7 +9,6 @@
 
 namespace {
 
-constexpr std::uint32_t sha256 = 102;
 constexpr std::size_t leastEntropy = 16;
 
 bool Refuse(const char* reason)
@@ -50,7 +50,7 @@ bool CCryptoHMACDRBG::instantiate(std::span<const std::uint8_t> entropy, std::sp
         return Refuse("too little entropy");
     if (entropy.size() > longestInput || nonce.size() > longestInput || personalization.size() > longestInput)
         return Refuse("the input is too long");
-    mac_ = CCryptoHMAC::Create(sha256);
+    mac_ = CCryptoHMAC::Create(algorithm::sha256);
     if (mac_ == nullptr)
         return Refuse("SHA-256 is missing");
     std::memset(key_, 0, sizeof key_);

@@ -1,3 +1,4 @@
+#include "asn1/algorithm_table.h"
 #include "asn1/wiped_array.h"
 #include "core/auto_logger.h"
 #include "core/platform/secure_wipe.h"
@@ -16,7 +17,6 @@ using constant_time::Mask;
 
 namespace {
 
-constexpr std::uint32_t sha256 = 102;
 constexpr std::size_t sha256Size = 32;
 
 std::span<std::uint8_t> AllOf(WipedArray<std::uint8_t>& block)
@@ -34,8 +34,8 @@ class Substitute {
 public:
     Substitute(const CCryptoRSA& key, std::span<const std::uint8_t> ciphertext) : message_(ciphertext.size())
     {
-        const std::unique_ptr<CCryptoHMAC> mac = CCryptoHMAC::Create(sha256);
-        const std::unique_ptr<ICryptoHash> hash = ICryptoHash::Create(sha256);
+        const std::unique_ptr<CCryptoHMAC> mac = CCryptoHMAC::Create(algorithm::sha256);
+        const std::unique_ptr<ICryptoHash> hash = ICryptoHash::Create(algorithm::sha256);
         if (mac == nullptr || hash == nullptr)
             return;
         const CCryptoRSANumbers numbers = key.numbers();
