@@ -1,32 +1,32 @@
 #pragma once
 
+#include "crypto/byte_order.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
-/// Bytes of cipher blocks, with constant time for a given length.
+/// Bytes of cipher blocks, with constant time for a given length. Words are big-endian.
 namespace block_bytes {
 
 inline std::uint32_t Load32(const std::uint8_t* bytes)
 {
-    return std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16 | std::uint32_t{bytes[2]} << 8 | bytes[3];
+    return LoadWord<std::uint32_t, std::endian::big>(bytes);
 }
 
 inline std::uint64_t Load64(const std::uint8_t* bytes)
 {
-    return std::uint64_t{Load32(bytes)} << 32 | Load32(bytes + 4);
+    return LoadWord<std::uint64_t, std::endian::big>(bytes);
 }
 
 inline void Store32(std::uint8_t* bytes, std::uint32_t value)
 {
-    for (int i = 0; i < 4; ++i)
-        bytes[i] = static_cast<std::uint8_t>(value >> (24 - 8 * i));
+    StoreWord<std::uint32_t, std::endian::big>(bytes, value);
 }
 
 inline void Store64(std::uint8_t* bytes, std::uint64_t value)
 {
-    Store32(bytes, static_cast<std::uint32_t>(value >> 32));
-    Store32(bytes + 4, static_cast<std::uint32_t>(value));
+    StoreWord<std::uint64_t, std::endian::big>(bytes, value);
 }
 
 /// out = a ^ b; `out` may be either of them.
