@@ -1,4 +1,5 @@
 #include "asn1/algorithm_table.h"
+#include "core/platform/secure_wipe.h"
 #include "crypto/block_hash.h"
 #include "crypto/sha1_variants.h"
 
@@ -35,12 +36,11 @@ inline void FiveSteps(State& s, const Mix& mix, const Words& word, unsigned firs
     step(s.b, s.c, s.d, s.e, s.a, first + 4);
 }
 
-inline void Block(State& s, const std::uint8_t* block)
+inline void Block(State& s, Word (&w)[16], const std::uint8_t* block)
 {
     const auto choose = [](Word x, Word y, Word z) { return z ^ (x & (y ^ z)); };
     const auto parity = [](Word x, Word y, Word z) { return x ^ y ^ z; };
     const auto majority = [](Word x, Word y, Word z) { return (x & y) + (z & (x ^ y)); };
-    Word w[16];
     const auto first = [&](unsigned t) {
         return t < 16 ? w[t] = LoadWord<Word, std::endian::big>(block + std::size_t{4} * t) : NextWord(w, t);
     };
@@ -61,15 +61,18 @@ inline void Block(State& s, const std::uint8_t* block)
 
 void Compress(Word* state, const std::uint8_t* blocks, std::size_t count)
 {
+    Word w[16];
     for (; count != 0; --count, blocks += 64) {
         State s = {state[0], state[1], state[2], state[3], state[4]};
-        Block(s, blocks);
+        Block(s, w, blocks);
         state[0] += s.a;
         state[1] += s.b;
         state[2] += s.c;
         state[3] += s.d;
         state[4] += s.e;
     }
+    // The last block follows from them, and may be a key.
+    platform::SecureWipe(w, sizeof w);
 }
 
 constexpr std::array<Variant<CompressBlocks<Word>>, 2> variants = {{

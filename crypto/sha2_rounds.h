@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/platform/secure_wipe.h"
 #include "crypto/byte_order.h"
 
 #include <bit>
@@ -15,18 +16,20 @@ class SHA2Rounds {
 public:
     static void Compress(Word* state, const std::uint8_t* blocks, std::size_t count, const Word* constants)
     {
+        Word w[16];
         for (; count != 0; --count, blocks += 16 * sizeof(Word)) {
             Word s[8] = {state[0], state[1], state[2], state[3], state[4], state[5], state[6], state[7]};
-            Block(s, blocks, constants);
+            Block(s, w, blocks, constants);
             for (int i = 0; i < 8; ++i)
                 state[i] += s[i];
         }
+        // The last block follows from them, and may be a key.
+        platform::SecureWipe(w, sizeof w);
     }
 
 private:
-    static void Block(Word (&s)[8], const std::uint8_t* block, const Word* constants)
+    [[gnu::always_inline]] static inline void Block(Word (&s)[8], Word (&w)[16], const std::uint8_t* block, const Word* constants)
     {
-        Word w[16];
 #pragma GCC unroll 16
         for (unsigned t = 0; t < 16; ++t) {
             w[t] = LoadWord<Word, std::endian::big>(block + t * sizeof(Word));
