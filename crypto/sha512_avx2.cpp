@@ -4,8 +4,7 @@
 
 // FIPS 180-4, 6.4.2, two blocks at a time: a register holds two words of each block's message, the first block's in its lower half.
 // The words with their constants go to memory, from where the rounds of the first block take them beside the expansion and those of
-// the second block after it. No 256-bit register is ever put on the stack by the compiler: the stack of Windows need not be aligned
-// for that.
+// the second block after it.
 
 namespace {
 
