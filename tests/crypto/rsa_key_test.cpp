@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <functional>
+#include <thread>
 
 namespace {
 
@@ -149,6 +151,25 @@ TEST(RSAKey, OperatesOnNumbersBelowTheModulusAlone)
         EXPECT_TRUE(key.privateOperation(tooLarge.bytes()).isEmpty());
         EXPECT_TRUE(key.publicOperation(tooLarge.bytes()).isEmpty());
     }
+}
+
+TEST(RSAKey, ServesManyThreadsAtOnce)
+{
+    // More operations than a blinding lasts.
+    constexpr int operations = 100;
+    const Bytes digest(32, 9);
+    const element expected = AnyKey().signPKCS1(102, digest);
+    const auto key = CCryptoRSA::FromPrivate(Numbers());
+    std::atomic<int> right = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 3; ++i)
+        threads.emplace_back([&] {
+            for (int operation = 0; operation < operations; ++operation)
+                right += key->signPKCS1(102, digest) == expected ? 1 : 0;
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(right, 3 * operations);
 }
 
 TEST(RSAKey, IsGeneratedByTheRules)
