@@ -113,10 +113,25 @@ function(house_secrets_test name)
     house_arguments("" "" "" ${ARGN})
     house_googletest()
     house_program(${name} SOURCES ${house_FILES} LINKS ${house_LINKS} GTest::gtest GTest::gtest_main)
+    house_secrets_entry(${name} ${name})
+endfunction()
+
+# house_secrets_test_again(ENTRY PROGRAM NAME ENVIRONMENT NAME=VALUE...)
+#
+# Such a program once more, with other variables.
+function(house_secrets_test_again entry)
+    if(NOT HOUSE_TESTS OR NOT HOUSE_SECRETS_MARKED)
+        return()
+    endif()
+    cmake_parse_arguments(house "" "PROGRAM" "ENVIRONMENT" ${ARGN})
+    house_secrets_entry(${entry} ${house_PROGRAM} ${house_ENVIRONMENT})
+endfunction()
+
+function(house_secrets_entry entry program)
     # A leak is the sanitizers' to find.
-    add_test(NAME ${name} COMMAND valgrind --quiet --error-exitcode=99 --leak-check=no --num-callers=30 $<TARGET_FILE:${name}>
+    add_test(NAME ${entry} COMMAND valgrind --quiet --error-exitcode=99 --leak-check=no --num-callers=30 $<TARGET_FILE:${program}>
         WORKING_DIRECTORY "${houseResults}")
-    house_test_properties(${name} 300 "GTEST_OUTPUT=json:${name}.json")
+    house_test_properties(${entry} 300 "GTEST_OUTPUT=json:${entry}.json" ${ARGN})
 endfunction()
 
 # Test code is compiled for a fast build; what it tests keeps the flags of the preset. Undefined behaviour is looked for in what is
