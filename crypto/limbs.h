@@ -25,7 +25,7 @@ constexpr std::size_t CountFor(std::size_t bits)
 Limb Add(Limb* result, const Limb* left, const Limb* right, std::size_t count);
 /// result = left - right. \return the borrow.
 Limb Subtract(Limb* result, const Limb* left, const Limb* right, std::size_t count);
-/// numbers += word. \return the carry.
+/// number += word. \return the carry.
 Limb AddWord(Limb* number, std::size_t count, Limb word);
 Limb SubtractWord(Limb* number, std::size_t count, Limb word);
 /// result += number * word. \return the carry.
