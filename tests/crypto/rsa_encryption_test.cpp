@@ -145,6 +145,25 @@ TEST(RSADecryption, OfPKCS1GivesASubstituteForAWrongPadding)
     EXPECT_EQ(DecryptPKCS1(Encrypted(Block(size - 3, {}))), "");
 }
 
+// From release to release the same: the derivation of draft-irtf-cfrg-rsa-guidance, computed once more in a scripting language.
+TEST(RSADecryption, OfPKCS1DerivesTheSubstituteFromKeyAndCiphertext)
+{
+    const struct {
+        std::uint8_t type;
+        const char* substitute;
+    } cases[] = {
+        {1, "12ed1c9ceccacc644d1bf87d6793e9cb52993e47844101c0"},
+        {2, "83e91b32f92be7e22ef82780a01d2e68e1f716bcae4375c8bb241cad48b4bdd0"
+            "ed9cbddc2fd72ead2cea012e6fec95f8e389c932522e8cc13de8b1d9dd48d99d"},
+    };
+    for (const auto& c : cases) {
+        Bytes block(size, 0x55); // without the zero that ends a padding
+        block[0] = 0;
+        block[1] = c.type;
+        EXPECT_EQ(DecryptPKCS1(Encrypted(block)), c.substitute);
+    }
+}
+
 TEST(RSADecryption, OfPKCS1UnwrapsTheLengthThatIsWanted)
 {
     const Bytes message(24, 0x31);
