@@ -229,7 +229,8 @@ std::size_t CCryptoGCM::takeBehindEnd(std::span<const std::uint8_t> in, std::uin
 bool CCryptoGCM::takes(std::size_t length) const
 {
     const std::uint64_t sofar = text_.textLength + text_.endCount + kept_.length();
-    const std::uint64_t longest = state_ == State::keeping ? longestKept + tagLength_ : longestText + tagLength_;
+    const std::uint64_t tag = state_ == State::encrypting ? 0 : tagLength_;
+    const std::uint64_t longest = (state_ == State::keeping ? longestKept : longestText) + tag;
     return length <= longest - std::min(longest, sofar);
 }
 

@@ -219,6 +219,17 @@ TEST(Gcm, RefusesWhatDoesNotFit)
     EXPECT_FALSE(gcm.addAuthenticated(key)) << "too late";
     EXPECT_FALSE(gcm.update(key, out)) << "the text ended with the failure";
 
+    // One byte more than a vector is good for is refused before any of it is looked at.
+    constexpr std::uint64_t longest = (std::uint64_t{1} << 36) - 32;
+    std::size_t written = 0;
+    std::uint8_t room[16];
+    ASSERT_TRUE(gcm.start(CipherDirection::encrypt, key, iv));
+    EXPECT_FALSE(gcm.update(std::span(key.data(), longest + 1), room, written));
+    ASSERT_TRUE(gcm.start(CipherDirection::encrypt, key, iv) && gcm.update(key, room, written));
+    EXPECT_FALSE(gcm.update(std::span(key.data(), longest - 15), room, written));
+    ASSERT_TRUE(gcm.startCheck(key, iv));
+    EXPECT_FALSE(gcm.update(std::span(key.data(), longest + 17), room, written));
+
     const Bytes much(std::size_t{1} << 20);
     ASSERT_TRUE(gcm.start(CipherDirection::decrypt, key, iv));
     for (std::size_t kept = 0; kept < CCryptoGCM::longestKept; kept += much.size())
