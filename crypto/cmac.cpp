@@ -96,6 +96,8 @@ bool CCryptoCMAC::setKey(std::span<const std::uint8_t> key)
     hasKey_ = false;
     reset();
     cipher_->clearKey();
+    platform::SecureWipe(whole_.data(), whole_.size());
+    platform::SecureWipe(short_.data(), short_.size());
     if (key.size() < shortestKey_ || key.size() > longestKey_)
         return logger.setRetValue(3, false, "%s has no keys of %zu bytes", cipherName_, key.size());
     if (!cipher_->setKey(key))

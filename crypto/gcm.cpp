@@ -86,7 +86,7 @@ bool CCryptoGCM::begin(State state, std::span<const std::uint8_t> key, std::span
 /// SP 800-38D, 7.1, steps 2 and 3.
 void CCryptoGCM::computeFirstCounter(std::span<const std::uint8_t> iv)
 {
-    firstCounter_ = {};
+    firstCounter_.fill(0);
     if (iv.size() == 12) {
         std::ranges::copy(iv, firstCounter_.begin());
         firstCounter_.back() = 1;
@@ -96,7 +96,7 @@ void CCryptoGCM::computeFirstCounter(std::span<const std::uint8_t> iv)
         Block lengths{};
         block_bytes::Store64(lengths.data() + 8, 8 * std::uint64_t{iv.size()});
         calls_->hash(hashKey_, text_.hash.data(), lengths.data(), 1);
-        firstCounter_ = text_.hash;
+        std::ranges::copy(text_.hash, firstCounter_.begin());
         text_.hash = {};
     }
     text_.counter = firstCounter_;
@@ -349,5 +349,6 @@ void CCryptoGCM::forget()
     platform::SecureWipe(&hashKey_, sizeof hashKey_);
     platform::SecureWipe(&text_, sizeof text_);
     platform::SecureWipe(&first_, sizeof first_);
+    platform::SecureWipe(&firstCounter_, sizeof firstCounter_);
     kept_.clear();
 }

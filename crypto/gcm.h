@@ -91,7 +91,7 @@ private:
     Wiped<gcm::HashKey> hashKey_{};
     Wiped<Text> text_{};
     Wiped<Text> first_{}; ///< as it was before the first byte of text, for the second pass
-    Block firstCounter_{};
+    Wiped<Block> firstCounter_{}; ///< a secret, too, when it is a hash of a vector
     element kept_;
     std::size_t nextTagLength_ = longestTag;
     std::size_t tagLength_ = longestTag;

@@ -36,6 +36,19 @@ TEST(Cmac, GivesThePublishedCodesInAnySplit)
     }
 }
 
+TEST(Cmac, ForgetsTheKeyBeforeOneThatIsRefused)
+{
+    // RFC 4493, 4: the key, and K1 and K2 that are made of it.
+    const Bytes key = {0x2B, 0x7E, 0x15, 0x16, 0x28, 0xAE, 0xD2, 0xA6, 0xAB, 0xF7, 0x15, 0x88, 0x09, 0xCF, 0x4F, 0x3C};
+    const auto cmac = CCryptoCMAC::CreateByName("aes-128");
+    ASSERT_TRUE(cmac->setKey(key));
+    for (const char* const subkey : {"fbeed618357133667c85e08f7236a8de", "f7ddac306ae266ccf90bc11ee46d513b"})
+        EXPECT_TRUE(Holds(*cmac, subkey)) << subkey;
+    EXPECT_FALSE(cmac->setKey(Bytes(17)));
+    for (const char* const subkey : {"fbeed618357133667c85e08f7236a8de", "f7ddac306ae266ccf90bc11ee46d513b"})
+        EXPECT_FALSE(Holds(*cmac, subkey)) << subkey;
+}
+
 TEST(Cmac, GivesNothingWithoutAKey)
 {
     const auto cmac = CCryptoCMAC::Create(305);

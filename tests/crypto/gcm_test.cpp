@@ -202,6 +202,23 @@ TEST(Gcm, SaysWhenTheTextChangedBetweenTheTwoPasses)
     EXPECT_FALSE(gcm.startChecked()) << "a check that failed allows nothing";
 }
 
+TEST(Gcm, ForgetsTheFirstCounterOfATextThatEnded)
+{
+    // Test case 5 of the mode's original publication: the first counter is a hash of the vector of 8 bytes, and tells of the key.
+    const Bytes key = {0xFE, 0xFF, 0xE9, 0x92, 0x86, 0x65, 0x73, 0x1C, 0x6D, 0x6A, 0x8F, 0x94, 0x67, 0x30, 0x83, 0x08};
+    const Bytes iv = {0xCA, 0xFE, 0xBA, 0xBE, 0xFA, 0xCE, 0xDB, 0xAD};
+    const std::string firstCounter = "c43a83c4c4badec4354ca984db252f7d";
+    CCryptoGCM gcm("aes-128-gcm", 312, 16);
+    for (const bool ends : {true, false}) {
+        element out;
+        ASSERT_TRUE(gcm.start(CipherDirection::encrypt, key, iv));
+        EXPECT_TRUE(Holds(gcm, firstCounter));
+        ASSERT_TRUE(gcm.update(iv, out));
+        EXPECT_EQ(ends ? gcm.final(out) : gcm.addAuthenticated(iv), ends);
+        EXPECT_FALSE(Holds(gcm, firstCounter));
+    }
+}
+
 TEST(Gcm, RefusesWhatDoesNotFit)
 {
     const Bytes key(16, 1);

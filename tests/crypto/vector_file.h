@@ -35,3 +35,11 @@ private:
 std::vector<TestVector> ReadVectors(const std::string& file);
 
 std::string Hex(const Bytes& bytes);
+
+/// Whether these bytes, in hexadecimal digits, stand anywhere in the object itself.
+template <typename Object>
+bool Holds(const Object& object, const std::string& digits)
+{
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(&object);
+    return Hex(Bytes(bytes, bytes + sizeof object)).find(digits) != std::string::npos;
+}
