@@ -223,7 +223,8 @@ void DecryptPlanes(const aes::Key& key, Planes& planes)
     AddRoundKey(planes, key, key.rounds);
     ShiftRows<true>(planes);
     InverseSubstitute(planes);
-    for (std::size_t round = key.rounds - 1; round > 0; --round) {
+    // A key that was wiped has no rounds.
+    for (std::size_t round = key.rounds; round-- > 1;) {
         AddRoundKey(planes, key, round);
         InverseMixColumns(planes);
         ShiftRows<true>(planes);

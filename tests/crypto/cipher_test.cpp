@@ -268,4 +268,23 @@ TEST(Aes, EveryVariantGivesWhatThePortableOneGives)
     std::printf("%zu comparisons\n", compared);
 }
 
+TEST(Aes, WithoutAKeyReadsNothingAstray)
+{
+    for (const Variant<aes::Calls>& variant : aes::Variants()) {
+        if ((variant.needs & ~cpu::PresentFeatures()) != 0)
+            continue;
+        SCOPED_TRACE(variant.name);
+        CCryptoAES aes(variant);
+        Bytes text(16 * 40), chain(16), counter(16);
+        EXPECT_TRUE(aes.setKey(Bytes(32, 1)));
+        EXPECT_FALSE(aes.setKey(Bytes(31, 1)));
+        aes.encrypt(text.data(), text.data(), 40);
+        aes.decrypt(text.data(), text.data(), 40);
+        aes.encryptCbc(text.data(), text.data(), 40, chain.data());
+        aes.decryptCbc(text.data(), text.data(), 40, chain.data());
+        aes.applyCounter(text.data(), text.data(), 40, counter.data());
+        EXPECT_EQ(Hex(counter), "00000000000000000000000000000028") << "blocks are counted all the same";
+    }
+}
+
 } // namespace
