@@ -39,8 +39,7 @@ protected:
     const ICryptoBlockCipher& cipher() const { return *cipher_; }
     bool encrypting() const { return direction_ == CipherDirection::encrypt; }
     bool started() const { return started_; }
-    /// Wipes what the text left behind, key included.
-    void forget();
+    void forget() override;
 
     CipherBlock chain_{};
     /// Bytes of a block that is not whole yet, or of key stream.

@@ -31,6 +31,7 @@ bool ICryptoCipher::update(std::span<const std::uint8_t> in, element& out)
     const std::size_t size = updateSize(in.size());
     if (!FitsElement(out, size)) {
         CCryptoAutoLogger logger("ICryptoCipher::update");
+        forget();
         return logger.setRetValue(3, false, "The text is too long for one buffer");
     }
     out.makeRoom(size);
@@ -45,6 +46,7 @@ bool ICryptoCipher::final(element& out)
     const std::size_t size = finalSize();
     if (!FitsElement(out, size)) {
         CCryptoAutoLogger logger("ICryptoCipher::final");
+        forget();
         return logger.setRetValue(3, false, "The text is too long for one buffer");
     }
     out.makeRoom(size);

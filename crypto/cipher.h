@@ -82,6 +82,9 @@ protected:
     ICryptoCipher(const ICryptoCipher&) = default;
     ICryptoCipher& operator=(const ICryptoCipher&) = default;
 
+    /// Wipes what the text left behind, key included; none is started any more.
+    virtual void forget() = 0;
+
 private:
     bool transform(CipherDirection direction, std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv,
                    std::span<const std::uint8_t> text, element& out);

@@ -81,7 +81,7 @@ private:
     bool tagFits(const std::uint8_t* tag);
     bool finishKept(std::uint8_t* out, std::size_t& written);
     bool takes(std::size_t length) const;
-    void forget();
+    void forget() override;
 
     const char* name_;
     std::uint32_t id_;

@@ -30,7 +30,7 @@ private:
         std::uint32_t i, j;
     };
 
-    void forget();
+    void forget() override;
 
     const char* name_;
     std::uint32_t id_;

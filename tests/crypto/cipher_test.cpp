@@ -159,6 +159,10 @@ TEST_P(CipherNamed, RefusesWhatDoesNotFit)
         EXPECT_FALSE(cipher->start(CipherDirection::encrypt, key, Bytes(iv.size() + 1)));
     }
     EXPECT_TRUE(cipher->start(CipherDirection::encrypt, key, iv));
+    // Of this length alone, not a byte, is looked at.
+    EXPECT_FALSE(cipher->update(std::span(key.data(), std::size_t{1} << 32), out)) << "too long for an element";
+    EXPECT_FALSE(cipher->update(key, out)) << "the text ended with the failure";
+    EXPECT_TRUE(cipher->start(CipherDirection::encrypt, key, iv));
     EXPECT_TRUE(cipher->final(out));
     EXPECT_FALSE(cipher->final(out)) << "ended";
 }
