@@ -151,6 +151,8 @@ TEST_F(CryptotoolCipher, RefusesWhatDoesNotGoTogether)
         {{"--password-file", key, "--raw", "--iv", "00"}, exitUsage},
         {{"--password-file", key, "--iterations", "0"}, exitUsage},
         {{"--password-file", "-"}, exitUsage},
+        {{"--password-fd", "0"}, exitUsage},
+        {{"--key-fd", "0"}, exitUsage},
         {{"--hex-key"}, exitUsage},
     };
     for (const auto& test : cases) {
