@@ -90,7 +90,7 @@ private:
     Wiped<aes::Key> cipherKey_{};
     Wiped<gcm::HashKey> hashKey_{};
     Wiped<Text> text_{};
-    Wiped<Text> first_{}; ///< as it was before the first byte of text, for the second pass
+    Wiped<Text> first_{};         ///< as it was before the first byte of text, for the second pass
     Wiped<Block> firstCounter_{}; ///< a secret, too, when it is a hash of a vector
     element kept_;
     std::size_t nextTagLength_ = longestTag;

@@ -18,8 +18,9 @@ int RefuseText(Invocation& invocation, const CipherInput& input)
 /// Takes the whole input through a cipher that was started. \param output null when no text comes out.
 int Run(Invocation& invocation, ICryptoCipher& cipher, CipherInput& input, Output* output, Progress& progress)
 {
-    std::vector<std::uint8_t> text(pieceSize + 64);
-    const auto write = [&](std::size_t count) { return output == nullptr || output->write(std::span(text).first(count)); };
+    element text;
+    text.reserve(pieceSize + 64);
+    const auto write = [&](std::size_t count) { return output == nullptr || output->write(std::span(text.data(), count)); };
     std::size_t written = 0;
     std::span<const std::uint8_t> piece;
     do {
@@ -31,12 +32,10 @@ int Run(Invocation& invocation, ICryptoCipher& cipher, CipherInput& input, Outpu
             return invocation.refuse(output->name(), output->reason());
         progress.add(piece.size());
     } while (!piece.empty());
-    text.resize(std::max(text.size(), cipher.finalSize()));
+    text.reserve(static_cast<std::uint32_t>(cipher.finalSize()));
     if (!cipher.final(text.data(), written))
         return RefuseText(invocation, input);
-    const bool ok = write(written);
-    platform::SecureWipe(text.data(), text.size());
-    return ok ? exitDone : invocation.refuse(output->name(), output->reason());
+    return write(written) ? exitDone : invocation.refuse(output->name(), output->reason());
 }
 
 int Finish(Invocation& invocation, Output& output, int code)
@@ -68,7 +67,7 @@ bool CipherInput::open()
 bool CipherInput::fill(std::size_t count)
 {
     while (held_ < count) {
-        const std::int64_t more = stream_->read(std::span(piece_).subspan(held_));
+        const std::int64_t more = stream_->read(std::span(piece_.data() + held_, piece_.length() - held_));
         if (more < 0)
             return false;
         if (more == 0)
@@ -82,7 +81,7 @@ bool CipherInput::peek(std::size_t count, std::span<const std::uint8_t>& front)
 {
     if (!fill(count))
         return false;
-    front = std::span(piece_).first(std::min(count, held_));
+    front = piece_.bytes().first(std::min(count, held_));
     return true;
 }
 
@@ -91,7 +90,7 @@ bool CipherInput::next(std::span<const std::uint8_t>& piece)
     if (!fill(skipped_ + 1))
         return false;
     const std::size_t from = std::min(skipped_, held_);
-    piece = std::span(piece_).first(held_).subspan(from);
+    piece = piece_.bytes().first(held_).subspan(from);
     held_ = 0;
     skipped_ = 0;
     return true;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/element.h"
 #include "crypto/cipher.h"
 #include "tools/cryptotool/input.h"
 #include "tools/cryptotool/invocation.h"
@@ -7,7 +8,6 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 /// What a text is enciphered with.
 struct CipherSetting {
@@ -45,7 +45,7 @@ private:
     Console& console_;
     std::string name_;
     std::unique_ptr<InputStream> stream_;
-    std::vector<std::uint8_t> piece_;
+    element piece_;
     std::size_t held_ = 0; ///< bytes of the piece that next() has not given
     std::size_t skipped_ = 0;
 };

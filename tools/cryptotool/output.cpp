@@ -104,16 +104,15 @@ bool Output::write(std::string_view text)
 
 bool Output::write(std::span<const std::uint8_t> bytes)
 {
-    if (isPrivate_)
+    if (isPrivate_ || bytes.size() >= bufferSize)
         return flush() && put(bytes);
-    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    buffer_ += text;
-    return buffer_.size() < bufferSize || flush();
+    buffer_.append(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+    return buffer_.length() < bufferSize || flush();
 }
 
 bool Output::flush()
 {
-    const bool done = put({reinterpret_cast<const std::uint8_t*>(buffer_.data()), buffer_.size()});
+    const bool done = put(buffer_.bytes());
     buffer_.clear();
     return done;
 }

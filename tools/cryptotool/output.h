@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/element.h"
 #include "core/platform/file.h"
 #include "tools/cryptotool/console.h"
 #include "tools/cryptotool/host.h"
@@ -56,6 +57,6 @@ private:
     platform::File file_;
     std::unique_ptr<SequentialFile> device_;
     std::uint64_t written_ = 0;
-    std::string buffer_;
+    element buffer_;
     std::string reason_;
 };
