@@ -74,6 +74,7 @@ TEST_F(CryptotoolCipher, WhatIsEncryptedComesBack)
             EXPECT_EQ(GetFile(out), Text(length));
             // From standard input, which cannot be read twice.
             EXPECT_EQ(RunTool(words("dec", "-", "-"), GetFile(sealed)).output, Text(length));
+            EXPECT_EQ(RunTool(words("dec", sealed, "-")).output, Text(length));
         }
     }
 }
@@ -115,6 +116,38 @@ TEST_F(CryptotoolCipher, ChangesLeaveNothing)
         const ToolResult piped = RunTool({"cipher", "dec", "--key-file", key}, bad);
         EXPECT_EQ(piped.code, exitRefused);
         EXPECT_EQ(piped.output, "");
+        EXPECT_EQ(RunTool({"cipher", "dec", sealed, "--key-file", key}).output, "");
+    }
+}
+
+TEST_F(CryptotoolCipher, RefusesHeadersThatAskForTooMuch)
+{
+    const std::string password = put(u8"password", "sesame\n");
+    const std::string sealed = RunTool({"cipher", "enc", "--password-file", password, "--iterations", "10"}, "text").output;
+    constexpr std::size_t iterations = 9, vectorLength = 29, nameLength = 42;
+    const struct {
+        std::size_t place;
+        std::string_view bytes;
+        std::string_view reason;
+    } cases[] = {
+        {iterations, std::string_view("\0\0\0\0", 4), "iterations"},
+        {iterations, "\x02\xFA\xF0\x81", "too many iterations"}, // 50,000,001
+        {iterations, "\xFF\xFF\xFF\xFF", "too many iterations"},
+        {vectorLength, std::string_view("\0", 1), "cryptotool: "},
+        {vectorLength, "\xFF", "header"},
+        {nameLength, "\xFF", "header"},
+        {nameLength, "\x0A", "there is no cipher aes-256-gc"},
+        {nameLength + 1, "\x1B[2Jm", "there is no cipher"},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(std::to_string(test.place) + " " + std::string(test.reason));
+        std::string changed = sealed;
+        changed.replace(test.place, test.bytes.size(), test.bytes);
+        const ToolResult result = RunTool({"cipher", "dec", "--password-file", password}, changed);
+        EXPECT_EQ(result.code, exitRefused);
+        EXPECT_EQ(result.output, "");
+        EXPECT_NE(result.error.find(test.reason), std::string::npos) << result.error;
+        EXPECT_EQ(result.error.find('\x1B'), std::string::npos) << "a name from outside moved the terminal's cursor";
     }
 }
 

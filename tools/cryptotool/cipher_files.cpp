@@ -27,9 +27,9 @@ aes-256- with gcm, cbc, ctr, ofb, cfb or ecb, des-ede3-cbc and other old ones. G
 )";
 
 constexpr std::string_view decryptDetails =
-    R"(Decrypts what "cipher enc" wrote, or with --raw or --openssl what others wrote. Nothing is written unless all of it is right. A
-file encrypted with GCM is read twice, the first time to check it; from standard input it may have 64 MiB. Of any other cipher, which
-does not notice changes, --cipher says that it is expected.
+    R"(Decrypts what "cipher enc" wrote, or with --raw or --openssl what others wrote. An output file appears
+only when all of it is right. What GCM encrypted is checked before any of it is written, for which a file is read twice; from
+standard input it may have 64 MiB. Of any other cipher, which does not notice changes, --cipher says that it is expected.
 )";
 
 constexpr Option cipherOption = {OptionKind::text, 0, "cipher", "NAME", "the cipher (aes-256-gcm; with --openssl aes-256-cbc)"};

@@ -115,7 +115,9 @@ int DecryptTo(Invocation& invocation, CipherSetting& setting, CipherInput& input
     StartReason();
     ICryptoCipher& cipher = *setting.cipher;
     auto* const gcm = dynamic_cast<CCryptoGCM*>(&cipher);
-    const bool twice = gcm != nullptr && input.canRewind();
+    // What went to standard output cannot be taken back when the file changes between two passes: better there is one.
+    const bool fitsMemory = input.size() <= static_cast<std::int64_t>(CCryptoGCM::longestKept);
+    const bool twice = gcm != nullptr && input.canRewind() && !(fitsMemory && output.name() == "-");
     Progress progress(invocation.console(), twice ? 2 * input.size() : input.size());
     if (twice) {
         const std::size_t header = input.skipped();

@@ -53,6 +53,6 @@ private:
 /// Sends a header, which may be empty, and the encrypted input to the output. \return the exit code.
 int EncryptTo(Invocation& invocation, CipherSetting& setting, CipherInput& input, Output& output,
               std::span<const std::uint8_t> header);
-/// Sends the decrypted input to the output. In Galois/counter mode a file is read twice, first to check its tag, and what can be
-/// read once only must not be longer than what is kept in memory: nothing is written before the tag was found right.
+/// Sends the decrypted input to the output. In Galois/counter mode nothing is written before the tag was found right: what is kept
+/// in memory is as long as CCryptoGCM::longestKept at most, and longer files, and those decrypted to a file, are read twice.
 int DecryptTo(Invocation& invocation, CipherSetting& setting, CipherInput& input, Output& output);
