@@ -1,6 +1,7 @@
 #include "asn1/algorithm_table.h"
 #include "core/auto_logger.h"
 #include "crypto/aes.h"
+#include "crypto/any_case.h"
 #include "crypto/block_modes.h"
 #include "crypto/des.h"
 #include "crypto/gcm.h"
@@ -95,12 +96,6 @@ constexpr auto names = [] {
     std::ranges::transform(rows, all.begin(), [](const CipherRow& row) { return row.description.name; });
     return all;
 }();
-
-bool SameInAnyCase(std::string_view left, std::string_view right)
-{
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
-    return std::ranges::equal(left, right, {}, lower, lower);
-}
 
 } // namespace
 

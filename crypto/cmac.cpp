@@ -3,6 +3,7 @@
 #include "asn1/algorithm_table.h"
 #include "core/auto_logger.h"
 #include "crypto/aes.h"
+#include "crypto/any_case.h"
 #include "crypto/block_bytes.h"
 #include "crypto/constant_time.h"
 #include "crypto/des.h"
@@ -33,12 +34,6 @@ constexpr CmacCipher ciphers[] = {
     {"aes-256", algorithm::aes256Ecb, algorithm::aes256Cfb, 32, 32, Make<CCryptoAES>},
     {"des-ede3", algorithm::tripleDesCbc, algorithm::tripleDesCbc, 16, 24, Make<CCryptoDES>},
 };
-
-bool SameInAnyCase(std::string_view left, std::string_view right)
-{
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
-    return std::ranges::equal(left, right, {}, lower, lower);
-}
 
 std::unique_ptr<CCryptoCMAC> MakeCmac(const CmacCipher& cipher)
 {
