@@ -127,7 +127,9 @@ TEST_P(CipherNamed, GivesTheSameInAnySplit)
     constexpr std::size_t splits[][3] = {{1, 1, 1}, {7, 16, 1}, {15, 33, 300}, {16, 16, 16}, {8, 0, 129}, {513, 1, 40}};
     for (std::size_t length = 0; length < 1200; length = length < 70 ? length + 1 : length + 97) {
         SCOPED_TRACE(length);
-        const Bytes text = RandomBytes(random, length);
+        const bool padding = length % 3 != 0;
+        cipher->setPadding(padding);
+        const Bytes text = RandomBytes(random, padding ? length : length / cipher->blockSize() * cipher->blockSize());
         element whole;
         ASSERT_TRUE(cipher->encrypt(key, iv, text, whole));
         const std::size_t split = length % std::size(splits);
