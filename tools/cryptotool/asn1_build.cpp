@@ -1,7 +1,7 @@
+#include "asn1/pem.h"
 #include "tools/cryptotool/command_table.h"
 #include "tools/cryptotool/invocation.h"
 #include "tools/cryptotool/output.h"
-#include "asn1/pem.h"
 #include "tools/cryptotool/placeholder_values.h"
 #include "tools/cryptotool/reason.h"
 #include "tools/cryptotool/template_input.h"
