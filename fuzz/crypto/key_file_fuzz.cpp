@@ -3,8 +3,8 @@
 
 #include <cstdlib>
 
-/// Keys in every form: what loads must be written so that it loads again as the same key. No password is given, since deriving a key
-/// may be asked to take half a minute; the descriptions of encryptions are read by themselves.
+/// Keys in every form: what loads must be written so that it loads again as the same key. No password is given, since deriving a
+/// key may be asked to take half a minute; the descriptions of encryptions are read by themselves.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::span<const std::uint8_t> input(data, size);

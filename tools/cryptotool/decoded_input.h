@@ -1,8 +1,8 @@
 #pragma once
 
 #include "asn1/parser.h"
-#include "tools/cryptotool/invocation.h"
 #include "asn1/pem.h"
+#include "tools/cryptotool/invocation.h"
 
 #include <string>
 #include <vector>

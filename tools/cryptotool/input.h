@@ -1,9 +1,9 @@
 #pragma once
 
+#include "asn1/pem.h"
 #include "core/element.h"
 #include "tools/cryptotool/console.h"
 #include "tools/cryptotool/host.h"
-#include "asn1/pem.h"
 
 #include <cstdint>
 #include <span>
