@@ -4,6 +4,7 @@
 #include "crypto/curve_points.h"
 #include "crypto/signed_window.h"
 
+#include <cstdlib>
 #include <memory>
 #include <vector>
 
@@ -54,15 +55,15 @@ public:
 
     bool multiplyAndAdd(Affine& result, const Limbs<N>& baseScalar, const Affine& point, const Limbs<N>& scalar) const override
     {
-        Multiples table;
-        fillMultiples(table, point);
+        const OddMultiples table = oddMultiples(point);
+        std::array<std::int8_t, 64 * N + 1> sparse;
+        SparseDigits<N>(sparse, scalar);
         Point sum{};
-        for (std::size_t i = digits; i-- > 0;) {
-            for (std::size_t j = 0; j < width; ++j)
-                sum = twice(sum);
-            const SignedDigit digit = SignedDigitAt(scalar, i, width);
-            if (digit.magnitude != 0)
-                addKnown(sum, negatedIf(table[digit.magnitude - 1], digit.negative));
+        for (std::size_t i = sparse.size(); i-- > 0;) {
+            sum = fixed_limbs::IsZero(sum.z) != 0 ? sum : twice(sum);
+            if (sparse[i] != 0)
+                addKnown(sum, negatedIf(table[static_cast<std::size_t>(std::abs(sparse[i]) / 2)],
+                                        sparse[i] < 0 ? ~std::uint64_t{0} : 0));
         }
         for (std::size_t i = 0; i < baseDigits; ++i) {
             const SignedDigit digit = SignedDigitAt(baseScalar, i, baseWidth);
@@ -91,6 +92,9 @@ private:
     };
     /// A point times 1 to `most`.
     using Multiples = std::array<Point, most>;
+
+    /// A point times 1, 3, 5 to 15, for the digits of SparseDigits.
+    using OddMultiples = std::array<Point, most / 2>;
 
     static void assignIf(Point& target, std::uint64_t mask, const Point& source)
     {
@@ -210,6 +214,16 @@ private:
         table[0] = {entered.x, entered.y, field_.one()};
         for (std::size_t i = 2; i <= most; ++i)
             table[i - 1] = i % 2 == 0 ? twice(table[i / 2 - 1]) : sumOf(difference(table[i - 2], entered));
+    }
+
+    OddMultiples oddMultiples(const Affine& point) const
+    {
+        OddMultiples table;
+        table[0] = {field_.enter(point.x), field_.enter(point.y), field_.one()};
+        const Point two = twice(table[0]);
+        for (std::size_t i = 1; i < table.size(); ++i)
+            table[i] = sumOf(difference(table[i - 1], two));
+        return table;
     }
 
     /// The entry at place i of that magnitude, or anything for 0; reads all of them.

@@ -37,3 +37,28 @@ inline SignedDigit SignedDigitAt(const Limbs<N>& scalar, std::size_t index, std:
     const std::uint64_t folded = window ^ (negative & all);
     return {(folded >> 1) + (folded & 1), negative};
 }
+
+/// A scalar that may be known as digits of the base 2, odd ones from -15 to 15 of which no two stand within five places, and zeros:
+/// fewer additions than digits of a fixed width need. There is room for one digit more than bits.
+template <std::size_t N>
+void SparseDigits(std::array<std::int8_t, 64 * N + 1>& digits, Limbs<N> scalar)
+{
+    std::uint64_t over = 0;
+    for (std::int8_t& digit : digits) {
+        digit = 0;
+        if ((scalar[0] & 1) != 0) {
+            const auto low = static_cast<std::int8_t>(scalar[0] & 31);
+            digit = static_cast<std::int8_t>(low >= 16 ? low - 32 : low);
+            // What is left is a multiple of 32.
+            std::uint64_t carry = 0;
+            scalar[0] &= ~std::uint64_t{31};
+            scalar[0] = fixed_limbs::AddCarry(scalar[0], low >= 16 ? 32 : 0, carry);
+            for (std::size_t i = 1; i < N; ++i)
+                scalar[i] = fixed_limbs::AddCarry(scalar[i], 0, carry);
+            over |= carry;
+        }
+        for (std::size_t i = 0; i < N; ++i)
+            scalar[i] = scalar[i] >> 1 | (i + 1 < N ? scalar[i + 1] : over) << 63;
+        over >>= 1;
+    }
+}
