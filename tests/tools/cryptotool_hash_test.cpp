@@ -129,6 +129,7 @@ TEST(CryptotoolMac, RefusesWhatIsNoKey)
         {{"--hex-key", "--key-file", folder / u8"odd", "x"}, exitRefused, "it is not made of hexadecimal digits"},
         {{"x"}, exitRefused, "no line came from a terminal; --key-file or --key-fd gives it"},
         {{"--key-file", "-", "-"}, exitUsage, "standard input is the key or a FILE, not both"},
+        {{"--key-fd", "0", "-"}, exitUsage, "standard input is the key or a FILE, not both"},
         {{"--key-file", key, "--key-fd", "0", "x"}, exitUsage, "--key-file and --key-fd: one of them"},
     };
     for (const auto& test : cases) {

@@ -294,6 +294,7 @@ TEST_F(CryptotoolKey, WrongWordsAreMisuse)
         {"key", "convert", "--form", "pkcs1", curve},
         {"key", "convert", "--form", "sec1", agreeing},
         {"key", "convert", "--password-file", "-", "-"},
+        {"key", "convert", "--password-fd", "0", "-"},
         {"key", "convert", "--form", "encrypted", "--new-password-file", "-", "--password-file", "-", curve},
         {"key", "public", "--form", "pkcs1", curve},
         {"key", "sign", curve, "a", "b"},

@@ -93,11 +93,9 @@ int CipherFiles::checkOptions()
         return invocation_.misuse("--raw and --iv come together");
     if (has(hexKeyOption) && !hasKey())
         return invocation_.misuse("--hex-key needs --key-file or --key-fd");
-    for (const SecretKind* secret : {&keySecret, &passwordSecret}) {
-        const bool isInput = arguments_.value(secret->file.name) == "-" || arguments_.number(secret->descriptor.name, 1) == 0;
-        if (isInput && input_.name() == "-")
+    for (const SecretKind* secret : {&keySecret, &passwordSecret})
+        if (IsStandardInput(arguments_, *secret) && input_.name() == "-")
             return invocation_.misuse("standard input is the secret or the text, not both");
-    }
     const std::uint64_t count = arguments_.number(iterationsOption.name, 1);
     if (count < 1 || count > CCryptoKeyDerivation::mostIterations)
         return invocation_.misuse("--iterations: 1 to " + std::to_string(CCryptoKeyDerivation::mostIterations));

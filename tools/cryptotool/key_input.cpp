@@ -48,8 +48,7 @@ int CheckOneStandardInput(Invocation& invocation, std::initializer_list<std::str
                           std::initializer_list<SecretKind> secrets)
 {
     const Arguments& arguments = invocation.arguments();
-    const auto count = std::ranges::count(files, "-") + std::ranges::count_if(secrets, [&](const SecretKind& kind) {
-                           return arguments.value(kind.file.name) == "-";
-                       });
+    const auto count = std::ranges::count(files, "-") +
+                       std::ranges::count_if(secrets, [&](const SecretKind& kind) { return IsStandardInput(arguments, kind); });
     return count < 2 ? exitDone : invocation.misuse("only one of the files can be standard input");
 }

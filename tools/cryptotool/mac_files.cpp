@@ -14,7 +14,8 @@ namespace {
 
 constexpr std::string_view details =
     R"(Prints the message authentication code of each FILE, "-" for standard input, as hash prints digests. ALG is hmac- with the name of
-a hash function (hmac-sha256), or aes-cmac, whose key has 16, 24 or 32 bytes. Without --key-file and --key-fd the key is asked for at the terminal, and is the line typed there.
+a hash function (hmac-sha256), or aes-cmac, whose key has 16, 24 or 32 bytes. Without --key-file and --key-fd the
+key is asked for at the terminal, and is the line typed there.
 )";
 
 constexpr Option options[] = {keySecret.file, keySecret.descriptor, hexKeyOption, outputOption};
@@ -43,7 +44,7 @@ int MACFiles(Invocation& invocation)
 {
     const Arguments& arguments = invocation.arguments();
     const auto files = std::span(arguments.operands()).subspan(1);
-    if (arguments.value(keySecret.file.name) == "-" && std::ranges::find(files, "-") != files.end())
+    if (IsStandardInput(arguments, keySecret) && std::ranges::find(files, "-") != files.end())
         return invocation.misuse("standard input is the key or a FILE, not both");
     const MACAlgorithm* const algorithm = FindMACAlgorithm(arguments.operand(0));
     if (algorithm == nullptr)

@@ -75,6 +75,11 @@ void DropLineEnd(element& text)
 
 } // namespace
 
+bool IsStandardInput(const Arguments& arguments, const SecretKind& kind)
+{
+    return arguments.value(kind.file.name) == "-" || arguments.number(kind.descriptor.name, 1) == 0;
+}
+
 int ReadSecret(Invocation& invocation, const SecretKind& kind, Asking asking, element& secret)
 {
     const Arguments& arguments = invocation.arguments();

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
+class Arguments;
 class Invocation;
 
 /// The longest key or password, in bytes.
@@ -34,6 +35,9 @@ constexpr SecretKind passwordSecret = {
     {OptionKind::text, 0, "password-file", "FILE", "the password is what FILE holds, less the end of its line; \"-\" is stdin"},
     {OptionKind::number, 0, "password-fd", "N", "the same of what descriptor N gives until its end"},
 };
+
+/// Whether standard input is named as what gives the secret, as a file or as the descriptor 0.
+bool IsStandardInput(const Arguments& arguments, const SecretKind& kind);
 
 /// How often a typed secret is asked for: twice for one that is new, and both lines must agree.
 enum class Asking { once, twice };
