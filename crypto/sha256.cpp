@@ -9,10 +9,10 @@ namespace {
 
 using Word = std::uint32_t;
 
-// FIPS 180-4, 4.1.2.
+// FIPS 180-4, 4.1.2. Turns within turns copy the word once, not three times.
 struct Sigmas {
-    static Word upper0(Word x) { return std::rotr(x, 2) ^ std::rotr(x, 13) ^ std::rotr(x, 22); }
-    static Word upper1(Word x) { return std::rotr(x, 6) ^ std::rotr(x, 11) ^ std::rotr(x, 25); }
+    static Word upper0(Word x) { return std::rotr(x ^ std::rotr(x ^ std::rotr(x, 9), 11), 2); }
+    static Word upper1(Word x) { return std::rotr(x ^ std::rotr(x ^ std::rotr(x, 14), 5), 6); }
     static Word lower0(Word x) { return std::rotr(x, 7) ^ std::rotr(x, 18) ^ (x >> 3); }
     static Word lower1(Word x) { return std::rotr(x, 17) ^ std::rotr(x, 19) ^ (x >> 10); }
 };

@@ -18,43 +18,62 @@ public:
     {
         Word w[16];
         for (; count != 0; --count, blocks += 16 * sizeof(Word)) {
-            Word s[8] = {state[0], state[1], state[2], state[3], state[4], state[5], state[6], state[7]};
+            State s = {state[0], state[1], state[2], state[3], state[4], state[5], state[6], state[7]};
             Block(s, w, blocks, constants);
-            for (int i = 0; i < 8; ++i)
-                state[i] += s[i];
+            state[0] += s.a;
+            state[1] += s.b;
+            state[2] += s.c;
+            state[3] += s.d;
+            state[4] += s.e;
+            state[5] += s.f;
+            state[6] += s.g;
+            state[7] += s.h;
         }
         // The last block follows from them, and may be a key.
         platform::SecureWipe(w, sizeof w);
     }
 
 private:
-    [[gnu::always_inline]] static inline void Block(Word (&s)[8], Word (&w)[16], const std::uint8_t* block, const Word* constants)
+    struct State {
+        Word a, b, c, d, e, f, g, h;
+    };
+
+    [[gnu::always_inline]] static inline void Block(State& s, Word (&w)[16], const std::uint8_t* block, const Word* constants)
     {
-#pragma GCC unroll 16
-        for (unsigned t = 0; t < 16; ++t) {
+        const auto given = [&](unsigned t) {
             w[t] = LoadWord<Word, std::endian::big>(block + t * sizeof(Word));
-            Round(s, t, w[t] + constants[t]);
-        }
+            return w[t] + constants[t];
+        };
+        EightRounds(s, given, 0);
+        EightRounds(s, given, 8);
         for (unsigned from = 16; from < rounds; from += 16) {
-#pragma GCC unroll 16
-            for (unsigned t = 0; t < 16; ++t) {
+            const auto made = [&](unsigned t) {
                 w[t] += Sigmas::lower1(w[(t + 14) % 16]) + w[(t + 9) % 16] + Sigmas::lower0(w[(t + 1) % 16]);
-                Round(s, t, w[t] + constants[from + t]);
-            }
+                return w[t] + constants[from + t];
+            };
+            EightRounds(s, made, 0);
+            EightRounds(s, made, 8);
         }
     }
 
-    /// The words stay where they are, and their names move on by one a round.
-    [[gnu::always_inline]] static inline void Round(Word (&s)[8], unsigned t, Word added)
+    /// The words of the state stay where they are and change their names: after eight rounds each has its own again.
+    template <typename Words>
+    [[gnu::always_inline]] static inline void EightRounds(State& s, const Words& added, unsigned t)
     {
-        const Word a = s[(0u - t) % 8];
-        const Word b = s[(1u - t) % 8];
-        const Word c = s[(2u - t) % 8];
-        const Word e = s[(4u - t) % 8];
-        const Word f = s[(5u - t) % 8];
-        const Word g = s[(6u - t) % 8];
-        const Word first = s[(7u - t) % 8] + added + Sigmas::upper1(e) + (g ^ (e & (f ^ g)));
-        s[(3u - t) % 8] += first;
-        s[(7u - t) % 8] = first + Sigmas::upper0(a) + ((a & b) | (c & (a | b)));
+        Round(s.a, s.b, s.c, s.d, s.e, s.f, s.g, s.h, added(t));
+        Round(s.h, s.a, s.b, s.c, s.d, s.e, s.f, s.g, added(t + 1));
+        Round(s.g, s.h, s.a, s.b, s.c, s.d, s.e, s.f, added(t + 2));
+        Round(s.f, s.g, s.h, s.a, s.b, s.c, s.d, s.e, added(t + 3));
+        Round(s.e, s.f, s.g, s.h, s.a, s.b, s.c, s.d, added(t + 4));
+        Round(s.d, s.e, s.f, s.g, s.h, s.a, s.b, s.c, added(t + 5));
+        Round(s.c, s.d, s.e, s.f, s.g, s.h, s.a, s.b, added(t + 6));
+        Round(s.b, s.c, s.d, s.e, s.f, s.g, s.h, s.a, added(t + 7));
+    }
+
+    [[gnu::always_inline]] static inline void Round(Word a, Word b, Word c, Word& d, Word e, Word f, Word g, Word& h, Word added)
+    {
+        h += added + Sigmas::upper1(e) + (g ^ (e & (f ^ g)));
+        d += h;
+        h += Sigmas::upper0(a) + ((a & b) + (c & (a ^ b)));
     }
 };

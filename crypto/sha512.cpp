@@ -9,10 +9,10 @@ namespace {
 
 using Word = std::uint64_t;
 
-// FIPS 180-4, 4.1.3.
+// FIPS 180-4, 4.1.3. Turns within turns copy the word once, not three times.
 struct Sigmas {
-    static Word upper0(Word x) { return std::rotr(x, 28) ^ std::rotr(x, 34) ^ std::rotr(x, 39); }
-    static Word upper1(Word x) { return std::rotr(x, 14) ^ std::rotr(x, 18) ^ std::rotr(x, 41); }
+    static Word upper0(Word x) { return std::rotr(x ^ std::rotr(x ^ std::rotr(x, 5), 6), 28); }
+    static Word upper1(Word x) { return std::rotr(x ^ std::rotr(x ^ std::rotr(x, 23), 4), 14); }
     static Word lower0(Word x) { return std::rotr(x, 1) ^ std::rotr(x, 8) ^ (x >> 7); }
     static Word lower1(Word x) { return std::rotr(x, 19) ^ std::rotr(x, 61) ^ (x >> 6); }
 };
