@@ -26,7 +26,7 @@ public:
     using PasswordSource = std::function<bool(element& password)>;
 
     /// A key in whatever form: DER, or PEM (RFC 7468), of which the first block that is a key counts. \return null, logged with the
-    /// reason, which LastReason() gives, too.
+    /// reason, which reason() gives, too.
     std::unique_ptr<ICryptoKeyPair> Load(std::span<const std::uint8_t> bytes, const PasswordSource& password = {});
 
     /// The form of the key that was loaded last.
