@@ -118,15 +118,16 @@ std::uint64_t Equal(const Limbs<N>& a, const Limbs<N>& b)
 template <std::size_t N>
 consteval Limbs<N> FromHex(const char* digits)
 {
+    std::size_t count = 0;
+    while (digits[count] != 0)
+        ++count;
+    if (count > 16 * N)
+        throw "too long";
     Limbs<N> number{};
-    for (; *digits != 0; ++digits) {
-        const char c = *digits;
+    for (std::size_t i = 0; i < count; ++i) {
+        const char c = digits[count - 1 - i];
         const int value = c >= '0' && c <= '9' ? c - '0' : c >= 'A' && c <= 'F' ? c - 'A' + 10 : throw "not a digit";
-        if (number[N - 1] >> 60 != 0)
-            throw "too long";
-        for (std::size_t i = N; i-- > 1;)
-            number[i] = number[i] << 4 | number[i - 1] >> 60;
-        number[0] = number[0] << 4 | static_cast<std::uint64_t>(value);
+        number[i / 16] |= static_cast<std::uint64_t>(value) << (i % 16 * 4);
     }
     return number;
 }

@@ -3,6 +3,11 @@
 #include "crypto/fixed_limbs.h"
 #include "crypto/modular_inverse.h"
 
+template <std::size_t N>
+struct Modulus;
+template <std::size_t N>
+constexpr Limbs<N> MontgomeryProduct(const Limbs<N>& a, const Limbs<N>& b, const Modulus<N>& modulus);
+
 /// An odd modulus of at most 64 * N bits and what Montgomery's arithmetic wants to know of it; R is 2^(64 * N).
 template <std::size_t N>
 struct Modulus {
@@ -25,15 +30,25 @@ struct Modulus {
         while ((number[(bits - 1) / 64] >> ((bits - 1) % 64) & 1) == 0)
             --bits;
 
-        Limbs<N> power{1};
-        for (Limbs<N>* each : {&one, &square, &cube}) {
-            for (std::size_t i = 0; i < 64 * N; ++i) {
-                const Limbs<N> half = power;
-                const std::uint64_t carry = fixed_limbs::Add(power, half, half);
-                power = fixed_limbs::ReduceOnce(power, carry, number);
-            }
-            *each = power;
-        }
+        // Few steps, since some compilers count them: from the highest power of two below m by doublings to R and R * 2^N, which
+        // stands for 2^N, and by squarings to what stands for 2^(64 * N).
+        one[(bits - 1) / 64] = std::uint64_t{1} << ((bits - 1) % 64);
+        for (std::size_t i = bits - 1; i < 64 * N; ++i)
+            one = doubled(one);
+        square = one;
+        for (std::size_t i = 0; i < N; ++i)
+            square = doubled(square);
+        for (int i = 0; i < 6; ++i)
+            square = MontgomeryProduct(square, square, *this);
+        cube = MontgomeryProduct(square, square, *this);
+    }
+
+private:
+    constexpr Limbs<N> doubled(const Limbs<N>& number) const
+    {
+        Limbs<N> sum{};
+        const std::uint64_t carry = fixed_limbs::Add(sum, number, number);
+        return fixed_limbs::ReduceOnce(sum, carry, value);
     }
 };
 
