@@ -175,9 +175,13 @@ bool SequentialFile::openToWrite(const std::string& name)
 
 bool SequentialFile::openDescriptor(int number)
 {
+    // -1 stands for a descriptor that there is not, -2 for one without a stream behind it; as a handle, -1 is this process.
+    const std::intptr_t handle = _get_osfhandle(number);
+    if (handle == -1 || handle == -2)
+        return false;
     HANDLE copy = nullptr;
     const HANDLE own = GetCurrentProcess();
-    if (!DuplicateHandle(own, HandleOf(_get_osfhandle(number)), own, &copy, 0, FALSE, DUPLICATE_SAME_ACCESS))
+    if (!DuplicateHandle(own, HandleOf(handle), own, &copy, 0, FALSE, DUPLICATE_SAME_ACCESS))
         return false;
     handle_ = reinterpret_cast<std::intptr_t>(copy);
     return true;
