@@ -1,6 +1,7 @@
 #include "tests/core/temporary_directory.h"
 #include "tests/tools/memory_console.h"
 #include "tests/tools/small_files.h"
+#include "tools/cryptotool/cipher_transfer.h"
 
 #include <gtest/gtest.h>
 
@@ -117,6 +118,45 @@ TEST_F(CryptotoolCipher, ChangesLeaveNothing)
         EXPECT_EQ(piped.code, exitRefused);
         EXPECT_EQ(piped.output, "");
         EXPECT_EQ(RunTool({"cipher", "dec", sealed, "--key-file", key}).output, "");
+    }
+}
+
+TEST_F(CryptotoolCipher, AFileThatChangesBetweenTwoPassesIsReadUpToTheChange)
+{
+    const std::string whole = Text(1000000);
+    std::string changed = whole;
+    changed[600000] ^= 1;
+    const struct {
+        std::string second;
+        bool isSame;
+    } cases[] = {{whole, true}, {changed, false}, {whole.substr(0, 999999), false}, {whole + "x", false}, {"", false}};
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.second.size());
+        const std::string name = put(u8"text", whole);
+        MemoryConsole console;
+        CipherInput input(console, name);
+        const auto readAll = [&input](std::string& text) {
+            std::span<const std::uint8_t> piece;
+            bool isRead;
+            while ((isRead = input.next(piece)) && !piece.empty())
+                text.append(reinterpret_cast<const char*>(piece.data()), piece.size());
+            return isRead;
+        };
+        ASSERT_TRUE(input.open());
+        input.remember();
+        std::span<const std::uint8_t> front;
+        ASSERT_TRUE(input.peek(10, front));
+        input.skip(10);
+        std::string first = whole.substr(0, 10);
+        ASSERT_TRUE(readAll(first));
+        EXPECT_EQ(first, whole);
+
+        PutFile(name, row.second);
+        ASSERT_TRUE(input.rewind());
+        input.skip(10);
+        std::string second = whole.substr(0, 10);
+        EXPECT_EQ(readAll(second), row.isSame) << input.reason();
+        EXPECT_TRUE(whole.starts_with(second)) << "a piece that differs came through";
     }
 }
 

@@ -1,5 +1,6 @@
 #include "tools/cryptotool/cipher_transfer.h"
 
+#include "asn1/algorithm_table.h"
 #include "crypto/gcm.h"
 #include "tools/cryptotool/progress.h"
 #include "tools/cryptotool/reason.h"
@@ -8,7 +9,7 @@
 
 namespace {
 
-constexpr std::size_t pieceSize = 1U << 16;
+constexpr std::size_t pieceSize = 1U << 18;
 
 int RefuseText(Invocation& invocation, const CipherInput& input)
 {
@@ -60,7 +61,22 @@ bool CipherInput::open()
     stream_ = std::make_unique<InputStream>(console_);
     piece_.resize(pieceSize);
     held_ = 0;
-    return stream_->open(name_);
+    if (stream_->open(name_))
+        return true;
+    reason_ = stream_->reason();
+    return false;
+}
+
+void CipherInput::remember()
+{
+    hash_ = ICryptoHash::Create(algorithm::sha256);
+}
+
+bool CipherInput::rewind()
+{
+    isRepeated_ = true;
+    place_ = 0;
+    return open();
 }
 
 /// Reads on until the piece holds so many bytes or the input ends.
@@ -68,13 +84,30 @@ bool CipherInput::fill(std::size_t count)
 {
     while (held_ < count) {
         const std::int64_t more = stream_->read(std::span(piece_.data() + held_, piece_.length() - held_));
-        if (more < 0)
+        if (more < 0) {
+            reason_ = stream_->reason();
             return false;
+        }
         if (more == 0)
             break;
         held_ += static_cast<std::size_t>(more);
     }
     return true;
+}
+
+/// Notes the digest of the piece, or holds it against the one noted before.
+bool CipherInput::isAsBefore()
+{
+    element digest = hash_->digestOf(piece_.bytes().first(held_));
+    if (!isRepeated_) {
+        digests_.push_back(std::move(digest));
+        return true;
+    }
+    const std::size_t place = place_++;
+    if (place < digests_.size() && digests_[place] == digest)
+        return true;
+    reason_ = "it changed while it was read";
+    return false;
 }
 
 bool CipherInput::peek(std::size_t count, std::span<const std::uint8_t>& front)
@@ -87,7 +120,8 @@ bool CipherInput::peek(std::size_t count, std::span<const std::uint8_t>& front)
 
 bool CipherInput::next(std::span<const std::uint8_t>& piece)
 {
-    if (!fill(skipped_ + 1))
+    // Pieces are the same each time only when they are as long as they can be.
+    if (!fill(hash_ != nullptr ? piece_.length() : skipped_ + 1) || (hash_ != nullptr && !isAsBefore()))
         return false;
     const std::size_t from = std::min(skipped_, held_);
     piece = piece_.bytes().first(held_).subspan(from);
@@ -115,11 +149,11 @@ int DecryptTo(Invocation& invocation, CipherSetting& setting, CipherInput& input
     StartReason();
     ICryptoCipher& cipher = *setting.cipher;
     auto* const gcm = dynamic_cast<CCryptoGCM*>(&cipher);
-    // What went to standard output cannot be taken back when the file changes between two passes: better there is one.
-    const bool fitsMemory = input.size() <= static_cast<std::int64_t>(CCryptoGCM::longestKept);
-    const bool twice = gcm != nullptr && input.canRewind() && !(fitsMemory && output.name() == "-");
+    const bool twice = gcm != nullptr && input.canRewind();
     Progress progress(invocation.console(), twice ? 2 * input.size() : input.size());
     if (twice) {
+        // What went to standard output cannot be taken back when the file is another one the second time.
+        input.remember();
         const std::size_t header = input.skipped();
         if (const int code = Check(invocation, *gcm, setting, input, progress); code != exitDone)
             return code;

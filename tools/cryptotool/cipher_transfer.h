@@ -2,12 +2,14 @@
 
 #include "core/element.h"
 #include "crypto/cipher.h"
+#include "crypto/hash.h"
 #include "tools/cryptotool/input.h"
 #include "tools/cryptotool/invocation.h"
 #include "tools/cryptotool/output.h"
 
 #include <memory>
 #include <string>
+#include <vector>
 
 /// What a text is enciphered with.
 struct CipherSetting {
@@ -31,20 +33,28 @@ public:
     std::size_t skipped() const { return skipped_; }
     /// The next piece behind what is skipped; empty at the end. \return false with reason().
     bool next(std::span<const std::uint8_t>& piece);
+    /// Keeps the digest of every piece from here on: what next() gives after rewind() is then what it gave before, or nothing.
+    void remember();
     /// To the front again; only where canRewind(). \return false with reason().
-    bool rewind() { return open(); }
+    bool rewind();
     bool canRewind() const { return stream_->size() >= 0; }
     std::int64_t size() const { return stream_->size(); }
 
     const std::string& name() const { return name_; }
-    const std::string& reason() const { return stream_->reason(); }
+    const std::string& reason() const { return reason_; }
 
 private:
     bool fill(std::size_t count);
+    bool isAsBefore();
 
     Console& console_;
     std::string name_;
+    std::string reason_;
     std::unique_ptr<InputStream> stream_;
+    std::unique_ptr<ICryptoHash> hash_; ///< null unless pieces are remembered
+    std::vector<element> digests_;      ///< of the pieces of the first time
+    std::size_t place_ = 0;             ///< of the piece that comes next
+    bool isRepeated_ = false;
     element piece_;
     std::size_t held_ = 0; ///< bytes of the piece that next() has not given
     std::size_t skipped_ = 0;
@@ -53,6 +63,7 @@ private:
 /// Sends a header, which may be empty, and the encrypted input to the output. \return the exit code.
 int EncryptTo(Invocation& invocation, CipherSetting& setting, CipherInput& input, Output& output,
               std::span<const std::uint8_t> header);
-/// Sends the decrypted input to the output. In Galois/counter mode nothing is written before the tag was found right: what is kept
-/// in memory is as long as CCryptoGCM::longestKept at most, and longer files, and those decrypted to a file, are read twice.
+/// Sends the decrypted input to the output. In Galois/counter mode nothing is written before the tag was found right: a file is
+/// read twice, and a piece of it that changed in between is not decrypted; what cannot be read twice is kept in memory, up to
+/// CCryptoGCM::longestKept.
 int DecryptTo(Invocation& invocation, CipherSetting& setting, CipherInput& input, Output& output);
