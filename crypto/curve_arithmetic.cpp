@@ -1,6 +1,7 @@
 #include "crypto/curve_arithmetic.h"
 
 #include "asn1/algorithm_table.h"
+#include "asn1/wiped.h"
 #include "crypto/complete_points.h"
 #include "crypto/prime_curves.h"
 

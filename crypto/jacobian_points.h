@@ -1,5 +1,6 @@
 #pragma once
 
+#include "asn1/wiped.h"
 #include "crypto/curve_domains.h"
 #include "crypto/curve_points.h"
 #include "crypto/signed_window.h"
@@ -96,20 +97,20 @@ private:
     /// A point times 1, 3, 5 to 15, for the digits of SparseDigits.
     using OddMultiples = std::array<Point, most / 2>;
 
-    static void assignIf(Point& target, std::uint64_t mask, const Point& source)
+    [[gnu::noinline]] static void assignIf(Point& target, std::uint64_t mask, const Point& source)
     {
         target.x = fixed_limbs::Select(mask, source.x, target.x);
         target.y = fixed_limbs::Select(mask, source.y, target.y);
         target.z = fixed_limbs::Select(mask, source.z, target.z);
     }
 
-    static Point negatedIf(const Point& point, std::uint64_t mask)
+    [[gnu::noinline]] static Point negatedIf(const Point& point, std::uint64_t mask)
     {
         return {point.x, fixed_limbs::Select(mask, Field::subtract(Element{}, point.y), point.y), point.z};
     }
 
     /// Infinity stays infinity.
-    static Point twice(const Point& p)
+    [[gnu::noinline]] static Point twice(const Point& p)
     {
         const Element zz = Field::square(p.z);
         const Element twoY = Field::twice(p.y);
@@ -132,7 +133,7 @@ private:
         Element z;      ///< the product of both
     };
 
-    static Differences difference(const Point& p, const Point& q)
+    [[gnu::noinline]] static Differences difference(const Point& p, const Point& q)
     {
         const Element zzP = Field::square(p.z);
         const Element zzQ = Field::square(q.z);
@@ -145,14 +146,14 @@ private:
         return d;
     }
 
-    static Differences difference(const Point& p, const Affine& q)
+    [[gnu::noinline]] static Differences difference(const Point& p, const Affine& q)
     {
         const Element zzP = Field::square(p.z);
         return {p.x, p.y, Field::subtract(Field::multiply(q.x, zzP), p.x),
                 Field::subtract(Field::multiply(q.y, Field::multiply(zzP, p.z)), p.y), p.z};
     }
 
-    static Point sumOf(const Differences& d)
+    [[gnu::noinline]] static Point sumOf(const Differences& d)
     {
         const Element square = Field::square(d.x);
         const Element cube = Field::multiply(square, d.x);

@@ -77,6 +77,10 @@ template <std::size_t N>
     return fixed_limbs::ReduceOnce(t, top, modulus.value);
 }
 
+/// The same for the moduli of the curves, out of line: where the time of a call is not worth the room of many copies.
+template <std::size_t N>
+Limbs<N> MontgomeryMultiply(const Limbs<N>& a, const Limbs<N>& b, const Modulus<N>& modulus);
+
 /// Numbers modulo a prime as Montgomery writes them, that is x * R mod m. All of them are below m.
 template <std::size_t N>
 class MontgomeryField {
@@ -89,8 +93,8 @@ public:
 
     const Modulus<N>& modulus() const { return modulus_; }
     const Element& one() const { return modulus_.one; }
-    Element multiply(const Element& a, const Element& b) const { return MontgomeryProduct(a, b, modulus_); }
-    Element square(const Element& a) const { return MontgomeryProduct(a, a, modulus_); }
+    Element multiply(const Element& a, const Element& b) const { return MontgomeryMultiply(a, b, modulus_); }
+    Element square(const Element& a) const { return multiply(a, a); }
     Element add(const Element& a, const Element& b) const
     {
         Element sum;
