@@ -49,7 +49,7 @@ public:
             for (std::size_t each = 0; each < table.size(); ++each)
                 assignIf(entry, constant_time::Mask::Equal(each + 1, digit.magnitude).word(), table[each]);
             entry.y = fixed_limbs::Select(digit.negative, Field::subtract(Element{}, entry.y), entry.y);
-            addMasked(sum, entry, constant_time::Mask::IsZero(digit.magnitude).word(), i == 0);
+            addMasked(sum, entry, constant_time::Mask::IsZero(digit.magnitude).word());
         }
         leave(result, sum);
     }
@@ -167,10 +167,11 @@ private:
 
     /// sum += entry, unless `skip` is all ones.
     ///
-    /// Here the two are never the same or opposite. The digits below place i make at most 0.51 * 2^(baseWidth * i), in which the
-    /// digit at place i is at least 1, so neither their sum nor their difference is 0. Nor is it the order, below the last place
-    /// since it is too small, and at the last one since the scalar itself is below the order, and the order n, whose first 32 bits
-    /// are ones, is not d * 2^(baseWidth * i) + s for an |s| so small.
+    /// Here the two are never the same or opposite. The digits below place i make at most 2^(baseWidth * i - 1), in which the digit
+    /// at place i is at least 1, so neither their sum nor their difference is 0. Nor is it the order n: below the last place since
+    /// it is too small. At the last one the sum is the scalar itself, which is below n; and for the difference to be n, what the
+    /// digits below make would be negative and n that much above a multiple of 2^(baseWidth * i), while all of the bits that n has
+    /// there and some 30 below them are ones.
     void addMasked(Point& sum, const Affine& entry, std::uint64_t skip) const
     {
         const std::uint64_t empty = fixed_limbs::IsZero(sum.z);
@@ -181,16 +182,14 @@ private:
         assignIf(sum, ~skip, r);
     }
 
-    /// The same for any multiple. The sum so far is 2^width times a number that is not negative and, before the last digit d, far
-    /// below the order; so the two can be the same modulo the order at the last digit alone (for the scalar n - 2|d|, d < 0). They
-    /// are opposite only for the scalars 0 and n, which there are not.
-    void addMasked(Point& sum, const Point& entry, std::uint64_t skip, bool last) const
+    /// The same for any multiple. The sum so far is 2^width times a number that is not negative, so only at the last digit d it
+    /// comes near the order n. The two are opposite for the scalars 0 and n alone, which there are not, and they would be the same
+    /// if n were that sum and |d|, for a d below 0; but then n modulo 2^width would be a digit.
+    static_assert(domain.n.value[0] % (2 * most) > most);
+    void addMasked(Point& sum, const Point& entry, std::uint64_t skip) const
     {
         const std::uint64_t empty = fixed_limbs::IsZero(sum.z);
-        const Differences d = difference(sum, entry);
-        Point r = sumOf(d);
-        if (last)
-            assignIf(r, fixed_limbs::IsZero(d.x) & fixed_limbs::IsZero(d.y), twice(entry));
+        Point r = sumOf(difference(sum, entry));
         assignIf(r, empty, entry);
         assignIf(sum, ~skip, r);
     }
