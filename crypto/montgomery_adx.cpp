@@ -117,18 +117,29 @@ asm(R"(
     adcx %rbp, \top
 .endm
 
+# The registers += rdx times the limbs from \from(%rsi) up to the eighth one; the last register is the limb on top.
+.macro CryptoSteps from, low, high, more:vararg
+.ifb \more
+    CryptoLastStep \from, \low, \high
+.else
+    CryptoStep \from, \low, \high
+    CryptoSteps \from+8, \high, \more
+.endif
+.endm
+
 .macro CryptoRow factor, w0, w1, w2, w3, w4, w5, w6, w7
     mov \factor(%rcx), %rdx
     xor %ebp, %ebp
     CryptoStep 0, \w0, \w1
     mov \w0, \factor(%rdi)
-    CryptoStep 8, \w1, \w2
-    CryptoStep 16, \w2, \w3
-    CryptoStep 24, \w3, \w4
-    CryptoStep 32, \w4, \w5
-    CryptoStep 40, \w5, \w6
-    CryptoStep 48, \w6, \w7
-    CryptoLastStep 56, \w7, \w0
+    CryptoSteps 8, \w1, \w2, \w3, \w4, \w5, \w6, \w7, \w0
+.endm
+
+# A limb of the block at rsi times those above it.
+.macro CryptoRowAbove factor, window:vararg
+    mov \factor(%rsi), %rdx
+    xor %ebp, %ebp
+    CryptoSteps \factor+8, \window
 .endm
 
 # The block at rdi becomes the low half of: itself, the window, the bit that waits, and the product of the blocks at rsi and rcx.
@@ -152,14 +163,7 @@ asm(R"(
     imul %rcx, %rdx
     xor %ebp, %ebp
     mov %rdx, 64+\index(%rsp)
-    CryptoStep 0, \w0, \w1
-    CryptoStep 8, \w1, \w2
-    CryptoStep 16, \w2, \w3
-    CryptoStep 24, \w3, \w4
-    CryptoStep 32, \w4, \w5
-    CryptoStep 40, \w5, \w6
-    CryptoStep 48, \w6, \w7
-    CryptoLastStep 56, \w7, \w0
+    CryptoSteps 0, \w0, \w1, \w2, \w3, \w4, \w5, \w6, \w7, \w0
 .endm
 
 # rcx limbs, a multiple of 8, at rdi become 0. Changes rax.
@@ -248,49 +252,17 @@ CryptoMontgomerySquareAdx:
     mov %r9, 72(%rsp)
     mov %r10, 80(%rsp)
 
-    mov 8(%rsi), %rdx
-    xor %ebp, %ebp
-    CryptoStep 16, %r11, %r12
-    CryptoStep 24, %r12, %r13
-    CryptoStep 32, %r13, %r14
-    CryptoStep 40, %r14, %r15
-    CryptoStep 48, %r15, %r8
-    CryptoLastStep 56, %r8, %r9
+    CryptoRowAbove 8, %r11, %r12, %r13, %r14, %r15, %r8, %r9
     mov %r11, 88(%rsp)
     mov %r12, 96(%rsp)
-
-    mov 16(%rsi), %rdx
-    xor %ebp, %ebp
-    CryptoStep 24, %r13, %r14
-    CryptoStep 32, %r14, %r15
-    CryptoStep 40, %r15, %r8
-    CryptoStep 48, %r8, %r9
-    CryptoLastStep 56, %r9, %r10
+    CryptoRowAbove 16, %r13, %r14, %r15, %r8, %r9, %r10
     mov %r13, 104(%rsp)
     mov %r14, 112(%rsp)
-
-    mov 24(%rsi), %rdx
-    xor %ebp, %ebp
-    CryptoStep 32, %r15, %r8
-    CryptoStep 40, %r8, %r9
-    CryptoStep 48, %r9, %r10
-    CryptoLastStep 56, %r10, %r11
+    CryptoRowAbove 24, %r15, %r8, %r9, %r10, %r11
     mov %r15, 120(%rsp)
-
-    mov 32(%rsi), %rdx
-    xor %ebp, %ebp
-    CryptoStep 40, %r9, %r10
-    CryptoStep 48, %r10, %r11
-    CryptoLastStep 56, %r11, %r12
-
-    mov 40(%rsi), %rdx
-    xor %ebp, %ebp
-    CryptoStep 48, %r11, %r12
-    CryptoLastStep 56, %r12, %r13
-
-    mov 48(%rsi), %rdx
-    xor %ebp, %ebp
-    CryptoLastStep 56, %r13, %r14
+    CryptoRowAbove 32, %r9, %r10, %r11, %r12
+    CryptoRowAbove 40, %r11, %r12, %r13
+    CryptoRowAbove 48, %r13, %r14
     xor %r15d, %r15d
 
     # The low half goes to memory, the high half is the window.
