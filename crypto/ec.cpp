@@ -2,6 +2,7 @@
 
 #include "asn1/algorithm_table.h"
 #include "core/auto_logger.h"
+#include "crypto/any_case.h"
 #include "crypto/constant_time.h"
 #include "crypto/curve_arithmetic.h"
 #include "crypto/ecdsa_nonce.h"
@@ -9,7 +10,6 @@
 #include "crypto/x448.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstring>
 
 namespace {
@@ -42,11 +42,6 @@ constexpr OtherName otherNames[] = {
     {"P-384", algorithm::secp384r1},      {"nistp384", algorithm::secp384r1}, {"P-521", algorithm::secp521r1},
     {"nistp521", algorithm::secp521r1},   {"curve25519", algorithm::x25519},  {"curve448", algorithm::x448},
 };
-
-bool SameName(std::string_view a, std::string_view b)
-{
-    return std::ranges::equal(a, b, [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
-}
 
 constexpr std::uint8_t uncompressedForm = 4;
 constexpr std::uint8_t compressedForm = 2; // 3 when y is odd
@@ -90,10 +85,10 @@ const CurveFacts* FindCurve(std::uint32_t id)
 const CurveFacts* FindCurve(std::string_view name)
 {
     for (const CurveFacts& facts : curves)
-        if (SameName(facts.name, name))
+        if (SameInAnyCase(facts.name, name))
             return &facts;
     for (const OtherName& other : otherNames)
-        if (SameName(other.name, name))
+        if (SameInAnyCase(other.name, name))
             return FindCurve(other.id);
     return nullptr;
 }
