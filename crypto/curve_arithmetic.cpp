@@ -5,21 +5,22 @@
 #include "crypto/complete_points.h"
 #include "crypto/prime_curves.h"
 
+#include <algorithm>
+
 namespace {
 
-template <std::size_t N>
-void Load(Limbs<N>& number, CurveArithmetic::Bytes bytes)
+/// `limbs` have room for the bytes.
+void LoadLimbs(std::span<std::uint64_t> limbs, CurveArithmetic::Bytes bytes)
 {
-    number = {};
+    std::ranges::fill(limbs, 0);
     for (std::size_t i = 0; i < bytes.size(); ++i)
-        number[i / 8] |= std::uint64_t{bytes[bytes.size() - 1 - i]} << (i % 8 * 8);
+        limbs[i / 8] |= std::uint64_t{bytes[bytes.size() - 1 - i]} << (i % 8 * 8);
 }
 
-template <std::size_t N>
-void Store(CurveArithmetic::Target bytes, const Limbs<N>& number)
+void StoreLimbs(CurveArithmetic::Target bytes, std::span<const std::uint64_t> limbs)
 {
     for (std::size_t i = 0; i < bytes.size(); ++i)
-        bytes[bytes.size() - 1 - i] = static_cast<std::uint8_t>(number[i / 8] >> (i % 8 * 8));
+        bytes[bytes.size() - 1 - i] = static_cast<std::uint8_t>(limbs[i / 8] >> (i % 8 * 8));
 }
 
 template <std::size_t N>
@@ -41,8 +42,8 @@ public:
     bool isPoint(Bytes x, Bytes y) const override
     {
         AffinePoint<N> point{};
-        Load(point.x, x);
-        Load(point.y, y);
+        LoadLimbs(point.x, x);
+        LoadLimbs(point.y, y);
         if (!IsBelow(point.x, domain_.p.value) || !IsBelow(point.y, domain_.p.value))
             return false;
         const Limbs<N> root = field_.enter(point.y);
@@ -52,7 +53,7 @@ public:
     bool findY(Target y, Bytes x, bool odd) const override
     {
         Limbs<N> number;
-        Load(number, x);
+        LoadLimbs(number, x);
         if (!IsBelow(number, domain_.p.value))
             return false;
         // All these primes are 3 modulo 4, so a root is the power of (p + 1) / 4.
@@ -73,60 +74,60 @@ public:
         // No point of prime order has y = 0, but the other parity of such a y would be none.
         if (((plain[0] & 1) != 0) != odd)
             return false;
-        Store(y, plain);
+        StoreLimbs(y, plain);
         return true;
     }
 
     bool isScalar(Bytes number) const override
     {
         Wiped<Limbs<N>> scalar;
-        Load<N>(scalar, number);
+        LoadLimbs(scalar, number);
         return isInOrder(scalar);
     }
 
     void multiplyBase(Target x, Target y, Bytes scalar) const override
     {
         Wiped<Limbs<N>> factor;
-        Load<N>(factor, scalar);
+        LoadLimbs(factor, scalar);
         Wiped<AffinePoint<N>> result;
         points_.multiplyBase(result, factor);
-        Store(x, result.x);
-        Store(y, result.y);
+        StoreLimbs(x, result.x);
+        StoreLimbs(y, result.y);
     }
 
     void multiply(Target x, Target y, Bytes pointX, Bytes pointY, Bytes scalar) const override
     {
         AffinePoint<N> point{};
-        Load(point.x, pointX);
-        Load(point.y, pointY);
+        LoadLimbs(point.x, pointX);
+        LoadLimbs(point.y, pointY);
         Wiped<Limbs<N>> factor;
-        Load<N>(factor, scalar);
+        LoadLimbs(factor, scalar);
         Wiped<AffinePoint<N>> result;
         points_.multiply(result, point, factor);
-        Store(x, result.x);
-        Store(y, result.y);
+        StoreLimbs(x, result.x);
+        StoreLimbs(y, result.y);
     }
 
-    void digestToNumber(Target number, Bytes digest) const override { Store(number, order_.leave(enteredDigest(digest))); }
+    void digestToNumber(Target number, Bytes digest) const override { StoreLimbs(number, order_.leave(enteredDigest(digest))); }
 
     void bitsToNumber(Target number, Bytes bits) const override
     {
         Wiped<Limbs<N>> value;
         loadBits(value, bits);
-        Store<N>(number, value);
+        StoreLimbs(number, value);
     }
 
     bool sign(Target r, Target s, Bytes digest, Bytes key, Bytes nonce) const override
     {
         Wiped<Limbs<N>> k;
-        Load<N>(k, nonce);
+        LoadLimbs(k, nonce);
         Wiped<AffinePoint<N>> point;
         points_.multiplyBase(point, k);
         Limbs<N> first = order_.enter(point.x);
         constant_time::DeclassifyBytes(&first, sizeof first);
 
         Wiped<Limbs<N>> d;
-        Load<N>(d, key);
+        LoadLimbs(d, key);
         static_cast<Limbs<N>&>(d) = order_.multiply(order_.enter(d), first);
         static_cast<Limbs<N>&>(d) = order_.add(d, enteredDigest(digest));
         static_cast<Limbs<N>&>(k) = order_.invert(order_.enter(k));
@@ -135,8 +136,8 @@ public:
 
         if (fixed_limbs::IsZero(first) != 0 || fixed_limbs::IsZero(second) != 0)
             return false;
-        Store(r, order_.leave(first));
-        Store(s, order_.leave(second));
+        StoreLimbs(r, order_.leave(first));
+        StoreLimbs(s, order_.leave(second));
         return true;
     }
 
@@ -144,13 +145,13 @@ public:
     {
         Limbs<N> first;
         Limbs<N> second;
-        Load(first, r);
-        Load(second, s);
+        LoadLimbs(first, r);
+        LoadLimbs(second, s);
         if (!isInOrder(first) || !isInOrder(second))
             return false;
         AffinePoint<N> point{};
-        Load(point.x, x);
-        Load(point.y, y);
+        LoadLimbs(point.x, x);
+        LoadLimbs(point.y, y);
 
         const Limbs<N> inverse = order_.invert(order_.enter(second));
         const Limbs<N> ofBase = order_.leave(order_.multiply(enteredDigest(digest), inverse));
@@ -179,7 +180,7 @@ private:
     {
         const std::size_t most = (domain_.n.bits + 7) / 8;
         const bool cut = bits.size() >= most;
-        Load(number, cut ? bits.first(most) : bits);
+        LoadLimbs(number, cut ? bits.first(most) : bits);
         const std::size_t shift = most * 8 - domain_.n.bits;
         if (cut && shift != 0)
             for (std::size_t i = 0; i < N; ++i)
