@@ -154,14 +154,14 @@ std::unique_ptr<ICryptoKeyPair> CCryptoKeyFile::loadAs(KeyForm form, const eleme
 std::unique_ptr<ICryptoKeyPair> CCryptoKeyFile::loadEncrypted(const element& der, const PasswordSource& password)
 {
     CCryptoEncryptedPrivateKeyInfo info;
-    if (!info.ParseDer(der))
+    if (!info.ParseDer(der) || !CCryptoPasswordEncryption::Understands(info.algorithm))
         return refuse("its encryption is not supported");
     element secret;
     if (!password || !password(secret))
         return refuse("it is encrypted, and there is no password");
     element plain;
     if (!CCryptoPasswordEncryption::Decrypt(info.algorithm, secret.view(), info.encryptedData.bytes(), plain))
-        return refuse("the password is wrong, or the encryption is not supported");
+        return refuse("the password is wrong, or what is encrypted is damaged");
     std::unique_ptr<ICryptoKeyPair> key = LoadPrivateKeyInfo(plain);
     if (key == nullptr)
         refuse("the password is wrong, or what is encrypted is no valid key");

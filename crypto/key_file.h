@@ -22,7 +22,8 @@ enum class KeyForm {
 /// Keys in DER and PEM.
 class CCryptoKeyFile {
 public:
-    /// Asked for the password, once, when the key turns out to be encrypted. \return false when there is none.
+    /// Asked for the password, once, when the key turns out to be encrypted, in a way that is supported. \return false when there
+    /// is none.
     using PasswordSource = std::function<bool(element& password)>;
 
     /// A key in whatever form: DER, or PEM (RFC 7468), of which the first block that is a key counts. \return null, logged with the

@@ -3,6 +3,7 @@
 #include "asn1/algorithm_table.h"
 #include "core/auto_logger.h"
 #include "crypto/cipher.h"
+#include "crypto/hmac.h"
 #include "crypto/key_derivation.h"
 #include "crypto/password_objects.h"
 
@@ -44,36 +45,17 @@ const PKCS12Scheme* FindPKCS12Scheme(std::uint32_t id)
     return found != std::end(pkcs12Schemes) ? found : nullptr;
 }
 
-/// A cipher with its key and its initialisation vector.
-struct Keyed {
-    std::uint32_t cipher = algorithm::none;
-    std::uint32_t effectiveBits = 0;
-    element key;
+/// What a description asks for.
+struct Recipe {
+    const PKCS12Scheme* scheme = nullptr; ///< null for PBES2
+    std::uint32_t prf = algorithm::none;  ///< of PBES2, as are the next two
+    std::uint32_t keyLength = 0;
     element iv;
+    std::uint32_t cipher = algorithm::none;
+    std::uint32_t effectiveBits = 0; ///< of RC2 under PBES2
+    element salt;
+    std::uint32_t iterations = 0;
 };
-
-bool DerivePKCS12(const PKCS12Scheme& scheme, std::string_view password, const element& salt, std::uint32_t iterations,
-                  Keyed& keyed)
-{
-    const element units = CCryptoKeyDerivation::PKCS12Password(password);
-    if (units.isEmpty())
-        return false;
-    const auto derive = [&](CCryptoKeyDerivation::PKCS12Use use, std::uint32_t length) {
-        return CCryptoKeyDerivation::PKCS12(algorithm::sha1, use, units.bytes(), salt.bytes(), iterations, length);
-    };
-    keyed.cipher = scheme.cipher;
-    keyed.key = derive(CCryptoKeyDerivation::PKCS12Use::key, scheme.keyLength);
-    if (scheme.ivLength != 0)
-        keyed.iv = derive(CCryptoKeyDerivation::PKCS12Use::initializationVector, scheme.ivLength);
-    if (keyed.key.isEmpty() || keyed.iv.length() != scheme.ivLength)
-        return false;
-    // Two keys are three of which the last is the first.
-    if (scheme.id == algorithm::pkcs12Sha1TripleDes2Key) {
-        const element first(keyed.key.data(), desBlock);
-        keyed.key.append(first.data(), first.length());
-    }
-    return true;
-}
 
 struct CipherKey {
     std::uint32_t cipher;
@@ -94,28 +76,31 @@ const CipherKey* FindPBES2Cipher(std::uint32_t id)
     return found != std::end(pbes2Ciphers) ? found : nullptr;
 }
 
-/// Key length and effective bits that the description of the cipher asks for. \return false, logged, when it makes no sense.
-bool CheckCipher(CCryptoAutoLogger& logger, const CCryptoPBES2Parameters& parameters, Keyed& keyed, std::uint32_t& keyLength)
+/// Cipher, key length and effective bits. \return false, logged, when they make no sense.
+bool ReadCipher(CCryptoAutoLogger& logger, const CCryptoPBES2Parameters& parameters, Recipe& recipe)
 {
     const CipherKey* cipher = FindPBES2Cipher(parameters.cipher);
-    keyed.cipher = parameters.cipher;
-    keyed.iv = parameters.iv;
+    recipe.cipher = parameters.cipher;
+    recipe.iv = parameters.iv;
+    recipe.keyLength = parameters.keyLength;
     if (cipher != nullptr) {
-        keyLength = cipher->keyLength;
-        if ((parameters.keyLength != 0 && parameters.keyLength != keyLength) || keyed.iv.length() != cipher->ivLength)
+        if (recipe.keyLength == 0)
+            recipe.keyLength = cipher->keyLength;
+        if (recipe.keyLength != cipher->keyLength || recipe.iv.length() != cipher->ivLength)
             return logger.setRetValue(3, false, "The key length or the initialisation vector is not the cipher's");
         return true;
     }
     if (parameters.cipher != algorithm::rc2Cbc)
         return logger.setRetValue(3, false, "Unsupported cipher: %u", parameters.cipher);
-    keyLength = parameters.keyLength != 0 ? parameters.keyLength : 16;
-    keyed.effectiveBits = parameters.rc2EffectiveBits;
-    if (keyLength > 128 || keyed.iv.length() != desBlock || keyed.effectiveBits == 0)
+    if (recipe.keyLength == 0)
+        recipe.keyLength = 16;
+    recipe.effectiveBits = parameters.rc2EffectiveBits;
+    if (recipe.keyLength > 128 || recipe.iv.length() != desBlock || recipe.effectiveBits == 0)
         return logger.setRetValue(3, false, "The parameters of RC2 make no sense");
     return true;
 }
 
-bool DerivePBES2(CCryptoAutoLogger& logger, const elementNode* node, std::string_view password, Keyed& keyed)
+bool ReadPBES2(CCryptoAutoLogger& logger, const elementNode* node, Recipe& recipe)
 {
     CCryptoPBES2Parameters plain;
     CCryptoPBES2Parameters rc2(CCryptoPBES2Parameters::Form::rc2);
@@ -123,33 +108,89 @@ bool DerivePBES2(CCryptoAutoLogger& logger, const elementNode* node, std::string
     if (!isPlain && !rc2.Parse(node))
         return logger.setRetValue(3, false, "The parameters of PBES2 are not understood");
     const CCryptoPBES2Parameters& parameters = isPlain ? plain : rc2;
-    std::uint32_t keyLength = 0;
-    if (!CheckCipher(logger, parameters, keyed, keyLength))
-        return false;
-    keyed.key =
-        CCryptoKeyDerivation::PBKDF2(parameters.prf, Octets(password), parameters.salt.bytes(), parameters.iterations, keyLength);
-    return !keyed.key.isEmpty() || logger.setRetValue(3, false, "No key can be derived so");
+    recipe.salt = parameters.salt;
+    recipe.iterations = parameters.iterations;
+    recipe.prf = parameters.prf;
+    // A hash by itself is no pseudorandom function.
+    if (HashOfHMAC(recipe.prf) == recipe.prf)
+        return logger.setRetValue(3, false, "Unsupported pseudorandom function: %u", recipe.prf);
+    return ReadCipher(logger, parameters, recipe);
 }
 
-/// Cipher, key and initialisation vector that `how` and the password give. \return false, logged.
-bool Derive(CCryptoAutoLogger& logger, const CCryptoAlgorithmIdentifier& how, std::string_view password, Keyed& keyed)
+bool ReadPKCS12(CCryptoAutoLogger& logger, const CCryptoAlgorithmIdentifier& how, Recipe& recipe)
 {
-    if (how.id() == algorithm::pbes2)
-        return DerivePBES2(logger, how.parameters(), password, keyed);
-    const PKCS12Scheme* scheme = FindPKCS12Scheme(how.id());
-    if (scheme == nullptr)
+    recipe.scheme = FindPKCS12Scheme(how.id());
+    if (recipe.scheme == nullptr)
         return logger.setRetValue(3, false, "Unsupported password based encryption: %u", how.id());
     CCryptoPKCS12Parameters parameters;
     if (!parameters.Parse(how.parameters()))
         return logger.setRetValue(3, false, "The parameters of the encryption are not understood");
-    return DerivePKCS12(*scheme, password, parameters.salt, parameters.iterations, keyed) ||
-           logger.setRetValue(3, false, "No key can be derived so");
+    recipe.cipher = recipe.scheme->cipher;
+    recipe.salt = parameters.salt;
+    recipe.iterations = parameters.iterations;
+    return true;
 }
 
-std::unique_ptr<ICryptoCipher> CipherOf(const Keyed& keyed)
+/// \return false, logged, for a description that nothing can be derived from, whatever the password.
+bool ReadRecipe(CCryptoAutoLogger& logger, const CCryptoAlgorithmIdentifier& how, Recipe& recipe)
 {
-    std::unique_ptr<ICryptoCipher> cipher = ICryptoCipher::Create(keyed.cipher);
-    if (cipher != nullptr && keyed.effectiveBits != 0 && !cipher->setEffectiveKeyBits(keyed.effectiveBits))
+    const bool isRead =
+        how.id() == algorithm::pbes2 ? ReadPBES2(logger, how.parameters(), recipe) : ReadPKCS12(logger, how, recipe);
+    if (!isRead)
+        return false;
+    if (recipe.iterations == 0 || recipe.iterations > CCryptoKeyDerivation::mostIterations)
+        return logger.setRetValue(3, false, "Number of iterations out of bounds: %u", recipe.iterations);
+    if (recipe.salt.length() > CCryptoKeyDerivation::longestInput)
+        return logger.setRetValue(3, false, "Length of the salt out of bounds: %u", recipe.salt.length());
+    return true;
+}
+
+struct KeyAndVector {
+    element key;
+    element iv;
+};
+
+bool DerivePKCS12(const Recipe& recipe, std::string_view password, KeyAndVector& derived)
+{
+    const element units = CCryptoKeyDerivation::PKCS12Password(password);
+    if (units.isEmpty())
+        return false;
+    const auto derive = [&](CCryptoKeyDerivation::PKCS12Use use, std::uint32_t length) {
+        return CCryptoKeyDerivation::PKCS12(algorithm::sha1, use, units.bytes(), recipe.salt.bytes(), recipe.iterations, length);
+    };
+    const PKCS12Scheme& scheme = *recipe.scheme;
+    derived.key = derive(CCryptoKeyDerivation::PKCS12Use::key, scheme.keyLength);
+    if (scheme.ivLength != 0)
+        derived.iv = derive(CCryptoKeyDerivation::PKCS12Use::initializationVector, scheme.ivLength);
+    if (derived.key.isEmpty() || derived.iv.length() != scheme.ivLength)
+        return false;
+    // Two keys are three of which the last is the first.
+    if (scheme.id == algorithm::pkcs12Sha1TripleDes2Key) {
+        const element first(derived.key.data(), desBlock);
+        derived.key.append(first.data(), first.length());
+    }
+    return true;
+}
+
+bool DerivePBES2(const Recipe& recipe, std::string_view password, KeyAndVector& derived)
+{
+    derived.iv = recipe.iv;
+    derived.key =
+        CCryptoKeyDerivation::PBKDF2(recipe.prf, Octets(password), recipe.salt.bytes(), recipe.iterations, recipe.keyLength);
+    return !derived.key.isEmpty();
+}
+
+bool Derive(CCryptoAutoLogger& logger, const Recipe& recipe, std::string_view password, KeyAndVector& derived)
+{
+    const bool isDerived =
+        recipe.scheme != nullptr ? DerivePKCS12(recipe, password, derived) : DerivePBES2(recipe, password, derived);
+    return isDerived || logger.setRetValue(3, false, "No key can be derived so");
+}
+
+std::unique_ptr<ICryptoCipher> CipherOf(const Recipe& recipe)
+{
+    std::unique_ptr<ICryptoCipher> cipher = ICryptoCipher::Create(recipe.cipher);
+    if (cipher != nullptr && recipe.effectiveBits != 0 && !cipher->setEffectiveKeyBits(recipe.effectiveBits))
         return nullptr;
     return cipher;
 }
@@ -198,15 +239,24 @@ element CCryptoPasswordEncryption::Encrypt(const SCryptoPasswordEncryption& para
                                            ICryptoRandom& random)
 {
     CCryptoAutoLogger logger("CCryptoPasswordEncryption::Encrypt");
-    Keyed keyed;
-    if (!Describe(logger, parameters, random, how) || !Derive(logger, how, password, keyed))
+    Recipe recipe;
+    KeyAndVector derived;
+    if (!Describe(logger, parameters, random, how) || !ReadRecipe(logger, how, recipe) ||
+        !Derive(logger, recipe, password, derived))
         return {};
     element ciphertext;
-    const std::unique_ptr<ICryptoCipher> cipher = CipherOf(keyed);
-    if (cipher == nullptr || !cipher->encrypt(keyed.key.bytes(), keyed.iv.bytes(), text, ciphertext))
+    const std::unique_ptr<ICryptoCipher> cipher = CipherOf(recipe);
+    if (cipher == nullptr || !cipher->encrypt(derived.key.bytes(), derived.iv.bytes(), text, ciphertext))
         return logger.setRetValue(3, element(), "Encryption failed");
     logger.setResult(true);
     return ciphertext;
+}
+
+bool CCryptoPasswordEncryption::Understands(const CCryptoAlgorithmIdentifier& how)
+{
+    CCryptoAutoLogger logger("CCryptoPasswordEncryption::Understands");
+    Recipe recipe;
+    return ReadRecipe(logger, how, recipe) && logger.setResult(true);
 }
 
 bool CCryptoPasswordEncryption::Decrypt(const CCryptoAlgorithmIdentifier& how, std::string_view password,
@@ -214,11 +264,12 @@ bool CCryptoPasswordEncryption::Decrypt(const CCryptoAlgorithmIdentifier& how, s
 {
     CCryptoAutoLogger logger("CCryptoPasswordEncryption::Decrypt");
     text = {};
-    Keyed keyed;
-    if (!Derive(logger, how, password, keyed))
+    Recipe recipe;
+    KeyAndVector derived;
+    if (!ReadRecipe(logger, how, recipe) || !Derive(logger, recipe, password, derived))
         return false;
-    const std::unique_ptr<ICryptoCipher> cipher = CipherOf(keyed);
-    if (cipher == nullptr || !cipher->decrypt(keyed.key.bytes(), keyed.iv.bytes(), ciphertext, text)) {
+    const std::unique_ptr<ICryptoCipher> cipher = CipherOf(recipe);
+    if (cipher == nullptr || !cipher->decrypt(derived.key.bytes(), derived.iv.bytes(), ciphertext, text)) {
         text = {};
         return logger.setRetValue(3, false, "The password is wrong, or the data is damaged");
     }

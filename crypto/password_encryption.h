@@ -28,8 +28,12 @@ public:
                            std::span<const std::uint8_t> text, CCryptoAlgorithmIdentifier& how,
                            ICryptoRandom& random = ICryptoRandom::Instance());
 
-    /// Reads RC2 in CBC mode under PBES2, too. \return false, logged, `text` empty, for a description that is none of these or asks
-    /// for more than 50,000,000 iterations, and for a wrong password, as far as the padding tells.
+    /// Whether there is any use in asking for a password: false, logged, for a description that is none of these, whose numbers
+    /// make no sense, or that asks for more than 50,000,000 iterations. RC2 in CBC mode under PBES2 is understood, too.
+    static bool Understands(const CCryptoAlgorithmIdentifier& how);
+
+    /// \return false, logged, `text` empty, for a description that is not understood, and for a wrong password, as far as the
+    /// padding tells.
     static bool Decrypt(const CCryptoAlgorithmIdentifier& how, std::string_view password, std::span<const std::uint8_t> ciphertext,
                         element& text);
 };

@@ -79,7 +79,10 @@ bool CCryptoPBES2Parameters::ParseNode()
 {
     salt = Octets(findBytes("salt"));
     iv = Octets(findBytes("IV"));
-    if (!ReadNumber(*this, "iterations", iterations) || (isBound("keyLength") && !ReadNumber(*this, "keyLength", keyLength)))
+    if (!ReadNumber(*this, "iterations", iterations))
+        return false;
+    // A key length that is given is not 0.
+    if (isBound("keyLength") && (!ReadNumber(*this, "keyLength", keyLength) || keyLength == 0))
         return false;
     if (const elementNode* node = find("prf"); node != nullptr) {
         CCryptoAlgorithmIdentifier identifier;

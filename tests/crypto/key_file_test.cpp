@@ -2,6 +2,8 @@
 #include "crypto/ec_key_pair.h"
 #include "crypto/key_encoding.h"
 #include "crypto/key_file.h"
+#include "crypto/key_objects.h"
+#include "crypto/password_objects.h"
 #include "crypto/rsa_key_pair.h"
 #include "tests/crypto/vector_file.h"
 
@@ -9,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 
 namespace {
 
@@ -139,6 +142,7 @@ TEST(KeyFile, WritesEveryEncryption)
              {&SCryptoPasswordEncryption::scheme, 7},
              {&SCryptoPasswordEncryption::cipher, algorithm::aes128Gcm},
              {&SCryptoPasswordEncryption::prf, algorithm::sha256WithRsa},
+             {&SCryptoPasswordEncryption::prf, algorithm::sha256},
              {&SCryptoPasswordEncryption::iterations, 0},
              {&SCryptoPasswordEncryption::iterations, 0xFFFFFFFF},
          }) {
@@ -146,6 +150,51 @@ TEST(KeyFile, WritesEveryEncryption)
         wrong.iterations = 100;
         wrong.*member = value;
         EXPECT_TRUE(CCryptoKeyFile().Save(*key, KeyForm::encryptedPrivateKey, "x", wrong).isEmpty()) << value;
+    }
+}
+
+TEST(KeyFile, AsksForNoPasswordThatCannotHelp)
+{
+    using Parameters = CCryptoPBES2Parameters;
+    const struct {
+        const char* name;
+        std::function<void(Parameters&)> spoil;
+        std::uint32_t scheme;
+        bool asks;
+    } cases[] = {
+        {"right but for the password", [](Parameters&) {}, algorithm::pbes2, true},
+        {"another scheme", [](Parameters&) {}, algorithm::sha256WithRsa, false},
+        {"parameters of another scheme", [](Parameters&) {}, algorithm::pkcs12Sha1TripleDes3Key, false},
+        {"no iterations", [](Parameters& p) { p.iterations = 0; }, algorithm::pbes2, false},
+        {"too many", [](Parameters& p) { p.iterations = 50'000'001; }, algorithm::pbes2, false},
+        {"a salt too long", [](Parameters& p) { p.salt = ElementOf(Bytes(65537, 1)); }, algorithm::pbes2, false},
+        {"a hash as pseudorandom function", [](Parameters& p) { p.prf = algorithm::sha256; }, algorithm::pbes2, false},
+        {"a short vector", [](Parameters& p) { p.iv = ElementOf(Bytes(15, 2)); }, algorithm::pbes2, false},
+        {"a cipher with another mode", [](Parameters& p) { p.cipher = algorithm::aes128Gcm; }, algorithm::pbes2, false},
+        {"RC2 without a version", [](Parameters& p) { p.cipher = algorithm::rc2Cbc; }, algorithm::pbes2, false},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.name);
+        Parameters parameters;
+        parameters.salt = ElementOf(Bytes(8, 1));
+        parameters.iterations = 1;
+        parameters.cipher = algorithm::aes128Cbc;
+        parameters.prf = algorithm::hmacSha256;
+        parameters.iv = ElementOf(Bytes(16, 2));
+        test.spoil(parameters);
+        CCryptoEncryptedPrivateKeyInfo info;
+        info.algorithm.setId(test.scheme);
+        info.algorithm.setNullParameters(false);
+        info.algorithm.setParameters(parameters.BuildTree().get());
+        info.encryptedData = ElementOf(Bytes(32, 3));
+        const element der = info.BuildDer();
+        ASSERT_FALSE(der.isEmpty());
+        bool asked = false;
+        CCryptoKeyFile file;
+        EXPECT_EQ(file.Load(der.bytes(), [&](element&) { return asked = true; }), nullptr);
+        EXPECT_EQ(asked, test.asks);
+        EXPECT_STREQ(file.reason().c_str(),
+                     test.asks ? "the password is wrong, or what is encrypted is damaged" : "its encryption is not supported");
     }
 }
 
