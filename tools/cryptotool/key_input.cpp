@@ -7,10 +7,11 @@
 
 namespace {
 
-/// The bytes that base64 stands for; DER and PEM stay as they are. \return false with `reason`.
+/// The bytes that base64 stands for; DER and PEM stay as they are, without a byte order mark. \return false with `reason`.
 bool DropBase64(element& bytes, std::string& reason)
 {
-    const std::string_view text = WithoutByteOrderMark(bytes.view());
+    bytes.erase(0, bytes.length() - static_cast<std::uint32_t>(WithoutByteOrderMark(bytes.view()).size()));
+    const std::string_view text = bytes.view();
     if (text.empty()) {
         reason = "it is empty";
         return false;
