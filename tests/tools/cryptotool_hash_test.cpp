@@ -86,7 +86,7 @@ TEST(CryptotoolMac, TakesItsKeyFromAFileOrATerminal)
     PutFile(message, jefeText);
     EXPECT_EQ(RunTool({"mac", "hmac-sha256", "--key-file", key, "-"}, jefeText).output, jefeMAC + "  -\n");
     const std::string sum = SumLine{jefeMAC, message}.text();
-    EXPECT_EQ(RunTool({"mac", "hmac-SHA-256", "--key-file", "-", message, message}, "Jefe").output, sum + sum);
+    EXPECT_EQ(RunTool({"mac", "HMAC-SHA-256", "--key-file", "-", message, message}, "Jefe").output, sum + sum);
 
     MemoryConsole console;
     console.input = jefeText;
@@ -102,7 +102,7 @@ TEST(CryptotoolMac, KnowsCMACByTheLengthOfItsKey)
     const TemporaryDirectory folder;
     const std::string key = folder / u8"key";
     PutFile(key, "2b7e151628aed2a6abf7158809cf4f3c\r\n");
-    const std::vector<std::string> words = {"mac", "aes-cmac", "--hex-key", "--key-file", key, "-"};
+    const std::vector<std::string> words = {"mac", "AES-CMAC", "--hex-key", "--key-file", key, "-"};
     EXPECT_EQ(RunTool(words, "").output, "bb1d6929e95937287fa37d129b756746  -\n");
     PutFile(key, "2b7e151628aed2a6abf7158809cf4f");
     const ToolResult result = RunTool(words, "");

@@ -55,7 +55,7 @@ protected:
     std::string Generate(const std::string& algorithm, std::u8string_view name = u8"key") const
     {
         Words words = {"key", "gen", algorithm, "-o", File(name)};
-        if (algorithm == "rsa")
+        if (algorithm == "rsa" || algorithm == "Rsa")
             words = Joined(words, {"--bits", "1024"});
         const ToolResult made = RunTool(words);
         EXPECT_EQ(made.code, exitDone) << made.error;
@@ -72,7 +72,7 @@ TEST_F(CryptotoolKey, EveryKeyIsTheSameInEveryForm)
         const char* size;
         Words forms;
     } cases[] = {
-        {"rsa", "1024", {"pkcs1", "encrypted", "pkcs8"}},
+        {"Rsa", "1024", {"pkcs1", "encrypted", "pkcs8"}},
         {"secp112r1", "112", {"sec1", "pkcs8"}},
         {"P-256", "256", {"sec1", "encrypted", "pkcs8"}},
         {"brainpoolP384r1", "384", {"sec1", "pkcs8"}},
@@ -142,9 +142,9 @@ TEST_F(CryptotoolKey, EncryptsInEveryWay)
     const std::string key = Put(u8"key", publishedKey);
     const std::string half = RunTool({"key", "public", key}).output;
     std::vector<Words> ways = {{}};
-    for (const char* const cipher : {"aes-128-cbc", "aes-192-cbc", "aes-256-cbc", "des-ede3-cbc"})
+    for (const char* const cipher : {"aes-128-cbc", "AES-192-CBC", "aes-256-cbc", "des-ede3-cbc"})
         ways.push_back({"--cipher", cipher});
-    for (const char* const scheme : {"sha1-3des", "sha1-2des", "sha1-rc2-128", "sha1-rc2-40", "sha1-rc4-128", "sha1-rc4-40"})
+    for (const char* const scheme : {"SHA1-3DES", "sha1-2des", "sha1-rc2-128", "sha1-rc2-40", "sha1-rc4-128", "sha1-rc4-40"})
         ways.push_back({"--scheme", scheme});
     for (const Words& way : ways) {
         SCOPED_TRACE(testing::PrintToString(way));

@@ -1,3 +1,4 @@
+#include "crypto/any_case.h"
 #include "crypto/ec_key_pair.h"
 #include "crypto/rsa_key_pair.h"
 #include "tools/cryptotool/command_table.h"
@@ -51,7 +52,7 @@ int Generate(Invocation& invocation)
 {
     const Arguments& arguments = invocation.arguments();
     const std::string name = arguments.operand(0);
-    const bool isRsa = name == "rsa" || name == "RSA";
+    const bool isRsa = SameInAnyCase(name, "rsa");
     const CurveFacts* const curve = isRsa ? nullptr : FindCurve(name);
     if (!isRsa && curve == nullptr)
         return invocation.misuse("there is no algorithm " + name);

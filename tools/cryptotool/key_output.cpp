@@ -1,5 +1,6 @@
 #include "tools/cryptotool/key_output.h"
 
+#include "crypto/any_case.h"
 #include "tools/cryptotool/output.h"
 
 #include <algorithm>
@@ -43,7 +44,7 @@ int ReadName(Invocation& invocation, const Option& option, std::span<const Named
     if (!arguments.has(option.name))
         return exitDone;
     const std::string given = arguments.value(option.name);
-    const auto found = std::ranges::find(names, given, &NamedId::name);
+    const auto found = std::ranges::find_if(names, [&](const NamedId& row) { return SameInAnyCase(row.name, given); });
     if (found == names.end())
         return invocation.misuse("--" + std::string(option.name) + " does not know " + given);
     id = found->id;

@@ -1,6 +1,7 @@
 #include "tools/cryptotool/mac_algorithms.h"
 
 #include "asn1/algorithm_table.h"
+#include "crypto/any_case.h"
 #include "crypto/cmac.h"
 #include "crypto/hmac.h"
 
@@ -25,7 +26,8 @@ std::unique_ptr<StreamedMAC> NewHMAC(std::string_view name, std::span<const std:
 
 bool IsHMAC(std::string_view name)
 {
-    return name.starts_with("hmac-") && CCryptoHMAC::CreateByName(name) != nullptr;
+    constexpr std::string_view prefix = "hmac-";
+    return SameInAnyCase(name.substr(0, prefix.size()), prefix) && CCryptoHMAC::CreateByName(name) != nullptr;
 }
 
 class StreamedCMAC : public StreamedMAC {
@@ -40,7 +42,7 @@ private:
 
 bool IsCMAC(std::string_view name)
 {
-    return name == "aes-cmac";
+    return SameInAnyCase(name, "aes-cmac");
 }
 
 /// The length of the key tells which AES it is.

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::string_view details =
     R"(Prints the message authentication code of each FILE, "-" for standard input, as hash prints digests. ALG is hmac- with the name of
-a hash function (hmac-sha256), or aes-cmac, whose key has 16, 24 or 32 bytes. Without --key-file and --key-fd the
+a hash function (hmac-sha256), or aes-cmac, whose key has 16, 24 or 32 bytes, in either case. Without --key-file and --key-fd the
 key is asked for at the terminal, and is the line typed there.
 )";
 
