@@ -48,6 +48,26 @@ TEST(CryptotoolHash, PrintsAndChecksSums)
     EXPECT_EQ(some.output, abcSum + "  -\n");
 }
 
+TEST(CryptotoolHash, ReadsStandardInputOnce)
+{
+    const ToolResult twice = RunTool({"hash", "sha256", "-", "-"}, "abc");
+    EXPECT_EQ(twice.code, exitUsage);
+    EXPECT_EQ(twice.output, "");
+
+    // A line that names it has its sum, unless the lines come from there, or a line before was it.
+    const std::string emptySum = "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
+    const TemporaryDirectory folder;
+    const std::string list = folder / u8"list";
+    PutFile(list, abcSum + "  -\r\n" + emptySum + " *-\r\n");
+    const ToolResult lines = RunTool({"hash", "--check", "sha256", list}, "abc");
+    EXPECT_EQ(lines.code, exitRefused);
+    EXPECT_EQ(lines.output, "-: OK\n-: FAILED open or read\n");
+    const ToolResult itself = RunTool({"hash", "--check", "sha256", "-"}, emptySum + "  -\n");
+    EXPECT_EQ(itself.code, exitRefused);
+    EXPECT_EQ(itself.output, "-: FAILED open or read\n");
+    EXPECT_EQ(itself.error, "cryptotool: -: standard input was read already\n");
+}
+
 TEST(CryptotoolHash, OddNamesAreEscapedAndReadBack)
 {
     for (const std::string name : {"plain", "two  blanks", " *", "a\\b", "line\nend", "\r", "\\n", "-", "\xE2\x80\xAE"}) {
@@ -128,8 +148,9 @@ TEST(CryptotoolMac, RefusesWhatIsNoKey)
         {{"--key-fd", "4294967296", "x"}, exitRefused, "there is no such descriptor"},
         {{"--hex-key", "--key-file", folder / u8"odd", "x"}, exitRefused, "it is not made of hexadecimal digits"},
         {{"x"}, exitRefused, "no line came from a terminal; --key-file or --key-fd gives it"},
-        {{"--key-file", "-", "-"}, exitUsage, "standard input is the key or a FILE, not both"},
-        {{"--key-fd", "0", "-"}, exitUsage, "standard input is the key or a FILE, not both"},
+        {{"--key-file", "-", "-"}, exitUsage, "only one of the files can be standard input"},
+        {{"--key-fd", "0", "-"}, exitUsage, "only one of the files can be standard input"},
+        {{"--key-file", key, "-", "-"}, exitUsage, "only one of the files can be standard input"},
         {{"--key-file", key, "--key-fd", "0", "x"}, exitUsage, "--key-file and --key-fd: one of them"},
     };
     for (const auto& test : cases) {

@@ -3,11 +3,13 @@
 #include "tools/cryptotool/command_table.h"
 #include "tools/cryptotool/input.h"
 #include "tools/cryptotool/invocation.h"
+#include "tools/cryptotool/secret_input.h"
 #include "tools/cryptotool/streamed_file.h"
 #include "tools/cryptotool/sum_line.h"
 #include "tools/cryptotool/sum_output.h"
 
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -38,7 +40,7 @@ public:
     {
         element bytes;
         std::string reason;
-        if (!ReadWhole(invocation_.console(), list, bytes, reason)) {
+        if (!isReadOnce(list, reason) || !ReadWhole(invocation_.console(), list, bytes, reason)) {
             code_ = invocation_.refuse(list, reason);
             return true;
         }
@@ -62,10 +64,19 @@ public:
     int code() const { return code_; }
 
 private:
+    /// False, with `reason`, for standard input that another file, or a line of one, was before.
+    bool isReadOnce(const std::string& file, std::string& reason)
+    {
+        const bool isRight = file != "-" || !std::exchange(hasReadStandardInput_, true);
+        if (!isRight)
+            reason = "standard input was read already";
+        return isRight;
+    }
     bool digest(const std::string& file, std::string& digits, std::string& reason)
     {
         hash_.reset();
-        if (!StreamFile(
+        if (!isReadOnce(file, reason) ||
+            !StreamFile(
                 invocation_.console(), file, [this](std::span<const std::uint8_t> piece) { hash_.update(piece); }, reason))
             return false;
         const element found = hash_.final();
@@ -89,12 +100,15 @@ private:
     Invocation& invocation_;
     ICryptoHash& hash_;
     SumOutput& output_;
+    bool hasReadStandardInput_ = false;
     int code_ = exitDone;
 };
 
 int HashFiles(Invocation& invocation)
 {
     const Arguments& arguments = invocation.arguments();
+    if (const int code = CheckOneStandardInput(invocation, arguments.operands(), {}); code != exitDone)
+        return code;
     const auto hash = ICryptoHash::CreateByName(arguments.operand(0));
     if (hash == nullptr)
         return invocation.misuse("there is no hash function " + arguments.operand(0));

@@ -3,8 +3,6 @@
 #include "asn1/pem.h"
 #include "tools/cryptotool/input.h"
 
-#include <algorithm>
-
 namespace {
 
 /// The bytes that base64 stands for; DER and PEM stay as they are, without a byte order mark. \return false with `reason`.
@@ -43,13 +41,4 @@ int ReadKey(Invocation& invocation, const std::string& file, KeyInput& input)
     if (passwordExit != exitDone)
         return passwordExit;
     return input.key != nullptr ? exitDone : invocation.refuse(file, keyFile.reason().view());
-}
-
-int CheckOneStandardInput(Invocation& invocation, std::initializer_list<std::string> files,
-                          std::initializer_list<SecretKind> secrets)
-{
-    const Arguments& arguments = invocation.arguments();
-    const auto count = std::ranges::count(files, "-") +
-                       std::ranges::count_if(secrets, [&](const SecretKind& kind) { return IsStandardInput(arguments, kind); });
-    return count < 2 ? exitDone : invocation.misuse("only one of the files can be standard input");
 }

@@ -4,7 +4,6 @@
 #include "tools/cryptotool/invocation.h"
 #include "tools/cryptotool/secret_input.h"
 
-#include <initializer_list>
 #include <memory>
 #include <string>
 
@@ -17,8 +16,3 @@ struct KeyInput {
 /// Reads a key of any form, DER, PEM or base64; of one that is encrypted, the password comes from the options of passwordSecret.
 /// \return exitDone, or the exit code after the reason was printed.
 int ReadKey(Invocation& invocation, const std::string& file, KeyInput& input);
-
-/// Whether at most one of these files, and of those that the options of `secrets` name, is standard input. Prints what is wrong
-/// otherwise. \return exitDone or exitUsage.
-int CheckOneStandardInput(Invocation& invocation, std::initializer_list<std::string> files,
-                          std::initializer_list<SecretKind> secrets);

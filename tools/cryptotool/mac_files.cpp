@@ -7,7 +7,6 @@
 #include "tools/cryptotool/sum_line.h"
 #include "tools/cryptotool/sum_output.h"
 
-#include <algorithm>
 #include <limits>
 
 namespace {
@@ -43,9 +42,8 @@ int PrintMACs(Invocation& invocation, StreamedMAC& mac)
 int MACFiles(Invocation& invocation)
 {
     const Arguments& arguments = invocation.arguments();
-    const auto files = std::span(arguments.operands()).subspan(1);
-    if (IsStandardInput(arguments, keySecret) && std::ranges::find(files, "-") != files.end())
-        return invocation.misuse("standard input is the key or a FILE, not both");
+    if (const int code = CheckOneStandardInput(invocation, arguments.operands(), {keySecret}); code != exitDone)
+        return code;
     const MACAlgorithm* const algorithm = FindMACAlgorithm(arguments.operand(0));
     if (algorithm == nullptr)
         return invocation.misuse("there is no MAC " + arguments.operand(0));

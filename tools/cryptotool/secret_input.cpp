@@ -5,6 +5,7 @@
 #include "tools/cryptotool/invocation.h"
 #include "tools/cryptotool/reason.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace {
@@ -78,6 +79,14 @@ void DropLineEnd(element& text)
 bool IsStandardInput(const Arguments& arguments, const SecretKind& kind)
 {
     return arguments.value(kind.file.name) == "-" || arguments.number(kind.descriptor.name, 1) == 0;
+}
+
+int CheckOneStandardInput(Invocation& invocation, const std::vector<std::string>& files, std::initializer_list<SecretKind> secrets)
+{
+    const Arguments& arguments = invocation.arguments();
+    const auto count = std::ranges::count(files, "-") +
+                       std::ranges::count_if(secrets, [&](const SecretKind& kind) { return IsStandardInput(arguments, kind); });
+    return count < 2 ? exitDone : invocation.misuse("only one of the files can be standard input");
 }
 
 int ReadSecret(Invocation& invocation, const SecretKind& kind, Asking asking, element& secret)

@@ -4,7 +4,10 @@
 #include "tools/cryptotool/command.h"
 
 #include <cstdint>
+#include <initializer_list>
+#include <string>
 #include <string_view>
+#include <vector>
 
 class Arguments;
 class Invocation;
@@ -38,6 +41,10 @@ constexpr SecretKind passwordSecret = {
 
 /// Whether standard input is named as what gives the secret, as a file or as the descriptor 0.
 bool IsStandardInput(const Arguments& arguments, const SecretKind& kind);
+
+/// Whether at most one of these files, and of those that the options of `secrets` name, is standard input, which gives its bytes
+/// once. Prints what is wrong otherwise. \return exitDone or exitUsage.
+int CheckOneStandardInput(Invocation& invocation, const std::vector<std::string>& files, std::initializer_list<SecretKind> secrets);
 
 /// How often a typed secret is asked for: twice for one that is new, and both lines must agree.
 enum class Asking { once, twice };
