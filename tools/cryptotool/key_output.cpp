@@ -60,7 +60,8 @@ int PrivateKeyTarget::read(Invocation& invocation, const SecretKind& secret)
     secret_ = &secret;
     if (form_ == KeyForm::encryptedPrivateKey)
         return readEncryption(invocation);
-    for (const Option& option : {keyCipherOption, iterationsOption, keySchemeOption})
+    // A password that goes nowhere would leave the key open to everybody, and the user none the wiser.
+    for (const Option& option : {keyCipherOption, iterationsOption, keySchemeOption, secret.file, secret.descriptor})
         if (arguments.has(option.name))
             return invocation.misuse("--" + std::string(option.name) + " goes with --form encrypted");
     return exitDone;
