@@ -39,6 +39,8 @@ int Convert(Invocation& invocation)
     exit = target.check(invocation, input.key->curveId() != 0 ? input.key->curveId() : input.key->algorithmId());
     if (exit == exitDone)
         exit = target.askPassword(invocation);
+    if (exit == exitDone)
+        exit = target.open(invocation);
     return exit == exitDone ? target.write(invocation, *input.key, file) : exit;
 }
 

@@ -68,6 +68,8 @@ int Generate(Invocation& invocation)
         exit = target.check(invocation, isRsa ? std::uint32_t{algorithm::rsaEncryption} : curve->id);
     if (exit == exitDone)
         exit = target.askPassword(invocation);
+    if (exit == exitDone)
+        exit = target.open(invocation);
     if (exit != exitDone)
         return exit;
     StartReason();

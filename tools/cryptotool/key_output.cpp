@@ -1,7 +1,6 @@
 #include "tools/cryptotool/key_output.h"
 
 #include "crypto/any_case.h"
-#include "tools/cryptotool/output.h"
 
 #include <algorithm>
 
@@ -106,23 +105,35 @@ int PrivateKeyTarget::askPassword(Invocation& invocation)
     return exit == exitDone && password_.isEmpty() ? invocation.refuse(secret_->what, "it is empty") : exit;
 }
 
-int PrivateKeyTarget::write(Invocation& invocation, const ICryptoKeyPair& key, std::string_view source) const
+int PrivateKeyTarget::open(Invocation& invocation)
+{
+    output_.emplace(invocation, form_);
+    return output_->open();
+}
+
+int PrivateKeyTarget::write(Invocation& invocation, const ICryptoKeyPair& key, std::string_view source)
 {
     CCryptoKeyFile file;
     const element der = file.Save(key, form_, password_.view(), encryption_);
-    return der.isEmpty() ? invocation.refuse(source, file.reason().view()) : WriteKey(invocation, form_, der);
+    return der.isEmpty() ? invocation.refuse(source, file.reason().view()) : output_->write(der);
 }
 
-int WriteKey(Invocation& invocation, KeyForm form, const element& der)
+KeyOutput::KeyOutput(Invocation& invocation, KeyForm form)
+    : invocation_(invocation), form_(form), isDer_(invocation.arguments().value(keyEncodingOption.name) == "der"),
+      output_(invocation.console(), invocation.arguments().value(outputOption.name),
+              isDer_ ? Output::Content::binary : Output::Content::text)
 {
-    const Arguments& arguments = invocation.arguments();
-    const bool isDer = arguments.value(keyEncodingOption.name) == "der";
-    Output output(invocation.console(), arguments.value(outputOption.name),
-                  isDer ? Output::Content::binary : Output::Content::text);
     if (form != KeyForm::publicKeyInfo && form != KeyForm::rsaPublicKey)
-        output.keepPrivate();
-    const bool written = output.open() &&
-                         (isDer ? output.write(der.bytes()) : output.write(CCryptoKeyFile::ToPem(form, der).view())) &&
-                         output.finish();
-    return written ? exitDone : invocation.refuse(output.name(), output.reason());
+        output_.keepPrivate();
+}
+
+int KeyOutput::open()
+{
+    return output_.open() ? exitDone : invocation_.refuse(output_.name(), output_.reason());
+}
+
+int KeyOutput::write(const element& der)
+{
+    const bool isWritten = isDer_ ? output_.write(der.bytes()) : output_.write(CCryptoKeyFile::ToPem(form_, der).view());
+    return isWritten && output_.finish() ? exitDone : invocation_.refuse(output_.name(), output_.reason());
 }

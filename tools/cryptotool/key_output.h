@@ -2,7 +2,10 @@
 
 #include "crypto/key_file.h"
 #include "tools/cryptotool/invocation.h"
+#include "tools/cryptotool/output.h"
 #include "tools/cryptotool/secret_input.h"
+
+#include <optional>
 
 // The options that say how a private key is written.
 
@@ -25,6 +28,23 @@ constexpr SecretKind newPasswordSecret = {
     {OptionKind::number, 0, "new-password-fd", "N", "the same, as --password-fd"},
 };
 
+/// Where a key goes: the place that the options of an invocation name, as PEM or DER; a private key's file is for its owner alone.
+class KeyOutput {
+public:
+    KeyOutput(Invocation& invocation, KeyForm form);
+
+    /// \return exitDone, or the exit code after the reason was printed.
+    int open();
+    /// All of it: `der` is a key in the form. \return as open().
+    int write(const element& der);
+
+private:
+    Invocation& invocation_;
+    KeyForm form_;
+    bool isDer_;
+    Output output_;
+};
+
 /// How the options of an invocation want a private key written.
 class PrivateKeyTarget {
 public:
@@ -35,9 +55,10 @@ public:
     int check(Invocation& invocation, std::uint32_t kind) const;
     /// Asks for the password when there is to be one. \return the exit code.
     int askPassword(Invocation& invocation);
-    /// Writes the key to the place that the options name, a file for its owner alone. `source` is for messages. \return the exit
-    /// code.
-    int write(Invocation& invocation, const ICryptoKeyPair& key, std::string_view source) const;
+    /// Opens what the key goes to, ahead of making one that could not be kept. \return the exit code.
+    int open(Invocation& invocation);
+    /// After open(). `source` is for messages. \return the exit code.
+    int write(Invocation& invocation, const ICryptoKeyPair& key, std::string_view source);
 
 private:
     int readEncryption(Invocation& invocation);
@@ -46,7 +67,5 @@ private:
     const SecretKind* secret_ = nullptr;
     SCryptoPasswordEncryption encryption_;
     element password_;
+    std::optional<KeyOutput> output_;
 };
-
-/// Writes DER of a key in its form, PEM or not as --outform says. \return the exit code.
-int WriteKey(Invocation& invocation, KeyForm form, const element& der);

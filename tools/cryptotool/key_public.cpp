@@ -31,7 +31,11 @@ int WritePublic(Invocation& invocation)
         return invocation.misuse("--form pkcs1 is for RSA keys");
     CCryptoKeyFile keyFile;
     const element der = keyFile.Save(*input.key, form);
-    return der.isEmpty() ? invocation.refuse(file, keyFile.reason().view()) : WriteKey(invocation, form, der);
+    if (der.isEmpty())
+        return invocation.refuse(file, keyFile.reason().view());
+    KeyOutput output(invocation, form);
+    exit = output.open();
+    return exit == exitDone ? output.write(der) : exit;
 }
 
 } // namespace
