@@ -306,6 +306,7 @@ TEST_F(CryptotoolKey, WrongWordsAreMisuse)
         {"key", "sign", "-"},
         {"key", "sign", "--hash", "md4", curve},
         {"key", "sign", "--hash", "sha3", curve},
+        {"key", "sign", "--hash", "sha3", "a key that nobody looks for"},
         {"key", "sign", "--salt-length", "1", curve},
         {"key", "sign", "--pss", "--hash", "md5-sha1", curve},
         {"key", "sign", "--pss", "--salt-length", "1025", curve},

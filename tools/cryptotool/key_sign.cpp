@@ -1,8 +1,8 @@
 #include "tools/cryptotool/command_table.h"
-#include "tools/cryptotool/key_input.h"
 #include "tools/cryptotool/key_signature.h"
 #include "tools/cryptotool/output.h"
 #include "tools/cryptotool/reason.h"
+#include "tools/cryptotool/secret_input.h"
 
 namespace {
 
@@ -24,24 +24,19 @@ int Sign(Invocation& invocation)
     const Arguments& arguments = invocation.arguments();
     const std::string key = arguments.operand(0);
     const std::string file = arguments.operands().size() > 1 ? arguments.operand(1) : "-";
-    KeyInput input;
-    SignedDigest what;
-    int exit = CheckOneStandardInput(invocation, {key, file}, {passwordSecret});
-    if (exit == exitDone)
-        exit = ReadKey(invocation, key, input);
-    if (exit == exitDone)
-        exit = ReadPadding(invocation, *input.key, key, what);
-    if (exit == exitDone && !input.key->hasPrivate())
+    Signing signing;
+    int exit = StartSigning(invocation, {key, file}, signing);
+    if (exit == exitDone && !signing.key->hasPrivate())
         exit = invocation.refuse(key, "it holds no private key");
     Output output(invocation.console(), arguments.value(outputOption.name), Output::Content::binary);
     if (exit == exitDone && !output.open())
         exit = invocation.refuse(output.name(), output.reason());
     if (exit == exitDone)
-        exit = HashFile(invocation, file, what);
+        exit = HashFile(invocation, file, signing);
     if (exit != exitDone)
         return exit;
     StartReason();
-    const element signature = input.key->signHash(what.hash, what.digest.bytes(), what.padding);
+    const element signature = signing.key->signHash(signing.hash, signing.digest.bytes(), signing.padding);
     if (signature.isEmpty())
         return invocation.refuse(key, Reason("it does not sign so"));
     return output.write(signature.bytes()) && output.finish() ? exitDone : invocation.refuse(output.name(), output.reason());

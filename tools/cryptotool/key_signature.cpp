@@ -2,27 +2,22 @@
 
 #include "asn1/algorithm_table.h"
 #include "crypto/hash.h"
-#include "tools/cryptotool/input.h"
-#include "tools/cryptotool/progress.h"
-
-#include <vector>
+#include "tools/cryptotool/key_input.h"
+#include "tools/cryptotool/streamed_file.h"
 
 namespace {
-
-constexpr std::size_t pieceSize = 1U << 16;
 
 /// The longest salt that an RSA key of 8192 bits has room for.
 constexpr std::uint64_t longestSalt = 1024;
 
-} // namespace
-
-int ReadPadding(Invocation& invocation, const ICryptoKeyPair& pair, const std::string& key, SignedDigest& what)
+/// What the options say by themselves. \return exitDone or exitUsage.
+int ReadPadding(Invocation& invocation, Signing& signing)
 {
     const Arguments& arguments = invocation.arguments();
     const bool isPss = arguments.has(pssOption.name);
     const std::unique_ptr<ICryptoHash> hash = ICryptoHash::CreateByName(arguments.value(hashOption.name, "sha256"));
-    what.hash = hash != nullptr ? hash->algorithmId() : std::uint32_t{algorithm::none};
-    if (what.hash == algorithm::none)
+    signing.hash = hash != nullptr ? hash->algorithmId() : std::uint32_t{algorithm::none};
+    if (signing.hash == algorithm::none)
         return invocation.misuse("there are no signatures with " + arguments.value(hashOption.name));
     if (arguments.has("salt-length")) {
         const std::uint64_t length = arguments.number("salt-length", 0);
@@ -30,34 +25,44 @@ int ReadPadding(Invocation& invocation, const ICryptoKeyPair& pair, const std::s
             return invocation.misuse("--salt-length goes with --pss");
         if (length > longestSalt)
             return invocation.misuse("--salt-length is at most " + std::to_string(longestSalt));
-        what.padding.masking.saltLength = static_cast<std::int32_t>(length);
+        signing.padding.masking.saltLength = static_cast<std::int32_t>(length);
     }
-    if (isPss && what.hash == algorithm::md5Sha1)
+    if (isPss && signing.hash == algorithm::md5Sha1)
         return invocation.misuse("--pss does not go with md5-sha1");
-    if (pair.signatureSize() == 0)
-        return invocation.refuse(key, std::string(pair.name()) + " keys do not sign");
-    if (isPss && pair.algorithmId() != algorithm::rsaEncryption)
-        return invocation.refuse(key, "it is no RSA key, which --pss is for");
-    what.padding.scheme = isPss ? SCryptoPadding::Scheme::masked : SCryptoPadding::Scheme::pkcs1;
-    what.padding.masking.hash = what.hash;
+    signing.padding.scheme = isPss ? SCryptoPadding::Scheme::masked : SCryptoPadding::Scheme::pkcs1;
+    signing.padding.masking.hash = signing.hash;
     return exitDone;
 }
 
-int HashFile(Invocation& invocation, const std::string& file, SignedDigest& what)
+} // namespace
+
+int StartSigning(Invocation& invocation, const std::vector<std::string>& files, Signing& signing)
 {
-    InputStream input(invocation.console());
-    if (!input.open(file))
-        return invocation.refuse(file, input.reason());
-    const std::unique_ptr<ICryptoHash> hash = ICryptoHash::Create(what.hash);
-    Progress progress(invocation.console(), input.size());
-    std::vector<std::uint8_t> piece(pieceSize);
-    std::int64_t count = 0;
-    while ((count = input.read(piece)) > 0) {
-        hash->update(piece.data(), static_cast<std::size_t>(count));
-        progress.add(static_cast<std::uint64_t>(count));
-    }
-    if (count < 0)
-        return invocation.refuse(file, input.reason());
-    what.digest = hash->final();
+    const std::string& name = files.front();
+    KeyInput input;
+    int exit = CheckOneStandardInput(invocation, files, {passwordSecret});
+    if (exit == exitDone)
+        exit = ReadPadding(invocation, signing);
+    if (exit == exitDone)
+        exit = ReadKey(invocation, name, input);
+    if (exit != exitDone)
+        return exit;
+    signing.key = std::move(input.key);
+    if (signing.key->signatureSize() == 0)
+        return invocation.refuse(name, std::string(signing.key->name()) + " keys do not sign");
+    if (signing.padding.scheme == SCryptoPadding::Scheme::masked && signing.key->algorithmId() != algorithm::rsaEncryption)
+        return invocation.refuse(name, "it is no RSA key, which --pss is for");
+    return exitDone;
+}
+
+int HashFile(Invocation& invocation, const std::string& file, Signing& signing)
+{
+    const std::unique_ptr<ICryptoHash> hash = ICryptoHash::Create(signing.hash);
+    std::string reason;
+    const bool isRead = StreamFile(
+        invocation.console(), file, [&](std::span<const std::uint8_t> piece) { hash->update(piece); }, reason);
+    if (!isRead)
+        return invocation.refuse(file, reason);
+    signing.digest = hash->final();
     return exitDone;
 }

@@ -1,8 +1,8 @@
 #include "tools/cryptotool/command_table.h"
 #include "tools/cryptotool/input.h"
-#include "tools/cryptotool/key_input.h"
 #include "tools/cryptotool/key_signature.h"
 #include "tools/cryptotool/output.h"
+#include "tools/cryptotool/secret_input.h"
 
 namespace {
 
@@ -23,26 +23,20 @@ constexpr Option options[] = {
 int Verify(Invocation& invocation)
 {
     const Arguments& arguments = invocation.arguments();
-    const std::string key = arguments.operand(0);
     const std::string signatureFile = arguments.operand(1);
     const std::string file = arguments.operands().size() > 2 ? arguments.operand(2) : "-";
-    KeyInput input;
-    SignedDigest what;
-    what.padding.masking.saltLength = CCryptoRSAPadding::saltOfAnyLength;
+    Signing signing;
+    signing.padding.masking.saltLength = CCryptoRSAPadding::saltOfAnyLength;
     element signature;
     std::string reason;
-    int exit = CheckOneStandardInput(invocation, {key, signatureFile, file}, {passwordSecret});
-    if (exit == exitDone)
-        exit = ReadKey(invocation, key, input);
-    if (exit == exitDone)
-        exit = ReadPadding(invocation, *input.key, key, what);
+    int exit = StartSigning(invocation, {arguments.operand(0), signatureFile, file}, signing);
     if (exit == exitDone && !ReadWhole(invocation.console(), signatureFile, signature, reason))
         exit = invocation.refuse(signatureFile, reason);
     if (exit == exitDone)
-        exit = HashFile(invocation, file, what);
+        exit = HashFile(invocation, file, signing);
     if (exit != exitDone)
         return exit;
-    const bool isRight = input.key->verifyHash(what.hash, what.digest.bytes(), signature.bytes(), what.padding);
+    const bool isRight = signing.key->verifyHash(signing.hash, signing.digest.bytes(), signature.bytes(), signing.padding);
     Output output(invocation.console(), arguments.value(outputOption.name), Output::Content::text);
     const bool written = output.open() && output.write(isRight ? "OK\n" : "FAILED\n") && output.finish();
     if (!written)
