@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <map>
-#include <regex>
 #include <sstream>
 
 namespace {
@@ -83,14 +83,32 @@ protected:
 TemporaryDirectory* CryptotoolZoo::folder_ = nullptr;
 bool CryptotoolZoo::made_ = false;
 
-/// "offset depth headerLength length constructed class tag" of each element.
-using Lines = std::vector<std::string>;
+/// One element, as both programs tell of it.
+struct ElementLine {
+    unsigned long offset = 0;
+    unsigned long depth = 0;
+    unsigned long headerLength = 0;
+    std::string length; ///< "inf" for an indefinite one
+    bool isConstructed = false;
+    std::string tagClass;
+    unsigned long tag = 0;
 
-const std::map<std::string, std::string> tagNumbers = {
-    {"EOC", "0"},      {"BOOLEAN", "1"},          {"INTEGER", "2"},          {"BIT STRING", "3"},  {"OCTET STRING", "4"},
-    {"NULL", "5"},     {"OBJECT", "6"},           {"ENUMERATED", "10"},      {"UTF8STRING", "12"}, {"SEQUENCE", "16"},
-    {"SET", "17"},     {"NUMERICSTRING", "18"},   {"PRINTABLESTRING", "19"}, {"T61STRING", "20"},  {"IA5STRING", "22"},
-    {"UTCTIME", "23"}, {"GENERALIZEDTIME", "24"}, {"VISIBLESTRING", "26"},   {"BMPSTRING", "30"},
+    bool operator==(const ElementLine&) const = default;
+};
+
+void PrintTo(const ElementLine& line, std::ostream* stream)
+{
+    *stream << line.offset << " depth " << line.depth << " header " << line.headerLength << " length " << line.length
+            << (line.isConstructed ? " constructed " : " primitive ") << line.tagClass << ' ' << line.tag;
+}
+
+using Lines = std::vector<ElementLine>;
+
+const std::map<std::string, unsigned long> tagNumbers = {
+    {"EOC", 0},      {"BOOLEAN", 1},          {"INTEGER", 2},          {"BIT STRING", 3},  {"OCTET STRING", 4},
+    {"NULL", 5},     {"OBJECT", 6},           {"ENUMERATED", 10},      {"UTF8STRING", 12}, {"SEQUENCE", 16},
+    {"SET", 17},     {"NUMERICSTRING", 18},   {"PRINTABLESTRING", 19}, {"T61STRING", 20},  {"IA5STRING", 22},
+    {"UTCTIME", 23}, {"GENERALIZEDTIME", 24}, {"VISIBLESTRING", 26},   {"BMPSTRING", 30},
 };
 
 const std::map<std::string, std::string> classNames = {
@@ -99,41 +117,65 @@ const std::map<std::string, std::string> classNames = {
     {"priv", "private"},
 };
 
+/// "  4:d=1  hl=2 l=  13 cons:  SEQUENCE   :...", or " cont [ 0 ]" instead of the name. \return false for another line.
+bool ReadAsn1ParseLine(const std::string& text, ElementLine& line)
+{
+    char length[16] = {};
+    char form[8] = {};
+    int place = -1;
+    std::sscanf(text.c_str(), " %lu:d=%lu hl=%lu l= %15s %7[a-z]: %n", &line.offset, &line.depth, &line.headerLength, length, form,
+                &place);
+    if (place < 0)
+        return false;
+    line.length = length;
+    line.isConstructed = form == std::string("cons");
+    char tagClass[8] = {};
+    if (std::sscanf(text.c_str() + place, "%7[a-z] [ %lu ]", tagClass, &line.tag) == 2) {
+        line.tagClass = classNames.at(tagClass);
+        return true;
+    }
+    const std::string rest = text.substr(static_cast<std::size_t>(place));
+    const std::string name = rest.substr(0, rest.find_last_not_of(' ', rest.find_first_of(":[") - 1) + 1);
+    line.tagClass = "universal";
+    line.tag = tagNumbers.at(name);
+    return true;
+}
+
 /// What "openssl asn1parse -i" printed, the elements of each file behind a line "== FILE".
 std::map<std::string, Lines> ReadAsn1Parse(const std::string& printed)
 {
-    static const std::regex pattern(
-        R"(^ *(\d+):d=(\d+) +hl=(\d+) +l= *(\d+|inf) +(cons|prim): *(?:(cont|appl|priv) \[ (\d+) \]|([A-Z0-9 ]*[A-Z0-9])).*$)");
     std::map<std::string, Lines> files;
     Lines* lines = nullptr;
     std::istringstream stream(printed);
-    for (std::string line; std::getline(stream, line);) {
-        std::smatch part;
-        if (line.starts_with("== ")) {
-            lines = &files[line.substr(3)];
-        } else if (std::regex_match(line, part, pattern)) {
-            const bool isUniversal = part[8].matched;
-            const std::string tag = isUniversal ? tagNumbers.at(part[8]) : std::string(part[7]);
-            lines->push_back(part[1].str() + " " + part[2].str() + " " + part[3].str() + " " + part[4].str() + " " +
-                             (part[5] == "cons" ? "true" : "false") + " " + (isUniversal ? "universal" : classNames.at(part[6])) +
-                             " " + tag);
-        }
+    for (std::string text; std::getline(stream, text);) {
+        ElementLine line;
+        if (text.starts_with("== "))
+            lines = &files[text.substr(3)];
+        else if (ReadAsn1ParseLine(text, line))
+            lines->push_back(line);
     }
     return files;
 }
 
 Lines ReadOutline(const std::string& json)
 {
-    static const std::regex pattern(
-        R"re(^\{"offset":(\d+),"headerLength":(\d+),"length":(\d+|null),"depth":(\d+),"type":"\w+","class":"([a-z-]+)","tag":(\d+),"constructed":(true|false).*$)re");
     Lines lines;
     std::istringstream stream(json);
-    for (std::string line; std::getline(stream, line);) {
-        std::smatch part;
-        if (std::regex_match(line, part, pattern))
-            lines.push_back(part[1].str() + " " + part[4].str() + " " + part[2].str() + " " +
-                            (part[3] == "null" ? "inf" : part[3].str()) + " " + part[7].str() + " " + part[5].str() + " " +
-                            part[6].str());
+    for (std::string text; std::getline(stream, text);) {
+        ElementLine line;
+        char length[16] = {};
+        char tagClass[32] = {};
+        char constructed[8] = {};
+        const int count = std::sscanf(text.c_str(),
+                                      R"({"offset":%lu,"headerLength":%lu,"length":%15[0-9a-z],"depth":%lu,"type":"%*[^"]",)"
+                                      R"("class":"%31[a-z-]","tag":%lu,"constructed":%7[a-z])",
+                                      &line.offset, &line.headerLength, length, &line.depth, tagClass, &line.tag, constructed);
+        if (count != 7)
+            continue;
+        line.length = length == std::string("null") ? "inf" : length;
+        line.tagClass = tagClass;
+        line.isConstructed = constructed == std::string("true");
+        lines.push_back(line);
     }
     return lines;
 }
