@@ -69,10 +69,10 @@ bool IsAgreeing(const KeyCase& key)
 }
 
 /// The options of a new key that is quickly made.
-Words GenerateWords(const KeyCase& key)
+Words GenerateWords(const std::string& algorithm)
 {
-    Words words = {"key", "gen", key.name, "-o", "@key"};
-    if (key.name == std::string("rsa"))
+    Words words = {"key", "gen", algorithm, "-o", "@key"};
+    if (algorithm == "rsa")
         words.insert(words.end(), {"--bits", "1024"});
     return words;
 }
@@ -86,7 +86,7 @@ TEST_F(CryptotoolKeyOpenssl, OpensslReadsOurKeys)
 {
     for (const KeyCase& key : keys) {
         SCOPED_TRACE(key.name);
-        EXPECT_EQ(Tool(GenerateWords(key)).code, exitDone);
+        EXPECT_EQ(Tool(GenerateWords(key.name)).code, exitDone);
         EXPECT_EQ(Tool({"key", "public", "@key", "-o", "@public"}).code, exitDone);
         Words forms = {"pkcs8"};
         if (!IsAgreeing(key))
@@ -185,7 +185,7 @@ TEST_F(CryptotoolKeyOpenssl, SignaturesGoBothWays)
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(std::string(test.key) + " " + test.theirs);
-        ASSERT_EQ(Tool({"key", "gen", test.key, "-o", "@key"}).code, exitDone);
+        ASSERT_EQ(Tool(GenerateWords(test.key)).code, exitDone);
         ASSERT_TRUE(Shell("openssl pkey -in key -pubout -out public"));
         const auto with = [&](Words words) {
             words.insert(words.end(), test.ours.begin(), test.ours.end());
