@@ -1,5 +1,6 @@
 #include "asn1/algorithm_table.h"
 #include "crypto/ec_key_pair.h"
+#include "crypto/hash.h"
 #include "crypto/key_encoding.h"
 #include "crypto/key_file.h"
 #include "crypto/key_objects.h"
@@ -261,6 +262,30 @@ TEST(KeyPair, DeciphersWithRsaAlone)
     }
     EXPECT_TRUE(curve->encrypt(text).isEmpty());
     EXPECT_TRUE(key->agree(*key).isEmpty());
+}
+
+TEST(KeyPair, OfRSAWorksWithTheLongestModuli)
+{
+    for (const TestVector& vector : ReadVectors("rsa_long_keys.txt")) {
+        SCOPED_TRACE(vector.place());
+        const std::unique_ptr<ICryptoKeyPair> key = Load(vector.bytes("PrivateKeyInfo"));
+        ASSERT_NE(key, nullptr);
+        EXPECT_EQ(key->keySize(), vector.number("Size"));
+        EXPECT_EQ(HexOf(key->publicKeyInfo()), vector.text("PublicKeyInfo"));
+        EXPECT_EQ(HexOf(key->privateKeyInfo()), vector.text("PrivateKeyInfo"));
+
+        const element digest = ICryptoHash::Create(algorithm::sha256)->digestOf(vector.bytes("Message"));
+        EXPECT_EQ(HexOf(key->signHash(algorithm::sha256, digest.bytes())), vector.text("Signature"));
+        SCryptoPadding masked;
+        masked.scheme = SCryptoPadding::Scheme::masked;
+        masked.masking.saltLength = static_cast<std::int32_t>(key->keySize() / 8 - 32 - 2);
+        EXPECT_TRUE(key->verifyHash(algorithm::sha256, digest.bytes(), vector.bytes("SignaturePSS"), masked));
+        element plain;
+        EXPECT_TRUE(key->decrypt(vector.bytes("Ciphertext"), plain, masked));
+        EXPECT_EQ(HexOf(plain), Hex(vector.bytes("Plain")));
+        EXPECT_TRUE(key->decrypt(vector.bytes("CiphertextPKCS1"), plain));
+        EXPECT_EQ(HexOf(plain), Hex(vector.bytes("Plain")));
+    }
 }
 
 TEST(KeyPair, BothSidesAgreeOnOneSecret)
