@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <array>
-#include <functional>
 
 namespace {
 
@@ -159,7 +158,7 @@ TEST(KeyFile, AsksForNoPasswordThatCannotHelp)
     using Parameters = CCryptoPBES2Parameters;
     const struct {
         const char* name;
-        std::function<void(Parameters&)> spoil;
+        void (*spoil)(Parameters&);
         std::uint32_t scheme;
         bool asks;
     } cases[] = {

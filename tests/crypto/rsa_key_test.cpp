@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <functional>
 #include <thread>
 
 namespace {
@@ -74,7 +73,7 @@ TEST(RSAKey, RefusesPublicNumbersThatMakeNoKey)
 
 TEST(RSAKey, RefusesPrivateNumbersThatDoNotBelongTogether)
 {
-    using Spoil = std::function<void(CCryptoRSANumbers&)>;
+    using Spoil = void (*)(CCryptoRSANumbers&);
     const CCryptoRSANumbers right = Numbers();
     const struct {
         const char* name;
