@@ -2,26 +2,11 @@
 #include "crypto/aes.h"
 #include "crypto/cipher.h"
 #include "crypto/des.h"
-#include "tests/crypto/vector_file.h"
+#include "tests/crypto/test_bytes.h"
 
 #include <gtest/gtest.h>
 
-#include <random>
-
 namespace {
-
-Bytes RandomBytes(std::mt19937& random, std::size_t length)
-{
-    Bytes bytes(length);
-    for (std::uint8_t& byte : bytes)
-        byte = static_cast<std::uint8_t>(random());
-    return bytes;
-}
-
-Bytes BytesOf(const element& value)
-{
-    return Bytes(value.data(), value.data() + value.length());
-}
 
 /// The text in pieces of these lengths, again and again.
 bool InPieces(ICryptoCipher& cipher, const Bytes& text, std::span<const std::size_t> pieces, element& out)

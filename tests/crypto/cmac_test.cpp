@@ -1,14 +1,9 @@
 #include "crypto/cmac.h"
-#include "tests/crypto/vector_file.h"
+#include "tests/crypto/test_bytes.h"
 
 #include <gtest/gtest.h>
 
 namespace {
-
-Bytes BytesOf(const element& value)
-{
-    return Bytes(value.data(), value.data() + value.length());
-}
 
 TEST(Cmac, GivesThePublishedCodesInAnySplit)
 {

@@ -1,9 +1,7 @@
 #include "crypto/gcm.h"
-#include "tests/crypto/vector_file.h"
+#include "tests/crypto/test_bytes.h"
 
 #include <gtest/gtest.h>
-
-#include <random>
 
 namespace {
 
@@ -12,23 +10,10 @@ Bytes Field(const TestVector& vector, const char* name)
     return vector.has(name) ? vector.bytes(name) : Bytes();
 }
 
-Bytes BytesOf(const element& value)
-{
-    return Bytes(value.data(), value.data() + value.length());
-}
-
 Bytes Joined(Bytes left, const Bytes& right)
 {
     left.insert(left.end(), right.begin(), right.end());
     return left;
-}
-
-Bytes RandomBytes(std::mt19937& random, std::size_t length)
-{
-    Bytes bytes(length);
-    for (std::uint8_t& byte : bytes)
-        byte = static_cast<std::uint8_t>(random());
-    return bytes;
 }
 
 /// Every variant this processor has.

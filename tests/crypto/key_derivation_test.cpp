@@ -1,6 +1,6 @@
 #include "crypto/hmac.h"
 #include "crypto/key_derivation.h"
-#include "tests/crypto/vector_file.h"
+#include "tests/crypto/test_bytes.h"
 
 #include <gtest/gtest.h>
 
@@ -9,11 +9,6 @@ namespace {
 using KDF = CCryptoKeyDerivation;
 
 constexpr std::uint32_t hashIds[] = {100, 101, 102, 103, 104, 105};
-
-std::string HexOf(const element& bytes)
-{
-    return Hex({bytes.data(), bytes.data() + bytes.length()});
-}
 
 std::uint32_t IdOf(const TestVector& vector)
 {

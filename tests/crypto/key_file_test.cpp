@@ -6,7 +6,7 @@
 #include "crypto/key_objects.h"
 #include "crypto/password_objects.h"
 #include "crypto/rsa_key_pair.h"
-#include "tests/crypto/vector_file.h"
+#include "tests/crypto/test_bytes.h"
 
 #include <gtest/gtest.h>
 
@@ -14,16 +14,6 @@
 #include <array>
 
 namespace {
-
-element ElementOf(const Bytes& bytes)
-{
-    return {bytes.data(), static_cast<std::uint32_t>(bytes.size())};
-}
-
-std::string HexOf(const element& value)
-{
-    return Hex(Bytes(value.bytes().begin(), value.bytes().end()));
-}
 
 std::span<const std::uint8_t> Octets(std::string_view text)
 {

@@ -1,22 +1,11 @@
 #pragma once
 
-#include "core/element.h"
 #include "crypto/hash.h"
 #include "crypto/rsa.h"
-#include "tests/crypto/vector_file.h"
+#include "tests/crypto/test_bytes.h"
 
 #include <algorithm>
 #include <memory>
-
-inline element ElementOf(const Bytes& bytes)
-{
-    return element(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-}
-
-inline Bytes BytesOf(const element& value)
-{
-    return {value.data(), value.data() + value.length()};
-}
 
 /// The numbers of the private key that a vector stands under.
 inline CCryptoRSANumbers NumbersOf(const TestVector& vector)

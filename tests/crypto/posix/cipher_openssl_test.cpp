@@ -1,7 +1,7 @@
 #include "crypto/cipher.h"
 #include "crypto/cmac.h"
 #include "tests/core/temporary_directory.h"
-#include "tests/crypto/vector_file.h"
+#include "tests/crypto/test_bytes.h"
 
 #include <gtest/gtest.h>
 
@@ -9,20 +9,11 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
-#include <random>
 
 // What the openssl command makes of the same texts, and what it reads of ours. It knows Galois/counter mode not at the command
 // line.
 
 namespace {
-
-Bytes Random(std::mt19937& random, std::size_t length)
-{
-    Bytes bytes(length);
-    for (std::uint8_t& byte : bytes)
-        byte = static_cast<std::uint8_t>(random());
-    return bytes;
-}
 
 void Write(const std::string& file, const Bytes& bytes)
 {
@@ -34,11 +25,6 @@ Bytes Read(const std::string& file)
 {
     std::ifstream stream(file, std::ios::binary);
     return Bytes(std::istreambuf_iterator<char>(stream), {});
-}
-
-Bytes BytesOf(const element& value)
-{
-    return Bytes(value.data(), value.data() + value.length());
 }
 
 struct CipherCase {
@@ -63,9 +49,9 @@ TEST(CiphersBesideOpenSSL, ReadEachOther)
         SCOPED_TRACE(one.name);
         const auto cipher = ICryptoCipher::CreateByName(one.name);
         ASSERT_NE(cipher, nullptr);
-        const Bytes key = Random(random, one.keySize);
-        const Bytes iv = Random(random, cipher->ivSize());
-        const Bytes text = Random(random, 4000 + random() % 100);
+        const Bytes key = RandomBytes(random, one.keySize);
+        const Bytes iv = RandomBytes(random, cipher->ivSize());
+        const Bytes text = RandomBytes(random, 4000 + random() % 100);
         std::string command = std::string("openssl enc -provider legacy -provider default -") + one.name + " -K " + Hex(key) +
                               " -in " + in + " -out " + out;
         if (!iv.empty())
@@ -91,8 +77,8 @@ TEST(CiphersBesideOpenSSL, AuthenticateAlike)
     std::mt19937 random(2);
     for (const CipherCase& one : {CipherCase{"aes-128", 16}, {"aes-192", 24}, {"aes-256", 32}, {"des-ede3", 24}}) {
         SCOPED_TRACE(one.name);
-        const Bytes key = Random(random, one.keySize);
-        const Bytes text = Random(random, 300 + random() % 100);
+        const Bytes key = RandomBytes(random, one.keySize);
+        const Bytes text = RandomBytes(random, 300 + random() % 100);
         Write(in, text);
         const auto cmac = CCryptoCMAC::CreateByName(one.name);
         ASSERT_TRUE(cmac->setKey(key));

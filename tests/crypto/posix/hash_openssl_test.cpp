@@ -1,14 +1,13 @@
 #include "crypto/hmac.h"
 #include "crypto/key_derivation.h"
 #include "tests/core/temporary_directory.h"
-#include "tests/crypto/vector_file.h"
+#include "tests/crypto/test_bytes.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <fstream>
 #include <memory>
-#include <random>
 
 // What the openssl command says of the same bytes.
 
@@ -31,19 +30,6 @@ std::string OpenSSL(const std::string& arguments)
     return digits;
 }
 
-std::string HexOf(const element& bytes)
-{
-    return Hex({bytes.data(), bytes.data() + bytes.length()});
-}
-
-Bytes Random(std::mt19937& random, std::size_t length)
-{
-    Bytes bytes(length);
-    for (std::uint8_t& byte : bytes)
-        byte = static_cast<std::uint8_t>(random());
-    return bytes;
-}
-
 void Write(const std::string& file, const Bytes& bytes)
 {
     std::ofstream stream(file, std::ios::binary);
@@ -64,17 +50,17 @@ TEST(HashesBesideOpenSSL, DigestsAndMACs)
     std::mt19937 random(1);
     for (const NameCase& row : names) {
         SCOPED_TRACE(row.name);
-        const Bytes message = Random(random, 10000 + random() % 1000);
+        const Bytes message = RandomBytes(random, 10000 + random() % 1000);
         Write(file, message);
         EXPECT_EQ(HexOf(ICryptoHash::Create(row.id)->digestOf(message)),
                   OpenSSL(std::string("dgst -r -") + row.name + " <" + file + " | cut -d' ' -f1"));
-        const Bytes key = Random(random, 1 + random() % 200);
+        const Bytes key = RandomBytes(random, 1 + random() % 200);
         const auto mac = CCryptoHMAC::Create(row.id);
         mac->setKey(key);
         EXPECT_EQ(HexOf(mac->macOf(message)),
                   OpenSSL(std::string("mac -digest ") + row.name + " -macopt hexkey:" + Hex(key) + " -in " + file + " HMAC"));
     }
-    const Bytes message = Random(random, 1000);
+    const Bytes message = RandomBytes(random, 1000);
     Write(file, message);
     EXPECT_EQ(HexOf(ICryptoHash::CreateByName("md4")->digestOf(message)),
               OpenSSL("dgst -r -md4 -provider legacy -provider default <" + file + " | cut -d' ' -f1"));
@@ -85,8 +71,8 @@ TEST(HashesBesideOpenSSL, DerivedKeys)
     std::mt19937 random(2);
     for (const NameCase& row : names) {
         SCOPED_TRACE(row.name);
-        const Bytes password = Random(random, 1 + random() % 200);
-        const Bytes salt = Random(random, 1 + random() % 100);
+        const Bytes password = RandomBytes(random, 1 + random() % 200);
+        const Bytes salt = RandomBytes(random, 1 + random() % 100);
         const auto iterations = static_cast<std::uint32_t>(1 + random() % 1000);
         const auto length = static_cast<std::uint32_t>(1 + random() % 300);
         const std::string kdf = "kdf -keylen " + std::to_string(length) + " -kdfopt digest:" + row.name;

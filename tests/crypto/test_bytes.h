@@ -1,0 +1,32 @@
+#pragma once
+
+#include "core/element.h"
+#include "tests/crypto/vector_file.h"
+
+#include <random>
+
+// The bytes of the tests as the library takes and gives them.
+
+inline element ElementOf(const Bytes& bytes)
+{
+    return element(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+}
+
+inline Bytes BytesOf(const element& value)
+{
+    return {value.data(), value.data() + value.length()};
+}
+
+inline std::string HexOf(const element& value)
+{
+    return Hex(BytesOf(value));
+}
+
+/// The same for the same state of the engine, on every machine.
+inline Bytes RandomBytes(std::mt19937& random, std::size_t length)
+{
+    Bytes bytes(length);
+    for (std::uint8_t& byte : bytes)
+        byte = static_cast<std::uint8_t>(random());
+    return bytes;
+}
