@@ -27,16 +27,28 @@ KeyPair PairOf(std::unique_ptr<CCryptoEC> key)
     return key != nullptr ? std::make_unique<CCryptoECKeyPair>(std::move(key)) : nullptr;
 }
 
-/// The curve that the parameters of an ecPublicKey name; 0, logged, for parameters that are no name and names of no curve here.
-std::uint32_t NamedCurve(CCryptoAutoLogger& logger, const elementNode* parameters)
+/// The kind of key that an AlgorithmIdentifier tells: rsaEncryption, or the curve. \return 0, logged, for algorithms and curves
+/// that are none here, and for parameters that the algorithm does not have (RFC 8017, A.1; RFC 5480, 2.1.1; RFC 8410, 3).
+std::uint32_t KindOf(CCryptoAutoLogger& logger, const CCryptoAlgorithmIdentifier& identifier)
 {
-    const CCryptoString oid = OidOfNode(parameters);
-    if (oid.isEmpty())
-        return logger.setRetValue(3, 0u, "The curve is not given by its name");
-    const CurveFacts* curve = FindCurve(AlgorithmOfOid(oid.view()));
-    if (curve == nullptr || !curve->signs)
-        return logger.setRetValue(3, 0u, "The curve is not one of ours");
-    return curve->id;
+    const std::uint32_t id = identifier.id();
+    const elementNode* const parameters = identifier.parameters();
+    if (id == algorithm::ecPublicKey) {
+        const CCryptoString oid = OidOfNode(parameters);
+        if (oid.isEmpty())
+            return logger.setRetValue(3, 0u, "The curve is not given by its name");
+        const CurveFacts* curve = FindCurve(AlgorithmOfOid(oid.view()));
+        if (curve == nullptr || !curve->signs)
+            return logger.setRetValue(3, 0u, "The curve is not one of ours");
+        return curve->id;
+    }
+    if (id != algorithm::rsaEncryption && !IsCurveByItself(id))
+        return logger.setRetValue(3, 0u, "Algorithm %u is not one of keys", id);
+    // Some leave out the NULL that RSA has.
+    const bool isNull = parameters != nullptr && parameters->type() == ElementType::asn1Null;
+    if (parameters != nullptr && !(isNull && id == algorithm::rsaEncryption))
+        return logger.setRetValue(3, 0u, "Keys of algorithm %u have no such parameters", id);
+    return id;
 }
 
 void SetAlgorithm(CCryptoAlgorithmIdentifier& identifier, const CurveFacts& curve)
@@ -99,20 +111,11 @@ std::unique_ptr<ICryptoKeyPair> LoadPublicKeyInfo(const element& der)
     CCryptoSubjectPublicKeyInfo info;
     if (!info.ParseDer(der))
         return logger.setRetValue(3, KeyPair(), "It is no SubjectPublicKeyInfo");
-    const std::uint32_t id = info.algorithm.id();
-    KeyPair key;
-    if (id == algorithm::rsaEncryption) {
-        key = LoadRSAPublicKey(info.publicKey);
-    } else if (id == algorithm::ecPublicKey) {
-        const std::uint32_t curve = NamedCurve(logger, info.algorithm.parameters());
-        if (curve == 0)
-            return nullptr;
-        key = PairOf(CCryptoEC::FromPublic(curve, info.publicKey.bytes()));
-    } else if (IsCurveByItself(id)) {
-        key = PairOf(CCryptoEC::FromPublic(id, info.publicKey.bytes()));
-    } else {
-        return logger.setRetValue(3, KeyPair(), "Algorithm %u is not one of keys", id);
-    }
+    const std::uint32_t kind = KindOf(logger, info.algorithm);
+    if (kind == 0)
+        return nullptr;
+    KeyPair key = kind == algorithm::rsaEncryption ? LoadRSAPublicKey(info.publicKey)
+                                                   : PairOf(CCryptoEC::FromPublic(kind, info.publicKey.bytes()));
     logger.setResult(key != nullptr);
     return key;
 }
@@ -139,20 +142,16 @@ std::unique_ptr<ICryptoKeyPair> LoadPrivateKeyInfo(const element& der)
     CCryptoPrivateKeyInfo info;
     if (!info.ParseDer(der))
         return logger.setRetValue(3, KeyPair(), "It is no PrivateKeyInfo");
-    const std::uint32_t id = info.algorithm.id();
+    const std::uint32_t kind = KindOf(logger, info.algorithm);
+    if (kind == 0)
+        return nullptr;
     KeyPair key;
-    if (id == algorithm::rsaEncryption) {
+    if (kind == algorithm::rsaEncryption)
         key = LoadRSAPrivateKey(info.privateKey);
-    } else if (id == algorithm::ecPublicKey) {
-        const std::uint32_t curve = NamedCurve(logger, info.algorithm.parameters());
-        if (curve == 0)
-            return nullptr;
-        key = PairOfECPrivateKey(logger, info.privateKey, curve);
-    } else if (IsCurveByItself(id)) {
-        key = PairOfCurvePrivateKey(logger, info.privateKey, id);
-    } else {
-        return logger.setRetValue(3, KeyPair(), "Algorithm %u is not one of keys", id);
-    }
+    else if (IsCurveByItself(kind))
+        key = PairOfCurvePrivateKey(logger, info.privateKey, kind);
+    else
+        key = PairOfECPrivateKey(logger, info.privateKey, kind);
     logger.setResult(key != nullptr);
     return key;
 }

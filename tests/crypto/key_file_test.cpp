@@ -1,4 +1,5 @@
 #include "asn1/algorithm_table.h"
+#include "asn1/asn1_values.h"
 #include "crypto/ec_key_pair.h"
 #include "crypto/hash.h"
 #include "crypto/key_encoding.h"
@@ -185,6 +186,47 @@ TEST(KeyFile, AsksForNoPasswordThatCannotHelp)
         EXPECT_EQ(asked, test.asks);
         EXPECT_STREQ(file.reason().c_str(),
                      test.asks ? "the password is wrong, or what is encrypted is damaged" : "its encryption is not supported");
+    }
+}
+
+TEST(KeyFile, AlgorithmsHaveTheirOwnParametersAlone)
+{
+    const auto oid = [](std::uint32_t id) { return CCryptoASN1ObjectIdentifier(CCryptoString(OidOfAlgorithm(id))).BuildTree(); };
+    const auto null = [] { return elementNode::Make(ElementType::asn1Null); };
+    const struct {
+        const char* name;
+        std::uint32_t kind;
+        std::uint32_t algorithm;
+        ElementNodePtr parameters;
+        bool isKey;
+    } cases[] = {
+        {"RSA with NULL", algorithm::rsaEncryption, algorithm::rsaEncryption, null(), true},
+        {"RSA with none", algorithm::rsaEncryption, algorithm::rsaEncryption, {}, true},
+        {"RSA with a curve", algorithm::rsaEncryption, algorithm::rsaEncryption, oid(algorithm::prime256v1), false},
+        {"RSA for signatures of one kind", algorithm::rsaEncryption, algorithm::sha256WithRsa, null(), false},
+        {"a curve by its name", algorithm::prime256v1, algorithm::ecPublicKey, oid(algorithm::prime256v1), true},
+        {"another curve", algorithm::prime256v1, algorithm::ecPublicKey, oid(algorithm::brainpoolP256r1), false},
+        {"no curve", algorithm::prime256v1, algorithm::ecPublicKey, {}, false},
+        {"a curve that is implied", algorithm::prime256v1, algorithm::ecPublicKey, null(), false},
+        {"a curve that is an algorithm", algorithm::x25519, algorithm::ecPublicKey, oid(algorithm::x25519), false},
+        {"a curve that is none", algorithm::prime256v1, algorithm::prime256v1, {}, false},
+        {"X25519 with none", algorithm::x25519, algorithm::x25519, {}, true},
+        {"X25519 with NULL", algorithm::x25519, algorithm::x25519, null(), false},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.name);
+        const std::unique_ptr<ICryptoKeyPair> key = KeyOf(test.kind);
+        ASSERT_NE(key, nullptr);
+        CCryptoSubjectPublicKeyInfo half;
+        CCryptoPrivateKeyInfo whole;
+        ASSERT_TRUE(half.ParseDer(key->publicKeyInfo()) && whole.ParseDer(key->privateKeyInfo()));
+        for (CCryptoAlgorithmIdentifier* const identifier : {&half.algorithm, &whole.algorithm}) {
+            identifier->setId(test.algorithm);
+            identifier->setNullParameters(false);
+            identifier->setParameters(test.parameters.get());
+        }
+        EXPECT_EQ(LoadPublicKeyInfo(half.BuildDer()) != nullptr, test.isKey);
+        EXPECT_EQ(LoadPrivateKeyInfo(whole.BuildDer()) != nullptr, test.isKey);
     }
 }
 
