@@ -72,7 +72,7 @@ bool ReadBody(LineReader& lines, std::string_view label, element& body, std::str
         if (line.find(':') != std::string_view::npos && body.isEmpty()) {
             inHeaders = true;
             if (line.starts_with("Proc-Type:") && line.ends_with("ENCRYPTED")) {
-                reason = "it is encrypted";
+                reason = "it is encrypted by its headers (RFC 1421), which is not supported";
                 return false;
             }
         } else if (inHeaders && !line.empty() && (line[0] == ' ' || line[0] == '\t')) {
