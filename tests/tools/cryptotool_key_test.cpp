@@ -178,6 +178,45 @@ TEST_F(CryptotoolKey, PasswordsAreAskedForAndCompared)
     EXPECT_EQ(RunTyping({"key", "show", out}, {"new"}).code, exitDone);
 }
 
+TEST_F(CryptotoolKey, APasswordIsAFileLessTheEndOfItsLine)
+{
+    const std::string key = Put(u8"key", publishedKey);
+    const std::string password = File(u8"password");
+    const std::string locked = File(u8"locked");
+    const std::string longest(65536, 'p');
+    const Words lock = {"key",    "convert", "--form", "encrypted", "--iterations", "1000", "--new-password-file",
+                        password, "-o",      locked,   key};
+    const struct {
+        std::string content;
+        std::string typed; ///< what else opens the key; empty when it is refused
+    } cases[] = {
+        {"word", "word"},
+        {"word\n", "word"},
+        {"word\r\n", "word"},
+        {"word\n\n", "word\n"},
+        {" word ", " word "},
+        {std::string("w\0rd\n", 5), std::string("w\0rd", 4)},
+        {longest, longest},
+        {longest + "\r\n", longest},
+        {longest + "p", ""},
+        {longest + "\n\n", ""},
+        {std::string(1 << 20, 'p'), ""},
+        {"", ""},
+        {"\n", ""},
+        {"\r\n", ""},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(testing::PrintToString(test.content.substr(0, 10)) + std::to_string(test.content.size()));
+        PutFile(password, test.content);
+        const ToolResult made = RunTool(lock);
+        EXPECT_EQ(made.code, test.typed.empty() ? exitRefused : exitDone) << made.error;
+        if (!test.typed.empty()) {
+            EXPECT_EQ(RunTyping({"key", "show", locked}, {test.typed}).code, exitDone);
+        }
+    }
+    EXPECT_EQ(RunTyping({"key", "show", locked}, {longest + "p"}).error, "cryptotool: password: it is longer than 65536 bytes\n");
+}
+
 TEST_F(CryptotoolKey, SignsAndVerifies)
 {
     const std::string rsa = Generate("rsa", u8"rsa");

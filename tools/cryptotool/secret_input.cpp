@@ -10,23 +10,25 @@
 
 namespace {
 
-/// All that `read` gives, in one piece of memory. \return false with `reason`.
+/// What is read at most: a secret that is too long is noticed behind the end of its line.
+constexpr std::uint32_t longestReading = longestSecret + 3;
+
+/// All that `read` gives, up to longestReading, in one piece of memory. \return false with `reason`.
 template <typename Read>
 bool ReadAll(const Read& read, element& secret, std::string& reason)
 {
-    secret.reserve(longestSecret + 1);
-    while (secret.spare() != 0) {
-        const std::int64_t count = read(std::span(secret.data() + secret.length(), secret.spare()));
+    secret.reserve(longestReading);
+    while (secret.length() < longestReading) {
+        const std::int64_t count = read(std::span(secret.data() + secret.length(), longestReading - secret.length()));
         if (count < 0) {
             reason = SystemReason();
             return false;
         }
         if (count == 0)
-            return true;
+            break;
         secret.lengthen(static_cast<std::uint32_t>(count));
     }
-    reason = "it is longer than " + std::to_string(longestSecret) + " bytes";
-    return false;
+    return true;
 }
 
 bool ReadDescriptor(std::uint64_t number, element& secret, std::string& reason)
@@ -55,10 +57,6 @@ bool Ask(Console& console, const SecretKind& kind, Asking asking, element& secre
         (asking == Asking::twice && !console.readHiddenLine("Enter the " + what + " again: ", again))) {
         reason = "no line came from a terminal; --" + std::string(kind.file.name) + " or --" + std::string(kind.descriptor.name) +
                  " gives it";
-        return false;
-    }
-    if (secret.length() > longestSecret) {
-        reason = "it is longer than " + std::to_string(longestSecret) + " bytes";
         return false;
     }
     if (asking == Asking::once || secret == again)
@@ -113,10 +111,14 @@ int ReadSecret(Invocation& invocation, const SecretKind& kind, Asking asking, el
     }
     if (isRead && kind.isText && (hasFile || hasDescriptor))
         DropLineEnd(secret);
-    if (isRead && (kind.isText || !secret.isEmpty()))
+    if (isRead && secret.length() > longestSecret)
+        reason = "it is longer than " + std::to_string(longestSecret) + " bytes";
+    else if (isRead && secret.isEmpty() && !kind.isText)
+        reason = "it is empty";
+    else if (isRead)
         return exitDone;
     secret = element();
-    return invocation.refuse(place, isRead ? "it is empty" : reason);
+    return invocation.refuse(place, reason);
 }
 
 int ReadKey(Invocation& invocation, element& key)
