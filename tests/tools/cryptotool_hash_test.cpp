@@ -58,7 +58,7 @@ TEST(CryptotoolHash, ReadsStandardInputOnce)
     const std::string emptySum = "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
     const TemporaryDirectory folder;
     const std::string list = folder / u8"list";
-    PutFile(list, abcSum + "  -\r\n" + emptySum + " *-\r\n");
+    PutFile(list, "\xEF\xBB\xBF" + abcSum + "  -\r\n" + emptySum + " *-\r\n");
     const ToolResult lines = RunTool({"hash", "--check", "sha256", list}, "abc");
     EXPECT_EQ(lines.code, exitRefused);
     EXPECT_EQ(lines.output, "-: OK\n-: FAILED open or read\n");

@@ -44,7 +44,7 @@ public:
             code_ = invocation_.refuse(list, reason);
             return true;
         }
-        std::string_view rest = bytes.view();
+        std::string_view rest = WithoutByteOrderMark(bytes.view());
         if (rest.empty())
             code_ = invocation_.refuse(list, "it is empty");
         for (std::size_t number = 1; !rest.empty(); ++number) {
