@@ -1,6 +1,7 @@
 #include "asn1/asn1_values.h"
 
 #include "asn1/encoding_form.h"
+#include "core/ascii.h"
 
 #include <algorithm>
 #include <string_view>
@@ -20,9 +21,7 @@ constexpr std::size_t mostFractionDigits = 3; ///< milliseconds
 /// The time of a DER GeneralizedTime; invalid for any other text. Digits behind the milliseconds are cut off.
 CCryptoDateTime TimeOfGeneralizedTime(std::string_view text)
 {
-    const auto areDigits = [](std::string_view digits) {
-        return std::ranges::all_of(digits, [](char digit) { return digit >= '0' && digit <= '9'; });
-    };
+    const auto areDigits = [](std::string_view digits) { return std::ranges::all_of(digits, IsDigit); };
     if (text.size() <= secondsLength || !text.ends_with('Z') || !areDigits(text.substr(0, secondsLength)))
         return {};
     const std::string_view fraction = text.substr(secondsLength, text.size() - secondsLength - 1);

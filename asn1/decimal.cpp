@@ -2,6 +2,7 @@
 
 #include "asn1/wiped.h"
 #include "asn1/wiped_array.h"
+#include "core/ascii.h"
 
 #include <algorithm>
 #include <array>
@@ -116,7 +117,7 @@ bool SignedFromDecimal(std::string_view text, element& number)
     const bool negative = text.starts_with('-');
     const std::string_view digits = text.substr(negative ? 1 : 0);
     const bool needless = digits.starts_with('0') && (negative || digits.size() > 1);
-    const bool isNumber = std::ranges::all_of(digits, [](char digit) { return digit >= '0' && digit <= '9'; });
+    const bool isNumber = std::ranges::all_of(digits, IsDigit);
     if (digits.empty() || digits.size() > longestSignedDecimal || needless || !isNumber)
         return false;
     number = IntegerFromDecimal(digits);

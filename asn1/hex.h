@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/ascii.h"
 #include "core/element.h"
 #include "core/string.h"
 
@@ -9,8 +10,7 @@
 
 constexpr bool IsHexDigit(char character)
 {
-    return (character >= '0' && character <= '9') || (character >= 'a' && character <= 'f') ||
-           (character >= 'A' && character <= 'F');
+    return IsDigit(character) || (character >= 'a' && character <= 'f') || (character >= 'A' && character <= 'F');
 }
 
 /// The byte of exactly two digits. \return false for anything else.

@@ -3,6 +3,7 @@
 #include "asn1/decimal.h"
 #include "asn1/hex.h"
 #include "asn1/value_notation.h"
+#include "core/ascii.h"
 #include "core/utf8.h"
 
 #include <algorithm>
@@ -13,16 +14,6 @@ namespace {
 constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
 constexpr std::string_view utf16BigEndianMark = "\xFE\xFF";
 constexpr std::string_view utf16LittleEndianMark = "\xFF\xFE";
-
-bool IsBlank(char character)
-{
-    return character == ' ' || (character >= '\t' && character <= '\r');
-}
-
-bool IsDigit(char character)
-{
-    return character >= '0' && character <= '9';
-}
 
 bool IsLetter(char character)
 {

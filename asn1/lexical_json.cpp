@@ -2,6 +2,7 @@
 #include "asn1/hex.h"
 #include "asn1/lexical_analyzer.h"
 #include "asn1/unicode_text.h"
+#include "core/ascii.h"
 #include "core/utf8.h"
 
 #include <algorithm>
@@ -12,11 +13,6 @@
 namespace {
 
 constexpr std::uint32_t surrogateBase = 0x10000;
-
-bool IsDigit(char character)
-{
-    return character >= '0' && character <= '9';
-}
 
 /// How long the run of digits at the start of the text is.
 std::size_t DigitCount(std::string_view text)

@@ -1,5 +1,7 @@
 #include "asn1/pem.h"
 
+#include "core/ascii.h"
+
 #include <algorithm>
 #include <cstdio>
 
@@ -10,15 +12,10 @@ constexpr std::string_view endMark = "-----END ";
 constexpr std::string_view closeMark = "-----";
 constexpr std::size_t lineLength = 64;
 
-bool IsBlank(char character)
-{
-    return character == ' ' || (character >= '\t' && character <= '\r');
-}
-
 bool IsBase64Digit(char character)
 {
-    return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z') ||
-           (character >= '0' && character <= '9') || character == '+' || character == '/';
+    return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z') || IsDigit(character) ||
+           character == '+' || character == '/';
 }
 
 std::string_view WithoutBlanksBehind(std::string_view text)

@@ -6,14 +6,13 @@
 #include "asn1/der_parser.h"
 #include "asn1/encoding_form.h"
 #include "asn1/object_identifier.h"
+#include "asn1/tree_depth.h"
 #include "asn1/value_notation.h"
 #include "core/auto_logger.h"
 #include "core/utf8.h"
 
 namespace {
 
-/// Wrappers that "EXCLUDE" leaves out are levels of the tree alone.
-constexpr std::uint32_t deepestTree = 256;
 constexpr std::uint64_t largestTagNumber = 30;
 constexpr std::uint64_t mostUnusedBits = 0xFF;
 

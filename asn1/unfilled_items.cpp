@@ -3,12 +3,10 @@
 #include "asn1/bracket_list.h"
 #include "asn1/der_analyzer.h"
 #include "asn1/item_list.h"
+#include "asn1/tree_depth.h"
 #include "asn1/value_notation.h"
 
 namespace {
-
-/// Deeper trees cannot be written.
-constexpr std::uint32_t deepestTree = 256;
 
 bool DropFromList(ElementNodePtr& list, std::uint32_t depth);
 

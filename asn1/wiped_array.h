@@ -23,6 +23,10 @@ public:
     Value* data() { return values_.get(); }
     const Value* data() const { return values_.get(); }
     std::size_t size() const { return count_; }
+    Value* begin() { return data(); }
+    const Value* begin() const { return data(); }
+    Value* end() { return data() + count_; }
+    const Value* end() const { return data() + count_; }
     Value& operator[](std::size_t index) { return values_[index]; }
     const Value& operator[](std::size_t index) const { return values_[index]; }
 

@@ -1,3 +1,4 @@
+#include "core/ascii.h"
 #include "core/element.h"
 #include "core/log_writers.h"
 
@@ -15,11 +16,6 @@ constexpr auto digitOf = [] {
         digits[static_cast<std::uint8_t>(alphabet[value])] = value;
     return digits;
 }();
-
-bool IsBlank(char character)
-{
-    return character == ' ' || (character >= '\t' && character <= '\r');
-}
 
 /// Collects digits of six bits and hands out whole bytes.
 class BitCollector {

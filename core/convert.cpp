@@ -2,6 +2,7 @@
 
 #include "core/auto_logger.h"
 #include "core/log_writers.h"
+#include "core/or_empty.h"
 #include "core/string.h"
 
 #include <cstdio>
@@ -43,7 +44,7 @@ std::uint32_t CCryptoConvert::html_encode(const char* source, char* target, std:
 {
     char reference[7];
     std::uint64_t written = 0;
-    for (const char* byte = source != nullptr ? source : ""; *byte != 0; ++byte) {
+    for (const char* byte = OrEmpty(source); *byte != 0; ++byte) {
         const std::string_view encoded = EncodedByte(*byte, keepQuotes, reference);
         if (target != nullptr) {
             if (encoded.size() + 1 > size - written || size == 0) {

@@ -1,5 +1,8 @@
 #include "core/date_format.h"
 
+#include "core/ascii.h"
+#include "core/or_empty.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
@@ -36,11 +39,6 @@ constexpr std::string_view tokenLetters = "yMdHhmsf";
 
 /// The last two-digit year of this century, which is the last that UTCTime is written with.
 constexpr std::int32_t lastYearOfWindow = 50;
-
-std::string_view WholePattern(const char* pattern)
-{
-    return pattern != nullptr ? pattern : "";
-}
 
 /// What stands at the start of the pattern, which is not empty: a token, or one character.
 Token NextToken(std::string_view pattern)
@@ -107,11 +105,6 @@ void WriteToken(Writer& writer, const CalendarTime& time, const Token& token)
     }
 }
 
-bool IsDigit(char character)
-{
-    return character >= '0' && character <= '9';
-}
-
 /// `text` is as long as the token.
 bool ReadToken(std::string_view text, const Token& token, CalendarTime& time)
 {
@@ -135,7 +128,7 @@ bool ReadToken(std::string_view text, const Token& token, CalendarTime& time)
 std::string_view FormatCalendarTime(const CalendarTime& time, const char* pattern, TimeTextBuffer& buffer)
 {
     Writer writer(buffer);
-    for (std::string_view rest = WholePattern(pattern); !rest.empty();) {
+    for (std::string_view rest = OrEmpty(pattern); !rest.empty();) {
         const Token token = NextToken(rest);
         WriteToken(writer, time, token);
         rest.remove_prefix(token.text.size());
@@ -146,7 +139,7 @@ std::string_view FormatCalendarTime(const CalendarTime& time, const char* patter
 bool ParseCalendarTime(std::string_view text, const char* pattern, CalendarTime& time)
 {
     CalendarTime result;
-    for (std::string_view rest = WholePattern(pattern); !rest.empty();) {
+    for (std::string_view rest = OrEmpty(pattern); !rest.empty();) {
         const Token token = NextToken(rest);
         const std::size_t length = token.text.size();
         if (text.size() < length || !ReadToken(text.substr(0, length), token, result))

@@ -14,7 +14,6 @@ constexpr std::uint32_t deepestIndentation = 30;
 constexpr std::string_view dashes = "------------------------------";
 static_assert(dashes.size() == deepestIndentation);
 
-constexpr std::size_t longestTag = 19;
 constexpr std::size_t longestTimingPrefix = 19;
 
 /// A character that would end a line or steer a terminal, and how it is shown.
@@ -62,7 +61,7 @@ LogLine::LogLine(const LogLineHead& head, std::string_view text)
                                         static_cast<unsigned>(platform::CurrentThreadId()));
     add({ids, static_cast<std::size_t>(idsLength)});
 
-    add(head.tag.substr(0, longestTag));
+    add(head.tag.substr(0, longestLogTag));
     add(" ");
     add(dashes.substr(0, std::min(head.depth, deepestIndentation)));
     addVisibly(text.substr(0, logTextLimit));

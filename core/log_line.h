@@ -6,6 +6,9 @@
 #include <cstdint>
 #include <string_view>
 
+/// Bytes of an application tag; what is longer is cut.
+constexpr std::size_t longestLogTag = 19;
+
 /// What stands before the text of a line.
 struct LogLineHead {
     /// The elapsed time of an operation that ends; empty for all other lines.

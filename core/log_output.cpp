@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr std::size_t longestTag = 19;
 constexpr std::uint32_t patienceMilliseconds = 1000;
 constexpr std::uint32_t patienceWithBusyFile = 10;
 
@@ -18,7 +17,7 @@ constexpr std::uint32_t patienceWithBusyFile = 10;
 
 LogOutput::LogOutput(Settings settings) : settings_(std::move(settings))
 {
-    settings_.tag.resize(std::min(settings_.tag.size(), longestTag));
+    settings_.tag.resize(std::min(settings_.tag.size(), longestLogTag));
 }
 
 void LogOutput::openMutex()

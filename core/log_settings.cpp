@@ -1,6 +1,7 @@
 #include "core/log_settings.h"
 
 #include "core/log.h"
+#include "core/log_line.h"
 #include "core/log_writers.h"
 #include "core/platform/clock.h"
 #include "core/platform/log_place.h"
@@ -17,7 +18,6 @@ namespace logging {
 namespace {
 
 constexpr std::size_t longestPath = 255;
-constexpr std::size_t longestTag = 19;
 
 /// The values, as far as there are settings to ask.
 class LogSettingsReader {
@@ -50,7 +50,7 @@ std::string FileName(std::string_view tag, bool withProcessId)
     const platform::CalendarTime today = platform::LocalNow();
     char date[64];
     std::snprintf(date, sizeof date, "_%04d%02d%02d", today.year, today.month, today.day);
-    std::string name = std::string(tag.substr(0, longestTag)) + date;
+    std::string name = std::string(tag.substr(0, longestLogTag)) + date;
     if (withProcessId) {
         std::snprintf(date, sizeof date, "_%04u", static_cast<unsigned>(platform::CurrentProcessId()));
         name += date;

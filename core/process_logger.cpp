@@ -4,6 +4,7 @@
 #include "core/error_descriptions.h"
 #include "core/log_nesting.h"
 #include "core/log_settings.h"
+#include "core/or_empty.h"
 #include "core/platform/process.h"
 #include "core/utf8.h"
 
@@ -24,11 +25,11 @@ CCryptoProcessLogger::CCryptoProcessLogger(LogCallback callback, const char* set
     : CCryptoAutoLogger("", 3), isTheOne_(!oneLives.exchange(true))
 {
     if (!isTheOne_) {
-        WriteErrorEx("A second process logger (%s) is refused", tag != nullptr ? tag : "");
+        WriteErrorEx("A second process logger (%s) is refused", OrEmpty(tag));
         close();
         return;
     }
-    logging::ReadSettings(callback, tag != nullptr ? tag : "", settingsName, nullptr);
+    logging::ReadSettings(callback, OrEmpty(tag), settingsName, nullptr);
     writeBegin();
 }
 

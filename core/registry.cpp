@@ -1,6 +1,7 @@
 #include "core/registry.h"
 
 #include "core/auto_logger.h"
+#include "core/or_empty.h"
 
 #include <array>
 #include <cstring>
@@ -15,11 +16,6 @@ namespace {
 bool IsMissing(const char* text)
 {
     return text == nullptr || *text == '\0';
-}
-
-const char* Shown(const char* text)
-{
-    return text != nullptr ? text : "";
 }
 
 } // namespace
@@ -49,7 +45,7 @@ CCryptoRegistry::Answer CCryptoRegistry::QueryTerminated(const RegistryKey& key,
 bool CCryptoRegistry::getRegValue(const char* path, const char* name, char* buffer, std::uint32_t& size, bool reportMissing,
                                   bool userFirst)
 {
-    CCryptoAutoLogger logger("CCryptoRegistry::getRegValue", 2, "%s\\%s", Shown(path), Shown(name));
+    CCryptoAutoLogger logger("CCryptoRegistry::getRegValue", 2, "%s\\%s", OrEmpty(path), OrEmpty(name));
 
     const std::uint32_t room = size;
     size = 0;
@@ -91,7 +87,7 @@ bool CCryptoRegistry::getRegValue(const char* path, const char* name, char* buff
 
 bool CCryptoRegistry::setRegValue(const char* path, const char* name, std::string_view value)
 {
-    CCryptoAutoLogger logger("CCryptoRegistry::setRegValue", 2, "%s\\%s", Shown(path), Shown(name));
+    CCryptoAutoLogger logger("CCryptoRegistry::setRegValue", 2, "%s\\%s", OrEmpty(path), OrEmpty(name));
 
     if (IsMissing(path) || IsMissing(name))
         return logger.setRetValue(3, false, "No registry path or value name defined");

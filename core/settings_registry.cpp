@@ -1,6 +1,7 @@
 #include "core/settings_registry.h"
 
 #include "core/auto_logger.h"
+#include "core/or_empty.h"
 #include "core/settings_registry_iterator.h"
 
 #include <algorithm>
@@ -10,10 +11,10 @@ namespace {
 
 std::string KeyPath(const char* company, const char* product, const char* subPath)
 {
-    std::string sub(subPath != nullptr ? subPath : "");
+    std::string sub(OrEmpty(subPath));
     std::replace(sub.begin(), sub.end(), '/', '\\');
-    return "SOFTWARE\\" + std::string(company != nullptr ? company : "Brannock") + "\\" +
-           std::string(product != nullptr ? product : "") + "\\" + sub;
+    return "SOFTWARE\\" + std::string(company != nullptr ? company : "Brannock") + "\\" + std::string(OrEmpty(product)) + "\\" +
+           sub;
 }
 
 } // namespace
@@ -64,7 +65,7 @@ bool CCryptoSettingsRegistry::SetValue(const element& name, const element& value
 
 std::unique_ptr<ICryptoSettingsGroupIterator> CCryptoSettingsRegistry::Group(const char* name)
 {
-    CCryptoAutoLogger logger("CCryptoSettingsRegistry::Group", 2, "%s", name != nullptr ? name : "");
+    CCryptoAutoLogger logger("CCryptoSettingsRegistry::Group", 2, "%s", OrEmpty(name));
 
     platform::RegistryKey key;
     if (const std::uint32_t status = key.open(platform::RegistryHive::localMachine, path_.c_str(), platform::RegistryAccess::read);

@@ -1,6 +1,7 @@
 #include "core/settings_registry_iterator.h"
 
 #include "core/auto_logger.h"
+#include "core/or_empty.h"
 
 #include <array>
 #include <cstring>
@@ -13,16 +14,11 @@ namespace {
 // A key name has at most 255 characters, of at most 4 bytes each.
 constexpr std::size_t keyNameRoom = 255 * 4 + 1;
 
-const char* Shown(const char* text)
-{
-    return text != nullptr ? text : "";
-}
-
 } // namespace
 
 CCryptoSettingsRegistryIter::CCryptoSettingsRegistryIter(const char* group, const platform::RegistryKey& parent)
 {
-    CCryptoAutoLogger logger("CCryptoSettingsRegistryIter::CCryptoSettingsRegistryIter", 2, "%s", Shown(group));
+    CCryptoAutoLogger logger("CCryptoSettingsRegistryIter::CCryptoSettingsRegistryIter", 2, "%s", OrEmpty(group));
 
     if (group == nullptr || *group == '\0') {
         logger.setError("No group name defined");
@@ -73,7 +69,7 @@ bool CCryptoSettingsRegistryIter::GetNext(char* name, std::uint32_t size)
 
 bool CCryptoSettingsRegistryIter::GetValue(const char* name, char* buffer, std::uint32_t size, std::uint32_t flags)
 {
-    CCryptoAutoLogger logger("CCryptoSettingsRegistryIter::GetValue", 2, "%s", Shown(name));
+    CCryptoAutoLogger logger("CCryptoSettingsRegistryIter::GetValue", 2, "%s", OrEmpty(name));
 
     std::memset(buffer, 0, size);
     if (name == nullptr)

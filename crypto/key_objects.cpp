@@ -1,6 +1,7 @@
 #include "crypto/key_objects.h"
 
 #include "asn1/asn1_values.h"
+#include "asn1/octets.h"
 #include "core/auto_logger.h"
 
 #include <iterator>
@@ -67,11 +68,6 @@ bool FillAlgorithm(CCryptoParser& parser, CCryptoAlgorithmIdentifier& algorithm)
 {
     const ElementNodePtr tree = algorithm.BuildTree();
     return tree != nullptr && parser.fill_tree("algorithmIdentifier", tree.get());
-}
-
-element Octets(const element& value)
-{
-    return {value.data(), value.length()};
 }
 
 } // namespace

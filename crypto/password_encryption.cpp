@@ -17,7 +17,7 @@ constexpr std::uint32_t saltLength = 16;
 constexpr std::uint32_t desBlock = 8;
 constexpr std::uint32_t tripleDesKey = 24;
 
-std::span<const std::uint8_t> Octets(std::string_view text)
+std::span<const std::uint8_t> BytesOfPassword(std::string_view text)
 {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
@@ -176,7 +176,7 @@ bool DerivePBES2(const Recipe& recipe, std::string_view password, KeyAndVector& 
 {
     derived.iv = recipe.iv;
     derived.key =
-        CCryptoKeyDerivation::PBKDF2(recipe.prf, Octets(password), recipe.salt.bytes(), recipe.iterations, recipe.keyLength);
+        CCryptoKeyDerivation::PBKDF2(recipe.prf, BytesOfPassword(password), recipe.salt.bytes(), recipe.iterations, recipe.keyLength);
     return !derived.key.isEmpty();
 }
 

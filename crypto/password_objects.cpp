@@ -1,6 +1,7 @@
 #include "crypto/password_objects.h"
 
 #include "asn1/algorithm_identifier.h"
+#include "asn1/octets.h"
 
 namespace {
 
@@ -13,11 +14,6 @@ constexpr const char* pbes2WithRC2Template =
     "SEQUENCE {OCTET_STRING { salt },INTEGER = iterations,INTEGER (OPTIONAL) = keyLength,prf (OPTIONAL)}}"
     "SEQUENCE {OBJECT_IDENTIFIER = encryptionAlgorithm,SEQUENCE{INTEGER=rc2Version,OCTET_STRING = IV}}}";
 constexpr const char* pkcs12Template = "SEQUENCE{OCTET_STRING{salt},INTEGER=iterations}";
-
-element Octets(const element& value)
-{
-    return {value.data(), value.length()};
-}
 
 /// Of an INTEGER that is there, is not negative and fits 32 bits.
 bool ReadNumber(const CCryptoASN1Object& object, const char* name, std::uint32_t& number)

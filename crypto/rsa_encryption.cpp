@@ -19,11 +19,6 @@ namespace {
 
 constexpr std::size_t sha256Size = 32;
 
-std::span<std::uint8_t> AllOf(WipedArray<std::uint8_t>& block)
-{
-    return {block.data(), block.size()};
-}
-
 element LastBytes(std::span<const std::uint8_t> block, std::size_t count)
 {
     return element(block.data() + block.size() - count, static_cast<std::uint32_t>(count));
@@ -43,7 +38,7 @@ public:
         const std::size_t length = numbers.privateExponent.length();
         std::copy_n(numbers.privateExponent.data(), length, secret.data() + secret.size() - length);
         std::uint8_t digest[sha256Size];
-        hash->update(AllOf(secret));
+        hash->update(secret);
         hash->final(digest);
         mac->setKey(digest);
         mac->update(ciphertext);
@@ -51,7 +46,7 @@ public:
         mac->setKey(digest);
         platform::SecureWipe(digest);
 
-        Expand(*mac, "message", AllOf(message_));
+        Expand(*mac, "message", message_);
         chooseLength(*mac);
         there_ = true;
     }
@@ -86,7 +81,7 @@ private:
     {
         constexpr std::size_t tries = 128;
         WipedArray<std::uint8_t> numbers(2 * tries);
-        Expand(mac, "length", AllOf(numbers));
+        Expand(mac, "length", numbers);
         const std::uint64_t longest = message_.size() - rsa_encoding::overheadOfPKCS1;
         const std::uint64_t below = std::bit_ceil(longest + 1);
         for (std::size_t i = 0; i < tries; ++i) {
@@ -107,9 +102,9 @@ element CCryptoRSA::encryptPKCS1(std::span<const std::uint8_t> message, ICryptoR
     CCryptoAutoLogger logger("CCryptoRSA::encryptPKCS1", 2);
 
     WipedArray<std::uint8_t> block(bytes());
-    if (!rsa_encoding::EncodePKCS1Message(AllOf(block), message, random))
+    if (!rsa_encoding::EncodePKCS1Message(block, message, random))
         return logger.setRetValue(3, element(), "The message cannot be encrypted");
-    element ciphertext = publicOperation(AllOf(block));
+    element ciphertext = publicOperation(block);
     logger.setResult(!ciphertext.isEmpty());
     return ciphertext;
 }
@@ -165,9 +160,9 @@ element CCryptoRSA::encryptOAEP(const CCryptoRSAPadding& padding, std::span<cons
     CCryptoAutoLogger logger("CCryptoRSA::encryptOAEP", 2);
 
     WipedArray<std::uint8_t> block(bytes());
-    if (!rsa_encoding::EncodeOAEP(AllOf(block), padding, message, random))
+    if (!rsa_encoding::EncodeOAEP(block, padding, message, random))
         return logger.setRetValue(3, element(), "The message cannot be encrypted");
-    element ciphertext = publicOperation(AllOf(block));
+    element ciphertext = publicOperation(block);
     logger.setResult(!ciphertext.isEmpty());
     return ciphertext;
 }

@@ -4,23 +4,14 @@
 #include "crypto/rsa.h"
 #include "crypto/rsa_encoding.h"
 
-namespace {
-
-std::span<std::uint8_t> AllOf(WipedArray<std::uint8_t>& block)
-{
-    return {block.data(), block.size()};
-}
-
-} // namespace
-
 element CCryptoRSA::signPKCS1(std::uint32_t hash, std::span<const std::uint8_t> digest) const
 {
     CCryptoAutoLogger logger("CCryptoRSA::signPKCS1", 2);
 
     WipedArray<std::uint8_t> block(bytes());
-    if (!rsa_encoding::EncodePKCS1Signature(AllOf(block), hash, digest))
+    if (!rsa_encoding::EncodePKCS1Signature(block, hash, digest))
         return logger.setRetValue(3, element(), "The digest cannot be signed");
-    element signature = privateOperation(AllOf(block));
+    element signature = privateOperation(block);
     logger.setResult(!signature.isEmpty());
     return signature;
 }
@@ -31,7 +22,7 @@ bool CCryptoRSA::verifyPKCS1(std::uint32_t hash, std::span<const std::uint8_t> d
     CCryptoAutoLogger logger("CCryptoRSA::verifyPKCS1", 2);
 
     WipedArray<std::uint8_t> block(bytes());
-    if (!rsa_encoding::EncodePKCS1Signature(AllOf(block), hash, digest))
+    if (!rsa_encoding::EncodePKCS1Signature(block, hash, digest))
         return logger.setRetValue(3, false, "The digest cannot be verified");
     if (signature.size() != bytes())
         return logger.setRetValue(3, false, "The signature's length is not the key's");
@@ -46,9 +37,9 @@ element CCryptoRSA::signPSS(const CCryptoRSAPadding& padding, std::span<const st
     CCryptoAutoLogger logger("CCryptoRSA::signPSS", 2);
 
     WipedArray<std::uint8_t> block(bytes());
-    if (!rsa_encoding::EncodePSS(AllOf(block), bits(), padding, digest, random))
+    if (!rsa_encoding::EncodePSS(block, bits(), padding, digest, random))
         return logger.setRetValue(3, element(), "The digest cannot be signed");
-    element signature = privateOperation(AllOf(block));
+    element signature = privateOperation(block);
     logger.setResult(!signature.isEmpty());
     return signature;
 }

@@ -1,4 +1,5 @@
 #include "asn1/oid_names.h"
+#include "core/ascii.h"
 #include "tools/cryptotool/command_table.h"
 #include "tools/cryptotool/invocation.h"
 #include "tools/cryptotool/output.h"
@@ -8,17 +9,16 @@
 
 namespace {
 
-constexpr std::string_view details =
+constexpr std::string_view oidDetails =
     R"(Prints the name of the object identifier TEXT (2.5.4.3), or every object identifier whose name has TEXT in it, letters in either
 case.
 )";
 
-constexpr Option options[] = {jsonOption, outputOption};
+constexpr Option oidOptions[] = {jsonOption, outputOption};
 
 bool IsDotted(std::string_view text)
 {
-    const bool isNumeric =
-        std::ranges::all_of(text, [](char character) { return character == '.' || (character >= '0' && character <= '9'); });
+    const bool isNumeric = std::ranges::all_of(text, [](char character) { return character == '.' || IsDigit(character); });
     return isNumeric && text.find('.') != std::string_view::npos;
 }
 
@@ -67,5 +67,5 @@ int FindOids(Invocation& invocation)
 
 } // namespace
 
-const Command oidCommand = {"oid",   "",      "names an object identifier, or finds those of a name", "TEXT", 1, 1, details,
-                            options, FindOids};
+const Command oidCommand = {"oid",      "",      "names an object identifier, or finds those of a name", "TEXT", 1, 1, oidDetails,
+                            oidOptions, FindOids};

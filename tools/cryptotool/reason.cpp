@@ -1,5 +1,6 @@
 #include "tools/cryptotool/reason.h"
 
+#include "core/ascii.h"
 #include "core/error_handler.h"
 #include "core/platform/process.h"
 
@@ -15,7 +16,7 @@ std::size_t OperationLength(std::string_view text)
     while (place < text.size()) {
         const char character = text[place];
         const bool isName = (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-                            (character >= '0' && character <= '9') || character == '_' || character == '~';
+                            IsDigit(character) || character == '_' || character == '~';
         if (isName) {
             ++place;
         } else if (text.substr(place).starts_with("::")) {

@@ -1,3 +1,4 @@
+#include "core/ascii.h"
 #include "tools/cryptotool/command_table.h"
 #include "tools/cryptotool/invocation.h"
 #include "tools/cryptotool/output.h"
@@ -12,7 +13,7 @@
 
 namespace {
 
-constexpr std::string_view details =
+constexpr std::string_view speedDetails =
     R"(Measures the library's algorithms on this processor, and prints how many million bytes of a text, or how many operations, each
 takes in a second. NAME is part of an algorithm's name, in either case, with or without "-"; without one all are measured, which
 takes about a quarter of a minute. Every variant that the processor has gets a line, and "*" stands at the one that the library
@@ -20,7 +21,7 @@ uses; what works with keys, x25519 apart, is measured with that one alone. The e
 makes it the portable one.
 )";
 
-constexpr Option options[] = {
+constexpr Option speedOptions[] = {
     {OptionKind::number, 0, "seconds", "N", "spend N seconds on each number, 1 to 60 (a tenth of a second)"},
     jsonOption,
     outputOption,
@@ -42,7 +43,7 @@ std::string Plain(std::string_view name)
     std::string plain;
     for (const char character : name) {
         const bool isCapital = character >= 'A' && character <= 'Z';
-        if (isCapital || (character >= 'a' && character <= 'z') || (character >= '0' && character <= '9'))
+        if (isCapital || (character >= 'a' && character <= 'z') || IsDigit(character))
             plain += isCapital ? static_cast<char>(character - 'A' + 'a') : character;
     }
     return plain;
@@ -198,5 +199,5 @@ int MeasureSpeed(Invocation& invocation)
 
 } // namespace
 
-const Command speedCommand = {"speed", "",          "measures the library's algorithms", "[NAME...]", 0, 1000, details,
-                              options, MeasureSpeed};
+const Command speedCommand = {"speed",      "",          "measures the library's algorithms", "[NAME...]", 0, 1000, speedDetails,
+                              speedOptions, MeasureSpeed};

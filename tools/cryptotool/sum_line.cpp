@@ -1,5 +1,7 @@
 #include "tools/cryptotool/sum_line.h"
 
+#include "asn1/hex.h"
+
 #include <cstddef>
 
 namespace {
@@ -77,7 +79,7 @@ bool SumLine::read(std::string_view line)
     for (const char character : line.substr(0, end)) {
         if (character >= 'A' && character <= 'F')
             digits += static_cast<char>(character - 'A' + 'a');
-        else if ((character >= '0' && character <= '9') || (character >= 'a' && character <= 'f'))
+        else if (IsHexDigit(character))
             digits += character;
         else
             return false;
