@@ -5,7 +5,7 @@
 namespace {
 
 /// "1" to "1.2.8": ISO standards and the member bodies of all countries but the United States.
-constexpr std::string_view rows[] = {
+constexpr std::string_view countriesRows[] = {
     "1 iso: root arc of ISO",
     "1.0 ISO standards",
     "1.0.10118 ISO/IEC 10118 hash functions",
@@ -259,8 +259,8 @@ constexpr std::string_view rows[] = {
     "1.2.826.0.1 United Kingdom, companies",
 };
 
-static_assert(std::ranges::is_sorted(rows));
+static_assert(std::ranges::is_sorted(countriesRows));
 
 } // namespace
 
-constinit const oid_names::Table oid_names::countries = rows;
+constinit const oid_names::Table oid_names::countries = countriesRows;

@@ -5,7 +5,7 @@
 namespace {
 
 /// "2.5" and beyond: X.500, X.509, X.400.
-constexpr std::string_view rows[] = {
+constexpr std::string_view directoryRows[] = {
     "2.5 directory: X.500",
     "2.5.1 X.500 modules",
     "2.5.12 X.500 operational attributes of directory servers",
@@ -388,8 +388,8 @@ constexpr std::string_view rows[] = {
     "2.9 ms: OSI systems management",
 };
 
-static_assert(std::ranges::is_sorted(rows));
+static_assert(std::ranges::is_sorted(directoryRows));
 
 } // namespace
 
-constinit const oid_names::Table oid_names::directory = rows;
+constinit const oid_names::Table oid_names::directory = directoryRows;

@@ -5,7 +5,7 @@
 namespace {
 
 /// "1.3.6.1.4": private enterprises.
-constexpr std::string_view rows[] = {
+constexpr std::string_view enterprisesRows[] = {
     "1.3.6.1.4 private",
     "1.3.6.1.4.1 private enterprises, assigned by IANA",
     "1.3.6.1.4.1.10015 SK ID Solutions, Estonia",
@@ -387,8 +387,8 @@ constexpr std::string_view rows[] = {
     "1.3.6.1.4.1.94 Nokia",
 };
 
-static_assert(std::ranges::is_sorted(rows));
+static_assert(std::ranges::is_sorted(enterprisesRows));
 
 } // namespace
 
-constinit const oid_names::Table oid_names::enterprises = rows;
+constinit const oid_names::Table oid_names::enterprises = enterprisesRows;

@@ -5,7 +5,7 @@
 namespace {
 
 /// "2.23": SET, WAP, TCG, ICAO, CA/Browser Forum.
-constexpr std::string_view rows[] = {
+constexpr std::string_view internationalRows[] = {
     "2.23 international organisations",
     "2.23.133 Trusted Computing Group",
     "2.23.133.2 TCG attributes",
@@ -230,8 +230,8 @@ constexpr std::string_view rows[] = {
     "2.23.43.1.4.9 wap-wsg-idm-ecid-wtls9",
 };
 
-static_assert(std::ranges::is_sorted(rows));
+static_assert(std::ranges::is_sorted(internationalRows));
 
 } // namespace
 
-constinit const oid_names::Table oid_names::international = rows;
+constinit const oid_names::Table oid_names::international = internationalRows;

@@ -5,7 +5,7 @@
 namespace {
 
 /// "1.3.6" up to private enterprises: LDAP, the network information service, management.
-constexpr std::string_view rows[] = {
+constexpr std::string_view internetRows[] = {
     "1.3.6 United States Department of Defense",
     "1.3.6.1 Internet",
     "1.3.6.1.1 directory",
@@ -182,8 +182,8 @@ constexpr std::string_view rows[] = {
     "1.3.6.1.3 experimental",
 };
 
-static_assert(std::ranges::is_sorted(rows));
+static_assert(std::ranges::is_sorted(internetRows));
 
 } // namespace
 
-constinit const oid_names::Table oid_names::internet = rows;
+constinit const oid_names::Table oid_names::internet = internetRows;

@@ -5,7 +5,7 @@
 namespace {
 
 /// "0": the ITU-T and what is registered under it.
-constexpr std::string_view rows[] = {
+constexpr std::string_view ituRows[] = {
     "0 itu-t: root arc of the ITU-T",
     "0.0 ITU-T recommendations",
     "0.1 ITU-T study group questions",
@@ -263,8 +263,8 @@ constexpr std::string_view rows[] = {
     "0.9.2342.19200300.100.4.9 documentSeries",
 };
 
-static_assert(std::ranges::is_sorted(rows));
+static_assert(std::ranges::is_sorted(ituRows));
 
 } // namespace
 
-constinit const oid_names::Table oid_names::itu = rows;
+constinit const oid_names::Table oid_names::itu = ituRows;

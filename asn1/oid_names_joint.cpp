@@ -5,7 +5,7 @@
 namespace {
 
 /// "2" to "2.16": ASN.1, the joint arcs of countries, NIST, Netscape, HL7.
-constexpr std::string_view rows[] = {
+constexpr std::string_view jointRows[] = {
     "2 joint-iso-itu-t: root arc of both",
     "2.1 asn1: ASN.1 and its encoding rules",
     "2.1.0 ASN.1 specifications",
@@ -375,8 +375,8 @@ constexpr std::string_view rows[] = {
     "2.16.840.1.114414.1.7.23.3 Starfield extended validation policy",
 };
 
-static_assert(std::ranges::is_sorted(rows));
+static_assert(std::ranges::is_sorted(jointRows));
 
 } // namespace
 
-constinit const oid_names::Table oid_names::joint = rows;
+constinit const oid_names::Table oid_names::joint = jointRows;

@@ -5,7 +5,7 @@
 namespace {
 
 /// "1.3" up to the Internet: curves, OIW, TeleTrusT.
-constexpr std::string_view rows[] = {
+constexpr std::string_view organisationsRows[] = {
     "1.3 organisations identified by ISO",
     "1.3.101 Thawte, later also CFRG curves",
     "1.3.101.1 Thawte extensions",
@@ -158,8 +158,8 @@ constexpr std::string_view rows[] = {
     "1.3.36.8.3.9 retrieveIfAllowed",
 };
 
-static_assert(std::ranges::is_sorted(rows));
+static_assert(std::ranges::is_sorted(organisationsRows));
 
 } // namespace
 
-constinit const oid_names::Table oid_names::organisations = rows;
+constinit const oid_names::Table oid_names::organisations = organisationsRows;

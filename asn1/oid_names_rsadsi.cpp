@@ -5,7 +5,7 @@
 namespace {
 
 /// "1.2.840.113549": PKCS, S/MIME and the algorithms of RSA Security.
-constexpr std::string_view rows[] = {
+constexpr std::string_view rsadsiRows[] = {
     "1.2.840.113549 iso(1) member-body(2) US(840) rsadsi(113549)",
     "1.2.840.113549.1 rsadsi pkcs(1)",
     "1.2.840.113549.1.1 PKCS #1: RSA cryptography",
@@ -311,8 +311,8 @@ constexpr std::string_view rows[] = {
     "1.2.840.113549.3.9 rc5-CBC-PAD",
 };
 
-static_assert(std::ranges::is_sorted(rows));
+static_assert(std::ranges::is_sorted(rsadsiRows));
 
 } // namespace
 
-constinit const oid_names::Table oid_names::rsadsi = rows;
+constinit const oid_names::Table oid_names::rsadsi = rsadsiRows;

@@ -5,7 +5,7 @@
 namespace {
 
 /// "1.3.6.1.5" and what follows under "1.3": Kerberos, PKIX, SNMP modules.
-constexpr std::string_view rows[] = {
+constexpr std::string_view securityRows[] = {
     "1.3.6.1.5 security",
     "1.3.6.1.5.2 Kerberos V5",
     "1.3.6.1.5.2.2 id-pkinit-san: Kerberos principal name",
@@ -401,8 +401,8 @@ constexpr std::string_view rows[] = {
     "1.3.76.16 AgID: agency for digital Italy",
 };
 
-static_assert(std::ranges::is_sorted(rows));
+static_assert(std::ranges::is_sorted(securityRows));
 
 } // namespace
 
-constinit const oid_names::Table oid_names::security = rows;
+constinit const oid_names::Table oid_names::security = securityRows;

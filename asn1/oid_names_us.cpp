@@ -5,7 +5,7 @@
 namespace {
 
 /// "1.2.840" up to RSA Security: ANSI, DICOM, Entrust.
-constexpr std::string_view rows[] = {
+constexpr std::string_view usRows[] = {
     "1.2.840 United States (ANSI)",
     "1.2.840.10003 Z39.50 information retrieval",
     "1.2.840.10008 DICOM medical imaging",
@@ -124,8 +124,8 @@ constexpr std::string_view rows[] = {
     "1.2.840.113533.7.68.10 attributeCertificate (Entrust)",
 };
 
-static_assert(std::ranges::is_sorted(rows));
+static_assert(std::ranges::is_sorted(usRows));
 
 } // namespace
 
-constinit const oid_names::Table oid_names::us = rows;
+constinit const oid_names::Table oid_names::us = usRows;

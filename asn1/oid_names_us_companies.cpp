@@ -5,7 +5,7 @@
 namespace {
 
 /// "1.2.840" from the Massachusetts Institute of Technology on: Microsoft, Adobe, Apple.
-constexpr std::string_view rows[] = {
+constexpr std::string_view usCompaniesRows[] = {
     "1.2.840.113554 Massachusetts Institute of Technology",
     "1.2.840.113554.1.2.1.1 GSS_C_NT_USER_NAME",
     "1.2.840.113554.1.2.1.2 GSS_C_NT_MACHINE_UID_NAME",
@@ -158,8 +158,8 @@ constexpr std::string_view rows[] = {
     "1.2.840.48018.1.2.2 Kerberos V5 mechanism, as Microsoft first numbered it",
 };
 
-static_assert(std::ranges::is_sorted(rows));
+static_assert(std::ranges::is_sorted(usCompaniesRows));
 
 } // namespace
 
-constinit const oid_names::Table oid_names::usCompanies = rows;
+constinit const oid_names::Table oid_names::usCompanies = usCompaniesRows;

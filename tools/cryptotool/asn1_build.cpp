@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t mostValues = 10000;
 
-constexpr std::string_view details =
+constexpr std::string_view asn1BuildDetails =
     R"(Reads a template (or the JSON or XML that "cryptotool asn1 show" prints), gives its names the values, and writes DER. VALUE is
     #00ff      bytes
     @FILE      the bytes of FILE
@@ -22,7 +22,7 @@ constexpr std::string_view details =
 A name that is given no value writes nothing; unless it is in an OPTIONAL item, a warning tells so.
 )";
 
-constexpr Option options[] = {
+constexpr Option asn1BuildOptions[] = {
     fromOption,
     {OptionKind::text, 0, "pem", "LABEL", "write PEM, between lines with LABEL"},
     outputOption,
@@ -89,6 +89,12 @@ int Build(Invocation& invocation)
 
 } // namespace
 
-const Command asn1BuildCommand = {
-    "asn1",  "build", "writes the DER that a template describes", "TEMPLATE-FILE [NAME=VALUE...]", 1, mostValues + 1, details,
-    options, Build};
+const Command asn1BuildCommand = {"asn1",
+                                  "build",
+                                  "writes the DER that a template describes",
+                                  "TEMPLATE-FILE [NAME=VALUE...]",
+                                  1,
+                                  mostValues + 1,
+                                  asn1BuildDetails,
+                                  asn1BuildOptions,
+                                  Build};

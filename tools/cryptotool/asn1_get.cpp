@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::string_view details =
+constexpr std::string_view asn1GetDetails =
     R"(Walks PATH from the first element of every block of FILE, and prints what stands there. A step is one character:
     {   the content, or a short value       ,   the next element
     =   the value, or the content           P   the parent, or the element before
@@ -16,7 +16,7 @@ constexpr std::string_view details =
 and "|TEMPLATE|" goes on only where the element agrees with the template.
 )";
 
-constexpr Option options[] = {
+constexpr Option asn1GetOptions[] = {
     {OptionKind::choice, 0, "as", "value|template|json|xml|der|bytes",
      "how to print it (value); der is the element,\nbytes what it holds, both binary"},
     insideOption,
@@ -97,4 +97,5 @@ int Get(Invocation& invocation)
 
 } // namespace
 
-const Command asn1GetCommand = {"asn1", "get", "prints what stands at the end of a path", "PATH FILE", 2, 2, details, options, Get};
+const Command asn1GetCommand = {"asn1",         "get", "prints what stands at the end of a path", "PATH FILE", 2, 2, asn1GetDetails,
+                                asn1GetOptions, Get};

@@ -10,13 +10,13 @@
 
 namespace {
 
-constexpr std::string_view details =
+constexpr std::string_view asn1MatchDetails =
     R"(Holds every block of FILE against the template in TEMPLATE-FILE, and prints what its names stand for: "NAME = VALUE", or an
 element as template text, or several of them in braces. Of a block that does not agree the reason tells the item of the template
 where it failed.
 )";
 
-constexpr Option options[] = {
+constexpr Option asn1MatchOptions[] = {
     fromOption, insideOption, lenientOption, {OptionKind::flag, 0, "json", "", "print the names and values as JSON"}, outputOption,
 };
 
@@ -115,6 +115,12 @@ int Match(Invocation& invocation)
 
 } // namespace
 
-const Command asn1MatchCommand = {
-    "asn1",  "match", "holds DER against a template and prints what its names stand for", "TEMPLATE-FILE FILE", 2, 2, details,
-    options, Match};
+const Command asn1MatchCommand = {"asn1",
+                                  "match",
+                                  "holds DER against a template and prints what its names stand for",
+                                  "TEMPLATE-FILE FILE",
+                                  2,
+                                  2,
+                                  asn1MatchDetails,
+                                  asn1MatchOptions,
+                                  Match};

@@ -8,13 +8,13 @@
 
 namespace {
 
-constexpr std::string_view details =
+constexpr std::string_view asn1ShowDetails =
     R"(Prints the elements of FILE. The outline has one line an element: its offset in the block, the length of its header and of its
 value, whether it is constructed, its type and value, and the name of an object identifier. The other forms are the whole tree;
 "cryptotool asn1 build" makes the same DER of each of them.
 )";
 
-constexpr Option options[] = {
+constexpr Option asn1ShowOptions[] = {
     {OptionKind::choice, 0, "as", "template|json|xml|outline", "how to print it (outline)"},
     insideOption,
     lenientOption,
@@ -115,4 +115,5 @@ int Show(Invocation& invocation)
 
 } // namespace
 
-const Command asn1ShowCommand = {"asn1", "show", "prints the elements of DER data", "FILE", 1, 1, details, options, Show};
+const Command asn1ShowCommand = {"asn1",          "show", "prints the elements of DER data", "FILE", 1, 1, asn1ShowDetails,
+                                 asn1ShowOptions, Show};

@@ -39,7 +39,7 @@ constexpr Option rawOption = {OptionKind::flag, 0, "raw", "", "no header: the ci
 constexpr Option ivOption = {OptionKind::text, 0, "iv", "HEX", "the initialisation vector of --raw"};
 constexpr Option opensslOption = {OptionKind::flag, 0, "openssl", "", "the form of \"openssl enc -pbkdf2\", with a password"};
 
-constexpr Option options[] = {
+constexpr Option cipherOptions[] = {
     cipherOption,     keySecret.file,      keySecret.descriptor,
     hexKeyOption,     passwordSecret.file, passwordSecret.descriptor,
     iterationsOption, rawOption,           ivOption,
@@ -268,5 +268,5 @@ int Decrypt(Invocation& invocation)
 
 } // namespace
 
-const Command cipherEncCommand = {"cipher", "enc", "encrypts a file", "[FILE]", 0, 1, encryptDetails, options, Encrypt};
-const Command cipherDecCommand = {"cipher", "dec", "decrypts a file", "[FILE]", 0, 1, decryptDetails, options, Decrypt};
+const Command cipherEncCommand = {"cipher", "enc", "encrypts a file", "[FILE]", 0, 1, encryptDetails, cipherOptions, Encrypt};
+const Command cipherDecCommand = {"cipher", "dec", "decrypts a file", "[FILE]", 0, 1, decryptDetails, cipherOptions, Decrypt};

@@ -4,13 +4,13 @@
 
 namespace {
 
-const Command* const commands[] = {
+const Command* const commandTable[] = {
     &asn1ShowCommand, &asn1BuildCommand, &asn1MatchCommand,  &asn1GetCommand, &cipherEncCommand, &cipherDecCommand, &oidCommand,
     &gzipCommand,     &gunzipCommand,    &hashCommand,       &macCommand,     &randomCommand,    &speedCommand,     &keyGenCommand,
     &keyShowCommand,  &keyPublicCommand, &keyConvertCommand, &keySignCommand, &keyVerifyCommand,
 };
 
-constexpr Noun nouns[] = {
+constexpr Noun nounTable[] = {
     {"asn1", "look into DER, build it, match it against templates"},
     {"cipher", "encrypt and decrypt files with a password or a key"},
     {"key", "make keys, look into them, convert them, sign and verify with them"},
@@ -20,10 +20,10 @@ constexpr Noun nouns[] = {
 
 std::span<const Command* const> Commands()
 {
-    return commands;
+    return commandTable;
 }
 
 std::span<const Noun> Nouns()
 {
-    return nouns;
+    return nounTable;
 }

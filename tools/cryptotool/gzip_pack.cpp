@@ -3,12 +3,12 @@
 
 namespace {
 
-constexpr std::string_view details =
+constexpr std::string_view gzipDetails =
     R"(Packs FILE, or standard input, in the GZIP format. FILE stays as it is; neither its name nor its time is kept, so that the same
 data always packs to the same bytes.
 )";
 
-constexpr Option options[] = {
+constexpr Option gzipOptions[] = {
     {OptionKind::level, 0, "level", "", "from fastest to smallest (-6)"},
     stdoutOption,
     outputOption,
@@ -24,4 +24,4 @@ int Pack(Invocation& invocation)
 
 } // namespace
 
-const Command gzipCommand = {"gzip", "", "packs a file in the GZIP format", "[FILE]", 0, 1, details, options, Pack};
+const Command gzipCommand = {"gzip", "", "packs a file in the GZIP format", "[FILE]", 0, 1, gzipDetails, gzipOptions, Pack};

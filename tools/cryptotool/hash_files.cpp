@@ -13,14 +13,14 @@
 
 namespace {
 
-constexpr std::string_view details =
+constexpr std::string_view hashDetails =
     R"(Prints the digest of each FILE, "-" for standard input, on a line as sha256sum and its like do. ALG is md4, md5, sha1, sha224,
 sha256, sha384, sha512 or md5-sha1, in either case, with or without "-". With --check the FILEs are lists of such lines, and each
 file they name is reported as OK or FAILED; the exit is 1 when one failed.
 )";
 
 constexpr Option checkOption = {OptionKind::flag, 'c', "check", "", "check the files that the lines of each FILE name"};
-constexpr Option options[] = {checkOption, outputOption};
+constexpr Option hashOptions[] = {checkOption, outputOption};
 
 class HashRun {
 public:
@@ -124,6 +124,6 @@ int HashFiles(Invocation& invocation)
 
 } // namespace
 
-const Command hashCommand = {"hash",        "",      "prints or checks digests of files",
-                             "ALG FILE...", 2,       std::numeric_limits<std::size_t>::max(),
-                             details,       options, HashFiles};
+const Command hashCommand = {"hash",        "",          "prints or checks digests of files",
+                             "ALG FILE...", 2,           std::numeric_limits<std::size_t>::max(),
+                             hashDetails,   hashOptions, HashFiles};

@@ -4,12 +4,12 @@
 
 namespace {
 
-constexpr std::string_view details =
+constexpr std::string_view keyConvertDetails =
     R"(Reads the private key of FILE, in whatever form it is, and writes it in another one. A file of -o can be read by its owner alone
 (on Windows, by those whom its folder grants it). Passwords without an option are asked for, a new one twice.
 )";
 
-constexpr Option options[] = {
+constexpr Option keyConvertOptions[] = {
     privateFormOption,
     keyEncodingOption,
     keyCipherOption,
@@ -46,5 +46,5 @@ int Convert(Invocation& invocation)
 
 } // namespace
 
-const Command keyConvertCommand = {"key",   "convert", "writes a private key in another form", "FILE", 1, 1, details,
-                                   options, Convert};
+const Command keyConvertCommand = {
+    "key", "convert", "writes a private key in another form", "FILE", 1, 1, keyConvertDetails, keyConvertOptions, Convert};

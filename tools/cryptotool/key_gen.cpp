@@ -11,13 +11,13 @@
 
 namespace {
 
-constexpr std::string_view details =
+constexpr std::string_view keyGenDetails =
     R"(Makes a new private key. ALG is rsa, or a curve: secp112r1, secp160r1, prime192v1, prime256v1 (P-256), secp384r1 (P-384),
 secp521r1 (P-521), brainpoolP160r1, brainpoolP256r1, brainpoolP384r1, x25519 or x448. A file of -o can be read by its owner alone
 (on Windows, by those whom its folder grants it). Without an option for it, the password of an encrypted key is asked for, twice.
 )";
 
-constexpr Option options[] = {
+constexpr Option keyGenOptions[] = {
     {OptionKind::number, 0, "bits", "N", "of rsa: the length of the modulus, 1024 to 8192 (3072)"},
     privateFormOption,
     keyEncodingOption,
@@ -80,4 +80,4 @@ int Generate(Invocation& invocation)
 
 } // namespace
 
-const Command keyGenCommand = {"key", "gen", "makes a new private key", "ALG", 1, 1, details, options, Generate};
+const Command keyGenCommand = {"key", "gen", "makes a new private key", "ALG", 1, 1, keyGenDetails, keyGenOptions, Generate};

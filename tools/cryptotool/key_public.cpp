@@ -4,11 +4,11 @@
 
 namespace {
 
-constexpr std::string_view details =
+constexpr std::string_view keyPublicDetails =
     R"(Writes the public half of the key in FILE, which may be a private or a public one in any form.
 )";
 
-constexpr Option options[] = {
+constexpr Option keyPublicOptions[] = {
     {OptionKind::choice, 0, "form", "spki|pkcs1", "SubjectPublicKeyInfo (spki), or RSAPublicKey"},
     keyEncodingOption,
     passwordSecret.file,
@@ -40,4 +40,5 @@ int WritePublic(Invocation& invocation)
 
 } // namespace
 
-const Command keyPublicCommand = {"key", "public", "writes the public half of a key", "FILE", 1, 1, details, options, WritePublic};
+const Command keyPublicCommand = {
+    "key", "public", "writes the public half of a key", "FILE", 1, 1, keyPublicDetails, keyPublicOptions, WritePublic};

@@ -11,12 +11,12 @@
 
 namespace {
 
-constexpr std::string_view details =
+constexpr std::string_view keyShowDetails =
     R"(Prints what the key in FILE is: its type, its size in bits, the form it is kept in, its public numbers in hexadecimal, and its
 fingerprint, the SHA-256 of its SubjectPublicKeyInfo. FILE may hold a private or a public key in any form.
 )";
 
-constexpr Option options[] = {
+constexpr Option keyShowOptions[] = {
     {OptionKind::flag, 0, "private", "", "print the private numbers, too"},
     jsonOption,
     passwordSecret.file,
@@ -152,4 +152,4 @@ int Show(Invocation& invocation)
 
 } // namespace
 
-const Command keyShowCommand = {"key", "show", "prints what a key is", "FILE", 1, 1, details, options, Show};
+const Command keyShowCommand = {"key", "show", "prints what a key is", "FILE", 1, 1, keyShowDetails, keyShowOptions, Show};

@@ -6,11 +6,11 @@
 
 namespace {
 
-constexpr std::string_view details =
+constexpr std::string_view keySignDetails =
     R"(Signs FILE, or standard input, with the private key in KEY. The signature is binary: the octets of RSA, or the DER of ECDSA.
 )";
 
-constexpr Option options[] = {
+constexpr Option keySignOptions[] = {
     hashOption,
     pssOption,
     {OptionKind::number, 0, "salt-length", "N", "of --pss: bytes of salt (as many as the hash has)"},
@@ -44,4 +44,4 @@ int Sign(Invocation& invocation)
 
 } // namespace
 
-const Command keySignCommand = {"key", "sign", "signs a file", "KEY [FILE]", 1, 2, details, options, Sign};
+const Command keySignCommand = {"key", "sign", "signs a file", "KEY [FILE]", 1, 2, keySignDetails, keySignOptions, Sign};

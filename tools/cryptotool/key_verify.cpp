@@ -6,12 +6,12 @@
 
 namespace {
 
-constexpr std::string_view details =
+constexpr std::string_view keyVerifyDetails =
     R"(Holds the signature in SIGNATURE, as "cryptotool key sign" writes it, against FILE, or standard input, and the key in KEY, which
 may be a private or a public one. Prints OK, or FAILED and ends with 1.
 )";
 
-constexpr Option options[] = {
+constexpr Option keyVerifyOptions[] = {
     hashOption,
     pssOption,
     {OptionKind::number, 0, "salt-length", "N", "of --pss: bytes of salt (any)"},
@@ -46,5 +46,5 @@ int Verify(Invocation& invocation)
 
 } // namespace
 
-const Command keyVerifyCommand = {"key",   "verify", "holds a signature against a file", "KEY SIGNATURE [FILE]", 2, 3, details,
-                                  options, Verify};
+const Command keyVerifyCommand = {
+    "key", "verify", "holds a signature against a file", "KEY SIGNATURE [FILE]", 2, 3, keyVerifyDetails, keyVerifyOptions, Verify};

@@ -11,13 +11,13 @@
 
 namespace {
 
-constexpr std::string_view details =
+constexpr std::string_view macDetails =
     R"(Prints the message authentication code of each FILE, "-" for standard input, as hash prints digests. ALG is hmac- with the name of
 a hash function (hmac-sha256), or aes-cmac, whose key has 16, 24 or 32 bytes, in either case. Without --key-file and --key-fd the
 key is asked for at the terminal, and is the line typed there.
 )";
 
-constexpr Option options[] = {keySecret.file, keySecret.descriptor, hexKeyOption, outputOption};
+constexpr Option macOptions[] = {keySecret.file, keySecret.descriptor, hexKeyOption, outputOption};
 
 int PrintMACs(Invocation& invocation, StreamedMAC& mac)
 {
@@ -57,6 +57,6 @@ int MACFiles(Invocation& invocation)
 
 } // namespace
 
-const Command macCommand = {"mac",         "",      "prints message authentication codes of files",
-                            "ALG FILE...", 2,       std::numeric_limits<std::size_t>::max(),
-                            details,       options, MACFiles};
+const Command macCommand = {"mac",         "",         "prints message authentication codes of files",
+                            "ALG FILE...", 2,          std::numeric_limits<std::size_t>::max(),
+                            macDetails,    macOptions, MACFiles};

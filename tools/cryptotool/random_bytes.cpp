@@ -12,12 +12,12 @@
 
 namespace {
 
-constexpr std::string_view details =
+constexpr std::string_view randomDetails =
     R"(Writes N random bytes, which are good for keys. N may end in k, M or G: times 1024, 1024^2 or 1024^3. A file of -o can be read by
 its owner alone (on Windows, by those whom its folder grants it).
 )";
 
-constexpr Option options[] = {
+constexpr Option randomOptions[] = {
     {OptionKind::flag, 0, "hex", "", "write hexadecimal digits, in one line"},
     {OptionKind::flag, 0, "base64", "", "write base64, in lines of 64 characters"},
     outputOption,
@@ -95,4 +95,4 @@ int WriteRandom(Invocation& invocation)
 
 } // namespace
 
-const Command randomCommand = {"random", "", "writes random bytes", "N", 1, 1, details, options, WriteRandom};
+const Command randomCommand = {"random", "", "writes random bytes", "N", 1, 1, randomDetails, randomOptions, WriteRandom};

@@ -4,28 +4,25 @@
 #include "crypto/x25519_variants.h"
 #include "tools/cryptotool/speed_row.h"
 
-#include <array>
 #include <memory>
 
 namespace {
 
-using Key = std::shared_ptr<const CCryptoEC>;
+using CurveKey = std::shared_ptr<const CCryptoEC>;
 
-constexpr std::array<std::uint8_t, 32> digest = {1, 2, 3};
-
-SpeedRow::Call PrepareSign(const Key& key)
+SpeedRow::Call PrepareCurveSign(const CurveKey& key)
 {
-    return [key] { key->signHash(digest, SignatureForm::der); };
+    return [key] { key->signHash(digestToSign, SignatureForm::der); };
 }
 
-SpeedRow::Call PrepareVerify(const Key& key)
+SpeedRow::Call PrepareCurveVerify(const CurveKey& key)
 {
-    return [key, signature = key->signHash(digest, SignatureForm::der)] {
-        key->verifyHash(digest, signature.bytes(), SignatureForm::der);
+    return [key, signature = key->signHash(digestToSign, SignatureForm::der)] {
+        key->verifyHash(digestToSign, signature.bytes(), SignatureForm::der);
     };
 }
 
-SpeedRow::Call PrepareAgree(const Key& key)
+SpeedRow::Call PrepareCurveAgree(const CurveKey& key)
 {
     return [key, point = key->publicPoint()] { key->agree(point.bytes()); };
 }
@@ -37,10 +34,10 @@ const char* VariantOf(std::uint32_t curve)
     return curve == algorithm::secp384r1 ? ChooseVariant<PointCalls384>(Prime384Variants()).name : "portable";
 }
 
-void AddOperation(SpeedRows& rows, const CurveFacts& curve, const char* name, SpeedRow::Call (*prepare)(const Key& key))
+void AddOperation(SpeedRows& rows, const CurveFacts& curve, const char* name, SpeedRow::Call (*prepare)(const CurveKey& key))
 {
     rows.push_back({curve.name + std::string(name), VariantOf(curve.id), true, false, [id = curve.id, prepare](std::size_t) {
-                        const Key key = CCryptoEC::Generate(id);
+                        const CurveKey key = CCryptoEC::Generate(id);
                         return key != nullptr ? prepare(key) : SpeedRow::Call();
                     }});
 }
@@ -68,10 +65,10 @@ void AddCurveRows(SpeedRows& rows)
         if (curve.id == algorithm::x25519) {
             AddX25519(rows, curve);
         } else if (curve.signs) {
-            AddOperation(rows, curve, " sign", PrepareSign);
-            AddOperation(rows, curve, " verify", PrepareVerify);
+            AddOperation(rows, curve, " sign", PrepareCurveSign);
+            AddOperation(rows, curve, " verify", PrepareCurveVerify);
         } else {
-            AddOperation(rows, curve, " agree", PrepareAgree);
+            AddOperation(rows, curve, " agree", PrepareCurveAgree);
         }
     }
 }

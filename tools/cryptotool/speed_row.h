@@ -2,7 +2,9 @@
 
 #include "crypto/cpu_features.h"
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -21,6 +23,9 @@ struct SpeedRow {
 };
 
 using SpeedRows = std::vector<SpeedRow>;
+
+/// What is signed.
+constexpr std::array<std::uint8_t, 32> digestToSign = {1, 2, 3};
 
 void AddHashRows(SpeedRows& rows);
 void AddCipherRows(SpeedRows& rows);

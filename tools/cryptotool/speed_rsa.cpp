@@ -3,25 +3,22 @@
 #include "crypto/rsa.h"
 #include "tools/cryptotool/speed_row.h"
 
-#include <array>
 #include <memory>
 
 namespace {
 
-using Key = std::shared_ptr<const CCryptoRSA>;
-using PrepareCall = SpeedRow::Call (*)(const Key& key);
+using RsaKey = std::shared_ptr<const CCryptoRSA>;
+using PrepareRsaCall = SpeedRow::Call (*)(const RsaKey& key);
 
-constexpr std::array<std::uint8_t, 32> digest = {1, 2, 3};
-
-SpeedRow::Call PrepareSign(const Key& key)
+SpeedRow::Call PrepareRsaSign(const RsaKey& key)
 {
-    return [key] { key->signPKCS1(algorithm::sha256, digest); };
+    return [key] { key->signPKCS1(algorithm::sha256, digestToSign); };
 }
 
-SpeedRow::Call PrepareVerify(const Key& key)
+SpeedRow::Call PrepareRsaVerify(const RsaKey& key)
 {
-    return [key, signature = key->signPKCS1(algorithm::sha256, digest)] {
-        key->verifyPKCS1(algorithm::sha256, digest, signature.bytes());
+    return [key, signature = key->signPKCS1(algorithm::sha256, digestToSign)] {
+        key->verifyPKCS1(algorithm::sha256, digestToSign, signature.bytes());
     };
 }
 
@@ -30,7 +27,7 @@ class LateKey {
 public:
     explicit LateKey(std::uint32_t bits) : bits_(bits) {}
 
-    const Key& get()
+    const RsaKey& get()
     {
         if (key_ == nullptr)
             key_ = CCryptoRSA::Generate(bits_);
@@ -39,7 +36,7 @@ public:
 
 private:
     std::uint32_t bits_;
-    Key key_;
+    RsaKey key_;
 };
 
 } // namespace
@@ -49,8 +46,8 @@ void AddRsaRows(SpeedRows& rows)
     const char* const variant = ChooseVariant<MontgomeryCalls>(MontgomeryVariants()).name;
     const struct {
         const char* name;
-        PrepareCall prepare;
-    } operations[] = {{" sign", PrepareSign}, {" verify", PrepareVerify}};
+        PrepareRsaCall prepare;
+    } operations[] = {{" sign", PrepareRsaSign}, {" verify", PrepareRsaVerify}};
     for (const std::uint32_t bits : {2048, 4096}) {
         const auto key = std::make_shared<LateKey>(bits);
         for (const auto& operation : operations)

@@ -22,11 +22,11 @@ namespace platform {
 namespace {
 
 /// The file lock keeps processes (and other objects of the same name) apart, `threads` the threads that use this object.
-struct State {
-    explicit State(int descriptor) : file(descriptor) {}
-    ~State() { ::close(file); }
-    State(const State&) = delete;
-    State& operator=(const State&) = delete;
+struct MutexState {
+    explicit MutexState(int descriptor) : file(descriptor) {}
+    ~MutexState() { ::close(file); }
+    MutexState(const MutexState&) = delete;
+    MutexState& operator=(const MutexState&) = delete;
 
     const int file;
     std::recursive_timed_mutex threads;
@@ -105,19 +105,19 @@ bool NamedMutex::open(const char* name)
     const int file = OpenLockFile("/tmp/" + std::string(name) + ".mutex");
     if (file < 0)
         return false;
-    state_ = new State(file);
+    state_ = new MutexState(file);
     return true;
 }
 
 void NamedMutex::close()
 {
-    const std::unique_ptr<State> state(static_cast<State*>(state_));
+    const std::unique_ptr<MutexState> state(static_cast<MutexState*>(state_));
     state_ = nullptr;
 }
 
 bool NamedMutex::lock(std::uint32_t milliseconds)
 {
-    auto* const state = static_cast<State*>(state_);
+    auto* const state = static_cast<MutexState*>(state_);
     if (state == nullptr)
         return false;
     const bool forever = milliseconds == 0xFFFFFFFF;
@@ -137,7 +137,7 @@ bool NamedMutex::lock(std::uint32_t milliseconds)
 
 void NamedMutex::unlock()
 {
-    auto* const state = static_cast<State*>(state_);
+    auto* const state = static_cast<MutexState*>(state_);
     if (state == nullptr || state->owner != CurrentThreadId())
         return;
     if (--state->depth == 0) {

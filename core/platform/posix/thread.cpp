@@ -19,7 +19,7 @@ namespace platform {
 namespace {
 
 /// What owner and thread share.
-struct State {
+struct ThreadState {
     pthread_t handle{};
     bool toldToLeave = false;
     /// Set by the thread when it leaves because it was told to.
@@ -29,13 +29,13 @@ struct State {
 };
 
 /// Of a thread that was started here, for the handler of the signal.
-thread_local State* stateOfThisThread = nullptr;
+thread_local ThreadState* stateOfThisThread = nullptr;
 
 /// Lives on the starter's stack until the new thread has taken what it needs.
 struct Start {
     Thread::Entry entry = nullptr;
     void* argument = nullptr;
-    State* state = nullptr;
+    ThreadState* state = nullptr;
     std::uint32_t id = 0;
     sem_t taken;
 };
@@ -104,7 +104,7 @@ bool HasLeftTheSystem(std::uint32_t id)
 }
 
 /// Waits for a thread that was told to leave.
-bool AwaitLeaving(State& state, std::uint32_t id, std::uint32_t milliseconds)
+bool AwaitLeaving(ThreadState& state, std::uint32_t id, std::uint32_t milliseconds)
 {
     for (std::uint32_t waited = 0; !HasLeftTheSystem(id); ++waited) {
         if (waited == milliseconds && milliseconds != waitForever) {
@@ -131,7 +131,7 @@ Thread::~Thread()
 bool Thread::start(Entry entry, void* argument)
 {
     close();
-    auto state = std::make_unique<State>();
+    auto state = std::make_unique<ThreadState>();
     Start start;
     start.entry = entry;
     start.argument = argument;
@@ -150,7 +150,7 @@ bool Thread::start(Entry entry, void* argument)
 
 bool Thread::wait(std::uint32_t milliseconds)
 {
-    auto* const state = static_cast<State*>(state_);
+    auto* const state = static_cast<ThreadState*>(state_);
     if (state == nullptr || state->gone)
         return true;
     if (state->toldToLeave)
@@ -169,7 +169,7 @@ bool Thread::wait(std::uint32_t milliseconds)
 
 bool Thread::terminate()
 {
-    auto* const state = static_cast<State*>(state_);
+    auto* const state = static_cast<ThreadState*>(state_);
     if (wait(0))
         return true;
     // A thread that is stuck in the kernel must not hold up the caller.
@@ -181,7 +181,7 @@ bool Thread::terminate()
 
 void Thread::close()
 {
-    std::unique_ptr<State> state(static_cast<State*>(state_));
+    std::unique_ptr<ThreadState> state(static_cast<ThreadState*>(state_));
     state_ = nullptr;
     if (state == nullptr || state->gone)
         return;
