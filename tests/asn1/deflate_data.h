@@ -14,6 +14,12 @@ inline std::span<const std::uint8_t> BytesOf(std::string_view text)
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
+/// Packed data, and why it is refused.
+struct FaultCase {
+    const char* reason;
+    std::string packed;
+};
+
 /// What became of an input that was given in pieces.
 struct Outcome {
     bool good = false;

@@ -1,5 +1,6 @@
 #include "asn1/parser.h"
 #include "asn1/push_der_buffer.h"
+#include "tests/asn1/text_forms.h"
 
 #include <gtest/gtest.h>
 
@@ -13,11 +14,6 @@ namespace {
 using std::string_view_literals::operator""sv;
 
 constexpr const char* systemCertificates = "/etc/ssl/certs";
-
-element Der(std::string_view bytes)
-{
-    return element(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-}
 
 constexpr DerOptions strict;
 constexpr DerOptions lenient{.lenient = true};

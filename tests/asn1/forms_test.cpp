@@ -106,7 +106,7 @@ TEST(Forms, ATemplateReadsBackFromJsonAndXml)
         ASSERT_TRUE(parser.Load_ASCII_Memory(each.text));
         EXPECT_EQ(Json(parser), each.json);
         EXPECT_EQ(Xml(parser), each.xml);
-        ExpectReadsBack(parser, templateText, {jsonText, xmlText});
+        ExpectReadsBack(parser, templateForm, {jsonForm, xmlForm});
     }
 }
 
@@ -187,7 +187,7 @@ TEST(Json, AnOrdinaryDocumentKeepsItsValuesInEveryForm)
         CCryptoParser parser;
         ASSERT_TRUE(parser.Load_JSON_Memory(document));
         EXPECT_EQ(Json(parser), document);
-        ExpectReadsBack(parser, jsonText, {templateText, xmlText});
+        ExpectReadsBack(parser, jsonForm, {templateForm, xmlForm});
     }
 }
 
@@ -261,7 +261,7 @@ TEST(Xml, KeepsItsMeaningInEveryForm)
         SCOPED_TRACE(document);
         CCryptoParser parser;
         ASSERT_TRUE(parser.Load_XML_Memory(document));
-        ExpectReadsBack(parser, xmlText, {templateText, jsonText, xmlText});
+        ExpectReadsBack(parser, xmlForm, {templateForm, jsonForm, xmlForm});
     }
 }
 
@@ -370,7 +370,7 @@ TEST(Forms, HoldTheDeepestDer)
         SCOPED_TRACE(each.length());
         CCryptoParser parser;
         ASSERT_TRUE(parser.Load_DER_Memory(each));
-        ExpectReadsBack(parser, templateText, {jsonText, xmlText, templateText});
+        ExpectReadsBack(parser, templateForm, {jsonForm, xmlForm, templateForm});
     }
 }
 

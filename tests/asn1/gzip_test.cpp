@@ -69,11 +69,6 @@ TEST(Gzip, FieldsComeBackInEveryCombination)
     }
 }
 
-struct FaultCase {
-    const char* reason;
-    std::string packed;
-};
-
 TEST(Gzip, NamesWhatIsMalformed)
 {
     CCryptoGZIPHeader checked;

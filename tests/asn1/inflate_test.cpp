@@ -67,11 +67,6 @@ TEST(Inflate, UnpacksInAnySplit)
     }
 }
 
-struct FaultCase {
-    const char* reason;
-    std::string packed;
-};
-
 TEST(Inflate, NamesWhatIsMalformed)
 {
     const std::vector<int> twoLiterals = Lengths({{'a', 1}, {256, 1}});

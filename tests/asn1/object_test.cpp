@@ -2,6 +2,7 @@
 #include "asn1/asn1_collections.h"
 #include "asn1/asn1_values.h"
 #include "asn1/bit_string.h"
+#include "tests/asn1/text_forms.h"
 #include "tests/core/captured_log.h"
 
 #include <gtest/gtest.h>
@@ -14,16 +15,6 @@
 namespace {
 
 using std::string_view_literals::operator""sv;
-
-element Der(std::string_view bytes)
-{
-    return element(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-}
-
-std::string Hex(const element& bytes)
-{
-    return std::string(element(bytes.data(), bytes.length()).toString().view());
-}
 
 TEST(AlgorithmIdentifier, BuildsAndReadsItsParameters)
 {

@@ -18,17 +18,12 @@ namespace {
 
 using std::string_view_literals::operator""sv;
 
-std::string Hex(const element& bytes)
-{
-    return std::string(element(bytes.data(), bytes.length()).toString().view());
-}
-
 std::string DerOf(std::string_view text)
 {
     CCryptoParser parser;
     if (!parser.Load_ASCII_Memory(text))
         return "no template";
-    ExpectReadsBack(parser, jsonText, {jsonText, xmlText});
+    ExpectReadsBack(parser, jsonForm, {jsonForm, xmlForm});
     CCryptoParser printed;
     EXPECT_TRUE(printed.Load_ASCII_Memory(parser.ToText().view()));
     EXPECT_EQ(Hex(printed.ToDer()), Hex(parser.ToDer())) << parser.ToText().c_str();
@@ -69,7 +64,7 @@ TEST(Template, KeepsEveryPartInEveryForm)
         SCOPED_TRACE(text);
         CCryptoParser parser;
         ASSERT_TRUE(parser.Load_ASCII_Memory(text));
-        ExpectReadsBack(parser, jsonText, {templateText, jsonText, xmlText});
+        ExpectReadsBack(parser, jsonForm, {templateForm, jsonForm, xmlForm});
     }
     EXPECT_FALSE(CCryptoParser().Load_ASCII_Memory("\"\\"));
 }

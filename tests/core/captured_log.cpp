@@ -10,21 +10,21 @@
 
 namespace {
 
-constexpr std::string_view tag = " captured ";
+constexpr std::string_view capturedTag = " captured ";
 
-std::mutex guard;
+std::mutex captureGuard;
 std::vector<std::string> captured;
 std::function<void(const std::string&)> listener;
 
 void Capture(const char* line)
 {
     std::string_view text = line;
-    text.remove_prefix(std::min(text.find(tag) + tag.size(), text.size()));
+    text.remove_prefix(std::min(text.find(capturedTag) + capturedTag.size(), text.size()));
     text.remove_prefix(std::min(text.find_first_not_of('-'), text.size()));
     if (text.find_first_not_of('=') == std::string_view::npos)
         return;
     {
-        const std::lock_guard lock(guard);
+        const std::lock_guard lock(captureGuard);
         captured.emplace_back(text);
     }
     if (listener)
@@ -47,6 +47,6 @@ CapturedLog::~CapturedLog()
 
 std::vector<std::string> CapturedLog::texts() const
 {
-    const std::lock_guard lock(guard);
+    const std::lock_guard lock(captureGuard);
     return captured;
 }

@@ -23,7 +23,7 @@ std::string Repeated(const std::string& text, int count)
     return repeated;
 }
 
-std::string Settings(const std::string& items)
+std::string SettingsXml(const std::string& items)
 {
     return "<settings>" + items + "</settings>";
 }
@@ -70,21 +70,21 @@ TEST(ErrorDescriptions, AreRefusedWhenTheDocumentIsNotWellFormed)
                                                 "<other/>",
                                                 good,
                                                 "</settings>",
-                                                Settings(good) + Settings(good),
-                                                Settings(good) + "x",
-                                                Settings("text"),
-                                                Settings(good + "</x>"),
-                                                Settings("<a><b></a></b>"),
-                                                Settings("<!DOCTYPE x>"),
-                                                Settings("<![CDATA[x]]>"),
-                                                "<!DOCTYPE x [<!ENTITY a \"b\">]>" + Settings(good),
-                                                Settings("<!-- open"),
-                                                Settings("<? open"),
-                                                Settings("< a></ a>"),
-                                                Settings("<>x</>"),
-                                                Settings("<a<b></a<b>"),
-                                                Settings(Repeated("<a>", 100000)),
-                                                Settings(Repeated("<a>", 16) + Repeated("</a>", 16)),
+                                                SettingsXml(good) + SettingsXml(good),
+                                                SettingsXml(good) + "x",
+                                                SettingsXml("text"),
+                                                SettingsXml(good + "</x>"),
+                                                SettingsXml("<a><b></a></b>"),
+                                                SettingsXml("<!DOCTYPE x>"),
+                                                SettingsXml("<![CDATA[x]]>"),
+                                                "<!DOCTYPE x [<!ENTITY a \"b\">]>" + SettingsXml(good),
+                                                SettingsXml("<!-- open"),
+                                                SettingsXml("<? open"),
+                                                SettingsXml("< a></ a>"),
+                                                SettingsXml("<>x</>"),
+                                                SettingsXml("<a<b></a<b>"),
+                                                SettingsXml(Repeated("<a>", 100000)),
+                                                SettingsXml(Repeated("<a>", 16) + Repeated("</a>", 16)),
                                                 std::string("<settings>\0</settings>", 22)};
     for (const std::string& document : documents) {
         SCOPED_TRACE(document.substr(0, 80));
@@ -110,11 +110,11 @@ TEST(ErrorDescriptions, ComeBeforeTheTextsOfTheSystem)
     const std::string systemText = textOf(2);
 
     EXPECT_FALSE(CCryptoErrorHandler::LoadXmlErrorsDesriptions(path.c_str()));
-    EXPECT_TRUE(load(Settings("<ErrorCode_2>Insert the card</ErrorCode_2>")));
+    EXPECT_TRUE(load(SettingsXml("<ErrorCode_2>Insert the card</ErrorCode_2>")));
     EXPECT_EQ(textOf(2), "Insert the card");
-    EXPECT_FALSE(load(Settings("<ErrorCode_2>new</ErrorCode_2>") + std::string(1024 * 1024, ' ')));
+    EXPECT_FALSE(load(SettingsXml("<ErrorCode_2>new</ErrorCode_2>") + std::string(1024 * 1024, ' ')));
     EXPECT_FALSE(load("<settings>"));
     EXPECT_EQ(textOf(2), "Insert the card");
-    EXPECT_TRUE(load(Settings("")));
+    EXPECT_TRUE(load(SettingsXml("")));
     EXPECT_EQ(textOf(2), systemText);
 }

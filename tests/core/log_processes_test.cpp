@@ -1,15 +1,14 @@
 #include "core/platform/named_mutex.h"
 #include "core/platform/process.h"
 #include "tests/core/collected_log.h"
+#include "tests/core/companion.h"
 #include "tests/core/temporary_directory.h"
 
 #include <gtest/gtest.h>
-#include <stdio.h>
 
 #include <filesystem>
 #include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace {
@@ -17,37 +16,6 @@ namespace {
 constexpr int processCount = 2;
 constexpr int threadCount = 8;
 constexpr int lineCount = 50;
-
-/// A process that runs log_companion.
-class Companion {
-public:
-    explicit Companion(const std::string& arguments)
-    {
-        constexpr bool onWindows = std::filesystem::path::preferred_separator == '\\';
-        const std::string program = std::filesystem::path(PROGRAM_DIR "/log_companion").make_preferred().string();
-        const std::string command = '"' + program + "\" " + arguments;
-        // The command interpreter of Windows takes one pair of quotes away.
-        output_ = popen((onWindows ? '"' + command + '"' : command).c_str(), "r");
-    }
-    ~Companion() { end(); }
-    Companion(Companion&& other) noexcept : output_(std::exchange(other.output_, nullptr)) {}
-
-    bool isReady()
-    {
-        char line[20] = {};
-        return output_ != nullptr && fgets(line, sizeof line, output_) != nullptr && std::string_view(line).starts_with("ready");
-    }
-
-    /// \return whether the process ended well.
-    bool end()
-    {
-        FILE* const output = std::exchange(output_, nullptr);
-        return output != nullptr && pclose(output) == 0;
-    }
-
-private:
-    FILE* output_ = nullptr;
-};
 
 } // namespace
 
@@ -61,9 +29,9 @@ TEST(LogFile, HoldsEveryLineOfProcessesAndThreadsWhole)
 
     std::vector<Companion> companions;
     for (int process = 0; process < processCount; ++process) {
-        companions.emplace_back('"' + path + "\" " + gateName + ' ' + std::to_string(process) + ' ' + std::to_string(threadCount) +
-                                ' ' + std::to_string(lineCount));
-        ASSERT_TRUE(companions.back().isReady());
+        companions.emplace_back("log_companion", '"' + path + "\" " + gateName + ' ' + std::to_string(process) + ' ' +
+                                                     std::to_string(threadCount) + ' ' + std::to_string(lineCount));
+        ASSERT_TRUE(companions.back().says("ready"));
     }
     gate.unlock();
     for (Companion& companion : companions)

@@ -1,8 +1,8 @@
 #include "core/platform/named_mutex.h"
 #include "core/platform/process.h"
+#include "tests/core/companion.h"
 
 #include <gtest/gtest.h>
-#include <stdio.h>
 
 #include <filesystem>
 #include <string>
@@ -17,37 +17,6 @@ std::string OwnName(const char* suffix)
 {
     return "core_tests_" + std::to_string(platform::CurrentProcessId()) + suffix;
 }
-
-/// Another process that takes the mutex `name` and dies with it when the mutex `end` can be had.
-class Companion {
-public:
-    Companion(const std::string& name, const std::string& end)
-    {
-        constexpr bool onWindows = std::filesystem::path::preferred_separator == '\\';
-        const std::string program = std::filesystem::path(PROGRAM_DIR "/lock_companion").make_preferred().string();
-        const std::string command = '"' + program + "\" " + name + ' ' + end;
-        // The command interpreter of Windows takes one pair of quotes away.
-        output_ = popen((onWindows ? '"' + command + '"' : command).c_str(), "r");
-    }
-    ~Companion() { waitForEnd(); }
-    Companion(const Companion&) = delete;
-    Companion& operator=(const Companion&) = delete;
-
-    bool hasLocked()
-    {
-        char line[20] = {};
-        return output_ != nullptr && fgets(line, sizeof(line), output_) != nullptr && std::string_view(line).starts_with("locked");
-    }
-    void waitForEnd()
-    {
-        if (output_ != nullptr)
-            pclose(output_);
-        output_ = nullptr;
-    }
-
-private:
-    FILE* output_ = nullptr;
-};
 
 void RemoveLockFiles()
 {
@@ -72,14 +41,14 @@ TEST_F(NamedMutexTest, KeepsProcessesApartAndSurvivesADeadOwner)
     ASSERT_TRUE(end.open(OwnName("_end").c_str()));
     ASSERT_TRUE(end.lock(0));
 
-    Companion companion(OwnName(""), OwnName("_end"));
-    ASSERT_TRUE(companion.hasLocked());
+    Companion companion("lock_companion", OwnName("") + ' ' + OwnName("_end"));
+    ASSERT_TRUE(companion.says("locked"));
     EXPECT_FALSE(mutex.lock(0));
     EXPECT_FALSE(mutex.lock(20));
     std::thread letGo([&] { EXPECT_TRUE(mutex.lock(30000)); });
     end.unlock();
     letGo.join();
-    companion.waitForEnd();
+    companion.end();
 }
 
 TEST_F(NamedMutexTest, KeepsThreadsApart)

@@ -13,7 +13,7 @@ using platform::RegistryKey;
 
 namespace {
 
-constexpr const char* product = "SOFTWARE\\Brannock\\Product\\";
+constexpr const char* productPath = "SOFTWARE\\Brannock\\Product\\";
 
 class RegistryTest : public ::testing::Test {
 protected:
@@ -46,57 +46,57 @@ private:
 
 TEST_F(RegistryTest, HivesAndKeysAndValuesAreApart)
 {
-    ASSERT_TRUE(Put(RegistryHive::localMachine, product, "level", "3"));
-    ASSERT_TRUE(Put(RegistryHive::currentUser, product, "level", "user's"));
-    ASSERT_TRUE(Put(RegistryHive::localMachine, std::string(product) + "sub", "level", "below"));
-    ASSERT_TRUE(Put(RegistryHive::localMachine, product, "other", ""));
-    ASSERT_TRUE(Put(RegistryHive::localMachine, product, nullptr, "unnamed"));
-    EXPECT_EQ(Get(RegistryHive::localMachine, product, "level"), "3");
-    EXPECT_EQ(Get(RegistryHive::currentUser, product, "level"), "user's");
+    ASSERT_TRUE(Put(RegistryHive::localMachine, productPath, "level", "3"));
+    ASSERT_TRUE(Put(RegistryHive::currentUser, productPath, "level", "user's"));
+    ASSERT_TRUE(Put(RegistryHive::localMachine, std::string(productPath) + "sub", "level", "below"));
+    ASSERT_TRUE(Put(RegistryHive::localMachine, productPath, "other", ""));
+    ASSERT_TRUE(Put(RegistryHive::localMachine, productPath, nullptr, "unnamed"));
+    EXPECT_EQ(Get(RegistryHive::localMachine, productPath, "level"), "3");
+    EXPECT_EQ(Get(RegistryHive::currentUser, productPath, "level"), "user's");
     EXPECT_EQ(Get(RegistryHive::localMachine, "SOFTWARE\\Brannock\\Product\\sub", "level"), "below");
-    EXPECT_EQ(Get(RegistryHive::localMachine, product, "other"), "");
-    EXPECT_EQ(Get(RegistryHive::localMachine, product, ""), "unnamed");
+    EXPECT_EQ(Get(RegistryHive::localMachine, productPath, "other"), "");
+    EXPECT_EQ(Get(RegistryHive::localMachine, productPath, ""), "unnamed");
 
-    ASSERT_TRUE(Put(RegistryHive::localMachine, product, "level", "12"));
-    EXPECT_EQ(Get(RegistryHive::localMachine, product, "level"), "12");
+    ASSERT_TRUE(Put(RegistryHive::localMachine, productPath, "level", "12"));
+    EXPECT_EQ(Get(RegistryHive::localMachine, productPath, "level"), "12");
 }
 
 TEST_F(RegistryTest, CaseDoesNotMatter)
 {
-    ASSERT_TRUE(Put(RegistryHive::localMachine, product, "debugLevel", "3"));
+    ASSERT_TRUE(Put(RegistryHive::localMachine, productPath, "debugLevel", "3"));
     EXPECT_EQ(Get(RegistryHive::localMachine, "software\\BRANNOCK\\product", "DEBUGLEVEL"), "3");
     ASSERT_TRUE(Put(RegistryHive::localMachine, "Software\\brannock\\PRODUCT", "DebugLevel", "4"));
-    EXPECT_EQ(Get(RegistryHive::localMachine, product, "debugLevel"), "4");
+    EXPECT_EQ(Get(RegistryHive::localMachine, productPath, "debugLevel"), "4");
 }
 
 TEST_F(RegistryTest, MissingAndTooLongHaveCodesOfTheirOwn)
 {
-    EXPECT_EQ(Get(RegistryHive::localMachine, product, "level"), "(no key: 2)");
-    ASSERT_TRUE(Put(RegistryHive::localMachine, product, "level", "12345678"));
-    EXPECT_EQ(Get(RegistryHive::currentUser, product, "level"), "(no key: 2)");
-    EXPECT_EQ(Get(RegistryHive::localMachine, product, "other"), "(2)");
-    EXPECT_EQ(Get(RegistryHive::localMachine, std::string(product) + "level", "other"), "(no key: 2)");
-    EXPECT_EQ(Get(RegistryHive::localMachine, product, "level", 7), "(234)");
+    EXPECT_EQ(Get(RegistryHive::localMachine, productPath, "level"), "(no key: 2)");
+    ASSERT_TRUE(Put(RegistryHive::localMachine, productPath, "level", "12345678"));
+    EXPECT_EQ(Get(RegistryHive::currentUser, productPath, "level"), "(no key: 2)");
+    EXPECT_EQ(Get(RegistryHive::localMachine, productPath, "other"), "(2)");
+    EXPECT_EQ(Get(RegistryHive::localMachine, std::string(productPath) + "level", "other"), "(no key: 2)");
+    EXPECT_EQ(Get(RegistryHive::localMachine, productPath, "level", 7), "(234)");
 }
 
 TEST_F(RegistryTest, AVolatileKeyHoldsNoValueYet)
 {
     RegistryKey key;
-    ASSERT_EQ(key.create(RegistryHive::localMachine, product, true), platform::registrySuccess);
-    EXPECT_EQ(Get(RegistryHive::localMachine, product, "level"), "(2)");
-    EXPECT_EQ(key.create(RegistryHive::localMachine, product, false), platform::registrySuccess);
+    ASSERT_EQ(key.create(RegistryHive::localMachine, productPath, true), platform::registrySuccess);
+    EXPECT_EQ(Get(RegistryHive::localMachine, productPath, "level"), "(2)");
+    EXPECT_EQ(key.create(RegistryHive::localMachine, productPath, false), platform::registrySuccess);
     EXPECT_EQ(key.setText("level", "1", 1), platform::registrySuccess);
-    EXPECT_EQ(Get(RegistryHive::localMachine, product, "level"), "1");
+    EXPECT_EQ(Get(RegistryHive::localMachine, productPath, "level"), "1");
 }
 
 TEST_F(RegistryTest, SubKeysComeOneByOneInOrder)
 {
     for (const char* group : {"beta", "Alpha", "gamma"})
-        ASSERT_TRUE(Put(RegistryHive::localMachine, std::string(product) + "cards\\" + group, "name", group));
-    ASSERT_TRUE(Put(RegistryHive::localMachine, std::string(product) + "cards", "a value", "is no sub-key"));
+        ASSERT_TRUE(Put(RegistryHive::localMachine, std::string(productPath) + "cards\\" + group, "name", group));
+    ASSERT_TRUE(Put(RegistryHive::localMachine, std::string(productPath) + "cards", "a value", "is no sub-key"));
 
     RegistryKey parent;
-    ASSERT_EQ(parent.open(RegistryHive::localMachine, product, RegistryAccess::read), platform::registrySuccess);
+    ASSERT_EQ(parent.open(RegistryHive::localMachine, productPath, RegistryAccess::read), platform::registrySuccess);
     RegistryKey cards;
     ASSERT_EQ(cards.openBelow(parent, "cards", RegistryAccess::read), platform::registrySuccess);
     std::string names;
@@ -121,19 +121,19 @@ TEST_F(RegistryTest, SubKeysComeOneByOneInOrder)
 
 TEST_F(RegistryTest, AKeyDoesOnlyWhatItWasOpenedFor)
 {
-    ASSERT_TRUE(Put(RegistryHive::localMachine, product, "level", "1"));
+    ASSERT_TRUE(Put(RegistryHive::localMachine, productPath, "level", "1"));
     std::array<char, 20> buffer{};
     std::uint32_t size = buffer.size();
     bool isText = false;
     RegistryKey key;
     EXPECT_NE(key.setText("level", "2", 1), platform::registrySuccess);
     EXPECT_NE(key.queryValue("level", buffer.data(), size, isText), platform::registrySuccess);
-    ASSERT_EQ(key.open(RegistryHive::localMachine, product, RegistryAccess::query), platform::registrySuccess);
+    ASSERT_EQ(key.open(RegistryHive::localMachine, productPath, RegistryAccess::query), platform::registrySuccess);
     EXPECT_NE(key.setText("level", "2", 1), platform::registrySuccess);
     EXPECT_NE(key.enumerate(0, buffer.data(), size), platform::registrySuccess);
-    ASSERT_EQ(key.open(RegistryHive::localMachine, product, RegistryAccess::write), platform::registrySuccess);
+    ASSERT_EQ(key.open(RegistryHive::localMachine, productPath, RegistryAccess::write), platform::registrySuccess);
     EXPECT_NE(key.queryValue("level", buffer.data(), size, isText), platform::registrySuccess);
-    EXPECT_EQ(Get(RegistryHive::localMachine, product, "level"), "1");
+    EXPECT_EQ(Get(RegistryHive::localMachine, productPath, "level"), "1");
 }
 
 TEST_F(RegistryTest, NoNameLeavesTheHive)

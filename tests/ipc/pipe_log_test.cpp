@@ -19,7 +19,7 @@ using ::testing::Not;
 
 namespace {
 
-constexpr std::uint32_t soon = 50;
+constexpr std::uint32_t rightAway = 50;
 
 struct LogCase {
     const char* name;
@@ -43,7 +43,7 @@ const LogCase logCases[] = {
      {"ERROR: Not enough data"}},
     {"the client goes while the server reads",
      [](CCryptoPipeServer& server, platform::ScopedHandle& client) {
-         server.SetTimeouts(soon, CCryptoBasePipe::defaultReadTimeout, soon);
+         server.SetTimeouts(rightAway, CCryptoBasePipe::defaultReadTimeout, rightAway);
          std::thread leaver([&] { client.reset(); });
          server.ReadRequest();
          leaver.join();
@@ -88,7 +88,7 @@ TEST(PipeLog, SaysWhyATransferFailed)
         CCryptoPipeServer server(name.c_str(), false, false);
         platform::ScopedHandle client = peers::Connect(name);
         ASSERT_TRUE(server.ConnectPipe());
-        server.SetTimeouts(soon, soon, soon);
+        server.SetTimeouts(rightAway, rightAway, rightAway);
 
         const CapturedLog log;
         test.run(server, client);
@@ -113,7 +113,7 @@ TEST(PipeLog, SaysThatTheServerStayedBusy)
     const std::string name = peers::FreshPipeName();
     const platform::ScopedHandle server = peers::Listen(name);
     const platform::ScopedHandle otherClient = peers::Connect(name);
-    CurrentSession().busyTimeout = soon;
+    CurrentSession().busyTimeout = rightAway;
     const CapturedLog busy;
     CCryptoPipeClient(name.c_str(), 4, false).CallWithoutReading();
     CurrentSession().busyTimeout = 15000;
@@ -124,7 +124,7 @@ TEST(PipeLog, SaysThatTheServerStayedBusy)
 TEST(PipeLog, TimeOutOfAConnectIsSilent)
 {
     CCryptoPipeServer server(peers::FreshPipeName().c_str(), false, false);
-    server.SetTimeouts(soon, soon, soon);
+    server.SetTimeouts(rightAway, rightAway, rightAway);
     const CapturedLog log;
     EXPECT_FALSE(server.Read());
     EXPECT_TRUE(log.texts().empty());

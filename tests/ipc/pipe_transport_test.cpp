@@ -431,14 +431,14 @@ TEST(PipeTransport, NothingIsSentAfterStop)
     CCryptoPipeServer server(name.c_str(), false, false);
     const platform::ScopedHandle client = peers::Connect(name, FILE_FLAG_OVERLAPPED);
     ASSERT_TRUE(server.ConnectPipe());
-    char byte = '.';
+    char character = '.';
     DWORD got = 0;
     OVERLAPPED overlapped = {};
-    ReadFile(client.get(), &byte, 1, nullptr, &overlapped);
+    ReadFile(client.get(), &character, 1, nullptr, &overlapped);
     server.Stop();
     EXPECT_FALSE(server.WritePipe("x", 1));
     EXPECT_FALSE(GetOverlappedResult(client.get(), &overlapped, &got, TRUE));
-    EXPECT_EQ(byte, '.');
+    EXPECT_EQ(character, '.');
 }
 
 struct StopCase {
@@ -452,8 +452,8 @@ const StopCase stopCases[] = {
     {"read a request", false, [](CCryptoPipeServer& server) { return server.Read(); }},
     {"read", true,
      [](CCryptoPipeServer& server) {
-         char byte;
-         return server.ReadPipe(&byte, 1);
+         char character;
+         return server.ReadPipe(&character, 1);
      }},
     {"write", true, [](CCryptoPipeServer& server) { return server.WritePipe(std::string(100000, 'x').data(), 100000); }},
     {"answer", true, [](CCryptoPipeServer& server) { return server.Write(); }},

@@ -30,10 +30,6 @@ protected:
     Owned<FileContextMenuExt> handler_{new FileContextMenuExt};
 };
 
-struct MenuDeleter {
-    void operator()(HMENU menu) const { DestroyMenu(menu); }
-};
-
 const void* Offset(UINT_PTR offset)
 {
     return reinterpret_cast<const void*>(offset);
@@ -86,7 +82,7 @@ std::string TextItem(const std::string& text)
 
 TEST_F(Command, EntersTheMenuWithASeparatorBehindIt)
 {
-    const std::unique_ptr<std::remove_pointer_t<HMENU>, MenuDeleter> menu(CreatePopupMenu());
+    const OwnedMenu menu(CreatePopupMenu());
     AppendMenuW(menu.get(), MF_STRING, 500, L"first");
     AppendMenuW(menu.get(), MF_STRING, 501, L"last");
 
@@ -149,7 +145,7 @@ TEST_F(Command, AnswersForItsTexts)
     }
 
     // The help text is the menu's without its access key.
-    const std::unique_ptr<std::remove_pointer_t<HMENU>, MenuDeleter> menu(CreatePopupMenu());
+    const OwnedMenu menu(CreatePopupMenu());
     ASSERT_EQ(handler_->QueryContextMenu(menu.get(), 0, 1, 1, CMF_NORMAL), 1);
     wchar_t inMenu[textCapacity];
     wchar_t asHelp[textCapacity];

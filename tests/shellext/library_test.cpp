@@ -2,6 +2,7 @@
 #include "shellext/com_ptr.h"
 #include "tests/shellext/gdi_objects.h"
 #include "tests/shellext/loaded_library.h"
+#include "tests/shellext/owned.h"
 #include "tests/shellext/scripted_data_object.h"
 
 #include <gtest/gtest.h>
@@ -11,10 +12,6 @@
 #include <memory>
 
 namespace {
-
-struct MenuDeleter {
-    void operator()(HMENU menu) const { DestroyMenu(menu); }
-};
 
 DWORD OpenHandles()
 {
@@ -35,7 +32,7 @@ DWORD FirstFreeSlot()
 void UseOnce()
 {
     ScriptedDataObject selection(ScriptedDataObject::Script::wideList, {L"C:\\report.pdf"});
-    const std::unique_ptr<std::remove_pointer_t<HMENU>, MenuDeleter> menu(CreatePopupMenu());
+    const OwnedMenu menu(CreatePopupMenu());
     const LoadedLibrary library;
     ComPtr<IClassFactory> factory;
     ComPtr<IShellExtInit> initializer;
@@ -128,7 +125,7 @@ TEST(Library, MakesAPictureAndGivesItBack)
     ASSERT_EQ(library.getClassObject(CLSID_FileContextMenuExt, IID_IClassFactory, factory.receiveVoid()), S_OK);
     ComPtr<IContextMenu> handler;
     ASSERT_EQ(factory->CreateInstance(nullptr, IID_IContextMenu, handler.receiveVoid()), S_OK);
-    const std::unique_ptr<std::remove_pointer_t<HMENU>, MenuDeleter> menu(CreatePopupMenu());
+    const OwnedMenu menu(CreatePopupMenu());
     ASSERT_EQ(handler->QueryContextMenu(menu.get(), 0, 1, 1, CMF_NORMAL), 1);
 
     MENUITEMINFOW item = {};

@@ -8,15 +8,6 @@
 namespace {
 
 /// The tool with what is typed at the terminal.
-ToolResult RunTyping(const std::vector<std::string>& lines, const std::vector<std::string>& words, const std::string& input = {})
-{
-    MemoryConsole console;
-    console.input = input;
-    console.hiddenLines = lines;
-    const int code = RunCommandLine(words, console);
-    return {code, console.output, console.error};
-}
-
 std::string Text(std::size_t length)
 {
     std::string text;
@@ -83,15 +74,15 @@ TEST_F(CryptotoolCipher, WhatIsEncryptedComesBack)
 TEST_F(CryptotoolCipher, AsksForThePasswordAndShowsWhatItsKeyIsMadeWith)
 {
     const std::vector<std::string> encrypt = {"cipher", "enc", "--iterations", "1000"};
-    const ToolResult sealed = RunTyping({"open", "open"}, encrypt, "text");
+    const ToolResult sealed = RunTyping(encrypt, {"open", "open"}, "text");
     ASSERT_EQ(sealed.code, exitDone) << sealed.error;
     EXPECT_NE(sealed.error.find("PBKDF2 with HMAC-SHA-256, 1000 iterations, salt "), std::string::npos) << sealed.error;
-    EXPECT_EQ(RunTyping({"open"}, {"cipher", "dec"}, sealed.output).output, "text");
-    const ToolResult wrong = RunTyping({"other"}, {"cipher", "dec"}, sealed.output);
+    EXPECT_EQ(RunTyping({"cipher", "dec"}, {"open"}, sealed.output).output, "text");
+    const ToolResult wrong = RunTyping({"cipher", "dec"}, {"other"}, sealed.output);
     EXPECT_EQ(wrong.code, exitRefused);
     EXPECT_EQ(wrong.output, "");
     EXPECT_NE(wrong.error.find("The tag is wrong"), std::string::npos) << wrong.error;
-    EXPECT_EQ(RunTyping({"open", "Open"}, encrypt, "text").code, exitRefused);
+    EXPECT_EQ(RunTyping(encrypt, {"open", "Open"}, "text").code, exitRefused);
 }
 
 TEST_F(CryptotoolCipher, ChangesLeaveNothing)

@@ -29,7 +29,7 @@ std::string Indented(std::string_view text)
 }
 
 /// The words of a line, single quotes around those with blanks or special characters.
-std::vector<std::string> Words(std::string_view line)
+std::vector<std::string> WordsOf(std::string_view line)
 {
     std::vector<std::string> words(1);
     bool isQuoted = false;
@@ -110,7 +110,7 @@ TEST(CryptotoolDocument, ExamplesAreTrue)
     const InFolder inFolder(folder.path());
     for (const Example& example : examples) {
         SCOPED_TRACE(example.command);
-        std::vector<std::string> words = Words(example.command);
+        std::vector<std::string> words = WordsOf(example.command);
         const std::string program = words[0];
         words.erase(words.begin());
         if (program == "cat") {

@@ -33,16 +33,6 @@ std::string Packed(std::string text)
     return text;
 }
 
-/// Runs a command that types these lines when it is asked for passwords.
-ToolResult RunTyping(const Words& words, const std::vector<std::string>& lines)
-{
-    MemoryConsole console;
-    console.hiddenLines = lines;
-    const int code = RunCommandLine(words, console);
-    EXPECT_TRUE(console.hiddenLines.empty());
-    return {code, console.output, console.error};
-}
-
 class CryptotoolKey : public ::testing::Test {
 protected:
     std::string File(std::u8string_view name) const { return folder_ / name; }

@@ -3,6 +3,8 @@
 #include "tools/cryptotool/console.h"
 #include "tools/cryptotool/invocation.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstring>
 #include <initializer_list>
@@ -64,5 +66,17 @@ inline ToolResult RunTool(const std::vector<std::string>& words, const std::stri
     console.input = input;
     console.isTerminal = isTerminal;
     const int code = RunCommandLine(words, console);
+    return {code, console.output, console.error};
+}
+
+/// `lines` are typed where no echo shows them; all of them are asked for.
+inline ToolResult RunTyping(const std::vector<std::string>& words, const std::vector<std::string>& lines,
+                            const std::string& input = {})
+{
+    MemoryConsole console;
+    console.input = input;
+    console.hiddenLines = lines;
+    const int code = RunCommandLine(words, console);
+    EXPECT_TRUE(console.hiddenLines.empty());
     return {code, console.output, console.error};
 }
