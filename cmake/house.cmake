@@ -16,6 +16,10 @@
 #   POSIX_SOURCES    files for the native build alone       WINDOWS_SOURCES  files for the Windows build alone
 #   LINKS            rooms and libraries for both systems
 #   POSIX_LINKS      for the native build alone             WINDOWS_LINKS    for the Windows build alone (ole32, shlwapi, ...)
+# house_library and house_test take besides:
+#   APART            those of the files that are never compiled together with others (see HOUSE_JOINED)
+# house_library takes besides:
+#   IN_DLL           the DLL is made of it
 # house_test takes besides:
 #   OWN_MAIN         the sources hold main(), which starts GoogleTest itself
 #   TIMEOUT seconds  180 when left out: Wine on a busy machine is slow
@@ -24,8 +28,9 @@
 # Tests are compiled with two text constants: TEST_DATA_DIR (data/ beside the CMakeLists.txt) and PROGRAM_DIR (build/PRESET/bin).
 
 option(HOUSE_TESTS "Build the tests" ON)
-# A build with precompiled headers hides an #include that is missing, and its DLL differs from place to place.
-option(HOUSE_PRECOMPILED "Compile the standard headers once for each library" OFF)
+# Most of the time a file takes goes into the headers it includes: eight files at once take a third of it. Such a build hides an
+# #include that is missing, so the rooms of the DLL are compiled file by file on Windows.
+option(HOUSE_JOINED "Compile the files of a library or of a test program several at a time" OFF)
 option(HOUSE_BENCH "Build the benches" OFF)
 set(HOUSE_FUZZ OFF CACHE STRING "Fuzz targets: OFF, REPLAY (each runs its corpus once) or ENGINE (libFuzzer)")
 option(HOUSE_SECRETS_MARKED "Tell valgrind which bytes are secret, and test nothing but that none decides a branch or an address" OFF)
@@ -75,20 +80,24 @@ macro(house_arguments options values lists)
     endif()
 endmacro()
 
-# What most files include.
-function(house_precompile name)
-    if(HOUSE_PRECOMPILED)
-        target_precompile_headers(${name} PRIVATE
-            <algorithm> <atomic> <cstdint> <cstring> <functional> <memory> <span> <string> <string_view> <utility> <vector>)
+# Names of the files' own differ within a room, but for the files that are compiled APART.
+function(house_join name)
+    if(HOUSE_JOINED)
+        set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+        set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+        # What a test's file keeps to itself looks to GCC as if a header made it.
+        target_compile_options(${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
     endif()
 endfunction()
 
 function(house_library name)
-    house_arguments("" "" "" ${ARGN})
+    house_arguments("IN_DLL" "" "APART" ${ARGN})
     add_library(${name} STATIC ${house_FILES})
     target_include_directories(${name} PUBLIC "${houseRoot}")
     target_link_libraries(${name} PUBLIC ${house_LINKS} PRIVATE house_flags)
-    house_precompile(${name})
+    if(NOT (house_IN_DLL AND WIN32))
+        house_join(${name} ${house_APART})
+    endif()
 endfunction()
 
 function(house_dll name)
@@ -113,6 +122,7 @@ function(house_secrets_test name)
     house_arguments("" "" "" ${ARGN})
     house_googletest()
     house_program(${name} SOURCES ${house_FILES} LINKS ${house_LINKS} GTest::gtest GTest::gtest_main)
+    house_join(${name})
     house_secrets_entry(${name} ${name})
 endfunction()
 
@@ -160,11 +170,12 @@ function(house_test name)
     if(NOT HOUSE_TESTS OR HOUSE_SECRETS_MARKED)
         return()
     endif()
-    house_arguments("OWN_MAIN" "TIMEOUT" "PROGRAMS;ENVIRONMENT" ${ARGN})
+    house_arguments("OWN_MAIN" "TIMEOUT" "APART;PROGRAMS;ENVIRONMENT" ${ARGN})
     house_test_headers()
     house_program(${name} SOURCES ${house_FILES} LINKS ${house_LINKS} GTest::gmock)
     house_test_flags(${name})
     target_precompile_headers(${name} REUSE_FROM house_test_headers)
+    house_join(${name} ${house_APART})
     if(NOT house_OWN_MAIN)
         target_link_libraries(${name} PRIVATE GTest::gmock_main)
     endif()
