@@ -2,31 +2,14 @@
 #include "crypto/cmac.h"
 #include "crypto/gcm.h"
 #include "crypto/pkcs7_padding.h"
+#include "tests/crypto/secrets/marked.h"
 
 #include <gtest/gtest.h>
-
-#include <vector>
 
 // No byte of a key or a text decides a branch or an address: run where what is marked secret counts as undefined. DES, 3DES, RC2
 // and RC4 are not among these ciphers.
 
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
-
-Bytes Secret(std::size_t length)
-{
-    Bytes bytes(length, 0x5A);
-    constant_time::ClassifyBytes(bytes.data(), bytes.size());
-    return bytes;
-}
-
-/// The bytes, which may be known now.
-Bytes Known(element found)
-{
-    constant_time::DeclassifyBytes(found.data(), found.length());
-    return Bytes(found.data(), found.data() + found.length());
-}
 
 TEST(CipherSecrets, AesInEveryMode)
 {

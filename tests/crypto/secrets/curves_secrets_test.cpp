@@ -4,6 +4,7 @@
 #include "crypto/ec.h"
 #include "crypto/modular_inverse.h"
 #include "crypto/montgomery_field.h"
+#include "tests/crypto/secrets/marked.h"
 #include "tests/crypto/sequence_random.h"
 
 #include <gtest/gtest.h>
@@ -13,44 +14,25 @@ using constant_time::DeclassifyBytes;
 
 namespace {
 
-/// Random bytes that nobody may know.
-class SecretRandom final : public ICryptoRandom {
-public:
-    bool generate(std::span<std::uint8_t> bytes) override
-    {
-        source_.generate(bytes);
-        ClassifyBytes(bytes.data(), bytes.size());
-        return true;
-    }
-
-private:
-    SequenceRandom source_{3};
-};
-
-element Known(element value)
-{
-    DeclassifyBytes(value.data(), value.length());
-    return value;
-}
-
 class CurveSecrets : public ::testing::TestWithParam<CurveFacts> {};
 
 } // namespace
 
 TEST_P(CurveSecrets, DecideNothing)
 {
-    SecretRandom random;
+    SequenceRandom source(3);
+    SecretRandom random(source);
     const auto key = CCryptoEC::Generate(GetParam().id, random);
     const auto other = CCryptoEC::Generate(GetParam().id, random);
     ASSERT_TRUE(key != nullptr && other != nullptr);
-    const element ours = Known(key->agree(other->publicPoint().bytes()));
-    const element theirs = Known(other->agree(key->publicPoint().bytes()));
-    EXPECT_TRUE(ours == theirs);
+    const Bytes ours = Known(key->agree(other->publicPoint().bytes()));
+    const Bytes theirs = Known(other->agree(key->publicPoint().bytes()));
+    EXPECT_EQ(ours, theirs);
     if (!GetParam().signs)
         return;
     const std::array<std::uint8_t, 32> digest = {1, 2, 3};
-    const element signature = Known(key->signHash(digest, SignatureForm::der, random));
-    EXPECT_TRUE(key->verifyHash(digest, signature.bytes(), SignatureForm::der));
+    const Bytes signature = Known(key->signHash(digest, SignatureForm::der, random));
+    EXPECT_TRUE(key->verifyHash(digest, signature, SignatureForm::der));
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, CurveSecrets, ::testing::ValuesIn(Curves().begin(), Curves().end()),

@@ -1,33 +1,21 @@
-#include "crypto/constant_time.h"
 #include "crypto/hmac.h"
 #include "crypto/key_derivation.h"
+#include "tests/crypto/secrets/marked.h"
 
 #include <gtest/gtest.h>
 
-#include <vector>
+#include <algorithm>
 
 // No byte of a message, key or password decides a branch or an address: run where what is marked secret counts as undefined.
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
 using KDF = CCryptoKeyDerivation;
 
-Bytes Secret(std::size_t length)
-{
-    Bytes bytes(length, 0x5A);
-    constant_time::ClassifyBytes(bytes.data(), bytes.size());
-    return bytes;
-}
-
 /// True when `found` holds anything but zeros, which may be known now.
-bool HasResult(element found)
+bool HasResult(const element& found)
 {
-    constant_time::DeclassifyBytes(found.data(), found.length());
-    std::uint8_t any = 0;
-    for (const std::uint8_t byte : found.bytes())
-        any |= byte;
-    return any != 0;
+    return std::ranges::any_of(Known(found), [](std::uint8_t byte) { return byte != 0; });
 }
 
 TEST(HashSecrets, MessagesAndKeys)

@@ -1,42 +1,20 @@
-#include "crypto/constant_time.h"
 #include "crypto/limbs.h"
 #include "crypto/montgomery_calls.h"
 #include "crypto/rsa.h"
+#include "tests/crypto/secrets/marked.h"
 
 #include <gtest/gtest.h>
-
-#include <vector>
 
 // No number of a private key, nothing it decrypts and no random byte behind a key decides a branch or an address.
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
-/// The generator of the process, with its bytes marked secret.
-class SecretRandom : public ICryptoRandom {
-public:
-    bool generate(std::span<std::uint8_t> bytes) override
-    {
-        if (!ICryptoRandom::Instance().generate(bytes))
-            return false;
-        constant_time::ClassifyBytes(bytes.data(), bytes.size());
-        return true;
-    }
-};
-
 /// A new key whose numbers are secret from their first byte on.
 const CCryptoRSA& SecretKey()
 {
-    static SecretRandom random;
+    static SecretRandom random(ICryptoRandom::Instance());
     static const std::unique_ptr<CCryptoRSA> key = CCryptoRSA::Generate(1024, 65537, {}, random);
     return *key;
-}
-
-Bytes Known(element bytes)
-{
-    constant_time::DeclassifyBytes(bytes.data(), bytes.length());
-    return {bytes.data(), bytes.data() + bytes.length()};
 }
 
 Bytes PublicCiphertext(const Bytes& block)
