@@ -9,7 +9,7 @@
 namespace {
 
 /// Numbers with many digits of all zeros and all ones, at which carries go wrong.
-class Source {
+class ByteSource {
 public:
     Bytes bytes(std::size_t longest)
     {
@@ -55,7 +55,7 @@ CCryptoBigInteger Hexadecimal(std::string_view digits)
 
 TEST(BigInteger, ComputesAsTheSlowTwinDoes)
 {
-    Source source;
+    ByteSource source;
     // The last ones are long enough for products of products of halves.
     for (const std::size_t longest : {8, 40, 120, 300, 1100}) {
         for (int i = 0; i < (longest > 300 ? 6 : 60); ++i) {
@@ -81,7 +81,7 @@ TEST(BigInteger, ComputesAsTheSlowTwinDoes)
 
 TEST(BigInteger, KeepsTheLawsOfArithmetic)
 {
-    Source source;
+    ByteSource source;
     for (int i = 0; i < 100; ++i) {
         const auto draw = [&](std::size_t longest) {
             const CCryptoBigInteger number = CCryptoBigInteger::FromBytes(source.bytes(longest));
@@ -141,7 +141,7 @@ TEST(BigInteger, DividesWhereASuggestedDigitIsTooLarge)
 
 TEST(BigInteger, RaisesToPowersModuloOddAndEvenNumbers)
 {
-    Source source;
+    ByteSource source;
     for (int i = 0; i < 15; ++i) {
         const Bytes base = source.bytes(30);
         const Bytes exponent = source.bytes(10);

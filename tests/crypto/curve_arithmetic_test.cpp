@@ -11,9 +11,9 @@ namespace {
 /// Numbers modulo a number as one learns it at school, a bit at a time: slow and plain. Through pointers, since nothing of a test
 /// is optimised.
 template <std::size_t N>
-class Slow {
+class SlowField {
 public:
-    explicit Slow(const Limbs<N>& modulus) : modulus_(modulus) {}
+    explicit SlowField(const Limbs<N>& modulus) : modulus_(modulus) {}
 
     Limbs<N> add(const Limbs<N>& a, const Limbs<N>& b) const
     {
@@ -79,7 +79,7 @@ public:
     }
 
     const CompletePoints<N>& points() const { return points_; }
-    const Slow<N>& order() const { return order_; }
+    const SlowField<N>& order() const { return order_; }
 
     bool isPoint(const AffinePoint<N>& p) const
     {
@@ -149,8 +149,8 @@ private:
     AffinePoint<N> opposite(const AffinePoint<N>& p) const { return {p.x, field_.negate(p.y)}; }
 
     const CurveDomain<N>& domain_;
-    Slow<N> field_;
-    Slow<N> order_;
+    SlowField<N> field_;
+    SlowField<N> order_;
     CompletePoints<N> points_;
 };
 
@@ -221,7 +221,7 @@ std::vector<Limbs<N>> Edges(const Limbs<N>& modulus)
 {
     std::vector<Limbs<N>> edges;
     std::mt19937_64 engine(N);
-    const Slow<N> field(modulus);
+    const SlowField<N> field(modulus);
     for (std::uint64_t small = 0; small < 3; ++small) {
         edges.push_back({small});
         edges.push_back(field.negate({small + 1}));
@@ -325,7 +325,7 @@ TEST(CurveArithmetic, InvertsAtTheEdges)
 {
     const Limbs<4>& order = curve_domains::prime256v1.n.value;
     const MontgomeryField<4> field(curve_domains::prime256v1.n);
-    const Slow<4> slow(order);
+    const SlowField<4> slow(order);
     EXPECT_EQ(field.invert({}), Limbs<4>{});
     for (std::uint64_t small = 1; small < 50; ++small) {
         for (const Limbs<4>& number : {Limbs<4>{small}, slow.negate({small}), Limbs<4>{0, 0, 0, small}}) {

@@ -2,16 +2,11 @@
 #include "crypto/curve_domains.h"
 #include "crypto/ec.h"
 #include "tests/crypto/sequence_random.h"
-#include "tests/crypto/vector_file.h"
+#include "tests/crypto/test_bytes.h"
 
 #include <gtest/gtest.h>
 
 namespace {
-
-Bytes ToBytes(const element& value)
-{
-    return {value.data(), value.data() + value.length()};
-}
 
 /// Big-endian.
 template <std::size_t N>
@@ -70,13 +65,6 @@ Bytes Added(const Bytes& a, const Bytes& b)
     return carry == 0 ? sum : Bytes();
 }
 
-Bytes Joined(Bytes first, const Bytes& second, const Bytes& third = {})
-{
-    first.insert(first.end(), second.begin(), second.end());
-    first.insert(first.end(), third.begin(), third.end());
-    return first;
-}
-
 class EveryCurve : public ::testing::TestWithParam<CurveFacts> {};
 
 } // namespace
@@ -89,9 +77,9 @@ TEST_P(EveryCurve, BothSidesAgree)
         const auto other = CCryptoEC::Generate(GetParam().id, random);
         ASSERT_TRUE(one != nullptr && other != nullptr);
         EXPECT_FALSE(one->samePublic(*other));
-        const Bytes secret = ToBytes(one->agree(other->publicPoint().bytes()));
+        const Bytes secret = BytesOf(one->agree(other->publicPoint().bytes()));
         EXPECT_EQ(secret.size(), GetParam().fieldBytes);
-        EXPECT_EQ(Hex(secret), Hex(ToBytes(other->agree(one->publicPoint(true).bytes()))));
+        EXPECT_EQ(Hex(secret), Hex(BytesOf(other->agree(one->publicPoint(true).bytes()))));
         EXPECT_TRUE(one->publicHalf()->agree(other->publicPoint().bytes()).isEmpty());
         const auto again = CCryptoEC::FromPrivate(GetParam().id, one->privateScalar().bytes(), one->publicPoint().bytes());
         ASSERT_NE(again, nullptr);
@@ -123,7 +111,7 @@ TEST_P(EveryCurve, VerifiesWhatItSigns)
         // The first and the last bit of both numbers count, and so do those of the digest.
         for (std::size_t bit = 0; bit < 8 && GetParam().signs && length == 32; bit += 7) {
             for (const std::size_t at : {std::size_t{0}, pair.length() / 2 - std::size_t{1}, pair.length() - std::size_t{1}}) {
-                Bytes changed = ToBytes(pair);
+                Bytes changed = BytesOf(pair);
                 changed[at] ^= static_cast<std::uint8_t>(1u << bit);
                 EXPECT_FALSE(half->verifyHash(digest, changed, SignatureForm::pair)) << at << ", bit " << bit;
             }
@@ -143,7 +131,7 @@ TEST_P(EveryCurve, RefusesLengthsOffByOne)
     SequenceRandom random(GetParam().id);
     const auto key = CCryptoEC::Generate(GetParam().id, random);
     for (const bool compressed : {false, true}) {
-        const Bytes point = ToBytes(key->publicPoint(compressed));
+        const Bytes point = BytesOf(key->publicPoint(compressed));
         Bytes longer = point;
         longer.push_back(0);
         for (const Bytes& wrong : {Bytes(point.begin(), point.end() - 1), longer, Bytes(), Bytes{0}, Bytes{4}}) {
@@ -151,7 +139,7 @@ TEST_P(EveryCurve, RefusesLengthsOffByOne)
             EXPECT_TRUE(key->agree(wrong).isEmpty()) << wrong.size();
         }
     }
-    const Bytes scalar = ToBytes(key->privateScalar());
+    const Bytes scalar = BytesOf(key->privateScalar());
     Bytes longer = scalar;
     longer.insert(longer.begin(), 0);
     EXPECT_EQ(CCryptoEC::FromPrivate(GetParam().id, longer), nullptr);
@@ -176,47 +164,47 @@ TEST(EllipticCurves, RefuseNumbersOutOfRange)
         const auto last = CCryptoEC::FromPrivate(limits.id, Plus(limits.order, -1));
         ASSERT_TRUE(one != nullptr && last != nullptr);
         // The points of 1 and -1 differ in the sign of y alone.
-        Bytes opposite = ToBytes(one->publicPoint(true));
+        Bytes opposite = BytesOf(one->publicPoint(true));
         opposite[0] ^= 1;
-        EXPECT_EQ(Hex(opposite), Hex(ToBytes(last->publicPoint(true))));
+        EXPECT_EQ(Hex(opposite), Hex(BytesOf(last->publicPoint(true))));
 
         const Bytes digest(20, 7);
-        const Bytes signature = ToBytes(one->signHashDeterministically(digest, SignatureForm::pair, algorithm::sha256));
+        const Bytes signature = BytesOf(one->signHashDeterministically(digest, SignatureForm::pair, algorithm::sha256));
         const Bytes r(signature.begin(), signature.begin() + static_cast<std::ptrdiff_t>(zero.size()));
         const Bytes s(signature.begin() + static_cast<std::ptrdiff_t>(zero.size()), signature.end());
         for (const Bytes& wrong : {zero, limits.order, Bytes(zero.size(), 0xFF)}) {
             for (const bool first : {true, false}) {
-                const Bytes pair = first ? Joined(wrong, s) : Joined(r, wrong);
+                const Bytes pair = first ? Joined({wrong, s}) : Joined({r, wrong});
                 EXPECT_FALSE(one->verifyHash(digest, pair, SignatureForm::pair));
                 EXPECT_FALSE(one->verifyHash(digest, EcdsaPairToDer(pair).bytes(), SignatureForm::der));
             }
         }
 
         // A number with the order added stands for the same one and is refused all the same, where there is room for it.
-        for (const Bytes& pair : {Joined(Added(r, limits.order), s), Joined(r, Added(s, limits.order))}) {
+        for (const Bytes& pair : {Joined({Added(r, limits.order), s}), Joined({r, Added(s, limits.order)})}) {
             EXPECT_FALSE(one->verifyHash(digest, pair, SignatureForm::pair));
             congruent += pair.size() == signature.size() ? 1 : 0;
         }
 
         // So does a coordinate with the prime added: of the point with the smallest x, so that there is room for it.
         Bytes x(limits.prime.size());
-        while (CCryptoEC::FromPublic(limits.id, Joined({2}, x)) == nullptr)
+        while (CCryptoEC::FromPublic(limits.id, Joined({{2}, x})) == nullptr)
             x = Plus(x, 1);
-        const Bytes small = ToBytes(CCryptoEC::FromPublic(limits.id, Joined({2}, x))->publicPoint());
+        const Bytes small = BytesOf(CCryptoEC::FromPublic(limits.id, Joined({{2}, x}))->publicPoint());
         const Bytes y(small.end() - static_cast<std::ptrdiff_t>(x.size()), small.end());
-        ASSERT_NE(CCryptoEC::FromPublic(limits.id, Joined({4}, x, y)), nullptr);
+        ASSERT_NE(CCryptoEC::FromPublic(limits.id, Joined({{4}, x, y})), nullptr);
         const Bytes above = Added(x, limits.prime);
         ASSERT_FALSE(above.empty());
-        EXPECT_EQ(CCryptoEC::FromPublic(limits.id, Joined({2}, above)), nullptr);
-        EXPECT_EQ(CCryptoEC::FromPublic(limits.id, Joined({4}, above, y)), nullptr);
-        EXPECT_EQ(CCryptoEC::FromPublic(limits.id, Joined({4}, x, Added(y, limits.prime))), nullptr);
+        EXPECT_EQ(CCryptoEC::FromPublic(limits.id, Joined({{2}, above})), nullptr);
+        EXPECT_EQ(CCryptoEC::FromPublic(limits.id, Joined({{4}, above, y})), nullptr);
+        EXPECT_EQ(CCryptoEC::FromPublic(limits.id, Joined({{4}, x, Added(y, limits.prime)})), nullptr);
         // Other forms: hybrid, and none at all.
         for (const int form : {0, 1, 2, 3, 5, 6, 7, 0x84}) {
-            Bytes other = ToBytes(one->publicPoint());
+            Bytes other = BytesOf(one->publicPoint());
             other[0] = static_cast<std::uint8_t>(form);
             EXPECT_EQ(CCryptoEC::FromPublic(limits.id, other), nullptr) << form;
         }
-        Bytes off = ToBytes(one->publicPoint());
+        Bytes off = BytesOf(one->publicPoint());
         off.back() ^= 1;
         EXPECT_EQ(CCryptoEC::FromPublic(limits.id, off), nullptr);
         EXPECT_TRUE(one->agree(off).isEmpty());
@@ -306,18 +294,18 @@ TEST(EcdsaSignature, IsReadAsStrictDer)
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.why);
-        const Bytes pair = ToBytes(EcdsaDerToPair(row.der, 2));
+        const Bytes pair = BytesOf(EcdsaDerToPair(row.der, 2));
         EXPECT_EQ(Hex(pair), row.pair);
         if (!pair.empty()) {
-            EXPECT_EQ(Hex(ToBytes(EcdsaPairToDer(pair))), Hex(row.der));
+            EXPECT_EQ(Hex(BytesOf(EcdsaPairToDer(pair))), Hex(row.der));
         }
     }
 
     // The longest of all, whose SEQUENCE needs a longer length.
     const Bytes pair(132, 0xFF);
-    const Bytes der = ToBytes(EcdsaPairToDer(pair));
+    const Bytes der = BytesOf(EcdsaPairToDer(pair));
     EXPECT_EQ(der[1], 0x81);
-    EXPECT_EQ(Hex(ToBytes(EcdsaDerToPair(der, 66))), Hex(pair));
+    EXPECT_EQ(Hex(BytesOf(EcdsaDerToPair(der, 66))), Hex(pair));
     EXPECT_TRUE(EcdsaPairToDer(Bytes(3)).isEmpty());
     EXPECT_TRUE(EcdsaPairToDer({}).isEmpty());
     EXPECT_TRUE(EcdsaPairToDer(Bytes(146)).isEmpty());

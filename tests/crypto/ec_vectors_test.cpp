@@ -3,24 +3,11 @@
 #include "crypto/ec.h"
 #include "crypto/x25519.h"
 #include "crypto/x448.h"
-#include "tests/crypto/vector_file.h"
+#include "tests/crypto/test_bytes.h"
 
 #include <gtest/gtest.h>
 
 namespace {
-
-Bytes Joined(std::initializer_list<Bytes> parts)
-{
-    Bytes all;
-    for (const Bytes& part : parts)
-        all.insert(all.end(), part.begin(), part.end());
-    return all;
-}
-
-Bytes ToBytes(const element& value)
-{
-    return {value.data(), value.data() + value.length()};
-}
 
 const CurveFacts& CurveOf(const TestVector& vector)
 {
@@ -50,7 +37,7 @@ TEST(EcVectors, PublicPointsOfPrivateScalars)
         SCOPED_TRACE(vector.place());
         const CurveFacts& facts = CurveOf(vector);
         const auto key = PrivateOf(vector);
-        EXPECT_EQ(Hex(ToBytes(key->publicPoint())), Hex(PointOf(vector)));
+        EXPECT_EQ(Hex(BytesOf(key->publicPoint())), Hex(PointOf(vector)));
         EXPECT_NE(CCryptoEC::FromPrivate(facts.id, vector.bytes("D"), PointOf(vector)), nullptr);
         const auto compressed = CCryptoEC::FromPublic(facts.id, key->publicPoint(true).bytes());
         ASSERT_NE(compressed, nullptr);
@@ -89,7 +76,7 @@ TEST(EcVectors, SignsDeterministically)
         const auto key = PrivateOf(vector);
         const element signature = key->signHashDeterministically(vector.bytes("Digest"), SignatureForm::pair,
                                                                  static_cast<std::uint32_t>(vector.number("Hash")));
-        EXPECT_EQ(Hex(ToBytes(signature)), vector.text("R") + vector.text("S"));
+        EXPECT_EQ(Hex(BytesOf(signature)), vector.text("R") + vector.text("S"));
     }
 }
 
@@ -117,7 +104,7 @@ TEST(EcVectors, AgreesOnASecret)
         const element secret = key->agree(PointOf(vector));
         // Where our own public point or the secret was changed, the agreement itself goes well.
         if (vector.valid()) {
-            EXPECT_EQ(Hex(ToBytes(secret)), vector.text("Z"));
+            EXPECT_EQ(Hex(BytesOf(secret)), vector.text("Z"));
         } else {
             EXPECT_EQ(secret.isEmpty(), CCryptoEC::FromPublic(key->curve().id, PointOf(vector)) == nullptr);
         }
@@ -134,7 +121,7 @@ TEST(EcVectors, MontgomeryCurves)
         if (!vector.has("Rounds")) {
             const auto key = CCryptoEC::FromPrivate(CurveOf(vector).id, scalar);
             ASSERT_NE(key, nullptr);
-            EXPECT_EQ(Hex(ToBytes(key->agree(point))), vector.text("Result"));
+            EXPECT_EQ(Hex(BytesOf(key->agree(point))), vector.text("Result"));
             continue;
         }
         for (std::uint64_t rounds = vector.number("Rounds"); rounds > 0; --rounds) {

@@ -10,12 +10,6 @@ Bytes Field(const TestVector& vector, const char* name)
     return vector.has(name) ? vector.bytes(name) : Bytes();
 }
 
-Bytes Joined(Bytes left, const Bytes& right)
-{
-    left.insert(left.end(), right.begin(), right.end());
-    return left;
-}
-
 /// Every variant this processor has.
 template <typename Call>
 void ForEachVariant(Call call)
@@ -64,7 +58,7 @@ TEST_P(GcmVectors, HoldForEveryVariant)
             const Bytes tag = vector.bytes("Tag");
             const Message message{vector.bytes("Key"), vector.bytes("IV"), Field(vector, "AAD"), tag.size()};
             CCryptoGCM gcm("aes", 1, message.key.size(), variant);
-            const Bytes sealed = Joined(Field(vector, "Cipher text"), tag);
+            const Bytes sealed = Joined({Field(vector, "Cipher text"), tag});
             const bool valid = !vector.has("Result") || vector.valid();
             const Bytes plain = Field(vector, "Plain");
             element out;
@@ -123,7 +117,7 @@ TEST(Gcm, CountsOnBeyondThirtyTwoBits)
             Bytes text(48 * 16), hash(16), counter(16, 0xFF);
             counter[15] = last;
             variant.calls.encrypt(cipherKey, hashKey, hash.data(), counter.data(), text.data(), text.data(), 48);
-            all = Joined(Joined(Joined(all, text), hash), counter);
+            all = Joined({all, text, hash, counter});
         }
         if (expected.empty())
             expected = all;
@@ -154,7 +148,7 @@ TEST(Gcm, RefusesEveryChange)
     }
     for (const std::size_t length : {0u, 1u, 15u, 16u, 299u, 315u})
         refused(message, Bytes(sealed.begin(), sealed.begin() + static_cast<std::ptrdiff_t>(length)));
-    refused(message, Joined(sealed, {0}));
+    refused(message, Joined({sealed, {0}}));
     Message other = message;
     other.data.push_back(0);
     refused(other, sealed);

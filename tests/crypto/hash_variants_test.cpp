@@ -11,7 +11,7 @@ namespace {
 
 /// Every variant that the processor has gives the portable one's state, from any state, for any number of blocks at any address.
 template <typename Word>
-void ExpectSame(const std::string& name, std::span<const Variant<CompressBlocks<Word>>> variants)
+void ExpectSameDigests(const std::string& name, std::span<const Variant<CompressBlocks<Word>>> variants)
 {
     constexpr std::size_t blockSize = BlockHashKind<Word>::blockSize;
     std::mt19937_64 random(20261123);
@@ -40,9 +40,9 @@ void ExpectSame(const std::string& name, std::span<const Variant<CompressBlocks<
 
 TEST(HashVariants, GiveWhatThePortableOneGives)
 {
-    ExpectSame<std::uint32_t>("SHA-1", SHA1Variants());
-    ExpectSame<std::uint32_t>("SHA-256", SHA256Variants());
-    ExpectSame<std::uint64_t>("SHA-512", SHA512Variants());
+    ExpectSameDigests<std::uint32_t>("SHA-1", SHA1Variants());
+    ExpectSameDigests<std::uint32_t>("SHA-256", SHA256Variants());
+    ExpectSameDigests<std::uint64_t>("SHA-512", SHA512Variants());
 }
 
 } // namespace

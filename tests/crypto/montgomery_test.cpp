@@ -14,7 +14,7 @@ namespace {
 
 using Limbs = std::vector<Limb>;
 
-class Source {
+class LimbSource {
 public:
     Limbs limbs(std::size_t count)
     {
@@ -68,7 +68,7 @@ TEST_P(MontgomeryVariant, GivesWhatThePortableOneGives)
         GTEST_SKIP() << "this processor lacks " << variant.name;
     const MontgomeryCalls& calls = variant.calls;
     const MontgomeryCalls& portable = MontgomeryVariants()[0].calls;
-    Source source;
+    LimbSource source;
     for (std::size_t count = 8; count <= 128; count += count < 40 ? 8 : 24) {
         for (int i = 0; i < 30; ++i) {
             SCOPED_TRACE(testing::Message() << count << " limbs, " << i);
@@ -106,7 +106,7 @@ INSTANTIATE_TEST_SUITE_P(All, MontgomeryVariant, ::testing::Range<std::size_t>(0
 
 TEST(Montgomery, PortableProductsAreTheSlowTwins)
 {
-    Source source;
+    LimbSource source;
     const MontgomeryCalls& portable = MontgomeryVariants()[0].calls;
     for (int i = 0; i < 20; ++i) {
         const Limbs left = source.limbs(8);
@@ -121,7 +121,7 @@ TEST(Montgomery, PortableProductsAreTheSlowTwins)
 
 TEST(Montgomery, ComputesModuloNumbersOfAnyLength)
 {
-    Source source;
+    LimbSource source;
     for (const std::size_t length : {1, 2, 7, 8, 9, 16, 17}) {
         for (int i = 0; i < 5; ++i) {
             Limbs modulus = source.modulus(length);
@@ -172,7 +172,7 @@ TEST(Montgomery, ComputesModuloNumbersOfAnyLength)
 
 TEST(Montgomery, InvertsWhatHasAnInverse)
 {
-    Source source;
+    LimbSource source;
     int none = 0;
     for (int i = 0; i < 60; ++i) {
         const std::size_t length = 1 + static_cast<std::size_t>(i) % 9;
@@ -208,7 +208,7 @@ TEST(Montgomery, InvertsWhatHasAnInverse)
 
 TEST(Limbs, DivideExactlyUndoesAProduct)
 {
-    Source source;
+    LimbSource source;
     for (int i = 0; i < 50; ++i) {
         Limbs number = source.limbs(6);
         number.back() = 0;

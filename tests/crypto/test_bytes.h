@@ -3,6 +3,7 @@
 #include "core/element.h"
 #include "tests/crypto/vector_file.h"
 
+#include <initializer_list>
 #include <random>
 
 // The bytes of the tests as the library takes and gives them.
@@ -15,6 +16,14 @@ inline element ElementOf(const Bytes& bytes)
 inline Bytes BytesOf(const element& value)
 {
     return {value.data(), value.data() + value.length()};
+}
+
+inline Bytes Joined(std::initializer_list<Bytes> parts)
+{
+    Bytes all;
+    for (const Bytes& part : parts)
+        all.insert(all.end(), part.begin(), part.end());
+    return all;
 }
 
 inline std::string HexOf(const element& value)

@@ -1,31 +1,16 @@
 #include "crypto/cipher.h"
 #include "crypto/cmac.h"
-#include "tests/core/temporary_directory.h"
-#include "tests/crypto/test_bytes.h"
+#include "tests/crypto/posix/openssl_command.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <memory>
 
 // What the openssl command makes of the same texts, and what it reads of ours. It knows Galois/counter mode not at the command
 // line.
 
 namespace {
-
-void Write(const std::string& file, const Bytes& bytes)
-{
-    std::ofstream stream(file, std::ios::binary);
-    stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-}
-
-Bytes Read(const std::string& file)
-{
-    std::ifstream stream(file, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(stream), {});
-}
 
 struct CipherCase {
     const char* name;
@@ -59,13 +44,13 @@ TEST(CiphersBesideOpenSSL, ReadEachOther)
 
         element ours;
         ASSERT_TRUE(cipher->encrypt(key, iv, text, ours));
-        Write(in, BytesOf(ours));
+        WriteBytes(in, BytesOf(ours));
         ASSERT_EQ(std::system((command + " -d 2>&1").c_str()), 0);
-        EXPECT_EQ(Read(out), text);
+        EXPECT_EQ(ReadBytes(out), text);
 
-        Write(in, text);
+        WriteBytes(in, text);
         ASSERT_EQ(std::system((command + " -e 2>&1").c_str()), 0);
-        EXPECT_EQ(Read(out), BytesOf(ours));
+        EXPECT_EQ(ReadBytes(out), BytesOf(ours));
     }
 }
 
@@ -79,14 +64,14 @@ TEST(CiphersBesideOpenSSL, AuthenticateAlike)
         SCOPED_TRACE(one.name);
         const Bytes key = RandomBytes(random, one.keySize);
         const Bytes text = RandomBytes(random, 300 + random() % 100);
-        Write(in, text);
+        WriteBytes(in, text);
         const auto cmac = CCryptoCMAC::CreateByName(one.name);
         ASSERT_TRUE(cmac->setKey(key));
         ASSERT_EQ(std::system((std::string("openssl mac -binary -cipher ") + one.name + "-cbc -macopt hexkey:" + Hex(key) +
                                " -in " + in + " -out " + out + " CMAC")
                                   .c_str()),
                   0);
-        EXPECT_EQ(Hex(Read(out)), Hex(BytesOf(cmac->macOf(text))));
+        EXPECT_EQ(Hex(ReadBytes(out)), Hex(BytesOf(cmac->macOf(text))));
     }
 }
 

@@ -1,40 +1,13 @@
 #include "asn1/algorithm_table.h"
 #include "crypto/ec.h"
-#include "tests/core/temporary_directory.h"
+#include "tests/crypto/posix/openssl_command.h"
 #include "tests/crypto/sequence_random.h"
-#include "tests/crypto/vector_file.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
 
 // Keys, signatures and agreements of the openssl command and ours, each given to the other.
 
 namespace {
-
-std::string HexOf(const element& bytes)
-{
-    return Hex({bytes.data(), bytes.data() + bytes.length()});
-}
-
-void Write(const std::string& file, std::span<const std::uint8_t> bytes)
-{
-    std::ofstream stream(file, std::ios::binary);
-    stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-}
-
-Bytes Read(const std::string& file)
-{
-    std::ifstream stream(file, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
-}
-
-bool OpenSSL(const std::string& arguments)
-{
-    return std::system(("openssl " + arguments + " >/dev/null 2>&1").c_str()) == 0;
-}
 
 /// Writes the key to `file` in DER and its public half beside it in `file`.public.
 bool WriteKey(const std::string& file, const CCryptoEC& key)
@@ -49,8 +22,8 @@ bool WriteKey(const std::string& file, const CCryptoEC& key)
         words << "asn1=SEQUENCE:key\n[key]\nversion=INTEGER:0\nalgorithm=SEQUENCE:algorithm\nscalar=OCTWRAP," << scalar
               << "\n[algorithm]\noid=OID:" << oid << "\n";
     words.close();
-    return OpenSSL("asn1parse -noout -genconf " + file + ".words -out " + file) &&
-           OpenSSL("pkey -inform DER -in " + file + " -pubout -outform DER -out " + file + ".public");
+    return RunOpenSSL("asn1parse -noout -genconf " + file + ".words -out " + file) &&
+           RunOpenSSL("pkey -inform DER -in " + file + " -pubout -outform DER -out " + file + ".public");
 }
 
 class CurveBesideOpenSSL : public ::testing::TestWithParam<CurveFacts> {};
@@ -70,15 +43,15 @@ TEST_P(CurveBesideOpenSSL, AgreesAndSigns)
     ASSERT_TRUE(WriteKey(peerFile, *peer));
 
     // The public half, which openssl computed of the private one, ends with the point.
-    const Bytes publicKey = Read(ourFile + ".public");
+    const Bytes publicKey = ReadBytes(ourFile + ".public");
     const std::string point = HexOf(ours->publicPoint());
     ASSERT_GT(publicKey.size() * 2, point.size());
     EXPECT_EQ(Hex(publicKey).substr(publicKey.size() * 2 - point.size()), point);
 
     const std::string secret = folder / u8"secret";
-    ASSERT_TRUE(OpenSSL("pkeyutl -derive -keyform DER -inkey " + ourFile + " -peerform DER -peerkey " + peerFile + ".public -out " +
-                        secret));
-    EXPECT_EQ(HexOf(ours->agree(peer->publicPoint().bytes())), Hex(Read(secret)));
+    ASSERT_TRUE(RunOpenSSL("pkeyutl -derive -keyform DER -inkey " + ourFile + " -peerform DER -peerkey " + peerFile +
+                           ".public -out " + secret));
+    EXPECT_EQ(HexOf(ours->agree(peer->publicPoint().bytes())), Hex(ReadBytes(secret)));
     if (!GetParam().signs)
         return;
 
@@ -88,15 +61,15 @@ TEST_P(CurveBesideOpenSSL, AgreesAndSigns)
         random.generate(digest);
         const std::string digestFile = folder / u8"digest";
         const std::string signatureFile = folder / u8"signature";
-        Write(digestFile, digest);
-        ASSERT_TRUE(OpenSSL("pkeyutl -sign -keyform DER -inkey " + ourFile + " -in " + digestFile + " -out " + signatureFile));
-        EXPECT_TRUE(ours->verifyHash(digest, Read(signatureFile), SignatureForm::der));
-        EXPECT_FALSE(peer->verifyHash(digest, Read(signatureFile), SignatureForm::der));
+        WriteBytes(digestFile, digest);
+        ASSERT_TRUE(RunOpenSSL("pkeyutl -sign -keyform DER -inkey " + ourFile + " -in " + digestFile + " -out " + signatureFile));
+        EXPECT_TRUE(ours->verifyHash(digest, ReadBytes(signatureFile), SignatureForm::der));
+        EXPECT_FALSE(peer->verifyHash(digest, ReadBytes(signatureFile), SignatureForm::der));
 
         const std::string verify = " -sigfile " + signatureFile + " -in " + digestFile;
-        Write(signatureFile, ours->signHash(digest, SignatureForm::der, random).bytes());
-        EXPECT_TRUE(OpenSSL("pkeyutl -verify -keyform DER -pubin -inkey " + ourFile + ".public" + verify));
-        EXPECT_FALSE(OpenSSL("pkeyutl -verify -keyform DER -pubin -inkey " + peerFile + ".public" + verify));
+        WriteBytes(signatureFile, ours->signHash(digest, SignatureForm::der, random).bytes());
+        EXPECT_TRUE(RunOpenSSL("pkeyutl -verify -keyform DER -pubin -inkey " + ourFile + ".public" + verify));
+        EXPECT_FALSE(RunOpenSSL("pkeyutl -verify -keyform DER -pubin -inkey " + peerFile + ".public" + verify));
     }
 }
 

@@ -1,26 +1,22 @@
 #include "crypto/hmac.h"
 #include "crypto/key_derivation.h"
-#include "tests/core/temporary_directory.h"
-#include "tests/crypto/test_bytes.h"
+#include "tests/crypto/posix/openssl_command.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <fstream>
 #include <memory>
 
 // What the openssl command says of the same bytes.
 
 namespace {
 
-using KDF = CCryptoKeyDerivation;
-
 struct ClosePipe {
     void operator()(FILE* pipe) const { pclose(pipe); }
 };
 
 /// The hexadecimal digits of what `openssl ARGUMENTS` prints, in small letters.
-std::string OpenSSL(const std::string& arguments)
+std::string DigitsOf(const std::string& arguments)
 {
     const std::unique_ptr<FILE, ClosePipe> pipe(popen(("openssl " + arguments).c_str(), "r"));
     std::string digits;
@@ -28,12 +24,6 @@ std::string OpenSSL(const std::string& arguments)
         if (std::isxdigit(character) != 0)
             digits += static_cast<char>(std::tolower(character));
     return digits;
-}
-
-void Write(const std::string& file, const Bytes& bytes)
-{
-    std::ofstream stream(file, std::ios::binary);
-    stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
 }
 
 struct NameCase {
@@ -51,19 +41,19 @@ TEST(HashesBesideOpenSSL, DigestsAndMACs)
     for (const NameCase& row : names) {
         SCOPED_TRACE(row.name);
         const Bytes message = RandomBytes(random, 10000 + random() % 1000);
-        Write(file, message);
+        WriteBytes(file, message);
         EXPECT_EQ(HexOf(ICryptoHash::Create(row.id)->digestOf(message)),
-                  OpenSSL(std::string("dgst -r -") + row.name + " <" + file + " | cut -d' ' -f1"));
+                  DigitsOf(std::string("dgst -r -") + row.name + " <" + file + " | cut -d' ' -f1"));
         const Bytes key = RandomBytes(random, 1 + random() % 200);
         const auto mac = CCryptoHMAC::Create(row.id);
         mac->setKey(key);
         EXPECT_EQ(HexOf(mac->macOf(message)),
-                  OpenSSL(std::string("mac -digest ") + row.name + " -macopt hexkey:" + Hex(key) + " -in " + file + " HMAC"));
+                  DigitsOf(std::string("mac -digest ") + row.name + " -macopt hexkey:" + Hex(key) + " -in " + file + " HMAC"));
     }
     const Bytes message = RandomBytes(random, 1000);
-    Write(file, message);
+    WriteBytes(file, message);
     EXPECT_EQ(HexOf(ICryptoHash::CreateByName("md4")->digestOf(message)),
-              OpenSSL("dgst -r -md4 -provider legacy -provider default <" + file + " | cut -d' ' -f1"));
+              DigitsOf("dgst -r -md4 -provider legacy -provider default <" + file + " | cut -d' ' -f1"));
 }
 
 TEST(HashesBesideOpenSSL, DerivedKeys)
@@ -78,13 +68,15 @@ TEST(HashesBesideOpenSSL, DerivedKeys)
         const std::string kdf = "kdf -keylen " + std::to_string(length) + " -kdfopt digest:" + row.name;
         const std::string ofPassword = kdf + " -kdfopt hexpass:" + Hex(password) + " -kdfopt hexsalt:" + Hex(salt) +
                                        " -kdfopt iter:" + std::to_string(iterations);
-        EXPECT_EQ(HexOf(KDF::PBKDF2(row.id, password, salt, iterations, length)), OpenSSL(ofPassword + " -kdfopt pkcs5:1 PBKDF2"));
+        EXPECT_EQ(HexOf(CCryptoKeyDerivation::PBKDF2(row.id, password, salt, iterations, length)),
+                  DigitsOf(ofPassword + " -kdfopt pkcs5:1 PBKDF2"));
         for (const int use : {1, 2, 3})
-            EXPECT_EQ(HexOf(KDF::PKCS12(row.id, static_cast<KDF::PKCS12Use>(use), password, salt, iterations, length)),
-                      OpenSSL(ofPassword + " -kdfopt id:" + std::to_string(use) + " PKCS12KDF"));
-        EXPECT_EQ(HexOf(KDF::HKDF(row.id, salt, password, salt, length)),
-                  OpenSSL(kdf + " -kdfopt hexkey:" + Hex(password) + " -kdfopt hexsalt:" + Hex(salt) +
-                          " -kdfopt hexinfo:" + Hex(salt) + " HKDF"));
+            EXPECT_EQ(HexOf(CCryptoKeyDerivation::PKCS12(row.id, static_cast<CCryptoKeyDerivation::PKCS12Use>(use), password, salt,
+                                                         iterations, length)),
+                      DigitsOf(ofPassword + " -kdfopt id:" + std::to_string(use) + " PKCS12KDF"));
+        EXPECT_EQ(HexOf(CCryptoKeyDerivation::HKDF(row.id, salt, password, salt, length)),
+                  DigitsOf(kdf + " -kdfopt hexkey:" + Hex(password) + " -kdfopt hexsalt:" + Hex(salt) +
+                           " -kdfopt hexinfo:" + Hex(salt) + " HKDF"));
     }
 }
 

@@ -1,12 +1,8 @@
 #include "crypto/hash.h"
-#include "tests/core/temporary_directory.h"
+#include "tests/crypto/posix/openssl_command.h"
 #include "tests/crypto/rsa_vectors.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
 
 // What the openssl command makes of our signatures and ciphertexts, and we of its. It takes and gives keys as PKCS #1 in DER.
 
@@ -76,16 +72,8 @@ CCryptoRSANumbers NumbersOfDER(const Bytes& der)
 class RSABesideOpenSSL : public ::testing::Test {
 protected:
     std::string path(const std::string& name) const { return (folder_.path() / name).string(); }
-    void write(const std::string& name, const Bytes& bytes) const
-    {
-        std::ofstream stream(path(name), std::ios::binary);
-        stream.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    }
-    Bytes read(const std::string& name) const
-    {
-        std::ifstream stream(path(name), std::ios::binary);
-        return Bytes(std::istreambuf_iterator<char>(stream), {});
-    }
+    void write(const std::string& name, const Bytes& bytes) const { WriteBytes(path(name), bytes); }
+    Bytes read(const std::string& name) const { return ReadBytes(path(name)); }
     /// `openssl ARGUMENTS` in the folder. \return whether it succeeded.
     bool openssl(const std::string& arguments) const
     {
