@@ -28,6 +28,10 @@ endif()
 if(WIN32)
     enable_language(RC)
     target_compile_definitions(house_flags INTERFACE _WIN32_WINNT=0x0A00 NOMINMAX WIN32_LEAN_AND_MEAN)
+    # Of an inline function the linker keeps one copy of many. GCC takes the copy before its eyes for the one that will run, and so
+    # keeps values in registers which that copy leaves alone, while the one that runs, of a file with other flags, may use them. (For
+    # ELF it knows better.)
+    target_compile_options(house_flags INTERFACE $<${cxx}:-fno-ipa-ra> $<${cxx}:-fno-ipa-stack-alignment>)
     target_compile_options(house_flags INTERFACE
         $<${cxx}:-ffunction-sections> $<${cxx}:-fdata-sections> $<${cxx}:-fvisibility=hidden> $<${cxx}:-fvisibility-inlines-hidden>)
     target_link_options(house_flags INTERFACE

@@ -175,8 +175,8 @@ bool DerivePKCS12(const Recipe& recipe, std::string_view password, KeyAndVector&
 bool DerivePBES2(const Recipe& recipe, std::string_view password, KeyAndVector& derived)
 {
     derived.iv = recipe.iv;
-    derived.key =
-        CCryptoKeyDerivation::PBKDF2(recipe.prf, BytesOfPassword(password), recipe.salt.bytes(), recipe.iterations, recipe.keyLength);
+    derived.key = CCryptoKeyDerivation::PBKDF2(recipe.prf, BytesOfPassword(password), recipe.salt.bytes(), recipe.iterations,
+                                               recipe.keyLength);
     return !derived.key.isEmpty();
 }
 
