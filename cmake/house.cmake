@@ -145,14 +145,15 @@ function(house_secrets_entry entry program)
 endfunction()
 
 # Test code is compiled for a fast build; what it tests keeps the flags of the preset. Undefined behaviour is looked for in what is
-# tested alone: looking for it in the tests, too, doubles the time they take to compile.
-function(house_test_flags name)
+# tested alone: looking for it in the tests, too, adds half to the time they take to compile. These flags take some of house_flags
+# back, so they have to be linked after it.
+add_library(house_test_flags INTERFACE)
+target_compile_options(house_test_flags INTERFACE -O0 -fno-sanitize=undefined)
+if(WIN32)
     # Unoptimised, a file of tests may hold more sections than a plain Windows object does, and the linker is slow to sort them out.
-    # Symbols would only slow that down: Windows programs are stripped.
-    target_compile_options(${name} PRIVATE -O0 $<$<NOT:$<PLATFORM_ID:Windows>>:-g1> -fno-sanitize=undefined
-        $<$<PLATFORM_ID:Windows>:-Wa,-mbig-obj> $<$<PLATFORM_ID:Windows>:-fno-function-sections>)
-    target_link_options(${name} PRIVATE $<$<PLATFORM_ID:Windows>:-Wl,--no-gc-sections>)
-endfunction()
+    target_compile_options(house_test_flags INTERFACE -Wa,-mbig-obj -fno-function-sections -fno-data-sections)
+    target_link_options(house_test_flags INTERFACE -Wl,--no-gc-sections)
+endif()
 
 # What all tests include, compiled once for all of their programs.
 function(house_test_headers)
@@ -160,8 +161,7 @@ function(house_test_headers)
         house_googletest()
         file(GENERATE OUTPUT "${CMAKE_BINARY_DIR}/house_test_headers.cpp" CONTENT "")
         add_library(house_test_headers OBJECT "${CMAKE_BINARY_DIR}/house_test_headers.cpp")
-        target_link_libraries(house_test_headers PRIVATE house_flags GTest::gmock)
-        house_test_flags(house_test_headers)
+        target_link_libraries(house_test_headers PRIVATE house_flags house_test_flags GTest::gmock)
         target_precompile_headers(house_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h> <string>)
     endif()
 endfunction()
@@ -173,7 +173,7 @@ function(house_test name)
     house_arguments("OWN_MAIN" "TIMEOUT" "APART;PROGRAMS;ENVIRONMENT" ${ARGN})
     house_test_headers()
     house_program(${name} SOURCES ${house_FILES} LINKS ${house_LINKS} GTest::gmock)
-    house_test_flags(${name})
+    target_link_libraries(${name} PRIVATE house_test_flags)
     target_precompile_headers(${name} REUSE_FROM house_test_headers)
     house_join(${name} ${house_APART})
     if(NOT house_OWN_MAIN)
@@ -213,7 +213,8 @@ function(house_test_entry entry program timeout)
 endfunction()
 
 function(house_test_properties entry timeout)
-    set_tests_properties(${entry} PROPERTIES TIMEOUT ${timeout} ENVIRONMENT
+    # Those with the longest time to run begin first.
+    set_tests_properties(${entry} PROPERTIES TIMEOUT ${timeout} COST ${timeout} ENVIRONMENT
         "ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1;UBSAN_OPTIONS=print_stacktrace=1;${ARGN}")
 endfunction()
 
@@ -227,7 +228,10 @@ function(house_fuzz name)
         house_program(${name}_fuzz SOURCES ${house_FILES} LINKS ${house_LINKS})
         target_link_options(${name}_fuzz PRIVATE -fsanitize=fuzzer)
     else()
-        house_program(${name}_fuzz SOURCES ${house_FILES} "${houseRoot}/fuzz/replay.cpp" LINKS ${house_LINKS})
+        if(NOT TARGET house_replay)
+            house_library(house_replay SOURCES "${houseRoot}/fuzz/replay.cpp")
+        endif()
+        house_program(${name}_fuzz SOURCES ${house_FILES} LINKS house_replay ${house_LINKS})
         add_test(NAME ${name}_fuzz COMMAND ${name}_fuzz "${CMAKE_CURRENT_SOURCE_DIR}/corpus/${name}")
         house_test_properties(${name}_fuzz 120)
     endif()
