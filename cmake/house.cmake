@@ -28,7 +28,7 @@
 # Tests are compiled with two text constants: TEST_DATA_DIR (data/ beside the CMakeLists.txt) and PROGRAM_DIR (build/PRESET/bin).
 
 option(HOUSE_TESTS "Build the tests" ON)
-# Most of the time a file takes goes into the headers it includes: eight files at once take a third of it. Such a build hides an
+# Most of the time a file takes goes into the headers it includes: sixteen files at once take a third of it. Such a build hides an
 # #include that is missing; scripts/tidy finds that. It would make the DLL larger by a fifteenth, so the rooms that are in it are
 # compiled file by file on Windows.
 option(HOUSE_JOINED "Compile the files of a library or of a test program several at a time" OFF)
@@ -82,9 +82,9 @@ macro(house_arguments options values lists)
 endmacro()
 
 # Names of the files' own differ within a room, but for the files that are compiled APART.
-function(house_join name)
+function(house_join name batch)
     if(HOUSE_JOINED)
-        set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+        set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${batch})
         set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
         # What a test's file keeps to itself looks to GCC as if a header made it.
         target_compile_options(${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
@@ -97,7 +97,7 @@ function(house_library name)
     target_include_directories(${name} PUBLIC "${houseRoot}")
     target_link_libraries(${name} PUBLIC ${house_LINKS} PRIVATE house_flags)
     if(NOT (house_IN_DLL AND WIN32))
-        house_join(${name} ${house_APART})
+        house_join(${name} 16 ${house_APART})
     endif()
 endfunction()
 
@@ -123,7 +123,7 @@ function(house_secrets_test name)
     house_arguments("" "" "" ${ARGN})
     house_googletest()
     house_program(${name} SOURCES ${house_FILES} LINKS ${house_LINKS} GTest::gtest GTest::gtest_main)
-    house_join(${name})
+    house_join(${name} 16)
     house_secrets_entry(${name} ${name})
 endfunction()
 
@@ -176,7 +176,12 @@ function(house_test name)
     house_program(${name} SOURCES ${house_FILES} LINKS ${house_LINKS} GTest::gmock)
     target_link_libraries(${name} PRIVATE house_test_flags)
     target_precompile_headers(${name} REUSE_FROM house_test_headers)
-    house_join(${name} ${house_APART})
+    # For every symbol the linker of Windows programs searches the sections of its object, of which tests have many.
+    set(batch 16)
+    if(WIN32)
+        set(batch 4)
+    endif()
+    house_join(${name} ${batch} ${house_APART})
     if(NOT house_OWN_MAIN)
         target_link_libraries(${name} PRIVATE GTest::gmock_main)
     endif()

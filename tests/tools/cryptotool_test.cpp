@@ -28,22 +28,22 @@ std::string Pem(std::string_view body, std::string_view begin = "X", std::string
 
 TEST(CryptotoolInput, FindsOutWhatItIs)
 {
-    const std::string number = "020105";
+    const std::string hex = "020105";
     const struct {
         const char* name;
         std::string input;
         std::string der; ///< empty where it is refused
         std::string reason;
     } cases[] = {
-        {"DER", Bytes(number), number, ""},
-        {"base64", "AgEF", number, ""},
-        {"base64 in lines", "\xEF\xBB\xBF  Ag\r\nEF\r\n", number, ""},
+        {"DER", Bytes(hex), hex, ""},
+        {"base64", "AgEF", hex, ""},
+        {"base64 in lines", "\xEF\xBB\xBF  Ag\r\nEF\r\n", hex, ""},
         {"base64 without padding", "AgIBAA", "02020100", ""},
         {"base64 cut", "AgEFA", "", "base64 ends inside a group"},
         {"base64 with too little padding", "AgIBAA=", "", "base64 ends inside a group"},
         {"PEM among text, in blocks", "Bag Attributes\n" + Pem("AgEF\n") + "more\r\n" + Pem("Agw=\r\n", "Y", "Y"), "", "A length"},
         {"two blocks", Pem("AgEF\n") + Pem("AgEG\r\n", "Y", "Y"), "020105020106", ""},
-        {"PEM with headers", Pem("A: b\n c\n\nAgEF\n"), number, ""},
+        {"PEM with headers", Pem("A: b\n c\n\nAgEF\n"), hex, ""},
         {"encrypted PEM", Pem("Proc-Type: 4,ENCRYPTED\n\nAgEF\n"), "", "PEM block 1 (X): it is encrypted"},
         {"PEM without its end", "-----BEGIN X-----\nAgEF\n", "", "PEM block 1 (X): its END line is missing"},
         {"PEM in PEM", "-----BEGIN X-----\n" + Pem("AgEF\n"), "", "PEM block 1 (X): its END line is missing"},

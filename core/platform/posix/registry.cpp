@@ -16,16 +16,16 @@ namespace platform {
 namespace {
 
 /// A file descriptor with an owner.
-class Descriptor {
+class OwnedDescriptor {
 public:
-    explicit Descriptor(int value = -1) : value_(value) {}
-    ~Descriptor()
+    explicit OwnedDescriptor(int value = -1) : value_(value) {}
+    ~OwnedDescriptor()
     {
         if (value_ >= 0)
             ::close(value_);
     }
-    Descriptor(Descriptor&& other) noexcept : value_(std::exchange(other.value_, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept
+    OwnedDescriptor(OwnedDescriptor&& other) noexcept : value_(std::exchange(other.value_, -1)) {}
+    OwnedDescriptor& operator=(OwnedDescriptor&& other) noexcept
     {
         std::swap(value_, other.value_);
         return *this;
@@ -40,7 +40,7 @@ private:
 
 /// The access is kept because a key refuses what it was not opened for, as on Windows.
 struct Key {
-    Descriptor folder;
+    OwnedDescriptor folder;
     RegistryAccess access;
 };
 
@@ -86,13 +86,13 @@ void MakeFolders(const std::string& path, mode_t mode)
     mkdir(path.c_str(), mode);
 }
 
-Descriptor OpenFolder(int parent, const std::string& name)
+OwnedDescriptor OpenFolder(int parent, const std::string& name)
 {
-    return Descriptor(openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return OwnedDescriptor(openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
 
 /// Walks from `folder` down the path; folders that are missing are made when `create` says so.
-std::uint32_t Walk(Descriptor folder, const char* path, bool create, Descriptor& reached)
+std::uint32_t Walk(OwnedDescriptor folder, const char* path, bool create, OwnedDescriptor& reached)
 {
     std::vector<std::string> components;
     if (!SplitKeyPath(path, components))
@@ -109,12 +109,12 @@ std::uint32_t Walk(Descriptor folder, const char* path, bool create, Descriptor&
     return registrySuccess;
 }
 
-std::uint32_t WalkFromHive(RegistryHive hive, const char* path, bool create, Descriptor& reached)
+std::uint32_t WalkFromHive(RegistryHive hive, const char* path, bool create, OwnedDescriptor& reached)
 {
     const std::string root = FolderOf(hive);
     if (create && !root.empty())
         MakeFolders(root, hive == RegistryHive::currentUser ? 0700 : 0755);
-    Descriptor folder = OpenFolder(AT_FDCWD, root);
+    OwnedDescriptor folder = OpenFolder(AT_FDCWD, root);
     return folder ? Walk(std::move(folder), path, create, reached) : LastStatus();
 }
 
@@ -167,7 +167,7 @@ RegistryKey& RegistryKey::operator=(RegistryKey&& other) noexcept
 std::uint32_t RegistryKey::open(RegistryHive hive, const char* path, RegistryAccess access)
 {
     close();
-    Descriptor folder;
+    OwnedDescriptor folder;
     const std::uint32_t status = WalkFromHive(hive, path, false, folder);
     if (status == registrySuccess)
         handle_ = new Key{std::move(folder), access};
@@ -176,7 +176,7 @@ std::uint32_t RegistryKey::open(RegistryHive hive, const char* path, RegistryAcc
 
 std::uint32_t RegistryKey::openBelow(const RegistryKey& parent, const char* path, RegistryAccess access)
 {
-    Descriptor folder;
+    OwnedDescriptor folder;
     const std::uint32_t status =
         parent.isOpen() ? Walk(OpenFolder(KeyOf(parent.handle_)->folder.get(), "."), path, false, folder) : EBADF;
     close();
@@ -188,7 +188,7 @@ std::uint32_t RegistryKey::openBelow(const RegistryKey& parent, const char* path
 std::uint32_t RegistryKey::create(RegistryHive hive, const char* path, bool)
 {
     close();
-    Descriptor folder;
+    OwnedDescriptor folder;
     const std::uint32_t status = WalkFromHive(hive, path, true, folder);
     if (status == registrySuccess)
         handle_ = new Key{std::move(folder), RegistryAccess::write};
@@ -207,7 +207,7 @@ std::uint32_t RegistryKey::queryValue(const char* name, void* buffer, std::uint3
     if (fileName.empty())
         return EINVAL;
     // A pipe that somebody put in the place of the file does not block.
-    const Descriptor file(
+    const OwnedDescriptor file(
         openat(key.folder.get(), FindEntry(key.folder.get(), fileName).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat status = {};
     if (!file || fstat(file.get(), &status) != 0)
@@ -238,7 +238,7 @@ std::uint32_t RegistryKey::setText(const char* name, const char* text, std::uint
     const int folder = key.folder.get();
     // Written aside and then moved, so that a reader sees the old value or the new one. No value name begins with a dot.
     const std::string aside = ".new-" + std::to_string(gettid());
-    const Descriptor file(openat(folder, aside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666));
+    const OwnedDescriptor file(openat(folder, aside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666));
     if (!file)
         return LastStatus();
     if (WriteAll(file.get(), text, length) && renameat(folder, aside.c_str(), folder, FindEntry(folder, fileName).c_str()) == 0)
