@@ -17,8 +17,7 @@ constexpr std::string_view utf16LittleEndianMark = "\xFF\xFE";
 
 bool IsLetter(char character)
 {
-    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') || character == '_' ||
-           static_cast<unsigned char>(character) >= 0x80;
+    return IsAsciiLetter(character) || character == '_' || static_cast<unsigned char>(character) >= 0x80;
 }
 
 bool IsWordCharacter(char character)

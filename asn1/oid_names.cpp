@@ -1,6 +1,7 @@
 #include "asn1/oid_names.h"
 
 #include "asn1/oid_name_tables.h"
+#include "core/ascii.h"
 
 #include <algorithm>
 #include <array>
@@ -96,14 +97,9 @@ const std::string_view* RowIndex::Find(std::string_view text) const
     return nullptr;
 }
 
-char Lower(char character)
-{
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-}
-
 bool Contains(std::string_view text, std::string_view part)
 {
-    const auto same = [](char left, char right) { return Lower(left) == Lower(right); };
+    const auto same = [](char left, char right) { return ToSmall(left) == ToSmall(right); };
     return part.empty() || std::search(text.begin(), text.end(), part.begin(), part.end(), same) != text.end();
 }
 

@@ -14,8 +14,7 @@ constexpr std::size_t lineLength = 64;
 
 bool IsBase64Digit(char character)
 {
-    return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z') || IsDigit(character) ||
-           character == '+' || character == '/';
+    return IsAsciiLetter(character) || IsDigit(character) || character == '+' || character == '/';
 }
 
 std::string_view WithoutBlanksBehind(std::string_view text)

@@ -12,3 +12,19 @@ constexpr bool IsDigit(char character)
 {
     return character >= '0' && character <= '9';
 }
+
+constexpr bool IsCapital(char character)
+{
+    return character >= 'A' && character <= 'Z';
+}
+
+constexpr bool IsAsciiLetter(char character)
+{
+    return IsCapital(character) || (character >= 'a' && character <= 'z');
+}
+
+/// A capital letter as a small one; any other character as it is.
+constexpr char ToSmall(char character)
+{
+    return IsCapital(character) ? static_cast<char>(character - 'A' + 'a') : character;
+}

@@ -2,6 +2,7 @@
 
 #include "asn1/algorithm_table.h"
 #include "asn1/wiped.h"
+#include "core/ascii.h"
 #include "core/auto_logger.h"
 #include "crypto/hash_kinds.h"
 
@@ -141,7 +142,7 @@ std::string Plain(std::string_view name)
     std::string plain;
     for (const char character : name)
         if (character != '-')
-            plain += character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
+            plain += ToSmall(character);
     return plain;
 }
 

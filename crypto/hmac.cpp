@@ -2,6 +2,7 @@
 
 #include "asn1/algorithm_table.h"
 #include "asn1/wiped.h"
+#include "crypto/any_case.h"
 #include "crypto/constant_time.h"
 
 #include <algorithm>
@@ -27,11 +28,7 @@ void TakeKeyBlock(ICryptoHash& hash, KeyBlock& block, std::uint8_t pad)
 std::string_view WithoutHMAC(std::string_view name)
 {
     constexpr std::string_view start = "hmac-";
-    const auto isSame = [](char wanted, char given) {
-        return given == wanted || (given >= 'A' && given <= 'Z' && given - 'A' + 'a' == wanted);
-    };
-    const bool found = name.size() >= start.size() && std::equal(start.begin(), start.end(), name.begin(), isSame);
-    return found ? name.substr(start.size()) : name;
+    return SameInAnyCase(name.substr(0, start.size()), start) ? name.substr(start.size()) : name;
 }
 
 } // namespace

@@ -15,8 +15,7 @@ std::size_t OperationLength(std::string_view text)
     bool isQualified = false;
     while (place < text.size()) {
         const char character = text[place];
-        const bool isName = (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-                            IsDigit(character) || character == '_' || character == '~';
+        const bool isName = IsAsciiLetter(character) || IsDigit(character) || character == '_' || character == '~';
         if (isName) {
             ++place;
         } else if (text.substr(place).starts_with("::")) {

@@ -42,9 +42,8 @@ std::string Plain(std::string_view name)
 {
     std::string plain;
     for (const char character : name) {
-        const bool isCapital = character >= 'A' && character <= 'Z';
-        if (isCapital || (character >= 'a' && character <= 'z') || IsDigit(character))
-            plain += isCapital ? static_cast<char>(character - 'A' + 'a') : character;
+        if (IsAsciiLetter(character) || IsDigit(character))
+            plain += ToSmall(character);
     }
     return plain;
 }

@@ -1,6 +1,7 @@
 #include "tools/cryptotool/sum_line.h"
 
 #include "asn1/hex.h"
+#include "core/ascii.h"
 
 #include <cstddef>
 
@@ -77,12 +78,9 @@ bool SumLine::read(std::string_view line)
     if (end == std::string_view::npos || end == 0 || line.size() < end + 3 || (line[end + 1] != ' ' && line[end + 1] != '*'))
         return false;
     for (const char character : line.substr(0, end)) {
-        if (character >= 'A' && character <= 'F')
-            digits += static_cast<char>(character - 'A' + 'a');
-        else if (IsHexDigit(character))
-            digits += character;
-        else
+        if (!IsHexDigit(character))
             return false;
+        digits += ToSmall(character);
     }
     const std::string_view name = line.substr(end + 2);
     if (isEscaped)
