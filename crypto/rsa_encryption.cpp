@@ -117,10 +117,8 @@ bool CCryptoRSA::decryptPKCS1(std::span<const std::uint8_t> ciphertext, element&
     if (ciphertext.size() != bytes())
         return logger.setRetValue(3, false, "The ciphertext's length is not the key's");
     element block = privateOperation(ciphertext);
-    if (block.isEmpty())
-        return logger.setRetValue(3, false, "The ciphertext cannot be decrypted");
     const Substitute substitute(*this, ciphertext);
-    if (!substitute.there())
+    if (block.isEmpty() || !substitute.there())
         return logger.setRetValue(3, false, "The ciphertext cannot be decrypted");
     std::uint64_t length = 0;
     const Mask good = rsa_encoding::DecodePKCS1Message(block.bytes(), length);
@@ -141,10 +139,8 @@ bool CCryptoRSA::unwrapPKCS1(std::span<const std::uint8_t> ciphertext, std::uint
     if (length > bytes() - rsa_encoding::overheadOfPKCS1)
         return logger.setRetValue(3, false, "The key is too short for such a message");
     element block = privateOperation(ciphertext);
-    if (block.isEmpty())
-        return logger.setRetValue(3, false, "The ciphertext cannot be decrypted");
     const Substitute substitute(*this, ciphertext);
-    if (!substitute.there())
+    if (block.isEmpty() || !substitute.there())
         return logger.setRetValue(3, false, "The ciphertext cannot be decrypted");
     std::uint64_t found = 0;
     Mask good = rsa_encoding::DecodePKCS1Message(block.bytes(), found);
