@@ -295,7 +295,7 @@ bool CCryptoEC::verifyHash(std::span<const std::uint8_t> digest, std::span<const
         fromDer = EcdsaDerToPair(signature, length);
         signature = fromDer.bytes();
     }
-    if (signature.size() != 2 * length)
+    if (signature.size() != std::size_t{2} * length)
         return logger.setRetValue(3, false, "Signature is malformed");
     const std::uint32_t coordinate = facts_.fieldBytes;
     if (!CurveArithmetic::Of(facts_.id)->verify(digest, signature.first(length), signature.subspan(length),

@@ -155,7 +155,7 @@ Limbs<N> ModularInverse(const Limbs<N>& number, const Limbs<N>& modulus, std::ui
     using namespace modular_inverse;
     constexpr std::size_t M = (64 * N + 2 + 61) / 62;
     // Enough for numbers of that many bits, from 46 bits on (theorem 11.2 of the paper).
-    constexpr std::size_t steps = (49 * 64 * N + 57) / 17;
+    constexpr std::size_t steps = (49 * (64 * N) + 57) / 17;
 
     Signed62<M> m{};
     ToSigned62<N>(m, modulus);
