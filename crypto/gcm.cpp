@@ -339,7 +339,8 @@ bool CCryptoGCM::final(std::uint8_t* out, std::size_t& written)
     else
         forget();
     return ok ? logger.setResult(true)
-              : logger.setRetValue(3, false, "The tag is wrong: the text was changed, or key or vector differ");
+              : logger.setRetValue(3, false,
+                                   "The tag is wrong: the text was changed, or the key, the password or the vector is another one");
 }
 
 void CCryptoGCM::forget()

@@ -216,6 +216,8 @@ TEST_F(CryptotoolCipher, RefusesWhatDoesNotGoTogether)
         {{"--password-file", key, "--iterations", "0"}, exitUsage},
         {{"--password-file", "-"}, exitUsage},
         {{"--password-fd", "0"}, exitUsage},
+        {{"--password-file", put(u8"nothing", "\n")}, exitRefused},
+        {{"--password-file", key, "--openssl", "-o", ""}, exitUsage},
         {{"--key-fd", "0"}, exitUsage},
         {{"--hex-key"}, exitUsage},
     };

@@ -143,7 +143,13 @@ void RemoveWhenInterrupted(const std::string& name)
     }
 }
 
-SystemConsole::SystemConsole() = default;
+SystemConsole::SystemConsole()
+{
+    // A standard stream that is closed would be the next file that is opened; instead it is one that cannot be used.
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(stream, F_GETFD) < 0 && errno == EBADF)
+            ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+}
 
 std::int64_t SystemConsole::readInput(std::span<std::uint8_t> target)
 {

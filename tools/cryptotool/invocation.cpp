@@ -95,5 +95,10 @@ int RunCommandLine(std::span<const std::string> words, Console& console)
     Arguments arguments;
     std::string problem;
     Invocation invocation(*command, arguments, console);
-    return arguments.read(*command, rest, problem) ? command->run(invocation) : invocation.misuse(problem);
+    if (!arguments.read(*command, rest, problem))
+        return invocation.misuse(problem);
+    // Of a variable that was never set: what was to go into a file does not go to standard output instead.
+    if (arguments.has(outputOption.name) && arguments.value(outputOption.name).empty())
+        return invocation.misuse("-o needs the name of a file");
+    return command->run(invocation);
 }

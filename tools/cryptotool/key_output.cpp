@@ -101,8 +101,7 @@ int PrivateKeyTarget::askPassword(Invocation& invocation)
 {
     if (form_ != KeyForm::encryptedPrivateKey)
         return exitDone;
-    const int exit = ReadSecret(invocation, *secret_, Asking::twice, password_);
-    return exit == exitDone && password_.isEmpty() ? invocation.refuse(secret_->what, "it is empty") : exit;
+    return ReadSecret(invocation, *secret_, Asking::twice, password_);
 }
 
 int PrivateKeyTarget::open(Invocation& invocation)

@@ -113,7 +113,7 @@ int ReadSecret(Invocation& invocation, const SecretKind& kind, Asking asking, el
         DropLineEnd(secret);
     if (isRead && secret.length() > longestSecret)
         reason = "it is longer than " + std::to_string(longestSecret) + " bytes";
-    else if (isRead && secret.isEmpty() && !kind.isText)
+    else if (isRead && secret.isEmpty() && (!kind.isText || asking == Asking::twice))
         reason = "it is empty";
     else if (isRead)
         return exitDone;

@@ -46,11 +46,12 @@ bool IsStandardInput(const Arguments& arguments, const SecretKind& kind);
 /// once. Prints what is wrong otherwise. \return exitDone or exitUsage.
 int CheckOneStandardInput(Invocation& invocation, const std::vector<std::string>& files, std::initializer_list<SecretKind> secrets);
 
-/// How often a typed secret is asked for: twice for one that is new, and both lines must agree.
+/// How often a typed secret is asked for: twice for one that is new, and both lines must agree. A new password is not empty,
+/// wherever it comes from: where a store of passwords failed, what it should have protected would be open to everybody.
 enum class Asking { once, twice };
 
-/// Reads the secret that the two options of `kind` name; without them, asks for it. A key is not empty, a password may be.
-/// \return exitDone, or the exit code after the reason was printed, with `secret` empty.
+/// Reads the secret that the two options of `kind` name; without them, asks for it. A key is not empty; a password that is not new
+/// may be. \return exitDone, or the exit code after the reason was printed, with `secret` empty.
 int ReadSecret(Invocation& invocation, const SecretKind& kind, Asking asking, element& secret);
 /// The same for a key, which hexKeyOption tells to be written in hexadecimal digits.
 int ReadKey(Invocation& invocation, element& key);

@@ -35,6 +35,14 @@ TEST_F(CryptotoolProgram, StreamsAndPipesCarryBytes)
     EXPECT_EQ(Run("$T asn1"), 2);
 }
 
+TEST_F(CryptotoolProgram, AClosedStreamIsNotTheNextFile)
+{
+    EXPECT_EQ(Run("$T hash sha256 - -o sum <&-"), 1);
+    EXPECT_EQ(Get(u8"error"), "cryptotool: -: Bad file descriptor\n");
+    EXPECT_EQ(Run("$T random 16 >&-"), 1);
+    EXPECT_EQ(Get(u8"sum"), "");
+}
+
 TEST_F(CryptotoolProgram, NothingIsLeftWhenItIsInterrupted)
 {
     // The pipe stays open, so the program waits for more with its file begun.
