@@ -89,7 +89,7 @@ bool FillPlaceholders(CCryptoParser& tree, std::string_view name, std::string_vi
 {
     elementNode* placeholder = CCryptoParser::find_name(tree.root(), name, true, true);
     if (placeholder == nullptr)
-        return Fail(problem, "the template has no name " + std::string(name));
+        return Fail(problem, "the template has no name " + std::string(name) + " that is still without a value");
     if (value.starts_with(treeMark)) {
         CCryptoParser subTree;
         if (!ReadTree(value.substr(treeMark.size()), console, subTree, problem))
