@@ -59,7 +59,8 @@ public:
     /// \param lenient accepts an identifier at the very end as an element without a value.
     CCryptoDERAnalyzer(std::span<const std::uint8_t> input, bool lenient) : input_(input), lenient_(lenient) {}
 
-    /// Reads the head of the element at `position`, of which the level goes on to `end`.
+    /// Reads the head of the element at `position`, of which the level goes on to `end`. One whose length exceeds what remains is
+    /// read whole before that is a failure.
     Result read(std::uint32_t position, std::uint32_t end, DerHeader& header);
 
     std::span<const std::uint8_t> value(const DerHeader& header) const { return input_.subspan(header.valueStart, header.length); }

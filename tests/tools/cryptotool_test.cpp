@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 namespace {
 
 std::string Bytes(std::string_view hex)
@@ -187,6 +189,41 @@ TEST(CryptotoolOutline, TellsWhereEverythingLies)
         "\"constructed\":false,\"oid\":\"2.47\",\"name\":null}\n"
         "]}\n"
         "]}\n");
+}
+
+TEST(CryptotoolOutline, OfCutDataTellsWhatIsThere)
+{
+    const std::string whole = Bytes("3015"
+                                    "300c0603550403"
+                                    "0c054164612121"
+                                    "a2050403020105");
+    const std::vector<std::string> show = {"asn1", "show", "--lenient", "-"};
+    const std::string expected = RunTool(show, whole).output;
+    for (std::size_t length = 2; length < whole.size(); ++length) {
+        SCOPED_TRACE(length);
+        const std::string cut = whole.substr(0, length);
+        EXPECT_EQ(RunTool({"asn1", "show", "-"}, cut).code, exitRefused);
+        EXPECT_EQ(RunTool({"asn1", "show", "--lenient", "--as", "json", "-"}, cut).code, exitRefused);
+        const ToolResult shown = RunTool(show, cut);
+        EXPECT_EQ(shown.code, exitDone);
+        EXPECT_TRUE(shown.error.starts_with("cryptotool: -: warning: ")) << shown.error;
+        // Each line is the one of the whole data, but for what was cut off; of the last element not even the header need be whole.
+        std::istringstream lines(shown.output);
+        std::istringstream expectedLines(expected);
+        std::size_t cuts = 0;
+        for (std::string line, right; std::getline(lines, line);) {
+            std::getline(expectedLines, right);
+            const bool isCut = line.find(" (cut short: ") != std::string::npos;
+            cuts += isCut ? 1 : 0;
+            const std::size_t same = lines.peek() == EOF ? 7 : isCut ? right.size() : std::string::npos;
+            EXPECT_EQ(line.substr(0, same), right.substr(0, same));
+        }
+        EXPECT_GE(cuts, 1U) << shown.output;
+    }
+    const ToolResult last = RunTool(show, whole.substr(0, whole.size() - 2));
+    EXPECT_NE(last.output.find("OCTET_STRING #02 (cut short: 1 of 3 bytes)\n"), std::string::npos) << last.output;
+    EXPECT_NE(RunTool({"asn1", "show", "--lenient", "--json", "-"}, whole.substr(0, 4)).output.find("\"length\":12,\"depth\":1"),
+              std::string::npos);
 }
 
 TEST(CryptotoolOutline, ValuesReadAsPeopleWriteThem)

@@ -75,7 +75,7 @@ int Get(Invocation& invocation)
     const bool isBinary = form == "der" || form == "bytes";
     std::vector<DecodedBlock> blocks;
     std::string reason;
-    if (!ReadDecoded(invocation.console(), file, DecodingOptions(arguments), blocks, reason))
+    if (!ReadDecoded(invocation.console(), file, DecodingOptions(arguments), BrokenBlocks::refused, blocks, reason))
         return invocation.refuse(file, reason);
 
     std::string text;

@@ -87,7 +87,7 @@ int Match(Invocation& invocation)
     std::string reason;
     if (!ReadTemplate(invocation.console(), templateFile, arguments.value("from"), pattern, reason))
         return invocation.refuse(templateFile, reason);
-    if (!ReadDecoded(invocation.console(), file, DecodingOptions(arguments), blocks, reason))
+    if (!ReadDecoded(invocation.console(), file, DecodingOptions(arguments), BrokenBlocks::refused, blocks, reason))
         return invocation.refuse(file, reason);
 
     std::string text;

@@ -25,26 +25,26 @@ constexpr Option asn1ShowOptions[] = {
 
 using Blocks = std::vector<DecodedBlock>;
 
-bool WriteOutline(const Blocks& blocks, bool lenient, std::uint32_t levels, Output& output)
+bool WriteOutline(const Blocks& blocks, const DerOptions& options, std::uint32_t levels, Output& output)
 {
     bool written = true;
     for (std::size_t index = 0; index < blocks.size(); ++index) {
         const DecodedBlock& block = blocks[index];
         written = written && output.write(BlockHeading(blocks, index)) && output.write(OutlineHeading());
-        WalkOutline(block.data.bytes.bytes(), block.root(), lenient, levels,
+        WalkOutline(block.data.bytes.bytes(), block.root(), options, levels,
                     [&](const OutlineElement& line) { written = written && output.write(OutlineLine(line)); });
     }
     return written;
 }
 
-bool WriteOutlineJson(const Blocks& blocks, bool lenient, std::uint32_t levels, Output& output)
+bool WriteOutlineJson(const Blocks& blocks, const DerOptions& options, std::uint32_t levels, Output& output)
 {
     bool written = output.write("{\"blocks\":[");
     const char* before = "\n";
     for (const DecodedBlock& block : blocks) {
         written = written && output.write(before + ("{\"label\":" + BlockLabelJson(block)) + ",\"elements\":[");
         before = "\n";
-        WalkOutline(block.data.bytes.bytes(), block.root(), lenient, levels, [&](const OutlineElement& line) {
+        WalkOutline(block.data.bytes.bytes(), block.root(), options, levels, [&](const OutlineElement& line) {
             written = written && output.write(before + OutlineJson(line));
             before = ",\n";
         });
@@ -90,7 +90,8 @@ int Show(Invocation& invocation)
     const std::string file = arguments.operand(0);
     Blocks blocks;
     std::string reason;
-    if (!ReadDecoded(invocation.console(), file, decoding, blocks, reason))
+    const BrokenBlocks broken = form == "outline" && decoding.lenient ? BrokenBlocks::kept : BrokenBlocks::refused;
+    if (!ReadDecoded(invocation.console(), file, decoding, broken, blocks, reason))
         return invocation.refuse(file, reason);
     Output output(invocation.console(), arguments.value("output"), Output::Content::text);
     if (!output.open())
@@ -98,8 +99,11 @@ int Show(Invocation& invocation)
 
     bool written = false;
     if (form == "outline") {
-        written = (arguments.has("json") ? WriteOutlineJson : WriteOutline)(blocks, decoding.lenient,
-                                                                            static_cast<std::uint32_t>(levels), output);
+        written =
+            (arguments.has("json") ? WriteOutlineJson : WriteOutline)(blocks, decoding, static_cast<std::uint32_t>(levels), output);
+        for (const DecodedBlock& block : blocks)
+            if (!block.problem.empty())
+                invocation.warn(file, block.problem);
     } else {
         if (levels != 0) {
             for (DecodedBlock& block : blocks)

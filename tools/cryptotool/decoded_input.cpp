@@ -13,8 +13,8 @@ DerOptions DecodingOptions(const Arguments& arguments)
     return options;
 }
 
-bool ReadDecoded(Console& console, const std::string& name, const DerOptions& options, std::vector<DecodedBlock>& blocks,
-                 std::string& reason)
+bool ReadDecoded(Console& console, const std::string& name, const DerOptions& options, BrokenBlocks broken,
+                 std::vector<DecodedBlock>& blocks, std::string& reason)
 {
     std::vector<DataBlock> found;
     if (!ReadBlocks(console, name, found, reason))
@@ -23,12 +23,16 @@ bool ReadDecoded(Console& console, const std::string& name, const DerOptions& op
         DecodedBlock& block = blocks.emplace_back();
         block.data = std::move(data);
         StartReason();
-        if (!block.tree.Load_DER_Memory(block.data.bytes, options)) {
-            reason = Reason("it does not decode");
-            if (!block.data.label.empty())
-                reason.insert(0, PemBlockName(blocks.size(), block.data.label) + ": ");
-            else if (IsText(block.data.bytes.view()))
-                reason += "; it is text, but neither PEM nor base64";
+        if (block.tree.Load_DER_Memory(block.data.bytes, options))
+            continue;
+        block.problem = Reason("it does not decode");
+        const bool isText = block.data.label.empty() && IsText(block.data.bytes.view());
+        if (!block.data.label.empty())
+            block.problem.insert(0, PemBlockName(blocks.size(), block.data.label) + ": ");
+        else if (isText)
+            block.problem += "; it is text, but neither PEM nor base64";
+        if (isText || broken == BrokenBlocks::refused) {
+            reason = block.problem;
             return false;
         }
     }

@@ -11,6 +11,7 @@
 struct DecodedBlock {
     DataBlock data;
     CCryptoParser tree;
+    std::string problem; ///< why there is no tree
 
     const elementNode* root() const { return tree.root(); }
 };
@@ -18,9 +19,12 @@ struct DecodedBlock {
 /// The options "inside" and "lenient" of a call.
 DerOptions DecodingOptions(const Arguments& arguments);
 
-/// Reads an input and decodes every block of it. \return false with `reason`.
-bool ReadDecoded(Console& console, const std::string& name, const DerOptions& options, std::vector<DecodedBlock>& blocks,
-                 std::string& reason);
+/// What becomes of a block that does not decode.
+enum class BrokenBlocks { refused, kept };
+
+/// Reads an input and decodes every block of it. A block that is text is never kept. \return false with `reason`.
+bool ReadDecoded(Console& console, const std::string& name, const DerOptions& options, BrokenBlocks broken,
+                 std::vector<DecodedBlock>& blocks, std::string& reason);
 
 /// All blocks, one at least, as the items of one tree; the blocks' own trees are empty afterwards.
 CCryptoParser JoinBlocks(std::vector<DecodedBlock>& blocks);

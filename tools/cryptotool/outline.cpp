@@ -15,8 +15,10 @@ public:
     /// \return the offset behind the last element.
     std::uint32_t list(const elementNode* first, std::uint32_t position, std::uint32_t end, std::uint32_t depth);
     void rest(std::uint32_t position, std::uint32_t end, std::uint32_t depth);
+    void cut(const DerOptions& options);
 
 private:
+    std::uint32_t whole(const DerOptions& options, std::uint32_t position, std::uint32_t depth, DerHeader& next);
     std::uint32_t inside(const elementNode* first, const DerHeader& header, std::uint32_t depth);
     void tell(const OutlineElement& line)
     {
@@ -87,6 +89,38 @@ void Walk::rest(std::uint32_t position, std::uint32_t end, std::uint32_t depth)
     tell(line);
 }
 
+/// Tells the whole elements that follow each other. \return the offset behind them, with the header that was read there.
+std::uint32_t Walk::whole(const DerOptions& options, std::uint32_t position, std::uint32_t depth, DerHeader& next)
+{
+    const std::uint32_t start = position;
+    const auto end = static_cast<std::uint32_t>(input_.size());
+    while (analyzer_.read(position, end, next) == CCryptoDERAnalyzer::Result::element)
+        position = next.valueStart + next.length;
+    CCryptoDERParser parser(options);
+    const ElementNodePtr decoded = parser.Decode(input_.subspan(start, position - start));
+    return list(decoded.get(), start, position, depth);
+}
+
+void Walk::cut(const DerOptions& options)
+{
+    const auto end = static_cast<std::uint32_t>(input_.size());
+    std::uint32_t position = 0;
+    std::uint32_t depth = 0;
+    for (bool isOpen = true; isOpen && depth < CCryptoDERParser::deepestLevel; ++depth) {
+        OutlineElement line;
+        position = whole(options, position, depth, line.header);
+        if (line.header.start != position || line.header.length <= end - line.header.valueStart)
+            break;
+        isOpen = line.header.constructed();
+        line.depth = depth;
+        line.isOpen = isOpen;
+        line.value = input_.subspan(line.header.valueStart);
+        tell(line);
+        position = isOpen ? line.header.valueStart : end;
+    }
+    rest(position, end, depth);
+}
+
 } // namespace
 
 std::string_view OutlineElement::typeName() const
@@ -113,10 +147,13 @@ std::string_view OutlineElement::className() const
     }
 }
 
-void WalkOutline(std::span<const std::uint8_t> input, const elementNode* decoded, bool lenient, std::uint32_t levels,
+void WalkOutline(std::span<const std::uint8_t> input, const elementNode* decoded, const DerOptions& options, std::uint32_t levels,
                  const std::function<void(const OutlineElement&)>& visit)
 {
-    Walk walk(input, lenient, levels, visit);
+    Walk walk(input, options.lenient, levels, visit);
     const auto end = static_cast<std::uint32_t>(input.size());
-    walk.rest(walk.list(decoded, 0, end, 0), end, 0);
+    if (decoded != nullptr)
+        walk.rest(walk.list(decoded, 0, end, 0), end, 0);
+    else
+        walk.cut(options);
 }

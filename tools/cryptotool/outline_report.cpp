@@ -70,6 +70,8 @@ std::string OutlineLine(const OutlineElement& line)
         text += " " + NamedOid(dotted);
     else if (HasValue(line))
         text += " " + ShortValue(line);
+    if (line.isCut())
+        text += " (cut short: " + std::to_string(line.value.size()) + " of " + std::to_string(line.header.length) + " bytes)";
     return text + "\n";
 }
 
@@ -90,5 +92,7 @@ std::string OutlineJson(const OutlineElement& line)
     } else if (HasValue(line)) {
         json += ",\"value\":" + JsonString(ShortValue(line));
     }
+    if (line.isCut())
+        json += ",\"present\":" + std::to_string(line.value.size());
     return json + "}";
 }

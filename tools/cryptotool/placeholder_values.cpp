@@ -64,7 +64,7 @@ bool PlainValue(std::string_view text, elementNode& placeholder, element& value,
 bool ReadTree(std::string_view file, Console& console, CCryptoParser& tree, FillProblem& problem)
 {
     std::vector<DecodedBlock> blocks;
-    if (!ReadDecoded(console, std::string(file), {}, blocks, problem.reason)) {
+    if (!ReadDecoded(console, std::string(file), {}, BrokenBlocks::refused, blocks, problem.reason)) {
         problem.file = file;
         return false;
     }
