@@ -18,12 +18,12 @@ const char* InflateOutput::deliver(std::span<const std::uint8_t> bytes)
         if (!sink_(bytes))
             return "The receiver of the output stopped";
     }
-    return tooLarge ? "The output exceeds the limit of its size" : nullptr;
+    return tooLarge ? InflateLimits::outputReason : nullptr;
 }
 
 const char* InflateOutput::judge(std::uint64_t consumed) const
 {
     if (limits_.mostRatio == 0 || total_ <= limits_.freeOutput || total_ / limits_.mostRatio <= consumed)
         return nullptr;
-    return "The output exceeds the limit of its ratio to the input";
+    return InflateLimits::ratioReason;
 }

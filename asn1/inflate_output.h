@@ -17,6 +17,9 @@ struct InflateLimits {
     static constexpr std::uint64_t usualOutput = std::uint64_t{1} << 30;
     static constexpr std::uint32_t usualRatio = 256;
     static constexpr std::uint64_t usualFreeOutput = std::uint64_t{1} << 24;
+    /// The reasons for what exceeds them.
+    static constexpr const char* outputReason = "The output exceeds the limit of its size";
+    static constexpr const char* ratioReason = "The output exceeds the limit of its ratio to the input";
 
     /// Bytes of output in all. The sink gets as many, never more.
     std::uint64_t mostOutput = usualOutput;

@@ -61,9 +61,14 @@ int Transfer::refuseStream(const CDeflateStream& stream)
 {
     if (!outputReason_.empty())
         return invocation_.refuse(output_.name(), outputReason_);
-    const std::string reason = stream.reason();
-    return refuseInput(reason.empty() ? Reason("it cannot be processed")
-                                      : reason + " (offset " + std::to_string(stream.reasonOffset()) + ")");
+    std::string reason = stream.reason();
+    if (reason.empty())
+        return refuseInput(Reason("it cannot be processed"));
+    const std::string_view option = reason == InflateLimits::outputReason  ? "--max-output"
+                                    : reason == InflateLimits::ratioReason ? "--max-ratio"
+                                                                           : "";
+    reason += " (offset " + std::to_string(stream.reasonOffset()) + ")";
+    return refuseInput(option.empty() ? reason : reason + "; " + std::string(option) + " sets another");
 }
 
 int Transfer::refuseInput(std::string_view reason)
