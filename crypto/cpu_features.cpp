@@ -1,8 +1,13 @@
 #include "crypto/cpu_features.h"
 
+#include "core/log_writers.h"
+
 #include <cpuid.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <iterator>
+#include <string>
 
 namespace cpu {
 
@@ -71,6 +76,25 @@ std::uint32_t AskProcessor()
     return found;
 }
 
+/// What the environment variable says, read once.
+struct Environment {
+    std::uint32_t allowed;
+    std::string unknown;
+};
+
+const Environment& TheEnvironment()
+{
+    static const Environment environment = [] {
+        const char* const text = std::getenv("CRYPTO_CPU");
+        std::string_view unknown;
+        const std::uint32_t allowed = LimitFeatures(PresentFeatures(), text == nullptr ? "" : text, unknown);
+        if (!unknown.empty())
+            WriteLog_G("CRYPTO_CPU: unknown word %s", std::string(unknown).c_str());
+        return Environment{allowed, std::string(unknown)};
+    }();
+    return environment;
+}
+
 } // namespace
 
 std::uint32_t PresentFeatures()
@@ -79,16 +103,20 @@ std::uint32_t PresentFeatures()
     return present;
 }
 
-std::uint32_t LimitFeatures(std::uint32_t present, std::string_view text)
+std::uint32_t LimitFeatures(std::uint32_t present, std::string_view text, std::string_view& unknown)
 {
+    unknown = {};
     if (text == "portable")
         return none;
     while (!text.empty()) {
         const std::size_t comma = text.find(',');
         const std::string_view item = text.substr(0, comma);
-        for (const Word& word : words)
-            if (item.size() == word.name.size() + 1 && item.front() == '-' && item.substr(1) == word.name)
-                present &= ~word.feature;
+        const auto* const word =
+            std::ranges::find_if(words, [item](const Word& row) { return item.starts_with('-') && item.substr(1) == row.name; });
+        if (word != std::end(words))
+            present &= ~word->feature;
+        else if (unknown.empty())
+            unknown = item;
         text = comma == std::string_view::npos ? std::string_view{} : text.substr(comma + 1);
     }
     // Code for 256-bit AES uses the other groups, too.
@@ -99,11 +127,12 @@ std::uint32_t LimitFeatures(std::uint32_t present, std::string_view text)
 
 std::uint32_t AllowedFeatures()
 {
-    static const std::uint32_t allowed = [] {
-        const char* text = std::getenv("CRYPTO_CPU");
-        return LimitFeatures(PresentFeatures(), text == nullptr ? std::string_view{} : std::string_view{text});
-    }();
-    return allowed;
+    return TheEnvironment().allowed;
+}
+
+std::string_view UnknownWord()
+{
+    return TheEnvironment().unknown;
 }
 
 } // namespace cpu

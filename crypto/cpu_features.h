@@ -21,15 +21,19 @@ enum Feature : std::uint32_t {
 /// the processor once.
 ///
 /// The environment variable CRYPTO_CPU is read once: "portable" forbids all of them, any other text is a list of words separated
-/// by commas, "-avx2" for a group that is forbidden. Unknown words are ignored. It is for tests and measurements: nothing can be
-/// allowed that the processor lacks.
+/// by commas, "-avx2" for a group that is forbidden. Unknown words are logged and forbid nothing. It is for tests and measurements:
+/// nothing can be allowed that the processor lacks.
 std::uint32_t AllowedFeatures();
 
 /// The same without the environment.
 std::uint32_t PresentFeatures();
 
-/// What `text`, the environment variable's, leaves of `present`.
-std::uint32_t LimitFeatures(std::uint32_t present, std::string_view text);
+/// What `text`, the environment variable's, leaves of `present`. \param unknown the first word that means nothing, empty when all
+/// mean something.
+std::uint32_t LimitFeatures(std::uint32_t present, std::string_view text, std::string_view& unknown);
+
+/// The word of the environment variable that means nothing; empty when there is none.
+std::string_view UnknownWord();
 
 } // namespace cpu
 

@@ -11,19 +11,24 @@ TEST(CpuFeatures, TheEnvironmentCanOnlyForbid)
         std::uint32_t present;
         const char* text;
         std::uint32_t left;
+        const char* unknown;
     } const cases[] = {
-        {all, "", all},
-        {all, "portable", cpu::none},
-        {all, "-shani", all & ~cpu::shaNi},
-        {all, "-adx,-shani", all & ~(cpu::adx | cpu::shaNi)},
-        {all, "-vaes,", all & ~cpu::vaes},
-        {all, "-aesni", all & ~(cpu::aesNi | cpu::vaes)},
-        {all, "-avx2", all & ~(cpu::avx2 | cpu::vaes)},
-        {all, "avx2,-avx512, -adx", all},
-        {cpu::adx, "shani,avx2", cpu::adx},
+        {all, "", all, ""},
+        {all, "portable", cpu::none, ""},
+        {all, "-shani", all & ~cpu::shaNi, ""},
+        {all, "-adx,-shani", all & ~(cpu::adx | cpu::shaNi), ""},
+        {all, "-vaes,", all & ~cpu::vaes, ""},
+        {all, "-aesni", all & ~(cpu::aesNi | cpu::vaes), ""},
+        {all, "-avx2", all & ~(cpu::avx2 | cpu::vaes), ""},
+        {all, "avx2,-avx512, -adx", all, "avx2"},
+        {all, "-adx,,-", all & ~cpu::adx, "-"},
+        {cpu::adx, "shani,avx2", cpu::adx, "shani"},
     };
-    for (const auto& row : cases)
-        EXPECT_EQ(cpu::LimitFeatures(row.present, row.text), row.left) << row.text;
+    for (const auto& row : cases) {
+        std::string_view unknown = "of a call before";
+        EXPECT_EQ(cpu::LimitFeatures(row.present, row.text, unknown), row.left) << row.text;
+        EXPECT_EQ(unknown, row.unknown);
+    }
 }
 
 TEST(CpuFeatures, TheLastVariantThatMayRunIsChosen)

@@ -1,4 +1,5 @@
 #include "core/ascii.h"
+#include "crypto/cpu_features.h"
 #include "tools/cryptotool/command_table.h"
 #include "tools/cryptotool/invocation.h"
 #include "tools/cryptotool/output.h"
@@ -178,6 +179,8 @@ int MeasureSpeed(Invocation& invocation)
             return std::ranges::none_of(names, [&](const std::string& name) { return Matches(row, name); });
         });
 
+    if (!cpu::UnknownWord().empty())
+        invocation.warn("CRYPTO_CPU", "unknown word " + std::string(cpu::UnknownWord()));
     Output output(invocation.console(), arguments.value(outputOption.name), Output::Content::text);
     if (!output.open())
         return invocation.refuse(output.name(), output.reason());
