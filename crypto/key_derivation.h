@@ -26,6 +26,9 @@ public:
 
     using Bytes = std::span<const std::uint8_t>;
 
+    /// Whether PBKDF2 or PKCS12 would give a key of `length` bytes for a password within the bounds. The reason is logged when not.
+    static bool Allows(std::uint32_t hashId, Bytes salt, std::uint32_t iterations, std::uint32_t length);
+
     /// RFC 8018, 5.1. \param length at most the digest's.
     static element PBKDF1(std::uint32_t hashId, Bytes password, Bytes salt, std::uint32_t iterations, std::uint32_t length);
 

@@ -88,6 +88,7 @@ std::unique_ptr<ICryptoKeyPair> CCryptoKeyFile::Load(std::span<const std::uint8_
 {
     CCryptoAutoLogger logger("CCryptoKeyFile::Load");
     reason_ = {};
+    refusedContent_ = false;
     std::unique_ptr<ICryptoKeyPair> key;
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     if (bytes.size() > longestFile) {
@@ -146,8 +147,10 @@ std::unique_ptr<ICryptoKeyPair> CCryptoKeyFile::loadAs(KeyForm form, const eleme
         key = LoadECPrivateKey(der);
         break;
     }
-    if (key == nullptr)
+    if (key == nullptr && reason_.isEmpty()) {
+        refusedContent_ = true;
         refuse("it is no key of a supported algorithm, or its numbers do not make a valid key");
+    }
     return key;
 }
 

@@ -34,6 +34,8 @@ public:
     KeyForm form() const { return form_; }
     /// Why the last operation failed, for people.
     const CCryptoString& reason() const { return reason_; }
+    /// The last Load found a key and refused its algorithm or its numbers: the error text of the operation that did tells which.
+    bool refusedContent() const { return refusedContent_; }
 
     /// A key in a form; encryptedPrivateKey wants `password` and `encryption`. \return DER; empty, logged, when the key does not
     /// have the form.
@@ -53,5 +55,6 @@ private:
     std::nullptr_t refuse(const char* reason);
 
     KeyForm form_ = KeyForm::publicKeyInfo;
+    bool refusedContent_ = false;
     CCryptoString reason_;
 };

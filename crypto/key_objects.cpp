@@ -64,6 +64,28 @@ bool HasVersion(const CCryptoASN1Object& object, std::uint32_t first, std::uint3
     return version.length() == 1 && !version.negative() && version.toWord32() >= first && version.toWord32() <= last;
 }
 
+/// What follows the template's items is passed over by the match.
+bool HasItems(const elementNode* sequence, std::uint32_t count)
+{
+    const elementNode* item = sequence->content();
+    for (; item != nullptr && count != 0; --count)
+        item = item->next();
+    return item == nullptr && count == 0;
+}
+
+/// Attributes, and the public key of a OneAsymmetricKey (RFC 5958, 2).
+bool HasTaggedItemsBehind(const elementNode* sequence, std::uint32_t count)
+{
+    const elementNode* item = sequence->content();
+    for (; item != nullptr; item = item->next()) {
+        if (count != 0)
+            --count;
+        else if (item->type() != ElementType::contextSpecific)
+            return false;
+    }
+    return count == 0;
+}
+
 bool FillAlgorithm(CCryptoParser& parser, CCryptoAlgorithmIdentifier& algorithm)
 {
     const ElementNodePtr tree = algorithm.BuildTree();
@@ -89,7 +111,7 @@ bool CCryptoSubjectPublicKeyInfo::BuildNode()
 bool CCryptoSubjectPublicKeyInfo::ParseNode()
 {
     publicKey = Octets(findBytes("publicKey"));
-    return algorithm.Parse(find("algorithmIdentifier"));
+    return HasItems(data(), 2) && algorithm.Parse(find("algorithmIdentifier"));
 }
 
 CCryptoPrivateKeyInfo::CCryptoPrivateKeyInfo() : CCryptoASN1Object(privateKeyInfoTemplate) {}
@@ -103,7 +125,7 @@ bool CCryptoPrivateKeyInfo::BuildNode()
 bool CCryptoPrivateKeyInfo::ParseNode()
 {
     privateKey = Octets(findBytes("PrivateKey"));
-    return HasVersion(*this, 0, 1) && algorithm.Parse(find("algorithmIdentifier"));
+    return HasVersion(*this, 0, 1) && HasTaggedItemsBehind(data(), 3) && algorithm.Parse(find("algorithmIdentifier"));
 }
 
 CCryptoEncryptedPrivateKeyInfo::CCryptoEncryptedPrivateKeyInfo() : CCryptoASN1Object(encryptedPrivateKeyInfoTemplate) {}
@@ -116,7 +138,7 @@ bool CCryptoEncryptedPrivateKeyInfo::BuildNode()
 bool CCryptoEncryptedPrivateKeyInfo::ParseNode()
 {
     encryptedData = Octets(findBytes("encryptedData"));
-    return algorithm.Parse(find("algorithmIdentifier"));
+    return HasItems(data(), 2) && algorithm.Parse(find("algorithmIdentifier"));
 }
 
 CCryptoRSAPublicKeyObject::CCryptoRSAPublicKeyObject() : CCryptoASN1Object(rsaPublicKeyTemplate) {}
@@ -128,7 +150,7 @@ bool CCryptoRSAPublicKeyObject::BuildNode()
 
 bool CCryptoRSAPublicKeyObject::ParseNode()
 {
-    return ReadNumbers(*this, publicRsaNumbers, numbers);
+    return HasItems(data(), 2) && ReadNumbers(*this, publicRsaNumbers, numbers);
 }
 
 CCryptoRSAPrivateKeyObject::CCryptoRSAPrivateKeyObject() : CCryptoASN1Object(rsaPrivateKeyTemplate) {}
@@ -140,7 +162,7 @@ bool CCryptoRSAPrivateKeyObject::BuildNode()
 
 bool CCryptoRSAPrivateKeyObject::ParseNode()
 {
-    return HasVersion(*this, 0, 0) && ReadNumbers(*this, rsaNumbers, numbers);
+    return HasVersion(*this, 0, 0) && HasItems(data(), 9) && ReadNumbers(*this, rsaNumbers, numbers);
 }
 
 CCryptoECPrivateKeyObject::CCryptoECPrivateKeyObject() : CCryptoASN1Object(ecPrivateKeyTemplate) {}
@@ -169,6 +191,8 @@ bool CCryptoECPrivateKeyObject::ParseNode()
     CCryptoAutoLogger logger("CCryptoECPrivateKeyObject::ParseNode");
     if (!HasVersion(*this, 1, 1))
         return logger.setRetValue(3, false, "The version of the key is not 1");
+    if (!HasItems(data(), 2u + isBound("parameters") + isBound("publicKey")))
+        return logger.setRetValue(3, false, "More than a key stands in it");
     scalar = Octets(findBytes("privateKey"));
     publicPoint = Octets(findBytes("publicKey"));
     if (const elementNode* parameters = find("parameters"); parameters != nullptr) {

@@ -72,6 +72,12 @@ void AddRepeated(std::span<std::uint8_t> block, std::span<const std::uint8_t> di
 
 } // namespace
 
+bool CCryptoKeyDerivation::Allows(std::uint32_t hashId, Bytes salt, std::uint32_t iterations, std::uint32_t length)
+{
+    CCryptoAutoLogger logger("CCryptoKeyDerivation::Allows");
+    return HashFor(logger, {HashOfHMAC(hashId), {}, salt, iterations, length}) != nullptr && logger.setResult(true);
+}
+
 element CCryptoKeyDerivation::PBKDF1(std::uint32_t hashId, Bytes password, Bytes salt, std::uint32_t iterations,
                                      std::uint32_t length)
 {

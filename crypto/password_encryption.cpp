@@ -138,11 +138,10 @@ bool ReadRecipe(CCryptoAutoLogger& logger, const CCryptoAlgorithmIdentifier& how
         how.id() == algorithm::pbes2 ? ReadPBES2(logger, how.parameters(), recipe) : ReadPKCS12(logger, how, recipe);
     if (!isRead)
         return false;
-    if (recipe.iterations == 0 || recipe.iterations > CCryptoKeyDerivation::mostIterations)
-        return logger.setRetValue(3, false, "Number of iterations out of bounds: %u", recipe.iterations);
-    if (recipe.salt.length() > CCryptoKeyDerivation::longestInput)
-        return logger.setRetValue(3, false, "Length of the salt out of bounds: %u", recipe.salt.length());
-    return true;
+    const bool isPKCS12 = recipe.scheme != nullptr;
+    return CCryptoKeyDerivation::Allows(isPKCS12 ? std::uint32_t{algorithm::sha1} : recipe.prf, recipe.salt.bytes(),
+                                        recipe.iterations, isPKCS12 ? recipe.scheme->keyLength : recipe.keyLength) ||
+           logger.setRetValue(3, false, "No key can be derived so");
 }
 
 struct KeyAndVector {

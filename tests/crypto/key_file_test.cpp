@@ -1,5 +1,7 @@
 #include "asn1/algorithm_table.h"
 #include "asn1/asn1_values.h"
+#include "asn1/der_parser.h"
+#include "asn1/parser.h"
 #include "crypto/ec_key_pair.h"
 #include "crypto/hash.h"
 #include "crypto/key_encoding.h"
@@ -158,6 +160,13 @@ TEST(KeyFile, AsksForNoPasswordThatCannotHelp)
         {"parameters of another scheme", [](Parameters&) {}, algorithm::pkcs12Sha1TripleDes3Key, false},
         {"no iterations", [](Parameters& p) { p.iterations = 0; }, algorithm::pbes2, false},
         {"too many", [](Parameters& p) { p.iterations = 50'000'001; }, algorithm::pbes2, false},
+        {"too many for two digests",
+         [](Parameters& p) {
+             p.iterations = 25'000'001;
+             p.cipher = algorithm::aes256Cbc;
+             p.prf = algorithm::hmacSha1;
+         },
+         algorithm::pbes2, false},
         {"a salt too long", [](Parameters& p) { p.salt = ElementOf(Bytes(65537, 1)); }, algorithm::pbes2, false},
         {"a hash as pseudorandom function", [](Parameters& p) { p.prf = algorithm::sha256; }, algorithm::pbes2, false},
         {"a short vector", [](Parameters& p) { p.iv = ElementOf(Bytes(15, 2)); }, algorithm::pbes2, false},
@@ -227,6 +236,31 @@ TEST(KeyFile, AlgorithmsHaveTheirOwnParametersAlone)
         }
         EXPECT_EQ(LoadPublicKeyInfo(half.BuildDer()) != nullptr, test.isKey);
         EXPECT_EQ(LoadPrivateKeyInfo(whole.BuildDer()) != nullptr, test.isKey);
+    }
+}
+
+TEST(KeyFile, NothingStandsBehindTheItemsOfAKey)
+{
+    const element more = CCryptoASN1OctetStringObject(element("more")).BuildDer();
+    for (const std::uint32_t kind : {algorithm::rsaEncryption, algorithm::prime256v1, algorithm::x25519}) {
+        const std::unique_ptr<ICryptoKeyPair> key = KeyOf(kind);
+        ASSERT_NE(key, nullptr);
+        for (const KeyForm form : {KeyForm::publicKeyInfo, KeyForm::rsaPublicKey, KeyForm::privateKeyInfo,
+                                   KeyForm::encryptedPrivateKey, KeyForm::rsaPrivateKey, KeyForm::ecPrivateKey}) {
+            SCOPED_TRACE(CCryptoKeyFile::Label(form));
+            SCryptoPasswordEncryption encryption;
+            encryption.iterations = 1;
+            CCryptoKeyFile file;
+            const element der = file.Save(*key, form, "x", encryption);
+            if (der.isEmpty())
+                continue;
+            CCryptoParser tree;
+            ASSERT_TRUE(tree.Load_DER_Memory(der));
+            ASSERT_NE(file.Load(tree.ToDer().bytes(), Password("x")), nullptr);
+            elementNode* const last = tree.root()->content()->last();
+            last->set(LinkKind::sibling, CCryptoDERParser().Decode(more.bytes()));
+            EXPECT_EQ(file.Load(tree.ToDer().bytes(), Password("x")), nullptr);
+        }
     }
 }
 

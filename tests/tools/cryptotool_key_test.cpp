@@ -271,6 +271,8 @@ TEST_F(CryptotoolKey, RefusesWithAReason)
         {{"key", "show", junk}, junk + ": it is neither DER nor PEM of a key"},
         {{"key", "show", Put(u8"empty", "")}, File(u8"empty") + ": it is empty"},
         {{"key", "show", Put(u8"cut", publishedKey.substr(0, 150))}, File(u8"cut") + ": "},
+        {{"key", "show", Put(u8"small", "MAcCAQECAgEB")},
+         File(u8"small") + ": it is no key of a supported algorithm, or its numbers do not make a valid key: "},
         {{"key", "show", encrypted}, "password: no line came from a terminal"},
         {{"key", "show", encrypted, "--password-file", missing}, missing + ": "},
         {{"key", "show", encrypted, "--password-fd", "4000000000"}, "descriptor 4000000000: there is no such descriptor"},

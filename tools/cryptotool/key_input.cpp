@@ -2,6 +2,7 @@
 
 #include "asn1/pem.h"
 #include "tools/cryptotool/input.h"
+#include "tools/cryptotool/reason.h"
 
 namespace {
 
@@ -33,6 +34,7 @@ int ReadKey(Invocation& invocation, const std::string& file, KeyInput& input)
         return invocation.refuse(file, reason);
     int passwordExit = exitDone;
     CCryptoKeyFile keyFile;
+    StartReason();
     input.key = keyFile.Load(bytes.bytes(), [&](element& password) {
         passwordExit = ReadSecret(invocation, passwordSecret, Asking::once, password);
         return passwordExit == exitDone;
@@ -40,5 +42,9 @@ int ReadKey(Invocation& invocation, const std::string& file, KeyInput& input)
     input.form = keyFile.form();
     if (passwordExit != exitDone)
         return passwordExit;
-    return input.key != nullptr ? exitDone : invocation.refuse(file, keyFile.reason().view());
+    if (input.key != nullptr)
+        return exitDone;
+    reason = keyFile.reason().view();
+    const std::string detail = keyFile.refusedContent() ? Reason("") : std::string();
+    return invocation.refuse(file, detail.empty() ? reason : reason + ": " + detail);
 }
