@@ -1,4 +1,5 @@
 #include "tests/core/temporary_directory.h"
+#include "tests/tools/in_folder.h"
 #include "tests/tools/memory_console.h"
 #include "tests/tools/small_files.h"
 #include "tools/cryptotool/command.h"
@@ -67,21 +68,6 @@ std::vector<Example> Examples(const std::string& document)
     }
     return examples;
 }
-
-/// Makes a folder the current one for a scope.
-class InFolder {
-public:
-    explicit InFolder(const std::filesystem::path& path) : before_(std::filesystem::current_path())
-    {
-        std::filesystem::current_path(path);
-    }
-    ~InFolder() { std::filesystem::current_path(before_); }
-    InFolder(const InFolder&) = delete;
-    InFolder& operator=(const InFolder&) = delete;
-
-private:
-    std::filesystem::path before_;
-};
 
 TEST(CryptotoolDocument, HoldsEveryHelpText)
 {

@@ -1,4 +1,5 @@
 #include "tests/core/temporary_directory.h"
+#include "tests/tools/in_folder.h"
 #include "tests/tools/memory_console.h"
 #include "tests/tools/small_files.h"
 #include "tools/cryptotool/sum_line.h"
@@ -82,8 +83,36 @@ TEST(CryptotoolHash, OddNamesAreEscapedAndReadBack)
     SumLine sum;
     EXPECT_TRUE(sum.read("AB *name"));
     EXPECT_EQ(sum.text(), "ab  name\n");
-    for (const char* line : {"", " ", "00", "00 ", "00  ", "00 name", "0g  name", "  name", "\\00  a\\", "\\00  \\x", "\\"})
+    EXPECT_TRUE(sum.read("\\MD5 (a\\nb) = AB"));
+    EXPECT_EQ(sum.text(), "\\ab  a\\nb\n");
+    for (const char* line : {"", " ", "00", "00 ", "00  ", "00 name", "0g  name", "  name", "\\00  a\\", "\\00  \\x", "\\",
+                             "MD5 (a) = ", "MD5 (a) = 0g", "MD5 () = 00", "MD5 (a) =00", "MD5 (a = 00", "\\MD5 (\\x) = 00"})
         EXPECT_FALSE(sum.read(line)) << line;
+}
+
+TEST(CryptotoolHash, ChecksLinesThatNameTheAlgorithm)
+{
+    const TemporaryDirectory folder;
+    const InFolder inFolder(folder.path());
+    const std::string other = "900150983cd24fb0d6963f7d28e17f72";
+    const struct {
+        std::string line;
+        const char* output; ///< empty for a line that is no sum here
+    } cases[] = {
+        {"SHA256 (a) = " + abcSum, "a: OK\n"},
+        {"sha-256 (b (c) = d) = " + abcSum, "b (c) = d: OK\n"},
+        {abcSum + "  g (h) = 00", "g (h) = 00: OK\n"},
+        {"SHA256 (a) = " + abcSum.substr(1) + "0", "a: FAILED\n"},
+        {"SHA512 (a) = " + abcSum, ""},
+        {"MD5 (a) = " + other, ""},
+        {"SHA256 (a) = " + other, ""},
+    };
+    for (const char* name : {"a", "b (c) = d", "g (h) = 00"})
+        PutFile(name, "abc");
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.line);
+        EXPECT_EQ(RunTool({"hash", "--check", "sha256", "-"}, test.line + "\n").output, test.output);
+    }
 }
 
 TEST(CryptotoolHash, ATerminalIsNotSteeredByNames)

@@ -15,8 +15,8 @@ namespace {
 
 constexpr std::string_view hashDetails =
     R"(Prints the digest of each FILE, "-" for standard input, on a line as sha256sum and its like do. ALG is md4, md5, sha1, sha224,
-sha256, sha384, sha512 or md5-sha1, in either case, with or without "-". With --check the FILEs are lists of such lines, and each
-file they name is reported as OK or FAILED; the exit is 1 when one failed.
+sha256, sha384, sha512 or md5-sha1, in either case, with or without "-". With --check the FILEs are lists of such lines, or of
+lines in BSD's form ("SHA256 (FILE) = ..."), and each file they name is reported as OK or FAILED; the exit is 1 when one failed.
 )";
 
 constexpr Option checkOption = {OptionKind::flag, 'c', "check", "", "check the files that the lines of each FILE name"};
@@ -54,7 +54,7 @@ public:
             if (line.ends_with('\r'))
                 line.remove_suffix(1);
             SumLine sum;
-            if (!sum.read(line) || sum.digits.size() != std::size_t{2} * hash_.digestSize())
+            if (!sum.read(line) || !isOurs(sum))
                 code_ = invocation_.refuse(list, "line " + std::to_string(number) + " holds no " + hash_.name() + " sum");
             else if (!checkLine(sum))
                 return false;
@@ -82,6 +82,15 @@ private:
         const element found = hash_.final();
         digits = HexText(found.bytes()).view();
         return true;
+    }
+    bool isOurs(const SumLine& sum) const
+    {
+        if (sum.digits.size() != std::size_t{2} * hash_.digestSize())
+            return false;
+        if (sum.algorithm.empty())
+            return true;
+        const auto named = ICryptoHash::CreateByName(sum.algorithm);
+        return named != nullptr && std::string_view(named->name()) == hash_.name();
     }
     bool checkLine(const SumLine& sum)
     {

@@ -74,17 +74,44 @@ bool SumLine::read(std::string_view line)
     const bool isEscaped = line.starts_with('\\');
     if (isEscaped)
         line.remove_prefix(1);
+    std::string_view name;
+    const bool isRead = readUsual(line, name) || readTagged(line, name);
+    if (isRead && isEscaped)
+        return UnescapeName(name, file);
+    file = name;
+    return isRead;
+}
+
+bool SumLine::readUsual(std::string_view line, std::string_view& name)
+{
     const std::size_t end = line.find(' ');
-    if (end == std::string_view::npos || end == 0 || line.size() < end + 3 || (line[end + 1] != ' ' && line[end + 1] != '*'))
+    if (end == std::string_view::npos || line.size() < end + 3 || (line[end + 1] != ' ' && line[end + 1] != '*'))
         return false;
-    for (const char character : line.substr(0, end)) {
+    name = line.substr(end + 2);
+    return takeDigits(line.substr(0, end));
+}
+
+bool SumLine::readTagged(std::string_view line, std::string_view& name)
+{
+    constexpr std::string_view open = " (";
+    constexpr std::string_view close = ") = ";
+    const std::size_t start = line.find(open);
+    const std::size_t end = line.rfind(close);
+    if (start == std::string_view::npos || end == std::string_view::npos || end <= start + open.size() ||
+        !takeDigits(line.substr(end + close.size())))
+        return false;
+    algorithm = line.substr(0, start);
+    name = line.substr(start + open.size(), end - start - open.size());
+    return true;
+}
+
+bool SumLine::takeDigits(std::string_view text)
+{
+    digits.clear();
+    for (const char character : text) {
         if (!IsHexDigit(character))
             return false;
         digits += ToSmall(character);
     }
-    const std::string_view name = line.substr(end + 2);
-    if (isEscaped)
-        return UnescapeName(name, file);
-    file = name;
-    return true;
+    return !digits.empty();
 }

@@ -8,11 +8,18 @@
 struct SumLine {
     std::string digits; ///< hexadecimal, in small letters
     std::string file;
+    std::string algorithm = {}; ///< as a line of BSD's form names it, otherwise empty
 
     /// With its end.
     std::string text() const;
     /// The name as it stands in such a line; \param text what follows it on a line of its own.
     static std::string About(std::string_view file, std::string_view text);
-    /// Takes the second blank, or "*" in its place, as well; the line stands without its end. \return false when it is none.
+    /// Takes "*" in place of the second blank, and BSD's form, "SHA256 (NAME) = DIGITS", as well; the line stands without its end.
+    /// \return false when it is none.
     bool read(std::string_view line);
+
+private:
+    bool readUsual(std::string_view line, std::string_view& name);
+    bool readTagged(std::string_view line, std::string_view& name);
+    bool takeDigits(std::string_view text);
 };
