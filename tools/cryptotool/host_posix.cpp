@@ -97,12 +97,12 @@ private:
     std::array<struct sigaction, signals.size()> actions_ = {};
 };
 
-/// \return false when a signal or the end comes before the end of the line.
+/// \return false when a signal or the end comes before the end of the line, and for a line longer than a terminal keeps by itself.
 bool ReadLine(int terminal, element& line)
 {
-    // The terminal itself keeps no longer line.
-    line.reserve(4096);
-    for (;;) {
+    constexpr std::uint32_t longestLine = 4096;
+    line.reserve(longestLine);
+    while (line.length() < longestLine) {
         std::uint8_t byte = 0;
         if (signalWhileHidden != 0 || ::read(terminal, &byte, 1) != 1)
             return false;
@@ -110,6 +110,7 @@ bool ReadLine(int terminal, element& line)
             return true;
         line.append(byte);
     }
+    return false;
 }
 
 int Descriptor(std::intptr_t handle)
@@ -149,6 +150,8 @@ SystemConsole::SystemConsole()
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         if (fcntl(stream, F_GETFD) < 0 && errno == EBADF)
             ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    // A file that grows beyond the limit of the process is a reason to refuse, and its beginning is removed.
+    signal(SIGXFSZ, SIG_IGN);
 }
 
 std::int64_t SystemConsole::readInput(std::span<std::uint8_t> target)

@@ -56,6 +56,13 @@ TEST_F(CryptotoolProgram, NothingIsLeftWhenItIsInterrupted)
     EXPECT_EQ(Get(u8"out"), "old\n");
 }
 
+TEST_F(CryptotoolProgram, NothingIsLeftBeyondTheLimitOfFiles)
+{
+    EXPECT_EQ(Run("(ulimit -f 1 && $T random 1M -o out)"), 1);
+    EXPECT_EQ(Get(u8"error"), "cryptotool: out: File too large\n");
+    EXPECT_EQ(Run("ls out*"), 2);
+}
+
 TEST_F(CryptotoolProgram, SecretsAreForTheirOwnerAlone)
 {
     EXPECT_EQ(Run("umask 0; echo old >key; chmod 644 key; $T key gen P-256 -o key; $T key convert key -o converted; "

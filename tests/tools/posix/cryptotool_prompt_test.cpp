@@ -36,6 +36,13 @@ public:
         return shown;
     }
     void type(const std::string& text) { EXPECT_EQ(write(master_, text.data(), text.size()), static_cast<ssize_t>(text.size())); }
+    void editNoLines()
+    {
+        termios modes = {};
+        tcgetattr(master_, &modes);
+        modes.c_lflag &= ~static_cast<tcflag_t>(ICANON);
+        EXPECT_EQ(tcsetattr(master_, TCSANOW, &modes), 0);
+    }
     bool showsTyping() const
     {
         termios modes = {};
@@ -63,6 +70,17 @@ TEST(CryptotoolPrompt, AKeyIsTypedWithoutBeingShown)
     EXPECT_EQ(terminal.shownUntil("\n"), "5bdcc146bf60754e6a042426089575c75a003f089d2739839dec58b964ec3843  -\r\n");
     EXPECT_TRUE(terminal.showsTyping());
     EXPECT_EQ(terminal.end(), 0);
+}
+
+TEST(CryptotoolPrompt, ALineHasItsLimit)
+{
+    // Without line editing the terminal passes on whatever comes.
+    Terminal terminal("mac hmac-sha256 -");
+    EXPECT_EQ(terminal.shownUntil(": "), "Enter the key: ");
+    terminal.editNoLines();
+    terminal.type(std::string(5000, 'k'));
+    EXPECT_NE(terminal.shownUntil("").find("no line came from a terminal"), std::string::npos);
+    EXPECT_EQ(WEXITSTATUS(terminal.end()), 1);
 }
 
 TEST(CryptotoolPrompt, AnInterruptedTerminalShowsTypingAgain)
