@@ -204,7 +204,8 @@ TEST_F(CryptotoolCipher, RefusesWhatDoesNotGoTogether)
     } cases[] = {
         {{"--key-file", key}, exitRefused}, // 16 bytes for a cipher of 32
         {{"--key-file", key, "--hex-key"}, exitRefused},
-        {{"--key-file", key, "--cipher", "aes-128-xts"}, exitRefused},
+        {{"--key-file", key, "--cipher", "aes-128-xts"}, exitUsage},
+        {{"--key-file", key, "--cipher", "aes-128-cbc", "--iterations", "1000"}, exitUsage},
         {{"--key-file", key, "--cipher", "aes-128-cbc", "--raw"}, exitUsage},
         {{"--key-file", key, "--iv", "00"}, exitUsage},
         {{"--key-file", key, "--cipher", "aes-128-cbc", "--raw", "--iv", "0"}, exitUsage},

@@ -23,7 +23,8 @@ constexpr std::size_t opensslSaltSize = 8;
 constexpr std::string_view encryptDetails =
     R"(Encrypts FILE, or standard input, with a password (PBKDF2 with HMAC-SHA-256 makes the key of it) or with a key. Cipher, salt and
 initialisation vector stand in front of the result; what PBKDF2 was given is printed as a remark. Ciphers: aes-128-, aes-192- or
-aes-256- with gcm, cbc, ctr, ofb, cfb or ecb, des-ede3-cbc and other old ones. GCM alone notices when the result is changed.
+aes-256- with gcm, cbc, ctr, ofb, cfb or ecb; of old ones des-, des-ede-, des-ede3- or rc2- with cbc, ofb, cfb or ecb, and rc4. GCM
+alone notices when the result is changed.
 )";
 
 constexpr std::string_view decryptDetails =
@@ -36,7 +37,7 @@ constexpr Option cipherOption = {OptionKind::text, 0, "cipher", "NAME", "the cip
 constexpr Option iterationsOption = {OptionKind::number, 0, "iterations", "N",
                                      "iterations of PBKDF2 (600000; with --openssl 10000)"};
 constexpr Option rawOption = {OptionKind::flag, 0, "raw", "", "no header: the cipher text alone, with a key and --iv"};
-constexpr Option ivOption = {OptionKind::text, 0, "iv", "HEX", "the initialisation vector of --raw"};
+constexpr Option ivOption = {OptionKind::text, 0, "iv", "HEX", "the initialisation vector of --raw; '' where the cipher has none"};
 constexpr Option opensslOption = {OptionKind::flag, 0, "openssl", "", "the form of \"openssl enc -pbkdf2\", with a password"};
 
 constexpr Option cipherOptions[] = {
@@ -91,11 +92,14 @@ int CipherFiles::checkOptions()
         return invocation_.misuse("--raw needs --key-file or --key-fd");
     if (has(ivOption) != has(rawOption))
         return invocation_.misuse("--raw and --iv come together");
+    if (has(iterationsOption) && hasKey())
+        return invocation_.misuse("--iterations: there are none with a key");
+    if (has(cipherOption) && ICryptoCipher::CreateByName(arguments_.value(cipherOption.name)) == nullptr)
+        return invocation_.misuse("there is no cipher " + arguments_.value(cipherOption.name));
     if (has(hexKeyOption) && !hasKey())
         return invocation_.misuse("--hex-key needs --key-file or --key-fd");
-    for (const SecretKind* secret : {&keySecret, &passwordSecret})
-        if (IsStandardInput(arguments_, *secret) && input_.name() == "-")
-            return invocation_.misuse("standard input is the secret or the text, not both");
+    if (const int code = CheckOneStandardInput(invocation_, {input_.name()}, {keySecret, passwordSecret}); code != exitDone)
+        return code;
     const std::uint64_t count = arguments_.number(iterationsOption.name, 1);
     if (count < 1 || count > CCryptoKeyDerivation::mostIterations)
         return invocation_.misuse("--iterations: 1 to " + std::to_string(CCryptoKeyDerivation::mostIterations));
@@ -235,7 +239,7 @@ int CipherFiles::decrypt()
     // Whoever changed the text could have changed the header to a cipher that does not notice.
     const std::unique_ptr<ICryptoCipher> allowed = ICryptoCipher::CreateByName(arguments_.value(cipherOption.name));
     const std::string name = setting_.cipher->name();
-    if (has(cipherOption) ? allowed == nullptr || allowed->name() != name : !name.ends_with("gcm"))
+    if (has(cipherOption) ? allowed->name() != name : !name.ends_with("gcm"))
         return invocation_.refuse(input_.name(), "it was encrypted with " + name + "; --cipher " + name + " takes it all the same");
     if (const int code = header.hasPassword ? derive(header.salt, header.iterations, 0) : readKey(); code != exitDone)
         return code;
