@@ -125,6 +125,7 @@ TEST(CryptotoolUsage, WrongWordsGetOneLineAndAPointer)
         {"gzip", "-c", "-o", "a", "b"},
         {"gunzip", "--max-ratio", "4294967296"},
         {"oid", "--\n\x1b"},
+        {"random", "10T"},
     };
     for (const auto& words : cases) {
         const ToolResult result = RunTool(words);

@@ -57,6 +57,8 @@ int ExplainNoun(std::span<const std::string> words, Console& console)
     const Noun* const noun = words.empty() ? nullptr : FindNoun(words[0]);
     if (noun == nullptr && !words.empty() && IsHelp(words[0]))
         return Help(console, ProgramHelp());
+    if (noun == nullptr && !words.empty() && words[0] == "--version")
+        return Help(console, "cryptotool " CRYPTOTOOL_VERSION "\n");
     if (noun == nullptr)
         return Misuse(console, words.empty() ? "no command given" : "there is no command " + words[0], "cryptotool");
     if (words.size() > 1 && IsHelp(words[1]))

@@ -71,7 +71,7 @@ int WriteRandom(Invocation& invocation)
         return invocation.misuse("--hex and --base64: one of them");
     std::uint64_t count = 0;
     if (!ParseCount(arguments.operand(0), count))
-        return invocation.misuse("N is a number of bytes, not " + arguments.operand(0));
+        return invocation.misuse("N is a number of bytes, alone or with k, M or G, not " + arguments.operand(0));
     const Form form = arguments.has("hex") ? Form::hex : arguments.has("base64") ? Form::base64 : Form::binary;
     Output output(invocation.console(), arguments.value(outputOption.name),
                   form == Form::binary ? Output::Content::binary : Output::Content::text);

@@ -60,7 +60,7 @@ std::string ProgramHelp()
             rows.push_back({std::string(command->noun), std::string(command->summary)});
     }
     return "cryptotool NOUN [VERB] [OPTION...] [OPERAND...]\n\n" + Columns(rows) +
-           "\ncryptotool NOUN --help and cryptotool NOUN VERB --help tell more.\n\n"
+           "\ncryptotool NOUN --help and cryptotool NOUN VERB --help tell more; cryptotool --version tells which one this is.\n\n"
            "Files hold DER, PEM or base64, which is found out; \"-\" is standard input. Ends with 0 when all is done, with 1 and "
            "the\n"
            "reason on one line when an input is refused, with 2 when the command line is not understood.\n";
