@@ -17,7 +17,7 @@ constexpr std::size_t mostAtOnce = std::size_t{1} << 20;
 
 HANDLE HandleOf(std::intptr_t handle)
 {
-    return reinterpret_cast<HANDLE>(handle); // NOLINT(performance-no-int-to-ptr): the header holds what fits both systems
+    return reinterpret_cast<HANDLE>(handle); // the header holds what fits both systems
 }
 
 std::int64_t ReadSome(HANDLE file, std::span<std::uint8_t> target)

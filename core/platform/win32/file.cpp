@@ -52,7 +52,7 @@ std::wstring SystemName(const char* name)
 
 HANDLE HandleOf(std::intptr_t handle)
 {
-    return reinterpret_cast<HANDLE>(handle); // NOLINT(performance-no-int-to-ptr): the header holds what fits both systems
+    return reinterpret_cast<HANDLE>(handle); // the header holds what fits both systems
 }
 
 OVERLAPPED At(std::uint64_t position)

@@ -43,7 +43,7 @@ bool Thread::start(Entry entry, void* argument)
         return false;
     }
     static_cast<void>(start.release());
-    state_ = reinterpret_cast<void*>(handle); // NOLINT(performance-no-int-to-ptr): the runtime returns the handle as a number
+    state_ = reinterpret_cast<void*>(handle); // the runtime returns the handle as a number
     id_ = id;
     return true;
 }
