@@ -46,6 +46,22 @@ std::unique_ptr<ICryptoKeyPair> KeyOf(std::uint32_t kind)
     return nullptr;
 }
 
+template <std::uint32_t id>
+ElementNodePtr Oid()
+{
+    return CCryptoASN1ObjectIdentifier(CCryptoString(OidOfAlgorithm(id))).BuildTree();
+}
+
+ElementNodePtr Null()
+{
+    return elementNode::Make(ElementType::asn1Null);
+}
+
+ElementNodePtr Nothing()
+{
+    return {};
+}
+
 } // namespace
 
 TEST(KeyFile, EveryFormIsReadAndWrittenTheSame)
@@ -200,27 +216,25 @@ TEST(KeyFile, AsksForNoPasswordThatCannotHelp)
 
 TEST(KeyFile, AlgorithmsHaveTheirOwnParametersAlone)
 {
-    const auto oid = [](std::uint32_t id) { return CCryptoASN1ObjectIdentifier(CCryptoString(OidOfAlgorithm(id))).BuildTree(); };
-    const auto null = [] { return elementNode::Make(ElementType::asn1Null); };
     const struct {
         const char* name;
         std::uint32_t kind;
         std::uint32_t algorithm;
-        ElementNodePtr parameters;
+        ElementNodePtr (*parameters)();
         bool isKey;
     } cases[] = {
-        {"RSA with NULL", algorithm::rsaEncryption, algorithm::rsaEncryption, null(), true},
-        {"RSA with none", algorithm::rsaEncryption, algorithm::rsaEncryption, {}, true},
-        {"RSA with a curve", algorithm::rsaEncryption, algorithm::rsaEncryption, oid(algorithm::prime256v1), false},
-        {"RSA for signatures of one kind", algorithm::rsaEncryption, algorithm::sha256WithRsa, null(), false},
-        {"a curve by its name", algorithm::prime256v1, algorithm::ecPublicKey, oid(algorithm::prime256v1), true},
-        {"another curve", algorithm::prime256v1, algorithm::ecPublicKey, oid(algorithm::brainpoolP256r1), false},
-        {"no curve", algorithm::prime256v1, algorithm::ecPublicKey, {}, false},
-        {"a curve that is implied", algorithm::prime256v1, algorithm::ecPublicKey, null(), false},
-        {"a curve that is an algorithm", algorithm::x25519, algorithm::ecPublicKey, oid(algorithm::x25519), false},
-        {"a curve that is none", algorithm::prime256v1, algorithm::prime256v1, {}, false},
-        {"X25519 with none", algorithm::x25519, algorithm::x25519, {}, true},
-        {"X25519 with NULL", algorithm::x25519, algorithm::x25519, null(), false},
+        {"RSA with NULL", algorithm::rsaEncryption, algorithm::rsaEncryption, Null, true},
+        {"RSA with none", algorithm::rsaEncryption, algorithm::rsaEncryption, Nothing, true},
+        {"RSA with a curve", algorithm::rsaEncryption, algorithm::rsaEncryption, Oid<algorithm::prime256v1>, false},
+        {"RSA for signatures of one kind", algorithm::rsaEncryption, algorithm::sha256WithRsa, Null, false},
+        {"a curve by its name", algorithm::prime256v1, algorithm::ecPublicKey, Oid<algorithm::prime256v1>, true},
+        {"another curve", algorithm::prime256v1, algorithm::ecPublicKey, Oid<algorithm::brainpoolP256r1>, false},
+        {"no curve", algorithm::prime256v1, algorithm::ecPublicKey, Nothing, false},
+        {"a curve that is implied", algorithm::prime256v1, algorithm::ecPublicKey, Null, false},
+        {"a curve that is an algorithm", algorithm::x25519, algorithm::ecPublicKey, Oid<algorithm::x25519>, false},
+        {"a curve that is none", algorithm::prime256v1, algorithm::prime256v1, Nothing, false},
+        {"X25519 with none", algorithm::x25519, algorithm::x25519, Nothing, true},
+        {"X25519 with NULL", algorithm::x25519, algorithm::x25519, Null, false},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(test.name);
@@ -232,7 +246,7 @@ TEST(KeyFile, AlgorithmsHaveTheirOwnParametersAlone)
         for (CCryptoAlgorithmIdentifier* const identifier : {&half.algorithm, &whole.algorithm}) {
             identifier->setId(test.algorithm);
             identifier->setNullParameters(false);
-            identifier->setParameters(test.parameters.get());
+            identifier->setParameters(test.parameters().get());
         }
         EXPECT_EQ(LoadPublicKeyInfo(half.BuildDer()) != nullptr, test.isKey);
         EXPECT_EQ(LoadPrivateKeyInfo(whole.BuildDer()) != nullptr, test.isKey);

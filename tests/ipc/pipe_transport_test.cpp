@@ -99,9 +99,11 @@ TEST(PipeTransport, ServesClientsThatComeAtOnce)
 {
     const std::string name = peers::FreshPipeName();
     const EchoServer server(name);
+    constexpr int count = 4;
     std::vector<std::thread> clients;
+    clients.reserve(count);
     std::atomic<int> answered = 0;
-    for (int index = 0; index < 4; ++index)
+    for (int index = 0; index < count; ++index)
         clients.emplace_back([&, index] {
             const std::string text = "client " + std::to_string(index);
             for (int call = 0; call < 10; ++call) {

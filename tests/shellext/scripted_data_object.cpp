@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-ScriptedDataObject::ScriptedDataObject(Script script, std::vector<std::wstring> names) : script_(script)
+ScriptedDataObject::ScriptedDataObject(Script script, const std::vector<std::wstring>& names) : script_(script)
 {
     std::wstring list;
     for (const std::wstring& name : names)
@@ -25,7 +25,7 @@ ScriptedDataObject::ScriptedDataObject(Script script, std::vector<std::wstring> 
     memory_ = GlobalAlloc(GMEM_MOVEABLE, sizeof header + bytes.size());
     auto* target = static_cast<char*>(GlobalLock(memory_));
     std::memcpy(target, &header, sizeof header);
-    std::memcpy(target + sizeof header, bytes.data(), bytes.size());
+    bytes.copy(target + sizeof header, bytes.size());
     GlobalUnlock(memory_);
 }
 

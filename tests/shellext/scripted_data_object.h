@@ -19,7 +19,7 @@ public:
         anotherMedium, ///< success with a stream
     };
 
-    ScriptedDataObject(Script script, std::vector<std::wstring> names);
+    ScriptedDataObject(Script script, const std::vector<std::wstring>& names);
     ~ScriptedDataObject();
     ScriptedDataObject(const ScriptedDataObject&) = delete;
     ScriptedDataObject& operator=(const ScriptedDataObject&) = delete;

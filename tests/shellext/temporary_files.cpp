@@ -29,7 +29,7 @@ TemporaryFiles::~TemporaryFiles()
 
 std::wstring TemporaryFiles::create(const std::wstring& name)
 {
-    const std::wstring path = folder_ + L"\\" + name;
+    std::wstring path = folder_ + L"\\" + name;
     const std::size_t separator = name.rfind(L'\\');
     if (separator != std::wstring::npos) {
         folders_.push_back(folder_ + L"\\" + name.substr(0, separator));

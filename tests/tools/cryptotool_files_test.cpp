@@ -93,7 +93,9 @@ TEST(CryptotoolGzip, EveryLevelComesBack)
 
 TEST(CryptotoolGzip, LimitsAreTheCallers)
 {
-    const std::string packed = RunTool({"gzip", "-1"}, std::string(17000000, 'a')).output;
+    std::string data;
+    data.resize(17000000, 'a');
+    const std::string packed = RunTool({"gzip", "-1"}, data).output;
     const struct {
         std::vector<std::string> words;
         const char* reason; ///< empty where it is unpacked

@@ -122,8 +122,8 @@ TEST_F(CryptotoolKey, ReadsBase64AndPemAmongOtherText)
 {
     const std::string base64 = publishedKey.substr(31, publishedKey.size() - 31 - 29);
     const std::string half = RunTool({"key", "public", Put(u8"key", publishedKey)}).output;
-    for (const std::string& input :
-         {base64, "Bag Attributes\r\n" + publishedKey + half, "\xEF\xBB\xBF" + base64, "\xEF\xBB\xBF" + publishedKey})
+    const std::string bag = std::string("Bag Attributes\r\n").append(publishedKey).append(half);
+    for (const std::string& input : {base64, bag, "\xEF\xBB\xBF" + base64, "\xEF\xBB\xBF" + publishedKey})
         EXPECT_EQ(RunTool({"key", "public", "-"}, input).output, half) << input;
 }
 

@@ -123,7 +123,7 @@ bool ParseGuiServerOptions(const std::vector<std::string>& arguments, GuiServerO
         }
         ++index;
         if (index >= arguments.size() || !SetValue(name, arguments[index], options)) {
-            error = name + " wants " + wanted;
+            error.assign(name).append(" wants ").append(wanted);
             return false;
         }
     }
