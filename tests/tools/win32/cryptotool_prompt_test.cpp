@@ -18,8 +18,8 @@ namespace {
 
 constexpr DWORD_PTR pseudoConsoleAttribute = 0x00020016;
 
-struct Pipe {
-    Pipe()
+struct BytePipe {
+    BytePipe()
     {
         HANDLE ends[2] = {};
         EXPECT_TRUE(CreatePipe(&ends[0], &ends[1], nullptr, 0));
@@ -38,9 +38,9 @@ struct Pipe {
 };
 
 /// The program in a console of its own, at which this test sits; its standard output and error go elsewhere.
-class Console {
+class ProgramConsole {
 public:
-    explicit Console(const std::string& arguments)
+    explicit ProgramConsole(const std::string& arguments)
     {
         EXPECT_EQ(CreatePseudoConsole({200, 25}, typed_.readEnd.get(), shown_.writeEnd.get(), 0, &console_), S_OK);
         typed_.readEnd.reset();
@@ -73,13 +73,13 @@ public:
             ClosePseudoConsole(console_);
         });
     }
-    ~Console()
+    ~ProgramConsole()
     {
         TerminateProcess(process_.get(), 99);
         closing_.join();
     }
-    Console(const Console&) = delete;
-    Console& operator=(const Console&) = delete;
+    ProgramConsole(const ProgramConsole&) = delete;
+    ProgramConsole& operator=(const ProgramConsole&) = delete;
 
     /// What the console shows up to `text`, or up to the end. A blank may be shown as a move of the cursor.
     std::string shownUntil(const std::string& text) const
@@ -111,9 +111,9 @@ public:
     }
 
 private:
-    Pipe typed_;
-    Pipe shown_;
-    Pipe written_;
+    BytePipe typed_;
+    BytePipe shown_;
+    BytePipe written_;
     void* console_ = nullptr;
     platform::ScopedHandle process_;
     std::thread closing_;
@@ -125,7 +125,7 @@ TEST(CryptotoolPrompt, AKeyIsTypedWithoutBeingShown)
     const std::string file = folder / u8"text";
     // RFC 4231, 4.3.
     PutFile(file, "what do ya want for nothing?");
-    Console console("mac hmac-sha256 \"" + file + "\"");
+    ProgramConsole console("mac hmac-sha256 \"" + file + "\"");
     console.shownUntil("Enter the key:");
     console.type("Jefe\r");
     EXPECT_NE(console.written().find("5bdcc146bf60754e6a042426089575c75a003f089d2739839dec58b964ec3843"), std::string::npos);
@@ -135,7 +135,7 @@ TEST(CryptotoolPrompt, AKeyIsTypedWithoutBeingShown)
 
 TEST(CryptotoolPrompt, ANewPasswordIsTypedTwice)
 {
-    Console console("key gen P-256 --form encrypted");
+    ProgramConsole console("key gen P-256 --form encrypted");
     console.shownUntil("Enter the password:");
     console.type("p\xC3\xA4iv\xC3\xA4\r");
     console.shownUntil("again:");
