@@ -1,40 +1,40 @@
-# How our own code is compiled and linked; code of others (GoogleTest) never links house_flags.
-add_library(house_flags INTERFACE)
+# How our own code is compiled and linked; code of others (GoogleTest) never links ccrypto_flags.
+add_library(ccrypto_flags INTERFACE)
 
 set(cxx "$<COMPILE_LANGUAGE:CXX>")
-target_compile_options(house_flags INTERFACE
+target_compile_options(ccrypto_flags INTERFACE
     $<${cxx}:-Wall> $<${cxx}:-Wextra> $<${cxx}:-Wpedantic> $<${cxx}:-Wconversion> $<${cxx}:-Wshadow>
     # clang warns about more under the same names, and it only builds the fuzz targets.
     $<$<AND:${cxx},$<CXX_COMPILER_ID:GNU>>:-Werror>
-    $<${cxx}:-ffile-prefix-map=${houseRoot}=./> $<${cxx}:-ffile-prefix-map=${CMAKE_BINARY_DIR}=.>)
+    $<${cxx}:-ffile-prefix-map=${ccryptoRoot}=./> $<${cxx}:-ffile-prefix-map=${CMAKE_BINARY_DIR}=.>)
 
 # Two clean builds are byte-identical: no times, users or modes in archives.
 set(CMAKE_CXX_ARCHIVE_CREATE "<CMAKE_AR> qcD <TARGET> <LINK_FLAGS> <OBJECTS>")
 set(CMAKE_CXX_ARCHIVE_APPEND "<CMAKE_AR> qD <TARGET> <LINK_FLAGS> <OBJECTS>")
 set(CMAKE_CXX_ARCHIVE_FINISH "<CMAKE_RANLIB> -D <TARGET>")
 
-if(HOUSE_SANITIZE)
+if(CCRYPTO_SANITIZE)
     # Instrumented code makes g++ see uninitialised reads that are not there.
-    target_compile_options(house_flags INTERFACE -fsanitize=${HOUSE_SANITIZE} -fno-sanitize-recover=all
+    target_compile_options(ccrypto_flags INTERFACE -fsanitize=${CCRYPTO_SANITIZE} -fno-sanitize-recover=all
         $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
-    target_compile_definitions(house_flags INTERFACE _GLIBCXX_ASSERTIONS)
-    target_link_options(house_flags INTERFACE -fsanitize=${HOUSE_SANITIZE})
+    target_compile_definitions(ccrypto_flags INTERFACE _GLIBCXX_ASSERTIONS)
+    target_link_options(ccrypto_flags INTERFACE -fsanitize=${CCRYPTO_SANITIZE})
 endif()
 
-if(HOUSE_SECRETS_MARKED)
-    target_compile_definitions(house_flags INTERFACE HOUSE_SECRETS_MARKED)
+if(CCRYPTO_SECRETS_MARKED)
+    target_compile_definitions(ccrypto_flags INTERFACE CCRYPTO_SECRETS_MARKED)
 endif()
 
 if(WIN32)
     enable_language(RC)
-    target_compile_definitions(house_flags INTERFACE _WIN32_WINNT=0x0A00 NOMINMAX WIN32_LEAN_AND_MEAN)
+    target_compile_definitions(ccrypto_flags INTERFACE _WIN32_WINNT=0x0A00 NOMINMAX WIN32_LEAN_AND_MEAN)
     # Of an inline function the linker keeps one copy of many. GCC takes the copy before its eyes for the one that will run, and so
     # keeps values in registers which that copy leaves alone, while the one that runs, of a file with other flags, may use them. (For
     # ELF it knows better.)
-    target_compile_options(house_flags INTERFACE $<${cxx}:-fno-ipa-ra> $<${cxx}:-fno-ipa-stack-alignment>)
-    target_compile_options(house_flags INTERFACE
+    target_compile_options(ccrypto_flags INTERFACE $<${cxx}:-fno-ipa-ra> $<${cxx}:-fno-ipa-stack-alignment>)
+    target_compile_options(ccrypto_flags INTERFACE
         $<${cxx}:-ffunction-sections> $<${cxx}:-fdata-sections> $<${cxx}:-fvisibility=hidden> $<${cxx}:-fvisibility-inlines-hidden>)
-    target_link_options(house_flags INTERFACE
-        -static $<$<NOT:$<BOOL:${HOUSE_SYMBOLS}>>:-s>
+    target_link_options(ccrypto_flags INTERFACE
+        -static $<$<NOT:$<BOOL:${CCRYPTO_SYMBOLS}>>:-s>
         -Wl,--gc-sections -Wl,--no-insert-timestamp -Wl,--nxcompat -Wl,--dynamicbase -Wl,--high-entropy-va)
 endif()

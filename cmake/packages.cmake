@@ -1,6 +1,6 @@
 # Code of others that tests and benches use: Debian's libraries natively, Debian's packaged source for Windows.
 
-function(house_googletest)
+function(ccrypto_googletest)
     if(TARGET GTest::gmock)
         return()
     endif()
@@ -15,7 +15,7 @@ function(house_googletest)
     endif()
 endfunction()
 
-function(house_benchmark)
+function(ccrypto_benchmark)
     if(TARGET benchmark::benchmark_main)
         return()
     endif()
@@ -26,7 +26,7 @@ function(house_benchmark)
         # Cross-built programs cannot be run to ask.
         set(HAVE_STD_REGEX 1)
         set(HAVE_STEADY_CLOCK 1)
-        add_subdirectory("${houseRoot}/build/benchmark-source" "${CMAKE_BINARY_DIR}/benchmark" EXCLUDE_FROM_ALL SYSTEM)
+        add_subdirectory("${ccryptoRoot}/build/benchmark-source" "${CMAKE_BINARY_DIR}/benchmark" EXCLUDE_FROM_ALL SYSTEM)
     else()
         find_package(benchmark REQUIRED GLOBAL)
     endif()

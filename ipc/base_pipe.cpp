@@ -1,7 +1,7 @@
 #include "ipc/base_pipe.h"
 
-#include "core/auto_logger.h"
-#include "core/log_writers.h"
+#include "core/diagnostics/auto_logger.h"
+#include "core/log/log_writers.h"
 #include "ipc/overlapped_transfer.h"
 #include "ipc/session.h"
 

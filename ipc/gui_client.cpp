@@ -1,6 +1,6 @@
 #include "ipc/gui_client.h"
 
-#include "core/auto_logger.h"
+#include "core/diagnostics/auto_logger.h"
 #include "ipc/gui_ipc.h"
 #include "ipc/session.h"
 

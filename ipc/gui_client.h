@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/element.h"
-#include "core/string.h"
+#include "core/text/element.h"
+#include "core/text/string.h"
 
 #include <cstdint>
 #include <functional>

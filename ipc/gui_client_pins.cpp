@@ -1,6 +1,6 @@
 // The operations of the GUI client that carry PINs. Nothing that the user typed is handed to a logger.
 
-#include "core/auto_logger.h"
+#include "core/diagnostics/auto_logger.h"
 #include "ipc/gui_client.h"
 #include "ipc/gui_ipc.h"
 

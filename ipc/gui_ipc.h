@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 #include "ipc/gui_request.h"
 #include "ipc/pipe_client.h"
 

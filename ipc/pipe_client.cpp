@@ -1,6 +1,6 @@
 #include "ipc/pipe_client.h"
 
-#include "core/auto_logger.h"
+#include "core/diagnostics/auto_logger.h"
 #include "ipc/session.h"
 
 CCryptoPipeClient::CCryptoPipeClient(const char* name, std::int32_t requestType, bool appendSession)

@@ -1,6 +1,6 @@
 #include "ipc/pipe_request_data.h"
 
-#include "core/log_writers.h"
+#include "core/log/log_writers.h"
 
 #include <algorithm>
 #include <bit>

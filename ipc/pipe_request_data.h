@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/element.h"
+#include "core/text/element.h"
 #include "ipc/pipe_value.h"
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "ipc/pipe_server.h"
 
-#include "core/auto_logger.h"
+#include "core/diagnostics/auto_logger.h"
 #include "ipc/overlapped_transfer.h"
 
 #include <sddl.h>

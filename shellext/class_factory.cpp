@@ -1,8 +1,8 @@
 #include "shellext/class_factory.h"
 
-#include "core/auto_logger.h"
-#include "shellext/file_context_menu_ext.h"
-#include "shellext/hresult.h"
+#include "core/diagnostics/auto_logger.h"
+#include "shellext/com/hresult.h"
+#include "shellext/context_menu/file_context_menu_ext.h"
 
 #include <shlwapi.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "shellext/module.h"
+#include "shellext/com/module.h"
 
 #include <unknwn.h>
 

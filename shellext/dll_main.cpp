@@ -1,4 +1,4 @@
-#include "shellext/module.h"
+#include "shellext/com/module.h"
 
 /// Called by the loader after the runtime has built the static objects.
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void*)

@@ -1,9 +1,9 @@
-#include "core/auto_logger.h"
-#include "shellext/bounded_text.h"
+#include "core/diagnostics/auto_logger.h"
 #include "shellext/class_factory.h"
-#include "shellext/class_id.h"
-#include "shellext/hresult.h"
-#include "shellext/registration.h"
+#include "shellext/com/bounded_text.h"
+#include "shellext/com/class_id.h"
+#include "shellext/com/hresult.h"
+#include "shellext/com/registration.h"
 
 #include <new>
 

@@ -1,5 +1,5 @@
-#include "core/process_logger.h"
-#include "core/settings_registry.h"
+#include "core/settings/process_logger.h"
+#include "core/settings/settings_registry.h"
 
 #include <memory>
 

@@ -1,6 +1,6 @@
 #include "bench/asn1/certificates.h"
 
-#include "asn1/parser.h"
+#include "asn1/parser/parser.h"
 
 #include <algorithm>
 #include <fstream>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/element.h"
+#include "core/text/element.h"
 
 /// The one of middle size among the certificates of the system's trust store that are 900 to 2048 bytes long, as most are. Ends the
 /// program when there is no store.

@@ -1,8 +1,8 @@
-#include "asn1/der_parser.h"
-#include "asn1/gen_parser.h"
-#include "asn1/parser.h"
-#include "asn1/template_cache.h"
-#include "asn1/template_match.h"
+#include "asn1/der/der_parser.h"
+#include "asn1/parser/parser.h"
+#include "asn1/template/gen_parser.h"
+#include "asn1/template/template_cache.h"
+#include "asn1/template/template_match.h"
 #include "bench/asn1/certificates.h"
 
 #include <benchmark/benchmark.h>

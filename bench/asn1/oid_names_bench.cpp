@@ -1,4 +1,4 @@
-#include "asn1/oid_names.h"
+#include "asn1/oid/oid_names.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,4 +1,4 @@
-#include "core/avl_tree.h"
+#include "core/containers/avl_tree.h"
 
 #include <benchmark/benchmark.h>
 

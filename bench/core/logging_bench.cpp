@@ -1,5 +1,5 @@
-#include "core/auto_logger.h"
-#include "core/log.h"
+#include "core/diagnostics/auto_logger.h"
+#include "core/log/log.h"
 #include "core/platform/file.h"
 #include "core/platform/named_mutex.h"
 

@@ -1,4 +1,4 @@
-#include "crypto/cipher.h"
+#include "crypto/cipher/cipher.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,6 +1,6 @@
-#include "asn1/algorithm_table.h"
-#include "crypto/ec.h"
-#include "crypto/random.h"
+#include "core/base/algorithm.h"
+#include "crypto/ec/ec.h"
+#include "crypto/random/random.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,4 +1,4 @@
-#include "crypto/hash.h"
+#include "crypto/hash/hash.h"
 
 #include <benchmark/benchmark.h>
 

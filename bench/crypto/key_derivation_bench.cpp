@@ -1,5 +1,5 @@
-#include "asn1/algorithm_table.h"
-#include "crypto/key_derivation.h"
+#include "core/base/algorithm.h"
+#include "crypto/kdf/key_derivation.h"
 
 #include <benchmark/benchmark.h>
 

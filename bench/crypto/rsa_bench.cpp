@@ -1,5 +1,5 @@
-#include "crypto/big_integer.h"
-#include "crypto/rsa.h"
+#include "crypto/bigint/big_integer.h"
+#include "crypto/rsa/rsa.h"
 
 #include <benchmark/benchmark.h>
 

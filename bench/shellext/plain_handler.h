@@ -1,6 +1,6 @@
 #pragma once
 
-#include "shellext/bounded_text.h"
+#include "shellext/com/bounded_text.h"
 
 #include <windows.h>
 

@@ -1,7 +1,7 @@
 #include "bench/shellext/plain_handler.h"
-#include "shellext/class_id.h"
-#include "shellext/com_ptr.h"
-#include "tests/shellext/scripted_data_object.h"
+#include "shellext/com/class_id.h"
+#include "shellext/com/com_ptr.h"
+#include "tests/shellext/context_menu/scripted_data_object.h"
 
 #include <benchmark/benchmark.h>
 #include <ole2.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "asn1/gen_parser.h"
-#include "asn1/parser.h"
+#include "asn1/parser/parser.h"
+#include "asn1/template/gen_parser.h"
 
 #include <cstdint>
 #include <cstdlib>

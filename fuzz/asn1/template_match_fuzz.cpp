@@ -1,4 +1,4 @@
-#include "asn1/template_match.h"
+#include "asn1/template/template_match.h"
 #include "fuzz/asn1/forms.h"
 
 /// A template, and behind a line feed DER: a match binds names of the template, and a failure names its step.

@@ -1,5 +1,5 @@
-#include "core/date_format.h"
-#include "core/date_time.h"
+#include "core/log/date_format.h"
+#include "core/system/date_time.h"
 
 #include <cstdint>
 #include <cstdlib>

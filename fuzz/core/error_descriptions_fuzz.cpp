@@ -1,4 +1,4 @@
-#include "core/error_descriptions.h"
+#include "core/diagnostics/error_descriptions.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
-#include "crypto/big_integer.h"
-#include "tests/crypto/slow_integer.h"
+#include "crypto/bigint/big_integer.h"
+#include "tests/crypto/bigint/slow_integer.h"
 
 #include <cstdlib>
 #include <span>

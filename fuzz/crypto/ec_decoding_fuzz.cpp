@@ -1,4 +1,4 @@
-#include "crypto/ec.h"
+#include "crypto/ec/ec.h"
 
 #include <algorithm>
 #include <array>

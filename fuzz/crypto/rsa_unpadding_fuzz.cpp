@@ -1,5 +1,5 @@
-#include "crypto/hash.h"
-#include "crypto/rsa_encoding.h"
+#include "crypto/hash/hash.h"
+#include "crypto/rsa/rsa_encoding.h"
 
 #include <algorithm>
 #include <cstdlib>

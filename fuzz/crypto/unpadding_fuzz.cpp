@@ -1,4 +1,4 @@
-#include "crypto/pkcs7_padding.h"
+#include "crypto/cipher/pkcs7_padding.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -2,9 +2,9 @@
 #include "ipc/gui_ipc.h"
 #include "ipc/pipe_server.h"
 #include "ipc/session.h"
-#include "tests/core/captured_log.h"
 #include "tests/ipc/raw_peers.h"
 #include "tests/ipc/wire_bytes.h"
+#include "tests/support/captured_log.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
-#include "tests/core/captured_log.h"
 #include "tests/ipc/wire_bytes.h"
+#include "tests/support/captured_log.h"
 
 #include <gtest/gtest.h>
 

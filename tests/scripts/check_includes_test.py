@@ -12,54 +12,56 @@ loader.exec_module(check)
 
 REFUSED = [
     ("ipc/gui_client.cpp", '#include "shellext/class_factory.h"', "upwards"),
-    ("core/element.cpp", '#include "asn1/element_node.h"', "upwards out of core"),
+    ("core/text/element.cpp", '#include "asn1/tree/element_node.h"', "upwards out of core"),
+    ("crypto/hash/hash.cpp", '#include "asn1/types/algorithm_table.h"', "sideways"),
     ("smartcard/atr.cpp", '#include "net/socket.h"', "sideways"),
-    ("asn1/der_decoder.cpp", '#include "ipc/pipe_request_data.h"', "across"),
-    ("core/platform/lock.h", '#include "core/element.h"', "platform upwards"),
-    ("core/element.cpp", '#include "core/auto_logger.h"', "base to logging"),
-    ("core/auto_logger.cpp", '#include "core/settings.h"', "logging to settings"),
-    ("tests/asn1/der_test.cpp", '#include "pki/certificate.h"', "a test above its room"),
-    ("tests/core/element_test.cpp", '#include "tests/ipc/pipe_peer.h"', "a test to another room's tests"),
-    ("fuzz/core/text.cpp", '#include "asn1/element_node.h"', "a fuzz target above its room"),
-    ("core/element.cpp", '  #  include "element.h"', "not from the root"),
-    ("core/unheard_of.cpp", "", "not in the table"),
-    ("cellar/thing.cpp", '#include "core/element.h"', "unknown room"),
-    ("core/element.cpp", "#include <windows.h>", "Windows in a portable file"),
-    ("core/element.cpp", "#include <Windows.h>", "Windows in a portable file, other case"),
+    ("asn1/der/der_decoder.cpp", '#include "ipc/pipe_request_data.h"', "across"),
+    ("core/platform/lock.h", '#include "core/text/element.h"', "platform upwards"),
+    ("core/text/element.cpp", '#include "core/diagnostics/auto_logger.h"', "chapter to the one above"),
+    ("core/memory/wiped.h", '#include "core/containers/list.h"', "chapter to the one beside"),
+    ("crypto/hash/hash.cpp", '#include "crypto/crypto.h"', "chapter to the folder above"),
+    ("tools/cryptotool/cli/usage.cpp", '#include "tools/cryptotool/io/output.h"', "chapter of a tool"),
+    ("tools/guiserver/main.cpp", '#include "tools/cryptotool/io/output.h"', "tool to tool"),
+    ("tests/asn1/der/der_test.cpp", '#include "pki/x509/certificate.h"', "a test above its module"),
+    ("tests/core/text/element_test.cpp", '#include "tests/ipc/pipe_peer.h"', "a test to another module's tests"),
+    ("fuzz/core/text.cpp", '#include "asn1/tree/element_node.h"', "a fuzz target above its module"),
+    ("fuzz/core/text.cpp", '#include "tools/cryptotool/io/output.h"', "a fuzz target to a tool"),
+    ("core/text/element.cpp", '  #  include "element.h"', "not from the root"),
+    ("core/attic/unheard_of.cpp", "", "a chapter not in the table"),
+    ("cellar/thing.cpp", '#include "core/text/element.h"', "unknown module"),
+    ("core/text/element.cpp", "#include <windows.h>", "Windows in a portable file"),
+    ("core/text/element.cpp", "#include <Windows.h>", "Windows in a portable file, other case"),
     ("core/platform/lock.h", "#include <windows.h>", "Windows in a header for both systems"),
     ("ipc/pipe_request_data.cpp", "#include <winnt.h>", "Windows in the portable message"),
-    ("core/element.cpp", "#ifdef _WIN32", "system switch"),
-    ("shellext/module.cpp", "#if defined(A) && !defined(_WIN32)", "system switch in a condition"),
-    ("core/element.cpp", "#include <gtest/gtest.h>", "the test framework in the product"),
-    ("tests/core/element_test.cpp", "#include <openssl/sha.h>", "a library as second opinion"),
-    ("asn1/deflate_stream.cpp", "#include <zlib.h>", "a rival in the product"),
+    ("core/text/element.cpp", "#ifdef _WIN32", "system switch"),
+    ("shellext/com/module.cpp", "#if defined(A) && !defined(_WIN32)", "system switch in a condition"),
+    ("core/text/element.cpp", "#include <gtest/gtest.h>", "the test framework in the product"),
+    ("tests/core/text/element_test.cpp", "#include <openssl/sha.h>", "a library as second opinion"),
+    ("deflate/deflate_stream.cpp", "#include <zlib.h>", "a rival in the product"),
 ]
 ALLOWED = [
-    ("shellext/handler.cpp", '#include "core/element.h"'),
-    ("smartcard/p15.cpp", '#include "asn1/element_node.h"'),
-    ("tools/cryptotool.cpp", '#include "shellext/handler.h"'),
-    ("tests/pki/x509_test.cpp", '#include "core/auto_logger.h"'),
-    ("tests/pki/x509_test.cpp", '#include "tests/support/files.h"'),
-    ("core/auto_logger.cpp", '#include "core/element.h"'),
-    ("core/element.cpp", '#include "core/platform/lock.h"'),
-    ("core/element.cpp", '// #include "asn1/element_node.h"'),
-    ("core/element.cpp", '/*\n#include "asn1/element_node.h"\n#ifdef _WIN32\n*/'),
+    ("shellext/context_menu/handler.cpp", '#include "core/text/element.h"'),
+    ("shellext/exports.cpp", '#include "shellext/context_menu/handler.h"'),
+    ("smartcard/p15.cpp", '#include "asn1/tree/element_node.h"'),
+    ("tools/menuhost/main.cpp", '#include "shellext/handler.h"'),
+    ("tests/tools/cryptotool/cipher_test.cpp", '#include "tools/cryptotool/io/output.h"'),
+    ("tests/pki/x509/x509_test.cpp", '#include "core/diagnostics/auto_logger.h"'),
+    ("tests/pki/x509/x509_test.cpp", '#include "tests/support/files.h"'),
+    ("tests/support/captured_log.cpp", '#include "core/log/log.h"'),
+    ("core/diagnostics/auto_logger.cpp", '#include "core/text/element.h"'),
+    ("core/settings/settings.cpp", '#include "core/base/ascii.h"'),
+    ("core/text/element.cpp", '#include "core/platform/lock.h"'),
+    ("core/text/element.cpp", '// #include "asn1/tree/element_node.h"'),
+    ("core/text/element.cpp", '/*\n#include "asn1/tree/element_node.h"\n#ifdef _WIN32\n*/'),
     ("core/platform/win32/lock.cpp", "#include <windows.h>"),
     ("core/platform/lock.h", "#ifdef _WIN32"),
-    ("tests/core/element_test.cpp", "#include <gtest/gtest.h>"),
+    ("tests/core/text/element_test.cpp", "#include <gtest/gtest.h>"),
     ("bench/crypto/sha_bench.cpp", "#include <openssl/sha.h>"),
-    ("bench/asn1/deflate_bench.cpp", "#include <zlib.h>"),
+    ("bench/deflate/deflate_bench.cpp", "#include <zlib.h>"),
 ]
 
 
 class CheckIncludes(unittest.TestCase):
-    def setUp(self):
-        self.ranks = check.RANK_OF
-        check.RANK_OF = {"element": 0, "auto_logger": 1, "settings": 2}
-
-    def tearDown(self):
-        check.RANK_OF = self.ranks
-
     def complaints(self, path, text):
         return check.file_complaints(path, text + "\n", lambda name: "/" in name)
 
@@ -74,7 +76,7 @@ class CheckIncludes(unittest.TestCase):
                 self.assertEqual(self.complaints(path, text), [])
 
     def test_names_the_line(self):
-        self.assertEqual(self.complaints("core/element.cpp", '/* one\ntwo */\n\n#include "ipc/a.h"')[0][0], 4)
+        self.assertEqual(self.complaints("core/text/element.cpp", '/* one\ntwo */\n\n#include "ipc/a.h"')[0][0], 4)
 
 
 if __name__ == "__main__":

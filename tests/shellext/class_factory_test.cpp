@@ -1,5 +1,5 @@
 #include "shellext/class_factory.h"
-#include "tests/shellext/memory_settings.h"
+#include "tests/shellext/context_menu/memory_settings.h"
 #include "tests/shellext/owned.h"
 
 #include <gtest/gtest.h>

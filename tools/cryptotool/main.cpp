@@ -1,7 +1,7 @@
 // The library at a prompt.
 
-#include "tools/cryptotool/host.h"
-#include "tools/cryptotool/invocation.h"
+#include "tools/cryptotool/cli/host.h"
+#include "tools/cryptotool/cli/invocation.h"
 
 int main(int count, char** words)
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/element.h"
+#include "core/text/element.h"
 
 #include <cstdint>
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/element.h"
+#include "core/text/element.h"
 #include "ipc/gui_request.h"
 #include "ipc/pipe_request_data.h"
 

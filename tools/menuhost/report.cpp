@@ -1,7 +1,7 @@
 #include "tools/menuhost/report.h"
 
 #include "core/platform/win32/wide.h"
-#include "shellext/hresult.h"
+#include "shellext/com/hresult.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,6 +1,6 @@
 #include "tools/menuhost/shell_selection.h"
 
-#include "shellext/hresult.h"
+#include "shellext/com/hresult.h"
 
 #include <shlobj.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "shellext/com_ptr.h"
+#include "shellext/com/com_ptr.h"
 
 #include <windows.h>
 

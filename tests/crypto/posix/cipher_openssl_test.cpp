@@ -1,5 +1,5 @@
-#include "crypto/cipher.h"
-#include "crypto/cmac.h"
+#include "crypto/cipher/cipher.h"
+#include "crypto/mac/cmac.h"
 #include "tests/crypto/posix/openssl_command.h"
 
 #include <gtest/gtest.h>

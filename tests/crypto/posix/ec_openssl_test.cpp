@@ -1,7 +1,6 @@
-#include "asn1/algorithm_table.h"
-#include "crypto/ec.h"
+#include "crypto/ec/ec.h"
+#include "tests/crypto/base/sequence_random.h"
 #include "tests/crypto/posix/openssl_command.h"
-#include "tests/crypto/sequence_random.h"
 
 #include <gtest/gtest.h>
 
@@ -12,15 +11,15 @@ namespace {
 /// Writes the key to `file` in DER and its public half beside it in `file`.public.
 bool WriteKey(const std::string& file, const CCryptoEC& key)
 {
-    const std::string oid = OidOfAlgorithm(key.curve().id);
+    const std::string name = key.curve().name;
     const std::string scalar = "FORMAT:HEX,OCTETSTRING:" + HexOf(key.privateScalar());
     std::ofstream words(file + ".words");
     if (key.curve().signs)
-        words << "asn1=SEQUENCE:key\n[key]\nversion=INTEGER:1\nscalar=" << scalar << "\ncurve=EXPLICIT:0,OID:" << oid
+        words << "asn1=SEQUENCE:key\n[key]\nversion=INTEGER:1\nscalar=" << scalar << "\ncurve=EXPLICIT:0,OID:" << name
               << "\npoint=EXPLICIT:1,FORMAT:HEX,BITSTRING:" << HexOf(key.publicPoint()) << "\n";
     else
         words << "asn1=SEQUENCE:key\n[key]\nversion=INTEGER:0\nalgorithm=SEQUENCE:algorithm\nscalar=OCTWRAP," << scalar
-              << "\n[algorithm]\noid=OID:" << oid << "\n";
+              << "\n[algorithm]\noid=OID:" << name << "\n";
     words.close();
     return RunOpenSSL("asn1parse -noout -genconf " + file + ".words -out " + file) &&
            RunOpenSSL("pkey -inform DER -in " + file + " -pubout -outform DER -out " + file + ".public");

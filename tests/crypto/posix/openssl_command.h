@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tests/core/temporary_directory.h"
-#include "tests/crypto/test_bytes.h"
+#include "tests/crypto/base/test_bytes.h"
+#include "tests/support/temporary_directory.h"
 
 #include <cstdlib>
 #include <fstream>

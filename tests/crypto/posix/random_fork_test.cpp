@@ -1,5 +1,5 @@
-#include "crypto/random.h"
-#include "tests/crypto/vector_file.h"
+#include "crypto/random/random.h"
+#include "tests/crypto/base/vector_file.h"
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>

@@ -1,6 +1,6 @@
-#include "crypto/hash.h"
+#include "crypto/hash/hash.h"
 #include "tests/crypto/posix/openssl_command.h"
-#include "tests/crypto/rsa_vectors.h"
+#include "tests/crypto/rsa/rsa_vectors.h"
 
 #include <gtest/gtest.h>
 

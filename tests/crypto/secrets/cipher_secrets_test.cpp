@@ -1,7 +1,7 @@
-#include "asn1/algorithm_table.h"
-#include "crypto/cmac.h"
-#include "crypto/gcm.h"
-#include "crypto/pkcs7_padding.h"
+#include "core/base/algorithm.h"
+#include "crypto/cipher/gcm.h"
+#include "crypto/cipher/pkcs7_padding.h"
+#include "crypto/mac/cmac.h"
 #include "tests/crypto/secrets/marked.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "crypto/constant_time.h"
+#include "crypto/base/constant_time.h"
 
 #include <gtest/gtest.h>
 #include <valgrind/memcheck.h>

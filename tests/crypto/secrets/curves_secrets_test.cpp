@@ -1,11 +1,11 @@
-#include "asn1/algorithm_table.h"
-#include "crypto/constant_time.h"
-#include "crypto/curve_domains.h"
-#include "crypto/ec.h"
-#include "crypto/modular_inverse.h"
-#include "crypto/montgomery_field.h"
+#include "core/base/algorithm.h"
+#include "crypto/base/constant_time.h"
+#include "crypto/bigint/modular_inverse.h"
+#include "crypto/ec/curve_domains.h"
+#include "crypto/ec/ec.h"
+#include "crypto/ec/montgomery_field.h"
+#include "tests/crypto/base/sequence_random.h"
 #include "tests/crypto/secrets/marked.h"
-#include "tests/crypto/sequence_random.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "crypto/hmac.h"
-#include "crypto/key_derivation.h"
+#include "crypto/kdf/key_derivation.h"
+#include "crypto/mac/hmac.h"
 #include "tests/crypto/secrets/marked.h"
 
 #include <gtest/gtest.h>

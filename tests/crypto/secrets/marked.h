@@ -1,8 +1,8 @@
 #pragma once
 
-#include "core/element.h"
-#include "crypto/constant_time.h"
-#include "crypto/random.h"
+#include "core/text/element.h"
+#include "crypto/base/constant_time.h"
+#include "crypto/random/random.h"
 
 #include <cstdint>
 #include <span>

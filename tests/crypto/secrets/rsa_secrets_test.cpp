@@ -1,6 +1,6 @@
-#include "crypto/limbs.h"
-#include "crypto/montgomery_calls.h"
-#include "crypto/rsa.h"
+#include "crypto/bigint/limbs.h"
+#include "crypto/bigint/montgomery_calls.h"
+#include "crypto/rsa/rsa.h"
 #include "tests/crypto/secrets/marked.h"
 
 #include <gtest/gtest.h>

@@ -1,0 +1,105 @@
+#include "asn1/json/json_tree.h"
+
+#include "asn1/der/decimal.h"
+#include "asn1/template/lexical_analyzer.h"
+#include "asn1/template/unicode_text.h"
+#include "asn1/template/value_notation.h"
+#include "asn1/tree/tree_depth.h"
+
+#include <algorithm>
+
+namespace {
+
+/// A value that JSON has a notation of its own for.
+bool IsOrdinaryScalar(const elementNode& node)
+{
+    const element& value = node.token();
+    switch (node.type()) {
+    case ElementType::null:
+        return IsBare(node);
+    case ElementType::text:
+        return IsBare(node) && IsAscii(value.view());
+    case ElementType::utf8Text:
+        return IsBare(node) && IsUtf8(value.view());
+    case ElementType::characterData:
+        return IsBare(node) && IsJsonNumberOfText(value);
+    case ElementType::integer:
+        return IsBare(node) && !DecimalFromSigned(value).isEmpty();
+    case ElementType::truth:
+        return IsBare(node) && IsPlainJsonTruth(value);
+    default:
+        return false;
+    }
+}
+
+bool IsOrdinaryList(const elementNode* first, bool isObject, std::uint32_t depth);
+
+/// An object, an array, or for a member a scalar, in the slots of a node.
+bool HoldsOrdinaryValue(const elementNode& node, bool isMember, std::uint32_t depth)
+{
+    const elementNode* const scalar = node.shortValue();
+    const elementNode* const array = node.brackets();
+    const elementNode* const object = node.content();
+    if (node.modifiers() != nullptr || node.operation() != nullptr)
+        return false;
+    if (scalar != nullptr)
+        return isMember && array == nullptr && object == nullptr && scalar->next() == nullptr && IsOrdinaryScalar(*scalar);
+    if (array == nullptr)
+        return IsOrdinaryList(object, true, depth + 1);
+    return object == nullptr && (IsEmptyJsonArray(array) || IsOrdinaryList(array, false, depth + 1));
+}
+
+bool IsOrdinaryList(const elementNode* first, bool isObject, std::uint32_t depth)
+{
+    if (depth >= deepestTree)
+        return false;
+    for (const elementNode* node = first; node != nullptr; node = node->next()) {
+        const bool isMember = node->type() == ElementType::identifier && IsUtf8(node->token().view());
+        const bool fits =
+            isObject ? isMember && HoldsOrdinaryValue(*node, true, depth)
+                     : IsOrdinaryScalar(*node) || (node->type() == ElementType::none && HoldsOrdinaryValue(*node, false, depth));
+        if (!fits)
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+bool HasPlainJsonValue(const elementNode& item)
+{
+    return item.content() == nullptr && IsSingleValue(item.shortValue());
+}
+
+bool IsJsonNumberOfText(const element& value)
+{
+    element number;
+    return value.type() == ElementType::characterData && IsJsonNumber(value.view()) && !SignedFromDecimal(value.view(), number);
+}
+
+bool IsPlainJsonTruth(const element& value)
+{
+    return value.type() == ElementType::truth && value == element::FromTruth(value.toTruth());
+}
+
+bool IsJsonItemString(const element& value, const elementNode* owner, std::string_view text)
+{
+    return DecimalNotation(value, owner).isEmpty() && !IsPlainJsonTruth(value) && StringNotation(value, owner).view() == text;
+}
+
+bool IsJsonScalar(const elementNode& node)
+{
+    return IsBareValue(node) || (node.type() == ElementType::null && IsBare(node));
+}
+
+bool IsEmptyJsonArray(const elementNode* list)
+{
+    return list != nullptr && list->type() == emptyJsonArray && list->next() == nullptr && IsBare(*list);
+}
+
+bool IsOrdinaryJson(const elementNode* first)
+{
+    if (first->type() == ElementType::identifier)
+        return IsOrdinaryList(first, true, 0);
+    return first->next() == nullptr && first->content() == nullptr && IsOrdinaryList(first, false, 0);
+}

@@ -1,9 +1,0 @@
-#pragma once
-
-#include "core/element.h"
-
-/// The bytes of a value without its kind: a text filled in or found as an OCTET STRING.
-inline element Octets(const element& value)
-{
-    return {value.data(), value.length()};
-}

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "asn1/der/der_parser.h"
+#include "asn1/tree/element_node.h"
+#include "core/text/string.h"
+
+#include <memory>
+#include <string_view>
+
+/// Owns one tree, and loads, saves, searches and edits it. The root is the first item; further items are its siblings.
+///
+/// Every load destroys the tree held before, whether it succeeds or not. Files are read whole, up to 256 MiB.
+class CCryptoParser {
+public:
+    CCryptoParser() = default;
+    explicit CCryptoParser(ElementNodePtr root) : root_(std::move(root)) {}
+
+    elementNode* root() const { return root_.get(); }
+    bool isEmpty() const { return root_ == nullptr; }
+    void clear() { root_.reset(); }
+    void setRoot(ElementNodePtr root) { root_ = std::move(root); }
+    ElementNodePtr takeRoot() { return std::move(root_); }
+
+    bool Load_ASCII_File(const CCryptoString& name);
+    bool Load_DER_File(const CCryptoString& name, const DerOptions& options = {});
+    bool Load_JSON_File(const CCryptoString& name);
+    bool Load_XML_File(const CCryptoString& name);
+    /// One value element, the file's bytes, under a fresh root.
+    bool Load_RAW_File(const CCryptoString& name);
+    /// The file's bytes; null, logged, when it cannot be read.
+    static std::unique_ptr<element> SLoad_RAW_Element(const CCryptoString& name);
+
+    bool Load_ASCII_Memory(std::string_view text);
+    bool Load_DER_Memory(const element& der, const DerOptions& options = {});
+    bool Load_JSON_Memory(std::string_view text);
+    bool Load_XML_Memory(std::string_view text);
+
+    bool Save_ASCII_File(const CCryptoString& name) const;
+    static bool Save_ASCII_File(const CCryptoString& name, const elementNode* node);
+    bool Save_DER_File(const CCryptoString& name) const;
+    static bool Save_DER_File(const CCryptoString& name, const elementNode* node);
+    bool Save_JSON_File(const CCryptoString& name) const;
+    static bool Save_JSON_File(const CCryptoString& name, const elementNode* node);
+    bool Save_XML_File(const CCryptoString& name) const;
+    static bool Save_XML_File(const CCryptoString& name, const elementNode* node);
+    /// The bytes of the root's value.
+    bool Save_RAW_File(const CCryptoString& name) const;
+
+    /// The tree, or the list that begins at `node`, as DER, template text, JSON or XML; empty, logged, when it cannot be written
+    /// so.
+    element ToDer() const { return ToDer(root_.get()); }
+    static element ToDer(const elementNode* node);
+    CCryptoString ToText() const { return ToText(root_.get()); }
+    static CCryptoString ToText(const elementNode* node);
+    CCryptoString ToJson() const { return ToJson(root_.get()); }
+    static CCryptoString ToJson(const elementNode* node);
+    CCryptoString ToXml() const { return ToXml(root_.get()); }
+    static CCryptoString ToXml(const elementNode* node);
+
+    /// Destroys `node` without its siblings, which close the gap. The way from the node to the root, along each list, is walked to
+    /// see whose it is. \return false, logged, for a node of another tree.
+    bool remove_node(elementNode* node);
+    /// Puts `replacement`, which has no parent, into `old`'s place; what `old` had as content follows behind it, then `old`'s own
+    /// siblings, and `old` is destroyed. \return the replacement; null, logged, when either condition is not met.
+    elementNode* replace_node(elementNode* old, ElementNodePtr replacement);
+
+    /// Walks from `start`, a step a character: "{" content (or short value), "=" short value (or content), "[" brackets,
+    /// "(" modifiers, "," next sibling, "P" parent; a run between "|" is a template that the node reached must match.
+    /// \return null when a step has no node or is none of these.
+    static elementNode* find_path(elementNode* start, std::string_view path);
+    elementNode* find_path(std::string_view path) const { return find_path(root_.get(), path); }
+    static const element* find_path_element(elementNode* start, std::string_view path);
+
+    /// The first node, from `start` on, whose token is an identifier of this name: of the one level, or in depth.
+    static elementNode* find_name(elementNode* start, std::string_view name, bool inDepth, bool followSiblings);
+    /// The same in the whole tree. \return null, logged as "Index node not found: %s".
+    elementNode* index_node(std::string_view name) const;
+
+    /// The value of a named node. Empty, logged, when the node is missing or has none.
+    CCryptoString get_text(std::string_view name) const;
+    std::uint32_t get_number(std::string_view name) const;
+    element get_bytes(std::string_view name) const;
+    ElementNodePtr get_tree(std::string_view name) const;
+
+    /// Replaces the token of the first node of this name; its brackets and content stay. \return false, logged, when there is none.
+    bool fill(std::string_view name, const element& value);
+    /// A word: a keyword becomes its token ("NULL" the type), anything else text.
+    bool fill_word(std::string_view name, std::string_view word);
+    /// Puts a copy of `tree`, with its siblings, in place of the first node of this name; the node's siblings follow. A null tree
+    /// leaves the placeholder.
+    bool fill_tree(std::string_view name, const elementNode* tree);
+
+private:
+    bool owns(const elementNode* node) const;
+    const elementNode* index_value(std::string_view name) const;
+
+    ElementNodePtr root_;
+};

@@ -1,0 +1,30 @@
+#include "asn1/parser/parser_search.h"
+
+elementNode* CCryptoParserSearch::find(const std::function<bool(const elementNode&)>& matches)
+{
+    while (next_ != nullptr) {
+        elementNode* const node = next_;
+        next_ = behind(node);
+        if (matches(*node))
+            return node;
+    }
+    return nullptr;
+}
+
+elementNode* CCryptoParserSearch::behind(elementNode* node) const
+{
+    if (inDepth_ && node->firstPart() != nullptr)
+        return node->firstPart();
+    for (;;) {
+        if (node->next() != nullptr && (node != start_ || followSiblings_))
+            return node->next();
+        // Back along the list, and up to the node that it hangs on unless another of its parts comes first.
+        for (bool isFirst = false; !isFirst; node = node->parent()) {
+            if (node == start_)
+                return nullptr;
+            isFirst = node->linkKind() != LinkKind::sibling;
+            if (isFirst && node->nextPart() != nullptr)
+                return node->nextPart();
+        }
+    }
+}

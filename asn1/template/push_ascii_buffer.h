@@ -1,0 +1,24 @@
+#pragma once
+
+#include "asn1/template/push_text_buffer.h"
+
+#include <cstdint>
+
+/// Writes a tree as template text that parses back to a tree of the same DER. One item a line, indented by four blanks a level; a
+/// value stands behind "=" where it is short. docs/template-language.md describes the notation.
+class CPushAsciiBuffer : public CPushTextBuffer {
+public:
+    /// \param deepest levels below this one are written as "{ … }", for looking at a tree; such text does not parse back.
+    explicit CPushAsciiBuffer(std::uint32_t deepest = UINT32_MAX) : deepest_(deepest) {}
+
+protected:
+    bool pushDocument(const elementNode* first) override { return pushList(first, nullptr, 0); }
+    bool pushHead(const Place& place) override;
+    bool pushValue(const Place& place) override;
+    bool pushEnd(const Place& place) override;
+    const elementNode* listOf(const Place& place) const override;
+    const char* name() const override { return "CPushAsciiBuffer"; }
+
+private:
+    std::uint32_t deepest_;
+};

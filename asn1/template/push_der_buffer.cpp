@@ -1,0 +1,222 @@
+#include "asn1/template/push_der_buffer.h"
+
+#include "asn1/der/back_buffer.h"
+#include "asn1/der/der_analyzer.h"
+#include "asn1/der/der_parser.h"
+#include "asn1/der/object_identifier.h"
+#include "asn1/template/bracket_list.h"
+#include "asn1/template/encoding_form.h"
+#include "asn1/template/value_notation.h"
+#include "asn1/tree/tree_depth.h"
+#include "core/diagnostics/auto_logger.h"
+#include "core/text/utf8.h"
+
+namespace {
+
+constexpr std::uint64_t largestTagNumber = 30;
+constexpr std::uint64_t mostUnusedBits = 0xFF;
+
+bool IsAtMost(const element& number, std::uint64_t most)
+{
+    return !number.negative() && number.length() <= sizeof most && number.toWord64() <= most;
+}
+
+/// Whether anything but an unfilled placeholder stands in a list. A list too deep to be written counts as filled, so that the
+/// writing says so.
+bool IsFilled(const elementNode* node, std::uint32_t depth)
+{
+    if (node != nullptr && depth >= deepestTree)
+        return true;
+    for (; node != nullptr; node = node->next()) {
+        if (IsValue(node->type()))
+            return true;
+        if (!IsAsn1Type(node->type()))
+            continue;
+        const elementNode* const value = node->value();
+        if (value == nullptr ? !HasModifier(*node, ElementType::optional) : IsFilled(value, depth + 1))
+            return true;
+    }
+    return false;
+}
+
+class Encoder {
+public:
+    explicit Encoder(CCryptoAutoLogger& logger) : logger_(logger) {}
+
+    bool writeList(const elementNode* first, const elementNode* owner, std::uint32_t depth);
+    std::span<const std::uint8_t> bytes() const { return out_.bytes(); }
+
+private:
+    bool writeNode(const elementNode& node, std::uint32_t depth);
+    bool writeIdentifier(ElementType type, const EncodingMarks& marks);
+    void writeLength(std::size_t length);
+    bool writeValue(const element& value, const elementNode* owner);
+    void writeInteger(const element& value);
+    bool writeObjectIdentifier(const element& value);
+    void writeUtf8(const element& value);
+    bool writeTwoByteCharacters(const element& value);
+    bool fail(const char* format, const char* argument) { return logger_.setRetValue(3, false, format, argument); }
+
+    CCryptoAutoLogger& logger_;
+    BackBuffer out_;
+    /// How many elements the one being written lies in.
+    std::uint32_t level_ = 0;
+};
+
+bool Encoder::writeList(const elementNode* first, const elementNode* owner, std::uint32_t depth)
+{
+    if (first == nullptr)
+        return true;
+    if (depth >= deepestTree)
+        return logger_.setRetValue(3, false, "The tree is more than %u levels deep", deepestTree);
+    const elementNode* node = first;
+    while (node->next() != nullptr)
+        node = node->next();
+    for (;; node = node->parent()) {
+        const bool written = IsAsn1Type(node->type()) ? writeNode(*node, depth)
+                             : IsValue(node->type())  ? writeValue(node->token(), owner)
+                                                      : true;
+        if (!written)
+            return false;
+        if (node == first)
+            return true;
+    }
+}
+
+bool Encoder::writeNode(const elementNode& node, std::uint32_t depth)
+{
+    const EncodingMarks marks = EncodingMarksOf(node);
+    if (marks.optional && !IsFilled(marks.value, depth))
+        return true;
+    if (marks.excluded)
+        return writeList(marks.value, &node, depth + 1);
+
+    if (level_ >= CCryptoDERParser::deepestLevel)
+        return logger_.setRetValue(3, false, "The tree is more than %u levels deep", CCryptoDERParser::deepestLevel);
+    ++level_;
+    const std::size_t before = out_.length();
+    if (node.type() != ElementType::asn1Null && !writeList(marks.value, &node, depth + 1))
+        return false;
+    --level_;
+    if (node.type() == ElementType::bitString && marks.number != nullptr) {
+        if (!IsAtMost(*marks.number, mostUnusedBits))
+            return fail("A BIT_STRING cannot have %s unused bits", marks.number->toString().c_str());
+        out_.prepend(static_cast<std::uint8_t>(marks.number->toWord32()));
+    }
+    writeLength(out_.length() - before);
+    return writeIdentifier(node.type(), marks);
+}
+
+bool Encoder::writeIdentifier(ElementType type, const EncodingMarks& marks)
+{
+    std::uint8_t identifier = IdentifierOctet(type);
+    if (IsTagClass(type)) {
+        if (marks.number == nullptr)
+            return fail("Token '%s' has no enumerated definiton", TokenText(type));
+        if (!IsAtMost(*marks.number, largestTagNumber))
+            return fail("Tag number %s cannot be written", marks.number->toString().c_str());
+        identifier = static_cast<std::uint8_t>(identifier | marks.number->toWord32());
+    }
+    if (marks.constructed || (!marks.primitive && (IsListType(type) || HoldsElement(marks.value))))
+        identifier |= derConstructedBit;
+    out_.prepend(identifier);
+    return true;
+}
+
+void Encoder::writeLength(std::size_t length)
+{
+    if (length < 0x80) {
+        out_.prepend(static_cast<std::uint8_t>(length));
+        return;
+    }
+    std::uint8_t octets = 0;
+    for (; length != 0; length >>= 8, ++octets)
+        out_.prepend(static_cast<std::uint8_t>(length));
+    out_.prepend(static_cast<std::uint8_t>(0x80 | octets));
+}
+
+bool Encoder::writeValue(const element& value, const elementNode* owner)
+{
+    const ElementType type = owner != nullptr ? owner->type() : ElementType::none;
+    const ElementType kind = value.type();
+    const bool isText = kind == ElementType::text || kind == ElementType::quotedText || kind == ElementType::utf8Text;
+    if (kind == ElementType::truth) {
+        out_.prepend(value.toTruth() ? std::uint8_t{0xFF} : std::uint8_t{0});
+        return true;
+    }
+    if (kind == ElementType::integer && (type == ElementType::asn1Integer || type == ElementType::enumerated)) {
+        writeInteger(value);
+        return true;
+    }
+    // The number that stands for the value of a BIT_STRING without any bits.
+    if (kind == ElementType::integer && type == ElementType::bitString && value.view() == "\1" && BracketNumber(*owner) != nullptr)
+        return true;
+    if (type == ElementType::objectIdentifier && isText)
+        return writeObjectIdentifier(value);
+    if (type == ElementType::utf8String && kind == ElementType::text) {
+        writeUtf8(value);
+        return true;
+    }
+    if (type == ElementType::bmpString && kind == ElementType::utf8Text)
+        return writeTwoByteCharacters(value);
+    if (type == ElementType::none || kind == ElementType::characterData)
+        logger_.WriteLog("WARNING: Pushing unknown value to output; token=%d, len=%d?", static_cast<int>(kind),
+                         static_cast<int>(value.length()));
+    out_.prepend(value.bytes());
+    return true;
+}
+
+void Encoder::writeInteger(const element& value)
+{
+    const bool topBit = !value.isEmpty() && value.data()[0] >= 0x80;
+    out_.prepend(value.bytes());
+    if (topBit && !value.negative())
+        out_.prepend(std::uint8_t{0});
+    if (!topBit && value.negative())
+        logger_.WriteLog("WARNING: Negative INTEGER coded as positive INTEGER!");
+}
+
+bool Encoder::writeObjectIdentifier(const element& value)
+{
+    element octets;
+    if (!DerFromDotted(value.view(), octets))
+        return fail("\"%s\" is no object identifier", value.toString().c_str());
+    out_.prepend(octets.bytes());
+    return true;
+}
+
+void Encoder::writeUtf8(const element& value)
+{
+    element encoded;
+    for (const std::uint8_t byte : value.bytes())
+        EncodeUtf8(byte, encoded);
+    out_.prepend(encoded.bytes());
+}
+
+bool Encoder::writeTwoByteCharacters(const element& value)
+{
+    element units;
+    if (!value.toUtf16(units))
+        return fail("\"%s\" is not valid UTF-8", value.toString().c_str());
+    for (std::uint32_t index = units.length(); index >= 2; index -= 2) {
+        char16_t unit = 0;
+        std::memcpy(&unit, units.data() + index - 2, sizeof unit);
+        out_.prepend(static_cast<std::uint8_t>(unit));
+        out_.prepend(static_cast<std::uint8_t>(unit >> 8));
+    }
+    return true;
+}
+
+} // namespace
+
+bool CPushDerBuffer::Push(const elementNode* first)
+{
+    CCryptoAutoLogger logger("CPushDerBuffer::Push");
+    Encoder encoder(logger);
+    if (!encoder.writeList(first, nullptr, 0))
+        return false;
+    if (encoder.bytes().size() > UINT32_MAX)
+        return logger.setRetValue(3, false, "The encoding is longer than 4 GiB");
+    PushBytes(encoder.bytes().data(), static_cast<std::uint32_t>(encoder.bytes().size()));
+    return logger.setResult(true);
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "asn1/template/push_buffer.h"
+
+/// Writes a tree as DER (X.690). Each node becomes one element; in order:
+///
+/// - "EXCLUDE" in the bracket list leaves out the node's own identifier and length;
+/// - an item with "OPTIONAL" whose placeholders were not filled is left out, as is a placeholder by itself;
+/// - the constructed bit is a SEQUENCE's and SET's, and follows elsewhere from content that is typed, unless "PRIMITIVE" or
+///   "IMPLICIT" says otherwise; "CONSTRUCTED" and "EXPLICIT" set it for a value without a type, too;
+/// - a value is written as its node's type asks: the sign of an INTEGER, the arcs of an OBJECT_IDENTIFIER, the character set of a
+///   UTF8String or BMPString, the unused bits of a BIT_STRING in front of its bytes.
+class CPushDerBuffer : public CPushBuffer {
+public:
+    bool Push(const elementNode* first) override;
+};

@@ -1,0 +1,44 @@
+#include "asn1/template/push_text_buffer.h"
+
+#include "core/log/log_writers.h"
+
+#include <algorithm>
+
+bool CPushTextBuffer::Push(const elementNode* first)
+{
+    const std::uint32_t before = buffer_.length();
+    if (first == nullptr || pushDocument(first))
+        return true;
+    buffer_.resize(before);
+    WriteErrorEx_G("%s::Push: %s", name(), reason_);
+    return false;
+}
+
+bool CPushTextBuffer::pushList(const elementNode* first, const elementNode* owner, std::uint32_t depth)
+{
+    if (depth >= deepestTree)
+        return fail(tooDeep);
+    for (const elementNode* node = first; node != nullptr; node = node->next()) {
+        if (!pushNode({*node, owner, depth}))
+            return false;
+    }
+    return true;
+}
+
+bool CPushTextBuffer::pushNode(const Place& place)
+{
+    return pushHead(place) && pushValue(place) && pushList(listOf(place), &place.node, place.depth + 1) && pushEnd(place);
+}
+
+void CPushTextBuffer::pushIndent(std::uint32_t depth)
+{
+    constexpr std::string_view blanks = "                                                                ";
+    constexpr std::uint32_t indentWidth = 4;
+    PushText(blanks.substr(0, std::min<std::size_t>(std::size_t{depth} * indentWidth, blanks.size())));
+}
+
+bool CPushTextBuffer::fail(const char* reason)
+{
+    reason_ = reason;
+    return false;
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "asn1/template/push_buffer.h"
+#include "asn1/tree/tree_depth.h"
+
+#include <cstdint>
+
+/// Writes a tree as text: the walk that template text, JSON and XML share. A form decides how a node's head, value and end are
+/// written, and which of its slots holds the list that stands between value and end.
+///
+/// Siblings are walked; levels are recursed, `deepestTree` of them at most.
+class CPushTextBuffer : public CPushBuffer {
+public:
+    bool Push(const elementNode* first) final;
+
+protected:
+    static constexpr const char* tooDeep = "The tree is more than 256 levels deep";
+
+    /// A node, the node whose list it stands in, which may be null, and the level of that list.
+    struct Place {
+        const elementNode& node;
+        const elementNode* owner;
+        std::uint32_t depth;
+    };
+
+    /// The whole text; the form begins with what stands around the root's list.
+    virtual bool pushDocument(const elementNode* first) = 0;
+    virtual bool pushHead(const Place& place) = 0;
+    virtual bool pushValue(const Place& place) = 0;
+    virtual bool pushEnd(const Place& place) = 0;
+    virtual const elementNode* listOf(const Place& place) const { return place.node.content(); }
+    virtual const char* name() const = 0;
+
+    bool pushList(const elementNode* first, const elementNode* owner, std::uint32_t depth);
+    bool pushNode(const Place& place);
+    /// Blanks for a level; beyond some levels they would outgrow what is written.
+    void pushIndent(std::uint32_t depth);
+    /// Keeps the reason for the log. \return false.
+    bool fail(const char* reason);
+
+private:
+    const char* reason_ = "";
+};

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "asn1/tree/element_node.h"
+#include "core/text/string.h"
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+/// What a placeholder of a template stands for in the data it was matched against. The data, and the match, must outlive it.
+struct TemplateBinding {
+    std::string_view name;             ///< text of the template
+    const elementNode* node = nullptr; ///< null for an element whose value is empty
+    bool withSiblings = false;         ///< a value: the node and all that follow it; otherwise the one node
+};
+
+/// Holds decoded data against a template and binds the template's placeholders.
+///
+/// Items are matched in order against the data of the same level. A typed item agrees with a data node of the same type, tag class
+/// and number; it must then match inside, in its form (asn1/encoding_form.h) and, where the template gives constants, in its
+/// octets. An item with "OPTIONAL" that does not agree is left out, and the same data is tried against the next; one that agrees
+/// and does not match inside fails the whole, so that broken data is never taken for absent.
+///
+/// A placeholder by itself takes the whole data node at its place; inside a typed item, alone or behind "=", it takes that item's
+/// value; in a bracket list it takes the tag number or the unused bits; the first of two in a BIT_STRING takes the unused bits;
+/// behind constants it takes the octets that follow theirs. "EXCLUDE" stands for its content. Data behind the last item is left
+/// alone, but of data that is there a list must take something: a choice of which no alternative agrees fails.
+class CCryptoTemplateMatch {
+public:
+    /// Both are lists: the first node and its siblings. \return false when an item finds no data that it can take.
+    bool Match(const elementNode* templateItems, const elementNode* data);
+
+    /// Empty after a failure.
+    const std::vector<TemplateBinding>& bindings() const { return bindings_; }
+    /// Null when the placeholder was not bound.
+    const TemplateBinding* find(std::string_view name) const;
+
+    /// The item that did not match, and why: "INTEGER: the data holds SEQUENCE"; empty after a match. No value of the data is in
+    /// it.
+    const CCryptoString& failedStep() const { return failedStep_; }
+    /// Where that item stands in the template: "SEQUENCE / CONTEXT_SPECIFIC[0] / item 3"; empty after a match.
+    const CCryptoString& failedPlace() const { return failedPlace_; }
+
+    /// Forgets what was bound, ahead of the data's end; the failure stays.
+    void clearBindings();
+
+private:
+    enum class Reason { otherType, noData, otherForm, otherValue, tooDeep };
+
+    bool matchWhole(const elementNode* items, const elementNode* data, std::uint32_t depth);
+    bool matchList(const elementNode* item, const elementNode*& data, std::uint32_t depth);
+    bool matchItem(const elementNode& item, const elementNode*& data, std::uint32_t depth);
+    bool matchExcluded(const elementNode& item, const elementNode*& data, std::uint32_t depth);
+    bool matchTyped(const elementNode& item, const elementNode& data, std::uint32_t depth);
+    bool matchBitString(const elementNode& item, const elementNode& data, std::uint32_t depth);
+    bool matchUnusedBits(const elementNode& item, const elementNode*& wanted, const elementNode* number);
+    bool matchValue(const elementNode& item, const elementNode* wanted, const elementNode& data, const elementNode* value,
+                    std::uint32_t depth);
+    bool matchOctets(const elementNode& item, const elementNode* wanted, const elementNode& data, element octets);
+    const elementNode* splitUnusedBits(const elementNode*& value);
+    const elementNode* keep(ElementNodePtr made);
+    void bind(const elementNode& placeholder, const elementNode* node, bool withSiblings);
+    bool fail(const elementNode& item, const elementNode* data, Reason reason);
+    CCryptoString describeFailure() const;
+
+    std::vector<TemplateBinding> bindings_;
+    /// What placeholders stand for that is no node of the data.
+    std::vector<ElementNodePtr> made_;
+    CCryptoString failedStep_;
+    CCryptoString failedPlace_;
+    const elementNode* failedItem_ = nullptr; ///< until Match returns
+    const elementNode* failedData_ = nullptr;
+    Reason failedReason_ = Reason::otherType;
+};

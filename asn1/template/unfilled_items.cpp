@@ -1,0 +1,55 @@
+#include "asn1/template/unfilled_items.h"
+
+#include "asn1/der/der_analyzer.h"
+#include "asn1/template/bracket_list.h"
+#include "asn1/template/value_notation.h"
+#include "asn1/tree/item_list.h"
+#include "asn1/tree/tree_depth.h"
+
+namespace {
+
+bool DropFromList(ElementNodePtr& list, std::uint32_t depth);
+
+/// \return whether the item holds something, or is there without holding anything.
+bool DropFromItem(elementNode& item, std::uint32_t depth)
+{
+    if (!IsAsn1Type(item.type()))
+        return IsValue(item.type());
+    bool isFilled = !HasModifier(item, ElementType::optional);
+    for (const LinkKind kind : {LinkKind::shortValue, LinkKind::content}) {
+        ElementNodePtr value = item.release(kind);
+        if (value == nullptr)
+            continue;
+        isFilled = DropFromList(value, depth + 1);
+        item.set(kind, std::move(value));
+    }
+    return isFilled;
+}
+
+/// \return whether anything in the list is filled.
+bool DropFromList(ElementNodePtr& list, std::uint32_t depth)
+{
+    if (depth >= deepestTree)
+        return true;
+    ItemList kept;
+    bool isFilled = false;
+    while (list != nullptr) {
+        ElementNodePtr rest = list->release(LinkKind::sibling);
+        const bool isItemFilled = DropFromItem(*list, depth);
+        const bool isLeftOut = list->type() == ElementType::identifier ||
+                               (!isItemFilled && IsAsn1Type(list->type()) && HasModifier(*list, ElementType::optional));
+        isFilled |= isItemFilled;
+        if (!isLeftOut)
+            kept.add(std::move(list));
+        list = std::move(rest);
+    }
+    list = std::move(kept.first);
+    return isFilled;
+}
+
+} // namespace
+
+void DropUnfilledItems(ElementNodePtr& list)
+{
+    DropFromList(list, 0);
+}

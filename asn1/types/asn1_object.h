@@ -1,0 +1,81 @@
+#pragma once
+
+#include "asn1/parser/parser.h"
+#include "asn1/template/template_match.h"
+#include "asn1/tree/element_node.h"
+#include "core/text/string.h"
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+/// One ASN.1 type with its template: reads its fields from a decoded tree, or builds the tree of them.
+///
+/// The object keeps a copy of the data it was parsed from, so it may outlive the tree. A failed parse leaves the object as one that
+/// was never given anything; nothing is thrown.
+class CCryptoASN1Object {
+public:
+    CCryptoASN1Object(const CCryptoASN1Object&) = delete;
+    CCryptoASN1Object& operator=(const CCryptoASN1Object&) = delete;
+
+    virtual ~CCryptoASN1Object() = default;
+
+    /// Fills the template from the fields. \return false, logged, when they do not make a value.
+    virtual bool BuildNode() = 0;
+    /// Reads the fields from the data that was bound.
+    virtual bool ParseNode() = 0;
+    /// A member to be parsed or built; null for a type that has none.
+    virtual std::unique_ptr<CCryptoASN1Object> CreateMember() { return nullptr; }
+
+    /// Binds `node` and reads the fields. \return false, logged, for a null node, for a template that is none
+    /// ("SetNodeToParse() failed"), and for data that the template does not match, in a line of its own the step that failed, or
+    /// whose fields do not make sense ("ParseNode() failed").
+    bool Parse(const elementNode* node);
+    /// Parse for an object that already held something.
+    bool Assign(const elementNode* node);
+    /// Decodes one element, then parses. More elements behind it fail unless the template looks at them.
+    bool ParseDer(const element& der);
+
+    /// The tree of the fields, without the names and optional items that nothing was put into; null, logged, when they do not make
+    /// one.
+    ElementNodePtr BuildTree();
+    /// The same as DER; empty on failure.
+    element BuildDer();
+
+    /// The part of the bound data that stands for a placeholder of the template; null when it was not bound or is empty.
+    const elementNode* find(std::string_view name) const;
+    bool isBound(std::string_view name) const { return match_.find(name) != nullptr; }
+    /// Of a part that is an element, its value. Empty, or 0, for what find() does not find.
+    CCryptoString findText(std::string_view name) const;
+    std::uint32_t findNumber(std::string_view name) const;
+    element findBytes(std::string_view name) const;
+
+protected:
+    /// \param templateText a constant. \param withSiblings the data is taken with the siblings that follow it.
+    explicit CCryptoASN1Object(const char* templateText, bool withSiblings = false);
+
+    /// For the constructors that take data: parses, and logs "Invalid elementToParse" for a node that does not match.
+    void construct(const elementNode* elementToParse);
+
+    /// Gives up what the fields hold; called ahead of ParseNode and after a failure.
+    virtual void ClearFields() {}
+
+    /// The template to fill, fresh for each build.
+    CCryptoParser& builder() { return builder_; }
+    /// The node that was bound.
+    const elementNode* data() const { return data_.get(); }
+
+private:
+    enum class Outcome { parsed, noTemplate, mismatch, wrongFields };
+
+    Outcome setNodeToParse(const elementNode& node);
+    Outcome parse(const elementNode& node);
+    bool looksAtSiblings(const elementNode& items) const;
+    void clear();
+
+    const char* templateText_;
+    bool withSiblings_;
+    CCryptoParser builder_;
+    ElementNodePtr data_;
+    CCryptoTemplateMatch match_;
+};

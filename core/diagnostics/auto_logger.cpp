@@ -1,0 +1,191 @@
+#include "core/diagnostics/auto_logger.h"
+
+#include "core/base/bounded_text.h"
+#include "core/diagnostics/log_nesting.h"
+#include "core/log/overlong_texts.h"
+#include "core/platform/clock.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <limits>
+
+namespace {
+
+/// Leaves room for the longest word in front of the message.
+constexpr std::size_t longestExitMessage = 1011;
+
+constexpr std::string_view outerRule = "========================================";
+constexpr std::string_view innerRule = "----------------------------------------";
+
+struct StatusWords {
+    std::string_view exit;        ///< behind the name, modes 0 and 1
+    std::string_view quietExit;   ///< behind the name, modes 2 and 3
+    std::string_view messageWord; ///< in front of the message; empty when it is not written
+};
+
+constexpr StatusWords statusWords[] = {
+    {" - OUT", " - OK", ""},
+    {" - OUT", " - OK", "INFO: "},
+    {" - OUT WITH WARNING", " - WARNING", "WARNING: "},
+    {" - OUT WITH ERROR", " - ERROR", "ERROR: "},
+};
+
+// Without the leading blank: a number that is no status shows by its look.
+constexpr StatusWords unknownStatusWords = {"- OUT", "- OUT", ""};
+
+const StatusWords& WordsOf(std::int32_t status)
+{
+    const bool known = status >= 0 && static_cast<std::size_t>(status) < std::size(statusWords);
+    return known ? statusWords[status] : unknownStatusWords;
+}
+
+} // namespace
+
+CCryptoAutoLogger::CCryptoAutoLogger(const char* name, std::uint32_t mode, const char* format, ...) : name_(name), mode_(mode)
+{
+    if (logging::Level() == 0) [[likely]]
+        return;
+    if (format == nullptr) {
+        open();
+        return;
+    }
+    std::va_list arguments;
+    va_start(arguments, format);
+    openWithArguments(format, arguments);
+    va_end(arguments);
+}
+
+void CCryptoAutoLogger::DeleteShown::operator()(Shown* shown) const
+{
+    delete shown;
+}
+
+void CCryptoAutoLogger::enter()
+{
+    depth_ = logging::EnterOperation();
+    shown_.reset(new Shown);
+}
+
+void CCryptoAutoLogger::open()
+{
+    enter();
+    writeEntry();
+}
+
+void CCryptoAutoLogger::openWithArguments(const char* format, std::va_list arguments)
+{
+    enter();
+
+    BoundedText formatted;
+    const std::string_view text = formatted.appendFormatted(format, arguments) ? formatted.view() : overlong::arguments;
+    if (quiet()) {
+        shown_->nameWithArgs.append(name()).append("(").append(text).append(") : ");
+        name_ = shown_->nameWithArgs.c_str();
+    } else {
+        addText(text);
+    }
+    writeEntry();
+}
+
+void CCryptoAutoLogger::writeEntry()
+{
+    const bool warnsUnlessSet = mode_ == 0 || mode_ == 2;
+    status_ = static_cast<std::int32_t>(warnsUnlessSet ? ResultStatus::warning : ResultStatus::none);
+    if (!quiet()) {
+        if (message().isEmpty())
+            WriteLog("%s - IN", name());
+        else
+            WriteLog("%s(%s) - IN", name(), message().c_str());
+    }
+    shown_->timed = logging::Profiling();
+    if (shown_->timed)
+        shown_->startTime = platform::MonotonicMilliseconds();
+}
+
+void CCryptoAutoLogger::close()
+{
+    if (shown_ != nullptr)
+        logging::LeaveOperation();
+    if (logging::Shows(depth_))
+        writeExit();
+    abandon();
+}
+
+void CCryptoAutoLogger::writeExit()
+{
+    if (shown_ != nullptr && shown_->timed) {
+        const std::int64_t elapsed =
+            std::min<std::int64_t>(platform::MonotonicMilliseconds() - shown_->startTime, std::numeric_limits<std::int32_t>::max());
+        std::snprintf(shown_->timingPrefix, sizeof shown_->timingPrefix, "%9d ms: ", static_cast<int>(elapsed));
+    }
+    if (status_ == static_cast<std::int32_t>(ResultStatus::error)) {
+        CCryptoString chain(name());
+        if (!message().isEmpty())
+            chain.append(":").append(message().view());
+        StartLastErrorText(chain);
+    }
+    if (name()[0] != '\0') {
+        const std::string_view suffix = exitSuffix();
+        WriteLog("%s%.*s", name(), static_cast<int>(suffix.size()), suffix.data());
+    }
+    if (!quiet())
+        writeMessage();
+    writeRule();
+}
+
+std::string_view CCryptoAutoLogger::exitSuffix() const
+{
+    if (!quiet())
+        return WordsOf(status_).exit;
+    return message().isEmpty() ? WordsOf(status_).quietExit : message().view();
+}
+
+void CCryptoAutoLogger::writeMessage()
+{
+    const std::string_view word = WordsOf(status_).messageWord;
+    if (word.empty() || message().isEmpty())
+        return;
+    BoundedText text;
+    text.append(word);
+    text.append(message().view().substr(0, longestExitMessage));
+    writeLine(text.view());
+}
+
+void CCryptoAutoLogger::writeRule()
+{
+    if (depth_ == 0)
+        writeLine(outerRule);
+    else if (depth_ == 1)
+        writeLine(innerRule);
+}
+
+void CCryptoAutoLogger::writeLine(std::string_view text)
+{
+    logging::WriteLine(depth_, shown_ != nullptr ? shown_->timingPrefix : "", text);
+}
+
+const char* CCryptoAutoLogger::name() const
+{
+    return name_ != nullptr ? name_ : "";
+}
+
+void CCryptoAutoLogger::setStatus(std::int32_t level, const CCryptoString& text)
+{
+    status_ = level;
+    if (level == static_cast<std::int32_t>(ResultStatus::info))
+        setInfo(text);
+    else if (level == static_cast<std::int32_t>(ResultStatus::warning))
+        setWarning(text);
+    else if (level == static_cast<std::int32_t>(ResultStatus::error))
+        setError(text);
+}
+
+void CCryptoAutoLogger::setStatusFormatted(std::int32_t level, const char* format, std::va_list arguments)
+{
+    status_ = level;
+    if (level == 0 || format == nullptr)
+        return;
+    BoundedText text;
+    const bool fits = text.appendFormatted(format, arguments);
+    setStatus(level, CCryptoString(fits ? text.view() : overlong::result));
+}

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "core/text/string.h"
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+/// How an operation ended, from good to bad.
+enum class ResultStatus : std::int32_t { none = 0, info = 1, warning = 2, error = 3 };
+
+/// The result of one operation: a status, a text and the last system error. Texts given one after the other are joined by a blank.
+class CCryptoErrorHandler {
+public:
+    CCryptoErrorHandler() = default;
+    virtual ~CCryptoErrorHandler() = default;
+    CCryptoErrorHandler(const CCryptoErrorHandler&) = delete;
+    CCryptoErrorHandler& operator=(const CCryptoErrorHandler&) = delete;
+
+    /// One of ResultStatus; a caller of setRetValue may have put another number there.
+    std::int32_t status() const { return status_; }
+    /// Empty when no text was given.
+    const CCryptoString& message() const;
+    /// The last system error code recorded; 0 when none was.
+    std::uint32_t errorCode() const { return errorCode_; }
+
+    void setInfo(const CCryptoString& text);
+    void setWarning(const CCryptoString& text);
+    /// The process-wide last-error text becomes `text` too.
+    void setError(const CCryptoString& text);
+    /// Records the system's error `code` with its text: the one loaded for it, else the system's own (at most 255 bytes), else
+    /// " Last error (%08X)". It becomes the last-error text when it is the operation's first text.
+    void setWindowsError(std::uint32_t code);
+    /// The same for the calling thread's last error.
+    void setLastWindowsError();
+
+    /// The first error since the text was last cleared: "operation:message" of the innermost operation that failed, or the text
+    /// that the last failing operation gave for itself. A copy.
+    static CCryptoString LastErrorText();
+    static void ClearLastErrorText();
+
+    /// Reads texts for error codes from a document of the form
+    /// `<settings><ErrorCode_0x8010000C>No card in the reader</ErrorCode_0x8010000C></settings>`; codes are decimal, or hexadecimal
+    /// behind "0x". setWindowsError prefers these texts to the system's. They take the place of those loaded before. A malformed
+    /// item is reported as "Incorrect format for error description item: %s" and skipped.
+    /// \return false, logged, when the file cannot be read, is above 1 MiB or holds no well-formed settings; what was loaded before
+    /// then stays.
+    static bool LoadXmlErrorsDesriptions(const CCryptoString& fileName);
+
+protected:
+    /// Sets the last-error text when it is empty.
+    static void StartLastErrorText(const CCryptoString& text);
+
+    /// Puts `text` behind the texts given so far.
+    void addText(std::string_view text);
+
+    std::int32_t status_ = 0;
+    std::uint32_t errorCode_ = 0;
+
+private:
+    /// Out of line, to keep every scope that holds a logger short.
+    struct DeleteText {
+        void operator()(CCryptoString* text) const;
+    };
+
+    /// Made by the first text, so that an operation without one costs no storage.
+    std::unique_ptr<CCryptoString, DeleteText> message_;
+};

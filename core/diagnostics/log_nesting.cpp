@@ -1,0 +1,98 @@
+#include "core/diagnostics/log_nesting.h"
+
+#include "core/base/never_destroyed.h"
+#include "core/containers/avl_tree.h"
+#include "core/containers/critical_section.h"
+#include "core/platform/process.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace logging {
+
+namespace {
+
+constexpr std::uint32_t deepest = 255;
+constexpr std::uint32_t fewestThreads = 64;
+
+using DepthTree = CAvlTree<std::uint32_t, std::uint32_t>;
+
+struct NestingTable {
+    CCryptoCS guard{"logNesting"};
+    std::unique_ptr<DepthTree> depths;
+    /// So many counters are kept before the idle ones are dropped.
+    std::uint32_t room = fewestThreads;
+};
+
+constinit NeverDestroyed<NestingTable> nesting;
+
+// The three below want the guard held.
+
+void DropIdleThreads(NestingTable& table)
+{
+    auto busy = std::make_unique<DepthTree>();
+    table.depths->Traverse([&](std::uint32_t thread, std::uint32_t depth) {
+        if (depth != 0)
+            busy->Insert(thread, depth);
+    });
+    table.depths = std::move(busy);
+    table.room = std::max(fewestThreads, 2 * table.depths->Count());
+}
+
+std::uint32_t& DepthOfThisThread(NestingTable& table)
+{
+    const std::uint32_t thread = platform::CurrentThreadId();
+    if (table.depths == nullptr)
+        table.depths = std::make_unique<DepthTree>();
+    if (std::uint32_t* const known = table.depths->Find(thread))
+        return *known;
+    if (table.depths->Count() >= table.room)
+        DropIdleThreads(table);
+    return table.depths->FindOrInsert(thread);
+}
+
+/// Null for a thread without a counter, as one whose operation outlives the log.
+std::uint32_t* KnownDepth(NestingTable& table, std::uint32_t thread)
+{
+    return table.depths != nullptr ? table.depths->Find(thread) : nullptr;
+}
+
+} // namespace
+
+std::uint32_t EnterOperation()
+{
+    const CCryptoCSLock lock(&nesting->guard, LockMode::quiet);
+    return std::min(DepthOfThisThread(*nesting)++, deepest);
+}
+
+void LeaveOperation()
+{
+    const CCryptoCSLock lock(&nesting->guard, LockMode::quiet);
+    std::uint32_t* const depth = KnownDepth(*nesting, platform::CurrentThreadId());
+    if (depth != nullptr && *depth > 0)
+        --*depth;
+}
+
+bool EndByForce(std::uint32_t threadId, const std::function<bool()>& end)
+{
+    const CCryptoCSLock lock(&nesting->guard, LockMode::quiet);
+    const bool ended = end();
+    if (std::uint32_t* const depth = KnownDepth(*nesting, threadId); ended && depth != nullptr)
+        *depth = 0;
+    return ended;
+}
+
+void ForgetNesting()
+{
+    const CCryptoCSLock lock(&nesting->guard, LockMode::quiet);
+    nesting->depths.reset();
+    nesting->room = fewestThreads;
+}
+
+std::uint32_t CountedThreads()
+{
+    const CCryptoCSLock lock(&nesting->guard, LockMode::quiet);
+    return nesting->depths != nullptr ? nesting->depths->Count() : 0;
+}
+
+} // namespace logging

@@ -1,0 +1,43 @@
+#include "core/log/log.h"
+
+#include "core/base/never_destroyed.h"
+#include "core/log/log_line.h"
+#include "core/platform/process.h"
+
+#include <utility>
+
+namespace logging {
+
+namespace {
+
+constinit NeverDestroyed<std::atomic<std::shared_ptr<LogOutput>>> currentOutput;
+
+} // namespace
+
+void Configure(std::uint32_t level, bool profiling, std::shared_ptr<LogOutput> output)
+{
+    currentOutput->store(std::move(output));
+    state::profiling = profiling;
+    state::level = level;
+}
+
+std::shared_ptr<LogOutput> CurrentOutput()
+{
+    return currentOutput->load();
+}
+
+void WriteLine(std::uint32_t depth, std::string_view timingPrefix, std::string_view text)
+{
+    if (!Shows(depth))
+        return;
+    const std::shared_ptr<LogOutput> output = CurrentOutput();
+    if (output == nullptr)
+        return;
+
+    const std::uint32_t lastError = platform::LastError();
+    LogLine line({.timingPrefix = timingPrefix, .tag = output->settings().tag, .depth = depth, .profiling = Profiling()}, text);
+    output->deliver(line);
+    platform::SetLastError(lastError);
+}
+
+} // namespace logging

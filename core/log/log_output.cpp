@@ -1,0 +1,81 @@
+#include "core/log/log_output.h"
+
+#include "core/log/log_line.h"
+#include "core/platform/file.h"
+#include "core/platform/process.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+
+namespace {
+
+constexpr std::uint32_t patienceMilliseconds = 1000;
+constexpr std::uint32_t patienceWithBusyFile = 10;
+
+} // namespace
+
+LogOutput::LogOutput(Settings settings) : settings_(std::move(settings))
+{
+    settings_.tag.resize(std::min(settings_.tag.size(), longestLogTag));
+}
+
+void LogOutput::openMutex()
+{
+    const std::lock_guard guard(opening_);
+    if (!mutex_.isOpen())
+        mutex_.open(("AutoLogger_" + settings_.tag).c_str());
+}
+
+void LogOutput::deliver(LogLine& line)
+{
+    if (settings_.callback != nullptr)
+        callBack(line.c_str());
+    if (!settings_.path.empty())
+        append(line.withLineEnd());
+}
+
+void LogOutput::callBack(const char* line)
+{
+    const std::uint32_t self = platform::CurrentThreadId();
+    {
+        const std::lock_guard guard(calling_);
+        if (std::find(threadsInCallback_.begin(), threadsInCallback_.end(), self) != threadsInCallback_.end())
+            return;
+        threadsInCallback_.push_back(self);
+    }
+    settings_.callback(line);
+    const std::lock_guard guard(calling_);
+    std::erase(threadsInCallback_, self);
+}
+
+void LogOutput::append(std::string_view line)
+{
+    openMutex();
+    const bool guarded = mutex_.isOpen();
+    if (guarded) {
+        const bool had = mutex_.lock(busy_ ? patienceWithBusyFile : patienceMilliseconds);
+        busy_ = !had;
+        if (!had)
+            return;
+    }
+    {
+        platform::File file;
+        if (file.open(settings_.filePerThread ? threadPath().c_str() : settings_.path.c_str(), platform::FileMode::append))
+            file.append(line.data(), static_cast<std::uint32_t>(line.size()));
+    }
+    if (guarded)
+        mutex_.unlock();
+}
+
+std::string LogOutput::threadPath() const
+{
+    constexpr std::string_view extension = ".LOG";
+    const std::size_t position = settings_.path.rfind(extension);
+    if (position == std::string::npos)
+        return settings_.path;
+
+    char extended[24];
+    std::snprintf(extended, sizeof extended, "-%04x.LOG", static_cast<unsigned>(platform::CurrentThreadId()));
+    return std::string(settings_.path).replace(position, extension.size(), extended);
+}

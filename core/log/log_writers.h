@@ -1,0 +1,11 @@
+#pragma once
+
+#include "core/base/printf_format.h"
+
+/// The two process-wide writers, for code that has no scoped logger of its own: everything below the logger, and fatal failures.
+/// Both write one line at depth 0 when logging is on, and cost one comparison when it is off.
+
+void WriteLog_G(const char* format, ...) CORE_PRINTF_FORMAT(1, 2);
+
+/// The debug channel: the text behind "ERROR: ".
+void WriteErrorEx_G(const char* format, ...) CORE_PRINTF_FORMAT(1, 2);

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "core/memory/out_of_memory.h"
+#include "core/platform/secure_wipe.h"
+
+#include <cstddef>
+#include <memory>
+#include <new>
+
+/// A fixed number of plain values on the heap, zero at first and wiped before release. Without memory the process ends.
+template <typename Value>
+class WipedArray {
+public:
+    explicit WipedArray(std::size_t count) : values_(new (std::nothrow) Value[count]()), count_(count)
+    {
+        if (values_ == nullptr)
+            EndOutOfMemory();
+    }
+    WipedArray(const WipedArray&) = delete;
+    WipedArray& operator=(const WipedArray&) = delete;
+    ~WipedArray() { platform::SecureWipe(values_.get(), count_ * sizeof(Value)); }
+
+    Value* data() { return values_.get(); }
+    const Value* data() const { return values_.get(); }
+    std::size_t size() const { return count_; }
+    Value* begin() { return data(); }
+    const Value* begin() const { return data(); }
+    Value* end() { return data() + count_; }
+    const Value* end() const { return data() + count_; }
+    Value& operator[](std::size_t index) { return values_[index]; }
+    const Value& operator[](std::size_t index) const { return values_[index]; }
+
+private:
+    std::unique_ptr<Value[]> values_;
+    std::size_t count_;
+};

@@ -1,0 +1,203 @@
+#include "core/system/file.h"
+
+#include "core/diagnostics/auto_logger.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+constexpr std::uint64_t lastIndex = std::numeric_limits<std::uint32_t>::max();
+constexpr const char* notOpen = "File is not open";
+constexpr const char* notWritable = "File is not open in a mode for this";
+constexpr const char* unusableName = "File name is empty or contains a zero byte";
+
+bool IsUsable(const CCryptoString& fileName)
+{
+    return !fileName.isEmpty() && !fileName.contains(std::string_view("\0", 1));
+}
+
+/// For the log, which shows indices as signed.
+int Shown(std::uint64_t number)
+{
+    return static_cast<int>(static_cast<std::uint32_t>(number));
+}
+
+/// Moves the bytes between `from` and `end` to `to`, which lies before `from`. Failures go to `logger`.
+bool MoveUp(platform::File& file, std::uint64_t from, std::uint64_t to, std::uint64_t end, CCryptoAutoLogger& logger)
+{
+    constexpr std::uint64_t chunkSize = 0x10000;
+    element chunk;
+    chunk.resize(static_cast<std::uint32_t>(std::min(end - from, chunkSize)));
+    while (from < end) {
+        const auto count = static_cast<std::uint32_t>(std::min(end - from, chunkSize));
+        const std::int64_t read = file.readAt(from, chunk.data(), count);
+        if (read >= 0 && read < count)
+            return logger.setRetValue(3, false, "The file became shorter meanwhile");
+        if (read < 0 || !file.writeAt(to, chunk.data(), count)) {
+            logger.setLastWindowsError();
+            return false;
+        }
+        from += count;
+        to += count;
+    }
+    return true;
+}
+
+} // namespace
+
+CCryptoFile::CCryptoFile(const CCryptoString& fileName, Mode mode)
+{
+    Open(fileName, mode);
+}
+
+bool CCryptoFile::Open(const CCryptoString& fileName, Mode mode)
+{
+    CCryptoAutoLogger logger("CCryptoFile::Open", 0, "filename=%s, mode=%d", fileName.c_str(), static_cast<int>(mode));
+
+    file_.close();
+    position_ = 0;
+    mode_ = mode;
+    if (!IsUsable(fileName))
+        return logger.setRetValue(3, false, unusableName);
+    if (!file_.open(fileName.c_str(), mode)) {
+        logger.setLastWindowsError();
+        return false;
+    }
+    return logger.setResult(true);
+}
+
+void CCryptoFile::Close()
+{
+    CCryptoAutoLogger logger("CCryptoFile::Close");
+
+    file_.close();
+    position_ = 0;
+    logger.setResult(true);
+}
+
+bool CCryptoFile::Read(std::uint32_t index, std::uint32_t length, element& content)
+{
+    CCryptoAutoLogger logger("CCryptoFile::Read", 0, "index=%d, length=%d", Shown(index), Shown(length));
+
+    content.clear();
+    if (!isOpen())
+        return logger.setRetValue(3, false, notOpen);
+    const std::int64_t size = file_.size();
+    if (size < 0) {
+        logger.setLastWindowsError();
+        return false;
+    }
+    if (size < index)
+        return logger.setRetValue(3, false, "size<index");
+    const auto count =
+        static_cast<std::uint32_t>(std::min<std::uint64_t>({length, static_cast<std::uint64_t>(size) - index, lastIndex - index}));
+    content.resize(count);
+    const std::int64_t done = file_.readAt(index, content.data(), count);
+    if (done < 0) {
+        logger.setLastWindowsError();
+        content.clear();
+        return false;
+    }
+    content.resize(static_cast<std::uint32_t>(done));
+    position_ = index + static_cast<std::uint32_t>(done);
+    return logger.setResult(true);
+}
+
+bool CCryptoFile::Write(std::span<const std::uint8_t> bytes, std::uint32_t index)
+{
+    CCryptoAutoLogger logger("CCryptoFile::Write", 0, "%d bytes, index=%d", Shown(bytes.size()), Shown(index));
+
+    if (!isOpen())
+        return logger.setRetValue(3, false, notOpen);
+    if (mode_ == Mode::read)
+        return logger.setRetValue(3, false, notWritable);
+    const std::int64_t start = mode_ == Mode::append ? file_.size() : index;
+    if (start < 0) {
+        logger.setLastWindowsError();
+        return false;
+    }
+    const auto place = static_cast<std::uint64_t>(start);
+    if (place > lastIndex || bytes.size() > lastIndex - place)
+        return logger.setRetValue(3, false, "Files beyond 4 GiB are not supported");
+    const auto count = static_cast<std::uint32_t>(bytes.size());
+    const bool done = mode_ == Mode::append ? file_.append(bytes.data(), count) : file_.writeAt(place, bytes.data(), count);
+    if (!done) {
+        logger.setLastWindowsError();
+        return false;
+    }
+    position_ = static_cast<std::uint32_t>(place) + count;
+    return logger.setResult(true);
+}
+
+bool CCryptoFile::Erase(std::uint32_t index, std::uint32_t length)
+{
+    CCryptoAutoLogger logger("CCryptoFile::Erase", 0, "index=%d, length=%d", Shown(index), Shown(length));
+
+    if (!isOpen())
+        return logger.setRetValue(3, false, notOpen);
+    if (mode_ != Mode::write && mode_ != Mode::readWrite)
+        return logger.setRetValue(3, false, notWritable);
+    const std::int64_t size = file_.size();
+    if (size < 0) {
+        logger.setLastWindowsError();
+        return false;
+    }
+    if (size < index)
+        return logger.setRetValue(3, false, "size<index");
+    const auto end = static_cast<std::uint64_t>(size);
+    const std::uint64_t count = std::min<std::uint64_t>(length, end - index);
+    // With nothing to take out the size stays whatever others have made of it meanwhile.
+    if (count != 0) {
+        if (!MoveUp(file_, index + count, index, end, logger))
+            return false;
+        if (!file_.truncate(end - count)) {
+            logger.setLastWindowsError();
+            return false;
+        }
+    }
+    position_ = index;
+    return logger.setResult(true);
+}
+
+std::int64_t CCryptoFile::Size() const
+{
+    CCryptoAutoLogger logger("CCryptoFile::Size");
+
+    if (!isOpen())
+        return logger.setRetValue(3, std::int64_t{-1}, notOpen);
+    const std::int64_t size = file_.size();
+    if (size < 0)
+        logger.setLastWindowsError();
+    else
+        logger.setResult(true);
+    return size;
+}
+
+std::int64_t CCryptoFile::Size(const CCryptoString& fileName)
+{
+    CCryptoAutoLogger logger("CCryptoFile::Size", 0, "filename=%s", fileName.c_str());
+
+    if (!IsUsable(fileName))
+        return logger.setRetValue(3, std::int64_t{-1}, unusableName);
+    platform::File file;
+    const std::int64_t size = file.open(fileName.c_str(), Mode::read) ? file.size() : -1;
+    if (size < 0)
+        logger.setLastWindowsError();
+    else
+        logger.setResult(true);
+    return size;
+}
+
+bool CCryptoFile::Remove(const CCryptoString& fileName)
+{
+    CCryptoAutoLogger logger("CCryptoFile::Remove", 0, "filename=%s", fileName.c_str());
+
+    if (!IsUsable(fileName))
+        return logger.setRetValue(3, false, unusableName);
+    if (!platform::File::Remove(fileName.c_str())) {
+        logger.setLastWindowsError();
+        return false;
+    }
+    return logger.setResult(true);
+}

@@ -1,0 +1,110 @@
+#include "core/system/thread.h"
+
+#include "core/diagnostics/auto_logger.h"
+#include "core/diagnostics/log_nesting.h"
+#include "core/log/log_writers.h"
+#include "core/platform/process.h"
+
+#include <algorithm>
+
+namespace {
+
+// What the debugging runtime fills fresh memory with.
+constexpr std::uint32_t uninitialised = 0xCDCDCDCD;
+
+/// What a thread may need to end once its work is done.
+constexpr std::uint32_t leavingTime = 1000;
+
+/// The object whose thread is the calling one. Its owner may destroy it before the thread has left, so it is only compared.
+thread_local const CCryptoThread* objectOfThisThread = nullptr;
+
+} // namespace
+
+CCryptoThread::~CCryptoThread()
+{
+    if (isThisThread()) {
+        WriteErrorEx_G("CCryptoThread::~CCryptoThread: Destroyed by its own thread");
+        objectOfThisThread = nullptr;
+        return;
+    }
+    thread_.wait(waitForever);
+}
+
+bool CCryptoThread::isThisThread() const
+{
+    return thread_.isOpen() && objectOfThisThread == this;
+}
+
+void CCryptoThread::run()
+{
+    if (body_)
+        body_();
+}
+
+void CCryptoThread::Enter(void* argument)
+{
+    CCryptoThread& self = *static_cast<CCryptoThread*>(argument);
+    self.id_ = platform::CurrentThreadId();
+    objectOfThisThread = &self;
+    self.run();
+    if (objectOfThisThread != &self)
+        return;
+    // From here on the owner may destroy the object.
+    self.running_ = false;
+}
+
+bool CCryptoThread::start()
+{
+    CCryptoAutoLogger logger("CCryptoThread::start", 1);
+
+    if (running_.exchange(true))
+        return logger.setRetValue(3, false, "Thread is already running");
+    if (!thread_.start(Enter, this)) {
+        logger.setLastWindowsError();
+        running_ = false;
+        return false;
+    }
+    id_ = thread_.id();
+    logger.WriteLog("Start thread: %04X", id());
+    return logger.setResult(true);
+}
+
+/// Waits for the system's thread, which outlasts `run`, and gives its handle back.
+bool CCryptoThread::awaitEnd(std::uint32_t milliseconds)
+{
+    if (!thread_.wait(milliseconds))
+        return false;
+    thread_.close();
+    running_ = false;
+    return true;
+}
+
+bool CCryptoThread::wait(std::uint32_t totalTimeout, std::uint32_t responseTime)
+{
+    CCryptoAutoLogger logger("CCryptoThread::wait", 1);
+
+    logger.WriteLog("ThreadID=%04X", id());
+    if (id() == uninitialised)
+        logger.WriteError("FATAL ERROR!");
+    if (isThisThread())
+        return logger.setRetValue(3, false, "A thread cannot wait for itself");
+    if (!running_ && awaitEnd(leavingTime))
+        return logger.setResult(true);
+
+    logger.WriteLog("Running");
+    std::uint32_t remaining = totalTimeout;
+    if (responseTime != 0) {
+        logger.WriteLog("responseTime check");
+        if (awaitEnd(responseTime))
+            return logger.setResult(true);
+        logger.WriteLog("Still running");
+        if (totalTimeout != waitForever)
+            remaining = totalTimeout - std::min(totalTimeout, responseTime);
+    }
+    if (awaitEnd(remaining) || (!running_ && awaitEnd(leavingTime)))
+        return logger.setResult(true);
+    logger.setLastWindowsError();
+    if (!logging::EndByForce(id(), [this] { return thread_.terminate() && awaitEnd(0); }))
+        return logger.setRetValue(3, false, "The thread cannot be ended");
+    return false;
+}

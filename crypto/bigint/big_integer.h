@@ -1,0 +1,98 @@
+#pragma once
+
+#include "core/text/element.h"
+#include "core/text/string.h"
+
+#include <compare>
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <vector>
+
+/// A whole number of any sign, up to mostBits long, for general use: its operations take time that depends on the values. Numbers
+/// that are secret while others watch the clock are for MontgomeryModulus (crypto/montgomery.h).
+///
+/// What has no result (a division by zero, a number that grows too long, text that is no number, an inverse that does not exist)
+/// gives a number that is not valid, logged; every operation with such a number gives another, and it is equal to nothing, itself
+/// included. Storage is wiped before release.
+class CCryptoBigInteger {
+public:
+    /// 32 KiB.
+    static constexpr std::uint32_t mostBits = 262144;
+
+    /// 0
+    CCryptoBigInteger() = default;
+    CCryptoBigInteger(std::int64_t value);
+    static CCryptoBigInteger FromWord(std::uint64_t value);
+    /// Big-endian; never negative.
+    static CCryptoBigInteger FromBytes(std::span<const std::uint8_t> bytes);
+    /// Digits with an optional "-" before them, nothing else.
+    static CCryptoBigInteger FromHex(std::string_view digits);
+    static CCryptoBigInteger FromDecimal(std::string_view digits);
+    static CCryptoBigInteger Invalid();
+
+    CCryptoBigInteger(const CCryptoBigInteger&) = default;
+    CCryptoBigInteger(CCryptoBigInteger&&) noexcept = default;
+    CCryptoBigInteger& operator=(const CCryptoBigInteger& other);
+    CCryptoBigInteger& operator=(CCryptoBigInteger&& other) noexcept;
+    ~CCryptoBigInteger() { wipe(); }
+
+    bool isValid() const { return valid_; }
+    bool isZero() const { return valid_ && limbs_.empty(); }
+    bool isNegative() const { return negative_; }
+    bool isOdd() const { return !limbs_.empty() && (limbs_[0] & 1) != 0; }
+    /// Of the magnitude; 0 has none.
+    std::uint32_t bits() const;
+    bool bit(std::uint32_t index) const;
+    /// The lowest 64 bits of the magnitude.
+    std::uint64_t toWord() const { return limbs_.empty() ? 0 : limbs_[0]; }
+    /// The magnitude without leading zero bytes; of 0, and of what is not valid, no bytes.
+    element toBytes() const;
+    /// The magnitude with zero bytes before it. \return false, `bytes` all zeros, when there is no room for it.
+    bool toBytes(std::span<std::uint8_t> bytes) const;
+    /// Lower-case digits, "-" first when negative; "invalid" when it is.
+    CCryptoString toHex() const;
+    CCryptoString toDecimal() const;
+
+    CCryptoBigInteger operator-() const;
+    CCryptoBigInteger absolute() const;
+    CCryptoBigInteger operator+(const CCryptoBigInteger& other) const;
+    CCryptoBigInteger operator-(const CCryptoBigInteger& other) const;
+    CCryptoBigInteger operator*(const CCryptoBigInteger& other) const;
+    /// Towards zero; the remainder has the sign of the dividend.
+    CCryptoBigInteger operator/(const CCryptoBigInteger& divisor) const;
+    CCryptoBigInteger operator%(const CCryptoBigInteger& divisor) const;
+    /// Of the magnitude; the sign stays.
+    CCryptoBigInteger operator<<(std::uint32_t count) const;
+    CCryptoBigInteger operator>>(std::uint32_t count) const;
+    CCryptoBigInteger& operator+=(const CCryptoBigInteger& other) { return *this = *this + other; }
+    CCryptoBigInteger& operator-=(const CCryptoBigInteger& other) { return *this = *this - other; }
+    CCryptoBigInteger& operator*=(const CCryptoBigInteger& other) { return *this = *this * other; }
+
+    std::partial_ordering operator<=>(const CCryptoBigInteger& other) const;
+    bool operator==(const CCryptoBigInteger& other) const { return (*this <=> other) == 0; }
+
+    /// Quotient and remainder at once. \return false, both not valid, for a divisor 0.
+    static bool Divide(const CCryptoBigInteger& dividend, const CCryptoBigInteger& divisor, CCryptoBigInteger& quotient,
+                       CCryptoBigInteger& remainder);
+    /// 0 <= result < modulus; the modulus is above 0.
+    CCryptoBigInteger modulo(const CCryptoBigInteger& modulus) const;
+    /// Never negative; of 0 and 0, 0.
+    static CCryptoBigInteger Gcd(const CCryptoBigInteger& left, const CCryptoBigInteger& right);
+    /// 0 < result < modulus, result * this = 1 modulo `modulus`, which is above 1.
+    CCryptoBigInteger modInverse(const CCryptoBigInteger& modulus) const;
+    /// this^exponent modulo `modulus`, which is above 0 and at most 16384 bits long; the exponent is not negative.
+    CCryptoBigInteger modPower(const CCryptoBigInteger& exponent, const CCryptoBigInteger& modulus) const;
+
+private:
+    using Limbs = std::vector<std::uint64_t>;
+
+    CCryptoBigInteger(Limbs limbs, bool negative);
+    static CCryptoBigInteger Refuse(const char* reason);
+    void wipe();
+
+    /// The magnitude, lowest first, the last one not 0.
+    Limbs limbs_;
+    bool negative_ = false;
+    bool valid_ = true;
+};

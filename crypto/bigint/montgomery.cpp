@@ -1,0 +1,207 @@
+#include "crypto/bigint/montgomery.h"
+
+#include "crypto/bigint/montgomery_calls.h"
+
+#include <emmintrin.h>
+
+#include <algorithm>
+
+using constant_time::Mask;
+using limbs::bitsOfLimb;
+using limbs::Limb;
+
+namespace {
+
+constexpr std::size_t limbsOfBlock = 8;
+
+const MontgomeryCalls& Calls()
+{
+    static const MontgomeryCalls& chosen = ChooseVariant<MontgomeryCalls>(MontgomeryVariants()).calls;
+    return chosen;
+}
+
+/// 5 bits of the exponent are raised to at a time: for 512 to 4096 bits the fewest multiplications.
+constexpr std::size_t windowBits = 5;
+constexpr std::size_t tableEntries = std::size_t{1} << windowBits;
+
+/// Entry `index` of the table; all of them are read.
+void Gather(Limb* result, const Limb* table, Limb index, std::size_t count)
+{
+    __m128i masks[tableEntries];
+    for (std::size_t entry = 0; entry < tableEntries; ++entry)
+        masks[entry] = _mm_set1_epi64x(static_cast<long long>(Mask::Equal(entry, index).word()));
+    for (std::size_t i = 0; i < count; i += 4) {
+        __m128i low = _mm_setzero_si128();
+        __m128i high = _mm_setzero_si128();
+        const Limb* from = table + i;
+        for (std::size_t entry = 0; entry < tableEntries; ++entry, from += count) {
+            low = _mm_or_si128(low, _mm_and_si128(masks[entry], _mm_loadu_si128(reinterpret_cast<const __m128i*>(from))));
+            high = _mm_or_si128(high, _mm_and_si128(masks[entry], _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + 2))));
+        }
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(result + i), low);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(result + i + 2), high);
+    }
+}
+
+/// `count` bits of the number from `index` on; above its end there are zeros.
+Limb BitsAt(std::span<const Limb> number, std::size_t index, std::size_t count)
+{
+    const std::size_t limb = index / bitsOfLimb;
+    const std::size_t shift = index % bitsOfLimb;
+    Limb bits = limb < number.size() ? number[limb] >> shift : 0;
+    if (shift + count > bitsOfLimb && limb + 1 < number.size())
+        bits |= number[limb + 1] << (bitsOfLimb - shift);
+    return bits & ((Limb{1} << count) - 1);
+}
+
+} // namespace
+
+std::span<const Variant<MontgomeryCalls>> MontgomeryVariants()
+{
+    static const Variant<MontgomeryCalls> variants[] = {
+        {"portable", cpu::none, montgomeryPortable},
+        {"adx", cpu::adx, montgomeryAdx},
+    };
+    return variants;
+}
+
+MontgomeryModulus::MontgomeryModulus(std::span<const Limb> modulus)
+    : limbs_((modulus.size() + limbsOfBlock - 1) / limbsOfBlock * limbsOfBlock),
+      bits_(constant_time::Declassify(limbs::BitLength(modulus.data(), modulus.size()))),
+      negativeInverse_(0 - limbs::InverseModuloLimb(modulus[0])), numbers_(3 * limbs_)
+{
+    Limb* const m = numbers_.data();
+    Limb* const one = m + limbs_;
+    Limb* const squareOfR = one + limbs_;
+    std::copy(modulus.begin(), modulus.end(), m);
+
+    // From the highest power of two below m up to R.
+    one[(bits_ - 1) / bitsOfLimb] = Limb{1} << (bits_ - 1) % bitsOfLimb;
+    for (std::size_t i = bits_ - 1; i < limbs_ * bitsOfLimb; ++i)
+        add(one, one, one);
+    // 2^c R, 2^2c R, 2^4c R, ... R R.
+    std::size_t odd = limbs_ * bitsOfLimb;
+    std::size_t squarings = 0;
+    for (; odd % 2 == 0; odd /= 2)
+        ++squarings;
+    std::copy_n(one, limbs_, squareOfR);
+    for (std::size_t i = 0; i < odd; ++i)
+        add(squareOfR, squareOfR, squareOfR);
+    Room room(*this);
+    for (std::size_t i = 0; i < squarings; ++i)
+        square(squareOfR, squareOfR, room);
+}
+
+void MontgomeryModulus::multiply(Limb* result, const Limb* left, const Limb* right, Room& room) const
+{
+    Calls().multiply(room.limbs_.data(), left, right, limbs_);
+    Calls().reduce(result, room.limbs_.data(), modulus(), negativeInverse_, limbs_);
+}
+
+void MontgomeryModulus::square(Limb* result, const Limb* number, Room& room) const
+{
+    Calls().square(room.limbs_.data(), number, limbs_);
+    Calls().reduce(result, room.limbs_.data(), modulus(), negativeInverse_, limbs_);
+}
+
+void MontgomeryModulus::enter(Limb* result, const Limb* number, Room& room) const
+{
+    multiply(result, number, modulus() + 2 * limbs_, room);
+}
+
+void MontgomeryModulus::leave(Limb* result, const Limb* number, Room& room) const
+{
+    Limb* const product = room.limbs_.data();
+    std::copy_n(number, limbs_, product);
+    std::fill_n(product + limbs_, limbs_, 0);
+    Calls().reduce(result, product, modulus(), negativeInverse_, limbs_);
+}
+
+void MontgomeryModulus::add(Limb* result, const Limb* left, const Limb* right) const
+{
+    const Limb carry = limbs::Add(result, left, right, limbs_);
+    const Mask enough = Mask::FromBit(carry) | ~limbs::Less(result, modulus(), limbs_);
+    limbs::SubtractIf(enough, result, modulus(), limbs_);
+}
+
+void MontgomeryModulus::subtract(Limb* result, const Limb* left, const Limb* right) const
+{
+    const Limb borrow = limbs::Subtract(result, left, right, limbs_);
+    limbs::AddIf(Mask::FromBit(borrow), result, modulus(), limbs_);
+}
+
+void MontgomeryModulus::enterWide(Limb* result, std::span<const Limb> number, Room& room) const
+{
+    // Horner's rule with digits of limbs_ limbs: each step multiplies by R.
+    WipedArray<Limb> digit(limbs_);
+    std::fill_n(result, limbs_, 0);
+    for (std::size_t end = (number.size() + limbs_ - 1) / limbs_ * limbs_; end > 0; end -= limbs_) {
+        enter(result, result, room);
+        const std::span<const Limb> from = number.subspan(end - limbs_, std::min(limbs_, number.size() - (end - limbs_)));
+        std::fill_n(digit.data(), limbs_, 0);
+        std::copy(from.begin(), from.end(), digit.data());
+        enter(digit.data(), digit.data(), room);
+        add(result, result, digit.data());
+    }
+}
+
+void MontgomeryModulus::powerMontgomery(Limb* result, const Limb* base, std::span<const Limb> exponent,
+                                        std::size_t exponentBits) const
+{
+    Room room(*this);
+    WipedArray<Limb> table(tableEntries * limbs_);
+    WipedArray<Limb> entry(limbs_);
+    const auto at = [&](std::size_t index) { return table.data() + index * limbs_; };
+    std::copy_n(one(), limbs_, at(0));
+    std::copy_n(base, limbs_, at(1));
+    for (std::size_t i = 2; i < tableEntries; i += 2) {
+        square(at(i), at(i / 2), room);
+        multiply(at(i + 1), at(i), base, room);
+    }
+    std::size_t index = exponentBits == 0 ? 0 : (exponentBits - 1) / windowBits * windowBits;
+    Gather(entry.data(), table.data(), BitsAt(exponent, index, windowBits), limbs_);
+    std::copy_n(entry.data(), limbs_, result);
+    while (index > 0) {
+        index -= windowBits;
+        for (std::size_t i = 0; i < windowBits; ++i)
+            square(result, result, room);
+        Gather(entry.data(), table.data(), BitsAt(exponent, index, windowBits), limbs_);
+        multiply(result, result, entry.data(), room);
+    }
+}
+
+void MontgomeryModulus::power(Limb* result, const Limb* base, std::span<const Limb> exponent) const
+{
+    Room room(*this);
+    WipedArray<Limb> entered(limbs_);
+    enter(entered.data(), base, room);
+    powerMontgomery(result, entered.data(), exponent, exponent.size() * bitsOfLimb);
+    leave(result, result, room);
+}
+
+void MontgomeryModulus::powerPublic(Limb* result, const Limb* base, std::uint64_t exponent) const
+{
+    Room room(*this);
+    WipedArray<Limb> plain(limbs_);
+    WipedArray<Limb> entered(limbs_);
+    std::copy_n(base, limbs_, plain.data());
+    enter(entered.data(), base, room);
+    std::copy_n(entered.data(), limbs_, result);
+    int bit = 63;
+    while ((exponent >> bit & 1) == 0)
+        --bit;
+    while (bit-- > 0) {
+        square(result, result, room);
+        if ((exponent >> bit & 1) == 0)
+            continue;
+        // The last multiplication of an odd exponent leaves Montgomery's form on the way.
+        multiply(result, result, bit == 0 ? plain.data() : entered.data(), room);
+    }
+    if (exponent == 1 || (exponent & 1) == 0)
+        leave(result, result, room);
+}
+
+bool MontgomeryModulus::invert(Limb* result, const Limb* number) const
+{
+    return constant_time::Declassify(limbs::Invert(result, number, modulus(), limbs_));
+}

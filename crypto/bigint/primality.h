@@ -1,0 +1,31 @@
+#pragma once
+
+#include "crypto/bigint/big_integer.h"
+#include "crypto/bigint/limbs.h"
+#include "crypto/bigint/montgomery.h"
+#include "crypto/random/random.h"
+
+#include <cstdint>
+
+/// Whether a number from anywhere is a prime: division by small primes, then 64 rounds of the test of Miller and Rabin with random
+/// bases. A number that somebody chose to pass as a prime does so with a chance of 2^-128. Not for secrets. \return false, also,
+/// without random bytes, and for numbers of more than 16384 bits.
+bool IsProbablePrime(const CCryptoBigInteger& number, ICryptoRandom& random = ICryptoRandom::Instance());
+
+/// The parts of it for a secret candidate. What they tell of one that is rejected is nothing to anybody; of one that passes, they
+/// tell the clock how many zeros its predecessor has at its low end, two bits or so.
+namespace primality {
+
+/// True when one of the odd primes below 8192 divides the number. Takes time that depends on the count of limbs.
+constant_time::Mask HasSmallDivisor(const limbs::Limb* number, std::size_t count);
+
+enum class Verdict { prime, composite, noRandomBytes };
+
+/// FIPS 186-5, B.3.1, for an odd number above 3.
+Verdict MillerRabin(const MontgomeryModulus& number, std::uint32_t rounds, ICryptoRandom& random);
+
+/// Rounds that leave a random candidate of so many bits a chance below 2^-112 to be composite (FIPS 186-5, table B.1, and more for
+/// primes shorter than any there).
+std::uint32_t RoundsFor(std::size_t bits);
+
+} // namespace primality

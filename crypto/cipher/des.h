@@ -1,0 +1,30 @@
+#pragma once
+
+#include "core/memory/wiped.h"
+#include "crypto/cipher/block_cipher.h"
+#include "crypto/cipher/des_variants.h"
+
+/// DES (FIPS 46-3) with keys of 8 bytes, and 3DES (SP 800-67) with keys of 16 (the first third again as the last) or 24 bytes.
+/// Parity bits are not looked at. Short texts and chains look secrets up in tables: this is not constant-time. Many blocks at once
+/// are enciphered as bit planes.
+class CCryptoDES final : public ICryptoBlockCipher {
+public:
+    CCryptoDES();
+    /// One way of several, for tests and measurements.
+    explicit CCryptoDES(const Variant<des::Calls>& variant) : calls_(&variant.calls) {}
+
+    bool setKey(std::span<const std::uint8_t> key) override;
+    void clearKey() override;
+    std::size_t blockSize() const override { return 8; }
+
+    void encrypt(std::uint8_t* out, const std::uint8_t* in, std::size_t blocks) const override;
+    void decrypt(std::uint8_t* out, const std::uint8_t* in, std::size_t blocks) const override;
+    void encryptCbc(std::uint8_t* out, const std::uint8_t* in, std::size_t blocks, std::uint8_t* chain) const override;
+
+private:
+    void transform(const des::Schedule& schedule, std::uint8_t* out, const std::uint8_t* in, std::size_t blocks) const;
+
+    const des::Calls* calls_;
+    Wiped<des::Schedule> encryption_{};
+    Wiped<des::Schedule> decryption_{};
+};

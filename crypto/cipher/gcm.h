@@ -1,0 +1,99 @@
+#pragma once
+
+#include "core/memory/wiped.h"
+#include "crypto/cipher/cipher.h"
+#include "crypto/cipher/gcm_variants.h"
+
+#include <array>
+
+/// AES in Galois/counter mode (SP 800-38D): encrypts and authenticates. The cipher text ends with the tag (RFC 5116, 5.1). Takes
+/// time that depends on lengths alone.
+///
+/// The same key and initialisation vector must never encrypt two texts. The vector may have any length from 1 byte; 12 are usual.
+/// A text has at most 2^36 - 32 bytes.
+///
+/// No plain text leaves it before the tag was found right. start() with CipherDirection::decrypt therefore keeps the cipher text
+/// until final(), and refuses more than longestKept bytes: what is kept in memory must have an end. A longer text is read twice:
+///
+///     startCheck(key, iv), addAuthenticated(...), update(...)..., final()   gives no text, and tells whether the tag is right
+///     startChecked(), update(...)..., final()                               gives the plain text of the same bytes at once
+///
+/// The second pass checks the tag again, since a file may change in between: its text counts for nothing until final() said yes.
+class CCryptoGCM final : public ICryptoCipher {
+public:
+    static constexpr std::size_t longestKept = std::size_t{64} << 20;
+    static constexpr std::size_t longestTag = 16;
+
+    /// Name and id are those of the table of ciphers; the key has 16, 24 or 32 bytes.
+    CCryptoGCM(const char* name, std::uint32_t id, std::size_t keySize);
+    /// One way of several, for tests and measurements.
+    CCryptoGCM(const char* name, std::uint32_t id, std::size_t keySize, const Variant<gcm::Calls>& variant);
+    ~CCryptoGCM() override;
+
+    /// 4, 8 or 12 to 16 bytes, 16 at first; for the next text. \return false, logged, for any other length.
+    bool setTagLength(std::size_t length);
+
+    bool start(CipherDirection direction, std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv) override;
+    bool startCheck(std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv);
+    /// After a check that ended well. The further data that was authenticated is remembered.
+    bool startChecked();
+    /// Data that is authenticated and not encrypted, in pieces; before the first update. At most 2^61 - 1 bytes. \return false,
+    /// logged, when it comes too late.
+    bool addAuthenticated(std::span<const std::uint8_t> data);
+    bool update(std::span<const std::uint8_t> in, std::uint8_t* out, std::size_t& written) override;
+    bool final(std::uint8_t* out, std::size_t& written) override;
+
+    std::size_t updateSize(std::size_t length) const override;
+    std::size_t finalSize() const override;
+    std::size_t blockSize() const override { return 1; }
+    std::size_t ivSize() const override { return 12; }
+    std::size_t keySize() const override { return keySize_; }
+    std::uint32_t algorithmId() const override { return id_; }
+    const char* name() const override { return name_; }
+    using ICryptoCipher::final;
+    using ICryptoCipher::update;
+
+private:
+    using Block = std::array<std::uint8_t, aes::blockSize>;
+    enum class State { idle, encrypting, keeping, checking, checked, decrypting };
+
+    /// What changes while a text goes through.
+    struct Text {
+        Block hash, counter;
+        Block partial; ///< cipher text of a block that is begun
+        Block stream;  ///< its key stream
+        Block end;     ///< the last bytes of what comes in, which may be the tag
+        std::size_t partialCount, endCount;
+        std::uint64_t dataLength, textLength;
+        bool textBegun;
+    };
+
+    bool begin(State state, std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv);
+    void computeFirstCounter(std::span<const std::uint8_t> iv);
+    void hashPadded(std::span<const std::uint8_t> bytes);
+    void hashPartial();
+    void beginText();
+    /// Encrypts, decrypts or only hashes.
+    void process(const std::uint8_t* in, std::uint8_t* out, std::size_t length);
+    void processBytes(const std::uint8_t* in, std::uint8_t* out, std::size_t length);
+    std::size_t takeBehindEnd(std::span<const std::uint8_t> in, std::uint8_t* out);
+    void computeTag(Block& tag);
+    bool tagFits(const std::uint8_t* tag);
+    bool finishKept(std::uint8_t* out, std::size_t& written);
+    bool takes(std::size_t length) const;
+    void forget() override;
+
+    const char* name_;
+    std::uint32_t id_;
+    std::size_t keySize_;
+    const gcm::Calls* calls_;
+    Wiped<aes::Key> cipherKey_{};
+    Wiped<gcm::HashKey> hashKey_{};
+    Wiped<Text> text_{};
+    Wiped<Text> first_{};         ///< as it was before the first byte of text, for the second pass
+    Wiped<Block> firstCounter_{}; ///< a secret, too, when it is a hash of a vector
+    element kept_;
+    std::size_t nextTagLength_ = longestTag;
+    std::size_t tagLength_ = longestTag;
+    State state_ = State::idle;
+};

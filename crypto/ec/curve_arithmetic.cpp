@@ -1,0 +1,240 @@
+#include "crypto/ec/curve_arithmetic.h"
+
+#include "core/base/algorithm.h"
+#include "core/memory/wiped.h"
+#include "crypto/ec/complete_points.h"
+#include "crypto/ec/prime_curves.h"
+
+#include <algorithm>
+
+namespace {
+
+/// `limbs` have room for the bytes.
+void LoadLimbs(std::span<std::uint64_t> limbs, CurveArithmetic::Bytes bytes)
+{
+    std::ranges::fill(limbs, 0);
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        limbs[i / 8] |= std::uint64_t{bytes[bytes.size() - 1 - i]} << (i % 8 * 8);
+}
+
+void StoreLimbs(CurveArithmetic::Target bytes, std::span<const std::uint64_t> limbs)
+{
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        bytes[bytes.size() - 1 - i] = static_cast<std::uint8_t>(limbs[i / 8] >> (i % 8 * 8));
+}
+
+template <std::size_t N>
+bool IsBelow(const Limbs<N>& number, const Limbs<N>& limit)
+{
+    Limbs<N> difference;
+    return constant_time::Declassify(fixed_limbs::Subtract(difference, number, limit)) != 0;
+}
+
+template <std::size_t N>
+class CurveArithmeticOf final : public CurveArithmetic {
+public:
+    /// Neither is owned.
+    CurveArithmeticOf(const CurveDomain<N>& domain, const CurvePoints<N>& points)
+        : domain_(domain), field_(domain.p), order_(domain.n), points_(points)
+    {
+    }
+
+    bool isPoint(Bytes x, Bytes y) const override
+    {
+        AffinePoint<N> point{};
+        LoadLimbs(point.x, x);
+        LoadLimbs(point.y, y);
+        if (!IsBelow(point.x, domain_.p.value) || !IsBelow(point.y, domain_.p.value))
+            return false;
+        const Limbs<N> root = field_.enter(point.y);
+        return constant_time::Declassify(fixed_limbs::Equal(field_.square(root), ySquared(point.x))) != 0;
+    }
+
+    bool findY(Target y, Bytes x, bool odd) const override
+    {
+        Limbs<N> number;
+        LoadLimbs(number, x);
+        if (!IsBelow(number, domain_.p.value))
+            return false;
+        // All these primes are 3 modulo 4, so a root is the power of (p + 1) / 4.
+        Limbs<N> exponent = domain_.p.value;
+        for (std::size_t i = 0; i < N; ++i)
+            exponent[i] = exponent[i] >> 2 | (i + 1 < N ? exponent[i + 1] << 62 : 0);
+        std::uint64_t carry = 1;
+        for (std::size_t i = 0; i < N; ++i)
+            exponent[i] = fixed_limbs::AddCarry(exponent[i], 0, carry);
+
+        const Limbs<N> square = ySquared(number);
+        Limbs<N> root = field_.power(square, exponent);
+        if (fixed_limbs::Equal(field_.square(root), square) == 0)
+            return false;
+        Limbs<N> plain = field_.leave(root);
+        if (((plain[0] & 1) != 0) != odd)
+            plain = field_.leave(field_.negate(root));
+        // No point of prime order has y = 0, but the other parity of such a y would be none.
+        if (((plain[0] & 1) != 0) != odd)
+            return false;
+        StoreLimbs(y, plain);
+        return true;
+    }
+
+    bool isScalar(Bytes number) const override
+    {
+        Wiped<Limbs<N>> scalar;
+        LoadLimbs(scalar, number);
+        return isInOrder(scalar);
+    }
+
+    void multiplyBase(Target x, Target y, Bytes scalar) const override
+    {
+        Wiped<Limbs<N>> factor;
+        LoadLimbs(factor, scalar);
+        Wiped<AffinePoint<N>> result;
+        points_.multiplyBase(result, factor);
+        StoreLimbs(x, result.x);
+        StoreLimbs(y, result.y);
+    }
+
+    void multiply(Target x, Target y, Bytes pointX, Bytes pointY, Bytes scalar) const override
+    {
+        AffinePoint<N> point{};
+        LoadLimbs(point.x, pointX);
+        LoadLimbs(point.y, pointY);
+        Wiped<Limbs<N>> factor;
+        LoadLimbs(factor, scalar);
+        Wiped<AffinePoint<N>> result;
+        points_.multiply(result, point, factor);
+        StoreLimbs(x, result.x);
+        StoreLimbs(y, result.y);
+    }
+
+    void digestToNumber(Target number, Bytes digest) const override { StoreLimbs(number, order_.leave(enteredDigest(digest))); }
+
+    void bitsToNumber(Target number, Bytes bits) const override
+    {
+        Wiped<Limbs<N>> value;
+        loadBits(value, bits);
+        StoreLimbs(number, value);
+    }
+
+    bool sign(Target r, Target s, Bytes digest, Bytes key, Bytes nonce) const override
+    {
+        Wiped<Limbs<N>> k;
+        LoadLimbs(k, nonce);
+        Wiped<AffinePoint<N>> point;
+        points_.multiplyBase(point, k);
+        Limbs<N> first = order_.enter(point.x);
+        constant_time::DeclassifyBytes(&first, sizeof first);
+
+        Wiped<Limbs<N>> d;
+        LoadLimbs(d, key);
+        static_cast<Limbs<N>&>(d) = order_.multiply(order_.enter(d), first);
+        static_cast<Limbs<N>&>(d) = order_.add(d, enteredDigest(digest));
+        static_cast<Limbs<N>&>(k) = order_.invert(order_.enter(k));
+        Limbs<N> second = order_.multiply(k, d);
+        constant_time::DeclassifyBytes(&second, sizeof second);
+
+        if (fixed_limbs::IsZero(first) != 0 || fixed_limbs::IsZero(second) != 0)
+            return false;
+        StoreLimbs(r, order_.leave(first));
+        StoreLimbs(s, order_.leave(second));
+        return true;
+    }
+
+    bool verify(Bytes digest, Bytes r, Bytes s, Bytes x, Bytes y) const override
+    {
+        Limbs<N> first;
+        Limbs<N> second;
+        LoadLimbs(first, r);
+        LoadLimbs(second, s);
+        if (!isInOrder(first) || !isInOrder(second))
+            return false;
+        AffinePoint<N> point{};
+        LoadLimbs(point.x, x);
+        LoadLimbs(point.y, y);
+
+        const Limbs<N> inverse = order_.invert(order_.enter(second));
+        const Limbs<N> ofBase = order_.leave(order_.multiply(enteredDigest(digest), inverse));
+        const Limbs<N> ofPoint = order_.leave(order_.multiply(order_.enter(first), inverse));
+        AffinePoint<N> sum{};
+        if (!points_.multiplyAndAdd(sum, ofBase, point, ofPoint))
+            return false;
+        return fixed_limbs::Equal(order_.leave(order_.enter(sum.x)), first) != 0;
+    }
+
+private:
+    /// x^3 + a * x + b, as Montgomery writes it.
+    Limbs<N> ySquared(const Limbs<N>& x) const
+    {
+        const Limbs<N> entered = field_.enter(x);
+        const Limbs<N> factor = field_.add(field_.square(entered), field_.enter(domain_.a));
+        return field_.add(field_.multiply(factor, entered), field_.enter(domain_.b));
+    }
+
+    bool isInOrder(const Limbs<N>& number) const
+    {
+        return constant_time::Declassify(fixed_limbs::IsZero(number)) == 0 && IsBelow(number, domain_.n.value);
+    }
+
+    void loadBits(Limbs<N>& number, Bytes bits) const
+    {
+        const std::size_t most = (domain_.n.bits + 7) / 8;
+        const bool cut = bits.size() >= most;
+        LoadLimbs(number, cut ? bits.first(most) : bits);
+        const std::size_t shift = most * 8 - domain_.n.bits;
+        if (cut && shift != 0)
+            for (std::size_t i = 0; i < N; ++i)
+                number[i] = number[i] >> shift | (i + 1 < N ? number[i + 1] << (64 - shift) : 0);
+    }
+
+    Limbs<N> enteredDigest(Bytes digest) const
+    {
+        Limbs<N> number;
+        loadBits(number, digest);
+        return order_.enter(number);
+    }
+
+    const CurveDomain<N>& domain_;
+    MontgomeryField<N> field_;
+    MontgomeryField<N> order_;
+    const CurvePoints<N>& points_;
+};
+
+/// With multiples of points by the formulas for any curve.
+template <auto& domain>
+const CurveArithmetic* General()
+{
+    static const CompletePoints points(domain);
+    static const CurveArithmeticOf arithmetic(domain, points);
+    return &arithmetic;
+}
+
+} // namespace
+
+const CurveArithmetic* CurveArithmetic::Of(std::uint32_t curve)
+{
+    static const CurveArithmeticOf prime256v1(curve_domains::prime256v1, PrimePoints256());
+    static const CurveArithmeticOf secp384r1(curve_domains::secp384r1, PrimePoints384());
+    switch (curve) {
+    case algorithm::secp112r1:
+        return General<curve_domains::secp112r1>();
+    case algorithm::secp160r1:
+        return General<curve_domains::secp160r1>();
+    case algorithm::prime192v1:
+        return General<curve_domains::prime192v1>();
+    case algorithm::prime256v1:
+        return &prime256v1;
+    case algorithm::secp384r1:
+        return &secp384r1;
+    case algorithm::secp521r1:
+        return General<curve_domains::secp521r1>();
+    case algorithm::brainpoolP160r1:
+        return General<curve_domains::brainpoolP160r1>();
+    case algorithm::brainpoolP256r1:
+        return General<curve_domains::brainpoolP256r1>();
+    case algorithm::brainpoolP384r1:
+        return General<curve_domains::brainpoolP384r1>();
+    default:
+        return nullptr;
+    }
+}

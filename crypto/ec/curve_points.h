@@ -1,0 +1,26 @@
+#pragma once
+
+#include "crypto/bigint/fixed_limbs.h"
+
+/// A point that is not infinity: its coordinates, below the prime. As it is written, not as Montgomery writes it.
+template <std::size_t N>
+struct AffinePoint {
+    Limbs<N> x;
+    Limbs<N> y;
+};
+
+/// Multiples of points of one curve.
+template <std::size_t N>
+class CurvePoints {
+public:
+    virtual ~CurvePoints() = default;
+
+    /// scalar times the base point. The scalar is from 1 to order - 1; the time does not depend on it.
+    virtual void multiplyBase(AffinePoint<N>& result, const Limbs<N>& scalar) const = 0;
+    /// scalar times a point of the curve, of which the same holds.
+    virtual void multiply(AffinePoint<N>& result, const AffinePoint<N>& point, const Limbs<N>& scalar) const = 0;
+    /// baseScalar times the base point and scalar times `point`, all of which may be known; scalars are below the order.
+    /// \return false, with `result` untouched, when the sum is infinity.
+    virtual bool multiplyAndAdd(AffinePoint<N>& result, const Limbs<N>& baseScalar, const AffinePoint<N>& point,
+                                const Limbs<N>& scalar) const = 0;
+};

@@ -1,0 +1,329 @@
+#include "crypto/ec/ec.h"
+
+#include "core/base/algorithm.h"
+#include "core/base/any_case.h"
+#include "core/diagnostics/auto_logger.h"
+#include "crypto/base/constant_time.h"
+#include "crypto/ec/curve_arithmetic.h"
+#include "crypto/ec/ecdsa_nonce.h"
+#include "crypto/ec/x25519.h"
+#include "crypto/ec/x448.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+using KeyPointer = std::unique_ptr<CCryptoEC>;
+
+constexpr CurveFacts curves[] = {
+    {algorithm::secp112r1, "secp112r1", 112, 14, 14, true},
+    {algorithm::secp160r1, "secp160r1", 160, 20, 21, true},
+    {algorithm::prime192v1, "prime192v1", 192, 24, 24, true},
+    {algorithm::prime256v1, "prime256v1", 256, 32, 32, true},
+    {algorithm::secp384r1, "secp384r1", 384, 48, 48, true},
+    {algorithm::secp521r1, "secp521r1", 521, 66, 66, true},
+    {algorithm::brainpoolP160r1, "brainpoolP160r1", 160, 20, 20, true},
+    {algorithm::brainpoolP256r1, "brainpoolP256r1", 256, 32, 32, true},
+    {algorithm::brainpoolP384r1, "brainpoolP384r1", 384, 48, 48, true},
+    {algorithm::x25519, "X25519", 255, 32, 32, false},
+    {algorithm::x448, "X448", 448, 56, 56, false},
+};
+
+struct OtherName {
+    std::string_view name;
+    std::uint32_t id;
+};
+
+constexpr OtherName otherNames[] = {
+    {"secp192r1", algorithm::prime192v1}, {"P-192", algorithm::prime192v1},   {"nistp192", algorithm::prime192v1},
+    {"secp256r1", algorithm::prime256v1}, {"P-256", algorithm::prime256v1},   {"nistp256", algorithm::prime256v1},
+    {"P-384", algorithm::secp384r1},      {"nistp384", algorithm::secp384r1}, {"P-521", algorithm::secp521r1},
+    {"nistp521", algorithm::secp521r1},   {"curve25519", algorithm::x25519},  {"curve448", algorithm::x448},
+};
+
+constexpr std::uint8_t uncompressedForm = 4;
+constexpr std::uint8_t compressedForm = 2; // 3 when y is odd
+
+/// X25519 or X448.
+bool MontgomeryLadder(const CurveFacts& facts, std::uint8_t* result, const std::uint8_t* scalar, const std::uint8_t* point)
+{
+    return facts.id == algorithm::x25519 ? X25519(result, scalar, point) : X448(result, scalar, point);
+}
+
+/// The id of the hash behind the nonces of signHash(): as strong as the curve.
+std::uint32_t NonceHash(const CurveFacts& facts)
+{
+    return facts.bits <= 256 ? algorithm::sha256 : algorithm::sha512;
+}
+
+constexpr std::uint32_t freshBytes = 32;
+// Of a sound source, each one fits with a probability of a half or more.
+constexpr int mostDraws = 256;
+
+element Joined(Bytes first, Bytes second)
+{
+    element whole(first.data(), static_cast<std::uint32_t>(first.size()));
+    whole.append(second.data(), static_cast<std::uint32_t>(second.size()));
+    return whole;
+}
+
+} // namespace
+
+std::span<const CurveFacts> Curves()
+{
+    return curves;
+}
+
+const CurveFacts* FindCurve(std::uint32_t id)
+{
+    const auto* const found = std::ranges::find(curves, id, &CurveFacts::id);
+    return found == std::end(curves) ? nullptr : found;
+}
+
+const CurveFacts* FindCurve(std::string_view name)
+{
+    for (const CurveFacts& facts : curves)
+        if (SameInAnyCase(facts.name, name))
+            return &facts;
+    for (const OtherName& other : otherNames)
+        if (SameInAnyCase(other.name, name))
+            return FindCurve(other.id);
+    return nullptr;
+}
+
+KeyPointer CCryptoEC::Generate(std::uint32_t curve, ICryptoRandom& random)
+{
+    CCryptoAutoLogger logger("CCryptoEC::Generate");
+    const CurveFacts* facts = FindCurve(curve);
+    if (facts == nullptr)
+        return logger.setRetValue(3, KeyPointer(), "Unsupported curve: %u", curve);
+
+    const CurveArithmetic* arithmetic = CurveArithmetic::Of(curve);
+    Wiped<std::array<std::uint8_t, mostBytes>> drawn{};
+    const std::span<std::uint8_t> scalar = std::span(drawn).first(facts->orderBytes);
+    for (int draws = 0; draws < mostDraws; ++draws) {
+        if (!random.generate(scalar))
+            return logger.setRetValue(3, KeyPointer(), "No random bytes for a private key");
+        // Bits above the order's would only make most draws useless.
+        if (curve == algorithm::secp521r1 || curve == algorithm::secp160r1)
+            scalar[0] &= 1;
+        if (arithmetic == nullptr || arithmetic->isScalar(scalar)) {
+            logger.setResult(true);
+            return FromPrivate(curve, scalar);
+        }
+    }
+    return logger.setRetValue(3, KeyPointer(), "Random bytes do not look random");
+}
+
+KeyPointer CCryptoEC::FromPrivate(std::uint32_t curve, Bytes scalar)
+{
+    CCryptoAutoLogger logger("CCryptoEC::FromPrivate");
+    const CurveFacts* facts = FindCurve(curve);
+    if (facts == nullptr)
+        return logger.setRetValue(3, KeyPointer(), "Unsupported curve: %u", curve);
+    if (scalar.size() != facts->orderBytes)
+        return logger.setRetValue(3, KeyPointer(), "A private scalar of %s has %u bytes, not %zu", facts->name, facts->orderBytes,
+                                  scalar.size());
+    KeyPointer key(new CCryptoEC(*facts));
+    if (!key->setScalar(scalar))
+        return logger.setRetValue(3, KeyPointer(), "Private scalar of %s is 0 or not below the order", facts->name);
+    logger.setResult(true);
+    return key;
+}
+
+KeyPointer CCryptoEC::FromPrivate(std::uint32_t curve, Bytes scalar, Bytes point)
+{
+    CCryptoAutoLogger logger("CCryptoEC::FromPrivate");
+    KeyPointer key = FromPrivate(curve, scalar);
+    const KeyPointer given = key == nullptr ? nullptr : FromPublic(curve, point);
+    if (given == nullptr || !key->samePublic(*given))
+        return logger.setRetValue(3, KeyPointer(), "Public point is not the private scalar's");
+    logger.setResult(true);
+    return key;
+}
+
+KeyPointer CCryptoEC::FromPublic(std::uint32_t curve, Bytes point)
+{
+    CCryptoAutoLogger logger("CCryptoEC::FromPublic");
+    const CurveFacts* facts = FindCurve(curve);
+    if (facts == nullptr)
+        return logger.setRetValue(3, KeyPointer(), "Unsupported curve: %u", curve);
+    KeyPointer key(new CCryptoEC(*facts));
+    if (!key->setPoint(point))
+        return logger.setRetValue(3, KeyPointer(), "Public point is not on %s", facts->name);
+    if (!facts->signs) {
+        // Any scalar that RFC 7748 clamps finds out points of low order.
+        Wiped<Padded> result{};
+        constexpr Padded anyScalar{};
+        if (!MontgomeryLadder(*facts, result.data(), anyScalar.data(), key->x_.data()))
+            return logger.setRetValue(3, KeyPointer(), "Public point of %s is of low order", facts->name);
+    }
+    logger.setResult(true);
+    return key;
+}
+
+bool CCryptoEC::setPoint(std::span<const std::uint8_t> point)
+{
+    const std::size_t length = facts_.fieldBytes;
+    if (!facts_.signs) {
+        if (point.size() != length)
+            return false;
+        std::ranges::copy(point, x_.begin());
+        return true;
+    }
+
+    const CurveArithmetic& arithmetic = *CurveArithmetic::Of(facts_.id);
+    if (point.size() != 1 + length && point.size() != 1 + 2 * length)
+        return false;
+    std::ranges::copy(point.subspan(1, length), x_.begin());
+    if (point.size() == 1 + length)
+        return (point[0] & ~1u) == compressedForm &&
+               arithmetic.findY(std::span(y_).first(length), point.subspan(1), (point[0] & 1) != 0);
+    std::ranges::copy(point.subspan(1 + length), y_.begin());
+    return point[0] == uncompressedForm && arithmetic.isPoint(point.subspan(1, length), point.subspan(1 + length));
+}
+
+bool CCryptoEC::setScalar(std::span<const std::uint8_t> scalar)
+{
+    std::ranges::copy(scalar, scalar_.begin());
+    if (facts_.id == algorithm::x25519) {
+        X25519Public(x_.data(), scalar_.data());
+    } else if (facts_.id == algorithm::x448) {
+        X448Public(x_.data(), scalar_.data());
+    } else {
+        const CurveArithmetic& arithmetic = *CurveArithmetic::Of(facts_.id);
+        if (!arithmetic.isScalar(scalar))
+            return false;
+        arithmetic.multiplyBase(std::span(x_).first(facts_.fieldBytes), std::span(y_).first(facts_.fieldBytes), scalar);
+    }
+    constant_time::DeclassifyBytes(x_.data(), x_.size());
+    constant_time::DeclassifyBytes(y_.data(), y_.size());
+    hasPrivate_ = true;
+    return true;
+}
+
+element CCryptoEC::publicPoint(bool compressed) const
+{
+    const auto x = std::span(x_).first(facts_.fieldBytes);
+    const auto y = std::span(y_).first(facts_.fieldBytes);
+    if (!facts_.signs)
+        return Joined(x, {});
+    const auto form = static_cast<std::uint8_t>(compressed ? compressedForm | (y.back() & 1) : uncompressedForm);
+    element point = Joined({&form, 1}, x);
+    if (!compressed)
+        point.append(y.data(), facts_.fieldBytes);
+    return point;
+}
+
+element CCryptoEC::privateScalar() const
+{
+    return hasPrivate_ ? Joined(std::span(scalar_).first(facts_.orderBytes), {}) : element();
+}
+
+KeyPointer CCryptoEC::publicHalf() const
+{
+    KeyPointer half(new CCryptoEC(facts_));
+    half->x_ = x_;
+    half->y_ = y_;
+    return half;
+}
+
+bool CCryptoEC::samePublic(const CCryptoEC& other) const
+{
+    return facts_.id == other.facts_.id && x_ == other.x_ && y_ == other.y_;
+}
+
+element CCryptoEC::signHash(std::span<const std::uint8_t> digest, SignatureForm form, ICryptoRandom& random) const
+{
+    CCryptoAutoLogger logger("CCryptoEC::signHash");
+    Wiped<std::array<std::uint8_t, freshBytes>> fresh{};
+    if (!random.generate(fresh))
+        return logger.setRetValue(3, element(), "No random bytes for a nonce");
+    element signature = sign(digest, form, NonceHash(facts_), fresh);
+    logger.setResult(!signature.isEmpty());
+    return signature;
+}
+
+element CCryptoEC::signHashDeterministically(std::span<const std::uint8_t> digest, SignatureForm form, std::uint32_t hash) const
+{
+    return sign(digest, form, hash, {});
+}
+
+element CCryptoEC::sign(std::span<const std::uint8_t> digest, SignatureForm form, std::uint32_t hash,
+                        std::span<const std::uint8_t> fresh) const
+{
+    CCryptoAutoLogger logger("CCryptoEC::sign");
+    if (!facts_.signs || !hasPrivate_)
+        return logger.setRetValue(3, element(), "No private key of ECDSA");
+    if (digest.empty() || digest.size() > longestDigest)
+        return logger.setRetValue(3, element(), "No digest has %zu bytes", digest.size());
+    std::unique_ptr<CCryptoHMAC> mac = CCryptoHMAC::Create(hash);
+    if (mac == nullptr)
+        return logger.setRetValue(3, element(), "No hash for the nonce");
+
+    const CurveArithmetic& arithmetic = *CurveArithmetic::Of(facts_.id);
+    const std::uint32_t length = facts_.orderBytes;
+    const auto scalar = std::span(scalar_).first(length);
+    Wiped<Padded> number{};
+    arithmetic.digestToNumber(std::span(number).first(length), digest);
+    EcdsaNonce nonces(std::move(mac), arithmetic, scalar, std::span(number).first(length), fresh);
+
+    Wiped<Padded> nonce{};
+    element pair;
+    pair.resize(2 * length);
+    const std::span<std::uint8_t> both(pair.data(), pair.length());
+    do
+        nonces.next(std::span(nonce).first(length));
+    while (!arithmetic.sign(both.first(length), both.subspan(length), digest, scalar, std::span(nonce).first(length)));
+    logger.setResult(true);
+    return form == SignatureForm::pair ? pair : EcdsaPairToDer(pair.bytes());
+}
+
+bool CCryptoEC::verifyHash(std::span<const std::uint8_t> digest, std::span<const std::uint8_t> signature, SignatureForm form) const
+{
+    CCryptoAutoLogger logger("CCryptoEC::verifyHash");
+    const std::uint32_t length = facts_.orderBytes;
+    if (!facts_.signs)
+        return logger.setRetValue(3, false, "%s does not sign", facts_.name);
+    if (digest.empty() || digest.size() > longestDigest)
+        return logger.setRetValue(3, false, "No digest has %zu bytes", digest.size());
+
+    element fromDer;
+    if (form == SignatureForm::der) {
+        fromDer = EcdsaDerToPair(signature, length);
+        signature = fromDer.bytes();
+    }
+    if (signature.size() != std::size_t{2} * length)
+        return logger.setRetValue(3, false, "Signature is malformed");
+    const std::uint32_t coordinate = facts_.fieldBytes;
+    if (!CurveArithmetic::Of(facts_.id)->verify(digest, signature.first(length), signature.subspan(length),
+                                                std::span(x_).first(coordinate), std::span(y_).first(coordinate)))
+        return logger.setRetValue(3, false, "Signature is not the key's");
+    return logger.setResult(true);
+}
+
+element CCryptoEC::agree(std::span<const std::uint8_t> point) const
+{
+    CCryptoAutoLogger logger("CCryptoEC::agree");
+    if (!hasPrivate_)
+        return logger.setRetValue(3, element(), "No private key");
+    CCryptoEC peer(facts_);
+    if (!peer.setPoint(point))
+        return logger.setRetValue(3, element(), "Public point is not on %s", facts_.name);
+
+    Wiped<Padded> x{};
+    Wiped<Padded> y{};
+    const std::uint32_t length = facts_.fieldBytes;
+    if (!facts_.signs) {
+        if (!MontgomeryLadder(facts_, x.data(), scalar_.data(), peer.x_.data()))
+            return logger.setRetValue(3, element(), "Public point of %s is of low order", facts_.name);
+    } else {
+        CurveArithmetic::Of(facts_.id)->multiply(std::span(x).first(length), std::span(y).first(length),
+                                                 std::span(peer.x_).first(length), std::span(peer.y_).first(length),
+                                                 std::span(scalar_).first(facts_.orderBytes));
+    }
+    logger.setResult(true);
+    return Joined(std::span(x).first(length), {});
+}

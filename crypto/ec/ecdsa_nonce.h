@@ -1,0 +1,37 @@
+#pragma once
+
+#include "crypto/ec/curve_arithmetic.h"
+#include "crypto/mac/hmac.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <span>
+
+/// The nonces of ECDSA by RFC 6979, 3.2: numbers that come of key and digest by HMAC and that nobody without the key can tell from
+/// random ones.
+class EcdsaNonce {
+public:
+    /// `key` and `digestNumber` (the digest's number modulo the order) are as long as the order. With `fresh` random bytes the
+    /// nonces are others each time (3.6). The curve is not owned.
+    EcdsaNonce(std::unique_ptr<CCryptoHMAC> mac, const CurveArithmetic& curve, std::span<const std::uint8_t> key,
+               std::span<const std::uint8_t> digestNumber, std::span<const std::uint8_t> fresh);
+    ~EcdsaNonce();
+    EcdsaNonce(const EcdsaNonce&) = delete;
+    EcdsaNonce& operator=(const EcdsaNonce&) = delete;
+
+    /// The next one, from 1 to order - 1, as long as the order.
+    void next(std::span<std::uint8_t> nonce);
+
+private:
+    /// V = HMAC(V).
+    void step();
+    /// K = HMAC(V | mark | pieces), V = HMAC(V).
+    void stir(std::uint8_t mark, std::initializer_list<std::span<const std::uint8_t>> pieces);
+    std::span<const std::uint8_t> value() const { return {value_.data(), mac_->digestSize()}; }
+
+    std::unique_ptr<CCryptoHMAC> mac_;
+    const CurveArithmetic& curve_;
+    std::array<std::uint8_t, longestDigest> value_{};
+    bool first_ = true;
+};

@@ -1,0 +1,60 @@
+#include "crypto/ec/prime_curves.h"
+
+#include "crypto/ec/jacobian_points.h"
+
+namespace {
+
+/// Numbers modulo the prime of a curve that is known to the compiler.
+template <auto& domain>
+struct Field {
+    using Element = decltype(domain.a);
+    static constexpr std::size_t limbCount = std::tuple_size_v<Element>;
+    static constexpr MontgomeryField<limbCount> field{domain.p};
+
+    [[gnu::noinline]] static Element multiply(const Element& x, const Element& y) { return MontgomeryProduct(x, y, domain.p); }
+    [[gnu::noinline]] static Element square(const Element& x) { return MontgomeryProduct(x, x, domain.p); }
+    static Element add(const Element& x, const Element& y) { return field.add(x, y); }
+    static Element twice(const Element& x) { return field.add(x, x); }
+    static Element subtract(const Element& x, const Element& y) { return field.subtract(x, y); }
+    static Element half(const Element& x) { return field.half(x); }
+};
+
+template <auto& domain, std::size_t baseWidth>
+const auto& Points()
+{
+    static const JacobianPoints<Field<domain>, domain, baseWidth> points;
+    return points;
+}
+
+constexpr Variant<PointCalls256> variants256[] = {
+    {"portable", cpu::none, []() -> const CurvePoints<4>& { return Points<curve_domains::prime256v1, 7>(); }},
+    {"adx", cpu::adx, Prime256Adx},
+};
+constexpr Variant<PointCalls384> variants384[] = {
+    {"portable", cpu::none, []() -> const CurvePoints<6>& { return Points<curve_domains::secp384r1, 5>(); }},
+    {"adx", cpu::adx, Prime384Adx},
+};
+
+} // namespace
+
+std::span<const Variant<PointCalls256>> Prime256Variants()
+{
+    return variants256;
+}
+
+std::span<const Variant<PointCalls384>> Prime384Variants()
+{
+    return variants384;
+}
+
+const CurvePoints<4>& PrimePoints256()
+{
+    static const CurvePoints<4>& chosen = ChooseVariant(Prime256Variants()).calls();
+    return chosen;
+}
+
+const CurvePoints<6>& PrimePoints384()
+{
+    static const CurvePoints<6>& chosen = ChooseVariant(Prime384Variants()).calls();
+    return chosen;
+}

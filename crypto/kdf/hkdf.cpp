@@ -1,0 +1,65 @@
+#include "core/diagnostics/auto_logger.h"
+#include "crypto/hash/digest_chain.h"
+#include "crypto/kdf/key_derivation.h"
+#include "crypto/mac/hmac.h"
+
+#include <algorithm>
+
+namespace {
+
+std::unique_ptr<CCryptoHMAC> MACOver(std::uint32_t hashId)
+{
+    return digest_chain::Knows(HashOfHMAC(hashId)) ? CCryptoHMAC::Create(hashId) : nullptr;
+}
+
+} // namespace
+
+element CCryptoKeyDerivation::HKDFExtract(std::uint32_t hashId, Bytes salt, Bytes secret)
+{
+    CCryptoAutoLogger logger("CCryptoKeyDerivation::HKDFExtract");
+
+    if (salt.size() > longestInput || secret.size() > longestInput)
+        return logger.setRetValue(3, element(), "Salt or secret is longer than %u bytes", longestInput);
+    const auto mac = MACOver(hashId);
+    if (mac == nullptr)
+        return logger.setRetValue(3, element(), "Unsupported hash function: %d", static_cast<int>(hashId));
+    // A key of zeros is the empty one, since HMAC fills it up with zeros.
+    mac->setKey(salt);
+    logger.setResult(true);
+    return mac->macOf(secret);
+}
+
+element CCryptoKeyDerivation::HKDFExpand(std::uint32_t hashId, Bytes key, Bytes info, std::uint32_t length)
+{
+    CCryptoAutoLogger logger("CCryptoKeyDerivation::HKDFExpand");
+
+    if (key.size() > longestInput || info.size() > longestInput)
+        return logger.setRetValue(3, element(), "Key or info is longer than %u bytes", longestInput);
+    const auto mac = MACOver(hashId);
+    if (mac == nullptr)
+        return logger.setRetValue(3, element(), "Unsupported hash function: %d", static_cast<int>(hashId));
+    if (key.size() < mac->digestSize())
+        return logger.setRetValue(3, element(), "Key is shorter than a digest");
+    if (length == 0 || length > 255 * mac->digestSize())
+        return logger.setRetValue(3, element(), "HKDF gives no key of %u bytes", length);
+
+    mac->setKey(key);
+    element derived;
+    derived.reserve(length);
+    element part;
+    for (std::uint8_t number = 1; derived.length() < length; ++number) {
+        mac->update(part.bytes());
+        mac->update(info);
+        mac->update(&number, 1);
+        part = mac->final();
+        derived.append(part.data(), std::min(part.length(), length - derived.length()));
+    }
+    logger.setResult(true);
+    return derived;
+}
+
+element CCryptoKeyDerivation::HKDF(std::uint32_t hashId, Bytes salt, Bytes secret, Bytes info, std::uint32_t length)
+{
+    const element key = HKDFExtract(hashId, salt, secret);
+    return key.isEmpty() ? element() : HKDFExpand(hashId, key.bytes(), info, length);
+}

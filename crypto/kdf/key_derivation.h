@@ -1,0 +1,51 @@
+#pragma once
+
+#include "core/text/element.h"
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+/// Keys from passwords and from other keys. Hash functions are named by their ids of the algorithm table, 100 to 105, or by those
+/// of the HMACs over them, 600 to 604.
+///
+/// Each gives raw bytes, or none, with the reason logged: for a hash function that is none of these, for 0 or too many iterations,
+/// and for texts and keys whose length is out of bounds. What they compute with is wiped; their time depends on lengths and
+/// iterations alone.
+class CCryptoKeyDerivation {
+public:
+    /// Iterations of one key, those of all its digests together.
+    static constexpr std::uint32_t mostIterations = 50'000'000;
+    /// Of a password, a salt or other input, in bytes.
+    static constexpr std::uint32_t longestInput = 65536;
+    /// Of a key from a password, in bytes.
+    static constexpr std::uint32_t longestKey = 4096;
+
+    /// What a key is for (RFC 7292, B.3).
+    enum class PKCS12Use : std::uint8_t { key = 1, initializationVector = 2, mac = 3 };
+
+    using Bytes = std::span<const std::uint8_t>;
+
+    /// Whether PBKDF2 or PKCS12 would give a key of `length` bytes for a password within the bounds. The reason is logged when not.
+    static bool Allows(std::uint32_t hashId, Bytes salt, std::uint32_t iterations, std::uint32_t length);
+
+    /// RFC 8018, 5.1. \param length at most the digest's.
+    static element PBKDF1(std::uint32_t hashId, Bytes password, Bytes salt, std::uint32_t iterations, std::uint32_t length);
+
+    /// RFC 8018, 5.2, with the HMAC over the hash.
+    static element PBKDF2(std::uint32_t hashId, Bytes password, Bytes salt, std::uint32_t iterations, std::uint32_t length);
+
+    /// RFC 7292, appendix B. \param password as PKCS12Password() gives it; may be empty.
+    static element PKCS12(std::uint32_t hashId, PKCS12Use use, Bytes password, Bytes salt, std::uint32_t iterations,
+                          std::uint32_t length);
+    /// UTF-8 text as UTF-16, big-endian, with two zero bytes behind it (RFC 7292, B.1). \return empty, logged, for text that is
+    /// not valid.
+    static element PKCS12Password(std::string_view text);
+
+    /// RFC 5869, 2.2: a key as long as the digest. An empty `salt` stands for a digest of zeros.
+    static element HKDFExtract(std::uint32_t hashId, Bytes salt, Bytes secret);
+    /// RFC 5869, 2.3. \param key at least as long as the digest. \param length 1 to 255 digests.
+    static element HKDFExpand(std::uint32_t hashId, Bytes key, Bytes info, std::uint32_t length);
+    /// One behind the other.
+    static element HKDF(std::uint32_t hashId, Bytes salt, Bytes secret, Bytes info, std::uint32_t length);
+};

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "core/text/element.h"
+#include "crypto/hash/hash.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string_view>
+
+/// HMAC (RFC 2104): a keyed hash over any of the hash functions. Its digests are as long as those of the hash. What it holds is
+/// wiped when it is destroyed. Not for use by two threads at once.
+class CCryptoHMAC {
+public:
+    /// For the id of a hash (100 to 106) or of an HMAC (600 to 604) of the algorithm table. Owned by the caller; it has the empty
+    /// key. \return null, logged as "Unsupported hash function: %d", for any other id.
+    static std::unique_ptr<CCryptoHMAC> Create(std::uint32_t id);
+    /// By the hash's name, as ICryptoHash::CreateByName() takes it, with or without "hmac-" in front.
+    static std::unique_ptr<CCryptoHMAC> CreateByName(std::string_view name);
+
+    /// Over this hash, which must not be null and whose state does not matter; with the empty key.
+    explicit CCryptoHMAC(std::unique_ptr<ICryptoHash> hash);
+
+    /// Any length; nothing is taken yet afterwards. The key itself is not kept.
+    void setKey(std::span<const std::uint8_t> key);
+    /// As after setKey().
+    void reset();
+    /// `bytes` may be null when `length` is 0.
+    void update(const void* bytes, std::size_t length) { running_->update(bytes, length); }
+    void update(std::span<const std::uint8_t> bytes) { running_->update(bytes); }
+    /// Writes digestSize() bytes to `mac`; then as after setKey().
+    void final(std::uint8_t* mac);
+    element final();
+    element macOf(std::span<const std::uint8_t> bytes);
+    /// Whether `mac` is that of what was taken; one of another length is not. Takes time that depends on the length alone. Then as
+    /// after setKey().
+    bool verify(std::span<const std::uint8_t> mac);
+
+    std::uint32_t digestSize() const { return running_->digestSize(); }
+    std::uint32_t blockSize() const { return running_->blockSize(); }
+    /// The hash's id of the algorithm table.
+    std::uint32_t hashId() const { return running_->algorithmId(); }
+    const char* hashName() const { return running_->name(); }
+
+private:
+    // The hash behind the block of the key, for the message and for its digest.
+    std::unique_ptr<ICryptoHash> inner_;
+    std::unique_ptr<ICryptoHash> outer_;
+    std::unique_ptr<ICryptoHash> running_;
+};
+
+/// The id of the hash behind the id of an HMAC (600 to 604); any other id as it is.
+std::uint32_t HashOfHMAC(std::uint32_t id);

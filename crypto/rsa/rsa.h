@@ -1,0 +1,124 @@
+#pragma once
+
+#include "core/text/element.h"
+#include "crypto/random/random.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+
+/// The numbers of an RSA key, with the names of RFC 8017, A.1.2: big-endian, without leading zero bytes. Of a public key only the
+/// first two are there.
+struct CCryptoRSANumbers {
+    element modulus;         ///< n
+    element publicExponent;  ///< e
+    element privateExponent; ///< d
+    element prime1;          ///< p
+    element prime2;          ///< q
+    element exponent1;       ///< d mod (p - 1)
+    element exponent2;       ///< d mod (q - 1)
+    element coefficient;     ///< q^-1 mod p
+};
+
+/// What the two paddings that mask with a hash, OAEP and PSS, take besides the message. Hashes are ids of the algorithm table, 100
+/// to 105.
+struct CCryptoRSAPadding {
+    static constexpr std::int32_t saltAsLongAsDigest = -1;
+    static constexpr std::int32_t saltOfAnyLength = -2; ///< when verifying alone
+
+    std::uint32_t hash = 102;
+    std::uint32_t maskHash = 0;                   ///< of MGF1; 0 for the same as `hash`
+    std::int32_t saltLength = saltAsLongAsDigest; ///< PSS; bytes
+    std::span<const std::uint8_t> label = {};     ///< OAEP
+};
+
+/// An RSA key, public or private (RFC 8017, FIPS 186-5), of 1024 to 8192 bits, its public exponent odd, from 3 to 2^64 - 1.
+///
+/// An object is a valid key: numbers that do not make one are refused, logged with the reason, before anything is computed with
+/// them. Keys do not change. Any thread may use one at any time.
+///
+/// Operations with the private key take time that depends on the lengths of the numbers and on public values only; they are blinded
+/// (base and exponents), use the two primes, and their result is checked with the public exponent before it leaves. Public
+/// operations (verify, encrypt) make no secret of their input.
+///
+/// A failed operation gives false or an empty element, logged.
+class CCryptoRSA {
+public:
+    static constexpr std::uint32_t fewestBits = 1024;
+    static constexpr std::uint32_t mostBits = 8192;
+
+    /// \return null, logged, when these are not the numbers of a public key: modulus even, too short or too long, exponent even, 1
+    /// or above 2^64 - 1. Leading zero bytes are passed over.
+    static std::unique_ptr<CCryptoRSA> FromPublic(const element& modulus, const element& publicExponent);
+    /// All numbers must belong together: p q = n, d e = 1 modulo p - 1 and q - 1, and so on; `exponent1`, `exponent2` and
+    /// `coefficient` may be empty and are then computed. That p and q are primes is not tested. \return null, logged, otherwise.
+    static std::unique_ptr<CCryptoRSA> FromPrivate(const CCryptoRSANumbers& numbers);
+
+    /// Called now and then with the count of candidates for primes looked at so far, from the thread that generates. False ends the
+    /// generation.
+    using Progress = std::function<bool(std::uint32_t candidates)>;
+    /// A new private key. `bits` is even, 1024 to 8192; `publicExponent` is odd, above 2^16 and below 2^32 (FIPS 186-5, A.1.1 asks
+    /// for no less). The primes are found as A.1.3 describes. \return null, logged, when the parameters are not allowed, there are
+    /// no random bytes or `progress` ended it.
+    static std::unique_ptr<CCryptoRSA> Generate(std::uint32_t bits, std::uint32_t publicExponent = 65537,
+                                                const Progress& progress = {}, ICryptoRandom& random = ICryptoRandom::Instance());
+
+    ~CCryptoRSA();
+    CCryptoRSA(const CCryptoRSA&) = delete;
+    CCryptoRSA& operator=(const CCryptoRSA&) = delete;
+
+    /// Of the modulus.
+    std::uint32_t bits() const;
+    /// Of the modulus, and so of every signature and ciphertext.
+    std::uint32_t bytes() const { return (bits() + 7) / 8; }
+    bool isPrivate() const;
+    const element& modulus() const;
+    const element& publicExponent() const;
+    /// Secret, when the key is private; without the private numbers when it is public.
+    CCryptoRSANumbers numbers() const;
+    /// A key of the two public numbers. Owned by the caller.
+    std::unique_ptr<CCryptoRSA> publicKey() const;
+
+    /// input^e mod n and input^d mod n (RSAEP, RSADP): no padding at all. `input` is big-endian, at most bytes() long and below the
+    /// modulus; the result is bytes() long.
+    element publicOperation(std::span<const std::uint8_t> input) const;
+    element privateOperation(std::span<const std::uint8_t> input) const;
+
+    /// RSASSA-PKCS1-v1_5. `hash` is the id, 100 to 106, of the function `digest` comes from: its prefix is put before the digest,
+    /// except for 106 (MD5 followed by SHA-1), which has none. \return the signature.
+    element signPKCS1(std::uint32_t hash, std::span<const std::uint8_t> digest) const;
+    /// True when `signature` is the one that signPKCS1 would make: what the signature encodes is compared, never parsed.
+    bool verifyPKCS1(std::uint32_t hash, std::span<const std::uint8_t> digest, std::span<const std::uint8_t> signature) const;
+
+    /// RSASSA-PSS.
+    element signPSS(const CCryptoRSAPadding& padding, std::span<const std::uint8_t> digest,
+                    ICryptoRandom& random = ICryptoRandom::Instance()) const;
+    bool verifyPSS(const CCryptoRSAPadding& padding, std::span<const std::uint8_t> digest,
+                   std::span<const std::uint8_t> signature) const;
+
+    /// RSAES-PKCS1-v1_5; at most bytes() - 11 bytes.
+    element encryptPKCS1(std::span<const std::uint8_t> message, ICryptoRandom& random = ICryptoRandom::Instance()) const;
+    /// The message; for a ciphertext with a wrong padding, a message that the key and the ciphertext determine and that is random
+    /// to anybody without the key, in the same time (implicit rejection). So nobody learns from the answer whether the padding was
+    /// right, and the caller must not expect to. `message` may be empty after success. \return false when the ciphertext is not
+    /// bytes() long or not below the modulus, which are public.
+    bool decryptPKCS1(std::span<const std::uint8_t> ciphertext, element& message) const;
+    /// For a wrapped key whose length is known: always gives `length` bytes, of the message when the padding is right and the
+    /// message is that long, else those of a substitute, in the same time. \return false as decryptPKCS1, and for a length that no
+    /// message can have.
+    bool unwrapPKCS1(std::span<const std::uint8_t> ciphertext, std::uint32_t length, element& message) const;
+
+    /// RSAES-OAEP; at most bytes() - 2 - 2 * digest size bytes.
+    element encryptOAEP(const CCryptoRSAPadding& padding, std::span<const std::uint8_t> message,
+                        ICryptoRandom& random = ICryptoRandom::Instance()) const;
+    /// \return false, `message` empty, for a ciphertext that does not decode; why is told to nobody, by time or by log.
+    bool decryptOAEP(const CCryptoRSAPadding& padding, std::span<const std::uint8_t> ciphertext, element& message) const;
+
+private:
+    struct Key;
+
+    explicit CCryptoRSA(std::unique_ptr<Key> key);
+
+    std::unique_ptr<Key> key_;
+};

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "crypto/base/constant_time.h"
+#include "crypto/random/random.h"
+#include "crypto/rsa/rsa.h"
+
+#include <cstdint>
+#include <span>
+
+/// The encodings of RFC 8017, 7 and 9: bytes that are raised to a power, from a digest or a message, and back. An encoded block is
+/// as long as the modulus; where an encoding is one byte shorter, the first byte is zero.
+namespace rsa_encoding {
+
+/// Fills `block`. \return false, logged, for a hash without a prefix here, a digest of another length than the hash's, or a block
+/// too short for them.
+bool EncodePKCS1Signature(std::span<std::uint8_t> block, std::uint32_t hash, std::span<const std::uint8_t> digest);
+
+/// `bits` are those of the modulus. \return false, logged.
+bool EncodePSS(std::span<std::uint8_t> block, std::uint32_t bits, const CCryptoRSAPadding& padding,
+               std::span<const std::uint8_t> digest, ICryptoRandom& random);
+/// Changes the block. Nothing here is secret.
+bool VerifyPSS(std::span<std::uint8_t> block, std::uint32_t bits, const CCryptoRSAPadding& padding,
+               std::span<const std::uint8_t> digest);
+
+constexpr std::uint32_t overheadOfPKCS1 = 11;
+
+/// \return false, logged, when the message is too long or there are no random bytes.
+bool EncodePKCS1Message(std::span<std::uint8_t> block, std::span<const std::uint8_t> message, ICryptoRandom& random);
+/// Whether the block, whose content is secret, is a message with its padding; `length` is then the message's, which ends the block,
+/// and else 0.
+constant_time::Mask DecodePKCS1Message(std::span<const std::uint8_t> block, std::uint64_t& length);
+
+bool EncodeOAEP(std::span<std::uint8_t> block, const CCryptoRSAPadding& padding, std::span<const std::uint8_t> message,
+                ICryptoRandom& random);
+/// Changes the block. \return false, logged, when the parameters do not suit the block: otherwise `good` and `length` say as
+/// DecodePKCS1Message what is there.
+bool DecodeOAEP(std::span<std::uint8_t> block, const CCryptoRSAPadding& padding, constant_time::Mask& good, std::uint64_t& length);
+
+} // namespace rsa_encoding

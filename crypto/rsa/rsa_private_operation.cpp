@@ -1,0 +1,139 @@
+#include "core/log/log_writers.h"
+#include "core/platform/secure_wipe.h"
+#include "crypto/rsa/rsa_key.h"
+
+#include <algorithm>
+
+using constant_time::Mask;
+using limbs::Limb;
+
+namespace {
+
+/// Bits of the random multiple of p - 1 that is added to an exponent.
+constexpr std::size_t exponentBlindingBits = 32;
+
+bool RandomBits(Limb& bits, std::size_t count)
+{
+    std::uint8_t bytes[sizeof bits];
+    const bool there = ICryptoRandom::Instance().generate(bytes);
+    std::copy_n(bytes, sizeof bits, reinterpret_cast<std::uint8_t*>(&bits));
+    bits >>= limbs::bitsOfLimb - count;
+    constant_time::ClassifyBytes(&bits, sizeof bits);
+    platform::SecureWipe(bytes);
+    return there;
+}
+
+/// A random number modulo n, in Montgomery's form: 64 bits more than n has are reduced.
+bool RandomBelow(Limb* result, const MontgomeryModulus& n, MontgomeryModulus::Room& room)
+{
+    WipedArray<Limb> bits(n.limbs() + 1);
+    if (!ICryptoRandom::Instance().generate({reinterpret_cast<std::uint8_t*>(bits.data()), bits.size() * sizeof(Limb)}))
+        return false;
+    constant_time::ClassifyBytes(bits.data(), bits.size() * sizeof(Limb));
+    n.enterWide(result, {bits.data(), bits.size()}, room);
+    return true;
+}
+
+/// result = number^d mod p in Montgomery's form, for a number of any length.
+bool RaisePrivately(Limb* result, std::span<const Limb> number, const RSAPrivateNumbers::Prime& prime)
+{
+    const MontgomeryModulus& p = prime.modulus;
+    Limb multiple = 0;
+    if (!RandomBits(multiple, exponentBlindingBits))
+        return false;
+    WipedArray<Limb> exponent(p.limbs() + 1);
+    std::copy_n(prime.exponent.data(), p.limbs(), exponent.data());
+    exponent[p.limbs()] = limbs::AddProduct(exponent.data(), prime.lessOne.data(), p.limbs(), multiple);
+    platform::SecureWipe(&multiple, sizeof multiple);
+
+    MontgomeryModulus::Room room(p);
+    WipedArray<Limb> base(p.limbs());
+    p.enterWide(base.data(), number, room);
+    p.powerMontgomery(result, base.data(), {exponent.data(), exponent.size()}, p.bits() + exponentBlindingBits);
+    return true;
+}
+
+/// The result from those modulo p and q (RFC 8017, 5.1.2). `result` has as many limbs as p and q together.
+bool RaiseByPrimes(Limb* result, std::span<const Limb> number, const RSAPrivateNumbers& secret)
+{
+    const MontgomeryModulus& p = secret.p.modulus;
+    const MontgomeryModulus& q = secret.q.modulus;
+    WipedArray<Limb> byP(p.limbs());
+    WipedArray<Limb> byQ(q.limbs());
+    WipedArray<Limb> other(p.limbs());
+    if (!RaisePrivately(byP.data(), number, secret.p) || !RaisePrivately(byQ.data(), number, secret.q))
+        return false;
+    MontgomeryModulus::Room roomP(p);
+    MontgomeryModulus::Room roomQ(q);
+    q.leave(byQ.data(), byQ.data(), roomQ);
+    p.enterWide(other.data(), {byQ.data(), byQ.size()}, roomP);
+    p.subtract(byP.data(), byP.data(), other.data());
+    p.multiply(byP.data(), byP.data(), secret.coefficient.data(), roomP); // the coefficient is plain, and so is the product
+    limbs::Multiply(result, byP.data(), p.limbs(), q.modulus(), q.limbs());
+    const Limb carry = limbs::Add(result, result, byQ.data(), q.limbs());
+    limbs::AddWord(result + q.limbs(), p.limbs(), carry);
+    return true;
+}
+
+} // namespace
+
+bool RSABlinding::renew(const MontgomeryModulus& n, std::uint64_t publicExponent)
+{
+    MontgomeryModulus::Room room(n);
+    if (!RandomBelow(factor_.data(), n, room))
+        return false;
+    n.leave(factor_.data(), factor_.data(), room);
+    if (!n.invert(remover_.data(), factor_.data()))
+        return false;
+    n.enter(remover_.data(), remover_.data(), room);
+    n.powerPublic(factor_.data(), factor_.data(), publicExponent);
+    n.enter(factor_.data(), factor_.data(), room);
+    usesLeft_ = mostUses;
+    return true;
+}
+
+bool RSABlinding::next(const MontgomeryModulus& n, std::uint64_t publicExponent, Limb* factor, Limb* remover)
+{
+    const CCryptoCSLock lock(&lock_, LockMode::quiet);
+    if (usesLeft_ == 0) {
+        if (!renew(n, publicExponent))
+            return false;
+    } else {
+        MontgomeryModulus::Room room(n);
+        n.square(factor_.data(), factor_.data(), room);
+        n.square(remover_.data(), remover_.data(), room);
+    }
+    --usesLeft_;
+    std::copy_n(factor_.data(), n.limbs(), factor);
+    std::copy_n(remover_.data(), n.limbs(), remover);
+    return true;
+}
+
+bool CCryptoRSA::Key::privateOperation(Limb* result, const Limb* number)
+{
+    const std::size_t count = n.limbs();
+    MontgomeryModulus::Room room(n);
+    WipedArray<Limb> factor(count);
+    WipedArray<Limb> remover(count);
+    WipedArray<Limb> blinded(count);
+    WipedArray<Limb> raised(std::max(count, secret->p.modulus.limbs() + secret->q.modulus.limbs()));
+    if (!blinding->next(n, e, factor.data(), remover.data())) {
+        WriteErrorEx_G("RSA: no random bytes for blinding");
+        return false;
+    }
+    n.multiply(blinded.data(), number, factor.data(), room);
+    if (!RaiseByPrimes(raised.data(), {blinded.data(), count}, *secret)) {
+        WriteErrorEx_G("RSA: no random bytes for blinding");
+        return false;
+    }
+    n.multiply(raised.data(), raised.data(), remover.data(), room);
+
+    // A result with a fault in it would tell the primes.
+    n.powerPublic(blinded.data(), raised.data(), e);
+    if (!constant_time::Declassify(limbs::Equal(blinded.data(), number, count))) {
+        WriteErrorEx_G("RSA: the result of a private operation is wrong, and is not given away");
+        return false;
+    }
+    std::copy_n(raised.data(), count, result);
+    return true;
+}

@@ -1,0 +1,58 @@
+#include "core/diagnostics/auto_logger.h"
+#include "core/memory/wiped_array.h"
+#include "crypto/base/constant_time.h"
+#include "crypto/rsa/rsa.h"
+#include "crypto/rsa/rsa_encoding.h"
+
+element CCryptoRSA::signPKCS1(std::uint32_t hash, std::span<const std::uint8_t> digest) const
+{
+    CCryptoAutoLogger logger("CCryptoRSA::signPKCS1", 2);
+
+    WipedArray<std::uint8_t> block(bytes());
+    if (!rsa_encoding::EncodePKCS1Signature(block, hash, digest))
+        return logger.setRetValue(3, element(), "The digest cannot be signed");
+    element signature = privateOperation(block);
+    logger.setResult(!signature.isEmpty());
+    return signature;
+}
+
+bool CCryptoRSA::verifyPKCS1(std::uint32_t hash, std::span<const std::uint8_t> digest,
+                             std::span<const std::uint8_t> signature) const
+{
+    CCryptoAutoLogger logger("CCryptoRSA::verifyPKCS1", 2);
+
+    WipedArray<std::uint8_t> block(bytes());
+    if (!rsa_encoding::EncodePKCS1Signature(block, hash, digest))
+        return logger.setRetValue(3, false, "The digest cannot be verified");
+    if (signature.size() != bytes())
+        return logger.setRetValue(3, false, "The signature's length is not the key's");
+    const element encoded = publicOperation(signature);
+    if (encoded.isEmpty() || !constant_time::Declassify(constant_time::EqualBytes(encoded.data(), block.data(), block.size())))
+        return logger.setRetValue(3, false, "The signature does not belong to the digest");
+    return logger.setResult(true);
+}
+
+element CCryptoRSA::signPSS(const CCryptoRSAPadding& padding, std::span<const std::uint8_t> digest, ICryptoRandom& random) const
+{
+    CCryptoAutoLogger logger("CCryptoRSA::signPSS", 2);
+
+    WipedArray<std::uint8_t> block(bytes());
+    if (!rsa_encoding::EncodePSS(block, bits(), padding, digest, random))
+        return logger.setRetValue(3, element(), "The digest cannot be signed");
+    element signature = privateOperation(block);
+    logger.setResult(!signature.isEmpty());
+    return signature;
+}
+
+bool CCryptoRSA::verifyPSS(const CCryptoRSAPadding& padding, std::span<const std::uint8_t> digest,
+                           std::span<const std::uint8_t> signature) const
+{
+    CCryptoAutoLogger logger("CCryptoRSA::verifyPSS", 2);
+
+    if (signature.size() != bytes())
+        return logger.setRetValue(3, false, "The signature's length is not the key's");
+    element encoded = publicOperation(signature);
+    if (encoded.isEmpty() || !rsa_encoding::VerifyPSS({encoded.data(), encoded.length()}, bits(), padding, digest))
+        return logger.setRetValue(3, false, "The signature does not belong to the digest");
+    return logger.setResult(true);
+}

@@ -1,0 +1,86 @@
+#include "pki/keys/ec_key_pair.h"
+
+#include "core/base/algorithm.h"
+#include "core/diagnostics/auto_logger.h"
+#include "pki/keys/key_encoding.h"
+
+namespace {
+
+constexpr const char* doesNotEncipher = "A key on a curve does not encipher";
+
+} // namespace
+
+std::uint32_t CCryptoECKeyPair::algorithmId() const
+{
+    return key_->curve().signs ? algorithm::ecPublicKey : key_->curve().id;
+}
+
+std::uint32_t CCryptoECKeyPair::signatureSize() const
+{
+    if (!key_->curve().signs)
+        return 0;
+    // Two INTEGERs of a leading zero byte and the order's bytes, their identifiers and lengths, and those of the SEQUENCE.
+    const std::uint32_t content = 2 * (2 + 1 + key_->curve().orderBytes);
+    return content + (content < 128 ? 2 : 3);
+}
+
+element CCryptoECKeyPair::publicKeyInfo() const
+{
+    return PublicKeyInfoOf(*key_);
+}
+
+element CCryptoECKeyPair::privateKeyInfo() const
+{
+    return PrivateKeyInfoOf(*key_);
+}
+
+std::unique_ptr<ICryptoKeyPair> CCryptoECKeyPair::publicHalf() const
+{
+    std::unique_ptr<CCryptoEC> half = key_->publicHalf();
+    return half != nullptr ? std::make_unique<CCryptoECKeyPair>(std::move(half)) : nullptr;
+}
+
+element CCryptoECKeyPair::signHash(std::uint32_t, std::span<const std::uint8_t> digest, const SCryptoPadding&)
+{
+    return key_->signHash(digest, SignatureForm::der);
+}
+
+bool CCryptoECKeyPair::verifyHash(std::uint32_t, std::span<const std::uint8_t> digest, std::span<const std::uint8_t> signature,
+                                  const SCryptoPadding&) const
+{
+    return key_->verifyHash(digest, signature, SignatureForm::der);
+}
+
+element CCryptoECKeyPair::encrypt(std::span<const std::uint8_t>, const SCryptoPadding&) const
+{
+    CCryptoAutoLogger logger("CCryptoECKeyPair::encrypt");
+    return logger.setRetValue(3, element(), "%s", doesNotEncipher);
+}
+
+bool CCryptoECKeyPair::decrypt(std::span<const std::uint8_t>, element& text, const SCryptoPadding&)
+{
+    CCryptoAutoLogger logger("CCryptoECKeyPair::decrypt");
+    text.clear();
+    return logger.setRetValue(3, false, "%s", doesNotEncipher);
+}
+
+bool CCryptoECKeyPair::unwrap(std::span<const std::uint8_t>, std::uint32_t, element& text)
+{
+    CCryptoAutoLogger logger("CCryptoECKeyPair::unwrap");
+    text.clear();
+    return logger.setRetValue(3, false, "%s", doesNotEncipher);
+}
+
+element CCryptoECKeyPair::agree(const ICryptoKeyPair& peer)
+{
+    CCryptoAutoLogger logger("CCryptoECKeyPair::agree");
+    if (peer.curveId() != curveId())
+        return logger.setRetValue(3, element(), "A key on %s does not agree with %s", name(), peer.name());
+    const std::unique_ptr<ICryptoKeyPair> other = LoadPublicKeyInfo(peer.publicKeyInfo());
+    const auto* point = dynamic_cast<const CCryptoECKeyPair*>(other.get());
+    if (point == nullptr)
+        return logger.setRetValue(3, element(), "The peer's public key is not to be had");
+    element secret = key_->agree(point->key().publicPoint().bytes());
+    logger.setResult(!secret.isEmpty());
+    return secret;
+}

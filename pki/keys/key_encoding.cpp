@@ -1,0 +1,241 @@
+#include "pki/keys/key_encoding.h"
+
+#include "asn1/types/algorithm_table.h"
+#include "asn1/types/asn1_values.h"
+#include "core/diagnostics/auto_logger.h"
+#include "pki/keys/ec_key_pair.h"
+#include "pki/keys/key_objects.h"
+#include "pki/keys/rsa_key_pair.h"
+
+namespace {
+
+using KeyPair = std::unique_ptr<ICryptoKeyPair>;
+
+/// X25519 and X448, whose algorithm is the curve and which have no parameters (RFC 8410).
+bool IsCurveByItself(std::uint32_t id)
+{
+    return id == algorithm::x25519 || id == algorithm::x448;
+}
+
+KeyPair PairOf(std::unique_ptr<CCryptoRSA> key)
+{
+    return key != nullptr ? std::make_unique<CCryptoRSAKeyPair>(std::move(key)) : nullptr;
+}
+
+KeyPair PairOf(std::unique_ptr<CCryptoEC> key)
+{
+    return key != nullptr ? std::make_unique<CCryptoECKeyPair>(std::move(key)) : nullptr;
+}
+
+/// The kind of key that an AlgorithmIdentifier tells: rsaEncryption, or the curve. \return 0, logged, for algorithms and curves
+/// that are none here, and for parameters that the algorithm does not have (RFC 8017, A.1; RFC 5480, 2.1.1; RFC 8410, 3).
+std::uint32_t KindOf(CCryptoAutoLogger& logger, const CCryptoAlgorithmIdentifier& identifier)
+{
+    const std::uint32_t id = identifier.id();
+    const elementNode* const parameters = identifier.parameters();
+    if (id == algorithm::ecPublicKey) {
+        const CCryptoString oid = OidOfNode(parameters);
+        if (oid.isEmpty())
+            return logger.setRetValue(3, 0u, "The curve is not given by its name");
+        const CurveFacts* curve = FindCurve(AlgorithmOfOid(oid.view()));
+        if (curve == nullptr || !curve->signs)
+            return logger.setRetValue(3, 0u, "The curve is not one of ours");
+        return curve->id;
+    }
+    if (id != algorithm::rsaEncryption && !IsCurveByItself(id))
+        return logger.setRetValue(3, 0u, "Algorithm %u is not one of keys", id);
+    // Some leave out the NULL that RSA has.
+    const bool isNull = parameters != nullptr && parameters->type() == ElementType::asn1Null;
+    if (parameters != nullptr && !(isNull && id == algorithm::rsaEncryption))
+        return logger.setRetValue(3, 0u, "Keys of algorithm %u have no such parameters", id);
+    return id;
+}
+
+void SetAlgorithm(CCryptoAlgorithmIdentifier& identifier, const CurveFacts& curve)
+{
+    identifier.setId(curve.signs ? std::uint32_t{algorithm::ecPublicKey} : curve.id);
+    identifier.setNullParameters(false);
+    if (curve.signs)
+        identifier.setParameters(CCryptoASN1ObjectIdentifier(CCryptoString(OidOfAlgorithm(curve.id))).BuildTree().get());
+}
+
+void SetRSAAlgorithm(CCryptoAlgorithmIdentifier& identifier)
+{
+    identifier.setId(algorithm::rsaEncryption);
+    identifier.setNullParameters(true);
+}
+
+/// An ECPrivateKey whose curve is `curve`, or is named in it when `curve` is 0; both must be the same when both are there.
+KeyPair PairOfECPrivateKey(CCryptoAutoLogger& logger, const element& der, std::uint32_t curve)
+{
+    CCryptoECPrivateKeyObject object;
+    if (!object.ParseDer(der))
+        return logger.setRetValue(3, KeyPair(), "It is no ECPrivateKey");
+    if (!object.curveOid.isEmpty()) {
+        const CurveFacts* named = FindCurve(AlgorithmOfOid(object.curveOid.view()));
+        if (named == nullptr || !named->signs || (curve != 0 && named->id != curve))
+            return logger.setRetValue(3, KeyPair(), "The curve is not one of ours, or not the one it belongs to");
+        curve = named->id;
+    }
+    if (curve == 0)
+        return logger.setRetValue(3, KeyPair(), "The curve is not named");
+    if (object.publicPoint.isEmpty())
+        return PairOf(CCryptoEC::FromPrivate(curve, object.scalar.bytes()));
+    return PairOf(CCryptoEC::FromPrivate(curve, object.scalar.bytes(), object.publicPoint.bytes()));
+}
+
+/// The private key of X25519 and X448 is an OCTET STRING in the OCTET STRING (RFC 8410, 7).
+KeyPair PairOfCurvePrivateKey(CCryptoAutoLogger& logger, const element& der, std::uint32_t curve)
+{
+    CCryptoASN1OctetStringObject object;
+    if (!object.ParseDer(der))
+        return logger.setRetValue(3, KeyPair(), "It is no CurvePrivateKey");
+    return PairOf(CCryptoEC::FromPrivate(curve, object.bytes().bytes()));
+}
+
+element ECPrivateKeyObjectOf(const CCryptoEC& key, bool withCurve)
+{
+    CCryptoECPrivateKeyObject object;
+    object.scalar = key.privateScalar();
+    if (withCurve)
+        object.curveOid = CCryptoString(OidOfAlgorithm(key.curve().id));
+    object.publicPoint = key.publicPoint();
+    return object.BuildDer();
+}
+
+} // namespace
+
+std::unique_ptr<ICryptoKeyPair> LoadPublicKeyInfo(const element& der)
+{
+    CCryptoAutoLogger logger("LoadPublicKeyInfo");
+    CCryptoSubjectPublicKeyInfo info;
+    if (!info.ParseDer(der))
+        return logger.setRetValue(3, KeyPair(), "It is no SubjectPublicKeyInfo");
+    const std::uint32_t kind = KindOf(logger, info.algorithm);
+    if (kind == 0)
+        return nullptr;
+    KeyPair key = kind == algorithm::rsaEncryption ? LoadRSAPublicKey(info.publicKey)
+                                                   : PairOf(CCryptoEC::FromPublic(kind, info.publicKey.bytes()));
+    logger.setResult(key != nullptr);
+    return key;
+}
+
+element PublicKeyInfoOf(const CCryptoRSA& key)
+{
+    CCryptoSubjectPublicKeyInfo info;
+    SetRSAAlgorithm(info.algorithm);
+    info.publicKey = RSAPublicKeyOf(key);
+    return info.BuildDer();
+}
+
+element PublicKeyInfoOf(const CCryptoEC& key)
+{
+    CCryptoSubjectPublicKeyInfo info;
+    SetAlgorithm(info.algorithm, key.curve());
+    info.publicKey = key.publicPoint();
+    return info.BuildDer();
+}
+
+std::unique_ptr<ICryptoKeyPair> LoadPrivateKeyInfo(const element& der)
+{
+    CCryptoAutoLogger logger("LoadPrivateKeyInfo");
+    CCryptoPrivateKeyInfo info;
+    if (!info.ParseDer(der))
+        return logger.setRetValue(3, KeyPair(), "It is no PrivateKeyInfo");
+    const std::uint32_t kind = KindOf(logger, info.algorithm);
+    if (kind == 0)
+        return nullptr;
+    KeyPair key;
+    if (kind == algorithm::rsaEncryption)
+        key = LoadRSAPrivateKey(info.privateKey);
+    else if (IsCurveByItself(kind))
+        key = PairOfCurvePrivateKey(logger, info.privateKey, kind);
+    else
+        key = PairOfECPrivateKey(logger, info.privateKey, kind);
+    logger.setResult(key != nullptr);
+    return key;
+}
+
+element PrivateKeyInfoOf(const CCryptoRSA& key)
+{
+    CCryptoAutoLogger logger("PrivateKeyInfoOf");
+    if (!key.isPrivate())
+        return logger.setRetValue(3, element(), "The key has no private half");
+    CCryptoPrivateKeyInfo info;
+    SetRSAAlgorithm(info.algorithm);
+    info.privateKey = RSAPrivateKeyOf(key);
+    logger.setResult(true);
+    return info.BuildDer();
+}
+
+element PrivateKeyInfoOf(const CCryptoEC& key)
+{
+    CCryptoAutoLogger logger("PrivateKeyInfoOf");
+    if (!key.hasPrivate())
+        return logger.setRetValue(3, element(), "The key has no private half");
+    CCryptoPrivateKeyInfo info;
+    SetAlgorithm(info.algorithm, key.curve());
+    info.privateKey =
+        key.curve().signs ? ECPrivateKeyObjectOf(key, false) : CCryptoASN1OctetStringObject(key.privateScalar()).BuildDer();
+    logger.setResult(true);
+    return info.BuildDer();
+}
+
+std::unique_ptr<ICryptoKeyPair> LoadRSAPublicKey(const element& der)
+{
+    CCryptoAutoLogger logger("LoadRSAPublicKey");
+    CCryptoRSAPublicKeyObject object;
+    if (!object.ParseDer(der))
+        return logger.setRetValue(3, KeyPair(), "It is no RSAPublicKey");
+    KeyPair key = PairOf(CCryptoRSA::FromPublic(object.numbers.modulus, object.numbers.publicExponent));
+    logger.setResult(key != nullptr);
+    return key;
+}
+
+std::unique_ptr<ICryptoKeyPair> LoadRSAPrivateKey(const element& der)
+{
+    CCryptoAutoLogger logger("LoadRSAPrivateKey");
+    CCryptoRSAPrivateKeyObject object;
+    if (!object.ParseDer(der))
+        return logger.setRetValue(3, KeyPair(), "It is no RSAPrivateKey of two primes");
+    KeyPair key = PairOf(CCryptoRSA::FromPrivate(object.numbers));
+    logger.setResult(key != nullptr);
+    return key;
+}
+
+element RSAPublicKeyOf(const CCryptoRSA& key)
+{
+    CCryptoRSAPublicKeyObject object;
+    object.numbers.modulus = key.modulus();
+    object.numbers.publicExponent = key.publicExponent();
+    return object.BuildDer();
+}
+
+element RSAPrivateKeyOf(const CCryptoRSA& key)
+{
+    CCryptoAutoLogger logger("RSAPrivateKeyOf");
+    if (!key.isPrivate())
+        return logger.setRetValue(3, element(), "The key has no private half");
+    CCryptoRSAPrivateKeyObject object;
+    object.numbers = key.numbers();
+    logger.setResult(true);
+    return object.BuildDer();
+}
+
+std::unique_ptr<ICryptoKeyPair> LoadECPrivateKey(const element& der)
+{
+    CCryptoAutoLogger logger("LoadECPrivateKey");
+    KeyPair key = PairOfECPrivateKey(logger, der, 0);
+    if (key != nullptr)
+        logger.setResult(true);
+    return key;
+}
+
+element ECPrivateKeyOf(const CCryptoEC& key)
+{
+    CCryptoAutoLogger logger("ECPrivateKeyOf");
+    if (!key.hasPrivate() || !key.curve().signs)
+        return logger.setRetValue(3, element(), "The key has no private half, or no form of its own for it");
+    logger.setResult(true);
+    return ECPrivateKeyObjectOf(key, true);
+}

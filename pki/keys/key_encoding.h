@@ -1,0 +1,32 @@
+#pragma once
+
+#include "crypto/ec/ec.h"
+#include "crypto/rsa/rsa.h"
+#include "pki/keys/key_pair.h"
+
+#include <memory>
+
+// The DER forms of keys. What is loaded is hostile: each gives null, logged with the reason, for DER that does not have the form,
+// for algorithms and curves that the algorithm table lacks, for curves that are given by parameters instead of their names, and for
+// numbers that do not make a valid key (see CCryptoRSA and CCryptoEC). What is written is empty, logged, when there is no such form
+// of the key or no private half to write.
+
+/// SubjectPublicKeyInfo (RFC 5280, 4.1.2.7; curves as RFC 5480 and RFC 8410 have them).
+std::unique_ptr<ICryptoKeyPair> LoadPublicKeyInfo(const element& der);
+element PublicKeyInfoOf(const CCryptoRSA& key);
+element PublicKeyInfoOf(const CCryptoEC& key);
+
+/// PrivateKeyInfo (RFC 5958), neither encrypted nor with attributes that count.
+std::unique_ptr<ICryptoKeyPair> LoadPrivateKeyInfo(const element& der);
+element PrivateKeyInfoOf(const CCryptoRSA& key);
+element PrivateKeyInfoOf(const CCryptoEC& key);
+
+/// RSAPublicKey and RSAPrivateKey (RFC 8017, A.1): PKCS#1.
+std::unique_ptr<ICryptoKeyPair> LoadRSAPublicKey(const element& der);
+std::unique_ptr<ICryptoKeyPair> LoadRSAPrivateKey(const element& der);
+element RSAPublicKeyOf(const CCryptoRSA& key);
+element RSAPrivateKeyOf(const CCryptoRSA& key);
+
+/// ECPrivateKey (RFC 5915): SEC1. The curve must be named in it, and X25519 and X448 do not have the form.
+std::unique_ptr<ICryptoKeyPair> LoadECPrivateKey(const element& der);
+element ECPrivateKeyOf(const CCryptoEC& key);

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "core/text/string.h"
+#include "pki/keys/key_pair.h"
+#include "pki/keys/password_encryption.h"
+
+#include <functional>
+#include <memory>
+#include <span>
+#include <string_view>
+
+/// The forms in which keys are kept in files.
+enum class KeyForm {
+    publicKeyInfo,       ///< SubjectPublicKeyInfo, "PUBLIC KEY"
+    rsaPublicKey,        ///< PKCS#1, "RSA PUBLIC KEY"
+    privateKeyInfo,      ///< PKCS#8, "PRIVATE KEY"
+    encryptedPrivateKey, ///< PKCS#8, "ENCRYPTED PRIVATE KEY"
+    rsaPrivateKey,       ///< PKCS#1, "RSA PRIVATE KEY"
+    ecPrivateKey,        ///< SEC1, "EC PRIVATE KEY"
+};
+
+/// Keys in DER and PEM.
+class CCryptoKeyFile {
+public:
+    /// Asked for the password, once, when the key turns out to be encrypted, in a way that is supported. \return false when there
+    /// is none.
+    using PasswordSource = std::function<bool(element& password)>;
+
+    /// A key in whatever form: DER, or PEM (RFC 7468), of which the first block that is a key counts. \return null, logged with the
+    /// reason, which reason() gives, too.
+    std::unique_ptr<ICryptoKeyPair> Load(std::span<const std::uint8_t> bytes, const PasswordSource& password = {});
+
+    /// The form of the key that was loaded last.
+    KeyForm form() const { return form_; }
+    /// Why the last operation failed, for people.
+    const CCryptoString& reason() const { return reason_; }
+    /// The last Load found a key and refused its algorithm or its numbers: the error text of the operation that did tells which.
+    bool refusedContent() const { return refusedContent_; }
+
+    /// A key in a form; encryptedPrivateKey wants `password` and `encryption`. \return DER; empty, logged, when the key does not
+    /// have the form.
+    element Save(const ICryptoKeyPair& key, KeyForm form, std::string_view password = {},
+                 const SCryptoPasswordEncryption& encryption = {});
+
+    /// The label of the form's PEM block.
+    static const char* Label(KeyForm form);
+    /// PEM of what Save() gave.
+    static CCryptoString ToPem(KeyForm form, const element& der);
+
+private:
+    std::unique_ptr<ICryptoKeyPair> loadDer(const element& der, const PasswordSource& password);
+    std::unique_ptr<ICryptoKeyPair> loadAs(KeyForm form, const element& der, const PasswordSource& password);
+    std::unique_ptr<ICryptoKeyPair> loadEncrypted(const element& der, const PasswordSource& password);
+    element save(const ICryptoKeyPair& key, KeyForm form, std::string_view password, const SCryptoPasswordEncryption& encryption);
+    std::nullptr_t refuse(const char* reason);
+
+    KeyForm form_ = KeyForm::publicKeyInfo;
+    bool refusedContent_ = false;
+    CCryptoString reason_;
+};

@@ -1,0 +1,204 @@
+#include "pki/keys/key_objects.h"
+
+#include "asn1/template/octets.h"
+#include "asn1/types/asn1_values.h"
+#include "core/diagnostics/auto_logger.h"
+
+#include <iterator>
+
+namespace {
+
+constexpr const char* publicKeyInfoTemplate = "SEQUENCE[CONSTRUCTED] {algorithmIdentifier,BIT_STRING[PRIMITIVE]{#00,publicKey}}";
+constexpr const char* privateKeyInfoTemplate = "SEQUENCE{INTEGER=version,algorithmIdentifier,OCTET_STRING [PRIMITIVE]{PrivateKey}}";
+constexpr const char* encryptedPrivateKeyInfoTemplate = "SEQUENCE{algorithmIdentifier,OCTET_STRING[PRIMITIVE]{encryptedData}}";
+constexpr const char* rsaPublicKeyTemplate = "SEQUENCE{INTEGER=modulus,INTEGER=publicExponent}";
+constexpr const char* rsaPrivateKeyTemplate =
+    "SEQUENCE{INTEGER=version,INTEGER=modulus,INTEGER=publicExponent,INTEGER=privateExponent,INTEGER=prime1,INTEGER=prime2,"
+    "INTEGER=exponent1,INTEGER=exponent2,INTEGER=coefficient}";
+constexpr const char* ecPrivateKeyTemplate =
+    "SEQUENCE{INTEGER=version,OCTET_STRING[PRIMITIVE]{privateKey},CONTEXT_SPECIFIC[0,CONSTRUCTED](OPTIONAL){parameters}"
+    "CONTEXT_SPECIFIC[1,CONSTRUCTED](OPTIONAL){BIT_STRING[PRIMITIVE]{#00,publicKey}}}";
+
+struct NamedNumber {
+    const char* name;
+    element CCryptoRSANumbers::*number;
+};
+
+constexpr NamedNumber rsaNumbers[] = {
+    {"modulus", &CCryptoRSANumbers::modulus},
+    {"publicExponent", &CCryptoRSANumbers::publicExponent},
+    {"privateExponent", &CCryptoRSANumbers::privateExponent},
+    {"prime1", &CCryptoRSANumbers::prime1},
+    {"prime2", &CCryptoRSANumbers::prime2},
+    {"exponent1", &CCryptoRSANumbers::exponent1},
+    {"exponent2", &CCryptoRSANumbers::exponent2},
+    {"coefficient", &CCryptoRSANumbers::coefficient},
+};
+constexpr std::span<const NamedNumber> publicRsaNumbers{rsaNumbers, 2};
+
+bool ReadNumbers(const CCryptoASN1Object& object, std::span<const NamedNumber> names, CCryptoRSANumbers& numbers)
+{
+    for (const NamedNumber& entry : names) {
+        element value = object.findBytes(entry.name);
+        if (value.negative() || value.isEmpty())
+            return false;
+        numbers.*entry.number = element(value.data(), value.length());
+    }
+    return true;
+}
+
+bool FillNumbers(CCryptoParser& parser, std::span<const NamedNumber> names, const CCryptoRSANumbers& numbers)
+{
+    for (const NamedNumber& entry : names) {
+        const element& value = numbers.*entry.number;
+        if (value.isEmpty() || !parser.fill(entry.name, element(value.data(), value.length(), ElementType::integer)))
+            return false;
+    }
+    return true;
+}
+
+/// A version is one byte long, whatever follows in later standards.
+bool HasVersion(const CCryptoASN1Object& object, std::uint32_t first, std::uint32_t last)
+{
+    const element version = object.findBytes("version");
+    return version.length() == 1 && !version.negative() && version.toWord32() >= first && version.toWord32() <= last;
+}
+
+/// What follows the template's items is passed over by the match.
+bool HasItems(const elementNode* sequence, std::uint32_t count)
+{
+    const elementNode* item = sequence->content();
+    for (; item != nullptr && count != 0; --count)
+        item = item->next();
+    return item == nullptr && count == 0;
+}
+
+/// Attributes, and the public key of a OneAsymmetricKey (RFC 5958, 2).
+bool HasTaggedItemsBehind(const elementNode* sequence, std::uint32_t count)
+{
+    const elementNode* item = sequence->content();
+    for (; item != nullptr; item = item->next()) {
+        if (count != 0)
+            --count;
+        else if (item->type() != ElementType::contextSpecific)
+            return false;
+    }
+    return count == 0;
+}
+
+bool FillAlgorithm(CCryptoParser& parser, CCryptoAlgorithmIdentifier& algorithm)
+{
+    const ElementNodePtr tree = algorithm.BuildTree();
+    return tree != nullptr && parser.fill_tree("algorithmIdentifier", tree.get());
+}
+
+} // namespace
+
+CCryptoString OidOfNode(const elementNode* node)
+{
+    if (node == nullptr || node->type() != ElementType::objectIdentifier)
+        return {};
+    return CCryptoASN1ObjectIdentifier(node).oid();
+}
+
+CCryptoSubjectPublicKeyInfo::CCryptoSubjectPublicKeyInfo() : CCryptoASN1Object(publicKeyInfoTemplate) {}
+
+bool CCryptoSubjectPublicKeyInfo::BuildNode()
+{
+    return FillAlgorithm(builder(), algorithm) && builder().fill("publicKey", Octets(publicKey));
+}
+
+bool CCryptoSubjectPublicKeyInfo::ParseNode()
+{
+    publicKey = Octets(findBytes("publicKey"));
+    return HasItems(data(), 2) && algorithm.Parse(find("algorithmIdentifier"));
+}
+
+CCryptoPrivateKeyInfo::CCryptoPrivateKeyInfo() : CCryptoASN1Object(privateKeyInfoTemplate) {}
+
+bool CCryptoPrivateKeyInfo::BuildNode()
+{
+    return builder().fill("version", element(std::uint32_t{0})) && FillAlgorithm(builder(), algorithm) &&
+           builder().fill("PrivateKey", Octets(privateKey));
+}
+
+bool CCryptoPrivateKeyInfo::ParseNode()
+{
+    privateKey = Octets(findBytes("PrivateKey"));
+    return HasVersion(*this, 0, 1) && HasTaggedItemsBehind(data(), 3) && algorithm.Parse(find("algorithmIdentifier"));
+}
+
+CCryptoEncryptedPrivateKeyInfo::CCryptoEncryptedPrivateKeyInfo() : CCryptoASN1Object(encryptedPrivateKeyInfoTemplate) {}
+
+bool CCryptoEncryptedPrivateKeyInfo::BuildNode()
+{
+    return FillAlgorithm(builder(), algorithm) && builder().fill("encryptedData", Octets(encryptedData));
+}
+
+bool CCryptoEncryptedPrivateKeyInfo::ParseNode()
+{
+    encryptedData = Octets(findBytes("encryptedData"));
+    return HasItems(data(), 2) && algorithm.Parse(find("algorithmIdentifier"));
+}
+
+CCryptoRSAPublicKeyObject::CCryptoRSAPublicKeyObject() : CCryptoASN1Object(rsaPublicKeyTemplate) {}
+
+bool CCryptoRSAPublicKeyObject::BuildNode()
+{
+    return FillNumbers(builder(), publicRsaNumbers, numbers);
+}
+
+bool CCryptoRSAPublicKeyObject::ParseNode()
+{
+    return HasItems(data(), 2) && ReadNumbers(*this, publicRsaNumbers, numbers);
+}
+
+CCryptoRSAPrivateKeyObject::CCryptoRSAPrivateKeyObject() : CCryptoASN1Object(rsaPrivateKeyTemplate) {}
+
+bool CCryptoRSAPrivateKeyObject::BuildNode()
+{
+    return builder().fill("version", element(std::uint32_t{0})) && FillNumbers(builder(), rsaNumbers, numbers);
+}
+
+bool CCryptoRSAPrivateKeyObject::ParseNode()
+{
+    return HasVersion(*this, 0, 0) && HasItems(data(), 9) && ReadNumbers(*this, rsaNumbers, numbers);
+}
+
+CCryptoECPrivateKeyObject::CCryptoECPrivateKeyObject() : CCryptoASN1Object(ecPrivateKeyTemplate) {}
+
+void CCryptoECPrivateKeyObject::ClearFields()
+{
+    scalar = {};
+    curveOid = {};
+    publicPoint = {};
+}
+
+bool CCryptoECPrivateKeyObject::BuildNode()
+{
+    if (!builder().fill("version", element(std::uint32_t{1})) || !builder().fill("privateKey", Octets(scalar)))
+        return false;
+    if (!curveOid.isEmpty()) {
+        const ElementNodePtr name = CCryptoASN1ObjectIdentifier(curveOid).BuildTree();
+        if (name == nullptr || !builder().fill_tree("parameters", name.get()))
+            return false;
+    }
+    return publicPoint.isEmpty() || builder().fill("publicKey", Octets(publicPoint));
+}
+
+bool CCryptoECPrivateKeyObject::ParseNode()
+{
+    CCryptoAutoLogger logger("CCryptoECPrivateKeyObject::ParseNode");
+    if (!HasVersion(*this, 1, 1))
+        return logger.setRetValue(3, false, "The version of the key is not 1");
+    if (!HasItems(data(), 2u + isBound("parameters") + isBound("publicKey")))
+        return logger.setRetValue(3, false, "More than a key stands in it");
+    scalar = Octets(findBytes("privateKey"));
+    publicPoint = Octets(findBytes("publicKey"));
+    if (const elementNode* parameters = find("parameters"); parameters != nullptr) {
+        curveOid = OidOfNode(parameters);
+        if (curveOid.isEmpty())
+            return logger.setRetValue(3, false, "The curve is not given by its name");
+    }
+    return logger.setResult(true);
+}

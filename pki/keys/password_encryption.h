@@ -1,0 +1,39 @@
+#pragma once
+
+#include "asn1/types/algorithm_identifier.h"
+#include "crypto/random/random.h"
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+/// How something is enciphered with a password.
+struct SCryptoPasswordEncryption {
+    /// pbes2 (701), or one of the six of PKCS#12 (1 to 6), which are weak and for those who read nothing else.
+    std::uint32_t scheme = algorithm::pbes2;
+    /// Of PBES2: AES or triple DES in CBC mode (301, 305, 309, 202).
+    std::uint32_t cipher = algorithm::aes256Cbc;
+    /// Of PBES2: the HMAC of PBKDF2 (600 to 604).
+    std::uint32_t prf = algorithm::hmacSha256;
+    std::uint32_t iterations = 600'000;
+};
+
+/// Encryption with a password as an AlgorithmIdentifier describes it: PBES2 with PBKDF2 (RFC 8018, 6.2) and the schemes of PKCS#12
+/// (RFC 7292, appendix C).
+class CCryptoPasswordEncryption {
+public:
+    /// \param password UTF-8 text. \param how is given the description, with a fresh salt. \return the ciphertext; empty, logged,
+    /// for a scheme that is none of these and when there are no random bytes.
+    static element Encrypt(const SCryptoPasswordEncryption& parameters, std::string_view password,
+                           std::span<const std::uint8_t> text, CCryptoAlgorithmIdentifier& how,
+                           ICryptoRandom& random = ICryptoRandom::Instance());
+
+    /// Whether there is any use in asking for a password: false, logged, for a description that is none of these, whose numbers
+    /// make no sense, or that asks for more than 50,000,000 iterations. RC2 in CBC mode under PBES2 is understood, too.
+    static bool Understands(const CCryptoAlgorithmIdentifier& how);
+
+    /// \return false, logged, `text` empty, for a description that is not understood, and for a wrong password, as far as the
+    /// padding tells.
+    static bool Decrypt(const CCryptoAlgorithmIdentifier& how, std::string_view password, std::span<const std::uint8_t> ciphertext,
+                        element& text);
+};

@@ -1,0 +1,138 @@
+#include "asn1/parser/parser.h"
+#include "asn1/parser/parser_search.h"
+#include "asn1/template/push_der_buffer.h"
+#include "core/text/hex.h"
+#include "tests/support/captured_log.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+
+struct EncodeCase {
+    const char* text;
+    std::string_view der; ///< in hexadecimal; empty when the tree cannot be written
+    const char* reason = "";
+};
+
+TEST(Encode, WritesOrRefusesWhatATemplateAsksFor)
+{
+    const EncodeCase cases[] = {
+        {"SEQUENCE{}", "3000"},
+        {"SEQUENCE{a}", "3000"},
+        {"SET{a,b}", "3100"},
+        {"SEQUENCE[PRIMITIVE] = \"AB\"", "10024142"},
+        {"UTF8String = 'a'", "0c0161"},
+        {"UTF8String = '\xC3\xA4'", "0c02c3a4"},
+        {"BIT_STRING[0] = 1", "030100"},
+        {"BIT_STRING[7] = 128", "03020780"},
+        {"BIT_STRING[255] = #80", "0302ff80"},
+        {"BIT_STRING[256] = #80", "", "A BIT_STRING cannot have 256 unused bits"},
+        {"CONTEXT_SPECIFIC[30]{NULL}", "be020500"},
+        {"CONTEXT_SPECIFIC[31]{NULL}", "", "Tag number 31 cannot be written"},
+        {"CONTEXT_SPECIFIC[-1]{NULL}", "", "Tag number -1 cannot be written"},
+        {"CONTEXT_SPECIFIC[18446744073709551616]{NULL}", "", "Tag number 18446744073709551616 cannot be written"},
+        {"CONTEXT_SPECIFIC{NULL}", "", "Token 'CONTEXT_SPECIFIC' has no enumerated definiton"},
+    };
+    for (const EncodeCase& each : cases) {
+        SCOPED_TRACE(each.text);
+        CapturedLog log;
+        CCryptoParser parser;
+        ASSERT_TRUE(parser.Load_ASCII_Memory(each.text));
+        EXPECT_EQ(HexText(parser.ToDer().bytes()).view(), each.der);
+        if (each.der.empty()) {
+            EXPECT_THAT(log.texts(), Contains(HasSubstr(each.reason)));
+        }
+    }
+}
+
+/// `count` elements of this type, each inside the one before.
+ElementNodePtr Nest(std::uint32_t count, bool excluded)
+{
+    ElementNodePtr nest = elementNode::Make(ElementType::asn1Null);
+    for (std::uint32_t level = 0; level < count; ++level) {
+        ElementNodePtr outer = elementNode::Make(ElementType::sequence);
+        if (excluded)
+            outer->set(LinkKind::brackets, elementNode::Make(element("EXCLUDE")));
+        outer->set(LinkKind::content, std::move(nest));
+        nest = std::move(outer);
+    }
+    return nest;
+}
+
+TEST(Encode, WritesNoTreeThatItCouldNotReadBack)
+{
+    const struct {
+        std::uint32_t levels;
+        bool excluded;
+        bool written;
+    } cases[] = {{127, false, true}, {128, false, false}, {100000, false, false}, {200, true, true}, {100000, true, false}};
+    for (const auto& [levels, excluded, written] : cases) {
+        SCOPED_TRACE(testing::Message() << levels << (excluded ? " left out" : ""));
+        const ElementNodePtr tree = Nest(levels, excluded);
+        const element der = CCryptoParser::ToDer(tree.get());
+        EXPECT_EQ(!der.isEmpty(), written);
+        CCryptoParser again;
+        EXPECT_EQ(written && again.Load_DER_Memory(der), written);
+    }
+    // Nothing of it is filled, which is not found out by going down without end.
+    ElementNodePtr optional = Nest(100000, false);
+    optional->set(LinkKind::modifiers, elementNode::Make(ElementType::optional));
+    EXPECT_TRUE(CCryptoParser::ToDer(optional.get()).isEmpty());
+}
+
+TEST(PushBuffer, SaysWhenItHoldsLessThanWasPromised)
+{
+    CapturedLog log;
+    CPushDerBuffer buffer;
+    buffer.PushText("abc");
+    EXPECT_TRUE(buffer.CheckLength(3));
+    EXPECT_FALSE(buffer.CheckLength(4));
+    EXPECT_THAT(log.texts(), Contains(HasSubstr("expected length 4 > buffer length3")));
+}
+
+TEST(Parser, FindsNamesInTheOrderOfTheSlots)
+{
+    CCryptoParser parser;
+    ASSERT_TRUE(parser.Load_ASCII_Memory("a (x, y {x}) [x] = x; + x, {x, b {x}}, c, x"));
+    CCryptoParserSearch search(parser.root(), true, true);
+    std::string found;
+    while (elementNode* const node = search.find([](const elementNode& each) { return each.isNamed("x"); })) {
+        // The slot, and the node that has it.
+        found += std::to_string(static_cast<int>(node->first()->linkKind()));
+        found += node->owner() != nullptr ? std::string(node->owner()->token().view()) + " " : "";
+    }
+    EXPECT_EQ(found, "1a 5y 2a 3a 5 5a 5b 0");
+    EXPECT_EQ(CCryptoParser::find_name(parser.root(), "x", false, false), nullptr);
+    EXPECT_EQ(CCryptoParser::find_name(parser.root(), "x", false, true), parser.root()->last());
+    EXPECT_EQ(CCryptoParser::find_name(parser.root()->content(), "b", true, false), nullptr);
+    EXPECT_NE(CCryptoParser::find_name(parser.root(), "b", true, false), nullptr);
+}
+
+TEST(Parser, GivesTheValueOfANameAndNothingElse)
+{
+    CCryptoParser parser;
+    ASSERT_TRUE(parser.Load_ASCII_Memory("a[1], b=2, c { \"text\", 3 }, UTF8String { word }"));
+    EXPECT_EQ(parser.get_text("a"), "");
+    EXPECT_EQ(parser.get_tree("a"), nullptr);
+    EXPECT_TRUE(parser.get_bytes("missing").isEmpty());
+    EXPECT_EQ(parser.get_number("b"), 2u);
+    EXPECT_EQ(parser.get_text("c"), "text");
+    EXPECT_EQ(parser.get_tree("c")->next()->token().toWord32(), 3u);
+    EXPECT_TRUE(parser.fill_word("word", "\xC3\xA4"));
+    EXPECT_EQ(HexText(parser.ToDer().bytes()), "0c02c3a4");
+
+    // A node that has a parent stays with it.
+    CCryptoParser tree;
+    ASSERT_TRUE(tree.Load_ASCII_Memory("SEQUENCE { INTEGER=1, NULL }"));
+    EXPECT_EQ(tree.replace_node(tree.root(), ElementNodePtr(tree.find_path("{,"))), nullptr);
+    EXPECT_EQ(HexText(tree.ToDer().bytes()), "30050201010500");
+}
+
+} // namespace

@@ -1,0 +1,458 @@
+#include "asn1/parser/parser.h"
+#include "core/diagnostics/error_handler.h"
+#include "tests/asn1/parser/text_forms.h"
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <random>
+#include <string>
+
+namespace {
+
+using std::string_view_literals::operator""sv;
+
+constexpr std::string_view xmlHead = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+
+/// A JSON text without the blanks between its tokens; an XML text without its declaration.
+std::string Json(const CCryptoParser& parser)
+{
+    const CCryptoString layout = parser.ToJson();
+    std::string text;
+    bool inString = false;
+    for (std::size_t index = 0; index < layout.view().size(); ++index) {
+        const char character = layout.view()[index];
+        if (inString && character == '\\')
+            text += layout.view()[index++];
+        else if (character == '"')
+            inString = !inString;
+        if (inString || (character != ' ' && character != '\n'))
+            text += layout.view()[index];
+    }
+    return text;
+}
+
+std::string Xml(const CCryptoParser& parser)
+{
+    const std::string text(parser.ToXml().view());
+    EXPECT_TRUE(text.starts_with(xmlHead));
+    return text.substr(std::min(xmlHead.size(), text.size()));
+}
+
+/// What a text prints as when it was read.
+std::string JsonOf(std::string_view text)
+{
+    CCryptoParser parser;
+    return parser.Load_JSON_Memory(text) ? Json(parser) : "refused";
+}
+
+std::string XmlOf(std::string_view text)
+{
+    CCryptoParser parser;
+    return parser.Load_XML_Memory(text) ? Xml(parser) : "refused";
+}
+
+// The tree of a template keeps all its parts in both forms.
+TEST(Forms, ATemplateReadsBackFromJsonAndXml)
+{
+    const struct {
+        const char *text, *json, *xml;
+    } cases[] = {
+        {"SEQUENCE { OBJECT_IDENTIFIER = algorithmOID, parameters(OPTIONAL) }",
+         R"json({"SEQUENCE":[{"OBJECT_IDENTIFIER = algorithmOID":null},{"parameters (OPTIONAL)":null}]})json",
+         "<SEQUENCE xmlns=\"urn:x-asn1:template\">\n"
+         "    <OBJECT_IDENTIFIER value=\"algorithmOID\"/>\n"
+         "    <parameters modifiers=\"OPTIONAL\"/>\n"
+         "</SEQUENCE>\n"},
+        {"CONTEXT_SPECIFIC[0,CONSTRUCTED](OPTIONAL){INTEGER=5,OCTET_STRING=#00ff,UTF8String=\"\xC3\xA4\"}",
+         "{\"CONTEXT_SPECIFIC[0,CONSTRUCTED] (OPTIONAL)\":[{\"INTEGER\":5},{\"OCTET_STRING\":\"#00ff\"},"
+         "{\"UTF8String\":\"\xC3\xA4\"}]}",
+         "<CONTEXT_SPECIFIC xmlns=\"urn:x-asn1:template\" brackets=\"0,CONSTRUCTED\" modifiers=\"OPTIONAL\">\n"
+         "    <INTEGER>5</INTEGER>\n"
+         "    <OCTET_STRING>#00ff</OCTET_STRING>\n"
+         "    <UTF8String>\xC3\xA4</UTF8String>\n"
+         "</CONTEXT_SPECIFIC>\n"},
+        {"BIT_STRING[PRIMITIVE]{#00,key,'quoted',\"#00\",NULL, null, 5 (a) = b}",
+         R"({"BIT_STRING[PRIMITIVE]":["#00",{"key":null},"'quoted'","\\#00",{"NULL":null},null,{"5 (a) = b":null}]})",
+         "<BIT_STRING xmlns=\"urn:x-asn1:template\" brackets=\"PRIMITIVE\">\n"
+         "    <item>#00</item>\n"
+         "    <key/>\n"
+         "    <item>'quoted'</item>\n"
+         "    <item>\\#00</item>\n"
+         "    <NULL/>\n"
+         "    <null/>\n"
+         "    <item token=\"5\" modifiers=\"a\" value=\"b\"/>\n"
+         "</BIT_STRING>\n"},
+        {"INTEGER=1, INTEGER{2} = -3", R"({"ASN.1":[{"INTEGER":1},{"INTEGER = -3":[2]}]})",
+         "<list xmlns=\"urn:x-asn1:template\">\n"
+         "    <INTEGER>1</INTEGER>\n"
+         "    <INTEGER value=\"-3\">\n"
+         "        <item>2</item>\n"
+         "    </INTEGER>\n"
+         "</list>\n"},
+        {"SET { count {items} + 1 * 2 }", R"({"SET":[{"count + 1 * 2":[{"items":null}]}]})",
+         "<SET xmlns=\"urn:x-asn1:template\">\n"
+         "    <count operation=\"+ 1 * 2\">\n"
+         "        <items/>\n"
+         "    </count>\n"
+         "</SET>\n"},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.text);
+        CCryptoParser parser;
+        ASSERT_TRUE(parser.Load_ASCII_Memory(each.text));
+        EXPECT_EQ(Json(parser), each.json);
+        EXPECT_EQ(Xml(parser), each.xml);
+        ExpectReadsBack(parser, templateForm, {jsonForm, xmlForm});
+    }
+}
+
+TEST(Json, AnOrdinaryDocumentIsPrintedAsItWas)
+{
+    const std::string_view documents[] = {
+        R"({})",
+        R"([])",
+        R"(5)",
+        R"("")",
+        R"(null)",
+        R"([null,true,false,-5,0,{},[],[[]],{"a":{}},[{}]])",
+        R"({"name":"x","list":[1,2,{"deep":[{"a":1},{"a":1,"b":2}]}],"empty":{},"none":null,"flag":true})",
+        R"({"a":1,"a":2})",
+        R"({"":{"":""}," ":"'quoted'","#00":"#00","a[0]":"\\#00","{}":[]})",
+        R"([1.5,-0,1E+3,0.0001,-0.5e-10,123456789012345678901234567890,-123456789012345678901234567890,-200,-128,-129,-256])",
+        R"({"text":"\"\\\b\f\n\r\t\u0000\u001f\u007f/"})",
+        "{\"\xC3\xA4\":\"\xE2\x82\xAC\xF0\x9F\x98\x80\"}",
+        // Names of types whose values are no items.
+        R"({"SEQUENCE":{"a":1}})",
+        R"({"SET":[{"a":1,"b":2}]})",
+        R"({"ASN.1":[]})",
+        R"({"INTEGER":1,"NULL":null,"include":"include /etc/hostname","INTEGER = 5":[]})",
+        // What reads as items, and is not written as items are.
+        R"({"SET -- v1":5})",
+        R"({"SET":"text#41"})",
+        R"({"SEQUENCE = 1":null})",
+        R"({"INTEGER":"integer#05"})",
+        R"({"SEQUENCE":{"a":1.5}})",
+    };
+    for (const std::string_view document : documents)
+        EXPECT_EQ(JsonOf(document), document);
+}
+
+TEST(Json, ReadsEveryNotationAndStopsBehindTheClosingBrace)
+{
+    const std::pair<std::string_view, const char*> cases[] = {
+        {" { \"a\" : [ 1 ,2 ] } behind", R"({"a":[1,2]})"},
+        {"\xEF\xBB\xBF[1]", "[1]"},
+        {"\xFF\xFE[\0"
+         "1\0]\0"sv,
+         "[1]"},
+        {R"(["\u00e4\uD83D\uDE00\/"])", "[\"\xC3\xA4\xF0\x9F\x98\x80/\"]"},
+        {R"({"INTEGER": 128})", R"({"INTEGER":128})"},
+        {R"({"SEQUENCE": []})", R"({"SEQUENCE":[]})"},
+        {R"json({"SET(OPTIONAL)": [{"SEQUENCE": null}]})json", R"json({"SET (OPTIONAL)":[{"SEQUENCE":[]}]})json"},
+        {R"({"SEQUENCE[CONSTRUCTED]": [], "x": 1})", R"({"SEQUENCE[CONSTRUCTED]":[],"x":1})"},
+    };
+    for (const auto& [text, printed] : cases)
+        EXPECT_EQ(JsonOf(text), printed) << text;
+    CCryptoParser parser;
+    ASSERT_TRUE(parser.Load_JSON_Memory(R"({"name": "x", "list": [1, [2, 3]], "inner": {"n": -7}})"));
+    EXPECT_EQ(parser.get_text("name"), "x");
+    EXPECT_EQ(parser.find_name(parser.root(), "n", true, true)->shortValue()->token().toInt(), -7);
+    EXPECT_EQ(parser.find_path(",[,[,")->token().toWord32(), 3u);
+    ASSERT_TRUE(parser.Load_JSON_Memory(R"({"SEQUENCE": [{"INTEGER": -129}, {"BOOLEAN": true}, {"NULL": null}]})"));
+    EXPECT_EQ(parser.ToDer().toString(), element("\x30\x09\x02\x02\xFF\x7F\x01\x01\xFF\x05\x00", 11).toString());
+}
+
+// Through each of the other forms, an ordinary document comes back as it was.
+TEST(Json, AnOrdinaryDocumentKeepsItsValuesInEveryForm)
+{
+    const std::string_view documents[] = {
+        R"({"a":[1,[2]]})",
+        R"({"a":[1,{"b":2}]})",
+        R"({"a":[]})",
+        R"({"a":[{}]})",
+        R"({"a":[{},[],{"b":[[],[]]}]})",
+        R"([[],{}])",
+        R"({"a":1.5})",
+        R"({"a":true,"b":[false]})",
+        R"({"a":-5,"b":[7,-5,-129]})",
+        R"({"a":123456789012345678901234567890})",
+        R"({"a":"'x'","b":"characterData'x'","c":"%text"})",
+    };
+    for (const std::string_view document : documents) {
+        SCOPED_TRACE(document);
+        CCryptoParser parser;
+        ASSERT_TRUE(parser.Load_JSON_Memory(document));
+        EXPECT_EQ(Json(parser), document);
+        ExpectReadsBack(parser, jsonForm, {templateForm, xmlForm});
+    }
+}
+
+/// The reason of the parse alone, as the process keeps it behind the name of the operation.
+template <typename Load>
+std::string Reason(Load&& load)
+{
+    CCryptoErrorHandler::ClearLastErrorText();
+    if (load())
+        return "";
+    const std::string text(CCryptoErrorHandler::LastErrorText().view());
+    const std::size_t behindName = text.find("::Parse:");
+    return behindName != std::string::npos ? text.substr(behindName + 8) : text;
+}
+
+TEST(Json, SaysWhyAndWhereTextIsRefused)
+{
+    const std::pair<std::string_view, const char*> cases[] = {
+        {"", "Parsing failed; Token not expected?; row=1,col=1"},
+        {"{\"a\":1", "Parsing failed; Token not expected?; row=1,col=7"},
+        {"[1,]", "Parsing failed; Token not expected: ] (token=55); row=1,col=4"},
+        {"{\"a\" 1}", "Parsing failed; Token not expected: 1 (token=13); row=1,col=6"},
+        {"{\"a\" \"\\u001b\xC3\xA4\"}", "Parsing failed; Token not expected: ??? (token=6); row=1,col=6"},
+        {"{1:2}", "Parsing failed; Token not expected: 1 (token=13); row=1,col=2"},
+        {"[1] \"two\"", "Parsing failed; Token not expected: two (token=4); row=1,col=5"},
+        {"[\n 01]", "CCryptoLexicalAnalyzer::scan; Unexpected character (row=2,col=2)"},
+        {"[nul]", "CCryptoLexicalAnalyzer::scan; Unexpected character (row=1,col=2)"},
+        {"[1.]", "CCryptoLexicalAnalyzer::scan; Unexpected character (row=1,col=2)"},
+        {"\"open", "CCryptoLexicalAnalyzer::scan; String parsing error (row=1,col=2)"},
+        {"\"\\x\"", "CCryptoLexicalAnalyzer::scan; String parsing error (row=1,col=4)"},
+        {"\"\\uD800\"", "CCryptoLexicalAnalyzer::scan; String parsing error (row=1,col=8)"},
+        {"\"\\uDC00\"", "CCryptoLexicalAnalyzer::scan; String parsing error (row=1,col=8)"},
+        {"\"\\uD83D\\u0041\"", "CCryptoLexicalAnalyzer::scan; String parsing error (row=1,col=14)"},
+        {"\"\xC3\"", "CCryptoLexicalAnalyzer::scan; String parsing error (row=1,col=2)"},
+        {"\"a\nb\"", "CCryptoLexicalAnalyzer::scan; Invalid string (row=1,col=3)"},
+        {"\"a\0b\""sv, "CCryptoLexicalAnalyzer::scan; Invalid string (row=1,col=3)"},
+        {"{\"INTEGER\": 1.5}", "Parsing failed; A number is not whole or has more than 9864 digits; row=1,col=13"},
+        {"{\"SET\": [{\"ENUMERATED\": 1e3}]}", "Parsing failed; A number is not whole or has more than 9864 digits; row=1,col=25"},
+    };
+    for (const auto& each : cases) {
+        const auto [text, reason] = each;
+        SCOPED_TRACE(text);
+        EXPECT_EQ(Reason([text = text] { return CCryptoParser().Load_JSON_Memory(text); }), reason);
+    }
+}
+
+TEST(Xml, AnOrdinaryDocumentIsPrintedAsItWas)
+{
+    const std::string_view documents[] = {
+        "<a/>",
+        "<a> </a>",
+        "<a b=\"1\" c=\"\xC3\xA4&lt;&amp;&quot;'&#10;&#9;&#13;\">x &lt; y &amp; ]]&gt; \"'&#13;</a>",
+        "<p>\n  <b>bold</b> <i>italic</i> tail\n</p>",
+        "<s:Envelope xmlns:s=\"http://www.w3.org/2003/05/soap-envelope\" xmlns=\"urn:other\"><s:Body "
+        "xml:lang=\"fi\"/></s:Envelope>",
+        "<SEQUENCE>\n<INTEGER value=\"x\">5</INTEGER>\n</SEQUENCE>",
+        "<\xC3\xA4-._1 \xC3\xB6=\"\"/>",
+    };
+    for (const std::string_view document : documents)
+        EXPECT_EQ(XmlOf(document), std::string(document) + "\n");
+}
+
+TEST(Xml, KeepsItsMeaningInEveryForm)
+{
+    const std::string_view documents[] = {
+        "<a>hi<b/>'there'</a>",
+        "<SEQUENCE xmlns=\"urn:x-asn1:template\"><include/><case/><x/></SEQUENCE>",
+        "<list xmlns=\"urn:x-asn1:template\"><item token=\"\"/><item token=\"\" brackets=\"1,\\[2]\"/></list>",
+    };
+    for (const std::string_view document : documents) {
+        SCOPED_TRACE(document);
+        CCryptoParser parser;
+        ASSERT_TRUE(parser.Load_XML_Memory(document));
+        ExpectReadsBack(parser, xmlForm, {templateForm, jsonForm, xmlForm});
+    }
+}
+
+TEST(Xml, ReadsWhatStandsForTheSame)
+{
+    const std::pair<std::string_view, const char*> cases[] = {
+        {"<?xml version='1.0'?>\r\n<!-- c --><?p i?>\n<a b = 'x\r\ny\tz' ></a >\n<!-- end -->", "<a b=\"x y z\"/>\n"},
+        {"<!DOCTYPE a [ <!ENTITY x \"]>\"> <!-- ' ]> --> ]><a>1</a>", "<a>1</a>\n"},
+        {"<!DOCTYPE a SYSTEM 'file:///etc/hostname'><a>&#65;&#x42;&apos;&quot;</a>", "<a>AB'\"</a>\n"},
+        {"<a>x<![CDATA[<&\r\n]]]]><!-- gone -->z\r</a>", "<a>x&lt;&amp;\n]]z\n</a>\n"},
+        {"\xFF\xFE<\0a\0/\0>\0"sv, "<a/>\n"},
+        {"<list xmlns='urn:x-asn1:template'>\n<SET/>\n</list>", "<SET xmlns=\"urn:x-asn1:template\"/>\n"},
+    };
+    for (const auto& [text, printed] : cases)
+        EXPECT_EQ(XmlOf(text), printed) << text;
+}
+
+TEST(Xml, SaysWhyAndWhereTextIsRefused)
+{
+    const std::pair<std::string_view, const char*> cases[] = {
+        {"", "Parsing failed; Token not expected?; row=1,col=1"},
+        {"text", "Parsing failed; Token not expected: text (token=33); row=1,col=1"},
+        {"<a/><b/>", "Parsing failed; Token not expected: b (token=91); row=1,col=5"},
+        {"<a>\n<b></a>", "XML end tag not found: b; row=2,col=4"},
+        {"<a>", "XML end tag not found: a; row=1,col=4"},
+        {"<a></a", "CCryptoLexicalAnalyzer::scan; XML end tag expected (row=1,col=7)"},
+        {"<a></a b>", "CCryptoLexicalAnalyzer::scan; XML end tag expected (row=1,col=8)"},
+        {"<a b=1/>", "CCryptoLexicalAnalyzer::scan; XML parsing error (row=1,col=6)"},
+        {"<a b/>", "Parsing failed; Token not expected?; row=1,col=5"},
+        {"<a b='1' b='2'/>", "XML parsing error; row=1,col=15"},
+        {"<a b='<'/>", "CCryptoLexicalAnalyzer::scan; XML parsing error (row=1,col=7)"},
+        {"<a b='1", "CCryptoLexicalAnalyzer::scan; XML parsing error (row=1,col=6)"},
+        {"< a/>", "CCryptoLexicalAnalyzer::scan; XML parsing error (row=1,col=2)"},
+        {"<a>&unknown;</a>", "CCryptoLexicalAnalyzer::scan; XML parsing error (row=1,col=13)"},
+        {"<a>&#0;</a>", "CCryptoLexicalAnalyzer::scan; XML parsing error (row=1,col=8)"},
+        {"<a>&#xD800;</a>", "CCryptoLexicalAnalyzer::scan; XML parsing error (row=1,col=12)"},
+        {"<a>&lt</a>", "CCryptoLexicalAnalyzer::scan; XML parsing error (row=1,col=4)"},
+        {"<a>\x01</a>", "CCryptoLexicalAnalyzer::scan; XML parsing error (row=1,col=4)"},
+        {"<a>\0</a>"sv, "CCryptoLexicalAnalyzer::scan; XML parsing error (row=1,col=4)"},
+        {"<a>\xC0\x80</a>", "CCryptoLexicalAnalyzer::scan; XML parsing error (row=1,col=4)"},
+        {"<a>]]></a>", "CCryptoLexicalAnalyzer::scan; XML parsing error (row=1,col=4)"},
+        {"<a><![CDATA[x]]</a>", "CCryptoLexicalAnalyzer::scan; CDATA PARSING ERROR (row=1,col=4)"},
+        {"<a><![CDAT[x]]></a>", "CCryptoLexicalAnalyzer::scan; CDATA PARSING ERROR (row=1,col=4)"},
+        {"<!-- x", "CCryptoLexicalAnalyzer::scan; HTML/XML DECLARATION PARSING ERROR (row=1,col=1)"},
+        {"<!-- x -- y --><a/>", "CCryptoLexicalAnalyzer::scan; HTML/XML DECLARATION PARSING ERROR (row=1,col=1)"},
+        {"<?xml ", "CCryptoLexicalAnalyzer::scan; HTML/XML DECLARATION PARSING ERROR (row=1,col=1)"},
+        {"<!DOCTYPE a [", "CCryptoLexicalAnalyzer::scan; HTML/XML DECLARATION PARSING ERROR (row=1,col=14)"},
+        {"<!ELEMENT a>", "CCryptoLexicalAnalyzer::scan; HTML/XML DECLARATION PARSING ERROR (row=1,col=1)"},
+        {"<SET xmlns='urn:x-asn1:template' size='1'/>",
+         "Parsing failed; The attribute is not expected or not understood: size; row=1,col=42"},
+        {"<SET xmlns='urn:x-asn1:template' value='include /etc/hostname'/>",
+         "Parsing failed; The attribute is not expected or not understood: value; row=1,col=63"},
+        {"<list xmlns='urn:x-asn1:template' brackets='1'><NULL/></list>",
+         "Parsing failed; Only items are expected in: list; row=1,col=62"},
+        {"<list xmlns='urn:x-asn1:template'>5</list>", "Parsing failed; Only items are expected in: list; row=1,col=43"},
+        {"<SET xmlns='urn:x-asn1:template'>x<NULL/></SET>", "Parsing failed; The text is not expected in: SET; row=1,col=42"},
+    };
+    for (const auto& each : cases) {
+        const auto [text, reason] = each;
+        SCOPED_TRACE(text);
+        EXPECT_EQ(Reason([text = text] { return CCryptoParser().Load_XML_Memory(text); }), reason);
+    }
+}
+
+std::string Repeated(std::string_view text, int count)
+{
+    std::string repeated;
+    for (int index = 0; index < count; ++index)
+        repeated += text;
+    return repeated;
+}
+
+TEST(Forms, RefuseNestingBeyond128Levels)
+{
+    const struct {
+        const char *open, *inside, *close, *reason;
+        bool (CCryptoParser::*load)(std::string_view);
+    } cases[] = {
+        {"[", "1", "]", "Parsing failed; More than 128 levels of nesting; row=1,col=130", &CCryptoParser::Load_JSON_Memory},
+        {"{\"a\":", "1", "}", "Parsing failed; More than 128 levels of nesting; row=1,col=647", &CCryptoParser::Load_JSON_Memory},
+        {"<a>", "", "</a>", "Parsing failed; More than 128 levels of nesting; row=1,col=388", &CCryptoParser::Load_XML_Memory},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.open);
+        CCryptoParser parser;
+        EXPECT_TRUE((parser.*each.load)(Repeated(each.open, 128) + each.inside + Repeated(each.close, 128)));
+        EXPECT_EQ(Reason([&] { return (parser.*each.load)(Repeated(each.open, 100000)); }), each.reason);
+    }
+}
+
+// The deepest tree that DER decodes to, a long value at its bottom, is not too deep for the other forms.
+TEST(Forms, HoldTheDeepestDer)
+{
+    element der("\x04\x28", 2);
+    der.resize(42);
+    for (int level = 0; level < 127; ++level) {
+        element outer("\x30\x82", 2);
+        outer.append(static_cast<std::uint8_t>(der.length() >> 8));
+        outer.append(static_cast<std::uint8_t>(der.length()));
+        outer.append(der.data(), der.length());
+        der = outer;
+    }
+    element twoRoots = der;
+    twoRoots.append("\x05\0"sv);
+    for (const element& each : {der, twoRoots}) {
+        SCOPED_TRACE(each.length());
+        CCryptoParser parser;
+        ASSERT_TRUE(parser.Load_DER_Memory(each));
+        ExpectReadsBack(parser, templateForm, {jsonForm, xmlForm, templateForm});
+    }
+}
+
+// A number of any length would take its square in time, a list any length of memory.
+TEST(Forms, RefuseLongNumbersAndTooManyItems)
+{
+    const std::string digits(9865, '9');
+    const std::string tooLong = "A number has more than 9864 digits";
+    const std::string tooMany = "Parsing failed; More than 2000000 items";
+    const struct {
+        std::string text, reason;
+        bool (CCryptoParser::*load)(std::string_view);
+    } cases[] = {
+        {"INTEGER=" + digits, tooLong, &CCryptoParser::Load_ASCII_Memory},
+        {"INTEGER=-" + digits, tooLong, &CCryptoParser::Load_ASCII_Memory},
+        {"<a xmlns='urn:x-asn1:template' value='" + digits + "'/>", "not expected or not understood: value",
+         &CCryptoParser::Load_XML_Memory},
+        // The items that are read the fastest.
+        {std::string(2000001, '\\'), tooMany, &CCryptoParser::Load_ASCII_Memory},
+        {"[" + Repeated("{},", 2000000) + "{}]", tooMany, &CCryptoParser::Load_JSON_Memory},
+        {"<a>" + Repeated("<b/>", 2000000) + "</a>", tooMany, &CCryptoParser::Load_XML_Memory},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.reason);
+        CCryptoErrorHandler::ClearLastErrorText();
+        CCryptoParser parser;
+        EXPECT_FALSE((parser.*each.load)(each.text));
+        EXPECT_NE(CCryptoErrorHandler::LastErrorText().view().find(each.reason), std::string_view::npos)
+            << CCryptoErrorHandler::LastErrorText().c_str();
+    }
+    CCryptoParser parser;
+    EXPECT_TRUE(parser.Load_ASCII_Memory("INTEGER=" + digits.substr(1)));
+    // A member's name is no item then.
+    EXPECT_TRUE(parser.Load_JSON_Memory("{\"" + digits + "\":1}"));
+}
+
+/// Runs `body` on a thread that has no stack for a call for each of many siblings, were it of a few bytes.
+void OnSmallStack(std::function<void()> body)
+{
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    EXPECT_EQ(pthread_attr_setstacksize(&attributes, 256 * 1024), 0);
+    const auto run = [](void* argument) -> void* {
+        (*static_cast<std::function<void()>*>(argument))();
+        return nullptr;
+    };
+    pthread_t thread;
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, &body), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
+
+TEST(Forms, TakeManySiblingsOnASmallStack)
+{
+    const std::string json = "[\n" + Repeated("    7,\n", 249999) + "    7\n]\n";
+    const std::string xml = std::string(xmlHead) + "<a>" + Repeated("<b/>", 250000) + "</a>\n";
+    OnSmallStack([&] {
+        CCryptoParser parser;
+        EXPECT_TRUE(parser.Load_JSON_Memory(json));
+        EXPECT_TRUE(parser.ToJson().view() == json);
+        EXPECT_TRUE(parser.Load_XML_Memory(xml));
+        EXPECT_TRUE(parser.ToXml().view() == xml);
+    });
+}
+
+TEST(Forms, AreSavedAndLoaded)
+{
+    const std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / ("asn1_forms_test_" + std::to_string(std::random_device()()));
+    std::filesystem::create_directories(folder);
+    const CCryptoString json((folder / "tree.json").string().c_str());
+    const CCryptoString xml((folder / "tree.xml").string().c_str());
+    CCryptoParser parser;
+    ASSERT_TRUE(parser.Load_ASCII_Memory("SEQUENCE { INTEGER = 5, NULL }"));
+    CCryptoParser again;
+    EXPECT_TRUE(parser.Save_JSON_File(json) && again.Load_JSON_File(json));
+    EXPECT_EQ(again.ToText(), parser.ToText());
+    EXPECT_TRUE(parser.Save_XML_File(xml) && again.Load_XML_File(xml));
+    EXPECT_EQ(again.ToText(), parser.ToText());
+    EXPECT_FALSE(again.Load_XML_File(json));
+    EXPECT_FALSE(again.Save_JSON_File(json));
+    std::filesystem::remove_all(folder);
+}
+
+} // namespace

@@ -1,0 +1,199 @@
+#include "asn1/types/algorithm_identifier.h"
+#include "asn1/types/algorithm_table.h"
+#include "asn1/types/asn1_collections.h"
+#include "asn1/types/asn1_values.h"
+#include "asn1/types/bit_string.h"
+#include "tests/asn1/parser/text_forms.h"
+#include "tests/support/captured_log.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace {
+
+using std::string_view_literals::operator""sv;
+
+TEST(AlgorithmIdentifier, BuildsAndReadsItsParameters)
+{
+    CCryptoAlgorithmIdentifier sha256(algorithm::sha256, true);
+    const element der = sha256.BuildDer();
+    EXPECT_EQ(Hex(der), "300d06096086480165030402010500");
+    EXPECT_EQ(Hex(sha256.GetDerEncodedOID()), "608648016503040201");
+
+    CCryptoAlgorithmIdentifier read;
+    ASSERT_TRUE(read.ParseDer(der));
+    EXPECT_EQ(read.id(), algorithm::sha256);
+    ASSERT_NE(read.parameters(), nullptr);
+    EXPECT_TRUE(read.BuildDer() == der);
+
+    CCryptoAlgorithmIdentifier bare(algorithm::ecdsaWithSha256, false);
+    EXPECT_EQ(Hex(bare.BuildDer()), "300a06082a8648ce3d040302");
+    EXPECT_TRUE(CCryptoAlgorithmIdentifier().BuildDer().isEmpty());
+}
+
+TEST(AlgorithmIdentifier, RefusesWhatTheTableDoesNotHave)
+{
+    CCryptoAlgorithmIdentifier sha384WithRsa;
+    EXPECT_FALSE(sha384WithRsa.ParseDer(Der("\x30\x0D\x06\x09\x2A\x86\x48\x86\xF7\x0D\x01\x01\x0C\x05\x00"sv)));
+    EXPECT_EQ(sha384WithRsa.id(), algorithm::none);
+    EXPECT_EQ(AlgorithmOfOid("1.2.840.113549.1.1.14"), 502u);
+    EXPECT_EQ(AlgorithmOfOid(""), 0u);
+}
+
+TEST(AlgorithmIdentifier, IsClearedByAFailedParseAndWordsItsReasons)
+{
+    CCryptoAlgorithmIdentifier stale(algorithm::sha256, true);
+    const CCryptoParser number(elementNode::Make(ElementType::asn1Integer));
+    EXPECT_FALSE(stale.Assign(number.root()));
+    EXPECT_EQ(stale.id(), algorithm::none);
+
+    const auto logged = [](const std::function<void()>& operation, std::string_view text) {
+        const CapturedLog log;
+        operation();
+        const std::vector<std::string> lines = log.texts();
+        return std::ranges::any_of(lines, [text](const std::string& line) { return line.find(text) != std::string::npos; });
+    };
+    EXPECT_TRUE(logged([] { CCryptoAlgorithmIdentifier(504, false).BuildDer(); }, "Algorithm 504 has no OID"));
+    EXPECT_TRUE(logged([] { CCryptoAlgorithmIdentifier().GetDerEncodedOID(); }, "Algorithm 0 has no OID"));
+    const element longOid = Der("\x30\x82\x03\x04\x06\x82\x03\x00"sv);
+    element der = longOid;
+    der.resize(longOid.length() + 0x300);
+    std::fill(der.data() + longOid.length(), der.data() + der.length(), std::uint8_t{0x81});
+    EXPECT_TRUE(logged([&der] { CCryptoAlgorithmIdentifier().ParseDer(der); }, "Unsupported OID: 8181"));
+    EXPECT_TRUE(logged([&number] { CCryptoAlgorithmIdentifier{number.root()}; }, "Invalid elementToParse"));
+    EXPECT_TRUE(logged([&number] { CCryptoAlgorithmIdentifier().Parse(number.root()); }, "ParseNode() failed"));
+    EXPECT_TRUE(
+        logged([&number] { CCryptoAlgorithmIdentifier().Parse(number.root()); }, "SEQUENCE: the data holds INTEGER (item 1)"));
+    EXPECT_FALSE(logged([] { CCryptoAlgorithmIdentifier{nullptr}; }, "Invalid elementToParse"));
+    CCryptoParser sha384WithRsa;
+    ASSERT_TRUE(sha384WithRsa.Load_ASCII_Memory("SEQUENCE{OBJECT_IDENTIFIER=\"1.2.840.113549.1.1.12\"}"));
+    EXPECT_FALSE(logged([&] { CCryptoAlgorithmIdentifier{sha384WithRsa.root()}; }, "Invalid elementToParse"));
+}
+
+TEST(BitString, NumbersBitsFromTheFirstBytesTop)
+{
+    bitString bits;
+    bits.SetBit(9, true);
+    EXPECT_EQ(Hex(bits.bits()), "0040");
+    EXPECT_TRUE(bits.GetBit(9));
+    EXPECT_FALSE(bits.GetBit(100));
+    EXPECT_EQ(Hex(bits.BuildDer()), "0303000040");
+    bitString read;
+    EXPECT_TRUE(read.ParseDer(bits.BuildDer()));
+    EXPECT_EQ(read.bits(), bits.bits());
+    EXPECT_FALSE(read.ParseDer(Der("\x03\x02\x08\xFF")));
+    EXPECT_FALSE(read.ParseDer(Der("\x03\x01\x05")));
+}
+
+TEST(BitString, RefusesUnusedBitsOfNoBits)
+{
+    EXPECT_TRUE(bitString(element(), 5).BuildDer().isEmpty());
+    EXPECT_EQ(Hex(bitString(element(), 0).BuildDer()), "030100");
+}
+
+class OctetStrings : public CCryptoASN1SequenceOfObjects {
+public:
+    std::unique_ptr<CCryptoASN1Object> CreateMember() override { return std::make_unique<CCryptoASN1OctetStringObject>(); }
+};
+
+TEST(Collections, ReadAndBuildTheirMembers)
+{
+    const element der = Der("\x30\x08\x04\x02hi\x04\x02yo");
+    OctetStrings strings;
+    ASSERT_TRUE(strings.ParseDer(der));
+    ASSERT_EQ(strings.objects().size(), 2u);
+    EXPECT_TRUE(strings.BuildDer() == der);
+    EXPECT_FALSE(strings.ParseDer(Der("\x30\x03\x02\x01\x05")));
+    EXPECT_TRUE(strings.objects().empty());
+    CCryptoParser tree;
+    ASSERT_TRUE(tree.Load_DER_Memory(der));
+    const CCryptoASN1SequenceOfObjects made(tree.root(), MakeAsn1Member<CCryptoASN1OctetStringObject>);
+    EXPECT_EQ(made.objects().size(), 2u);
+    EXPECT_FALSE(strings.ParseDer(Der("\x30\x04\x04\x02hi\x05\x00"sv)));
+    OctetStrings none;
+    EXPECT_EQ(Hex(none.BuildDer()), "3000");
+    EXPECT_TRUE(none.ParseDer(none.BuildDer()));
+}
+
+template <typename Object>
+std::string ReadAndBuilt(std::string_view der)
+{
+    Object object;
+    if (!object.ParseDer(Der(der)))
+        return "refused";
+    const ElementNodePtr tree = object.BuildTree();
+    Object again;
+    EXPECT_TRUE(again.Parse(tree.get())) << "the tree itself";
+    EXPECT_TRUE(again.BuildDer() == object.BuildDer());
+    return Hex(object.BuildDer());
+}
+
+TEST(Values, BuildWhatTheyReadAndReadTheTreesTheyBuild)
+{
+    struct Case {
+        std::string (*readAndBuilt)(std::string_view);
+        std::string_view der;
+        const char* result;
+    };
+    const Case cases[] = {
+        {ReadAndBuilt<CCryptoASN1SETObject>, "\x31\x00"sv, "3100"},
+        {ReadAndBuilt<CCryptoASN1SETObject>, "\x11\x00"sv, "refused"},
+        {ReadAndBuilt<CCryptoASN1SETofObjects>, "\x31\x00"sv, "3100"},
+        {ReadAndBuilt<CCryptoASN1ContextSpecific>, "\xA0\x00"sv, "a000"},
+        {ReadAndBuilt<CCryptoASN1ContextSpecific>, "\x80\x00"sv, "8000"},
+        {ReadAndBuilt<CCryptoASN1ContextSpecific>, "\x80\x02\x41\x42"sv, "80024142"},
+        {ReadAndBuilt<bitString>, "\x03\x03\x06\x00\x40"sv, "0303060040"},
+        {ReadAndBuilt<bitString>, "\x03\x01\x00"sv, "030100"},
+        {ReadAndBuilt<bitString>, "\x03\x00"sv, "refused"},
+        {ReadAndBuilt<CCryptoAlgorithmIdentifier>, "\x30\x0A\x06\x08\x2A\x86\x48\xCE\x3D\x04\x03\x02"sv,
+         "300a06082a8648ce3d040302"},
+        {ReadAndBuilt<CCryptoAlgorithmIdentifier>, "\x30\x0F\x26\x0B\x06\x09\x60\x86\x48\x01\x65\x03\x04\x02\x01\x05\x00"sv,
+         "refused"},
+        {ReadAndBuilt<CCryptoASN1ObjectIdentifier>, "\x06\x00"sv, "refused"},
+        {ReadAndBuilt<CCryptoASN1ObjectIdentifier>, "\x06\x02\x55\x80"sv, "refused"},
+        {ReadAndBuilt<CCryptoASN1GeneralString>, "\x3B\x06\x1B\x01\x61\x1B\x01\x62"sv, "refused"},
+        {ReadAndBuilt<CCryptoASN1GeneralString>, "\x1B\x00"sv, "1b00"},
+        {ReadAndBuilt<CCryptoASN1OctetStringObject>, "\x24\x04\x04\x02\x01\x02"sv, "refused"},
+        {ReadAndBuilt<CCryptoASN1OctetStringObject>, "\x04\x01\x41\x05\x00"sv, "refused"},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(Hex(Der(each.der)));
+        EXPECT_EQ(each.readAndBuilt(each.der), each.result);
+    }
+}
+
+TEST(GeneralizedTime, TakesTheFormOfDerAlone)
+{
+    const std::pair<std::string, bool> cases[] = {
+        {"20261122230000Z", true},      {"20260101000000.5Z", true}, {"20260101000000.125Z", true},
+        {"20260231230000Z", false},     {"20260101000000.Z", false}, {"20260101000000,5Z", false},
+        {"2020-01-01", false},          {"20260101000000", false},   {"260101000000Z", false},
+        {"20260101000000+0200", false}, {"202601010000Z", false},    {"\x20\x20\x01\x01\x05\x05\x05", false},
+    };
+    for (const auto& [text, accepted] : cases) {
+        SCOPED_TRACE(text);
+        const std::string der = "\x18" + std::string(1, static_cast<char>(text.size())) + text;
+        CCryptoASN1GeneralizedTime time;
+        EXPECT_EQ(time.ParseDer(Der(der)), accepted);
+        EXPECT_EQ(time.time().isValid() && time.time().isUtc(), accepted);
+        EXPECT_EQ(time.BuildDer() == Der(der), accepted);
+    }
+}
+
+TEST(Values, RoundTripAndRefuseOtherTypes)
+{
+    EXPECT_EQ(Hex(CCryptoASN1ObjectIdentifier("2.5.4.3").BuildDer()), "0603550403");
+    EXPECT_FALSE(CCryptoASN1ObjectIdentifier().ParseDer(Der("\x02\x01\x05")));
+    EXPECT_FALSE(CCryptoASN1ObjectIdentifier().Parse(nullptr));
+
+    CCryptoASN1ContextSpecific tagged;
+    ASSERT_TRUE(tagged.ParseDer(Der("\xA3\x06\x02\x01\x05\x02\x01\x06")));
+    EXPECT_EQ(tagged.tagNumber(), 3u);
+    EXPECT_EQ(Hex(tagged.BuildDer()), "a306020105020106");
+}
+
+} // namespace

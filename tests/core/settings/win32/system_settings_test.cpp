@@ -1,0 +1,36 @@
+#include "core/platform/clock.h"
+#include "core/platform/file.h"
+#include "tests/support/temporary_directory.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <ctime>
+
+TEST(SystemSettings, TheVariableTzMovesNowAndConversionsAlike)
+{
+    ASSERT_EQ(_putenv("TZ=EST5"), 0);
+    _tzset();
+    const std::int64_t before = std::time(nullptr);
+    std::int64_t now = 0;
+    EXPECT_TRUE(platform::LocalToUnixSeconds(platform::LocalNow(), now));
+    EXPECT_GE(now, before);
+    EXPECT_LE(now, std::time(nullptr));
+    _putenv("TZ=");
+    _tzset();
+}
+
+TEST(SystemSettings, AHiddenFileIsEmptied)
+{
+    const TemporaryDirectory directory;
+    const std::string name = directory / u8"hidden";
+    platform::File file;
+    ASSERT_TRUE(file.open(name.c_str(), platform::FileMode::write));
+    ASSERT_TRUE(file.append("12345", 5));
+    file.close();
+    ASSERT_TRUE(SetFileAttributesA(name.c_str(), FILE_ATTRIBUTE_HIDDEN));
+    ASSERT_TRUE(file.open(name.c_str(), platform::FileMode::write));
+    EXPECT_EQ(file.size(), 0);
+}

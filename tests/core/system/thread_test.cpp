@@ -1,0 +1,182 @@
+#include "core/platform/clock.h"
+#include "core/platform/process.h"
+#include "core/system/thread.h"
+#include "tests/support/captured_log.h"
+#include "tests/support/in_child_process.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdio>
+#include <future>
+#include <string>
+#include <thread>
+#include <vector>
+
+using ::testing::Contains;
+using ::testing::HasSubstr;
+
+namespace {
+
+/// Runs until it is told to end.
+class Worker : public CCryptoThread {
+public:
+    ~Worker() override
+    {
+        end();
+        wait(waitForever, 0);
+    }
+
+    void awaitBegin() { begun_.get_future().wait(); }
+    void end()
+    {
+        if (!told_)
+            mayEnd_.set_value();
+        told_ = true;
+    }
+    std::uint32_t idInside() const { return idInside_; }
+
+protected:
+    void run() override
+    {
+        idInside_ = platform::CurrentThreadId();
+        begun_.set_value();
+        mayEnd_.get_future().wait();
+    }
+
+private:
+    std::promise<void> begun_;
+    std::promise<void> mayEnd_;
+    std::uint32_t idInside_ = 0;
+    bool told_ = false;
+};
+
+std::string Numbered(const char* format, std::uint32_t id)
+{
+    char text[40];
+    std::snprintf(text, sizeof(text), format, static_cast<unsigned>(id));
+    return text;
+}
+
+} // namespace
+
+TEST(CryptoThread, WaitsInTwoStages)
+{
+    Worker worker;
+    EXPECT_TRUE(worker.wait(CCryptoThread::waitForever, 10));
+    EXPECT_FALSE(worker.isRunning());
+
+    const CapturedLog log([&](const std::string& text) {
+        if (text == "Still running")
+            worker.end();
+    });
+    ASSERT_TRUE(worker.start());
+    worker.awaitBegin();
+    EXPECT_TRUE(worker.isRunning());
+    EXPECT_FALSE(worker.start());
+    EXPECT_TRUE(worker.wait(CCryptoThread::waitForever, 1));
+    EXPECT_FALSE(worker.isRunning());
+    EXPECT_EQ(worker.id(), worker.idInside());
+    EXPECT_TRUE(worker.wait(0, 0));
+
+    const std::string threadId = Numbered("ThreadID=%04X", worker.id());
+    EXPECT_EQ(log.texts(), (std::vector<std::string>{"CCryptoThread::start - IN", Numbered("Start thread: %04X", worker.id()),
+                                                     "CCryptoThread::start - OUT", "CCryptoThread::start - IN",
+                                                     "CCryptoThread::start - OUT WITH ERROR", "ERROR: Thread is already running",
+                                                     "CCryptoThread::wait - IN", threadId, "Running", "responseTime check",
+                                                     "Still running", "CCryptoThread::wait - OUT", "CCryptoThread::wait - IN",
+                                                     threadId, "CCryptoThread::wait - OUT"}));
+}
+
+TEST(CryptoThread, EndsWithinTheResponseTime)
+{
+    Worker worker;
+    ASSERT_TRUE(worker.start());
+    worker.end();
+    const CapturedLog log;
+    EXPECT_TRUE(worker.wait(CCryptoThread::waitForever, 30000));
+    EXPECT_THAT(log.texts(), ::testing::Not(Contains("Still running")));
+    EXPECT_FALSE(worker.isRunning());
+}
+
+TEST(CryptoThreadDeathTest, IsEndedByForceAfterTheTotalTime)
+{
+    InChildProcess([] {
+        std::atomic<bool> begun = false;
+        CCryptoThread thread([&] {
+            // From here on it takes no lock that its forced end would leave behind.
+            begun = true;
+            for (volatile unsigned turns = 0;;)
+                turns = turns + 1;
+        });
+        ASSERT_TRUE(thread.start());
+        while (!begun)
+            std::this_thread::yield();
+        const CapturedLog log;
+        // The response time counts as part of the total, even when it is the longer one.
+        EXPECT_FALSE(thread.wait(1, 2));
+        EXPECT_FALSE(thread.isRunning());
+        EXPECT_THAT(log.texts(), Contains(HasSubstr("CCryptoThread::wait - OUT WITH ERROR")));
+        EXPECT_TRUE(thread.wait(0, 0));
+    });
+}
+
+TEST(CryptoThread, StartsAgainAndIsAwaitedByItsDestructor)
+{
+    std::atomic<int> runs = 0;
+    {
+        CCryptoThread thread([&] { ++runs; });
+        ASSERT_TRUE(thread.start());
+        ASSERT_TRUE(thread.wait(CCryptoThread::waitForever, 0));
+        ASSERT_TRUE(thread.start());
+    }
+    EXPECT_EQ(runs, 2);
+}
+
+TEST(CryptoThread, IsAwaitedUntilItHasLeft)
+{
+    // Static, since MinGW's runtime may free what a thread_local object holds before it calls the destructor.
+    static std::atomic<bool> left;
+    struct SlowToLeave {
+        void begin() { left = false; }
+        ~SlowToLeave()
+        {
+            platform::SleepMilliseconds(20);
+            left = true;
+        }
+    };
+    for (const bool awaited : {true, false}) {
+        SCOPED_TRACE(awaited);
+        {
+            CCryptoThread thread([] {
+                thread_local SlowToLeave slow;
+                slow.begin();
+            });
+            ASSERT_TRUE(thread.start());
+            while (thread.isRunning())
+                std::this_thread::yield();
+            if (awaited) {
+                EXPECT_TRUE(thread.wait(0, 0));
+                EXPECT_TRUE(left);
+            }
+        }
+        EXPECT_TRUE(left);
+    }
+}
+
+TEST(CryptoThread, DoesNotWaitForItself)
+{
+    const CapturedLog log;
+    std::promise<void> started;
+    std::promise<void> left;
+    CCryptoThread* const thread = new CCryptoThread([&] {
+        started.get_future().wait();
+        left.set_value_at_thread_exit();
+        EXPECT_FALSE(thread->wait(CCryptoThread::waitForever, 0));
+        delete thread;
+    });
+    ASSERT_TRUE(thread->start());
+    started.set_value();
+    left.get_future().wait();
+    EXPECT_THAT(log.texts(), Contains("ERROR: A thread cannot wait for itself"));
+    EXPECT_THAT(log.texts(), Contains("ERROR: CCryptoThread::~CCryptoThread: Destroyed by its own thread"));
+}

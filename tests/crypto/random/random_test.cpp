@@ -1,0 +1,111 @@
+#include "crypto/random/hmac_drbg.h"
+#include "crypto/random/seed_health.h"
+#include "tests/crypto/base/vector_file.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <thread>
+
+TEST(HMACDRBG, GivesTheBytesOfTheVectors)
+{
+    for (const TestVector& vector : ReadVectors("hmac_drbg.txt")) {
+        SCOPED_TRACE(vector.place());
+        CCryptoHMACDRBG generator;
+        ASSERT_TRUE(generator.instantiate(vector.bytes("Entropy"), vector.bytes("Nonce"), vector.bytes("Personalization")));
+        if (const Bytes entropy = vector.bytes("ReseedEntropy"); !entropy.empty()) {
+            ASSERT_TRUE(generator.reseed(entropy, vector.bytes("ReseedInput")));
+        }
+        const Bytes expected = vector.bytes("Bytes");
+        Bytes given(expected.size());
+        ASSERT_TRUE(generator.generate(given, vector.bytes("FirstInput")));
+        ASSERT_TRUE(generator.generate(given, vector.bytes("SecondInput")));
+        EXPECT_EQ(Hex(given), Hex(expected));
+    }
+    EXPECT_TRUE(GeneratorGivesKnownAnswer());
+}
+
+TEST(HMACDRBG, RefusesWhatTheStandardForbids)
+{
+    CCryptoHMACDRBG generator;
+    Bytes bytes(40, 1);
+    const Bytes tooLong(CCryptoHMACDRBG::longestInput + 1, 1);
+    EXPECT_FALSE(generator.generate(bytes));
+    EXPECT_EQ(bytes, Bytes(40, 0));
+    EXPECT_FALSE(generator.reseed(Bytes(32, 1)));
+    EXPECT_FALSE(generator.instantiate(Bytes(15, 1), Bytes(30, 1)));
+    EXPECT_FALSE(generator.instantiate(Bytes(16, 1), Bytes(15, 1)));
+    EXPECT_FALSE(generator.instantiate(tooLong, {}));
+    EXPECT_FALSE(generator.instantiate(Bytes(32, 1), tooLong));
+    EXPECT_FALSE(generator.instantiate(Bytes(32, 1), {}, tooLong));
+    EXPECT_FALSE(generator.isInstantiated());
+    EXPECT_TRUE(generator.instantiate(Bytes(16, 1), Bytes(16, 2)));
+    EXPECT_FALSE(generator.reseed(Bytes(15, 1)));
+    EXPECT_FALSE(generator.reseed(Bytes(32, 1), tooLong));
+    EXPECT_FALSE(generator.generate(bytes, tooLong));
+    EXPECT_TRUE(generator.generate(bytes));
+    EXPECT_TRUE(generator.generate({}));
+    generator.uninstantiate();
+    EXPECT_FALSE(generator.generate(bytes));
+}
+
+TEST(HMACDRBG, AnswersALongRequestAsSeveral)
+{
+    CCryptoHMACDRBG one;
+    CCryptoHMACDRBG other;
+    ASSERT_TRUE(one.instantiate(Bytes(32, 1), Bytes(16, 2)) && other.instantiate(Bytes(32, 1), Bytes(16, 2)));
+    constexpr std::size_t limit = CCryptoHMACDRBG::mostBytesOfRequest;
+    Bytes whole(limit + 5);
+    ASSERT_TRUE(one.generate(whole));
+    Bytes first(limit);
+    Bytes second(5);
+    ASSERT_TRUE(other.generate(first) && other.generate(second));
+    first.insert(first.end(), second.begin(), second.end());
+    EXPECT_TRUE(whole == first);
+}
+
+TEST(SeedHealth, FailsForGoodWhenABlockRepeats)
+{
+    const Bytes different = {1, 2, 3, 4, 5, 6, 7, 8, 1, 2, 3, 4, 5, 6, 7, 9};
+    const Bytes first(different.begin(), different.begin() + 8);
+    const Bytes second(different.begin() + 8, different.end());
+    SeedHealth health;
+    EXPECT_TRUE(health.check(different));
+    EXPECT_TRUE(health.check(different));
+    EXPECT_TRUE(health.check(first));
+    EXPECT_TRUE(health.check(second));
+    EXPECT_FALSE(health.check(second)) << "from one call to the next";
+    EXPECT_FALSE(health.check(first));
+    EXPECT_FALSE(SeedHealth().check(Bytes(16, 0)));
+    EXPECT_TRUE(SeedHealth().check(Bytes(8, 0)));
+}
+
+TEST(ProcessRandom, GivesDifferentBytesToEveryThread)
+{
+    constexpr int threadCount = 4;
+    constexpr int drawsEach = 3000; // past the requests that a seed may answer
+    std::vector<std::set<Bytes>> drawn(threadCount);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < threadCount; ++i)
+        threads.emplace_back([&mine = drawn[static_cast<std::size_t>(i)]] {
+            for (int draw = 0; draw < drawsEach; ++draw) {
+                Bytes bytes(16);
+                if (ICryptoRandom::Instance().generate(bytes))
+                    mine.insert(bytes);
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    std::set<Bytes> all;
+    for (const std::set<Bytes>& mine : drawn)
+        all.insert(mine.begin(), mine.end());
+    EXPECT_EQ(all.size(), std::size_t{threadCount} * drawsEach);
+    // More than one seed gives, in one request.
+    Bytes many((1u << 20) + 100);
+    ASSERT_TRUE(ICryptoRandom::Instance().generate(many));
+    int counts[256] = {};
+    for (const std::uint8_t byte : many)
+        ++counts[byte];
+    for (const int count : counts)
+        EXPECT_NEAR(count, 4096, 800);
+}

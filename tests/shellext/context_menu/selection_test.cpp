@@ -1,0 +1,245 @@
+#include "core/platform/win32/wide.h"
+#include "core/settings/process_logger.h"
+#include "shellext/context_menu/dropped_files.h"
+#include "shellext/context_menu/file_context_menu_ext.h"
+#include "tests/shellext/context_menu/memory_settings.h"
+#include "tests/shellext/context_menu/scripted_data_object.h"
+#include "tests/shellext/owned.h"
+#include "tests/shellext/temporary_files.h"
+#include "tools/menuhost/shell_selection.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cwchar>
+#include <random>
+
+namespace {
+
+using Names = std::vector<std::wstring>;
+using Script = ScriptedDataObject::Script;
+
+const InstalledSettings::Values multipleAllowed = {{"pdfAllowMultiselect", "1"}};
+
+HRESULT Initialize(FileContextMenuExt& handler, IDataObject& selection)
+{
+    return handler.Initialize(nullptr, &selection, nullptr);
+}
+
+/// The paths that the handler should keep, joined as it joins them.
+std::string Joined(const Names& paths)
+{
+    std::string text;
+    for (const std::wstring& path : paths)
+        text += (text.empty() ? "" : "*") + platform::WideToUtf8(path);
+    return text;
+}
+
+std::vector<std::string> loggedLines;
+
+/// Everything the library logs while it lives.
+class LogCapture {
+public:
+    LogCapture() { loggedLines.clear(); }
+
+    static bool contains(std::string_view text)
+    {
+        return std::any_of(loggedLines.begin(), loggedLines.end(),
+                           [&](const std::string& line) { return line.find(text) != std::string::npos; });
+    }
+
+private:
+    CCryptoProcessLogger logger_{[](const char* line) { loggedLines.emplace_back(line); }, "Pennwick Client", "shellexttests"};
+};
+
+} // namespace
+
+TEST(Selection, FollowsTheFilesOfTheShell)
+{
+    struct Case {
+        const char* name;
+        Names files;
+        Names accepted; ///< none: the handler takes no part
+        const char* setting = "1";
+    };
+    const Case cases[] = {
+        {"one document", {L"report.pdf"}, {L"report.pdf"}, nullptr},
+        {"others are left out", {L"a.pdf", L"b.txt", L"c.pdf"}, {L"a.pdf", L"c.pdf"}},
+        {"the first decides", {L"b.txt", L"a.pdf"}, {}},
+        {"case matters", {L"REPORT.PDF"}, {}},
+        {"anywhere in the name", {L"x.pdf.bak"}, {L"x.pdf.bak"}},
+        {"anywhere in the path", {L"old.pdf files\\note.txt"}, {L"old.pdf files\\note.txt"}},
+        {"beyond ASCII", {L"sopimus \u00E4\u20AC\U0001D11E.pdf"}, {L"sopimus \u00E4\u20AC\U0001D11E.pdf"}},
+        {"several without the setting", {L"a.pdf", L"b.pdf"}, {}, nullptr},
+        {"several with 0", {L"a.pdf", L"b.pdf"}, {}, "0"},
+        {"several with 2", {L"a.pdf", L"b.pdf"}, {}, "2"},
+        {"several with a word", {L"a.pdf", L"b.pdf"}, {}, "yes"},
+        {"one with 0", {L"a.pdf"}, {L"a.pdf"}, "0"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const InstalledSettings settings(c.setting != nullptr ? InstalledSettings::Values{{"pdfAllowMultiselect", c.setting}}
+                                                              : InstalledSettings::Values());
+        TemporaryFiles folder;
+        Names paths;
+        Names accepted;
+        for (const std::wstring& file : c.files) {
+            paths.push_back(folder.create(file));
+            if (std::find(c.accepted.begin(), c.accepted.end(), file) != c.accepted.end())
+                accepted.push_back(paths.back());
+        }
+        ComPtr<IDataObject> selection;
+        ASSERT_EQ(SelectInShell(paths, selection), S_OK);
+
+        const Owned<FileContextMenuExt> handler(new FileContextMenuExt);
+        EXPECT_EQ(Initialize(*handler, *selection.get()), accepted.empty() ? E_FAIL : S_OK);
+        EXPECT_EQ(handler->selectedFiles().view(), Joined(accepted));
+    }
+}
+
+TEST(Selection, SaysWhyItIsRefused)
+{
+    struct Case {
+        Names files;
+        const char* logged;
+    };
+    const Case cases[] = {
+        {{L"C:\\a.pdf", L"C:\\b.pdf"}, "Multi selection is not supported in Ostra version"},
+        {{L"C:\\\u00C4.PDF"}, "No entry; no \".pdf\" in the path of the first file: C:\\\xC3\x84.PDF"},
+    };
+    const InstalledSettings settings(InstalledSettings::Values{{"debugLevel", "9"}});
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.logged);
+        const LogCapture log;
+        ScriptedDataObject selection(Script::wideList, c.files);
+        const Owned<FileContextMenuExt> handler(new FileContextMenuExt);
+        EXPECT_EQ(Initialize(*handler, selection), E_FAIL);
+        EXPECT_TRUE(LogCapture::contains(c.logged));
+        EXPECT_TRUE(LogCapture::contains("Cannot load icon from resource")) << "this program has none; the handler goes without";
+    }
+}
+
+TEST(Selection, SurvivesStrangeDataObjects)
+{
+    const InstalledSettings settings(multipleAllowed);
+    struct Case {
+        const char* name;
+        Script script;
+        Names names;
+        const char* accepted; ///< null: E_FAIL
+    };
+    const Case cases[] = {
+        {"no file list", Script::refuse, {L"C:\\a.pdf"}, nullptr},
+        {"nothing to lock", Script::noMemory, {L"C:\\a.pdf"}, nullptr},
+        {"a stream", Script::anotherMedium, {L"C:\\a.pdf"}, nullptr},
+        {"an empty list", Script::wideList, {}, nullptr},
+        {"8-bit names", Script::byteList, {L"C:\\a.pdf", L"C:\\b.txt", L"C:\\c.pdf"}, "C:\\a.pdf*C:\\c.pdf"},
+        {"16-bit names", Script::wideList, {L"C:\\a.pdf", L"C:\\b.txt", L"C:\\c.pdf"}, "C:\\a.pdf*C:\\c.pdf"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        ScriptedDataObject selection(c.script, c.names);
+        const Owned<FileContextMenuExt> handler(new FileContextMenuExt);
+        EXPECT_EQ(Initialize(*handler, selection), c.accepted != nullptr ? S_OK : E_FAIL);
+        EXPECT_EQ(handler->selectedFiles().view(), c.accepted != nullptr ? c.accepted : "");
+        EXPECT_EQ(selection.mediaOutstanding(), 0);
+    }
+
+    const Owned<FileContextMenuExt> handler(new FileContextMenuExt);
+    EXPECT_EQ(handler->Initialize(nullptr, nullptr, nullptr), E_INVALIDARG);
+}
+
+TEST(Selection, CutsPathsAsTheSystemDoes)
+{
+    const InstalledSettings settings({});
+    struct Case {
+        const char* name;
+        std::wstring path;
+        std::wstring accepted;
+    };
+    const std::wstring beyond = L"C:\\" + std::wstring(293, L'x') + L".pdf";
+    const std::wstring before = L"C:\\a.pdf\\" + std::wstring(291, L'x');
+    const std::wstring longest = L"C:\\" + std::wstring(252, L'x') + L".pdf";
+    const Case cases[] = {
+        {"the suffix falls off", beyond, {}},
+        {"the suffix stays", before, before.substr(0, 259)},
+        {"just short enough", longest, longest},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        ScriptedDataObject selection(Script::wideList, {c.path});
+        const Owned<FileContextMenuExt> handler(new FileContextMenuExt);
+        EXPECT_EQ(Initialize(*handler, selection), c.accepted.empty() ? E_FAIL : S_OK);
+        EXPECT_EQ(handler->selectedFiles().view(), platform::WideToUtf8(c.accepted));
+    }
+}
+
+TEST(Selection, AddsToWhatIsThere)
+{
+    const InstalledSettings settings(multipleAllowed);
+    ScriptedDataObject first(Script::wideList, {L"C:\\a.pdf", L"C:\\b.pdf"});
+    ScriptedDataObject refused(Script::wideList, {L"C:\\c.txt"});
+    ScriptedDataObject second(Script::wideList, {L"C:\\d.pdf"});
+    const Owned<FileContextMenuExt> handler(new FileContextMenuExt);
+    EXPECT_EQ(Initialize(*handler, first), S_OK);
+    EXPECT_EQ(Initialize(*handler, refused), E_FAIL);
+    EXPECT_EQ(Initialize(*handler, second), S_OK);
+    EXPECT_EQ(handler->selectedFiles().view(), "C:\\a.pdf*C:\\b.pdfC:\\d.pdf")
+        << "the separator stands before all but a first file";
+}
+
+TEST(Selection, TakesTenThousandFiles)
+{
+    const InstalledSettings settings(multipleAllowed);
+    Names paths;
+    for (int i = 0; i < 10000; ++i)
+        paths.push_back(L"C:\\Users\\user\\Documents\\document " + std::to_wstring(i) + L".pdf");
+    ScriptedDataObject selection(Script::wideList, paths);
+    const Owned<FileContextMenuExt> handler(new FileContextMenuExt);
+    EXPECT_EQ(Initialize(*handler, selection), S_OK);
+    EXPECT_EQ(handler->selectedFiles().view(), Joined(paths));
+}
+
+// The list is walked without the system's help where that is faster; what comes out must be the same.
+TEST(DroppedFiles, AgreesWithTheSystem)
+{
+    std::mt19937 random(20210525);
+    for (int round = 0; round < 200; ++round) {
+        SCOPED_TRACE(round);
+        Names names(random() % 8);
+        for (std::wstring& name : names) {
+            name.resize(1 + random() % 300);
+            std::generate(name.begin(), name.end(), [&] { return static_cast<wchar_t>(1 + random() % 0xD000); });
+        }
+        const Script script = round % 10 == 0 && !names.empty() ? Script::byteList : Script::wideList;
+        if (script == Script::byteList)
+            for (std::wstring& name : names)
+                std::generate(name.begin(), name.end(), [&] { return static_cast<wchar_t>(1 + random() % 0x7F); });
+        ScriptedDataObject selection(script, names);
+
+        FORMATETC format = {CF_HDROP, nullptr, DVASPECT_CONTENT, -1, TYMED_HGLOBAL};
+        STGMEDIUM medium = {};
+        ASSERT_EQ(selection.GetData(&format, &medium), S_OK);
+        const auto drop = static_cast<HDROP>(medium.hGlobal);
+
+        DroppedFiles files(selection);
+        ASSERT_TRUE(files.isOpen());
+        const UINT count = DragQueryFileW(drop, 0xFFFFFFFF, nullptr, 0);
+        EXPECT_EQ(files.count(), count);
+        for (UINT index = 0; index < count + 2; ++index) {
+            wchar_t expected[textCapacity] = {};
+            wchar_t walked[textCapacity] = {};
+            const bool found = DragQueryFileW(drop, index, expected, textCapacity) != 0;
+            EXPECT_EQ(files.query(index, walked), found ? std::wcslen(expected) : 0);
+            EXPECT_STREQ(walked, expected);
+            // Now and then one out of turn.
+            if (random() % 4 == 0 && count > 0) {
+                const auto other = static_cast<UINT>(random() % count);
+                files.query(other, walked);
+                DragQueryFileW(drop, other, expected, textCapacity);
+                EXPECT_STREQ(walked, expected);
+            }
+        }
+        ReleaseStgMedium(&medium);
+    }
+}

@@ -1,0 +1,454 @@
+#include "core/text/hex.h"
+#include "core/text/utf8.h"
+#include "tests/support/temporary_directory.h"
+#include "tests/tools/cryptotool/memory_console.h"
+#include "tests/tools/cryptotool/small_files.h"
+#include "tools/cryptotool/cli/safe_text.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace {
+
+std::string Bytes(std::string_view hex)
+{
+    element bytes;
+    EXPECT_TRUE(BytesFromHex(hex, bytes));
+    return std::string(bytes.view());
+}
+
+std::string Hex(std::string_view bytes)
+{
+    return std::string(HexText({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}).view());
+}
+
+std::string Pem(std::string_view body, std::string_view begin = "X", std::string_view end = "X")
+{
+    return "-----BEGIN " + std::string(begin) + "-----\n" + std::string(body) + "-----END " + std::string(end) + "-----\n";
+}
+
+TEST(CryptotoolInput, FindsOutWhatItIs)
+{
+    const std::string hex = "020105";
+    const struct {
+        const char* name;
+        std::string input;
+        std::string der; ///< empty where it is refused
+        std::string reason;
+    } cases[] = {
+        {"DER", Bytes(hex), hex, ""},
+        {"base64", "AgEF", hex, ""},
+        {"base64 in lines", "\xEF\xBB\xBF  Ag\r\nEF\r\n", hex, ""},
+        {"base64 without padding", "AgIBAA", "02020100", ""},
+        {"base64 cut", "AgEFA", "", "base64 ends inside a group"},
+        {"base64 with too little padding", "AgIBAA=", "", "base64 ends inside a group"},
+        {"PEM among text, in blocks", "Bag Attributes\n" + Pem("AgEF\n") + "more\r\n" + Pem("Agw=\r\n", "Y", "Y"), "", "A length"},
+        {"two blocks", Pem("AgEF\n") + Pem("AgEG\r\n", "Y", "Y"), "020105020106", ""},
+        {"PEM with headers", Pem("A: b\n c\n\nAgEF\n"), hex, ""},
+        {"encrypted PEM", Pem("Proc-Type: 4,ENCRYPTED\n\nAgEF\n"), "", "PEM block 1 (X): it is encrypted"},
+        {"PEM without its end", "-----BEGIN X-----\nAgEF\n", "", "PEM block 1 (X): its END line is missing"},
+        {"PEM in PEM", "-----BEGIN X-----\n" + Pem("AgEF\n"), "", "PEM block 1 (X): its END line is missing"},
+        {"PEM that ends as another", Pem("AgEF\n", "X", "Z"), "", "PEM block 1 (X): it ends as Z"},
+        {"PEM with a zero byte", Pem(std::string("Ag\0EF\n", 6)), "", "PEM block 1 (X): base64 holds the byte 0x00"},
+        {"PEM without a body", Pem(""), "", "PEM block 1 (X): The data holds no element"},
+        {"a BEGIN line alone", "-----BEGIN X", "", "the BEGIN line of the PEM block is broken"},
+        {"DER that holds PEM", Bytes("042900") + "\n" + Pem("AgEF\n"), "0429000a2d2d", ""},
+        {"empty", "", "", "it is empty"},
+        {"blanks", " \n", "", "it is empty"},
+        {"zero bytes", std::string(9, '\0'), "", "The data holds no element (offset 0)"},
+        {"text", "Just some words.\n", "", "(offset 0); it is text, but neither PEM nor base64"},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.name);
+        const ToolResult shown = RunTool({"asn1", "show", "--as", "template", "-"}, test.input);
+        EXPECT_EQ(shown.code, test.der.empty() ? exitRefused : exitDone);
+        EXPECT_EQ(shown.output.empty(), test.der.empty());
+        if (test.der.empty()) {
+            EXPECT_NE(shown.error.find(test.reason), std::string::npos) << shown.error;
+            EXPECT_TRUE(shown.error.starts_with("cryptotool: -: "));
+            EXPECT_EQ(shown.error.find('\n'), shown.error.size() - 1);
+        } else {
+            EXPECT_TRUE(Hex(RunTool({"asn1", "build", "-"}, shown.output).output).starts_with(test.der));
+        }
+    }
+}
+
+TEST(CryptotoolInput, RefusesFilesThatCannotBeReadWhole)
+{
+    const TemporaryDirectory folder;
+    const std::string large = folder / u8"large";
+    PutFile(large, "x");
+    std::filesystem::resize_file(folder.path() / "large", (std::uintmax_t{256} << 20) + 1);
+    const std::string missing = folder / u8"päivä\u009b\n\u202e";
+    const ToolResult results[] = {
+        RunTool({"asn1", "show", large}),
+        RunTool({"asn1", "show", missing}),
+        RunTool({"asn1", "show", folder / u8""}),
+        RunTool({"asn1", "build", missing}),
+        RunTool({"gzip", missing, "-o", folder / u8"none"}),
+    };
+    EXPECT_NE(results[0].error.find("it is longer than 256 MiB"), std::string::npos);
+    EXPECT_NE(results[1].error.find("päivä\\xc2\\x9b\\x0a\\xe2\\x80\\xae: "), std::string::npos) << results[1].error;
+    for (const ToolResult& result : results) {
+        EXPECT_EQ(result.code, exitRefused);
+        EXPECT_EQ(result.output, "");
+        EXPECT_EQ(result.error.find('\n'), result.error.size() - 1) << result.error;
+    }
+    EXPECT_FALSE(std::filesystem::exists(folder.path() / "none"));
+}
+
+TEST(CryptotoolUsage, WrongWordsGetOneLineAndAPointer)
+{
+    const std::vector<std::string> cases[] = {
+        {},
+        {"nonsense"},
+        {"asn1"},
+        {"asn1", "nonsense"},
+        {"asn1", "show"},
+        {"asn1", "show", "a", "b"},
+        {"asn1", "show", "--as", "pdf", "a"},
+        {"asn1", "show", "--as"},
+        {"asn1", "show", "--inside=x", "a"},
+        {"asn1", "show", "--depth", "0", "a"},
+        {"asn1", "show", "--depth", "99999999999999999999", "a"},
+        {"asn1", "show", "--json", "--as", "xml", "a"},
+        {"asn1", "show", "--level", "a"},
+        {"asn1", "build", "a", "no-value"},
+        {"asn1", "build", "a", "=x"},
+        {"asn1", "build", "-", "v=@-"},
+        {"asn1", "build", "a", "v=@-", "w=der:@-"},
+        {"asn1", "build", "--pem", "a--b", "a"},
+        {"asn1", "match", "-", "-"},
+        {"oid"},
+        {"gzip", "-0", "a"},
+        {"gzip", "-c", "-o", "a", "b"},
+        {"gunzip", "--max-ratio", "4294967296"},
+        {"oid", "--\n\x1b"},
+        {"random", "10T"},
+    };
+    for (const auto& words : cases) {
+        const ToolResult result = RunTool(words);
+        SCOPED_TRACE(result.error);
+        EXPECT_EQ(result.code, exitUsage);
+        EXPECT_EQ(result.output, "");
+        EXPECT_TRUE(result.error.starts_with("cryptotool: ") && result.error.ends_with("--help)\n"));
+        EXPECT_EQ(result.error.find('\n'), result.error.size() - 1);
+    }
+}
+
+TEST(CryptotoolUsage, OptionsMayBeWrittenInEveryUsualWay)
+{
+    const TemporaryDirectory folder;
+    const std::string file = folder / u8"-out";
+    PutFile(file, "data");
+    const std::string packed = RunTool({"gzip", "-9", file}).output;
+    EXPECT_NE(packed, "");
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"gzip", "-9c", file}, {"gzip", file, "-c", "-9"}, {"gzip", "-1", "-9", "--stdout", "--", file}})
+        EXPECT_EQ(RunTool(words).output, packed);
+    const std::string out = folder / u8"other";
+    for (const std::vector<std::string>& words : {std::vector<std::string>{"gzip", "-9o", out, file},
+                                                  {"gzip", "-9o" + out, file},
+                                                  {"gzip", "-9", "--output=" + out, file}}) {
+        EXPECT_EQ(RunTool(words).error, "");
+        EXPECT_EQ(GetFile(out), packed);
+        std::filesystem::remove(folder.path() / "other");
+    }
+}
+
+TEST(CryptotoolOutline, TellsWhereEverythingLies)
+{
+    EXPECT_EQ(RunTool({"asn1", "show", "-"}, Bytes("3080"
+                                                   "0603550403"
+                                                   "030304f0f0"
+                                                   "a20504"
+                                                   "03020105"
+                                                   "0000"
+                                                   "ffff"))
+                  .output,
+              " offset  header   length  form  element\n"
+              "      0       2      inf  cons  SEQUENCE\n"
+              "      2       2        3  prim    OBJECT_IDENTIFIER 2.5.4.3 commonName (CN)\n"
+              "      7       2        3  prim    BIT_STRING #f0f0 (4 unused bits)\n"
+              "     12       2        5  cons    CONTEXT_SPECIFIC[2]\n"
+              "     14       2        3  prim      OCTET_STRING #020105\n"
+              "     19       2        0  prim    END_OF_CONTENTS\n"
+              "     21       0        2  -     NOT_DECODED #ffff\n");
+    EXPECT_EQ(
+        RunTool({"asn1", "show", "--json", "--inside", "-"}, Bytes("a205040302010506017f")).output,
+        "{\"blocks\":[\n"
+        "{\"label\":null,\"elements\":[\n"
+        "{\"offset\":0,\"headerLength\":2,\"length\":5,\"depth\":0,\"type\":\"CONTEXT_SPECIFIC\",\"class\":\"context-specific\","
+        "\"tag\":2,\"constructed\":true},\n"
+        "{\"offset\":2,\"headerLength\":2,\"length\":3,\"depth\":1,\"type\":\"OCTET_STRING\",\"class\":\"universal\",\"tag\":4,"
+        "\"constructed\":false},\n"
+        "{\"offset\":4,\"headerLength\":2,\"length\":1,\"depth\":2,\"type\":\"INTEGER\",\"class\":\"universal\",\"tag\":2,"
+        "\"constructed\":false,\"value\":\"5\"},\n"
+        "{\"offset\":7,\"headerLength\":2,\"length\":1,\"depth\":0,\"type\":\"OBJECT_IDENTIFIER\",\"class\":\"universal\",\"tag\":"
+        "6,"
+        "\"constructed\":false,\"oid\":\"2.47\",\"name\":null}\n"
+        "]}\n"
+        "]}\n");
+}
+
+TEST(CryptotoolOutline, OfCutDataTellsWhatIsThere)
+{
+    const std::string whole = Bytes("3015"
+                                    "300c0603550403"
+                                    "0c054164612121"
+                                    "a2050403020105");
+    const std::vector<std::string> show = {"asn1", "show", "--lenient", "-"};
+    const std::string expected = RunTool(show, whole).output;
+    for (std::size_t length = 2; length < whole.size(); ++length) {
+        SCOPED_TRACE(length);
+        const std::string cut = whole.substr(0, length);
+        EXPECT_EQ(RunTool({"asn1", "show", "-"}, cut).code, exitRefused);
+        EXPECT_EQ(RunTool({"asn1", "show", "--lenient", "--as", "json", "-"}, cut).code, exitRefused);
+        const ToolResult shown = RunTool(show, cut);
+        EXPECT_EQ(shown.code, exitDone);
+        EXPECT_TRUE(shown.error.starts_with("cryptotool: -: warning: ")) << shown.error;
+        // Each line is the one of the whole data, but for what was cut off; of the last element not even the header need be whole.
+        std::istringstream lines(shown.output);
+        std::istringstream expectedLines(expected);
+        std::size_t cuts = 0;
+        for (std::string line, right; std::getline(lines, line);) {
+            std::getline(expectedLines, right);
+            const bool isCut = line.find(" (cut short: ") != std::string::npos;
+            cuts += isCut ? 1 : 0;
+            const std::size_t same = lines.peek() == EOF ? 7 : isCut ? right.size() : std::string::npos;
+            EXPECT_EQ(line.substr(0, same), right.substr(0, same));
+        }
+        EXPECT_GE(cuts, 1U) << shown.output;
+    }
+    const ToolResult last = RunTool(show, whole.substr(0, whole.size() - 2));
+    EXPECT_NE(last.output.find("OCTET_STRING #02 (cut short: 1 of 3 bytes)\n"), std::string::npos) << last.output;
+    EXPECT_NE(RunTool({"asn1", "show", "--lenient", "--json", "-"}, whole.substr(0, 4)).output.find("\"length\":12,\"depth\":1"),
+              std::string::npos);
+}
+
+TEST(CryptotoolOutline, ValuesReadAsPeopleWriteThem)
+{
+    const struct {
+        const char* der;
+        const char* value;
+    } cases[] = {
+        {"0101ff", "BOOLEAN TRUE"},
+        {"0202ff7f", "INTEGER -129"},
+        {"02087fffffffffffffff", "INTEGER 9223372036854775807"},
+        {"0209008000000000000000", "INTEGER #008000000000000000"},
+        {"0a0103", "ENUMERATED 3"},
+        {"0500", "NULL"},
+        {"06022a80", "OBJECT_IDENTIFIER #2a80"},
+        {"0603883701", "OBJECT_IDENTIFIER 2.999.1"},
+        {"06028837", "OBJECT_IDENTIFIER 2.999"},
+        {"0602813f", "OBJECT_IDENTIFIER 2.111"},
+        {"060178", "OBJECT_IDENTIFIER 2.40"},
+        {"06028088", "OBJECT_IDENTIFIER #8088"},
+        {"0c0570c3a4 22 5c", "UTF8String \"pä\\\"\\\\\""},
+        {"0c0541 1b c29b ff", "UTF8String \"A\\x1b\\xc2\\x9b\\xff\""},
+        {"0c05 41 e280ae 42", "UTF8String \"A\\xe2\\x80\\xaeB\""},
+        {"1e0620ac d83d dd8b", "BMPString \"€🖋\""},
+        {"1e0141", "BMPString #41"},
+        {"1c04000000e4", "UniversalString \"ä\""},
+        {"1c0400110000", "UniversalString #00110000"},
+        {"1402e441", "TeletexString \"äA\""},
+        {"8103612e62", "CONTEXT_SPECIFIC[1] \"a.b\""},
+        {"810400010203", "CONTEXT_SPECIFIC[1] #00010203"},
+        {"030100", "BIT_STRING #"},
+        {"0400", "OCTET_STRING"},
+        {"0421000102030405060708090a0b0c0d0e0f101112131415161718191a1b1c1d1e1f20",
+         "OCTET_STRING #000102030405060708090a0b0c0d0e0f101112131415161718191a1b1c1d1e1f... (33 bytes)"},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.value);
+        std::string hex(test.der);
+        std::erase(hex, ' ');
+        const std::string line = RunTool({"asn1", "show", "-"}, Bytes(hex)).output;
+        const std::string wanted = std::string("prim  ") + test.value + "\n";
+        EXPECT_TRUE(line.ends_with(wanted)) << line;
+    }
+}
+
+/// Values that would steer a terminal, change what a line looks like, or break a string of one of the languages.
+TEST(CryptotoolShow, HostileTextIsEscapedAndComesBack)
+{
+    std::vector<std::string> texts = {"\"'\\\\#00<>&--]]>", "\xff\xfe", "\xed\xa0\x80", "\xc0\x80", "include /etc/passwd"};
+    for (const std::uint32_t codePoint :
+         {0x00U, 0x07U, 0x0AU, 0x1BU, 0x7FU, 0x85U, 0x9BU, 0x200EU, 0x2028U, 0x202EU, 0x2066U, 0xFEFFU, 0xE0001U}) {
+        element text(ElementType::utf8Text);
+        text.append("a");
+        EncodeUtf8(codePoint, text);
+        text.append("b");
+        texts.emplace_back(text.view());
+    }
+    for (const std::string& text : texts) {
+        for (const std::uint8_t tag : {std::uint8_t{0x0C}, std::uint8_t{0x13}, std::uint8_t{0x80}, std::uint8_t{0x04}}) {
+            const std::string der = std::string{static_cast<char>(tag), static_cast<char>(text.size())} + text;
+            for (const char* form : {"outline", "template", "json", "xml"}) {
+                SCOPED_TRACE(Hex(der) + form);
+                const ToolResult shown = RunTool({"asn1", "show", "--as", form, "-"}, der);
+                ASSERT_EQ(shown.code, exitDone) << shown.error;
+                std::string lines = shown.output;
+                std::erase(lines, '\n');
+                EXPECT_TRUE(IsSafeText(lines)) << lines;
+                if (std::string(form) != "outline") {
+                    EXPECT_EQ(Hex(RunTool({"asn1", "build", "-"}, shown.output).output), Hex(der)) << shown.output;
+                }
+            }
+            const std::string value = RunTool({"asn1", "get", "=", "-"}, der).output;
+            EXPECT_TRUE(IsSafeText(value.substr(0, value.find('\n'))) && std::ranges::count(value, '\n') == 1) << value;
+        }
+    }
+}
+
+TEST(CryptotoolShow, DepthCutsTheOutlineAndKeepsTheTreeWhole)
+{
+    const std::string der = Bytes("300c300a04053003020105020106");
+    EXPECT_EQ(std::ranges::count(RunTool({"asn1", "show", "--depth", "2", "-"}, der).output, '\n'), 3);
+    for (const char* form : {"template", "json", "xml"}) {
+        for (const char* levels : {"1", "2", "3", "4", "99"}) {
+            SCOPED_TRACE(std::string(form) + levels);
+            const std::string shown = RunTool({"asn1", "show", "--inside", "--as", form, "--depth", levels, "-"}, der).output;
+            EXPECT_EQ(shown.find("INTEGER") == std::string::npos, std::string(levels) < "3");
+            EXPECT_EQ(Hex(RunTool({"asn1", "build", "-"}, shown).output), Hex(der)) << shown;
+        }
+    }
+}
+
+TEST(CryptotoolBuild, ValuesBecomeWhatTheTemplateAsksFor)
+{
+    const TemporaryDirectory folder;
+    const std::string raw = folder / u8"raw";
+    const std::string tree = folder / u8"tree";
+    PutFile(raw, std::string("\0\xff", 2));
+    PutFile(tree, Pem("AgEF\n") + Pem("BQA=\n"));
+    const struct {
+        const char* pattern;
+        std::string value;
+        const char* der; ///< empty where it is refused
+    } cases[] = {
+        {"INTEGER = v", "5", "020105"},
+        {"INTEGER = v", "-129", "0202ff7f"},
+        {"INTEGER = v", "128", "02020080"},
+        {"INTEGER { v }", "0", "020100"},
+        {"INTEGER = v", "#0005", "02020005"},
+        {"INTEGER = v", "five", ""},
+        {"INTEGER = v", "", ""},
+        {"ENUMERATED = v", "2", "0a0102"},
+        {"BOOLEAN = v", "TRUE", "0101ff"},
+        {"BOOLEAN = v", "FALSE", "010100"},
+        {"BOOLEAN = v", "5", ""},
+        {"PrintableString = v", "5", "130135"},
+        {"UTF8String = v", "ä", "0c02c3a4"},
+        {"UTF8String = v", "text:#1", "0c022331"},
+        {"UTF8String = v", "a=b", "0c03613d62"},
+        {"BMPString = v", "aä", "1e04006100e4"},
+        {"OBJECT_IDENTIFIER = v", "2.5.4.3", "0603550403"},
+        {"OBJECT_IDENTIFIER = v", "common", ""},
+        {"OCTET_STRING = v", "#00FF", "040200ff"},
+        {"OCTET_STRING = v", "#0", ""},
+        {"OCTET_STRING = v", "@" + raw, "040200ff"},
+        {"OCTET_STRING = v", "der:@" + tree, "04050201050500"},
+        {"BIT_STRING[0] { v }", "der:@" + tree, "0306000201050500"},
+        {"SEQUENCE { v, NULL, v }", "der:@" + tree, "300c020105050005000201050500"},
+        {"CONTEXT_SPECIFIC[v, EXPLICIT] { NULL }", "3", "a3020500"},
+        {"CONTEXT_SPECIFIC[v] { NULL }", "-3", ""},
+        {"SEQUENCE { v }", "@" + raw + "none", ""},
+        {"SEQUENCE { v }", "der:@" + raw, ""},
+        {"SEQUENCE { w(OPTIONAL) }", "1", ""},
+        {"{\"INTEGER = v\": null}", "5", "020105"},
+        {"<INTEGER xmlns=\"urn:x-asn1:template\" value=\"v\"/>", "5", "020105"},
+        {"{\"ordinary\": \"v\"}", "5", ""},
+        {"SEQUENCE { v", "5", ""},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.pattern + (" " + test.value));
+        const ToolResult built = RunTool({"asn1", "build", "-", "v=" + test.value}, test.pattern);
+        EXPECT_EQ(Hex(built.output), test.der) << built.error;
+        EXPECT_EQ(built.code, *test.der != 0 ? exitDone : exitRefused);
+        EXPECT_EQ(built.error.empty(), *test.der != 0) << built.error;
+    }
+    const ToolResult left = RunTool({"asn1", "build", "-"}, "SEQUENCE { INTEGER = a, b(OPTIONAL), SET (OPTIONAL) { c }, d, d }");
+    EXPECT_EQ(left.code, exitDone);
+    EXPECT_EQ(left.error, "cryptotool: -: warning: no value was given for a, d\n");
+}
+
+TEST(CryptotoolMatch, TellsNamesOrTheStepThatFailed)
+{
+    const TemporaryDirectory folder;
+    const std::string pattern = folder / u8"pattern";
+    PutFile(pattern, "SEQUENCE { INTEGER = number, tree, OCTET_STRING = empty, SET { list } }");
+    const std::string der = Bytes("3010020105300306017f0400310405000500");
+    const ToolResult text = RunTool({"asn1", "match", pattern, "-"}, der);
+    EXPECT_EQ(text.output, "number = 5\n"
+                           "tree = SEQUENCE {\n"
+                           "    OBJECT_IDENTIFIER = \"3.7\"\n"
+                           "}\n"
+                           "empty = (empty)\n"
+                           "list = {\n"
+                           "    NULL,\n"
+                           "    NULL\n"
+                           "}\n");
+    EXPECT_EQ(text.code, exitDone);
+    const ToolResult failed = RunTool({"asn1", "match", pattern, "-"}, Bytes("30020500"));
+    EXPECT_EQ(failed.error, "cryptotool: -: no match: INTEGER: the data holds NULL\n");
+    EXPECT_EQ(failed.output, "");
+    EXPECT_EQ(failed.code, exitRefused);
+    const ToolResult both =
+        RunTool({"asn1", "match", "--json", pattern, "-"}, Pem("MAIFAA==\n", "A", "A") + Pem("MBACAQUwAwYBfwQAMQQFAAUA\n"));
+    EXPECT_EQ(both.output,
+              "{\"blocks\":[\n"
+              "{\"label\":\"A\",\"matched\":false,\"failedStep\":\"INTEGER: the data holds NULL\"},\n"
+              "{\"label\":\"X\",\"matched\":true,\"bindings\":[\n"
+              "{\"name\":\"number\",\"kind\":\"value\",\"text\":\"5\",\"hex\":\"05\"},\n"
+              "{\"name\":\"tree\",\"kind\":\"elements\",\"text\":\"SEQUENCE {\\n    OBJECT_IDENTIFIER = \\\"3.7\\\"\\n}\","
+              "\"hex\":\"300306017f\"},\n"
+              "{\"name\":\"empty\",\"kind\":\"empty\"},\n"
+              "{\"name\":\"list\",\"kind\":\"elements\",\"text\":\"NULL,\\nNULL\",\"hex\":\"05000500\"}\n"
+              "]}\n"
+              "]}\n");
+    EXPECT_EQ(both.error, "cryptotool: -: PEM block 1 (A): no match: INTEGER: the data holds NULL\n");
+    EXPECT_EQ(both.code, exitRefused);
+}
+
+TEST(CryptotoolGet, WalksPathsAndNamesTheStepThatFails)
+{
+    const std::string der = Bytes("300a020105300306017f0400");
+    const struct {
+        const char* path;
+        const char* form;
+        std::string output; ///< empty where it is refused
+        const char* error;
+    } cases[] = {
+        {"{{", "value", "5\n", ""},
+        {"{,{{", "value", "2.47\n", ""},
+        {"{,{{", "bytes", "\x7f", ""},
+        {"{,", "der", Bytes("300306017f"), ""},
+        {"{,", "bytes", Bytes("06017f"), ""},
+        {"{|INTEGER = 5|,", "template", "SEQUENCE {\n    OBJECT_IDENTIFIER = \"3.7\"\n}\n", ""},
+        {"{|INTEGER = 6|,", "value", "", "cryptotool: -: step 2 of the path, |INTEGER = 6|, leads nowhere\n"},
+        {"{,,,", "value", "", "cryptotool: -: step 4 of the path, ,, leads nowhere\n"},
+        {"x", "value", "", "cryptotool: -: step 1 of the path, x, leads nowhere\n"},
+        {"|", "value", "", "cryptotool: -: step 1 of the path, |, leads nowhere\n"},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(std::string(test.path) + " " + test.form);
+        const ToolResult got = RunTool({"asn1", "get", "--as", test.form, test.path, "-"}, der);
+        EXPECT_EQ(got.output, test.output);
+        EXPECT_EQ(got.error, test.error);
+        EXPECT_EQ(got.code, test.output.empty() ? exitRefused : exitDone);
+    }
+}
+
+TEST(CryptotoolOid, FindsBothWays)
+{
+    EXPECT_EQ(RunTool({"oid", "2.5.4.3"}).output, "2.5.4.3  commonName (CN)\n");
+    EXPECT_NE(RunTool({"oid", "COMMONNAME"}).output.find("2.5.4.3 "), std::string::npos);
+    EXPECT_EQ(RunTool({"oid", "--json", "2.5.4.3"}).output,
+              "{\"oids\":[\n{\"oid\":\"2.5.4.3\",\"name\":\"commonName (CN)\"}\n]}\n");
+    for (const char* unknown : {"2.5.4.99999", ".", "", "no such name", "2.5.4.3 "})
+        EXPECT_EQ(RunTool({"oid", unknown}).code, exitRefused) << unknown;
+}
+
+} // namespace

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "tools/cryptotool/cli/command.h"
+
+#include <cstdint>
+#include <map>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The words behind a command, held against its options.
+class Arguments {
+public:
+    /// Options may stand between the operands; "--" ends them, and "-" is an operand. \return false with `problem` for the user.
+    bool read(const Command& command, std::span<const std::string> words, std::string& problem);
+
+    bool has(std::string_view name) const { return values_.contains(name); }
+    /// The value given last; `otherwise` when the option was not given.
+    std::string value(std::string_view name, std::string_view otherwise = {}) const;
+    std::uint64_t number(std::string_view name, std::uint64_t otherwise) const;
+    /// As given, counted from 0; empty beyond the last.
+    std::string operand(std::size_t index) const { return index < operands_.size() ? operands_[index] : std::string(); }
+    const std::vector<std::string>& operands() const { return operands_; }
+
+private:
+    bool readLong(std::string_view word);
+    bool readLetters(std::string_view word);
+    bool take(const Option& option, std::string_view shown, const std::string* value);
+    bool fail(std::string problem);
+
+    const Command* command_ = nullptr;
+    std::span<const std::string> rest_;
+    std::string problem_;
+    std::map<std::string, std::string, std::less<>> values_;
+    std::vector<std::string> operands_;
+};
+
+/// Decimal digits alone. \return false for anything else and beyond 64 bits.
+bool ParseDecimal(std::string_view text, std::uint64_t& number);

@@ -1,0 +1,29 @@
+#include "tools/cryptotool/cli/command_table.h"
+
+#include "tools/cryptotool/cli/command.h"
+
+namespace {
+
+const Command* const commandTable[] = {
+    &asn1ShowCommand, &asn1BuildCommand, &asn1MatchCommand,  &asn1GetCommand, &cipherEncCommand, &cipherDecCommand, &oidCommand,
+    &gzipCommand,     &gunzipCommand,    &hashCommand,       &macCommand,     &randomCommand,    &speedCommand,     &keyGenCommand,
+    &keyShowCommand,  &keyPublicCommand, &keyConvertCommand, &keySignCommand, &keyVerifyCommand,
+};
+
+constexpr Noun nounTable[] = {
+    {"asn1", "look into DER, build it, match it against templates"},
+    {"cipher", "encrypt and decrypt files with a password or a key"},
+    {"key", "make keys, look into them, convert them, sign and verify with them"},
+};
+
+} // namespace
+
+std::span<const Command* const> Commands()
+{
+    return commandTable;
+}
+
+std::span<const Noun> Nouns()
+{
+    return nounTable;
+}

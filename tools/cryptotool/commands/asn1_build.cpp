@@ -1,0 +1,100 @@
+#include "asn1/der/pem.h"
+#include "tools/cryptotool/cli/command_table.h"
+#include "tools/cryptotool/cli/invocation.h"
+#include "tools/cryptotool/cli/reason.h"
+#include "tools/cryptotool/io/output.h"
+#include "tools/cryptotool/io/placeholder_values.h"
+#include "tools/cryptotool/io/template_input.h"
+
+namespace {
+
+constexpr std::size_t mostValues = 10000;
+
+constexpr std::string_view asn1BuildDetails =
+    R"(Reads a template (or the JSON or XML that "cryptotool asn1 show" prints), gives its names the values, and writes DER. VALUE is
+    #00ff      bytes
+    @FILE      the bytes of FILE
+    der:@FILE  the elements of FILE, which holds DER, PEM or base64
+    text:TEXT  TEXT as it stands
+    42, -42    a number, where the template asks for one: in an INTEGER, an ENUMERATED and a bracket list
+    TRUE       truth, or FALSE, in a BOOLEAN
+    TEXT       text, everywhere else, digits too; in an OBJECT_IDENTIFIER dotted
+A name that is given no value writes nothing; unless it is in an OPTIONAL item, a warning tells so.
+)";
+
+constexpr Option asn1BuildOptions[] = {
+    fromOption,
+    {OptionKind::text, 0, "pem", "LABEL", "write PEM, between lines with LABEL"},
+    outputOption,
+};
+
+void WarnOfUnfilled(Invocation& invocation, const std::string& file, const CCryptoParser& tree)
+{
+    std::string list;
+    for (const std::string& name : UnfilledNames(tree))
+        list += (list.empty() ? "" : ", ") + name;
+    if (!list.empty())
+        invocation.warn(file, "no value was given for " + list);
+}
+
+int Write(Invocation& invocation, const std::string& file, const element& der)
+{
+    const Arguments& arguments = invocation.arguments();
+    const bool isPem = arguments.has("pem");
+    Output output(invocation.console(), arguments.value("output"), isPem ? Output::Content::text : Output::Content::binary);
+    if (der.isEmpty())
+        return invocation.refuse(file, Reason("it makes no elements"));
+    const bool written = output.open() &&
+                         (isPem ? output.write(WritePem(arguments.value("pem"), der).view()) : output.write(der.bytes())) &&
+                         output.finish();
+    return written ? exitDone : invocation.refuse(output.name(), output.reason());
+}
+
+int Build(Invocation& invocation)
+{
+    const Arguments& arguments = invocation.arguments();
+    const std::vector<std::string>& operands = arguments.operands();
+    if (arguments.has("pem") && !IsPemLabel(arguments.value("pem")))
+        return invocation.misuse("this cannot be a PEM label: " + arguments.value("pem"));
+    bool usesInput = operands[0] == "-";
+    for (std::size_t index = 1; index < operands.size(); ++index) {
+        const std::string_view word = operands[index];
+        const std::size_t equals = word.find('=');
+        if (equals == std::string::npos || equals == 0)
+            return invocation.misuse("not of the form NAME=VALUE: " + operands[index]);
+        const bool isInput = FileOfValue(word.substr(equals + 1)) == "-";
+        if (usesInput && isInput)
+            return invocation.misuse("standard input is one file only");
+        usesInput = usesInput || isInput;
+    }
+
+    const std::string& file = operands[0];
+    CCryptoParser tree;
+    std::string reason;
+    if (!ReadTemplate(invocation.console(), file, arguments.value("from"), tree, reason))
+        return invocation.refuse(file, reason);
+    for (std::size_t index = 1; index < operands.size(); ++index) {
+        const std::string_view word = operands[index];
+        const std::size_t equals = word.find('=');
+        FillProblem problem;
+        if (!FillPlaceholders(tree, word.substr(0, equals), word.substr(equals + 1), invocation.console(), problem))
+            return invocation.refuse(problem.file.empty() ? file : problem.file, problem.reason);
+    }
+    StartReason();
+    const int code = Write(invocation, file, tree.ToDer());
+    if (code == exitDone)
+        WarnOfUnfilled(invocation, file, tree);
+    return code;
+}
+
+} // namespace
+
+const Command asn1BuildCommand = {"asn1",
+                                  "build",
+                                  "writes the DER that a template describes",
+                                  "TEMPLATE-FILE [NAME=VALUE...]",
+                                  1,
+                                  mostValues + 1,
+                                  asn1BuildDetails,
+                                  asn1BuildOptions,
+                                  Build};

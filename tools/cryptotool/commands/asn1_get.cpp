@@ -1,0 +1,101 @@
+#include "asn1/template/value_notation.h"
+#include "tools/cryptotool/cli/command_table.h"
+#include "tools/cryptotool/cli/reason.h"
+#include "tools/cryptotool/cli/safe_text.h"
+#include "tools/cryptotool/io/decoded_input.h"
+#include "tools/cryptotool/io/output.h"
+#include "tools/cryptotool/io/value_text.h"
+
+namespace {
+
+constexpr std::string_view asn1GetDetails =
+    R"(Walks PATH from the first element of every block of FILE, and prints what stands there. A step is one character:
+    {   the content, or a short value       ,   the next element
+    =   the value, or the content           P   the parent, or the element before
+    [   the bracket list                    (   the modifier list
+and "|TEMPLATE|" goes on only where the element agrees with the template.
+)";
+
+constexpr Option asn1GetOptions[] = {
+    {OptionKind::choice, 0, "as", "value|template|json|xml|der|bytes",
+     "how to print it (value); der is the element,\nbytes what it holds, both binary"},
+    insideOption,
+    lenientOption,
+    outputOption,
+};
+
+/// The length of the step that a path begins with.
+std::size_t StepLength(std::string_view path)
+{
+    const std::size_t end = path[0] == '|' ? path.find('|', 1) : 0;
+    return end == std::string_view::npos ? path.size() : end + 1;
+}
+
+/// Which step of the path has no node.
+std::string FailedStep(elementNode* start, std::string_view path)
+{
+    std::size_t length = 0;
+    for (std::size_t step = 1; length < path.size(); ++step) {
+        const std::string_view words = path.substr(length, StepLength(path.substr(length)));
+        length += words.size();
+        if (CCryptoParser::find_path(start, path.substr(0, length)) == nullptr)
+            return "step " + std::to_string(step) + " of the path, " + std::string(words) + ", leads nowhere";
+    }
+    return "the path leads nowhere";
+}
+
+element BytesOf(const elementNode& node)
+{
+    return IsBareValue(node) ? ValueOctets(node) : CCryptoParser::ToDer(node.value());
+}
+
+/// Empty, with Reason() set, when the node cannot be written so.
+std::string Form(const elementNode& node, const std::string& form)
+{
+    if (form == "value")
+        return NodeText(node, false) + "\n";
+    if (form == "bytes")
+        return std::string(BytesOf(node).view());
+    const CCryptoParser part(node.clone());
+    if (form == "template")
+        return EscapeDocument(part.ToText().view(), EscapeStyle::templateText);
+    if (form == "json")
+        return EscapeDocument(part.ToJson().view(), EscapeStyle::json);
+    if (form == "xml")
+        return EscapeDocument(part.ToXml().view(), EscapeStyle::xml);
+    return std::string(part.ToDer().view());
+}
+
+int Get(Invocation& invocation)
+{
+    const Arguments& arguments = invocation.arguments();
+    const std::string path = arguments.operand(0);
+    const std::string file = arguments.operand(1);
+    const std::string form = arguments.value("as", "value");
+    const bool isBinary = form == "der" || form == "bytes";
+    std::vector<DecodedBlock> blocks;
+    std::string reason;
+    if (!ReadDecoded(invocation.console(), file, DecodingOptions(arguments), BrokenBlocks::refused, blocks, reason))
+        return invocation.refuse(file, reason);
+
+    std::string text;
+    for (std::size_t index = 0; index < blocks.size(); ++index) {
+        elementNode* const root = blocks[index].tree.root();
+        StartReason();
+        const elementNode* const node = CCryptoParser::find_path(root, path);
+        if (node == nullptr)
+            return invocation.refuse(file, BlockPrefix(blocks, index) + FailedStep(root, path));
+        const std::string shown = Form(*node, form);
+        if (shown.empty() && form != "bytes")
+            return invocation.refuse(file, BlockPrefix(blocks, index) + Reason("it cannot be printed so"));
+        text += shown;
+    }
+    Output output(invocation.console(), arguments.value("output"), isBinary ? Output::Content::binary : Output::Content::text);
+    const bool written = output.open() && output.write(text) && output.finish();
+    return written ? exitDone : invocation.refuse(output.name(), output.reason());
+}
+
+} // namespace
+
+const Command asn1GetCommand = {"asn1",         "get", "prints what stands at the end of a path", "PATH FILE", 2, 2, asn1GetDetails,
+                                asn1GetOptions, Get};

@@ -1,0 +1,42 @@
+#include "tools/cryptotool/cli/command_table.h"
+#include "tools/cryptotool/io/key_input.h"
+#include "tools/cryptotool/io/key_output.h"
+
+namespace {
+
+constexpr std::string_view keyConvertDetails =
+    R"(Reads the private key of FILE, in whatever form it is, and writes it in another one. A file of -o can be read by its owner alone
+(on Windows, by those whom its folder grants it). Passwords without an option are asked for, a new one twice.
+)";
+
+constexpr Option keyConvertOptions[] = {
+    privateFormOption,   keyEncodingOption,         keyCipherOption,        keyIterationsOption,          keySchemeOption,
+    passwordSecret.file, passwordSecret.descriptor, newPasswordSecret.file, newPasswordSecret.descriptor, outputOption,
+};
+
+int Convert(Invocation& invocation)
+{
+    const std::string file = invocation.arguments().operand(0);
+    PrivateKeyTarget target;
+    KeyInput input;
+    int exit = CheckOneStandardInput(invocation, {file}, {passwordSecret, newPasswordSecret});
+    if (exit == exitDone)
+        exit = target.read(invocation, newPasswordSecret);
+    if (exit == exitDone)
+        exit = ReadKey(invocation, file, input);
+    if (exit != exitDone)
+        return exit;
+    if (!input.key->hasPrivate())
+        return invocation.refuse(file, "it holds no private key");
+    exit = target.check(invocation, input.key->curveId() != 0 ? input.key->curveId() : input.key->algorithmId());
+    if (exit == exitDone)
+        exit = target.askPassword(invocation);
+    if (exit == exitDone)
+        exit = target.open(invocation);
+    return exit == exitDone ? target.write(invocation, *input.key, file) : exit;
+}
+
+} // namespace
+
+const Command keyConvertCommand = {
+    "key", "convert", "writes a private key in another form", "FILE", 1, 1, keyConvertDetails, keyConvertOptions, Convert};

@@ -1,0 +1,83 @@
+#include "core/base/any_case.h"
+#include "pki/keys/ec_key_pair.h"
+#include "pki/keys/rsa_key_pair.h"
+#include "tools/cryptotool/cli/command_table.h"
+#include "tools/cryptotool/cli/progress.h"
+#include "tools/cryptotool/cli/reason.h"
+#include "tools/cryptotool/io/key_input.h"
+#include "tools/cryptotool/io/key_output.h"
+
+#include <string>
+
+namespace {
+
+constexpr std::string_view keyGenDetails =
+    R"(Makes a new private key. ALG is rsa, or a curve: secp112r1, secp160r1, prime192v1, prime256v1 (P-256), secp384r1 (P-384),
+secp521r1 (P-521), brainpoolP160r1, brainpoolP256r1, brainpoolP384r1, x25519 or x448. A file of -o can be read by its owner alone
+(on Windows, by those whom its folder grants it). Without an option for it, the password of an encrypted key is asked for, twice.
+)";
+
+constexpr Option keyGenOptions[] = {
+    {OptionKind::number, 0, "bits", "N", "of rsa: the length of the modulus, 1024 to 8192 (3072)"},
+    privateFormOption,
+    keyEncodingOption,
+    keyCipherOption,
+    keyIterationsOption,
+    keySchemeOption,
+    passwordSecret.file,
+    passwordSecret.descriptor,
+    outputOption,
+};
+
+constexpr std::uint64_t usualBits = 3072;
+
+std::unique_ptr<ICryptoKeyPair> GenerateRsa(Console& console, std::uint32_t bits)
+{
+    ProgressLine line(console);
+    auto key = CCryptoRSA::Generate(bits, 65537, [&](std::uint32_t candidates) {
+        if (line.isDue())
+            line.show("looking for primes: " + std::to_string(candidates) + " candidates");
+        return true;
+    });
+    return key != nullptr ? std::make_unique<CCryptoRSAKeyPair>(std::move(key)) : nullptr;
+}
+
+std::unique_ptr<ICryptoKeyPair> GenerateOnCurve(std::uint32_t curve)
+{
+    auto key = CCryptoEC::Generate(curve);
+    return key != nullptr ? std::make_unique<CCryptoECKeyPair>(std::move(key)) : nullptr;
+}
+
+int Generate(Invocation& invocation)
+{
+    const Arguments& arguments = invocation.arguments();
+    const std::string name = arguments.operand(0);
+    const bool isRsa = SameInAnyCase(name, "rsa");
+    const CurveFacts* const curve = isRsa ? nullptr : FindCurve(name);
+    if (!isRsa && curve == nullptr)
+        return invocation.misuse("there is no algorithm " + name);
+    const std::uint64_t bits = arguments.number("bits", usualBits);
+    if (!isRsa && arguments.has("bits"))
+        return invocation.misuse("--bits goes with rsa");
+    if (bits < CCryptoRSA::fewestBits || bits > CCryptoRSA::mostBits || bits % 2 != 0)
+        return invocation.misuse("--bits is an even number from 1024 to 8192");
+
+    PrivateKeyTarget target;
+    int exit = target.read(invocation, passwordSecret);
+    if (exit == exitDone)
+        exit = target.check(invocation, isRsa ? std::uint32_t{algorithm::rsaEncryption} : curve->id);
+    if (exit == exitDone)
+        exit = target.askPassword(invocation);
+    if (exit == exitDone)
+        exit = target.open(invocation);
+    if (exit != exitDone)
+        return exit;
+    StartReason();
+    const std::unique_ptr<ICryptoKeyPair> key =
+        isRsa ? GenerateRsa(invocation.console(), static_cast<std::uint32_t>(bits)) : GenerateOnCurve(curve->id);
+    return key != nullptr ? target.write(invocation, *key, name) : invocation.refuse(name, Reason("no key could be made"));
+}
+
+} // namespace
+
+const Command keyGenCommand = {"key", "gen", "makes a new private key", "ALG", 1, 1, keyGenDetails, keyGenOptions, Generate};

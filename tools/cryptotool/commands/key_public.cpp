@@ -1,0 +1,44 @@
+#include "tools/cryptotool/cli/command_table.h"
+#include "tools/cryptotool/io/key_input.h"
+#include "tools/cryptotool/io/key_output.h"
+
+namespace {
+
+constexpr std::string_view keyPublicDetails =
+    R"(Writes the public half of the key in FILE, which may be a private or a public one in any form.
+)";
+
+constexpr Option keyPublicOptions[] = {
+    {OptionKind::choice, 0, "form", "spki|pkcs1", "SubjectPublicKeyInfo (spki), or RSAPublicKey"},
+    keyEncodingOption,
+    passwordSecret.file,
+    passwordSecret.descriptor,
+    outputOption,
+};
+
+int WritePublic(Invocation& invocation)
+{
+    const Arguments& arguments = invocation.arguments();
+    const std::string file = arguments.operand(0);
+    KeyInput input;
+    int exit = CheckOneStandardInput(invocation, {file}, {passwordSecret});
+    if (exit == exitDone)
+        exit = ReadKey(invocation, file, input);
+    if (exit != exitDone)
+        return exit;
+    const KeyForm form = arguments.value("form") == "pkcs1" ? KeyForm::rsaPublicKey : KeyForm::publicKeyInfo;
+    if (form == KeyForm::rsaPublicKey && input.key->algorithmId() != algorithm::rsaEncryption)
+        return invocation.misuse("--form pkcs1 is for RSA keys");
+    CCryptoKeyFile keyFile;
+    const element der = keyFile.Save(*input.key, form);
+    if (der.isEmpty())
+        return invocation.refuse(file, keyFile.reason().view());
+    KeyOutput output(invocation, form);
+    exit = output.open();
+    return exit == exitDone ? output.write(der) : exit;
+}
+
+} // namespace
+
+const Command keyPublicCommand = {
+    "key", "public", "writes the public half of a key", "FILE", 1, 1, keyPublicDetails, keyPublicOptions, WritePublic};

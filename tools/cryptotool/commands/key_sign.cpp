@@ -1,0 +1,47 @@
+#include "tools/cryptotool/cli/command_table.h"
+#include "tools/cryptotool/cli/reason.h"
+#include "tools/cryptotool/io/key_signature.h"
+#include "tools/cryptotool/io/output.h"
+#include "tools/cryptotool/io/secret_input.h"
+
+namespace {
+
+constexpr std::string_view keySignDetails =
+    R"(Signs FILE, or standard input, with the private key in KEY. The signature is binary: the octets of RSA, or the DER of ECDSA.
+)";
+
+constexpr Option keySignOptions[] = {
+    hashOption,
+    pssOption,
+    {OptionKind::number, 0, "salt-length", "N", "of --pss: bytes of salt (as many as the hash has)"},
+    passwordSecret.file,
+    passwordSecret.descriptor,
+    outputOption,
+};
+
+int Sign(Invocation& invocation)
+{
+    const Arguments& arguments = invocation.arguments();
+    const std::string key = arguments.operand(0);
+    const std::string file = arguments.operands().size() > 1 ? arguments.operand(1) : "-";
+    Signing signing;
+    int exit = StartSigning(invocation, {key, file}, signing);
+    if (exit == exitDone && !signing.key->hasPrivate())
+        exit = invocation.refuse(key, "it holds no private key");
+    Output output(invocation.console(), arguments.value(outputOption.name), Output::Content::binary);
+    if (exit == exitDone && !output.open())
+        exit = invocation.refuse(output.name(), output.reason());
+    if (exit == exitDone)
+        exit = HashFile(invocation, file, signing);
+    if (exit != exitDone)
+        return exit;
+    StartReason();
+    const element signature = signing.key->signHash(signing.hash, signing.digest.bytes(), signing.padding);
+    if (signature.isEmpty())
+        return invocation.refuse(key, Reason("it does not sign so"));
+    return output.write(signature.bytes()) && output.finish() ? exitDone : invocation.refuse(output.name(), output.reason());
+}
+
+} // namespace
+
+const Command keySignCommand = {"key", "sign", "signs a file", "KEY [FILE]", 1, 2, keySignDetails, keySignOptions, Sign};

@@ -1,0 +1,50 @@
+#include "tools/cryptotool/cli/command_table.h"
+#include "tools/cryptotool/io/input.h"
+#include "tools/cryptotool/io/key_signature.h"
+#include "tools/cryptotool/io/output.h"
+#include "tools/cryptotool/io/secret_input.h"
+
+namespace {
+
+constexpr std::string_view keyVerifyDetails =
+    R"(Holds the signature in SIGNATURE, as "cryptotool key sign" writes it, against FILE, or standard input, and the key in KEY, which
+may be a private or a public one. Prints OK, or FAILED and ends with 1.
+)";
+
+constexpr Option keyVerifyOptions[] = {
+    hashOption,
+    pssOption,
+    {OptionKind::number, 0, "salt-length", "N", "of --pss: bytes of salt (any)"},
+    passwordSecret.file,
+    passwordSecret.descriptor,
+    outputOption,
+};
+
+int Verify(Invocation& invocation)
+{
+    const Arguments& arguments = invocation.arguments();
+    const std::string signatureFile = arguments.operand(1);
+    const std::string file = arguments.operands().size() > 2 ? arguments.operand(2) : "-";
+    Signing signing;
+    signing.padding.masking.saltLength = CCryptoRSAPadding::saltOfAnyLength;
+    element signature;
+    std::string reason;
+    int exit = StartSigning(invocation, {arguments.operand(0), signatureFile, file}, signing);
+    if (exit == exitDone && !ReadWhole(invocation.console(), signatureFile, signature, reason))
+        exit = invocation.refuse(signatureFile, reason);
+    if (exit == exitDone)
+        exit = HashFile(invocation, file, signing);
+    if (exit != exitDone)
+        return exit;
+    const bool isRight = signing.key->verifyHash(signing.hash, signing.digest.bytes(), signature.bytes(), signing.padding);
+    Output output(invocation.console(), arguments.value(outputOption.name), Output::Content::text);
+    const bool written = output.open() && output.write(isRight ? "OK\n" : "FAILED\n") && output.finish();
+    if (!written)
+        return invocation.refuse(output.name(), output.reason());
+    return isRight ? exitDone : exitRefused;
+}
+
+} // namespace
+
+const Command keyVerifyCommand = {
+    "key", "verify", "holds a signature against a file", "KEY SIGNATURE [FILE]", 2, 3, keyVerifyDetails, keyVerifyOptions, Verify};

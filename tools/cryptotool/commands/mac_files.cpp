@@ -1,0 +1,62 @@
+#include "core/text/hex.h"
+#include "tools/cryptotool/cli/command_table.h"
+#include "tools/cryptotool/cli/invocation.h"
+#include "tools/cryptotool/io/mac_algorithms.h"
+#include "tools/cryptotool/io/secret_input.h"
+#include "tools/cryptotool/io/streamed_file.h"
+#include "tools/cryptotool/io/sum_line.h"
+#include "tools/cryptotool/io/sum_output.h"
+
+#include <limits>
+
+namespace {
+
+constexpr std::string_view macDetails =
+    R"(Prints the message authentication code of each FILE, "-" for standard input, as hash prints digests. ALG is hmac- with the name of
+a hash function (hmac-sha256), or aes-cmac, whose key has 16, 24 or 32 bytes, in either case. Without --key-file and --key-fd the
+key is asked for at the terminal, and is the line typed there.
+)";
+
+constexpr Option macOptions[] = {keySecret.file, keySecret.descriptor, hexKeyOption, outputOption};
+
+int PrintMACs(Invocation& invocation, StreamedMAC& mac)
+{
+    const Arguments& arguments = invocation.arguments();
+    SumOutput output(invocation.console(), arguments.value(outputOption.name));
+    if (!output.open())
+        return invocation.refuse(output.name(), output.reason());
+    int code = exitDone;
+    for (const std::string& file : std::span(arguments.operands()).subspan(1)) {
+        std::string reason;
+        const bool isRead = StreamFile(
+            invocation.console(), file, [&](std::span<const std::uint8_t> piece) { mac.update(piece); }, reason);
+        const element found = mac.final();
+        if (!isRead)
+            code = invocation.refuse(file, reason);
+        else if (!output.write({std::string(HexText(found.bytes()).view()), file}))
+            return invocation.refuse(output.name(), output.reason());
+    }
+    return output.finish() ? code : invocation.refuse(output.name(), output.reason());
+}
+
+int MACFiles(Invocation& invocation)
+{
+    const Arguments& arguments = invocation.arguments();
+    if (const int code = CheckOneStandardInput(invocation, arguments.operands(), {keySecret}); code != exitDone)
+        return code;
+    const MACAlgorithm* const algorithm = FindMACAlgorithm(arguments.operand(0));
+    if (algorithm == nullptr)
+        return invocation.misuse("there is no MAC " + arguments.operand(0));
+    element key;
+    if (const int code = ReadKey(invocation, key); code != exitDone)
+        return code;
+    std::string reason;
+    const auto mac = algorithm->create(arguments.operand(0), key.bytes(), reason);
+    return mac != nullptr ? PrintMACs(invocation, *mac) : invocation.refuse("key", reason);
+}
+
+} // namespace
+
+const Command macCommand = {"mac",         "",         "prints message authentication codes of files",
+                            "ALG FILE...", 2,          std::numeric_limits<std::size_t>::max(),
+                            macDetails,    macOptions, MACFiles};

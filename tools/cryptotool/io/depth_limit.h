@@ -1,0 +1,8 @@
+#pragma once
+
+#include "asn1/tree/element_node.h"
+
+#include <cstdint>
+
+/// Turns what lies below the first `levels` levels of decoded data back into bytes. The tree encodes to the same DER as before.
+void LimitDepth(elementNode* first, std::uint32_t levels);

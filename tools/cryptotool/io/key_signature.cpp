@@ -1,0 +1,68 @@
+#include "tools/cryptotool/io/key_signature.h"
+
+#include "core/base/algorithm.h"
+#include "crypto/hash/hash.h"
+#include "tools/cryptotool/io/key_input.h"
+#include "tools/cryptotool/io/streamed_file.h"
+
+namespace {
+
+/// The longest salt that an RSA key of 8192 bits has room for.
+constexpr std::uint64_t longestSalt = 1024;
+
+/// What the options say by themselves. \return exitDone or exitUsage.
+int ReadPadding(Invocation& invocation, Signing& signing)
+{
+    const Arguments& arguments = invocation.arguments();
+    const bool isPss = arguments.has(pssOption.name);
+    const std::unique_ptr<ICryptoHash> hash = ICryptoHash::CreateByName(arguments.value(hashOption.name, "sha256"));
+    signing.hash = hash != nullptr ? hash->algorithmId() : std::uint32_t{algorithm::none};
+    if (signing.hash == algorithm::none)
+        return invocation.misuse("there are no signatures with " + arguments.value(hashOption.name));
+    if (arguments.has("salt-length")) {
+        const std::uint64_t length = arguments.number("salt-length", 0);
+        if (!isPss)
+            return invocation.misuse("--salt-length goes with --pss");
+        if (length > longestSalt)
+            return invocation.misuse("--salt-length is at most " + std::to_string(longestSalt));
+        signing.padding.masking.saltLength = static_cast<std::int32_t>(length);
+    }
+    if (isPss && signing.hash == algorithm::md5Sha1)
+        return invocation.misuse("--pss does not go with md5-sha1");
+    signing.padding.scheme = isPss ? SCryptoPadding::Scheme::masked : SCryptoPadding::Scheme::pkcs1;
+    signing.padding.masking.hash = signing.hash;
+    return exitDone;
+}
+
+} // namespace
+
+int StartSigning(Invocation& invocation, const std::vector<std::string>& files, Signing& signing)
+{
+    const std::string& name = files.front();
+    KeyInput input;
+    int exit = CheckOneStandardInput(invocation, files, {passwordSecret});
+    if (exit == exitDone)
+        exit = ReadPadding(invocation, signing);
+    if (exit == exitDone)
+        exit = ReadKey(invocation, name, input);
+    if (exit != exitDone)
+        return exit;
+    signing.key = std::move(input.key);
+    if (signing.key->signatureSize() == 0)
+        return invocation.refuse(name, std::string(signing.key->name()) + " keys do not sign");
+    if (signing.padding.scheme == SCryptoPadding::Scheme::masked && signing.key->algorithmId() != algorithm::rsaEncryption)
+        return invocation.refuse(name, "it is no RSA key, which --pss is for");
+    return exitDone;
+}
+
+int HashFile(Invocation& invocation, const std::string& file, Signing& signing)
+{
+    const std::unique_ptr<ICryptoHash> hash = ICryptoHash::Create(signing.hash);
+    std::string reason;
+    const bool isRead = StreamFile(
+        invocation.console(), file, [&](std::span<const std::uint8_t> piece) { hash->update(piece); }, reason);
+    if (!isRead)
+        return invocation.refuse(file, reason);
+    signing.digest = hash->final();
+    return exitDone;
+}

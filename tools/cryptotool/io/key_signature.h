@@ -1,0 +1,30 @@
+#pragma once
+
+#include "pki/keys/key_pair.h"
+#include "tools/cryptotool/cli/invocation.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+// What signing and verifying have in common.
+
+constexpr Option hashOption = {OptionKind::text, 0, "hash", "ALG",
+                               "the hash function: sha256 (as without it), sha384, sha512, sha224, sha1,\nmd5 or md5-sha1"};
+constexpr Option pssOption = {OptionKind::flag, 0, "pss", "", "of RSA keys: RSASSA-PSS instead of PKCS#1 v1.5"};
+
+/// What is signed, with what, and how.
+struct Signing {
+    std::unique_ptr<ICryptoKeyPair> key;
+    std::uint32_t hash = 0;
+    element digest;
+    SCryptoPadding padding;
+};
+
+/// Reads the padding from the options and then the key from the first of `files`, the command's, and sees that the key signs so.
+/// \return exitDone, or the exit code after the reason was printed.
+int StartSigning(Invocation& invocation, const std::vector<std::string>& files, Signing& signing);
+
+/// Hashes a file of any length, with a bar on a terminal. \return exitDone, or the exit code after the reason was printed.
+int HashFile(Invocation& invocation, const std::string& file, Signing& signing);

@@ -1,0 +1,120 @@
+#include "tools/cryptotool/io/packed_transfer.h"
+
+#include "tools/cryptotool/cli/progress.h"
+#include "tools/cryptotool/cli/reason.h"
+#include "tools/cryptotool/io/input.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr std::size_t packedPieceSize = 1U << 16;
+
+/// Whether a byte and the one before it are what text for a terminal does not have: a control character, C1 in UTF-8 among them.
+bool IsControl(std::uint8_t before, std::uint8_t byte)
+{
+    return (byte < 0x20 && (byte < '\t' || byte > '\r')) || byte == 0x7F || (before == 0xC2 && byte >= 0x80 && byte < 0xA0);
+}
+
+class Transfer {
+public:
+    Transfer(Invocation& invocation, Output& output, std::string file)
+        : invocation_(invocation), output_(output), file_(std::move(file)), input_(invocation.console()),
+          isTerminal_(output.name() == "-" && invocation.console().outputIsTerminal())
+    {
+    }
+
+    int run(const std::function<bool(CDeflateStream&, const DeflateSink&)>& start);
+
+private:
+    /// Takes what was packed or unpacked. \return false, with the reason kept, to stop.
+    bool put(std::span<const std::uint8_t> bytes);
+    int refuseStream(const CDeflateStream& stream);
+    /// What came before the fault is output all the same.
+    int refuseInput(std::string_view reason);
+
+    Invocation& invocation_;
+    Output& output_;
+    std::string file_;
+    InputStream input_;
+    bool isTerminal_;
+    std::uint8_t before_ = 0; ///< the last byte that came out
+    std::string outputReason_;
+};
+
+bool Transfer::put(std::span<const std::uint8_t> bytes)
+{
+    const auto isControl = [this](std::uint8_t byte) { return IsControl(std::exchange(before_, byte), byte); };
+    if (isTerminal_ && std::ranges::any_of(bytes, isControl)) {
+        outputReason_ = "binary data does not go to a terminal; -o FILE writes it to a file";
+        return false;
+    }
+    if (output_.write(bytes))
+        return true;
+    outputReason_ = output_.reason();
+    return false;
+}
+
+int Transfer::refuseStream(const CDeflateStream& stream)
+{
+    if (!outputReason_.empty())
+        return invocation_.refuse(output_.name(), outputReason_);
+    std::string reason = stream.reason();
+    if (reason.empty())
+        return refuseInput(Reason("it cannot be processed"));
+    const std::string_view option = reason == InflateLimits::outputReason  ? "--max-output"
+                                    : reason == InflateLimits::ratioReason ? "--max-ratio"
+                                                                           : "";
+    reason += " (offset " + std::to_string(stream.reasonOffset()) + ")";
+    return refuseInput(option.empty() ? reason : reason + "; " + std::string(option) + " sets another");
+}
+
+int Transfer::refuseInput(std::string_view reason)
+{
+    if (!output_.flush())
+        return invocation_.refuse(output_.name(), output_.reason());
+    return invocation_.refuse(file_, reason);
+}
+
+int Transfer::run(const std::function<bool(CDeflateStream&, const DeflateSink&)>& start)
+{
+    if (!input_.open(file_))
+        return invocation_.refuse(file_, input_.reason());
+    std::vector<std::uint8_t> piece(packedPieceSize);
+    std::int64_t count = input_.read(piece);
+    // An input that cannot be read creates no output.
+    if (count < 0)
+        return invocation_.refuse(file_, input_.reason());
+    if (!output_.open())
+        return invocation_.refuse(output_.name(), output_.reason());
+    CDeflateStream stream;
+    StartReason();
+    if (!start(stream, [this](std::span<const std::uint8_t> bytes) { return put(bytes); }))
+        return refuseStream(stream);
+    Progress progress(invocation_.console(), input_.size());
+    for (; count > 0; count = input_.read(piece)) {
+        const auto size = static_cast<std::size_t>(count);
+        if (!stream.Write(std::span(piece).first(size)))
+            return refuseStream(stream);
+        progress.add(size);
+    }
+    if (count < 0)
+        return refuseInput(input_.reason());
+    if (!stream.Finish())
+        return refuseStream(stream);
+    return output_.finish() ? exitDone : invocation_.refuse(output_.name(), output_.reason());
+}
+
+} // namespace
+
+int TransferPacked(Invocation& invocation, Output::Content content,
+                   const std::function<bool(CDeflateStream& stream, const DeflateSink& sink)>& start)
+{
+    const Arguments& arguments = invocation.arguments();
+    if (arguments.has(stdoutOption.name) && arguments.has(outputOption.name))
+        return invocation.misuse("--stdout and --output: one of them");
+    Output output(invocation.console(), arguments.value(outputOption.name), content);
+    return Transfer(invocation, output, arguments.operands().empty() ? "-" : arguments.operand(0)).run(start);
+}

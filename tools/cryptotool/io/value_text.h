@@ -1,0 +1,36 @@
+#pragma once
+
+#include "asn1/tree/element_node.h"
+#include "core/text/element_type.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+// Values of elements as a person reads them: numbers in decimal, text in quotes, other bytes in hexadecimal behind "#".
+
+/// How much of a value is shown, in bytes of it.
+constexpr std::size_t shortText = 96;
+constexpr std::size_t shortHex = 32;
+constexpr std::size_t everything = static_cast<std::size_t>(-1);
+
+/// The value octets of a primitive element of this type on one line; a longer value than `mostText` of text, or `mostHex` of other
+/// bytes, ends in "..." and its length. Object identifiers are not meant.
+std::string ValueText(ElementType type, std::span<const std::uint8_t> value, std::size_t mostText = everything,
+                      std::size_t mostHex = everything);
+
+/// The dotted text of an object identifier as X.690, 8.19 has it, where the trees of the library take the first two arcs from the
+/// first octet alone: "2.999.1". Empty for octets that are no object identifier of arcs below 2^64.
+std::string StandardDotted(std::span<const std::uint8_t> octets);
+
+/// "2.5.4.3 commonName (CN)"; the name is left out where there is none.
+std::string NamedOid(std::string_view dotted);
+
+/// The octets that a node which is nothing but a value stands for in DER: of an object identifier they are not the dotted text.
+element ValueOctets(const elementNode& node);
+
+/// A node that is nothing but a value, read in the light of the element it stands in; or template text on several lines.
+/// \param withSiblings whether the nodes behind it belong to what is shown.
+std::string NodeText(const elementNode& node, bool withSiblings);
