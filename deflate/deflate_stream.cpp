@@ -70,16 +70,16 @@ bool CDeflateStream::StartDeflate(DeflateFormat format, DeflateSink sink, int le
     CCryptoAutoLogger logger("CDeflateStream::StartDeflate");
     const Call call(*this);
     if (call.isInner())
-        return logger.setRetValue(3, false, "%s", usedInside);
+        return logger.fail(false, "%s", usedInside);
     stop();
     if (level < fastest || level > best) {
         reason_ = "A compression level outside 1 to 9";
-        return logger.setRetValue(3, false, "%s", reason_);
+        return logger.fail(false, "%s", reason_);
     }
     writer_ = std::make_unique<DeflateWriter>(format, std::move(sink), level);
     if (settle(writer_->Start(header)))
         return logger.setResult(true);
-    return logger.setRetValue(3, false, "%s", reason_);
+    return logger.fail(false, "%s", reason_);
 }
 
 bool CDeflateStream::fail(const char* reason)
@@ -105,7 +105,7 @@ bool CDeflateStream::pass(CCryptoAutoLogger& logger, Give give)
 {
     const Call call(*this);
     if (call.isInner())
-        return logger.setRetValue(3, false, "%s", usedInside);
+        return logger.fail(false, "%s", usedInside);
     bool good = false;
     if (!calledBack_ && reader_ != nullptr)
         good = give(*reader_);
@@ -113,7 +113,7 @@ bool CDeflateStream::pass(CCryptoAutoLogger& logger, Give give)
         good = give(*writer_);
     if (settle(good))
         return logger.setResult(true);
-    return logger.setRetValue(3, false, "%s (offset %llu)", reason_, static_cast<unsigned long long>(reasonOffset_));
+    return logger.fail(false, "%s (offset %llu)", reason_, static_cast<unsigned long long>(reasonOffset_));
 }
 
 bool CDeflateStream::Write(std::span<const std::uint8_t> piece)
@@ -138,7 +138,7 @@ DeflateSink CDeflateStream::AppendTo(element& output, std::uint32_t most)
     return [&output, most](std::span<const std::uint8_t> bytes) {
         if (output.length() > most || bytes.size() > most - output.length()) {
             CCryptoAutoLogger logger("CDeflateStream::AppendTo");
-            return logger.setRetValue(3, false, "The output would exceed %lu bytes", static_cast<unsigned long>(most));
+            return logger.fail(false, "The output would exceed %lu bytes", static_cast<unsigned long>(most));
         }
         output.append(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
         return true;

@@ -58,7 +58,7 @@ void CCryptoBasePipe::Stop()
 bool CCryptoBasePipe::LogStop(const char* operation)
 {
     CCryptoAutoLogger logger(operation);
-    return logger.setRetValue(3, false, "Stop event");
+    return logger.fail(false, "Stop event");
 }
 
 void CCryptoBasePipe::DisconnectStopped(const char* operation)
@@ -85,7 +85,7 @@ bool CCryptoBasePipe::FinishTransfer(OverlappedTransfer& transfer, std::uint32_t
         DisconnectStopped(texts.operation);
         return logger.setResult(false);
     case OverlappedTransfer::Outcome::timedOut:
-        return logger.setRetValue(3, false, "%s", texts.timedOut);
+        return logger.fail(false, "%s", texts.timedOut);
     case OverlappedTransfer::Outcome::failed:
         logger.setWindowsError(transfer.error());
         if (texts.noResult != nullptr && !transfer.waitFailed())
@@ -94,7 +94,7 @@ bool CCryptoBasePipe::FinishTransfer(OverlappedTransfer& transfer, std::uint32_t
     }
 
     if (transfer.transferred() != count)
-        return logger.setRetValue(3, false, "%s", texts.wrongCount);
+        return logger.fail(false, "%s", texts.wrongCount);
     return logger.setResult(true);
 }
 
@@ -134,7 +134,7 @@ bool CCryptoBasePipe::WriteRequest()
 {
     CCryptoAutoLogger logger("CCryptoBasePipe::WriteRequest");
     if (!isComplete())
-        return logger.setRetValue(3, false, "%s", messageIncomplete);
+        return logger.fail(false, "%s", messageIncomplete);
 
     for (std::uint32_t index = 0; GetPart(index) != nullptr; ++index) {
         if (!WritePipe(GetPart(index), GetPartSize(index)))
@@ -155,7 +155,7 @@ bool CCryptoBasePipe::ReadRequest()
 
     const std::uint32_t announced = position();
     if (!ReceiveBody())
-        return logger.setRetValue(3, false, "A body of %u bytes is announced; the limit is %u bytes", announced, maximumBody);
+        return logger.fail(false, "A body of %u bytes is announced; the limit is %u bytes", announced, maximumBody);
     if (announced != 0 && !ReadPipe(bodyBytes(), announced)) {
         DropBody();
         return logger.setResult(false);

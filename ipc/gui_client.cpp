@@ -49,7 +49,7 @@ CGUIClient::CGUIClient(bool withoutGui)
         return;
     }
     if (!CurrentSession().hasInputDesktop()) {
-        logger.setRetValue(2, false, "No desktop => no GUI");
+        logger.warn(false, "No desktop => no GUI");
         return;
     }
     logger.WriteLog("Desktop ok");

@@ -85,18 +85,18 @@ bool CGUIClient::Authenticate(const SGUIPinRequest& request, const PinCheck& che
 {
     CCryptoAutoLogger logger("CGUIClient::Authenticate");
     if (!check)
-        return logger.setRetValue(3, false, "Nothing is there to check a PIN with");
+        return logger.fail(false, "Nothing is there to check a PIN with");
 
     element pin;
     if (!PinDialogEx(request, pin)) {
         logger.WriteLog("Authenticate.res = %s", "false");
-        return logger.setRetValue(3, false, "PinDialog() failed");
+        return logger.fail(false, "PinDialog() failed");
     }
 
     CCryptoString reason;
     const bool right = check(pin, reason);
     logger.WriteLog("Authenticate.res = %s", right ? "true" : "false");
     if (!right)
-        return logger.setRetValue(3, false, "Authentication failed: %s", reason.c_str());
+        return logger.fail(false, "Authentication failed: %s", reason.c_str());
     return logger.setResult(true);
 }

@@ -7,7 +7,8 @@ CCryptoPipeClient::CCryptoPipeClient(const char* name, std::int32_t requestType,
     : CCryptoBasePipe(static_cast<std::uint32_t>(requestType), defaultConnectTimeout, defaultReadTimeout, defaultWriteTimeout),
       requestType_(static_cast<std::uint32_t>(requestType))
 {
-    CCryptoAutoLogger logger("CCryptoPipeClient::CCryptoPipeClient", 0, "Client (%s), Type = %d", name, requestType);
+    CCryptoAutoLogger logger("CCryptoPipeClient::CCryptoPipeClient", ccrypto::LoggerMode::resultExpected, "Client (%s), Type = %d",
+                             name, requestType);
     SetName(name, appendSession);
     logger.setResult(true);
 }
@@ -47,15 +48,15 @@ bool CCryptoPipeClient::OpenPipe()
     } while (waited < patience);
 
     setStatus(statusBusy);
-    return logger.setRetValue(3, false, "Timeout");
+    return logger.fail(false, "Timeout");
 }
 
 bool CCryptoPipeClient::OpenToSend(CCryptoAutoLogger& logger)
 {
     if (!isComplete())
-        return logger.setRetValue(3, false, "%s", messageIncomplete);
+        return logger.fail(false, "%s", messageIncomplete);
     if (!OpenPipe())
-        return logger.setRetValue(3, false, "Failed to open pipe; Server not running?");
+        return logger.fail(false, "Failed to open pipe; Server not running?");
     setRequestType(requestType_);
     setStatus(statusGood);
     return true;
@@ -70,7 +71,7 @@ bool CCryptoPipeClient::Call()
     const bool answered = WriteRequest() && ReadRequest();
     close();
     if (answered && status() != statusGood)
-        return logger.setRetValue(3, false, "The server answered with status %d", status());
+        return logger.fail(false, "The server answered with status %d", status());
     return logger.setResult(answered);
 }
 

@@ -45,7 +45,7 @@ SecurityDescriptor LowIntegrityDescriptor(CCryptoAutoLogger& logger)
 CCryptoPipeServer::CCryptoPipeServer(const char* name, bool secure, bool appendSession)
     : CCryptoBasePipe(noRequest, defaultConnectTimeout, defaultReadTimeout, defaultWriteTimeout)
 {
-    CCryptoAutoLogger logger("CCryptoPipeServer::CCryptoPipeServer", 0, "Server:%s", name);
+    CCryptoAutoLogger logger("CCryptoPipeServer::CCryptoPipeServer", ccrypto::LoggerMode::resultExpected, "Server:%s", name);
     SetName(name, appendSession);
     CreateInstance(secure, logger);
 }

@@ -36,13 +36,13 @@ HRESULT ClassFactory::CreateInstance(IUnknown* outer, REFIID riid, void** ppv) n
         CCryptoAutoLogger logger("ClassFactory::CreateInstance");
 
         if (outer != nullptr)
-            return logger.setRetValue(3, CLASS_E_NOAGGREGATION);
+            return logger.fail(CLASS_E_NOAGGREGATION);
         auto* handler = new (std::nothrow) FileContextMenuExt;
         if (handler == nullptr)
-            return logger.setRetValue(3, E_OUTOFMEMORY);
+            return logger.fail(E_OUTOFMEMORY);
         const HRESULT result = handler->QueryInterface(riid, ppv);
         handler->Release();
-        return logger.setRetValue(SUCCEEDED(result) ? 0 : 3, result);
+        return logger.setRetValue(SUCCEEDED(result) ? ResultStatus::none : ResultStatus::error, result);
     });
 }
 

@@ -106,14 +106,14 @@ ElementNodePtr CCryptoDERParser::Decode(std::span<const std::uint8_t> input)
     reason_ = "";
     reasonOffset_ = 0;
     if (input.size() > UINT32_MAX)
-        return logger.setRetValue(3, ElementNodePtr(), "The data is longer than 4 GiB");
+        return logger.fail(ElementNodePtr(), "The data is longer than 4 GiB");
 
     Decoder decoder(*this, input);
     Decoder::Level level = decoder.decodeLevel(0, static_cast<std::uint32_t>(input.size()), 0, false);
     if (!level.failed && level.nodes == nullptr)
         level.failed = !decoder.fail("The data holds no element", 0);
     if (level.failed) {
-        logger.setRetValue(3, false, "%s (offset %u)", reason_, reasonOffset_);
+        logger.fail(false, "%s (offset %u)", reason_, reasonOffset_);
         return nullptr;
     }
     // A probe inside a string may have left its reason.

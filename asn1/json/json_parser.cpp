@@ -54,11 +54,11 @@ ElementNodePtr CCryptoJSONParser::Parse(std::string_view text)
     CCryptoAutoLogger logger("CCryptoJSONParser::Parse");
     ElementNodePtr first = parseItems(text);
     if (first != nullptr && !refusal_.isEmpty())
-        return logger.setRetValue(3, ElementNodePtr(), "%s", refusal_.c_str());
+        return logger.fail(ElementNodePtr(), "%s", refusal_.c_str());
     if (first == nullptr)
         first = parseOrdinary(text);
     if (first == nullptr)
-        return logger.setRetValue(3, ElementNodePtr(), "%s", reason_.c_str());
+        return logger.fail(ElementNodePtr(), "%s", reason_.c_str());
     logger.setResult(true);
     return first;
 }

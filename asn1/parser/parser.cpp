@@ -48,7 +48,7 @@ bool CCryptoParser::remove_node(elementNode* node)
 {
     CCryptoAutoLogger logger("CCryptoParser::remove_node");
     if (!owns(node))
-        return logger.setRetValue(3, false, "This is not our tree!");
+        return logger.fail(false, "This is not our tree!");
     ElementNodePtr rest = node->release(LinkKind::sibling);
     if (node == root_.get()) {
         root_ = std::move(rest);
@@ -63,11 +63,11 @@ elementNode* CCryptoParser::replace_node(elementNode* old, ElementNodePtr replac
 {
     CCryptoAutoLogger logger("CCryptoParser::replace_node");
     if (replacement == nullptr || !owns(old))
-        return logger.setRetValue(3, static_cast<elementNode*>(nullptr), "This is not our tree!");
+        return logger.fail(static_cast<elementNode*>(nullptr), "This is not our tree!");
     if (replacement->parent() != nullptr) {
         // Its parent owns it.
         replacement.release();
-        return logger.setRetValue(3, static_cast<elementNode*>(nullptr), "replace_node; newNode has parent");
+        return logger.fail(static_cast<elementNode*>(nullptr), "replace_node; newNode has parent");
     }
 
     elementNode* const placed = replacement.get();
@@ -118,8 +118,8 @@ elementNode* CCryptoParser::index_node(std::string_view name) const
 {
     elementNode* const node = find_name(root_.get(), name, true, true);
     if (node == nullptr) {
-        CCryptoAutoLogger logger("CCryptoParser::index_node", 3);
-        logger.setRetValue(3, false, "Index node not found: %s", CCryptoString(name).c_str());
+        CCryptoAutoLogger logger("CCryptoParser::index_node", ccrypto::LoggerMode::quiet);
+        logger.fail(false, "Index node not found: %s", CCryptoString(name).c_str());
     }
     return node;
 }
@@ -129,8 +129,8 @@ const elementNode* CCryptoParser::index_value(std::string_view name) const
     const elementNode* const node = index_node(name);
     const elementNode* const value = node != nullptr ? node->value() : nullptr;
     if (node != nullptr && value == nullptr) {
-        CCryptoAutoLogger logger("CCryptoParser::index_value", 3);
-        logger.setRetValue(3, false, "Index node has no value: %s", CCryptoString(name).c_str());
+        CCryptoAutoLogger logger("CCryptoParser::index_value", ccrypto::LoggerMode::quiet);
+        logger.fail(false, "Index node has no value: %s", CCryptoString(name).c_str());
     }
     return value;
 }

@@ -13,12 +13,12 @@ bool ReadFile(const CCryptoString& name, element& content, CCryptoAutoLogger& lo
 {
     CCryptoFile file;
     if (!file.Open(name, platform::FileMode::read))
-        return logger.setRetValue(3, false, "%s cannot be opened", name.c_str());
+        return logger.fail(false, "%s cannot be opened", name.c_str());
     if (file.Size() > longestFile)
-        return logger.setRetValue(3, false, "%s is longer than 256 MiB", name.c_str());
+        return logger.fail(false, "%s is longer than 256 MiB", name.c_str());
     content = element();
     if (file.Size() != 0 && !file.Read(0, static_cast<std::uint32_t>(file.Size()), content))
-        return logger.setRetValue(3, false, "%s cannot be read", name.c_str());
+        return logger.fail(false, "%s cannot be read", name.c_str());
     return true;
 }
 
@@ -26,19 +26,19 @@ bool WriteFile(const CCryptoString& name, const element& content, CCryptoAutoLog
 {
     CCryptoFile file;
     const bool written = file.Open(name, platform::FileMode::write) && (content.isEmpty() || file.Write(content.bytes(), 0));
-    return written ? logger.setResult(true) : logger.setRetValue(3, false, "%s cannot be written", name.c_str());
+    return written ? logger.setResult(true) : logger.fail(false, "%s cannot be written", name.c_str());
 }
 
 bool WriteText(const CCryptoString& name, const CCryptoString& text, CCryptoAutoLogger& logger)
 {
-    return text.isEmpty() ? logger.setRetValue(3, false, "There is no tree to save") : WriteFile(name, text.data(), logger);
+    return text.isEmpty() ? logger.fail(false, "There is no tree to save") : WriteFile(name, text.data(), logger);
 }
 
 } // namespace
 
 bool CCryptoParser::Load_ASCII_File(const CCryptoString& name)
 {
-    CCryptoAutoLogger logger("CCryptoParser::Load_ASCII_File", 0, "filename=%s", name.c_str());
+    CCryptoAutoLogger logger("CCryptoParser::Load_ASCII_File", ccrypto::LoggerMode::resultExpected, "filename=%s", name.c_str());
     clear();
     element text;
     return ReadFile(name, text, logger) && logger.setResult(Load_ASCII_Memory(text.view()));
@@ -46,7 +46,7 @@ bool CCryptoParser::Load_ASCII_File(const CCryptoString& name)
 
 bool CCryptoParser::Load_DER_File(const CCryptoString& name, const DerOptions& options)
 {
-    CCryptoAutoLogger logger("CCryptoParser::Load_DER_File", 0, "filename=%s", name.c_str());
+    CCryptoAutoLogger logger("CCryptoParser::Load_DER_File", ccrypto::LoggerMode::resultExpected, "filename=%s", name.c_str());
     clear();
     element der;
     return ReadFile(name, der, logger) && logger.setResult(Load_DER_Memory(der, options));
@@ -54,7 +54,7 @@ bool CCryptoParser::Load_DER_File(const CCryptoString& name, const DerOptions& o
 
 bool CCryptoParser::Load_JSON_File(const CCryptoString& name)
 {
-    CCryptoAutoLogger logger("CCryptoParser::Load_JSON_File", 0, "filename=%s", name.c_str());
+    CCryptoAutoLogger logger("CCryptoParser::Load_JSON_File", ccrypto::LoggerMode::resultExpected, "filename=%s", name.c_str());
     clear();
     element text;
     return ReadFile(name, text, logger) && logger.setResult(Load_JSON_Memory(text.view()));
@@ -62,7 +62,7 @@ bool CCryptoParser::Load_JSON_File(const CCryptoString& name)
 
 bool CCryptoParser::Load_XML_File(const CCryptoString& name)
 {
-    CCryptoAutoLogger logger("CCryptoParser::Load_XML_File", 0, "filename=%s", name.c_str());
+    CCryptoAutoLogger logger("CCryptoParser::Load_XML_File", ccrypto::LoggerMode::resultExpected, "filename=%s", name.c_str());
     clear();
     element text;
     return ReadFile(name, text, logger) && logger.setResult(Load_XML_Memory(text.view()));
@@ -70,7 +70,7 @@ bool CCryptoParser::Load_XML_File(const CCryptoString& name)
 
 bool CCryptoParser::Load_RAW_File(const CCryptoString& name)
 {
-    CCryptoAutoLogger logger("CCryptoParser::Load_RAW_File", 0, "filename=%s", name.c_str());
+    CCryptoAutoLogger logger("CCryptoParser::Load_RAW_File", ccrypto::LoggerMode::resultExpected, "filename=%s", name.c_str());
     clear();
     element content;
     if (!ReadFile(name, content, logger))
@@ -82,7 +82,7 @@ bool CCryptoParser::Load_RAW_File(const CCryptoString& name)
 
 std::unique_ptr<element> CCryptoParser::SLoad_RAW_Element(const CCryptoString& name)
 {
-    CCryptoAutoLogger logger("CCryptoParser::SLoad_RAW_Element", 0, "filename=%s", name.c_str());
+    CCryptoAutoLogger logger("CCryptoParser::SLoad_RAW_Element", ccrypto::LoggerMode::resultExpected, "filename=%s", name.c_str());
     auto content = std::make_unique<element>();
     if (!ReadFile(name, *content, logger))
         return nullptr;
@@ -129,7 +129,7 @@ bool CCryptoParser::Save_ASCII_File(const CCryptoString& name) const
 
 bool CCryptoParser::Save_ASCII_File(const CCryptoString& name, const elementNode* node)
 {
-    CCryptoAutoLogger logger("CCryptoParser::Save_ASCII_File", 0, "filename=%s", name.c_str());
+    CCryptoAutoLogger logger("CCryptoParser::Save_ASCII_File", ccrypto::LoggerMode::resultExpected, "filename=%s", name.c_str());
     return WriteText(name, ToText(node), logger);
 }
 
@@ -140,7 +140,7 @@ bool CCryptoParser::Save_JSON_File(const CCryptoString& name) const
 
 bool CCryptoParser::Save_JSON_File(const CCryptoString& name, const elementNode* node)
 {
-    CCryptoAutoLogger logger("CCryptoParser::Save_JSON_File", 0, "filename=%s", name.c_str());
+    CCryptoAutoLogger logger("CCryptoParser::Save_JSON_File", ccrypto::LoggerMode::resultExpected, "filename=%s", name.c_str());
     return WriteText(name, ToJson(node), logger);
 }
 
@@ -151,7 +151,7 @@ bool CCryptoParser::Save_XML_File(const CCryptoString& name) const
 
 bool CCryptoParser::Save_XML_File(const CCryptoString& name, const elementNode* node)
 {
-    CCryptoAutoLogger logger("CCryptoParser::Save_XML_File", 0, "filename=%s", name.c_str());
+    CCryptoAutoLogger logger("CCryptoParser::Save_XML_File", ccrypto::LoggerMode::resultExpected, "filename=%s", name.c_str());
     return WriteText(name, ToXml(node), logger);
 }
 
@@ -162,18 +162,18 @@ bool CCryptoParser::Save_DER_File(const CCryptoString& name) const
 
 bool CCryptoParser::Save_DER_File(const CCryptoString& name, const elementNode* node)
 {
-    CCryptoAutoLogger logger("CCryptoParser::Save_DER_File", 0, "filename=%s", name.c_str());
+    CCryptoAutoLogger logger("CCryptoParser::Save_DER_File", ccrypto::LoggerMode::resultExpected, "filename=%s", name.c_str());
     const element der = ToDer(node);
     if (der.isEmpty())
-        return logger.setRetValue(3, false, "There is no tree to save");
+        return logger.fail(false, "There is no tree to save");
     return WriteFile(name, der, logger);
 }
 
 bool CCryptoParser::Save_RAW_File(const CCryptoString& name) const
 {
-    CCryptoAutoLogger logger("CCryptoParser::Save_RAW_File", 0, "filename=%s", name.c_str());
+    CCryptoAutoLogger logger("CCryptoParser::Save_RAW_File", ccrypto::LoggerMode::resultExpected, "filename=%s", name.c_str());
     const elementNode* const value = isEmpty() ? nullptr : root()->value();
     if (value == nullptr)
-        return logger.setRetValue(3, false, "There is no value to save");
+        return logger.fail(false, "There is no value to save");
     return WriteFile(name, value->token(), logger);
 }

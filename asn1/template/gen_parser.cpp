@@ -90,7 +90,7 @@ ElementNodePtr CCryptoGENParser::Parse(std::string_view text)
     if (first == nullptr) {
         if (!innerReason_.isEmpty())
             logger.WriteLog("%s", innerReason_.c_str());
-        return logger.setRetValue(3, ElementNodePtr(), "%s", reason_.c_str());
+        return logger.fail(ElementNodePtr(), "%s", reason_.c_str());
     }
     logger.setResult(true);
     return first;

@@ -55,7 +55,7 @@ private:
     bool writeObjectIdentifier(const element& value);
     void writeUtf8(const element& value);
     bool writeTwoByteCharacters(const element& value);
-    bool fail(const char* format, const char* argument) { return logger_.setRetValue(3, false, format, argument); }
+    bool fail(const char* format, const char* argument) { return logger_.fail(false, format, argument); }
 
     CCryptoAutoLogger& logger_;
     BackBuffer out_;
@@ -68,7 +68,7 @@ bool Encoder::writeList(const elementNode* first, const elementNode* owner, std:
     if (first == nullptr)
         return true;
     if (depth >= deepestTree)
-        return logger_.setRetValue(3, false, "The tree is more than %u levels deep", deepestTree);
+        return logger_.fail(false, "The tree is more than %u levels deep", deepestTree);
     const elementNode* node = first;
     while (node->next() != nullptr)
         node = node->next();
@@ -92,7 +92,7 @@ bool Encoder::writeNode(const elementNode& node, std::uint32_t depth)
         return writeList(marks.value, &node, depth + 1);
 
     if (level_ >= CCryptoDERParser::deepestLevel)
-        return logger_.setRetValue(3, false, "The tree is more than %u levels deep", CCryptoDERParser::deepestLevel);
+        return logger_.fail(false, "The tree is more than %u levels deep", CCryptoDERParser::deepestLevel);
     ++level_;
     const std::size_t before = out_.length();
     if (node.type() != ElementType::asn1Null && !writeList(marks.value, &node, depth + 1))
@@ -216,7 +216,7 @@ bool CPushDerBuffer::Push(const elementNode* first)
     if (!encoder.writeList(first, nullptr, 0))
         return false;
     if (encoder.bytes().size() > UINT32_MAX)
-        return logger.setRetValue(3, false, "The encoding is longer than 4 GiB");
+        return logger.fail(false, "The encoding is longer than 4 GiB");
     PushBytes(encoder.bytes().data(), static_cast<std::uint32_t>(encoder.bytes().size()));
     return logger.setResult(true);
 }

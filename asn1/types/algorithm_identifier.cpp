@@ -39,7 +39,7 @@ bool CCryptoAlgorithmIdentifier::ParseNode()
     if (id_ == algorithm::none) {
         const bool isCut = oid.length() > longestShownOid;
         const CCryptoString shown(oid.view().substr(0, longestShownOid));
-        return logger.setRetValue(3, false, "Unsupported OID: %s%s", shown.c_str(), isCut ? "..." : "");
+        return logger.fail(false, "Unsupported OID: %s%s", shown.c_str(), isCut ? "..." : "");
     }
     if (isBound("parameters")) {
         setParameters(find("parameters"));
@@ -57,11 +57,11 @@ void CCryptoAlgorithmIdentifier::ClearFields()
 
 bool CCryptoAlgorithmIdentifier::BuildNode()
 {
-    CCryptoAutoLogger logger("CCryptoAlgorithmIdentifier::BuildNode", 3);
+    CCryptoAutoLogger logger("CCryptoAlgorithmIdentifier::BuildNode", ccrypto::LoggerMode::quiet);
     if (id_ == algorithm::none)
-        return logger.setRetValue(3, false, "There is no algorithm");
+        return logger.fail(false, "There is no algorithm");
     if (*OidOfAlgorithm(id_) == '\0')
-        logger.setRetValue(2, false, "Algorithm %u has no OID", id_);
+        logger.warn(false, "Algorithm %u has no OID", id_);
     else
         logger.setResult(true);
     if (!builder().fill("algorithmOID", element(OidOfAlgorithm(id_))))
@@ -73,9 +73,9 @@ bool CCryptoAlgorithmIdentifier::BuildNode()
 
 element CCryptoAlgorithmIdentifier::GetDerEncodedOID() const
 {
-    CCryptoAutoLogger logger("CCryptoAlgorithmIdentifier::GetDerEncodedOID", 3);
+    CCryptoAutoLogger logger("CCryptoAlgorithmIdentifier::GetDerEncodedOID", ccrypto::LoggerMode::quiet);
     if (*OidOfAlgorithm(id_) == '\0')
-        return logger.setRetValue(3, element(), "Algorithm %u has no OID", id_);
+        return logger.fail(element(), "Algorithm %u has no OID", id_);
     CCryptoParser parser;
     const bool filled = parser.Load_ASCII_Memory(bareOidTemplate) && parser.fill("oid", element(OidOfAlgorithm(id_)));
     return logger.setResult(filled) ? parser.ToDer() : element();

@@ -20,7 +20,7 @@ void CCryptoASN1Object::construct(const elementNode* elementToParse)
     }
     const Outcome outcome = parse(*elementToParse);
     if (outcome == Outcome::noTemplate || outcome == Outcome::mismatch)
-        logger.setRetValue(3, false, "Invalid elementToParse");
+        logger.fail(false, "Invalid elementToParse");
     else
         logger.setResult(outcome == Outcome::parsed);
 }
@@ -62,10 +62,10 @@ CCryptoASN1Object::Outcome CCryptoASN1Object::parse(const elementNode& node)
     }
     clear();
     if (outcome == Outcome::noTemplate)
-        return logger.setRetValue(3, outcome, "SetNodeToParse() failed");
+        return logger.fail(outcome, "SetNodeToParse() failed");
     if (outcome == Outcome::mismatch)
         logger.WriteLog("%s (%s)", match_.failedStep().c_str(), match_.failedPlace().c_str());
-    return logger.setRetValue(3, outcome, "ParseNode() failed");
+    return logger.fail(outcome, "ParseNode() failed");
 }
 
 bool CCryptoASN1Object::Parse(const elementNode* node)
@@ -74,13 +74,13 @@ bool CCryptoASN1Object::Parse(const elementNode* node)
         return parse(*node) == Outcome::parsed;
     CCryptoAutoLogger logger("CCryptoASN1Object::Parse");
     clear();
-    return logger.setRetValue(3, false, "elementNode is NULL");
+    return logger.fail(false, "elementNode is NULL");
 }
 
 bool CCryptoASN1Object::Assign(const elementNode* node)
 {
     CCryptoAutoLogger logger("CCryptoASN1Object::Assign");
-    return Parse(node) ? logger.setResult(true) : logger.setRetValue(3, false, "Parsing failed?");
+    return Parse(node) ? logger.setResult(true) : logger.fail(false, "Parsing failed?");
 }
 
 bool CCryptoASN1Object::ParseDer(const element& der)
@@ -90,7 +90,7 @@ bool CCryptoASN1Object::ParseDer(const element& der)
     const elementNode* const items = ParsedTemplate(templateText_);
     if (tree != nullptr && tree->next() != nullptr && items != nullptr && !looksAtSiblings(*items)) {
         clear();
-        return logger.setRetValue(3, false, "More elements follow the first");
+        return logger.fail(false, "More elements follow the first");
     }
     return logger.setResult(Parse(tree.get()));
 }
@@ -102,7 +102,7 @@ ElementNodePtr CCryptoASN1Object::BuildTree()
     builder_.setRoot(items != nullptr ? items->clone(true) : nullptr);
     if (builder_.isEmpty() || !BuildNode()) {
         builder_.clear();
-        return logger.setRetValue(3, ElementNodePtr(), "BuildNode() failed");
+        return logger.fail(ElementNodePtr(), "BuildNode() failed");
     }
     // A name left over would catch what is filled in later, when the tree is part of a larger one.
     ElementNodePtr tree = builder_.takeRoot();

@@ -29,7 +29,7 @@ ElementNodePtr CCryptoXMLParser::Parse(std::string_view text)
     CCryptoAutoLogger logger("CCryptoXMLParser::Parse");
     ElementNodePtr first = parseDocument(text);
     if (first == nullptr)
-        return logger.setRetValue(3, ElementNodePtr(), "%s", reason_.c_str());
+        return logger.fail(ElementNodePtr(), "%s", reason_.c_str());
     logger.setResult(true);
     return first;
 }

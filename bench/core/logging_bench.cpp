@@ -37,7 +37,7 @@ BENCHMARK(EmptyCallAlone)->Name("scoped logger, log off vs empty call");
 void LoggerOffWithArguments(benchmark::State& state)
 {
     for (auto _ : state) {
-        CCryptoAutoLogger logger("CCryptoFile::Open", 0, "filename=%s, mode=%d", "a.pdf", 1);
+        CCryptoAutoLogger logger("CCryptoFile::Open", ccrypto::LoggerMode::resultExpected, "filename=%s, mode=%d", "a.pdf", 1);
         benchmark::DoNotOptimize(&logger);
         benchmark::ClobberMemory();
     }
@@ -66,7 +66,7 @@ void LogLineLevel5(benchmark::State& state)
     const LogFile file;
     logging::Configure(5, false, std::make_shared<LogOutput>(LogOutput::Settings{.tag = tag, .path = file.path()}));
     {
-        CCryptoAutoLogger logger("LogLineLevel5", 3);
+        CCryptoAutoLogger logger("LogLineLevel5", ccrypto::LoggerMode::quiet);
         for (auto _ : state)
             logger.WriteLog("%s", lineText);
     }

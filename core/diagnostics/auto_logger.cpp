@@ -18,9 +18,9 @@ constexpr std::string_view outerRule = "========================================
 constexpr std::string_view innerRule = "----------------------------------------";
 
 struct StatusWords {
-    std::string_view exit;        ///< behind the name, modes 0 and 1
-    std::string_view quietExit;   ///< behind the name, modes 2 and 3
-    std::string_view messageWord; ///< in front of the message; empty when it is not written
+    std::string_view exit;        ///< after the name, in the modes with an entry line
+    std::string_view quietExit;   ///< after the name, in the quiet modes
+    std::string_view messageWord; ///< before the message; empty when it is not written
 };
 
 constexpr StatusWords statusWords[] = {
@@ -33,15 +33,15 @@ constexpr StatusWords statusWords[] = {
 // Without the leading blank: a number that is no status shows by its look.
 constexpr StatusWords unknownStatusWords = {"- OUT", "- OUT", ""};
 
-const StatusWords& WordsOf(std::int32_t status)
+const StatusWords& WordsOf(ResultStatus status)
 {
-    const bool known = status >= 0 && static_cast<std::size_t>(status) < std::size(statusWords);
-    return known ? statusWords[status] : unknownStatusWords;
+    const auto number = static_cast<std::size_t>(status);
+    return number < std::size(statusWords) ? statusWords[number] : unknownStatusWords;
 }
 
 } // namespace
 
-CCryptoAutoLogger::CCryptoAutoLogger(const char* name, std::uint32_t mode, const char* format, ...) : name_(name), mode_(mode)
+CCryptoAutoLogger::CCryptoAutoLogger(const char* name, ccrypto::LoggerMode mode, const char* format, ...) : name_(name), mode_(mode)
 {
     if (logging::Level() == 0) [[likely]]
         return;
@@ -89,8 +89,8 @@ void CCryptoAutoLogger::openWithArguments(const char* format, std::va_list argum
 
 void CCryptoAutoLogger::writeEntry()
 {
-    const bool warnsUnlessSet = mode_ == 0 || mode_ == 2;
-    status_ = static_cast<std::int32_t>(warnsUnlessSet ? ResultStatus::warning : ResultStatus::none);
+    const bool warnsUnlessSet = mode_ == ccrypto::LoggerMode::resultExpected || mode_ == ccrypto::LoggerMode::quietResultExpected;
+    status_ = warnsUnlessSet ? ResultStatus::warning : ResultStatus::none;
     if (!quiet()) {
         if (message().isEmpty())
             WriteLog("%s - IN", name());
@@ -118,7 +118,7 @@ void CCryptoAutoLogger::writeExit()
             std::min<std::int64_t>(platform::MonotonicMilliseconds() - shown_->startTime, std::numeric_limits<std::int32_t>::max());
         std::snprintf(shown_->timingPrefix, sizeof shown_->timingPrefix, "%9d ms: ", static_cast<int>(elapsed));
     }
-    if (status_ == static_cast<std::int32_t>(ResultStatus::error)) {
+    if (status_ == ResultStatus::error) {
         CCryptoString chain(name());
         if (!message().isEmpty())
             chain.append(":").append(message().view());
@@ -169,21 +169,21 @@ const char* CCryptoAutoLogger::name() const
     return name_ != nullptr ? name_ : "";
 }
 
-void CCryptoAutoLogger::setStatus(std::int32_t level, const CCryptoString& text)
+void CCryptoAutoLogger::setStatus(ResultStatus level, const CCryptoString& text)
 {
     status_ = level;
-    if (level == static_cast<std::int32_t>(ResultStatus::info))
+    if (level == ResultStatus::info)
         setInfo(text);
-    else if (level == static_cast<std::int32_t>(ResultStatus::warning))
+    else if (level == ResultStatus::warning)
         setWarning(text);
-    else if (level == static_cast<std::int32_t>(ResultStatus::error))
+    else if (level == ResultStatus::error)
         setError(text);
 }
 
-void CCryptoAutoLogger::setStatusFormatted(std::int32_t level, const char* format, std::va_list arguments)
+void CCryptoAutoLogger::setStatusFormatted(ResultStatus level, const char* format, std::va_list arguments)
 {
     status_ = level;
-    if (level == 0 || format == nullptr)
+    if (level == ResultStatus::none || format == nullptr)
         return;
     BoundedText text;
     const bool fits = text.appendFormatted(format, arguments);

@@ -11,20 +11,33 @@
 #include <string_view>
 #include <utility>
 
+namespace ccrypto {
+
+/// What a logger writes, and how an operation ends that gives no result; see CCryptoAutoLogger.
+enum class LoggerMode : std::uint32_t {
+    resultExpected = 0,      ///< an entry line; an operation without a result ends as a warning
+    resultOptional = 1,      ///< an entry line; an operation without a result ends well
+    quietResultExpected = 2, ///< the exit line alone; an operation without a result ends as a warning
+    quiet = 3,               ///< the exit line alone; an operation without a result ends well
+};
+
+} // namespace ccrypto
+
 /// The scoped logger that every operation opens on entry, named with its qualified name: an entry line, messages, and an exit line
 /// that tells how the operation ended; nesting is indentation. It carries the operation's result, too, whether logging is on or
 /// off.
 ///
-/// | mode | entry line | status at first | exit line                                            | message lines at exit |
-/// |------|------------|-----------------|------------------------------------------------------|-----------------------|
-/// | 0    | yes        | warning         | " - OUT", " - OUT WITH WARNING", " - OUT WITH ERROR" | yes                   |
-/// | 1    | yes        | none            | as mode 0                                            | yes                   |
-/// | 2    | no         | warning         | the message, or " - OK", " - WARNING", " - ERROR"    | no                    |
-/// | 3    | no         | none            | as mode 2                                            | no                    |
+/// | mode                | entry line | status at first | exit line ends with                                  | message at exit |
+/// |---------------------|------------|-----------------|------------------------------------------------------|-------------------|
+/// | resultExpected      | yes        | warning         | " - OUT", " - OUT WITH WARNING", " - OUT WITH ERROR" | a line of its own
+/// | | resultOptional      | yes        | none            | the same                                             | a line of its
+/// own | | quietResultExpected | no         | warning         | the message, or " - OK", " - WARNING", " - ERROR"    | in the exit
+/// line  | | quiet               | no         | none            | the same                                             | in the
+/// exit line  |
 ///
-/// An operation left without a result so ends "WITH WARNING", which makes forgotten results visible. With the log on, the argument
-/// text of modes 0 and 1 is the first piece of the message, so that the message lines at exit repeat it. With the log off the
-/// status is none at first in every mode.
+/// Where a result is expected, an operation that gives none ends "WITH WARNING", which makes forgotten results visible. With the
+/// log on, the argument text of the modes with an entry line is the first piece of the message, so the message at exit repeats it.
+/// With the log off the status is none at first in every mode.
 ///
 /// Loggers nest strictly on their thread. A text of more than 1024 bytes, terminator included, is not cut: a fixed text stands in
 /// its place; only the message at exit is cut, at 1011 bytes. Nothing secret goes into any of these texts.
@@ -34,30 +47,49 @@
 class CCryptoAutoLogger : public CCryptoErrorHandler {
 public:
     /// `name` is not copied and must outlive the logger.
-    explicit CCryptoAutoLogger(const char* name, std::uint32_t mode = 0) : name_(name), mode_(mode)
+    explicit CCryptoAutoLogger(const char* name, ccrypto::LoggerMode mode = ccrypto::LoggerMode::resultExpected)
+        : name_(name), mode_(mode)
     {
         if (logging::Level() != 0) [[unlikely]]
             open();
     }
-    /// `format`, which may be null, gives the argument text of the entry line, and in modes 2 and 3 of the exit line.
-    CCryptoAutoLogger(const char* name, std::uint32_t mode, const char* format, ...) CORE_PRINTF_FORMAT(4, 5);
+    /// `format`, which may be null, gives the argument text of the entry line, and in the quiet modes of the exit line.
+    CCryptoAutoLogger(const char* name, ccrypto::LoggerMode mode, const char* format, ...) CORE_PRINTF_FORMAT(4, 5);
     ~CCryptoAutoLogger() override
     {
         if (shown_ != nullptr || logging::Level() != 0) [[unlikely]]
             close();
     }
 
-    /// Sets the status to `level`, with a formatted text when one is given and `level` is not 0. \return `result` unchanged.
+    /// The operation fails with `result`: status error, and the formatted text says why. \return `result` unchanged.
     template <typename Result>
-    Result setRetValue(std::int32_t level, Result result)
+    Result fail(Result result)
+    {
+        return setRetValue(ResultStatus::error, std::move(result));
+    }
+    template <typename Result>
+    Result fail(Result result, const char* format, ...) CORE_PRINTF_FORMAT(3, 4);
+
+    /// As `fail`, for an operation that ends without success while its caller goes on: status warning.
+    template <typename Result>
+    Result warn(Result result)
+    {
+        return setRetValue(ResultStatus::warning, std::move(result));
+    }
+    template <typename Result>
+    Result warn(Result result, const char* format, ...) CORE_PRINTF_FORMAT(3, 4);
+
+    /// Sets the status to `level`, with a formatted text when one is given and `level` is not none. \return `result` unchanged.
+    template <typename Result>
+    Result setRetValue(ResultStatus level, Result result)
     {
         status_ = level;
         return result;
     }
     template <typename Result>
-    Result setRetValue(std::int32_t level, Result result, const char* format, ...) CORE_PRINTF_FORMAT(4, 5);
+    Result setRetValue(ResultStatus level, Result result, const char* format, ...) CORE_PRINTF_FORMAT(4, 5);
     template <typename Result>
-    Result setRetValue(std::int32_t level, Result result, const CCryptoString& message)
+    Result setRetValue(ResultStatus level, Result result, const CCryptoString& message)
     {
         setStatus(level, message);
         return result;
@@ -66,7 +98,7 @@ public:
     /// Status none when `ok`, else warning. \return `ok`.
     bool setResult(bool ok)
     {
-        status_ = static_cast<std::int32_t>(ok ? ResultStatus::none : ResultStatus::warning);
+        status_ = ok ? ResultStatus::none : ResultStatus::warning;
         return ok;
     }
 
@@ -103,9 +135,9 @@ private:
     void writeLine(std::string_view text);
     std::string_view exitSuffix() const;
     const char* name() const;
-    void setStatus(std::int32_t level, const CCryptoString& text);
-    void setStatusFormatted(std::int32_t level, const char* format, std::va_list arguments);
-    bool quiet() const { return mode_ >= 2; }
+    void setStatus(ResultStatus level, const CCryptoString& text);
+    void setStatusFormatted(ResultStatus level, const char* format, std::va_list arguments);
+    bool quiet() const { return mode_ == ccrypto::LoggerMode::quiet || mode_ == ccrypto::LoggerMode::quietResultExpected; }
 
     /// What is kept while the log is on.
     struct Shown {
@@ -123,14 +155,34 @@ private:
     static constexpr std::uint32_t tooDeep = 0xFFFFFFFF;
 
     const char* name_;
-    std::uint32_t mode_;
+    ccrypto::LoggerMode mode_;
     std::uint32_t depth_ = 0;
     /// There while the thread's counter includes this operation.
     std::unique_ptr<Shown, DeleteShown> shown_;
 };
 
 template <typename Result>
-Result CCryptoAutoLogger::setRetValue(std::int32_t level, Result result, const char* format, ...)
+Result CCryptoAutoLogger::fail(Result result, const char* format, ...)
+{
+    std::va_list arguments;
+    va_start(arguments, format);
+    setStatusFormatted(ResultStatus::error, format, arguments);
+    va_end(arguments);
+    return result;
+}
+
+template <typename Result>
+Result CCryptoAutoLogger::warn(Result result, const char* format, ...)
+{
+    std::va_list arguments;
+    va_start(arguments, format);
+    setStatusFormatted(ResultStatus::warning, format, arguments);
+    va_end(arguments);
+    return result;
+}
+
+template <typename Result>
+Result CCryptoAutoLogger::setRetValue(ResultStatus level, Result result, const char* format, ...)
 {
     std::va_list arguments;
     va_start(arguments, format);

@@ -263,16 +263,16 @@ bool ReadDocument(const char* fileName, std::string& document)
 
 bool ParseErrorDescriptions(std::string_view document, ErrorDescriptions& descriptions)
 {
-    CCryptoAutoLogger logger("ParseErrorDescriptions", 1);
+    CCryptoAutoLogger logger("ParseErrorDescriptions", ccrypto::LoggerMode::resultOptional);
 
     MarkupReader reader(document);
     DescriptionsBuilder builder(logger);
     for (Markup markup = reader.next(); markup.kind != MarkupKind::none; markup = reader.next()) {
         if (!builder.take(markup))
-            return logger.setRetValue(3, false, "Not a well-formed settings document");
+            return logger.fail(false, "Not a well-formed settings document");
     }
     if (!builder.complete())
-        return logger.setRetValue(3, false, "The document holds no complete settings");
+        return logger.fail(false, "The document holds no complete settings");
     descriptions = std::move(builder.descriptions());
     return logger.setResult(true);
 }
@@ -293,14 +293,15 @@ std::string ErrorDescription(std::uint32_t code)
 
 bool CCryptoErrorHandler::LoadXmlErrorsDesriptions(const CCryptoString& fileName)
 {
-    CCryptoAutoLogger logger("CCryptoErrorHandler::LoadXmlErrorsDesriptions", 0, "%s", fileName.c_str());
+    CCryptoAutoLogger logger("CCryptoErrorHandler::LoadXmlErrorsDesriptions", ccrypto::LoggerMode::resultExpected, "%s",
+                             fileName.c_str());
 
     std::string document;
     if (!ReadDocument(fileName.c_str(), document))
-        return logger.setRetValue(3, false, "Cannot read the error descriptions");
+        return logger.fail(false, "Cannot read the error descriptions");
     ErrorDescriptions descriptions;
     if (!ParseErrorDescriptions(document, descriptions))
-        return logger.setRetValue(3, false, "No error descriptions found");
+        return logger.fail(false, "No error descriptions found");
 
     loadedDescriptions->store(std::make_shared<const ErrorDescriptions>(std::move(descriptions)));
     return logger.setResult(true);

@@ -64,26 +64,26 @@ void CCryptoErrorHandler::addText(std::string_view text)
 
 void CCryptoErrorHandler::setInfo(const CCryptoString& text)
 {
-    status_ = static_cast<std::int32_t>(ResultStatus::info);
+    status_ = ResultStatus::info;
     addText(text.view());
 }
 
 void CCryptoErrorHandler::setWarning(const CCryptoString& text)
 {
-    status_ = static_cast<std::int32_t>(ResultStatus::warning);
+    status_ = ResultStatus::warning;
     addText(text.view());
 }
 
 void CCryptoErrorHandler::setError(const CCryptoString& text)
 {
-    status_ = static_cast<std::int32_t>(ResultStatus::error);
+    status_ = ResultStatus::error;
     addText(text.view());
     lastErrorText->store(Share(text));
 }
 
 void CCryptoErrorHandler::setWindowsError(std::uint32_t code)
 {
-    status_ = static_cast<std::int32_t>(ResultStatus::error);
+    status_ = ResultStatus::error;
     errorCode_ = code;
     const std::string text = ErrorText(code);
     if (message().isEmpty())

@@ -17,8 +17,7 @@ public:
     CCryptoErrorHandler(const CCryptoErrorHandler&) = delete;
     CCryptoErrorHandler& operator=(const CCryptoErrorHandler&) = delete;
 
-    /// One of ResultStatus; a caller of setRetValue may have put another number there.
-    std::int32_t status() const { return status_; }
+    ResultStatus status() const { return status_; }
     /// Empty when no text was given.
     const CCryptoString& message() const;
     /// The last system error code recorded; 0 when none was.
@@ -54,7 +53,7 @@ protected:
     /// Puts `text` behind the texts given so far.
     void addText(std::string_view text);
 
-    std::int32_t status_ = 0;
+    ResultStatus status_ = ResultStatus::none;
     std::uint32_t errorCode_ = 0;
 
 private:

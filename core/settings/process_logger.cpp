@@ -22,7 +22,7 @@ constinit std::atomic<bool> oneLives{false};
 } // namespace
 
 CCryptoProcessLogger::CCryptoProcessLogger(LogCallback callback, const char* settingsName, const char* tag)
-    : CCryptoAutoLogger("", 3), isTheOne_(!oneLives.exchange(true))
+    : CCryptoAutoLogger("", ccrypto::LoggerMode::quiet), isTheOne_(!oneLives.exchange(true))
 {
     if (!isTheOne_) {
         WriteErrorEx("A second process logger (%s) is refused", OrEmpty(tag));

@@ -45,14 +45,15 @@ CCryptoRegistry::Answer CCryptoRegistry::QueryTerminated(const RegistryKey& key,
 bool CCryptoRegistry::getRegValue(const char* path, const char* name, char* buffer, std::uint32_t& size, bool reportMissing,
                                   bool userFirst)
 {
-    CCryptoAutoLogger logger("CCryptoRegistry::getRegValue", 2, "%s\\%s", OrEmpty(path), OrEmpty(name));
+    CCryptoAutoLogger logger("CCryptoRegistry::getRegValue", ccrypto::LoggerMode::quietResultExpected, "%s\\%s", OrEmpty(path),
+                             OrEmpty(name));
 
     const std::uint32_t room = size;
     size = 0;
     if (buffer != nullptr && room != 0)
         std::memset(buffer, 0, room);
     if (path == nullptr || name == nullptr)
-        return logger.setRetValue(3, false, "No key or value name defined");
+        return logger.fail(false, "No key or value name defined");
 
     for (const RegistryHive hive : {RegistryHive::currentUser, RegistryHive::localMachine}) {
         const bool last = hive == RegistryHive::localMachine;
@@ -68,15 +69,15 @@ bool CCryptoRegistry::getRegValue(const char* path, const char* name, char* buff
         const Answer answer = QueryTerminated(key, name, buffer, count);
         if (answer.status == platform::registrySuccess) {
             size = count;
-            return answer.isText ? logger.setRetValue(1, true, CCryptoString(buffer)) : logger.setResult(true);
+            return answer.isText ? logger.setRetValue(ResultStatus::info, true, CCryptoString(buffer)) : logger.setResult(true);
         }
         if (answer.status == platform::registryNotFound) {
             if (!last)
                 continue;
             if (!reportMissing)
-                return logger.setRetValue(1, false, "!--Not Found--!");
+                return logger.setRetValue(ResultStatus::info, false, "!--Not Found--!");
             logger.WriteError("Value not found");
-            return logger.setRetValue(3, false);
+            return logger.fail(false);
         }
         if (answer.status == platform::registryMoreData)
             logger.WriteError("Value is longer than %u bytes", room != 0 ? room - 1 : 0);
@@ -87,10 +88,11 @@ bool CCryptoRegistry::getRegValue(const char* path, const char* name, char* buff
 
 bool CCryptoRegistry::setRegValue(const char* path, const char* name, std::string_view value)
 {
-    CCryptoAutoLogger logger("CCryptoRegistry::setRegValue", 2, "%s\\%s", OrEmpty(path), OrEmpty(name));
+    CCryptoAutoLogger logger("CCryptoRegistry::setRegValue", ccrypto::LoggerMode::quietResultExpected, "%s\\%s", OrEmpty(path),
+                             OrEmpty(name));
 
     if (IsMissing(path) || IsMissing(name))
-        return logger.setRetValue(3, false, "No registry path or value name defined");
+        return logger.fail(false, "No registry path or value name defined");
 
     RegistryKey key;
     if (const std::uint32_t status = key.create(RegistryHive::localMachine, path, false); status != platform::registrySuccess) {

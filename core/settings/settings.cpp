@@ -94,11 +94,11 @@ ICryptoSettings* CCryptoSettings::InstanceOrNull()
 
 CCryptoString CCryptoSettings::ComputerName()
 {
-    CCryptoAutoLogger logger("CCryptoSettings::ComputerName", 1);
+    CCryptoAutoLogger logger("CCryptoSettings::ComputerName", ccrypto::LoggerMode::resultOptional);
 
     const std::string full = platform::ComputerName();
     if (full.empty())
-        return logger.setRetValue(3, CCryptoString(), "The system does not tell the computer's name");
+        return logger.fail(CCryptoString(), "The system does not tell the computer's name");
     const CCryptoString name(std::string_view(full).substr(0, longestComputerName));
-    return logger.setRetValue(1, name, name);
+    return logger.setRetValue(ResultStatus::info, name, name);
 }

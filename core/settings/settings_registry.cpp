@@ -65,7 +65,7 @@ bool CCryptoSettingsRegistry::SetValue(const element& name, const element& value
 
 std::unique_ptr<ICryptoSettingsGroupIterator> CCryptoSettingsRegistry::Group(const char* name)
 {
-    CCryptoAutoLogger logger("CCryptoSettingsRegistry::Group", 2, "%s", OrEmpty(name));
+    CCryptoAutoLogger logger("CCryptoSettingsRegistry::Group", ccrypto::LoggerMode::quietResultExpected, "%s", OrEmpty(name));
 
     platform::RegistryKey key;
     if (const std::uint32_t status = key.open(platform::RegistryHive::localMachine, path_.c_str(), platform::RegistryAccess::read);

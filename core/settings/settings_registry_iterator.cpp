@@ -18,7 +18,8 @@ constexpr std::size_t keyNameRoom = 255 * 4 + 1;
 
 CCryptoSettingsRegistryIter::CCryptoSettingsRegistryIter(const char* group, const platform::RegistryKey& parent)
 {
-    CCryptoAutoLogger logger("CCryptoSettingsRegistryIter::CCryptoSettingsRegistryIter", 2, "%s", OrEmpty(group));
+    CCryptoAutoLogger logger("CCryptoSettingsRegistryIter::CCryptoSettingsRegistryIter", ccrypto::LoggerMode::quietResultExpected,
+                             "%s", OrEmpty(group));
 
     if (group == nullptr || *group == '\0') {
         logger.setError("No group name defined");
@@ -42,7 +43,7 @@ std::unique_ptr<CCryptoSettingsRegistryIter> CCryptoSettingsRegistryIter::Open(c
 
 bool CCryptoSettingsRegistryIter::GetNext(char* name, std::uint32_t size)
 {
-    CCryptoAutoLogger logger("CCryptoSettingsRegistryIter::GetNext", 2);
+    CCryptoAutoLogger logger("CCryptoSettingsRegistryIter::GetNext", ccrypto::LoggerMode::quietResultExpected);
 
     item_.close();
     atItem_ = false;
@@ -50,7 +51,7 @@ bool CCryptoSettingsRegistryIter::GetNext(char* name, std::uint32_t size)
     for (;;) {
         const std::uint32_t status = group_.enumerate(index_, itemName.data(), static_cast<std::uint32_t>(itemName.size()));
         if (status == platform::registryNoMoreItems)
-            return logger.setRetValue(0, false);
+            return logger.setRetValue(ResultStatus::none, false);
         if (status != platform::registrySuccess) {
             logger.setWindowsError(status);
             return false;
@@ -64,23 +65,25 @@ bool CCryptoSettingsRegistryIter::GetNext(char* name, std::uint32_t size)
     atItem_ = true;
     if (const std::uint32_t status = item_.openBelow(group_, name, RegistryAccess::read); status != platform::registrySuccess)
         logger.setWindowsError(status);
-    return logger.setRetValue(1, true, CCryptoString(name));
+    return logger.setRetValue(ResultStatus::info, true, CCryptoString(name));
 }
 
 bool CCryptoSettingsRegistryIter::GetValue(const char* name, char* buffer, std::uint32_t size, std::uint32_t flags)
 {
-    CCryptoAutoLogger logger("CCryptoSettingsRegistryIter::GetValue", 2, "%s", OrEmpty(name));
+    CCryptoAutoLogger logger("CCryptoSettingsRegistryIter::GetValue", ccrypto::LoggerMode::quietResultExpected, "%s",
+                             OrEmpty(name));
 
     std::memset(buffer, 0, size);
     if (name == nullptr)
-        return logger.setRetValue(3, false, "No key or value name defined");
+        return logger.fail(false, "No key or value name defined");
     const std::uint32_t room = size;
     const Answer answer = QueryTerminated(atItem_ ? item_ : group_, name, buffer, size);
     if (answer.status == platform::registrySuccess)
-        return answer.isText ? logger.setRetValue(1, true, CCryptoString(buffer)) : logger.setResult(true);
+        return answer.isText ? logger.setRetValue(ResultStatus::info, true, CCryptoString(buffer)) : logger.setResult(true);
     if (answer.status == platform::registryNotFound) {
         const bool reported = (flags & reportMissing) != 0;
-        return reported ? logger.setRetValue(1, false, "!--Not Found--!") : logger.setRetValue(0, false);
+        return reported ? logger.setRetValue(ResultStatus::info, false, "!--Not Found--!")
+                        : logger.setRetValue(ResultStatus::none, false);
     }
     if (answer.status == platform::registryMoreData)
         logger.WriteError("Value is longer than %u bytes", room != 0 ? room - 1 : 0);
@@ -90,9 +93,9 @@ bool CCryptoSettingsRegistryIter::GetValue(const char* name, char* buffer, std::
 
 bool CCryptoSettingsRegistryIter::SetValue(const element& name, const element& value)
 {
-    CCryptoAutoLogger logger("CCryptoSettingsRegistryIter::SetValue", 2, "%s = %s", CCryptoString(name).c_str(),
-                             CCryptoString(value).c_str());
-    return logger.setRetValue(3, false, "Function is not supported");
+    CCryptoAutoLogger logger("CCryptoSettingsRegistryIter::SetValue", ccrypto::LoggerMode::quietResultExpected, "%s = %s",
+                             CCryptoString(name).c_str(), CCryptoString(value).c_str());
+    return logger.fail(false, "Function is not supported");
 }
 
 std::unique_ptr<ICryptoSettingsGroupIterator> CCryptoSettingsRegistryIter::Group(const char* name)

@@ -17,7 +17,7 @@ bool IsSurrogate(std::uint32_t unit)
 bool Fail(const char* operation, const char* reason)
 {
     CCryptoAutoLogger logger(operation);
-    return logger.setRetValue(3, false, "%s", reason);
+    return logger.fail(false, "%s", reason);
 }
 
 bool FailRead(const char* reason)

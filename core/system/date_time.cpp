@@ -55,14 +55,14 @@ CCryptoDateTime Convert(const CCryptoDateTime& time, bool (*convert)(const Calen
 {
     CalendarTime fields;
     if (!time.isValid() || !convert(time.fields(), fields))
-        return logger.setRetValue(3, CCryptoDateTime(), "Failed to mktime()");
+        return logger.fail(CCryptoDateTime(), "Failed to mktime()");
 
     // Zones differ by whole seconds.
     fields.millisecond = time.fields().millisecond;
     const CCryptoDateTime converted(fields, !time.isUtc());
     if (!converted.isValid())
-        return logger.setRetValue(3, CCryptoDateTime(), "Failed to mktime()");
-    return logger.setRetValue(0, converted);
+        return logger.fail(CCryptoDateTime(), "Failed to mktime()");
+    return logger.setRetValue(ResultStatus::none, converted);
 }
 
 } // namespace
@@ -112,13 +112,13 @@ std::optional<std::int64_t> CCryptoDateTime::toMilliseconds() const
 CCryptoDateTime CCryptoDateTime::toLocalDateTime() const
 {
     CCryptoAutoLogger logger("CCryptoDateTime::toLocalDateTime");
-    return utc_ ? Convert(*this, UtcToLocal, logger) : logger.setRetValue(0, *this);
+    return utc_ ? Convert(*this, UtcToLocal, logger) : logger.setRetValue(ResultStatus::none, *this);
 }
 
 CCryptoDateTime CCryptoDateTime::toUtcDateTime() const
 {
     CCryptoAutoLogger logger("CCryptoDateTime::toUtcDateTime");
-    return utc_ ? logger.setRetValue(0, *this) : Convert(*this, LocalToUtc, logger);
+    return utc_ ? logger.setRetValue(ResultStatus::none, *this) : Convert(*this, LocalToUtc, logger);
 }
 
 CCryptoString CCryptoDateTime::toGeneralizedTime(std::uint32_t fractionDigits) const

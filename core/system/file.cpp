@@ -33,7 +33,7 @@ bool MoveUp(platform::File& file, std::uint64_t from, std::uint64_t to, std::uin
         const auto count = static_cast<std::uint32_t>(std::min(end - from, chunkSize));
         const std::int64_t read = file.readAt(from, chunk.data(), count);
         if (read >= 0 && read < count)
-            return logger.setRetValue(3, false, "The file became shorter meanwhile");
+            return logger.fail(false, "The file became shorter meanwhile");
         if (read < 0 || !file.writeAt(to, chunk.data(), count)) {
             logger.setLastWindowsError();
             return false;
@@ -53,13 +53,14 @@ CCryptoFile::CCryptoFile(const CCryptoString& fileName, Mode mode)
 
 bool CCryptoFile::Open(const CCryptoString& fileName, Mode mode)
 {
-    CCryptoAutoLogger logger("CCryptoFile::Open", 0, "filename=%s, mode=%d", fileName.c_str(), static_cast<int>(mode));
+    CCryptoAutoLogger logger("CCryptoFile::Open", ccrypto::LoggerMode::resultExpected, "filename=%s, mode=%d", fileName.c_str(),
+                             static_cast<int>(mode));
 
     file_.close();
     position_ = 0;
     mode_ = mode;
     if (!IsUsable(fileName))
-        return logger.setRetValue(3, false, unusableName);
+        return logger.fail(false, unusableName);
     if (!file_.open(fileName.c_str(), mode)) {
         logger.setLastWindowsError();
         return false;
@@ -78,18 +79,19 @@ void CCryptoFile::Close()
 
 bool CCryptoFile::Read(std::uint32_t index, std::uint32_t length, element& content)
 {
-    CCryptoAutoLogger logger("CCryptoFile::Read", 0, "index=%d, length=%d", Shown(index), Shown(length));
+    CCryptoAutoLogger logger("CCryptoFile::Read", ccrypto::LoggerMode::resultExpected, "index=%d, length=%d", Shown(index),
+                             Shown(length));
 
     content.clear();
     if (!isOpen())
-        return logger.setRetValue(3, false, notOpen);
+        return logger.fail(false, notOpen);
     const std::int64_t size = file_.size();
     if (size < 0) {
         logger.setLastWindowsError();
         return false;
     }
     if (size < index)
-        return logger.setRetValue(3, false, "size<index");
+        return logger.fail(false, "size<index");
     const auto count =
         static_cast<std::uint32_t>(std::min<std::uint64_t>({length, static_cast<std::uint64_t>(size) - index, lastIndex - index}));
     content.resize(count);
@@ -106,12 +108,13 @@ bool CCryptoFile::Read(std::uint32_t index, std::uint32_t length, element& conte
 
 bool CCryptoFile::Write(std::span<const std::uint8_t> bytes, std::uint32_t index)
 {
-    CCryptoAutoLogger logger("CCryptoFile::Write", 0, "%d bytes, index=%d", Shown(bytes.size()), Shown(index));
+    CCryptoAutoLogger logger("CCryptoFile::Write", ccrypto::LoggerMode::resultExpected, "%d bytes, index=%d", Shown(bytes.size()),
+                             Shown(index));
 
     if (!isOpen())
-        return logger.setRetValue(3, false, notOpen);
+        return logger.fail(false, notOpen);
     if (mode_ == Mode::read)
-        return logger.setRetValue(3, false, notWritable);
+        return logger.fail(false, notWritable);
     const std::int64_t start = mode_ == Mode::append ? file_.size() : index;
     if (start < 0) {
         logger.setLastWindowsError();
@@ -119,7 +122,7 @@ bool CCryptoFile::Write(std::span<const std::uint8_t> bytes, std::uint32_t index
     }
     const auto place = static_cast<std::uint64_t>(start);
     if (place > lastIndex || bytes.size() > lastIndex - place)
-        return logger.setRetValue(3, false, "Files beyond 4 GiB are not supported");
+        return logger.fail(false, "Files beyond 4 GiB are not supported");
     const auto count = static_cast<std::uint32_t>(bytes.size());
     const bool done = mode_ == Mode::append ? file_.append(bytes.data(), count) : file_.writeAt(place, bytes.data(), count);
     if (!done) {
@@ -132,19 +135,20 @@ bool CCryptoFile::Write(std::span<const std::uint8_t> bytes, std::uint32_t index
 
 bool CCryptoFile::Erase(std::uint32_t index, std::uint32_t length)
 {
-    CCryptoAutoLogger logger("CCryptoFile::Erase", 0, "index=%d, length=%d", Shown(index), Shown(length));
+    CCryptoAutoLogger logger("CCryptoFile::Erase", ccrypto::LoggerMode::resultExpected, "index=%d, length=%d", Shown(index),
+                             Shown(length));
 
     if (!isOpen())
-        return logger.setRetValue(3, false, notOpen);
+        return logger.fail(false, notOpen);
     if (mode_ != Mode::write && mode_ != Mode::readWrite)
-        return logger.setRetValue(3, false, notWritable);
+        return logger.fail(false, notWritable);
     const std::int64_t size = file_.size();
     if (size < 0) {
         logger.setLastWindowsError();
         return false;
     }
     if (size < index)
-        return logger.setRetValue(3, false, "size<index");
+        return logger.fail(false, "size<index");
     const auto end = static_cast<std::uint64_t>(size);
     const std::uint64_t count = std::min<std::uint64_t>(length, end - index);
     // With nothing to take out the size stays whatever others have made of it meanwhile.
@@ -165,7 +169,7 @@ std::int64_t CCryptoFile::Size() const
     CCryptoAutoLogger logger("CCryptoFile::Size");
 
     if (!isOpen())
-        return logger.setRetValue(3, std::int64_t{-1}, notOpen);
+        return logger.fail(std::int64_t{-1}, notOpen);
     const std::int64_t size = file_.size();
     if (size < 0)
         logger.setLastWindowsError();
@@ -176,10 +180,10 @@ std::int64_t CCryptoFile::Size() const
 
 std::int64_t CCryptoFile::Size(const CCryptoString& fileName)
 {
-    CCryptoAutoLogger logger("CCryptoFile::Size", 0, "filename=%s", fileName.c_str());
+    CCryptoAutoLogger logger("CCryptoFile::Size", ccrypto::LoggerMode::resultExpected, "filename=%s", fileName.c_str());
 
     if (!IsUsable(fileName))
-        return logger.setRetValue(3, std::int64_t{-1}, unusableName);
+        return logger.fail(std::int64_t{-1}, unusableName);
     platform::File file;
     const std::int64_t size = file.open(fileName.c_str(), Mode::read) ? file.size() : -1;
     if (size < 0)
@@ -191,10 +195,10 @@ std::int64_t CCryptoFile::Size(const CCryptoString& fileName)
 
 bool CCryptoFile::Remove(const CCryptoString& fileName)
 {
-    CCryptoAutoLogger logger("CCryptoFile::Remove", 0, "filename=%s", fileName.c_str());
+    CCryptoAutoLogger logger("CCryptoFile::Remove", ccrypto::LoggerMode::resultExpected, "filename=%s", fileName.c_str());
 
     if (!IsUsable(fileName))
-        return logger.setRetValue(3, false, unusableName);
+        return logger.fail(false, unusableName);
     if (!platform::File::Remove(fileName.c_str())) {
         logger.setLastWindowsError();
         return false;

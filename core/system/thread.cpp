@@ -55,10 +55,10 @@ void CCryptoThread::Enter(void* argument)
 
 bool CCryptoThread::start()
 {
-    CCryptoAutoLogger logger("CCryptoThread::start", 1);
+    CCryptoAutoLogger logger("CCryptoThread::start", ccrypto::LoggerMode::resultOptional);
 
     if (running_.exchange(true))
-        return logger.setRetValue(3, false, "Thread is already running");
+        return logger.fail(false, "Thread is already running");
     if (!thread_.start(Enter, this)) {
         logger.setLastWindowsError();
         running_ = false;
@@ -81,13 +81,13 @@ bool CCryptoThread::awaitEnd(std::uint32_t milliseconds)
 
 bool CCryptoThread::wait(std::uint32_t totalTimeout, std::uint32_t responseTime)
 {
-    CCryptoAutoLogger logger("CCryptoThread::wait", 1);
+    CCryptoAutoLogger logger("CCryptoThread::wait", ccrypto::LoggerMode::resultOptional);
 
     logger.WriteLog("ThreadID=%04X", id());
     if (id() == uninitialised)
         logger.WriteError("FATAL ERROR!");
     if (isThisThread())
-        return logger.setRetValue(3, false, "A thread cannot wait for itself");
+        return logger.fail(false, "A thread cannot wait for itself");
     if (!running_ && awaitEnd(leavingTime))
         return logger.setResult(true);
 
@@ -105,6 +105,6 @@ bool CCryptoThread::wait(std::uint32_t totalTimeout, std::uint32_t responseTime)
         return logger.setResult(true);
     logger.setLastWindowsError();
     if (!logging::EndByForce(id(), [this] { return thread_.terminate() && awaitEnd(0); }))
-        return logger.setRetValue(3, false, "The thread cannot be ended");
+        return logger.fail(false, "The thread cannot be ended");
     return false;
 }

@@ -24,7 +24,7 @@ bool CCryptoAES::setKey(std::span<const std::uint8_t> key)
 
     if (key.size() != 16 && key.size() != 24 && key.size() != 32) {
         clearKey();
-        return logger.setRetValue(3, false, "AES has no keys of %zu bytes", key.size());
+        return logger.fail(false, "AES has no keys of %zu bytes", key.size());
     }
     calls_->expandKey(key_, key.data(), key.size());
     return logger.setResult(true);

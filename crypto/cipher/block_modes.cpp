@@ -18,9 +18,9 @@ bool BlockCipherMode::start(CipherDirection direction, std::span<const std::uint
 
     forget();
     if (key.size() < description_.shortestKey || key.size() > description_.longestKey)
-        return logger.setRetValue(3, false, "%s has no keys of %zu bytes", name(), key.size());
+        return logger.fail(false, "%s has no keys of %zu bytes", name(), key.size());
     if (iv.size() != ivSize())
-        return logger.setRetValue(3, false, "%s needs an initialisation vector of %zu bytes, not %zu", name(), ivSize(), iv.size());
+        return logger.fail(false, "%s needs an initialisation vector of %zu bytes, not %zu", name(), ivSize(), iv.size());
     if (!cipher_->setKey(key))
         return logger.setResult(false);
     std::ranges::copy(iv, chain_.begin());
@@ -65,7 +65,7 @@ bool WholeBlockMode::update(std::span<const std::uint8_t> in, std::uint8_t* out,
     written = 0;
     if (!started()) {
         CCryptoAutoLogger logger("WholeBlockMode::update");
-        return logger.setRetValue(3, false, "No text was started");
+        return logger.fail(false, "No text was started");
     }
     const std::size_t size = cipher().blockSize();
     const std::uint8_t* next = in.data();
@@ -102,12 +102,12 @@ bool WholeBlockMode::final(std::uint8_t* out, std::size_t& written)
     written = 0;
     const std::size_t size = cipher().blockSize();
     if (!started())
-        return logger.setRetValue(3, false, "No text was started");
+        return logger.fail(false, "No text was started");
     if (!padding_ || !encrypting()) {
         const std::size_t wanted = padding_ ? size : 0;
         if (pendingCount_ != wanted) {
             forget();
-            return logger.setRetValue(3, false, "The text is not made of whole blocks of %zu bytes", size);
+            return logger.fail(false, "The text is not made of whole blocks of %zu bytes", size);
         }
     }
     if (padding_ && encrypting()) {
@@ -120,7 +120,7 @@ bool WholeBlockMode::final(std::uint8_t* out, std::size_t& written)
         const std::size_t length = pkcs7::TextLength(pending_.data(), size, good);
         if (!constant_time::Declassify(good)) {
             forget();
-            return logger.setRetValue(3, false, "Wrong padding");
+            return logger.fail(false, "Wrong padding");
         }
         written = constant_time::Declassify(length);
         std::memcpy(out, pending_.data(), written);
@@ -184,7 +184,7 @@ bool StreamMode::update(std::span<const std::uint8_t> in, std::uint8_t* out, std
     written = 0;
     if (!started()) {
         CCryptoAutoLogger logger("StreamMode::update");
-        return logger.setRetValue(3, false, "No text was started");
+        return logger.fail(false, "No text was started");
     }
     const std::size_t size = cipher().blockSize();
     const std::size_t begun = takePending(in.data(), out, in.size());
@@ -205,7 +205,7 @@ bool StreamMode::final(std::uint8_t*, std::size_t& written)
 
     written = 0;
     if (!started())
-        return logger.setRetValue(3, false, "No text was started");
+        return logger.fail(false, "No text was started");
     forget();
     return logger.setResult(true);
 }

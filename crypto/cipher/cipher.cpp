@@ -23,7 +23,7 @@ bool ICryptoCipher::setEffectiveKeyBits(std::uint32_t)
 {
     CCryptoAutoLogger logger("ICryptoCipher::setEffectiveKeyBits");
 
-    return logger.setRetValue(3, false, "%s takes no such number of effective key bits", name());
+    return logger.fail(false, "%s takes no such number of effective key bits", name());
 }
 
 bool ICryptoCipher::update(std::span<const std::uint8_t> in, element& out)
@@ -32,7 +32,7 @@ bool ICryptoCipher::update(std::span<const std::uint8_t> in, element& out)
     if (!FitsElement(out, size)) {
         CCryptoAutoLogger logger("ICryptoCipher::update");
         forget();
-        return logger.setRetValue(3, false, "The text is too long for one buffer");
+        return logger.fail(false, "The text is too long for one buffer");
     }
     out.makeRoom(size);
     std::size_t written = 0;
@@ -47,7 +47,7 @@ bool ICryptoCipher::final(element& out)
     if (!FitsElement(out, size)) {
         CCryptoAutoLogger logger("ICryptoCipher::final");
         forget();
-        return logger.setRetValue(3, false, "The text is too long for one buffer");
+        return logger.fail(false, "The text is too long for one buffer");
     }
     out.makeRoom(size);
     std::size_t written = 0;

@@ -105,8 +105,8 @@ std::unique_ptr<ICryptoCipher> ICryptoCipher::Create(std::uint32_t id)
 
     const auto* const found = std::ranges::find_if(rows, [id](const CipherRow& row) { return row.description.id == id; });
     if (id == algorithm::none || found == std::end(rows))
-        return logger.setRetValue(3, std::unique_ptr<ICryptoCipher>(), "Unsupported cipher: %d", static_cast<int>(id));
-    return logger.setRetValue(0, found->make(found->description));
+        return logger.fail(std::unique_ptr<ICryptoCipher>(), "Unsupported cipher: %d", static_cast<int>(id));
+    return logger.setRetValue(ResultStatus::none, found->make(found->description));
 }
 
 std::unique_ptr<ICryptoCipher> ICryptoCipher::CreateByName(std::string_view name)
@@ -116,8 +116,8 @@ std::unique_ptr<ICryptoCipher> ICryptoCipher::CreateByName(std::string_view name
     const auto* const found =
         std::ranges::find_if(rows, [name](const CipherRow& row) { return SameInAnyCase(row.description.name, name); });
     if (found == std::end(rows))
-        return logger.setRetValue(3, std::unique_ptr<ICryptoCipher>(), "Unsupported cipher name");
-    return logger.setRetValue(0, found->make(found->description));
+        return logger.fail(std::unique_ptr<ICryptoCipher>(), "Unsupported cipher name");
+    return logger.setRetValue(ResultStatus::none, found->make(found->description));
 }
 
 std::span<const char* const> ICryptoCipher::Names()

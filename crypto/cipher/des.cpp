@@ -223,7 +223,7 @@ bool CCryptoDES::setKey(std::span<const std::uint8_t> key)
 
     if (key.size() != 8 && key.size() != 16 && key.size() != 24) {
         clearKey();
-        return logger.setRetValue(3, false, "DES and 3DES have no keys of %zu bytes", key.size());
+        return logger.fail(false, "DES and 3DES have no keys of %zu bytes", key.size());
     }
     const std::size_t passes = key.size() == 8 ? 1 : des::mostPasses;
     encryption_.passes = decryption_.passes = passes;

@@ -49,7 +49,7 @@ bool CCryptoGCM::setTagLength(std::size_t length)
     CCryptoAutoLogger logger("CCryptoGCM::setTagLength");
 
     if (length != 4 && length != 8 && (length < 12 || length > longestTag))
-        return logger.setRetValue(3, false, "A tag has 4, 8 or 12 to 16 bytes, not %zu", length);
+        return logger.fail(false, "A tag has 4, 8 or 12 to 16 bytes, not %zu", length);
     nextTagLength_ = length;
     return logger.setResult(true);
 }
@@ -70,9 +70,9 @@ bool CCryptoGCM::begin(State state, std::span<const std::uint8_t> key, std::span
 
     forget();
     if (key.size() != keySize_)
-        return logger.setRetValue(3, false, "%s has no keys of %zu bytes", name_, key.size());
+        return logger.fail(false, "%s has no keys of %zu bytes", name_, key.size());
     if (iv.empty() || iv.size() > longestData)
-        return logger.setRetValue(3, false, "%s needs an initialisation vector of 1 byte at least", name_);
+        return logger.fail(false, "%s needs an initialisation vector of 1 byte at least", name_);
     tagLength_ = nextTagLength_;
     calls_->cipher->expandKey(cipherKey_, key.data(), key.size());
     Wiped<Block> subkey{};
@@ -138,7 +138,7 @@ bool CCryptoGCM::addAuthenticated(std::span<const std::uint8_t> data)
     const bool begun = state_ == State::encrypting || state_ == State::keeping || state_ == State::checking;
     if (!begun || text_.textBegun || data.size() > longestData - text_.dataLength) {
         forget();
-        return logger.setRetValue(3, false, "Authenticated data comes after the start and before the text, and has an end");
+        return logger.fail(false, "Authenticated data comes after the start and before the text, and has an end");
     }
     text_.dataLength += data.size();
     hashPadded(data);
@@ -159,7 +159,7 @@ bool CCryptoGCM::startChecked()
     CCryptoAutoLogger logger("CCryptoGCM::startChecked");
 
     if (state_ != State::checked)
-        return logger.setRetValue(3, false, "No text was checked");
+        return logger.fail(false, "No text was checked");
     text_ = first_;
     state_ = State::decrypting;
     return logger.setResult(true);
@@ -239,14 +239,14 @@ bool CCryptoGCM::update(std::span<const std::uint8_t> in, std::uint8_t* out, std
     written = 0;
     if (state_ == State::idle || state_ == State::checked) {
         CCryptoAutoLogger logger("CCryptoGCM::update");
-        return logger.setRetValue(3, false, "No text was started");
+        return logger.fail(false, "No text was started");
     }
     if (!takes(in.size())) {
         CCryptoAutoLogger logger("CCryptoGCM::update");
         const bool keeping = state_ == State::keeping;
         forget();
-        return keeping ? logger.setRetValue(3, false, "More than %zu bytes: check the text first, then decrypt it", longestKept)
-                       : logger.setRetValue(3, false, "The text is too long for one initialisation vector");
+        return keeping ? logger.fail(false, "More than %zu bytes: check the text first, then decrypt it", longestKept)
+                       : logger.fail(false, "The text is too long for one initialisation vector");
     }
     beginText();
     switch (state_) {
@@ -321,7 +321,7 @@ bool CCryptoGCM::final(std::uint8_t* out, std::size_t& written)
 
     written = 0;
     if (state_ == State::idle || state_ == State::checked)
-        return logger.setRetValue(3, false, "No text was started");
+        return logger.fail(false, "No text was started");
     beginText();
     bool ok = true;
     if (state_ == State::encrypting) {
@@ -339,8 +339,7 @@ bool CCryptoGCM::final(std::uint8_t* out, std::size_t& written)
     else
         forget();
     return ok ? logger.setResult(true)
-              : logger.setRetValue(3, false,
-                                   "The tag is wrong: the text was changed, or the key, the password or the vector is another one");
+              : logger.fail(false, "The tag is wrong: the text was changed, or the key, the password or the vector is another one");
 }
 
 void CCryptoGCM::forget()

@@ -75,7 +75,7 @@ bool CCryptoRC2::setKey(std::span<const std::uint8_t> key)
 
     clearKey();
     if (key.empty() || key.size() > longestKey)
-        return logger.setRetValue(3, false, "RC2 has no keys of %zu bytes", key.size());
+        return logger.fail(false, "RC2 has no keys of %zu bytes", key.size());
     const std::size_t bits = effectiveBits_ != 0 ? effectiveBits_ : 8 * key.size();
     const std::size_t bytes = (bits + 7) / 8;
     const unsigned lastMask = 0xFFu >> (8 * bytes - bits);

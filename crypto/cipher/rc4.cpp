@@ -11,9 +11,9 @@ bool CCryptoRC4::start(CipherDirection, std::span<const std::uint8_t> key, std::
 
     forget();
     if (key.empty() || key.size() > 256)
-        return logger.setRetValue(3, false, "RC4 has no keys of %zu bytes", key.size());
+        return logger.fail(false, "RC4 has no keys of %zu bytes", key.size());
     if (!iv.empty())
-        return logger.setRetValue(3, false, "RC4 has no initialisation vector");
+        return logger.fail(false, "RC4 has no initialisation vector");
     for (std::uint32_t i = 0; i < 256; ++i)
         state_.permutation[i] = i;
     std::uint32_t j = 0;
@@ -30,7 +30,7 @@ bool CCryptoRC4::update(std::span<const std::uint8_t> in, std::uint8_t* out, std
     written = 0;
     if (!started_) {
         CCryptoAutoLogger logger("CCryptoRC4::update");
-        return logger.setRetValue(3, false, "No text was started");
+        return logger.fail(false, "No text was started");
     }
     std::uint32_t* const s = state_.permutation.data();
     std::uint32_t i = (state_.i + 1) & 0xFF;
@@ -91,7 +91,7 @@ bool CCryptoRC4::final(std::uint8_t*, std::size_t& written)
 
     written = 0;
     if (!started_)
-        return logger.setRetValue(3, false, "No text was started");
+        return logger.fail(false, "No text was started");
     forget();
     return logger.setResult(true);
 }

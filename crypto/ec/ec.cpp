@@ -98,14 +98,14 @@ KeyPointer CCryptoEC::Generate(std::uint32_t curve, ICryptoRandom& random)
     CCryptoAutoLogger logger("CCryptoEC::Generate");
     const CurveFacts* facts = FindCurve(curve);
     if (facts == nullptr)
-        return logger.setRetValue(3, KeyPointer(), "Unsupported curve: %u", curve);
+        return logger.fail(KeyPointer(), "Unsupported curve: %u", curve);
 
     const CurveArithmetic* arithmetic = CurveArithmetic::Of(curve);
     Wiped<std::array<std::uint8_t, mostBytes>> drawn{};
     const std::span<std::uint8_t> scalar = std::span(drawn).first(facts->orderBytes);
     for (int draws = 0; draws < mostDraws; ++draws) {
         if (!random.generate(scalar))
-            return logger.setRetValue(3, KeyPointer(), "No random bytes for a private key");
+            return logger.fail(KeyPointer(), "No random bytes for a private key");
         // Bits above the order's would only make most draws useless.
         if (curve == algorithm::secp521r1 || curve == algorithm::secp160r1)
             scalar[0] &= 1;
@@ -114,7 +114,7 @@ KeyPointer CCryptoEC::Generate(std::uint32_t curve, ICryptoRandom& random)
             return FromPrivate(curve, scalar);
         }
     }
-    return logger.setRetValue(3, KeyPointer(), "Random bytes do not look random");
+    return logger.fail(KeyPointer(), "Random bytes do not look random");
 }
 
 KeyPointer CCryptoEC::FromPrivate(std::uint32_t curve, Bytes scalar)
@@ -122,13 +122,13 @@ KeyPointer CCryptoEC::FromPrivate(std::uint32_t curve, Bytes scalar)
     CCryptoAutoLogger logger("CCryptoEC::FromPrivate");
     const CurveFacts* facts = FindCurve(curve);
     if (facts == nullptr)
-        return logger.setRetValue(3, KeyPointer(), "Unsupported curve: %u", curve);
+        return logger.fail(KeyPointer(), "Unsupported curve: %u", curve);
     if (scalar.size() != facts->orderBytes)
-        return logger.setRetValue(3, KeyPointer(), "A private scalar of %s has %u bytes, not %zu", facts->name, facts->orderBytes,
-                                  scalar.size());
+        return logger.fail(KeyPointer(), "A private scalar of %s has %u bytes, not %zu", facts->name, facts->orderBytes,
+                           scalar.size());
     KeyPointer key(new CCryptoEC(*facts));
     if (!key->setScalar(scalar))
-        return logger.setRetValue(3, KeyPointer(), "Private scalar of %s is 0 or not below the order", facts->name);
+        return logger.fail(KeyPointer(), "Private scalar of %s is 0 or not below the order", facts->name);
     logger.setResult(true);
     return key;
 }
@@ -139,7 +139,7 @@ KeyPointer CCryptoEC::FromPrivate(std::uint32_t curve, Bytes scalar, Bytes point
     KeyPointer key = FromPrivate(curve, scalar);
     const KeyPointer given = key == nullptr ? nullptr : FromPublic(curve, point);
     if (given == nullptr || !key->samePublic(*given))
-        return logger.setRetValue(3, KeyPointer(), "Public point is not the private scalar's");
+        return logger.fail(KeyPointer(), "Public point is not the private scalar's");
     logger.setResult(true);
     return key;
 }
@@ -149,16 +149,16 @@ KeyPointer CCryptoEC::FromPublic(std::uint32_t curve, Bytes point)
     CCryptoAutoLogger logger("CCryptoEC::FromPublic");
     const CurveFacts* facts = FindCurve(curve);
     if (facts == nullptr)
-        return logger.setRetValue(3, KeyPointer(), "Unsupported curve: %u", curve);
+        return logger.fail(KeyPointer(), "Unsupported curve: %u", curve);
     KeyPointer key(new CCryptoEC(*facts));
     if (!key->setPoint(point))
-        return logger.setRetValue(3, KeyPointer(), "Public point is not on %s", facts->name);
+        return logger.fail(KeyPointer(), "Public point is not on %s", facts->name);
     if (!facts->signs) {
         // Any scalar that RFC 7748 clamps finds out points of low order.
         Wiped<Padded> result{};
         constexpr Padded anyScalar{};
         if (!MontgomeryLadder(*facts, result.data(), anyScalar.data(), key->x_.data()))
-            return logger.setRetValue(3, KeyPointer(), "Public point of %s is of low order", facts->name);
+            return logger.fail(KeyPointer(), "Public point of %s is of low order", facts->name);
     }
     logger.setResult(true);
     return key;
@@ -240,7 +240,7 @@ element CCryptoEC::signHash(std::span<const std::uint8_t> digest, SignatureForm 
     CCryptoAutoLogger logger("CCryptoEC::signHash");
     Wiped<std::array<std::uint8_t, freshBytes>> fresh{};
     if (!random.generate(fresh))
-        return logger.setRetValue(3, element(), "No random bytes for a nonce");
+        return logger.fail(element(), "No random bytes for a nonce");
     element signature = sign(digest, form, NonceHash(facts_), fresh);
     logger.setResult(!signature.isEmpty());
     return signature;
@@ -256,12 +256,12 @@ element CCryptoEC::sign(std::span<const std::uint8_t> digest, SignatureForm form
 {
     CCryptoAutoLogger logger("CCryptoEC::sign");
     if (!facts_.signs || !hasPrivate_)
-        return logger.setRetValue(3, element(), "No private key of ECDSA");
+        return logger.fail(element(), "No private key of ECDSA");
     if (digest.empty() || digest.size() > longestDigest)
-        return logger.setRetValue(3, element(), "No digest has %zu bytes", digest.size());
+        return logger.fail(element(), "No digest has %zu bytes", digest.size());
     std::unique_ptr<CCryptoHMAC> mac = CCryptoHMAC::Create(hash);
     if (mac == nullptr)
-        return logger.setRetValue(3, element(), "No hash for the nonce");
+        return logger.fail(element(), "No hash for the nonce");
 
     const CurveArithmetic& arithmetic = *CurveArithmetic::Of(facts_.id);
     const std::uint32_t length = facts_.orderBytes;
@@ -286,9 +286,9 @@ bool CCryptoEC::verifyHash(std::span<const std::uint8_t> digest, std::span<const
     CCryptoAutoLogger logger("CCryptoEC::verifyHash");
     const std::uint32_t length = facts_.orderBytes;
     if (!facts_.signs)
-        return logger.setRetValue(3, false, "%s does not sign", facts_.name);
+        return logger.fail(false, "%s does not sign", facts_.name);
     if (digest.empty() || digest.size() > longestDigest)
-        return logger.setRetValue(3, false, "No digest has %zu bytes", digest.size());
+        return logger.fail(false, "No digest has %zu bytes", digest.size());
 
     element fromDer;
     if (form == SignatureForm::der) {
@@ -296,11 +296,11 @@ bool CCryptoEC::verifyHash(std::span<const std::uint8_t> digest, std::span<const
         signature = fromDer.bytes();
     }
     if (signature.size() != std::size_t{2} * length)
-        return logger.setRetValue(3, false, "Signature is malformed");
+        return logger.fail(false, "Signature is malformed");
     const std::uint32_t coordinate = facts_.fieldBytes;
     if (!CurveArithmetic::Of(facts_.id)->verify(digest, signature.first(length), signature.subspan(length),
                                                 std::span(x_).first(coordinate), std::span(y_).first(coordinate)))
-        return logger.setRetValue(3, false, "Signature is not the key's");
+        return logger.fail(false, "Signature is not the key's");
     return logger.setResult(true);
 }
 
@@ -308,17 +308,17 @@ element CCryptoEC::agree(std::span<const std::uint8_t> point) const
 {
     CCryptoAutoLogger logger("CCryptoEC::agree");
     if (!hasPrivate_)
-        return logger.setRetValue(3, element(), "No private key");
+        return logger.fail(element(), "No private key");
     CCryptoEC peer(facts_);
     if (!peer.setPoint(point))
-        return logger.setRetValue(3, element(), "Public point is not on %s", facts_.name);
+        return logger.fail(element(), "Public point is not on %s", facts_.name);
 
     Wiped<Padded> x{};
     Wiped<Padded> y{};
     const std::uint32_t length = facts_.fieldBytes;
     if (!facts_.signs) {
         if (!MontgomeryLadder(facts_, x.data(), scalar_.data(), peer.x_.data()))
-            return logger.setRetValue(3, element(), "Public point of %s is of low order", facts_.name);
+            return logger.fail(element(), "Public point of %s is of low order", facts_.name);
     } else {
         CurveArithmetic::Of(facts_.id)->multiply(std::span(x).first(length), std::span(y).first(length),
                                                  std::span(peer.x_).first(length), std::span(peer.y_).first(length),

@@ -68,7 +68,7 @@ element EcdsaPairToDer(Bytes pair)
 {
     CCryptoAutoLogger logger("EcdsaPairToDer");
     if (pair.empty() || pair.size() % 2 != 0 || pair.size() > 2 * longestNumber)
-        return logger.setRetValue(3, element(), "A signature of %zu bytes is no pair", pair.size());
+        return logger.fail(element(), "A signature of %zu bytes is no pair", pair.size());
 
     element body;
     AppendInteger(body, pair.first(pair.size() / 2));
@@ -90,7 +90,7 @@ element EcdsaDerToPair(Bytes der, std::uint32_t length)
     std::size_t size = 0;
     if (length > longestNumber || !TakeHeader(der, sequenceTag, size) || size != der.size() || !TakeInteger(der, pair, length) ||
         !TakeInteger(der, pair, length) || !der.empty())
-        return logger.setRetValue(3, element(), "Signature is not the DER of two numbers of the order's length");
+        return logger.fail(element(), "Signature is not the DER of two numbers of the order's length");
     logger.setResult(true);
     return pair;
 }

@@ -175,7 +175,7 @@ std::unique_ptr<ICryptoHash> ICryptoHash::Create(std::uint32_t id)
     if (auto hash = New(id))
         return hash;
     CCryptoAutoLogger logger("ICryptoHash::Create");
-    return logger.setRetValue(3, std::unique_ptr<ICryptoHash>(), "Unsupported hash function: %d", static_cast<int>(id));
+    return logger.fail(std::unique_ptr<ICryptoHash>(), "Unsupported hash function: %d", static_cast<int>(id));
 }
 
 std::unique_ptr<ICryptoHash> ICryptoHash::CreateByName(std::string_view name)
@@ -188,7 +188,7 @@ std::unique_ptr<ICryptoHash> ICryptoHash::CreateByName(std::string_view name)
         if (row.plain == plain)
             return New(row.id);
     CCryptoAutoLogger logger("ICryptoHash::CreateByName");
-    return logger.setRetValue(3, std::unique_ptr<ICryptoHash>(), "Unknown hash function");
+    return logger.fail(std::unique_ptr<ICryptoHash>(), "Unknown hash function");
 }
 
 element ICryptoHash::final()

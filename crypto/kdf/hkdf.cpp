@@ -19,10 +19,10 @@ element CCryptoKeyDerivation::HKDFExtract(std::uint32_t hashId, Bytes salt, Byte
     CCryptoAutoLogger logger("CCryptoKeyDerivation::HKDFExtract");
 
     if (salt.size() > longestInput || secret.size() > longestInput)
-        return logger.setRetValue(3, element(), "Salt or secret is longer than %u bytes", longestInput);
+        return logger.fail(element(), "Salt or secret is longer than %u bytes", longestInput);
     const auto mac = MACOver(hashId);
     if (mac == nullptr)
-        return logger.setRetValue(3, element(), "Unsupported hash function: %d", static_cast<int>(hashId));
+        return logger.fail(element(), "Unsupported hash function: %d", static_cast<int>(hashId));
     // A key of zeros is the empty one, since HMAC fills it up with zeros.
     mac->setKey(salt);
     logger.setResult(true);
@@ -34,14 +34,14 @@ element CCryptoKeyDerivation::HKDFExpand(std::uint32_t hashId, Bytes key, Bytes 
     CCryptoAutoLogger logger("CCryptoKeyDerivation::HKDFExpand");
 
     if (key.size() > longestInput || info.size() > longestInput)
-        return logger.setRetValue(3, element(), "Key or info is longer than %u bytes", longestInput);
+        return logger.fail(element(), "Key or info is longer than %u bytes", longestInput);
     const auto mac = MACOver(hashId);
     if (mac == nullptr)
-        return logger.setRetValue(3, element(), "Unsupported hash function: %d", static_cast<int>(hashId));
+        return logger.fail(element(), "Unsupported hash function: %d", static_cast<int>(hashId));
     if (key.size() < mac->digestSize())
-        return logger.setRetValue(3, element(), "Key is shorter than a digest");
+        return logger.fail(element(), "Key is shorter than a digest");
     if (length == 0 || length > 255 * mac->digestSize())
-        return logger.setRetValue(3, element(), "HKDF gives no key of %u bytes", length);
+        return logger.fail(element(), "HKDF gives no key of %u bytes", length);
 
     mac->setKey(key);
     element derived;

@@ -27,8 +27,8 @@ std::unique_ptr<ICryptoHash> HashFor(CCryptoAutoLogger& logger, const Request& r
 {
     using Limits = CCryptoKeyDerivation;
     const auto refuse = [&logger](const char* what, std::uint64_t value, std::uint64_t most) {
-        return logger.setRetValue(3, std::unique_ptr<ICryptoHash>(), "%s out of bounds: %llu of %llu", what,
-                                  static_cast<unsigned long long>(value), static_cast<unsigned long long>(most));
+        return logger.fail(std::unique_ptr<ICryptoHash>(), "%s out of bounds: %llu of %llu", what,
+                           static_cast<unsigned long long>(value), static_cast<unsigned long long>(most));
     };
     if (request.password.size() > Limits::longestInput)
         return refuse("Length of the password", request.password.size(), Limits::longestInput);
@@ -39,8 +39,7 @@ std::unique_ptr<ICryptoHash> HashFor(CCryptoAutoLogger& logger, const Request& r
 
     auto hash = ICryptoHash::Create(request.hashId);
     if (hash == nullptr || !digest_chain::Knows(request.hashId))
-        return logger.setRetValue(3, std::unique_ptr<ICryptoHash>(), "Unsupported hash function: %d",
-                                  static_cast<int>(request.hashId));
+        return logger.fail(std::unique_ptr<ICryptoHash>(), "Unsupported hash function: %d", static_cast<int>(request.hashId));
     const std::uint64_t digests = (request.length - 1) / hash->digestSize() + 1;
     if (request.iterations == 0 || request.iterations * digests > Limits::mostIterations)
         return refuse("Number of iterations", request.iterations * digests, Limits::mostIterations);
@@ -88,7 +87,7 @@ element CCryptoKeyDerivation::PBKDF1(std::uint32_t hashId, Bytes password, Bytes
     if (hash == nullptr)
         return {};
     if (length > hash->digestSize())
-        return logger.setRetValue(3, element(), "PBKDF1 gives no key of %u bytes", length);
+        return logger.fail(element(), "PBKDF1 gives no key of %u bytes", length);
     hash->update(password);
     hash->update(salt);
     element key = hash->final();
@@ -178,7 +177,7 @@ element CCryptoKeyDerivation::PKCS12Password(std::string_view text)
     given.setType(ElementType::utf8Text);
     element units;
     if (text.size() > longestInput || !given.toUtf16(units))
-        return logger.setRetValue(3, element(), "Password is no text");
+        return logger.fail(element(), "Password is no text");
     units.append(std::string_view("\0\0", 2));
     if constexpr (std::endian::native == std::endian::little)
         for (std::uint32_t i = 0; i + 1 < units.length(); i += 2)

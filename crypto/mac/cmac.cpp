@@ -48,8 +48,8 @@ std::unique_ptr<CCryptoCMAC> CCryptoCMAC::Create(std::uint32_t id)
 
     for (const CmacCipher& cipher : ciphers)
         if (id >= cipher.firstId && id <= cipher.lastId)
-            return logger.setRetValue(0, MakeCmac(cipher));
-    return logger.setRetValue(3, std::unique_ptr<CCryptoCMAC>(), "Unsupported cipher: %d", static_cast<int>(id));
+            return logger.setRetValue(ResultStatus::none, MakeCmac(cipher));
+    return logger.fail(std::unique_ptr<CCryptoCMAC>(), "Unsupported cipher: %d", static_cast<int>(id));
 }
 
 std::unique_ptr<CCryptoCMAC> CCryptoCMAC::CreateByName(std::string_view name)
@@ -61,8 +61,8 @@ std::unique_ptr<CCryptoCMAC> CCryptoCMAC::CreateByName(std::string_view name)
         name.remove_prefix(prefix.size());
     for (const CmacCipher& cipher : ciphers)
         if (SameInAnyCase(name, cipher.name))
-            return logger.setRetValue(0, MakeCmac(cipher));
-    return logger.setRetValue(3, std::unique_ptr<CCryptoCMAC>(), "Unsupported cipher name");
+            return logger.setRetValue(ResultStatus::none, MakeCmac(cipher));
+    return logger.fail(std::unique_ptr<CCryptoCMAC>(), "Unsupported cipher name");
 }
 
 CCryptoCMAC::CCryptoCMAC(const char* cipherName, std::unique_ptr<ICryptoBlockCipher> cipher, std::size_t shortestKey,
@@ -94,7 +94,7 @@ bool CCryptoCMAC::setKey(std::span<const std::uint8_t> key)
     platform::SecureWipe(whole_.data(), whole_.size());
     platform::SecureWipe(short_.data(), short_.size());
     if (key.size() < shortestKey_ || key.size() > longestKey_)
-        return logger.setRetValue(3, false, "%s has no keys of %zu bytes", cipherName_, key.size());
+        return logger.fail(false, "%s has no keys of %zu bytes", cipherName_, key.size());
     if (!cipher_->setKey(key))
         return logger.setResult(false);
     whole_.fill(0);
@@ -136,7 +136,7 @@ bool CCryptoCMAC::final(std::uint8_t* mac)
     if (!hasKey_) {
         CCryptoAutoLogger logger("CCryptoCMAC::final");
         reset();
-        return logger.setRetValue(3, false, "There is no key");
+        return logger.fail(false, "There is no key");
     }
     const std::size_t size = cipher_->blockSize();
     const bool isWhole = pendingCount_ == size;
@@ -178,5 +178,5 @@ bool CCryptoCMAC::verify(std::span<const std::uint8_t> mac)
     const bool same =
         mac.size() == digestSize() && constant_time::Declassify(constant_time::EqualBytes(right, mac.data(), mac.size()));
     platform::SecureWipe(right);
-    return same ? logger.setResult(true) : logger.setRetValue(2, false, "The authentication code is wrong");
+    return same ? logger.setResult(true) : logger.warn(false, "The authentication code is wrong");
 }

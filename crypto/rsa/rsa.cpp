@@ -150,14 +150,14 @@ CCryptoRSA::~CCryptoRSA() = default;
 
 std::unique_ptr<CCryptoRSA> CCryptoRSA::FromPublic(const element& modulus, const element& publicExponent)
 {
-    CCryptoAutoLogger logger("CCryptoRSA::FromPublic", 2);
+    CCryptoAutoLogger logger("CCryptoRSA::FromPublic", ccrypto::LoggerMode::quietResultExpected);
 
     const auto n = WithoutZeros(modulus);
     const auto e = WithoutZeros(publicExponent);
     // Of a new key, it was computed from secrets.
     constant_time::DeclassifyBytes(n.data(), n.size());
     if (const char* wrong = WrongPublicNumbers(n, e))
-        return logger.setRetValue(3, std::unique_ptr<CCryptoRSA>(), "Not an RSA key: %s", wrong);
+        return logger.fail(std::unique_ptr<CCryptoRSA>(), "Not an RSA key: %s", wrong);
     WipedArray<Limb> limbsOfN(limbs::CountFor(8 * n.size()));
     limbs::FromBytes(limbsOfN.data(), limbsOfN.size(), n);
     auto key = std::make_unique<Key>(std::span<const Limb>(limbsOfN.data(), limbsOfN.size()));
@@ -170,14 +170,14 @@ std::unique_ptr<CCryptoRSA> CCryptoRSA::FromPublic(const element& modulus, const
 
 std::unique_ptr<CCryptoRSA> CCryptoRSA::FromPrivate(const CCryptoRSANumbers& numbers)
 {
-    CCryptoAutoLogger logger("CCryptoRSA::FromPrivate", 2);
+    CCryptoAutoLogger logger("CCryptoRSA::FromPrivate", ccrypto::LoggerMode::quietResultExpected);
 
     std::unique_ptr<CCryptoRSA> result = FromPublic(numbers.modulus, numbers.publicExponent);
     if (result == nullptr)
-        return logger.setRetValue(3, std::unique_ptr<CCryptoRSA>(), "Not an RSA key");
+        return logger.fail(std::unique_ptr<CCryptoRSA>(), "Not an RSA key");
     Key& key = *result->key_;
     if (const char* wrong = WrongLengths(numbers, key.n.bits()))
-        return logger.setRetValue(3, std::unique_ptr<CCryptoRSA>(), "Not an RSA key: %s", wrong);
+        return logger.fail(std::unique_ptr<CCryptoRSA>(), "Not an RSA key: %s", wrong);
 
     const auto p = WithoutZeros(numbers.prime1);
     const auto q = WithoutZeros(numbers.prime2);
@@ -188,7 +188,7 @@ std::unique_ptr<CCryptoRSA> CCryptoRSA::FromPrivate(const CCryptoRSANumbers& num
     RSAPrivateNumbers& secret = key.secret.emplace(std::span<const Limb>(limbsOfP.data(), limbsOfP.size()),
                                                    std::span<const Limb>(limbsOfQ.data(), limbsOfQ.size()));
     if (const char* wrong = Assemble(secret, numbers, key.n, key.e))
-        return logger.setRetValue(3, std::unique_ptr<CCryptoRSA>(), "Not an RSA key: %s", wrong);
+        return logger.fail(std::unique_ptr<CCryptoRSA>(), "Not an RSA key: %s", wrong);
     key.blinding.emplace(key.n);
     key.numbers.privateExponent = ToElement(WithoutZeros(numbers.privateExponent));
     key.numbers.prime1 = ToElement(p);
@@ -253,11 +253,11 @@ element GiveNumber(const WipedArray<Limb>& number, std::uint32_t length)
 
 element CCryptoRSA::publicOperation(std::span<const std::uint8_t> input) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::publicOperation", 2);
+    CCryptoAutoLogger logger("CCryptoRSA::publicOperation", ccrypto::LoggerMode::quietResultExpected);
 
     WipedArray<Limb> number(key_->n.limbs());
     if (!TakeNumber(number, key_->n, input))
-        return logger.setRetValue(3, element(), "The input is not below the modulus");
+        return logger.fail(element(), "The input is not below the modulus");
     key_->n.powerPublic(number.data(), number.data(), key_->e);
     logger.setResult(true);
     return GiveNumber(number, bytes());
@@ -265,16 +265,16 @@ element CCryptoRSA::publicOperation(std::span<const std::uint8_t> input) const
 
 element CCryptoRSA::privateOperation(std::span<const std::uint8_t> input) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::privateOperation", 2);
+    CCryptoAutoLogger logger("CCryptoRSA::privateOperation", ccrypto::LoggerMode::quietResultExpected);
 
     if (!isPrivate())
-        return logger.setRetValue(3, element(), "The key is public");
+        return logger.fail(element(), "The key is public");
     WipedArray<Limb> number(key_->n.limbs());
     if (!TakeNumber(number, key_->n, input))
-        return logger.setRetValue(3, element(), "The input is not below the modulus");
+        return logger.fail(element(), "The input is not below the modulus");
     WipedArray<Limb> result(key_->n.limbs());
     if (!key_->privateOperation(result.data(), number.data()))
-        return logger.setRetValue(3, element(), "The private operation failed");
+        return logger.fail(element(), "The private operation failed");
     logger.setResult(true);
     return GiveNumber(result, bytes());
 }

@@ -99,11 +99,11 @@ private:
 
 element CCryptoRSA::encryptPKCS1(std::span<const std::uint8_t> message, ICryptoRandom& random) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::encryptPKCS1", 2);
+    CCryptoAutoLogger logger("CCryptoRSA::encryptPKCS1", ccrypto::LoggerMode::quietResultExpected);
 
     WipedArray<std::uint8_t> block(bytes());
     if (!rsa_encoding::EncodePKCS1Message(block, message, random))
-        return logger.setRetValue(3, element(), "The message cannot be encrypted");
+        return logger.fail(element(), "The message cannot be encrypted");
     element ciphertext = publicOperation(block);
     logger.setResult(!ciphertext.isEmpty());
     return ciphertext;
@@ -111,15 +111,15 @@ element CCryptoRSA::encryptPKCS1(std::span<const std::uint8_t> message, ICryptoR
 
 bool CCryptoRSA::decryptPKCS1(std::span<const std::uint8_t> ciphertext, element& message) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::decryptPKCS1", 2);
+    CCryptoAutoLogger logger("CCryptoRSA::decryptPKCS1", ccrypto::LoggerMode::quietResultExpected);
 
     message = element();
     if (ciphertext.size() != bytes())
-        return logger.setRetValue(3, false, "The ciphertext's length is not the key's");
+        return logger.fail(false, "The ciphertext's length is not the key's");
     element block = privateOperation(ciphertext);
     const Substitute substitute(*this, ciphertext);
     if (block.isEmpty() || !substitute.there())
-        return logger.setRetValue(3, false, "The ciphertext cannot be decrypted");
+        return logger.fail(false, "The ciphertext cannot be decrypted");
     std::uint64_t length = 0;
     const Mask good = rsa_encoding::DecodePKCS1Message(block.bytes(), length);
     constant_time::CopyBytesIf(~good, block.data(), substitute.message().data(), block.length());
@@ -131,17 +131,17 @@ bool CCryptoRSA::decryptPKCS1(std::span<const std::uint8_t> ciphertext, element&
 
 bool CCryptoRSA::unwrapPKCS1(std::span<const std::uint8_t> ciphertext, std::uint32_t length, element& message) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::unwrapPKCS1", 2);
+    CCryptoAutoLogger logger("CCryptoRSA::unwrapPKCS1", ccrypto::LoggerMode::quietResultExpected);
 
     message = element();
     if (ciphertext.size() != bytes())
-        return logger.setRetValue(3, false, "The ciphertext's length is not the key's");
+        return logger.fail(false, "The ciphertext's length is not the key's");
     if (length > bytes() - rsa_encoding::overheadOfPKCS1)
-        return logger.setRetValue(3, false, "The key is too short for such a message");
+        return logger.fail(false, "The key is too short for such a message");
     element block = privateOperation(ciphertext);
     const Substitute substitute(*this, ciphertext);
     if (block.isEmpty() || !substitute.there())
-        return logger.setRetValue(3, false, "The ciphertext cannot be decrypted");
+        return logger.fail(false, "The ciphertext cannot be decrypted");
     std::uint64_t found = 0;
     Mask good = rsa_encoding::DecodePKCS1Message(block.bytes(), found);
     good &= Mask::Equal(found, length);
@@ -153,11 +153,11 @@ bool CCryptoRSA::unwrapPKCS1(std::span<const std::uint8_t> ciphertext, std::uint
 element CCryptoRSA::encryptOAEP(const CCryptoRSAPadding& padding, std::span<const std::uint8_t> message,
                                 ICryptoRandom& random) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::encryptOAEP", 2);
+    CCryptoAutoLogger logger("CCryptoRSA::encryptOAEP", ccrypto::LoggerMode::quietResultExpected);
 
     WipedArray<std::uint8_t> block(bytes());
     if (!rsa_encoding::EncodeOAEP(block, padding, message, random))
-        return logger.setRetValue(3, element(), "The message cannot be encrypted");
+        return logger.fail(element(), "The message cannot be encrypted");
     element ciphertext = publicOperation(block);
     logger.setResult(!ciphertext.isEmpty());
     return ciphertext;
@@ -165,16 +165,16 @@ element CCryptoRSA::encryptOAEP(const CCryptoRSAPadding& padding, std::span<cons
 
 bool CCryptoRSA::decryptOAEP(const CCryptoRSAPadding& padding, std::span<const std::uint8_t> ciphertext, element& message) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::decryptOAEP", 2);
+    CCryptoAutoLogger logger("CCryptoRSA::decryptOAEP", ccrypto::LoggerMode::quietResultExpected);
 
     message = element();
     if (ciphertext.size() != bytes())
-        return logger.setRetValue(3, false, "The ciphertext's length is not the key's");
+        return logger.fail(false, "The ciphertext's length is not the key's");
     element block = privateOperation(ciphertext);
     Mask good = Mask::False();
     std::uint64_t length = 0;
     if (block.isEmpty() || !rsa_encoding::DecodeOAEP({block.data(), block.length()}, padding, good, length) || !Declassify(good))
-        return logger.setRetValue(3, false, "The ciphertext cannot be decrypted");
+        return logger.fail(false, "The ciphertext cannot be decrypted");
     message = LastBytes(block.bytes(), Declassify(length));
     return logger.setResult(true);
 }

@@ -191,10 +191,10 @@ private:
 std::unique_ptr<CCryptoRSA> CCryptoRSA::Generate(std::uint32_t bits, std::uint32_t publicExponent, const Progress& progress,
                                                  ICryptoRandom& random)
 {
-    CCryptoAutoLogger logger("CCryptoRSA::Generate", 0, "%u bits", bits);
+    CCryptoAutoLogger logger("CCryptoRSA::Generate", ccrypto::LoggerMode::resultExpected, "%u bits", bits);
 
     const auto refuse = [&](const char* reason) {
-        return logger.setRetValue(3, std::unique_ptr<CCryptoRSA>(), "No RSA key was generated: %s", reason);
+        return logger.fail(std::unique_ptr<CCryptoRSA>(), "No RSA key was generated: %s", reason);
     };
     if (bits < fewestBits || bits > mostBits || bits % 2 != 0)
         return refuse("the size is not allowed");

@@ -6,11 +6,11 @@
 
 element CCryptoRSA::signPKCS1(std::uint32_t hash, std::span<const std::uint8_t> digest) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::signPKCS1", 2);
+    CCryptoAutoLogger logger("CCryptoRSA::signPKCS1", ccrypto::LoggerMode::quietResultExpected);
 
     WipedArray<std::uint8_t> block(bytes());
     if (!rsa_encoding::EncodePKCS1Signature(block, hash, digest))
-        return logger.setRetValue(3, element(), "The digest cannot be signed");
+        return logger.fail(element(), "The digest cannot be signed");
     element signature = privateOperation(block);
     logger.setResult(!signature.isEmpty());
     return signature;
@@ -19,26 +19,26 @@ element CCryptoRSA::signPKCS1(std::uint32_t hash, std::span<const std::uint8_t> 
 bool CCryptoRSA::verifyPKCS1(std::uint32_t hash, std::span<const std::uint8_t> digest,
                              std::span<const std::uint8_t> signature) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::verifyPKCS1", 2);
+    CCryptoAutoLogger logger("CCryptoRSA::verifyPKCS1", ccrypto::LoggerMode::quietResultExpected);
 
     WipedArray<std::uint8_t> block(bytes());
     if (!rsa_encoding::EncodePKCS1Signature(block, hash, digest))
-        return logger.setRetValue(3, false, "The digest cannot be verified");
+        return logger.fail(false, "The digest cannot be verified");
     if (signature.size() != bytes())
-        return logger.setRetValue(3, false, "The signature's length is not the key's");
+        return logger.fail(false, "The signature's length is not the key's");
     const element encoded = publicOperation(signature);
     if (encoded.isEmpty() || !constant_time::Declassify(constant_time::EqualBytes(encoded.data(), block.data(), block.size())))
-        return logger.setRetValue(3, false, "The signature does not belong to the digest");
+        return logger.fail(false, "The signature does not belong to the digest");
     return logger.setResult(true);
 }
 
 element CCryptoRSA::signPSS(const CCryptoRSAPadding& padding, std::span<const std::uint8_t> digest, ICryptoRandom& random) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::signPSS", 2);
+    CCryptoAutoLogger logger("CCryptoRSA::signPSS", ccrypto::LoggerMode::quietResultExpected);
 
     WipedArray<std::uint8_t> block(bytes());
     if (!rsa_encoding::EncodePSS(block, bits(), padding, digest, random))
-        return logger.setRetValue(3, element(), "The digest cannot be signed");
+        return logger.fail(element(), "The digest cannot be signed");
     element signature = privateOperation(block);
     logger.setResult(!signature.isEmpty());
     return signature;
@@ -47,12 +47,12 @@ element CCryptoRSA::signPSS(const CCryptoRSAPadding& padding, std::span<const st
 bool CCryptoRSA::verifyPSS(const CCryptoRSAPadding& padding, std::span<const std::uint8_t> digest,
                            std::span<const std::uint8_t> signature) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::verifyPSS", 2);
+    CCryptoAutoLogger logger("CCryptoRSA::verifyPSS", ccrypto::LoggerMode::quietResultExpected);
 
     if (signature.size() != bytes())
-        return logger.setRetValue(3, false, "The signature's length is not the key's");
+        return logger.fail(false, "The signature's length is not the key's");
     element encoded = publicOperation(signature);
     if (encoded.isEmpty() || !rsa_encoding::VerifyPSS({encoded.data(), encoded.length()}, bits(), padding, digest))
-        return logger.setRetValue(3, false, "The signature does not belong to the digest");
+        return logger.fail(false, "The signature does not belong to the digest");
     return logger.setResult(true);
 }

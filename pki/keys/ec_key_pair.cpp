@@ -54,32 +54,32 @@ bool CCryptoECKeyPair::verifyHash(std::uint32_t, std::span<const std::uint8_t> d
 element CCryptoECKeyPair::encrypt(std::span<const std::uint8_t>, const SCryptoPadding&) const
 {
     CCryptoAutoLogger logger("CCryptoECKeyPair::encrypt");
-    return logger.setRetValue(3, element(), "%s", doesNotEncipher);
+    return logger.fail(element(), "%s", doesNotEncipher);
 }
 
 bool CCryptoECKeyPair::decrypt(std::span<const std::uint8_t>, element& text, const SCryptoPadding&)
 {
     CCryptoAutoLogger logger("CCryptoECKeyPair::decrypt");
     text.clear();
-    return logger.setRetValue(3, false, "%s", doesNotEncipher);
+    return logger.fail(false, "%s", doesNotEncipher);
 }
 
 bool CCryptoECKeyPair::unwrap(std::span<const std::uint8_t>, std::uint32_t, element& text)
 {
     CCryptoAutoLogger logger("CCryptoECKeyPair::unwrap");
     text.clear();
-    return logger.setRetValue(3, false, "%s", doesNotEncipher);
+    return logger.fail(false, "%s", doesNotEncipher);
 }
 
 element CCryptoECKeyPair::agree(const ICryptoKeyPair& peer)
 {
     CCryptoAutoLogger logger("CCryptoECKeyPair::agree");
     if (peer.curveId() != curveId())
-        return logger.setRetValue(3, element(), "A key on %s does not agree with %s", name(), peer.name());
+        return logger.fail(element(), "A key on %s does not agree with %s", name(), peer.name());
     const std::unique_ptr<ICryptoKeyPair> other = LoadPublicKeyInfo(peer.publicKeyInfo());
     const auto* point = dynamic_cast<const CCryptoECKeyPair*>(other.get());
     if (point == nullptr)
-        return logger.setRetValue(3, element(), "The peer's public key is not to be had");
+        return logger.fail(element(), "The peer's public key is not to be had");
     element secret = key_->agree(point->key().publicPoint().bytes());
     logger.setResult(!secret.isEmpty());
     return secret;

@@ -36,18 +36,18 @@ std::uint32_t KindOf(CCryptoAutoLogger& logger, const CCryptoAlgorithmIdentifier
     if (id == algorithm::ecPublicKey) {
         const CCryptoString oid = OidOfNode(parameters);
         if (oid.isEmpty())
-            return logger.setRetValue(3, 0u, "The curve is not given by its name");
+            return logger.fail(0u, "The curve is not given by its name");
         const CurveFacts* curve = FindCurve(AlgorithmOfOid(oid.view()));
         if (curve == nullptr || !curve->signs)
-            return logger.setRetValue(3, 0u, "The curve is not one of ours");
+            return logger.fail(0u, "The curve is not one of ours");
         return curve->id;
     }
     if (id != algorithm::rsaEncryption && !IsCurveByItself(id))
-        return logger.setRetValue(3, 0u, "Algorithm %u is not one of keys", id);
+        return logger.fail(0u, "Algorithm %u is not one of keys", id);
     // Some leave out the NULL that RSA has.
     const bool isNull = parameters != nullptr && parameters->type() == ElementType::asn1Null;
     if (parameters != nullptr && !(isNull && id == algorithm::rsaEncryption))
-        return logger.setRetValue(3, 0u, "Keys of algorithm %u have no such parameters", id);
+        return logger.fail(0u, "Keys of algorithm %u have no such parameters", id);
     return id;
 }
 
@@ -70,15 +70,15 @@ KeyPair PairOfECPrivateKey(CCryptoAutoLogger& logger, const element& der, std::u
 {
     CCryptoECPrivateKeyObject object;
     if (!object.ParseDer(der))
-        return logger.setRetValue(3, KeyPair(), "It is no ECPrivateKey");
+        return logger.fail(KeyPair(), "It is no ECPrivateKey");
     if (!object.curveOid.isEmpty()) {
         const CurveFacts* named = FindCurve(AlgorithmOfOid(object.curveOid.view()));
         if (named == nullptr || !named->signs || (curve != 0 && named->id != curve))
-            return logger.setRetValue(3, KeyPair(), "The curve is not one of ours, or not the one it belongs to");
+            return logger.fail(KeyPair(), "The curve is not one of ours, or not the one it belongs to");
         curve = named->id;
     }
     if (curve == 0)
-        return logger.setRetValue(3, KeyPair(), "The curve is not named");
+        return logger.fail(KeyPair(), "The curve is not named");
     if (object.publicPoint.isEmpty())
         return PairOf(CCryptoEC::FromPrivate(curve, object.scalar.bytes()));
     return PairOf(CCryptoEC::FromPrivate(curve, object.scalar.bytes(), object.publicPoint.bytes()));
@@ -89,7 +89,7 @@ KeyPair PairOfCurvePrivateKey(CCryptoAutoLogger& logger, const element& der, std
 {
     CCryptoASN1OctetStringObject object;
     if (!object.ParseDer(der))
-        return logger.setRetValue(3, KeyPair(), "It is no CurvePrivateKey");
+        return logger.fail(KeyPair(), "It is no CurvePrivateKey");
     return PairOf(CCryptoEC::FromPrivate(curve, object.bytes().bytes()));
 }
 
@@ -110,7 +110,7 @@ std::unique_ptr<ICryptoKeyPair> LoadPublicKeyInfo(const element& der)
     CCryptoAutoLogger logger("LoadPublicKeyInfo");
     CCryptoSubjectPublicKeyInfo info;
     if (!info.ParseDer(der))
-        return logger.setRetValue(3, KeyPair(), "It is no SubjectPublicKeyInfo");
+        return logger.fail(KeyPair(), "It is no SubjectPublicKeyInfo");
     const std::uint32_t kind = KindOf(logger, info.algorithm);
     if (kind == 0)
         return nullptr;
@@ -141,7 +141,7 @@ std::unique_ptr<ICryptoKeyPair> LoadPrivateKeyInfo(const element& der)
     CCryptoAutoLogger logger("LoadPrivateKeyInfo");
     CCryptoPrivateKeyInfo info;
     if (!info.ParseDer(der))
-        return logger.setRetValue(3, KeyPair(), "It is no PrivateKeyInfo");
+        return logger.fail(KeyPair(), "It is no PrivateKeyInfo");
     const std::uint32_t kind = KindOf(logger, info.algorithm);
     if (kind == 0)
         return nullptr;
@@ -160,7 +160,7 @@ element PrivateKeyInfoOf(const CCryptoRSA& key)
 {
     CCryptoAutoLogger logger("PrivateKeyInfoOf");
     if (!key.isPrivate())
-        return logger.setRetValue(3, element(), "The key has no private half");
+        return logger.fail(element(), "The key has no private half");
     CCryptoPrivateKeyInfo info;
     SetRSAAlgorithm(info.algorithm);
     info.privateKey = RSAPrivateKeyOf(key);
@@ -172,7 +172,7 @@ element PrivateKeyInfoOf(const CCryptoEC& key)
 {
     CCryptoAutoLogger logger("PrivateKeyInfoOf");
     if (!key.hasPrivate())
-        return logger.setRetValue(3, element(), "The key has no private half");
+        return logger.fail(element(), "The key has no private half");
     CCryptoPrivateKeyInfo info;
     SetAlgorithm(info.algorithm, key.curve());
     info.privateKey =
@@ -186,7 +186,7 @@ std::unique_ptr<ICryptoKeyPair> LoadRSAPublicKey(const element& der)
     CCryptoAutoLogger logger("LoadRSAPublicKey");
     CCryptoRSAPublicKeyObject object;
     if (!object.ParseDer(der))
-        return logger.setRetValue(3, KeyPair(), "It is no RSAPublicKey");
+        return logger.fail(KeyPair(), "It is no RSAPublicKey");
     KeyPair key = PairOf(CCryptoRSA::FromPublic(object.numbers.modulus, object.numbers.publicExponent));
     logger.setResult(key != nullptr);
     return key;
@@ -197,7 +197,7 @@ std::unique_ptr<ICryptoKeyPair> LoadRSAPrivateKey(const element& der)
     CCryptoAutoLogger logger("LoadRSAPrivateKey");
     CCryptoRSAPrivateKeyObject object;
     if (!object.ParseDer(der))
-        return logger.setRetValue(3, KeyPair(), "It is no RSAPrivateKey of two primes");
+        return logger.fail(KeyPair(), "It is no RSAPrivateKey of two primes");
     KeyPair key = PairOf(CCryptoRSA::FromPrivate(object.numbers));
     logger.setResult(key != nullptr);
     return key;
@@ -215,7 +215,7 @@ element RSAPrivateKeyOf(const CCryptoRSA& key)
 {
     CCryptoAutoLogger logger("RSAPrivateKeyOf");
     if (!key.isPrivate())
-        return logger.setRetValue(3, element(), "The key has no private half");
+        return logger.fail(element(), "The key has no private half");
     CCryptoRSAPrivateKeyObject object;
     object.numbers = key.numbers();
     logger.setResult(true);
@@ -235,7 +235,7 @@ element ECPrivateKeyOf(const CCryptoEC& key)
 {
     CCryptoAutoLogger logger("ECPrivateKeyOf");
     if (!key.hasPrivate() || !key.curve().signs)
-        return logger.setRetValue(3, element(), "The key has no private half, or no form of its own for it");
+        return logger.fail(element(), "The key has no private half, or no form of its own for it");
     logger.setResult(true);
     return ECPrivateKeyObjectOf(key, true);
 }

@@ -111,7 +111,7 @@ std::unique_ptr<ICryptoKeyPair> CCryptoKeyFile::Load(std::span<const std::uint8_
             refuse("it holds no key that can be read");
     }
     if (key == nullptr)
-        return logger.setRetValue(3, std::unique_ptr<ICryptoKeyPair>(), "Key loading failed: %s", reason_.c_str());
+        return logger.fail(std::unique_ptr<ICryptoKeyPair>(), "Key loading failed: %s", reason_.c_str());
     logger.setResult(true);
     return key;
 }
@@ -179,7 +179,7 @@ element CCryptoKeyFile::Save(const ICryptoKeyPair& key, KeyForm form, std::strin
     element der = save(key, form, password, encryption);
     if (der.isEmpty()) {
         refuse("the key does not have this form");
-        return logger.setRetValue(3, element(), "Key saving failed: %s", reason_.c_str());
+        return logger.fail(element(), "Key saving failed: %s", reason_.c_str());
     }
     logger.setResult(true);
     return der;

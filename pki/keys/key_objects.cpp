@@ -190,15 +190,15 @@ bool CCryptoECPrivateKeyObject::ParseNode()
 {
     CCryptoAutoLogger logger("CCryptoECPrivateKeyObject::ParseNode");
     if (!HasVersion(*this, 1, 1))
-        return logger.setRetValue(3, false, "The version of the key is not 1");
+        return logger.fail(false, "The version of the key is not 1");
     if (!HasItems(data(), 2u + isBound("parameters") + isBound("publicKey")))
-        return logger.setRetValue(3, false, "More than a key stands in it");
+        return logger.fail(false, "More than a key stands in it");
     scalar = Octets(findBytes("privateKey"));
     publicPoint = Octets(findBytes("publicKey"));
     if (const elementNode* parameters = find("parameters"); parameters != nullptr) {
         curveOid = OidOfNode(parameters);
         if (curveOid.isEmpty())
-            return logger.setRetValue(3, false, "The curve is not given by its name");
+            return logger.fail(false, "The curve is not given by its name");
     }
     return logger.setResult(true);
 }

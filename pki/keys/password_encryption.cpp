@@ -87,16 +87,16 @@ bool ReadCipher(CCryptoAutoLogger& logger, const CCryptoPBES2Parameters& paramet
         if (recipe.keyLength == 0)
             recipe.keyLength = cipher->keyLength;
         if (recipe.keyLength != cipher->keyLength || recipe.iv.length() != cipher->ivLength)
-            return logger.setRetValue(3, false, "The key length or the initialisation vector is not the cipher's");
+            return logger.fail(false, "The key length or the initialisation vector is not the cipher's");
         return true;
     }
     if (parameters.cipher != algorithm::rc2Cbc)
-        return logger.setRetValue(3, false, "Unsupported cipher: %u", parameters.cipher);
+        return logger.fail(false, "Unsupported cipher: %u", parameters.cipher);
     if (recipe.keyLength == 0)
         recipe.keyLength = 16;
     recipe.effectiveBits = parameters.rc2EffectiveBits;
     if (recipe.keyLength > 128 || recipe.iv.length() != desBlock || recipe.effectiveBits == 0)
-        return logger.setRetValue(3, false, "The parameters of RC2 make no sense");
+        return logger.fail(false, "The parameters of RC2 make no sense");
     return true;
 }
 
@@ -106,14 +106,14 @@ bool ReadPBES2(CCryptoAutoLogger& logger, const elementNode* node, Recipe& recip
     CCryptoPBES2Parameters rc2(CCryptoPBES2Parameters::Form::rc2);
     const bool isPlain = plain.Parse(node);
     if (!isPlain && !rc2.Parse(node))
-        return logger.setRetValue(3, false, "The parameters of PBES2 are not understood");
+        return logger.fail(false, "The parameters of PBES2 are not understood");
     const CCryptoPBES2Parameters& parameters = isPlain ? plain : rc2;
     recipe.salt = parameters.salt;
     recipe.iterations = parameters.iterations;
     recipe.prf = parameters.prf;
     // A hash by itself is no pseudorandom function.
     if (HashOfHMAC(recipe.prf) == recipe.prf)
-        return logger.setRetValue(3, false, "Unsupported pseudorandom function: %u", recipe.prf);
+        return logger.fail(false, "Unsupported pseudorandom function: %u", recipe.prf);
     return ReadCipher(logger, parameters, recipe);
 }
 
@@ -121,10 +121,10 @@ bool ReadPKCS12(CCryptoAutoLogger& logger, const CCryptoAlgorithmIdentifier& how
 {
     recipe.scheme = FindPKCS12Scheme(how.id());
     if (recipe.scheme == nullptr)
-        return logger.setRetValue(3, false, "Unsupported password based encryption: %u", how.id());
+        return logger.fail(false, "Unsupported password based encryption: %u", how.id());
     CCryptoPKCS12Parameters parameters;
     if (!parameters.Parse(how.parameters()))
-        return logger.setRetValue(3, false, "The parameters of the encryption are not understood");
+        return logger.fail(false, "The parameters of the encryption are not understood");
     recipe.cipher = recipe.scheme->cipher;
     recipe.salt = parameters.salt;
     recipe.iterations = parameters.iterations;
@@ -141,7 +141,7 @@ bool ReadRecipe(CCryptoAutoLogger& logger, const CCryptoAlgorithmIdentifier& how
     const bool isPKCS12 = recipe.scheme != nullptr;
     return CCryptoKeyDerivation::Allows(isPKCS12 ? std::uint32_t{algorithm::sha1} : recipe.prf, recipe.salt.bytes(),
                                         recipe.iterations, isPKCS12 ? recipe.scheme->keyLength : recipe.keyLength) ||
-           logger.setRetValue(3, false, "No key can be derived so");
+           logger.fail(false, "No key can be derived so");
 }
 
 struct KeyAndVector {
@@ -183,7 +183,7 @@ bool Derive(CCryptoAutoLogger& logger, const Recipe& recipe, std::string_view pa
 {
     const bool isDerived =
         recipe.scheme != nullptr ? DerivePKCS12(recipe, password, derived) : DerivePBES2(recipe, password, derived);
-    return isDerived || logger.setRetValue(3, false, "No key can be derived so");
+    return isDerived || logger.fail(false, "No key can be derived so");
 }
 
 std::unique_ptr<ICryptoCipher> CipherOf(const Recipe& recipe)
@@ -210,25 +210,25 @@ bool Describe(CCryptoAutoLogger& logger, const SCryptoPasswordEncryption& wanted
     if (wanted.scheme == algorithm::pbes2) {
         const CipherKey* cipher = FindPBES2Cipher(wanted.cipher);
         if (cipher == nullptr)
-            return logger.setRetValue(3, false, "Unsupported cipher: %u", wanted.cipher);
+            return logger.fail(false, "Unsupported cipher: %u", wanted.cipher);
         CCryptoPBES2Parameters parameters;
         parameters.cipher = wanted.cipher;
         parameters.prf = wanted.prf;
         parameters.iterations = wanted.iterations;
         if (!FreshBytes(random, saltLength, parameters.salt) || !FreshBytes(random, cipher->ivLength, parameters.iv))
-            return logger.setRetValue(3, false, "There are no random bytes");
+            return logger.fail(false, "There are no random bytes");
         tree = parameters.BuildTree();
     } else {
         CCryptoPKCS12Parameters parameters;
         parameters.iterations = wanted.iterations;
         if (!FreshBytes(random, saltLength, parameters.salt))
-            return logger.setRetValue(3, false, "There are no random bytes");
+            return logger.fail(false, "There are no random bytes");
         tree = parameters.BuildTree();
     }
     how.setId(wanted.scheme);
     how.setNullParameters(false);
     how.setParameters(tree.get());
-    return tree != nullptr || logger.setRetValue(3, false, "The encryption cannot be described");
+    return tree != nullptr || logger.fail(false, "The encryption cannot be described");
 }
 
 } // namespace
@@ -246,7 +246,7 @@ element CCryptoPasswordEncryption::Encrypt(const SCryptoPasswordEncryption& para
     element ciphertext;
     const std::unique_ptr<ICryptoCipher> cipher = CipherOf(recipe);
     if (cipher == nullptr || !cipher->encrypt(derived.key.bytes(), derived.iv.bytes(), text, ciphertext))
-        return logger.setRetValue(3, element(), "Encryption failed");
+        return logger.fail(element(), "Encryption failed");
     logger.setResult(true);
     return ciphertext;
 }
@@ -270,7 +270,7 @@ bool CCryptoPasswordEncryption::Decrypt(const CCryptoAlgorithmIdentifier& how, s
     const std::unique_ptr<ICryptoCipher> cipher = CipherOf(recipe);
     if (cipher == nullptr || !cipher->decrypt(derived.key.bytes(), derived.iv.bytes(), ciphertext, text)) {
         text = {};
-        return logger.setRetValue(3, false, "The password is wrong, or the data is damaged");
+        return logger.fail(false, "The password is wrong, or the data is damaged");
     }
     return logger.setResult(true);
 }

@@ -74,5 +74,5 @@ bool CCryptoRSAKeyPair::unwrap(std::span<const std::uint8_t> ciphertext, std::ui
 element CCryptoRSAKeyPair::agree(const ICryptoKeyPair&)
 {
     CCryptoAutoLogger logger("CCryptoRSAKeyPair::agree");
-    return logger.setRetValue(3, element(), "An RSA key does not agree on secrets");
+    return logger.fail(element(), "An RSA key does not agree on secrets");
 }

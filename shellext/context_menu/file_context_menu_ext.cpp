@@ -70,10 +70,10 @@ HRESULT FileContextMenuExt::Initialize(PCIDLIST_ABSOLUTE, IDataObject* selection
         CCryptoAutoLogger logger("FileContextMenuExt::Initialize");
 
         if (selection == nullptr)
-            return logger.setRetValue(3, E_INVALIDARG);
+            return logger.fail(E_INVALIDARG);
         DroppedFiles files(*selection);
         if (!files.isOpen())
-            return logger.setRetValue(2, E_FAIL);
+            return logger.warn(E_FAIL);
 
         UINT count = files.count();
         if (count >= 2 && !multipleAllowed_) {
@@ -81,7 +81,7 @@ HRESULT FileContextMenuExt::Initialize(PCIDLIST_ABSOLUTE, IDataObject* selection
             count = 0;
         }
         // A selection that is not for this handler is no failure of the operation.
-        return logger.setRetValue(0, takeFiles(files, count, logger));
+        return logger.setRetValue(ResultStatus::none, takeFiles(files, count, logger));
     });
 }
 
@@ -114,7 +114,7 @@ HRESULT FileContextMenuExt::QueryContextMenu(HMENU menu, UINT index, UINT idCmdF
         CCryptoAutoLogger logger("FileContextMenuExt::QueryContextMenu");
 
         if ((flags & CMF_DEFAULTONLY) != 0)
-            return logger.setRetValue(0, S_OK);
+            return logger.setRetValue(ResultStatus::none, S_OK);
 
         MENUITEMINFOW entry = {};
         static_assert(sizeof entry == 80);
@@ -132,8 +132,8 @@ HRESULT FileContextMenuExt::QueryContextMenu(HMENU menu, UINT index, UINT idCmdF
         separator.fType = MFT_SEPARATOR;
 
         if (!InsertMenuItemW(menu, index, TRUE, &entry) || !InsertMenuItemW(menu, index + 1, TRUE, &separator))
-            return logger.setRetValue(3, ResultFromLastError());
-        return logger.setRetValue(0, MAKE_HRESULT(SEVERITY_SUCCESS, FACILITY_NULL, 1));
+            return logger.fail(ResultFromLastError());
+        return logger.setRetValue(ResultStatus::none, MAKE_HRESULT(SEVERITY_SUCCESS, FACILITY_NULL, 1));
     });
 }
 
@@ -143,16 +143,16 @@ HRESULT FileContextMenuExt::InvokeCommand(CMINVOKECOMMANDINFO* command) noexcept
         CCryptoAutoLogger logger("FileContextMenuExt::InvokeCommand");
 
         if (command == nullptr)
-            return logger.setRetValue(3, E_INVALIDARG);
+            return logger.fail(E_INVALIDARG);
         // Only the low 16 bits are looked at: a verb by name is a pointer, and refused unless it is a multiple of 64 KiB.
         if (LOWORD(reinterpret_cast<UINT_PTR>(command->lpVerb)) != 0)
-            return logger.setRetValue(3, E_FAIL);
+            return logger.fail(E_FAIL);
 
         CGUIClient client(false);
         if (client.status() != 0)
-            return logger.setRetValue(3, E_FAIL);
+            return logger.fail(E_FAIL);
         client.SetPdfDocumentToSign(selectedFiles_);
-        return logger.setRetValue(0, S_OK);
+        return logger.setRetValue(ResultStatus::none, S_OK);
     });
 }
 
@@ -162,12 +162,12 @@ HRESULT FileContextMenuExt::GetCommandString(UINT_PTR command, UINT kind, UINT*,
         CCryptoAutoLogger logger("FileContextMenuExt::GetCommandString");
 
         if (command != 0)
-            return logger.setRetValue(3, E_INVALIDARG);
+            return logger.fail(E_INVALIDARG);
         HRESULT result = S_OK;
         if (kind == GCS_VERBW)
             result = CopyBounded(reinterpret_cast<wchar_t*>(name), capacity, commandName);
         else if (kind == GCS_HELPTEXTW)
             result = CopyBounded(reinterpret_cast<wchar_t*>(name), capacity, helpText_);
-        return logger.setRetValue(SUCCEEDED(result) ? 0 : 2, result);
+        return logger.setRetValue(SUCCEEDED(result) ? ResultStatus::none : ResultStatus::warning, result);
     });
 }

@@ -22,6 +22,8 @@
 
 namespace {
 
+using Mode = ccrypto::LoggerMode;
+using Status = ResultStatus;
 using Lines = std::vector<std::string>;
 
 const std::string outerRule(40, '=');
@@ -37,7 +39,7 @@ std::string Ids()
 std::size_t DepthOfNextOperation(const CollectedLog& log)
 {
     log.setLevel(1000);
-    const CCryptoAutoLogger logger("", 1);
+    const CCryptoAutoLogger logger("", Mode::resultOptional);
     return log.texts().back().find(' ');
 }
 
@@ -76,9 +78,9 @@ TEST(LogLine, IsNeverForgedByItsText)
 
 struct ExitCase {
     const char* name;
-    std::uint32_t mode;
+    Mode mode;
     const char* arguments;
-    std::optional<std::int32_t> status;
+    std::optional<Status> status;
     const char* message;
     std::vector<std::string> texts;
 };
@@ -103,19 +105,24 @@ TEST_P(ExitOfLogger, FollowsModeAndStatus)
 }
 
 const ExitCase exitCases[] = {
-    {"forgotten result", 0, nullptr, {}, nullptr, {"A::B - IN", "A::B - OUT WITH WARNING"}},
-    {"no result asked for", 1, nullptr, {}, nullptr, {"A::B - IN", "A::B - OUT"}},
-    {"none", 0, nullptr, 0, "unused", {"A::B - IN", "A::B - OUT"}},
-    {"info", 0, nullptr, 1, "x", {"A::B - IN", "A::B - OUT", "INFO: x"}},
-    {"warning", 1, nullptr, 2, "x", {"A::B - IN", "A::B - OUT WITH WARNING", "WARNING: x"}},
-    {"error", 0, nullptr, 3, "x", {"A::B - IN", "A::B - OUT WITH ERROR", "ERROR: x"}},
-    {"arguments come first in the message", 1, "c", 3, "x", {"A::B(c) - IN", "A::B - OUT WITH ERROR", "ERROR: c x"}},
-    {"no status", 0, nullptr, 4, "unused", {"A::B - IN", "A::B- OUT"}},
-    {"negative status", 3, nullptr, -1, nullptr, {"A::B- OUT"}},
-    {"quiet, forgotten", 2, "c", {}, nullptr, {"A::B(c) :  - WARNING"}},
-    {"quiet, no result asked for", 3, nullptr, {}, nullptr, {"A::B - OK"}},
-    {"quiet message", 2, "c", 1, "done", {"A::B(c) : done"}},
-    {"quiet error without text", 3, nullptr, 3, nullptr, {"A::B - ERROR"}},
+    {"forgotten result", Mode::resultExpected, nullptr, {}, nullptr, {"A::B - IN", "A::B - OUT WITH WARNING"}},
+    {"no result asked for", Mode::resultOptional, nullptr, {}, nullptr, {"A::B - IN", "A::B - OUT"}},
+    {"none", Mode::resultExpected, nullptr, Status::none, "unused", {"A::B - IN", "A::B - OUT"}},
+    {"info", Mode::resultExpected, nullptr, Status::info, "x", {"A::B - IN", "A::B - OUT", "INFO: x"}},
+    {"warning", Mode::resultOptional, nullptr, Status::warning, "x", {"A::B - IN", "A::B - OUT WITH WARNING", "WARNING: x"}},
+    {"error", Mode::resultExpected, nullptr, Status::error, "x", {"A::B - IN", "A::B - OUT WITH ERROR", "ERROR: x"}},
+    {"arguments come first in the message",
+     Mode::resultOptional,
+     "c",
+     Status::error,
+     "x",
+     {"A::B(c) - IN", "A::B - OUT WITH ERROR", "ERROR: c x"}},
+    {"no status", Mode::resultExpected, nullptr, Status{4}, "unused", {"A::B - IN", "A::B- OUT"}},
+    {"negative status", Mode::quiet, nullptr, Status{-1}, nullptr, {"A::B- OUT"}},
+    {"quiet, forgotten", Mode::quietResultExpected, "c", {}, nullptr, {"A::B(c) :  - WARNING"}},
+    {"quiet, no result asked for", Mode::quiet, nullptr, {}, nullptr, {"A::B - OK"}},
+    {"quiet message", Mode::quietResultExpected, "c", Status::info, "done", {"A::B(c) : done"}},
+    {"quiet error without text", Mode::quiet, nullptr, Status::error, nullptr, {"A::B - ERROR"}},
 };
 
 INSTANTIATE_TEST_SUITE_P(Modes, ExitOfLogger, testing::ValuesIn(exitCases), [](const testing::TestParamInfo<ExitCase>& exitCase) {
@@ -128,15 +135,15 @@ TEST(AutoLogger, IndentsWhatIsNestedAndRulesOffTheOuterTwo)
 {
     CollectedLog log(5);
     {
-        CCryptoAutoLogger outer("Outer", 1);
+        CCryptoAutoLogger outer("Outer", Mode::resultOptional);
         {
-            CCryptoAutoLogger middle("Middle", 1);
-            CCryptoAutoLogger inner("Inner", 1);
+            CCryptoAutoLogger middle("Middle", Mode::resultOptional);
+            CCryptoAutoLogger inner("Inner", Mode::resultOptional);
             inner.WriteLog("note");
             inner.WriteError("%s", "bad");
             inner.WriteErrorEx("worse");
         }
-        std::thread([] { CCryptoAutoLogger other("OtherThread", 3); }).join();
+        std::thread([] { CCryptoAutoLogger other("OtherThread", Mode::quiet); }).join();
     }
     EXPECT_EQ(log.texts(),
               (Lines{"Outer - IN", "-Middle - IN", "--Inner - IN", "--note", "--ERROR in Inner: bad", "--ERROR: worse",
@@ -147,12 +154,12 @@ TEST(AutoLogger, CountsWhatItDoesNotShow)
 {
     CollectedLog log(2);
     {
-        CCryptoAutoLogger first("0", 1);
-        CCryptoAutoLogger second("1", 1);
+        CCryptoAutoLogger first("0", Mode::resultOptional);
+        CCryptoAutoLogger second("1", Mode::resultOptional);
         log.clear();
         {
             CCryptoAutoLogger third("2");
-            CCryptoAutoLogger fourth("3", 0, "%d", 1);
+            CCryptoAutoLogger fourth("3", Mode::resultExpected, "%d", 1);
             third.WriteLog("hidden");
             fourth.WriteError("hidden");
             fourth.WriteErrorEx("hidden");
@@ -171,16 +178,16 @@ TEST(AutoLogger, KeepsTheCountWhenTheLevelChangesInBetween)
     CollectedLog log(0);
     {
         CCryptoAutoLogger uncounted("uncounted");
-        EXPECT_EQ(uncounted.status(), 0);
+        EXPECT_EQ(uncounted.status(), Status::none);
         log.setLevel(9);
-        CCryptoAutoLogger counted("counted", 1);
+        CCryptoAutoLogger counted("counted", Mode::resultOptional);
         log.setLevel(0);
     }
     log.setLevel(9);
     {
-        auto uncounted = std::make_unique<CCryptoAutoLogger>("counted", 1);
+        auto uncounted = std::make_unique<CCryptoAutoLogger>("counted", Mode::resultOptional);
         log.setLevel(0);
-        CCryptoAutoLogger inner("inner", 1);
+        CCryptoAutoLogger inner("inner", Mode::resultOptional);
         log.setLevel(9);
         uncounted.reset();
     }
@@ -189,7 +196,7 @@ TEST(AutoLogger, KeepsTheCountWhenTheLevelChangesInBetween)
 
     std::vector<std::unique_ptr<CCryptoAutoLogger>> nested;
     for (int depth = 0; depth <= 40; ++depth)
-        nested.push_back(std::make_unique<CCryptoAutoLogger>("n", 3));
+        nested.push_back(std::make_unique<CCryptoAutoLogger>("n", Mode::quiet));
     log.setLevel(41);
     nested.back()->WriteLog("deep");
     EXPECT_EQ(log.texts(), (Lines{std::string(30, '-') + "deep"}));
@@ -201,9 +208,9 @@ TEST(AutoLogger, KeepsTheCountWhenTheLevelChangesInBetween)
 TEST(Nesting, KeepsNoCountersOfThreadsThatAreGone)
 {
     CollectedLog log(5);
-    const CCryptoAutoLogger outer("", 3);
+    const CCryptoAutoLogger outer("", Mode::quiet);
     for (int index = 0; index < 300; ++index)
-        std::thread([] { CCryptoAutoLogger logger("", 3); }).join();
+        std::thread([] { CCryptoAutoLogger logger("", Mode::quiet); }).join();
     EXPECT_LE(logging::CountedThreads(), 64u);
     EXPECT_EQ(DepthOfNextOperation(log), 1u);
 }
@@ -235,11 +242,12 @@ TEST(LongTexts, AreReplacedBeyondTheirLimit)
          "CCryptoAutoLogger::WriteLog_G: Very log message that is not displayed."},
         {"WriteErrorEx_G", 1016, [](const std::string& text) { WriteErrorEx_G("%s", text.c_str()); },
          "ERROR: ", "CCryptoAutoLogger::WriteErrorEx_G: Very log message that is not displayed."},
-        {"WriteLog", 1023, [](const std::string& text) { CCryptoAutoLogger("", 3).WriteLog("%s", text.c_str()); }, "",
+        {"WriteLog", 1023, [](const std::string& text) { CCryptoAutoLogger("", Mode::quiet).WriteLog("%s", text.c_str()); }, "",
          "CCryptoAutoLogger::WriteLog: Very log message that is not displayed."},
-        {"WriteError", 910, [&](const std::string& text) { CCryptoAutoLogger(name.c_str(), 3).WriteError("%s", text.c_str()); },
+        {"WriteError", 910,
+         [&](const std::string& text) { CCryptoAutoLogger(name.c_str(), Mode::quiet).WriteError("%s", text.c_str()); },
          "ERROR in " + name + ": ", "CCryptoAutoLogger::WriteError: Very log message that is not displayed."},
-        {"WriteErrorEx", 1016, [](const std::string& text) { CCryptoAutoLogger("", 3).WriteErrorEx("%s", text.c_str()); },
+        {"WriteErrorEx", 1016, [](const std::string& text) { CCryptoAutoLogger("", Mode::quiet).WriteErrorEx("%s", text.c_str()); },
          "ERROR: ", "CCryptoAutoLogger::WriteErrorEx: Very log message that is not displayed.,"},
     };
     for (const LimitCase& limit : cases) {
@@ -259,15 +267,15 @@ TEST(LongTexts, OfArgumentsAndResultsHaveTextsOfTheirOwn)
     CollectedLog log(1);
     const std::string fitting(1023, 't');
     {
-        CCryptoAutoLogger logger("n", 1, "%s", (fitting + "t").c_str());
+        CCryptoAutoLogger logger("n", Mode::resultOptional, "%s", (fitting + "t").c_str());
         EXPECT_EQ(
             logger.message(),
             "00:00:00 CCryptoAutoLogger::CCryptoAutoLogger big log message. It will not be displayed. Please check your code.");
     }
-    CCryptoAutoLogger logger("n", 3);
-    logger.setRetValue(2, 0, "%s", fitting.c_str());
+    CCryptoAutoLogger logger("n", Mode::quiet);
+    logger.warn(0, "%s", fitting.c_str());
     EXPECT_EQ(logger.message().view(), fitting);
-    logger.setRetValue(3, 0, "%s", (fitting + "t").c_str());
+    logger.fail(0, "%s", (fitting + "t").c_str());
     EXPECT_EQ(logger.message().view(), fitting + " 00:00:00 CCryptoAutoLogger::setRetValue Very big log message. It will not be "
                                                  "displayed. Please check your code.");
 }
@@ -278,7 +286,7 @@ TEST(LongTexts, OfMessagesAtExitAreCut)
     for (const std::size_t length : {1010u, 1011u, 2000u}) {
         log.clear();
         {
-            CCryptoAutoLogger logger("", 1);
+            CCryptoAutoLogger logger("", Mode::resultOptional);
             logger.setWarning(CCryptoString(std::string_view(std::string(length, 'm'))));
         }
         EXPECT_EQ(log.texts()[1], "WARNING: " + std::string(std::min<std::size_t>(length, 1011), 'm'));
@@ -296,8 +304,8 @@ TEST(Dump, HasRowsOf32BytesAndAShorterLastRow)
     bytes[35] = '{';
     CollectedLog log(2);
     {
-        CCryptoAutoLogger outer("", 3);
-        CCryptoAutoLogger logger("", 3);
+        CCryptoAutoLogger outer("", Mode::quiet);
+        CCryptoAutoLogger logger("", Mode::quiet);
         logger.WriteBytes(bytes, false);
         logger.WriteBytes(std::span(bytes).first(3), true);
         logger.WriteBytes(std::vector<std::uint8_t>(511), true);
@@ -316,7 +324,7 @@ TEST(Dump, StandsForWhatIsNoShortText)
 {
     CollectedLog log(1);
     {
-        CCryptoAutoLogger logger("", 3);
+        CCryptoAutoLogger logger("", Mode::quiet);
         logger.WriteText("r\xC3\xA4k\xC3\xA4\n");
         logger.WriteText(CCryptoString("a\0b", std::uint32_t{3}));
         logger.WriteText(CCryptoString(std::string_view(std::string(255, 'x'))));
@@ -339,14 +347,14 @@ TEST(ErrorHandler, JoinsTextsAndStartsTheChainAtTheInnermostFailure)
             CCryptoAutoLogger inner("Inner");
             inner.setInfo("read");
             inner.setWarning("slow");
-            inner.setRetValue(3, false);
+            inner.fail(false);
         }
-        outer.setRetValue(3, false);
+        outer.fail(false);
     }
     EXPECT_EQ(CCryptoErrorHandler::LastErrorText(), "Inner:read slow");
     {
         CCryptoAutoLogger own("Own");
-        own.setRetValue(3, false, CCryptoString("own text"));
+        own.setRetValue(Status::error, false, CCryptoString("own text"));
     }
     EXPECT_EQ(CCryptoErrorHandler::LastErrorText(), "own text");
 }
@@ -360,7 +368,7 @@ TEST(ErrorHandler, TakesTheSystemsTextWithoutItsLineEnd)
 
     CCryptoErrorHandler first;
     first.setWindowsError(2);
-    EXPECT_EQ(first.status(), 3);
+    EXPECT_EQ(first.status(), Status::error);
     EXPECT_EQ(first.errorCode(), 2u);
     EXPECT_EQ(first.message().view(), systemText);
     EXPECT_EQ(CCryptoErrorHandler::LastErrorText().view(), systemText);
@@ -376,8 +384,8 @@ TEST(Profiling, TellsElapsedTimeAtExitAndTheTimeOfDayBefore)
 {
     CollectedLog log(5, {}, true);
     {
-        CCryptoAutoLogger logger("Timed", 1);
-        logger.setRetValue(1, true, "fine");
+        CCryptoAutoLogger logger("Timed", Mode::resultOptional);
+        logger.setRetValue(Status::info, true, "fine");
     }
     const Lines lines = log.lines();
     ASSERT_EQ(lines.size(), 4u);

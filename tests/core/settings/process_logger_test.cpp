@@ -71,7 +71,7 @@ TEST_F(ProcessLogger, FramesTheLogInBanners)
     set("debugDir", directory());
     {
         const CCryptoProcessLogger process(nullptr, product, tag);
-        CCryptoAutoLogger logger("Operation", 1);
+        CCryptoAutoLogger logger("Operation", ccrypto::LoggerMode::resultOptional);
     }
     WriteLog_G("after the end");
 
@@ -121,7 +121,7 @@ TEST_F(ProcessLogger, DoesNothingWithLevelZero)
     set("debugLevel", "0");
     {
         const CCryptoProcessLogger process(CollectedLog::Callback, product, tag);
-        CCryptoAutoLogger logger("Operation", 0, "%d", 1);
+        CCryptoAutoLogger logger("Operation", ccrypto::LoggerMode::resultExpected, "%d", 1);
         WriteErrorEx_G("unheard");
     }
     EXPECT_EQ(files(), Names());
