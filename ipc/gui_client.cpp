@@ -191,8 +191,9 @@ bool CGUIClient::BeginGuiTransaction(const CCryptoString& name)
     for (std::uint32_t attempt = 0; attempt < transactionAttempts && status_ == guiPresent; ++attempt) {
         CGUI_IPC pipe(GuiRequestType::beginGuiTransaction, name);
         std::uint32_t granted = 0;
-        if (pipe.Call() && pipe.GetInt(granted, true) && granted != 0)
-            return logger.setResult(true);
+        // Asking again would not undo a grant, whatever else its reply holds.
+        if (pipe.Call() && pipe.GetInt(granted, false) && granted != 0)
+            return logger.setResult(pipe.IsReadToItsEnd());
         CurrentSession().pause(transactionPause);
     }
     return logger.setResult(false);

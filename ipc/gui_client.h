@@ -93,8 +93,9 @@ public:
     /// Closes whatever dialog the server shows.
     bool Cancel();
 
-    /// Asks for the user's undivided attention under `name`, 60 times, 500 milliseconds apart, while another holds it.
-    /// \return true when it was granted; EndGuiTransaction gives it back.
+    /// Asks for the user's undivided attention under `name`, up to 60 times, 500 milliseconds apart, while another client has it.
+    /// \return true when it was granted; EndGuiTransaction gives it back. A grant whose reply holds further items is malformed:
+    /// false.
     bool BeginGuiTransaction(const CCryptoString& name);
     bool EndGuiTransaction(const CCryptoString& name);
 

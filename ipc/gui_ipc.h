@@ -25,6 +25,9 @@ public:
         (Add(items), ...);
     }
 
+    /// Whether the reply holds no item after those read; the status is otherwise -1.
+    [[nodiscard]] bool IsReadToItsEnd() { return CheckStatus(true); }
+
     void Add(std::uint32_t value) { AddInt(value); }
     void Add(const CCryptoString& text) { AddData(text.c_str()); }
 };

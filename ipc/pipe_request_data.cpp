@@ -226,7 +226,7 @@ bool CCryptoPipeRequestData::GetValue(std::unique_ptr<PipeValue>& value, bool la
 
     PipeValue received;
     if (payload != nullptr && payload[0] == valueInteger) {
-        if (length < 1 + integerSize)
+        if (BytesFrom(payload + 1) < integerSize)
             RefuseShortItem();
         else
             received.integer = LoadInteger(payload + 1);

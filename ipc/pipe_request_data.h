@@ -76,8 +76,8 @@ public:
     /// malformed. \return false, logged, with nothing handed out when the item is not there or malformed; the status is then -1 and
     /// every later read of the message fails too.
     ///
-    /// An integer item without payload gives false and leaves the status at 0. One whose length is not 4 is read from the first 4
-    /// bytes of its payload all the same, as far as the body has them.
+    /// An integer is read from 4 bytes, in GetInt those at the payload's start, in GetValue those after the kind byte, whatever
+    /// length the item claims; the body must hold them. An integer item without payload gives false and leaves the status at 0.
     bool GetInt(std::uint32_t& value, bool last);
     /// `text` points into the body, valid until the message is filled, read or received anew; null for an item without payload. It
     /// ends at its first zero, which the body must hold, be it behind the item.

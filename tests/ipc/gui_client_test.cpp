@@ -323,6 +323,32 @@ TEST_F(GuiClient, TransactionIsGrantedInTheEnd)
     EXPECT_EQ(pauses, 2U);
 }
 
+struct GrantReply {
+    const char* name;
+    std::int32_t status;
+    Fill reply;
+    bool granted;
+    std::size_t requests;
+};
+
+TEST_F(GuiClient, TransactionIsAskedForUntilAGrant)
+{
+    const GrantReply replies[] = {
+        {"a grant", 0, Integers(1), true, 1},
+        {"any number but 0 grants", 0, Integers(0x80000000), true, 1},
+        {"a grant and a surplus item", 0, Integers(1, 1), false, 1},
+        {"a grant with a bad status", 3, Integers(1), false, 60},
+        {"a refusal and a surplus item", 0, Integers(0, 1), false, 60},
+        {"nothing", 0, NoItems, false, 60},
+    };
+    for (const GrantReply& test : replies) {
+        SCOPED_TRACE(test.name);
+        CannedServer server(test.reply, test.status);
+        EXPECT_EQ(CGUIClient(false).BeginGuiTransaction("me"), test.granted);
+        EXPECT_EQ(server.Requests().size(), test.requests);
+    }
+}
+
 TEST_F(GuiClient, FarewellCanBeSaidBeforehand)
 {
     CannedServer server(NoItems);

@@ -195,7 +195,8 @@ const ReadCase readCases[] = {
     {"text value without text", wire::Item(3, "\x02"s), "V", "no -1@0"},
     {"text value without its zero", wire::Item(3, "\x02"s + "ab"), "V", "no -1@0"},
     {"text value that ends in the next item", wire::Item(3, "\x02"s) + wire::Int(0), "vI", "\x01\x04 0 0@0"},
-    {"integer value does not read on", wire::Item(3, "\x01\x07"s) + wire::Int(0), "v", "no -1@0"},
+    {"short integer value reads on into the body", wire::Item(3, "\x01\x07"s) + wire::Data(""), "vD", "519 null 0@0"},
+    {"short integer value with too little after it", wire::Item(3, "\x01\x07"s) + "ab", "V", "no -1@0"},
 };
 
 TEST(PipeRequestData, ReadersTakeWhatIsThereAndNothingElse)

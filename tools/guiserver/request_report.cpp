@@ -91,15 +91,18 @@ std::string HexRows(std::string_view bytes)
     return rows;
 }
 
+/// The names that "*" joins; an empty one where a separator has nothing beside it.
 std::vector<std::string_view> SplitFiles(std::string_view files)
 {
     std::vector<std::string_view> names;
-    for (std::size_t end = 0; !files.empty() && end != std::string_view::npos; files.remove_prefix(end + 1)) {
-        end = files.find('*');
+    if (files.empty())
+        return names;
+    std::size_t end = 0;
+    while ((end = files.find('*')) != std::string_view::npos) {
         names.push_back(files.substr(0, end));
-        if (end == std::string_view::npos)
-            break;
+        files.remove_prefix(end + 1);
     }
+    names.push_back(files);
     return names;
 }
 

@@ -19,6 +19,9 @@ const ReportCase cases[] = {
     {"no items", 1, "", "", R"(true,"items":[]})"},
     {"files", 22, wire::Text("C:\\a.pdf*C:\\b \"1\".pdf"), "    C:\\a.pdf\n    C:\\b \"1\".pdf\n",
      R"(true,"items":[{"name":"files","text":"C:\\a.pdf*C:\\b \"1\".pdf"}],"files":["C:\\a.pdf","C:\\b \"1\".pdf"]})"},
+    {"nameless files", 22, wire::Text("*C:\\a.pdf*"), "    \n    C:\\a.pdf\n    \n",
+     R"(true,"items":[{"name":"files","text":"*C:\\a.pdf*"}],"files":["","C:\\a.pdf",""]})"},
+    {"no files", 22, wire::Text(""), "", R"(true,"items":[{"name":"files","text":""}],"files":[]})"},
     {"UTF-8, half a surrogate pair, Latin-1, control, direction", 22, wire::Text("\xC3\xA4\xED\xA0\xBD\xE4\x1B[2J\xD8\x9C"),
      "    \xC3\xA4\\xED\\xA0\\xBD\\xE4\\x1B[2J\\xD8\\x9C\n",
      "true,\"items\":[{\"name\":\"files\",\"text\":\"\xC3\xA4\\ud83d\\u00e4\\u001b[2J\\u061c\"}],\"files\":"
