@@ -79,6 +79,16 @@ constexpr AlgorithmRow rows[] = {
 
 static_assert(std::size(rows) == 70);
 
+/// Algorithms beside the table, looked up after it.
+constexpr AlgorithmRow rowsBeside[] = {
+    {algorithm::secp224r1, "1.3.132.0.33"},
+    {algorithm::secp256k1, "1.3.132.0.10"},
+    {algorithm::brainpoolP224r1, "1.3.36.3.3.2.8.1.1.5"},
+    {algorithm::brainpoolP320r1, "1.3.36.3.3.2.8.1.1.9"},
+    {algorithm::brainpoolP384t1, "1.3.36.3.3.2.8.1.1.12"},
+    {algorithm::brainpoolP512r1, "1.3.36.3.3.2.8.1.1.13"},
+};
+
 } // namespace
 
 std::span<const AlgorithmRow> AlgorithmTable()
@@ -86,14 +96,27 @@ std::span<const AlgorithmRow> AlgorithmTable()
     return rows;
 }
 
+std::span<const AlgorithmRow> AlgorithmsBesideTable()
+{
+    return rowsBeside;
+}
+
 std::uint32_t AlgorithmOfOid(std::string_view oid)
 {
-    const auto* const found = std::ranges::find_if(rows, [oid](const AlgorithmRow& row) { return row.oid == oid; });
-    return found != std::end(rows) ? found->id : algorithm::none;
+    for (const std::span<const AlgorithmRow> list : {AlgorithmTable(), AlgorithmsBesideTable()}) {
+        const auto found = std::ranges::find_if(list, [oid](const AlgorithmRow& row) { return row.oid == oid; });
+        if (found != list.end())
+            return found->id;
+    }
+    return algorithm::none;
 }
 
 const char* OidOfAlgorithm(std::uint32_t id)
 {
-    const auto* const found = std::ranges::find(rows, id, &AlgorithmRow::id);
-    return found != std::end(rows) ? found->oid : "";
+    for (const std::span<const AlgorithmRow> list : {AlgorithmTable(), AlgorithmsBesideTable()}) {
+        const auto found = std::ranges::find(list, id, &AlgorithmRow::id);
+        if (found != list.end())
+            return found->oid;
+    }
+    return "";
 }

@@ -11,11 +11,14 @@ struct AlgorithmRow {
     const char* oid; ///< dotted; empty for a reserved id
 };
 
-/// Every algorithm, in the order of look-up.
-std::span<const AlgorithmRow> AlgorithmTable();
+/// The 70 algorithms of the fixed table, in the order of look-up.
+[[nodiscard]] std::span<const AlgorithmRow> AlgorithmTable();
+
+/// Further algorithms, which are looked up after the table: none of them shares an id or an OID with it.
+[[nodiscard]] std::span<const AlgorithmRow> AlgorithmsBesideTable();
 
 /// The id of the first row of exactly this dotted text; 0 for none and for empty text.
-std::uint32_t AlgorithmOfOid(std::string_view oid);
+[[nodiscard]] std::uint32_t AlgorithmOfOid(std::string_view oid);
 
-/// Empty for an id that the table does not have.
-const char* OidOfAlgorithm(std::uint32_t id);
+/// Empty for an id that neither list has.
+[[nodiscard]] const char* OidOfAlgorithm(std::uint32_t id);

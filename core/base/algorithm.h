@@ -77,6 +77,14 @@ enum Id : std::uint32_t {
     brainpoolP384r1 = 1111,
     x25519 = 1112,
     x448 = 1113,
+
+    // Beside the table: numbers in the ranges that it leaves free.
+    secp224r1 = 1120,
+    secp256k1 = 1121,
+    brainpoolP224r1 = 1122,
+    brainpoolP320r1 = 1123,
+    brainpoolP384t1 = 1124,
+    brainpoolP512r1 = 1125,
 };
 
 } // namespace algorithm

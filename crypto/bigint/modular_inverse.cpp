@@ -178,6 +178,8 @@ Limbs<N> ModularInverse(const Limbs<N>& number, const Limbs<N>& modulus, std::ui
 template Limbs<2> ModularInverse(const Limbs<2>&, const Limbs<2>&, std::uint64_t);
 template Limbs<3> ModularInverse(const Limbs<3>&, const Limbs<3>&, std::uint64_t);
 template Limbs<4> ModularInverse(const Limbs<4>&, const Limbs<4>&, std::uint64_t);
+template Limbs<5> ModularInverse(const Limbs<5>&, const Limbs<5>&, std::uint64_t);
 template Limbs<6> ModularInverse(const Limbs<6>&, const Limbs<6>&, std::uint64_t);
 template Limbs<7> ModularInverse(const Limbs<7>&, const Limbs<7>&, std::uint64_t);
+template Limbs<8> ModularInverse(const Limbs<8>&, const Limbs<8>&, std::uint64_t);
 template Limbs<9> ModularInverse(const Limbs<9>&, const Limbs<9>&, std::uint64_t);

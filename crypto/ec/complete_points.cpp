@@ -122,5 +122,7 @@ void CompletePoints<N>::leave(AffinePoint<N>& result, const Point& point) const
 template class CompletePoints<2>;
 template class CompletePoints<3>;
 template class CompletePoints<4>;
+template class CompletePoints<5>;
 template class CompletePoints<6>;
+template class CompletePoints<8>;
 template class CompletePoints<9>;

@@ -4,6 +4,7 @@
 #include "core/memory/wiped.h"
 #include "crypto/ec/complete_points.h"
 #include "crypto/ec/prime_curves.h"
+#include "crypto/ec/square_root.h"
 
 #include <algorithm>
 
@@ -35,7 +36,7 @@ class CurveArithmeticOf final : public CurveArithmetic {
 public:
     /// Neither is owned.
     CurveArithmeticOf(const CurveDomain<N>& domain, const CurvePoints<N>& points)
-        : domain_(domain), field_(domain.p), order_(domain.n), points_(points)
+        : domain_(domain), field_(domain.p), order_(domain.n), root_(field_), points_(points)
     {
     }
 
@@ -56,24 +57,13 @@ public:
         LoadLimbs(number, x);
         if (!IsBelow(number, domain_.p.value))
             return false;
-        // All these primes are 3 modulo 4, so a root is the power of (p + 1) / 4.
-        Limbs<N> exponent = domain_.p.value;
-        for (std::size_t i = 0; i < N; ++i)
-            exponent[i] = exponent[i] >> 2 | (i + 1 < N ? exponent[i + 1] << 62 : 0);
-        std::uint64_t carry = 1;
-        for (std::size_t i = 0; i < N; ++i)
-            exponent[i] = fixed_limbs::AddCarry(exponent[i], 0, carry);
-
-        const Limbs<N> square = ySquared(number);
-        Limbs<N> root = field_.power(square, exponent);
-        if (fixed_limbs::Equal(field_.square(root), square) == 0)
+        Limbs<N> root;
+        if (!root_.find(root, ySquared(number)))
             return false;
+        // A root is not 0, since no point of prime order has y = 0; so the two of them differ in parity.
         Limbs<N> plain = field_.leave(root);
         if (((plain[0] & 1) != 0) != odd)
             plain = field_.leave(field_.negate(root));
-        // No point of prime order has y = 0, but the other parity of such a y would be none.
-        if (((plain[0] & 1) != 0) != odd)
-            return false;
         StoreLimbs(y, plain);
         return true;
     }
@@ -197,6 +187,7 @@ private:
     const CurveDomain<N>& domain_;
     MontgomeryField<N> field_;
     MontgomeryField<N> order_;
+    SquareRoot<N> root_;
     const CurvePoints<N>& points_;
 };
 
@@ -234,6 +225,18 @@ const CurveArithmetic* CurveArithmetic::Of(std::uint32_t curve)
         return General<curve_domains::brainpoolP256r1>();
     case algorithm::brainpoolP384r1:
         return General<curve_domains::brainpoolP384r1>();
+    case algorithm::secp224r1:
+        return General<curve_domains::secp224r1>();
+    case algorithm::secp256k1:
+        return General<curve_domains::secp256k1>();
+    case algorithm::brainpoolP224r1:
+        return General<curve_domains::brainpoolP224r1>();
+    case algorithm::brainpoolP320r1:
+        return General<curve_domains::brainpoolP320r1>();
+    case algorithm::brainpoolP384t1:
+        return General<curve_domains::brainpoolP384t1>();
+    case algorithm::brainpoolP512r1:
+        return General<curve_domains::brainpoolP512r1>();
     default:
         return nullptr;
     }

@@ -10,7 +10,7 @@ public:
     using Bytes = std::span<const std::uint8_t>;
     using Target = std::span<std::uint8_t>;
 
-    /// For secp112r1 to brainpoolP384r1; null for any other id.
+    /// Null for an id that is not that of a Weierstrass curve.
     static const CurveArithmetic* Of(std::uint32_t curve);
 
     virtual ~CurveArithmetic() = default;

@@ -29,6 +29,12 @@ constexpr CurveFacts curves[] = {
     {algorithm::brainpoolP384r1, "brainpoolP384r1", 384, 48, 48, true},
     {algorithm::x25519, "X25519", 255, 32, 32, false},
     {algorithm::x448, "X448", 448, 56, 56, false},
+    {algorithm::secp224r1, "secp224r1", 224, 28, 28, true},
+    {algorithm::secp256k1, "secp256k1", 256, 32, 32, true},
+    {algorithm::brainpoolP224r1, "brainpoolP224r1", 224, 28, 28, true},
+    {algorithm::brainpoolP320r1, "brainpoolP320r1", 320, 40, 40, true},
+    {algorithm::brainpoolP384t1, "brainpoolP384t1", 384, 48, 48, true},
+    {algorithm::brainpoolP512r1, "brainpoolP512r1", 512, 64, 64, true},
 };
 
 struct OtherName {
@@ -39,8 +45,9 @@ struct OtherName {
 constexpr OtherName otherNames[] = {
     {"secp192r1", algorithm::prime192v1}, {"P-192", algorithm::prime192v1},   {"nistp192", algorithm::prime192v1},
     {"secp256r1", algorithm::prime256v1}, {"P-256", algorithm::prime256v1},   {"nistp256", algorithm::prime256v1},
-    {"P-384", algorithm::secp384r1},      {"nistp384", algorithm::secp384r1}, {"P-521", algorithm::secp521r1},
-    {"nistp521", algorithm::secp521r1},   {"curve25519", algorithm::x25519},  {"curve448", algorithm::x448},
+    {"P-224", algorithm::secp224r1},      {"nistp224", algorithm::secp224r1}, {"P-384", algorithm::secp384r1},
+    {"nistp384", algorithm::secp384r1},   {"P-521", algorithm::secp521r1},    {"nistp521", algorithm::secp521r1},
+    {"curve25519", algorithm::x25519},    {"curve448", algorithm::x448},
 };
 
 constexpr std::uint8_t uncompressedForm = 4;

@@ -13,7 +13,7 @@
 
 /// What everybody may know of a curve.
 struct CurveFacts {
-    std::uint32_t id;         ///< algorithm::Id, secp112r1 (1103) to x448 (1113)
+    std::uint32_t id;         ///< algorithm::Id
     const char* name;         ///< "prime256v1"; "X25519"
     std::uint32_t bits;       ///< of the prime: 256
     std::uint32_t fieldBytes; ///< of a coordinate

@@ -44,6 +44,14 @@ TEST(AlgorithmIdentifier, RefusesWhatTheTableDoesNotHave)
     EXPECT_EQ(AlgorithmOfOid(""), 0u);
 }
 
+TEST(AlgorithmIds, BesideTheTableShareNothingWithIt)
+{
+    for (const AlgorithmRow& row : AlgorithmsBesideTable()) {
+        EXPECT_EQ(AlgorithmOfOid(row.oid), row.id) << row.oid;
+        EXPECT_STREQ(OidOfAlgorithm(row.id), row.oid);
+    }
+}
+
 TEST(AlgorithmIdentifier, IsClearedByAFailedParseAndWordsItsReasons)
 {
     CCryptoAlgorithmIdentifier stale(algorithm::sha256, true);

@@ -307,6 +307,12 @@ TEST(CurveArithmetic, AgreesWithTheTwin)
     AgreesWithTheTwin(curve_domains::brainpoolP160r1);
     AgreesWithTheTwin(curve_domains::brainpoolP256r1);
     AgreesWithTheTwin(curve_domains::brainpoolP384r1);
+    AgreesWithTheTwin(curve_domains::secp224r1);
+    AgreesWithTheTwin(curve_domains::secp256k1);
+    AgreesWithTheTwin(curve_domains::brainpoolP224r1);
+    AgreesWithTheTwin(curve_domains::brainpoolP320r1);
+    AgreesWithTheTwin(curve_domains::brainpoolP384t1);
+    AgreesWithTheTwin(curve_domains::brainpoolP512r1);
 }
 
 TEST(CurveArithmetic, VariantsOf256BitsAreRight)

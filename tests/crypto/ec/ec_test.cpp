@@ -44,7 +44,13 @@ std::vector<Limits> AllLimits()
             LimitsOf(algorithm::secp521r1, secp521r1),
             LimitsOf(algorithm::brainpoolP160r1, brainpoolP160r1),
             LimitsOf(algorithm::brainpoolP256r1, brainpoolP256r1),
-            LimitsOf(algorithm::brainpoolP384r1, brainpoolP384r1)};
+            LimitsOf(algorithm::brainpoolP384r1, brainpoolP384r1),
+            LimitsOf(algorithm::secp224r1, secp224r1),
+            LimitsOf(algorithm::secp256k1, secp256k1),
+            LimitsOf(algorithm::brainpoolP224r1, brainpoolP224r1),
+            LimitsOf(algorithm::brainpoolP320r1, brainpoolP320r1),
+            LimitsOf(algorithm::brainpoolP384t1, brainpoolP384t1),
+            LimitsOf(algorithm::brainpoolP512r1, brainpoolP512r1)};
 }
 
 Bytes Plus(Bytes number, int more)

@@ -13,7 +13,8 @@ namespace {
 
 constexpr std::string_view keyGenDetails =
     R"(Makes a new private key. ALG is rsa, or a curve: secp112r1, secp160r1, prime192v1, prime256v1 (P-256), secp384r1 (P-384),
-secp521r1 (P-521), brainpoolP160r1, brainpoolP256r1, brainpoolP384r1, x25519 or x448. A file of -o can be read by its owner alone
+secp521r1 (P-521), secp224r1 (P-224), secp256k1, brainpoolP160r1, brainpoolP224r1, brainpoolP256r1, brainpoolP320r1,
+brainpoolP384r1, brainpoolP384t1, brainpoolP512r1, x25519 or x448. A file of -o can be read by its owner alone
 (on Windows, by those whom its folder grants it). Without an option for it, the password of an encrypted key is asked for, twice.
 )";
 
