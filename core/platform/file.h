@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/platform/system_handle.h"
+
 #include <cstdint>
 
 namespace platform {
@@ -17,14 +19,9 @@ enum class FileMode {
 /// sockets and folders are refused.
 class File {
 public:
-    File() = default;
-    ~File();
-    File(const File&) = delete;
-    File& operator=(const File&) = delete;
-
-    bool open(const char* name, FileMode mode);
-    bool isOpen() const { return handle_ != closed; }
-    void close();
+    [[nodiscard]] bool open(const char* name, FileMode mode);
+    bool isOpen() const { return static_cast<bool>(handle_); }
+    void close() { handle_.reset(); }
 
     /// \return the number of bytes read from `position`, fewer than `count` at the end of the file; -1 on failure.
     std::int64_t readAt(std::uint64_t position, void* target, std::uint32_t count);
@@ -40,8 +37,13 @@ public:
     static bool Replace(const char* from, const char* to);
 
 private:
-    static constexpr std::intptr_t closed = -1;
-    std::intptr_t handle_ = closed;
+    struct Kind {
+        using Value = std::intptr_t;
+        static Value none() { return -1; }
+        static void close(Value value);
+    };
+
+    ccrypto::SystemHandle<Kind> handle_;
 };
 
 } // namespace platform

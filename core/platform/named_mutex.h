@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/platform/system_handle.h"
+
 #include <cstdint>
 
 namespace platform {
@@ -8,17 +10,12 @@ namespace platform {
 /// the mutex may take it again and gives it back as often. On POSIX it is a lock on the file NAME.mutex in /tmp.
 class NamedMutex {
 public:
-    NamedMutex() = default;
-    ~NamedMutex();
-    NamedMutex(const NamedMutex&) = delete;
-    NamedMutex& operator=(const NamedMutex&) = delete;
-
     /// Opens the mutex of that name, or creates it, not owned and open to everyone. `name` has 1 to 200 bytes and
     /// holds neither "/" nor "\".
     /// \return false when neither is possible; LastError() tells why.
     bool open(const char* name);
-    bool isOpen() const { return state_ != nullptr; }
-    void close();
+    bool isOpen() const { return static_cast<bool>(state_); }
+    void close() { state_.reset(); }
 
     /// Waits at most `milliseconds`. A mutex left behind by a dead owner counts as obtained. \return false on time-out or failure.
     bool lock(std::uint32_t milliseconds);
@@ -26,7 +23,13 @@ public:
     void unlock();
 
 private:
-    void* state_ = nullptr;
+    struct Kind {
+        using Value = void*;
+        static Value none() { return nullptr; }
+        static void close(Value value);
+    };
+
+    ccrypto::SystemHandle<Kind> state_;
 };
 
 } // namespace platform

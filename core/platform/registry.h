@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/platform/system_handle.h"
+
 #include <cstdint>
 #include <string>
 
@@ -31,11 +33,6 @@ constexpr std::uint32_t registryNoMoreItems = 259;
 /// character are refused; a key and a value of one key cannot have the same name.
 class RegistryKey {
 public:
-    RegistryKey() = default;
-    ~RegistryKey();
-    RegistryKey(RegistryKey&& other) noexcept;
-    RegistryKey& operator=(RegistryKey&& other) noexcept;
-
     /// Opens the key; one held so far is closed, even when this fails.
     std::uint32_t open(RegistryHive hive, const char* path, RegistryAccess access);
     std::uint32_t openBelow(const RegistryKey& parent, const char* path, RegistryAccess access);
@@ -51,11 +48,17 @@ public:
     /// The name of the sub-key at `index`, terminated within `size` bytes; registryNoMoreItems past the last.
     std::uint32_t enumerate(std::uint32_t index, char* name, std::uint32_t size) const;
 
-    bool isOpen() const { return handle_ != nullptr; }
-    void close();
+    bool isOpen() const { return static_cast<bool>(handle_); }
+    void close() { handle_.reset(); }
 
 private:
-    void* handle_ = nullptr;
+    struct Kind {
+        using Value = void*;
+        static Value none() { return nullptr; }
+        static void close(Value value);
+    };
+
+    ccrypto::SystemHandle<Kind> handle_;
 };
 
 } // namespace platform

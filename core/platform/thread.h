@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/platform/system_handle.h"
+
 #include <cstdint>
 
 namespace platform {
@@ -10,11 +12,6 @@ constexpr std::uint32_t waitForever = 0xFFFFFFFF;
 class Thread {
 public:
     using Entry = void (*)(void* argument);
-
-    Thread() = default;
-    ~Thread();
-    Thread(const Thread&) = delete;
-    Thread& operator=(const Thread&) = delete;
 
     /// Starts `entry(argument)`; a thread held so far is closed first. \return false when the system refuses; LastError() tells
     /// why.
@@ -30,15 +27,21 @@ public:
     bool terminate();
 
     /// Gives the handle back; a thread that still runs goes on by itself.
-    void close();
+    void close() { state_.reset(); }
 
-    bool isOpen() const { return state_ != nullptr; }
+    bool isOpen() const { return static_cast<bool>(state_); }
 
     /// The number that CurrentThreadId() gives inside the thread; 0 before the start.
     std::uint32_t id() const { return id_; }
 
 private:
-    void* state_ = nullptr;
+    struct Kind {
+        using Value = void*;
+        static Value none() { return nullptr; }
+        static void close(Value value);
+    };
+
+    ccrypto::SystemHandle<Kind> state_;
     std::uint32_t id_ = 0;
 };
 

@@ -1,5 +1,7 @@
 #include "core/platform/file.h"
 
+#include "core/platform/posix/owned_descriptor.h"
+
 #include <errno.h>
 #include <fcntl.h>
 #include <stdio.h>
@@ -46,9 +48,9 @@ int Descriptor(std::intptr_t handle)
 
 } // namespace
 
-File::~File()
+void File::Kind::close(Value value)
 {
-    close();
+    ::close(Descriptor(value));
 }
 
 bool File::open(const char* name, FileMode mode)
@@ -59,24 +61,17 @@ bool File::open(const char* name, FileMode mode)
         return false;
     }
     // A pipe without a partner would hold up the caller for as long as nobody opens its other end.
-    const int file = ::open(name, FlagsOf(mode) | O_CLOEXEC | O_NONBLOCK, mode == FileMode::createPrivate ? 0600 : 0666);
-    if (file < 0)
+    OwnedDescriptor file(::open(name, FlagsOf(mode) | O_CLOEXEC | O_NONBLOCK, mode == FileMode::createPrivate ? 0600 : 0666));
+    if (!file)
         return false;
-    if (const int reason = RefusalOf(file); reason != 0) {
-        ::close(file);
+    if (const int reason = RefusalOf(file.get()); reason != 0) {
+        file.reset();
         errno = reason;
         return false;
     }
-    fcntl(file, F_SETFL, fcntl(file, F_GETFL) & ~O_NONBLOCK);
-    handle_ = file;
+    fcntl(file.get(), F_SETFL, fcntl(file.get(), F_GETFL) & ~O_NONBLOCK);
+    handle_.reset(file.release());
     return true;
-}
-
-void File::close()
-{
-    if (isOpen())
-        ::close(Descriptor(handle_));
-    handle_ = closed;
 }
 
 std::int64_t File::readAt(std::uint64_t position, void* target, std::uint32_t count)
@@ -84,7 +79,7 @@ std::int64_t File::readAt(std::uint64_t position, void* target, std::uint32_t co
     auto* const bytes = static_cast<unsigned char*>(target);
     std::uint32_t done = 0;
     while (done < count) {
-        const ssize_t part = pread(Descriptor(handle_), bytes + done, count - done, static_cast<off_t>(position + done));
+        const ssize_t part = pread(Descriptor(handle_.get()), bytes + done, count - done, static_cast<off_t>(position + done));
         if (part < 0 && errno == EINTR)
             continue;
         if (part < 0)
@@ -101,7 +96,7 @@ bool File::writeAt(std::uint64_t position, const void* source, std::uint32_t cou
     const auto* const bytes = static_cast<const unsigned char*>(source);
     std::uint32_t done = 0;
     while (done < count) {
-        const ssize_t part = pwrite(Descriptor(handle_), bytes + done, count - done, static_cast<off_t>(position + done));
+        const ssize_t part = pwrite(Descriptor(handle_.get()), bytes + done, count - done, static_cast<off_t>(position + done));
         if (part < 0 && errno == EINTR)
             continue;
         if (part <= 0)
@@ -121,12 +116,12 @@ bool File::append(const void* source, std::uint32_t count)
 std::int64_t File::size() const
 {
     struct stat status = {};
-    return fstat(Descriptor(handle_), &status) == 0 ? status.st_size : -1;
+    return fstat(Descriptor(handle_.get()), &status) == 0 ? status.st_size : -1;
 }
 
 bool File::truncate(std::uint64_t size)
 {
-    return ftruncate(Descriptor(handle_), static_cast<off_t>(size)) == 0;
+    return ftruncate(Descriptor(handle_.get()), static_cast<off_t>(size)) == 0;
 }
 
 bool File::Remove(const char* name)

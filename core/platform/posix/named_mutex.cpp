@@ -1,6 +1,7 @@
 #include "core/platform/named_mutex.h"
 
 #include "core/platform/clock.h"
+#include "core/platform/posix/owned_descriptor.h"
 #include "core/platform/process.h"
 
 #include <errno.h>
@@ -23,12 +24,7 @@ namespace {
 
 /// The file lock keeps processes (and other objects of the same name) apart, `threads` the threads that use this object.
 struct MutexState {
-    explicit MutexState(int descriptor) : file(descriptor) {}
-    ~MutexState() { ::close(file); }
-    MutexState(const MutexState&) = delete;
-    MutexState& operator=(const MutexState&) = delete;
-
-    const int file;
+    OwnedDescriptor file;
     std::recursive_timed_mutex threads;
     std::atomic<std::uint32_t> owner{0};
     std::uint32_t depth = 0;
@@ -43,23 +39,22 @@ bool IsUsableName(const char* name)
 }
 
 // Not TMPDIR: users whose variables differ would not meet. A planted link is not followed, a planted pipe does not block.
-int OpenLockFile(const std::string& path)
+OwnedDescriptor OpenLockFile(const std::string& path)
 {
     constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
     // Opening comes first: in a sticky directory the system may refuse to "create" the file of another user, even where it exists.
-    int file = open(path.c_str(), flags);
-    if (file < 0 && errno == ENOENT) {
-        file = open(path.c_str(), flags | O_CREAT | O_EXCL, 0666);
-        if (file >= 0)
-            fchmod(file, 0666);
+    OwnedDescriptor file(open(path.c_str(), flags));
+    if (!file && errno == ENOENT) {
+        file.reset(open(path.c_str(), flags | O_CREAT | O_EXCL, 0666));
+        if (file)
+            fchmod(file.get(), 0666);
         else if (errno == EEXIST)
-            file = open(path.c_str(), flags);
+            file.reset(open(path.c_str(), flags));
     }
     struct stat status = {};
-    if (file >= 0 && (fstat(file, &status) != 0 || !S_ISREG(status.st_mode))) {
-        ::close(file);
+    if (file && (fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))) {
+        file.reset();
         errno = EINVAL;
-        return -1;
     }
     return file;
 }
@@ -90,9 +85,9 @@ bool LockFile(int file, std::int64_t deadline, bool forever)
 
 } // namespace
 
-NamedMutex::~NamedMutex()
+void NamedMutex::Kind::close(Value value)
 {
-    close();
+    delete static_cast<MutexState*>(value);
 }
 
 bool NamedMutex::open(const char* name)
@@ -102,22 +97,18 @@ bool NamedMutex::open(const char* name)
         errno = EINVAL;
         return false;
     }
-    const int file = OpenLockFile("/tmp/" + std::string(name) + ".mutex");
-    if (file < 0)
+    OwnedDescriptor file = OpenLockFile("/tmp/" + std::string(name) + ".mutex");
+    if (!file)
         return false;
-    state_ = new MutexState(file);
+    auto state = std::make_unique<MutexState>();
+    state->file = std::move(file);
+    state_.reset(state.release());
     return true;
-}
-
-void NamedMutex::close()
-{
-    const std::unique_ptr<MutexState> state(static_cast<MutexState*>(state_));
-    state_ = nullptr;
 }
 
 bool NamedMutex::lock(std::uint32_t milliseconds)
 {
-    auto* const state = static_cast<MutexState*>(state_);
+    auto* const state = static_cast<MutexState*>(state_.get());
     if (state == nullptr)
         return false;
     const bool forever = milliseconds == 0xFFFFFFFF;
@@ -126,7 +117,7 @@ bool NamedMutex::lock(std::uint32_t milliseconds)
         state->threads.lock();
     else if (!state->threads.try_lock_for(std::chrono::milliseconds(milliseconds)))
         return false;
-    if (state->depth == 0 && !LockFile(state->file, deadline, forever)) {
+    if (state->depth == 0 && !LockFile(state->file.get(), deadline, forever)) {
         state->threads.unlock();
         return false;
     }
@@ -137,12 +128,12 @@ bool NamedMutex::lock(std::uint32_t milliseconds)
 
 void NamedMutex::unlock()
 {
-    auto* const state = static_cast<MutexState*>(state_);
+    auto* const state = static_cast<MutexState*>(state_.get());
     if (state == nullptr || state->owner != CurrentThreadId())
         return;
     if (--state->depth == 0) {
         state->owner = 0;
-        flock(state->file, LOCK_UN);
+        flock(state->file.get(), LOCK_UN);
     }
     state->threads.unlock();
 }

@@ -1,5 +1,7 @@
 #include "core/platform/process.h"
 
+#include "core/platform/posix/owned_descriptor.h"
+
 #include <errno.h>
 #include <fcntl.h>
 #include <pthread.h>
@@ -78,14 +80,13 @@ std::string CurrentDirectory()
 std::string CommandLine()
 {
     std::string words;
-    const int file = open("/proc/self/cmdline", O_RDONLY | O_CLOEXEC);
-    if (file < 0)
+    const OwnedDescriptor file(open("/proc/self/cmdline", O_RDONLY | O_CLOEXEC));
+    if (!file)
         return words;
     std::array<char, 4096> buffer{};
     ssize_t count = 0;
-    while ((count = read(file, buffer.data(), buffer.size())) > 0)
+    while ((count = read(file.get(), buffer.data(), buffer.size())) > 0)
         words.append(buffer.data(), static_cast<std::size_t>(count));
-    close(file);
     if (!words.empty())
         words.pop_back();
     std::ranges::replace(words, '\0', ' ');

@@ -1,5 +1,6 @@
 #include "core/platform/registry.h"
 
+#include "core/platform/posix/owned_descriptor.h"
 #include "core/platform/posix/registry_names.h"
 
 #include <errno.h>
@@ -14,29 +15,6 @@
 namespace platform {
 
 namespace {
-
-/// A file descriptor with an owner.
-class OwnedDescriptor {
-public:
-    explicit OwnedDescriptor(int value = -1) : value_(value) {}
-    ~OwnedDescriptor()
-    {
-        if (value_ >= 0)
-            ::close(value_);
-    }
-    OwnedDescriptor(OwnedDescriptor&& other) noexcept : value_(std::exchange(other.value_, -1)) {}
-    OwnedDescriptor& operator=(OwnedDescriptor&& other) noexcept
-    {
-        std::swap(value_, other.value_);
-        return *this;
-    }
-
-    explicit operator bool() const { return value_ >= 0; }
-    int get() const { return value_; }
-
-private:
-    int value_;
-};
 
 /// The access is kept because a key refuses what it was not opened for, as on Windows.
 struct Key {
@@ -151,17 +129,9 @@ ssize_t ReadUpTo(int file, void* buffer, std::size_t size)
 
 } // namespace
 
-RegistryKey::~RegistryKey()
+void RegistryKey::Kind::close(Value value)
 {
-    close();
-}
-
-RegistryKey::RegistryKey(RegistryKey&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
-
-RegistryKey& RegistryKey::operator=(RegistryKey&& other) noexcept
-{
-    std::swap(handle_, other.handle_);
-    return *this;
+    delete KeyOf(value);
 }
 
 std::uint32_t RegistryKey::open(RegistryHive hive, const char* path, RegistryAccess access)
@@ -170,7 +140,7 @@ std::uint32_t RegistryKey::open(RegistryHive hive, const char* path, RegistryAcc
     OwnedDescriptor folder;
     const std::uint32_t status = WalkFromHive(hive, path, false, folder);
     if (status == registrySuccess)
-        handle_ = new Key{std::move(folder), access};
+        handle_.reset(new Key{std::move(folder), access});
     return status;
 }
 
@@ -178,10 +148,10 @@ std::uint32_t RegistryKey::openBelow(const RegistryKey& parent, const char* path
 {
     OwnedDescriptor folder;
     const std::uint32_t status =
-        parent.isOpen() ? Walk(OpenFolder(KeyOf(parent.handle_)->folder.get(), "."), path, false, folder) : EBADF;
+        parent.isOpen() ? Walk(OpenFolder(KeyOf(parent.handle_.get())->folder.get(), "."), path, false, folder) : EBADF;
     close();
     if (status == registrySuccess)
-        handle_ = new Key{std::move(folder), access};
+        handle_.reset(new Key{std::move(folder), access});
     return status;
 }
 
@@ -191,7 +161,7 @@ std::uint32_t RegistryKey::create(RegistryHive hive, const char* path, bool)
     OwnedDescriptor folder;
     const std::uint32_t status = WalkFromHive(hive, path, true, folder);
     if (status == registrySuccess)
-        handle_ = new Key{std::move(folder), RegistryAccess::write};
+        handle_.reset(new Key{std::move(folder), RegistryAccess::write});
     return status;
 }
 
@@ -200,7 +170,7 @@ std::uint32_t RegistryKey::queryValue(const char* name, void* buffer, std::uint3
     isText = true;
     if (!isOpen())
         return EBADF;
-    const Key& key = *KeyOf(handle_);
+    const Key& key = *KeyOf(handle_.get());
     if (key.access == RegistryAccess::write)
         return EACCES;
     const std::string fileName = ValueFileName(name);
@@ -229,7 +199,7 @@ std::uint32_t RegistryKey::setText(const char* name, const char* text, std::uint
 {
     if (!isOpen())
         return EBADF;
-    const Key& key = *KeyOf(handle_);
+    const Key& key = *KeyOf(handle_.get());
     if (key.access != RegistryAccess::write)
         return EACCES;
     const std::string fileName = ValueFileName(name);
@@ -252,7 +222,7 @@ std::uint32_t RegistryKey::enumerate(std::uint32_t index, char* name, std::uint3
 {
     if (!isOpen())
         return EBADF;
-    const Key& key = *KeyOf(handle_);
+    const Key& key = *KeyOf(handle_.get());
     if (key.access != RegistryAccess::read)
         return EACCES;
     const std::vector<std::string> names = SubFolders(key.folder.get());
@@ -263,12 +233,6 @@ std::uint32_t RegistryKey::enumerate(std::uint32_t index, char* name, std::uint3
         return registryMoreData;
     std::memcpy(name, found.c_str(), found.size() + 1);
     return registrySuccess;
-}
-
-void RegistryKey::close()
-{
-    delete KeyOf(handle_);
-    handle_ = nullptr;
 }
 
 } // namespace platform

@@ -1,19 +1,21 @@
 #include "core/platform/posix/registry_names.h"
 
+#include "core/platform/posix/owned_descriptor.h"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <memory>
 
 namespace platform {
 
 namespace {
 
-struct DirectoryCloser {
-    void operator()(DIR* stream) const { closedir(stream); }
+struct DirectoryKind {
+    using Value = DIR*;
+    static Value none() { return nullptr; }
+    static void close(Value value) { closedir(value); }
 };
 
 char ToLower(char character)
@@ -33,14 +35,13 @@ template <typename Visit>
 void ForEachEntry(int directory, Visit visit)
 {
     // Opened anew, since descriptors that are duplicated share one reading position.
-    const int copy = openat(directory, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (copy < 0)
+    OwnedDescriptor copy(openat(directory, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!copy)
         return;
-    const std::unique_ptr<DIR, DirectoryCloser> stream(fdopendir(copy));
-    if (stream == nullptr) {
-        close(copy);
+    const ccrypto::SystemHandle<DirectoryKind> stream(fdopendir(copy.get()));
+    if (!stream)
         return;
-    }
+    static_cast<void>(copy.release());
     while (const dirent* entry = readdir(stream.get()))
         visit(std::string_view(entry->d_name));
 }

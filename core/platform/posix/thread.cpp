@@ -123,9 +123,15 @@ bool AwaitLeaving(ThreadState& state, std::uint32_t id, std::uint32_t millisecon
 
 } // namespace
 
-Thread::~Thread()
+void Thread::Kind::close(Value value)
 {
-    close();
+    std::unique_ptr<ThreadState> state(static_cast<ThreadState*>(value));
+    if (state->gone)
+        return;
+    pthread_detach(state->handle);
+    // A thread that was told to leave may still come to say that it does.
+    if (state->toldToLeave)
+        static_cast<void>(state.release());
 }
 
 bool Thread::start(Entry entry, void* argument)
@@ -141,7 +147,7 @@ bool Thread::start(Entry entry, void* argument)
     if (error == 0) {
         while (sem_wait(&start.taken) != 0) {}
         id_ = start.id;
-        state_ = state.release();
+        state_.reset(state.release());
     }
     sem_destroy(&start.taken);
     errno = error;
@@ -150,7 +156,7 @@ bool Thread::start(Entry entry, void* argument)
 
 bool Thread::wait(std::uint32_t milliseconds)
 {
-    auto* const state = static_cast<ThreadState*>(state_);
+    auto* const state = static_cast<ThreadState*>(state_.get());
     if (state == nullptr || state->gone)
         return true;
     if (state->toldToLeave)
@@ -169,7 +175,7 @@ bool Thread::wait(std::uint32_t milliseconds)
 
 bool Thread::terminate()
 {
-    auto* const state = static_cast<ThreadState*>(state_);
+    auto* const state = static_cast<ThreadState*>(state_.get());
     if (wait(0))
         return true;
     // A thread that is stuck in the kernel must not hold up the caller.
@@ -177,18 +183,6 @@ bool Thread::terminate()
     state->toldToLeave = true;
     pthread_kill(state->handle, TerminationSignal());
     return AwaitLeaving(*state, id_, deliveryTime);
-}
-
-void Thread::close()
-{
-    std::unique_ptr<ThreadState> state(static_cast<ThreadState*>(state_));
-    state_ = nullptr;
-    if (state == nullptr || state->gone)
-        return;
-    pthread_detach(state->handle);
-    // A thread that was told to leave may still come to say that it does.
-    if (state->toldToLeave)
-        static_cast<void>(state.release());
 }
 
 } // namespace platform

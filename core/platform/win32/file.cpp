@@ -99,9 +99,9 @@ bool WriteAll(HANDLE file, std::uint64_t position, const void* source, std::uint
 
 } // namespace
 
-File::~File()
+void File::Kind::close(Value value)
 {
-    close();
+    CloseHandle(HandleOf(value));
 }
 
 bool File::open(const char* name, FileMode mode)
@@ -115,7 +115,7 @@ bool File::open(const char* name, FileMode mode)
     const HANDLE file = CreateFileW(SystemName(name).c_str(), flags.access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                     nullptr, flags.disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
     // The system's value for no file is -1, too.
-    handle_ = reinterpret_cast<std::intptr_t>(file);
+    handle_.reset(reinterpret_cast<std::intptr_t>(file));
     if (!isOpen())
         return false;
     const DWORD reason = RefusalOf(file, mode);
@@ -126,13 +126,6 @@ bool File::open(const char* name, FileMode mode)
     return reason == ERROR_SUCCESS;
 }
 
-void File::close()
-{
-    if (isOpen())
-        CloseHandle(HandleOf(handle_));
-    handle_ = closed;
-}
-
 std::int64_t File::readAt(std::uint64_t position, void* target, std::uint32_t count)
 {
     auto* const bytes = static_cast<unsigned char*>(target);
@@ -140,7 +133,7 @@ std::int64_t File::readAt(std::uint64_t position, void* target, std::uint32_t co
     while (done < count) {
         OVERLAPPED place = At(position + done);
         DWORD part = 0;
-        if (!ReadFile(HandleOf(handle_), bytes + done, count - done, &part, &place)) {
+        if (!ReadFile(HandleOf(handle_.get()), bytes + done, count - done, &part, &place)) {
             if (GetLastError() == ERROR_HANDLE_EOF)
                 break;
             return -1;
@@ -154,23 +147,23 @@ std::int64_t File::readAt(std::uint64_t position, void* target, std::uint32_t co
 
 bool File::writeAt(std::uint64_t position, const void* source, std::uint32_t count)
 {
-    return WriteAll(HandleOf(handle_), position, source, count);
+    return WriteAll(HandleOf(handle_.get()), position, source, count);
 }
 
 bool File::append(const void* source, std::uint32_t count)
 {
-    return WriteAll(HandleOf(handle_), endOfFile, source, count);
+    return WriteAll(HandleOf(handle_.get()), endOfFile, source, count);
 }
 
 std::int64_t File::size() const
 {
     LARGE_INTEGER size{};
-    return GetFileSizeEx(HandleOf(handle_), &size) ? size.QuadPart : -1;
+    return GetFileSizeEx(HandleOf(handle_.get()), &size) ? size.QuadPart : -1;
 }
 
 bool File::truncate(std::uint64_t size)
 {
-    return Truncate(HandleOf(handle_), size);
+    return Truncate(HandleOf(handle_.get()), size);
 }
 
 bool File::Remove(const char* name)

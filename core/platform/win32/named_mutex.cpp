@@ -48,9 +48,9 @@ private:
 
 } // namespace
 
-NamedMutex::~NamedMutex()
+void NamedMutex::Kind::close(Value value)
 {
-    close();
+    CloseHandle(value);
 }
 
 bool NamedMutex::open(const char* name)
@@ -61,38 +61,31 @@ bool NamedMutex::open(const char* name)
         return false;
     }
     const std::wstring wide = Utf8ToWide(name);
-    state_ = OpenMutexW(SYNCHRONIZE, FALSE, wide.c_str());
-    if (state_ != nullptr || GetLastError() != ERROR_FILE_NOT_FOUND)
-        return state_ != nullptr;
+    state_.reset(OpenMutexW(SYNCHRONIZE, FALSE, wide.c_str()));
+    if (isOpen() || GetLastError() != ERROR_FILE_NOT_FOUND)
+        return isOpen();
 
     EveryoneMayWait everyone;
     if (!everyone.made())
         return false;
     SECURITY_ATTRIBUTES attributes = everyone.inheritable();
     // Asks for no more than everyone is granted, so that it also succeeds when another user has created the mutex just now.
-    state_ = CreateMutexExW(&attributes, wide.c_str(), 0, SYNCHRONIZE);
-    return state_ != nullptr;
-}
-
-void NamedMutex::close()
-{
-    if (state_ != nullptr)
-        CloseHandle(state_);
-    state_ = nullptr;
+    state_.reset(CreateMutexExW(&attributes, wide.c_str(), 0, SYNCHRONIZE));
+    return isOpen();
 }
 
 bool NamedMutex::lock(std::uint32_t milliseconds)
 {
-    if (state_ == nullptr)
+    if (!isOpen())
         return false;
-    const DWORD result = WaitForSingleObject(state_, milliseconds);
+    const DWORD result = WaitForSingleObject(state_.get(), milliseconds);
     return result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
 }
 
 void NamedMutex::unlock()
 {
-    if (state_ != nullptr)
-        ReleaseMutex(state_);
+    if (isOpen())
+        ReleaseMutex(state_.get());
 }
 
 } // namespace platform

@@ -4,8 +4,6 @@
 
 #include <windows.h>
 
-#include <utility>
-
 namespace platform {
 
 namespace {
@@ -43,45 +41,34 @@ std::uint32_t RegistryViewFlag()
     return flag;
 }
 
-RegistryKey::~RegistryKey()
+void RegistryKey::Kind::close(Value value)
 {
-    close();
-}
-
-RegistryKey::RegistryKey(RegistryKey&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
-
-RegistryKey& RegistryKey::operator=(RegistryKey&& other) noexcept
-{
-    std::swap(handle_, other.handle_);
-    return *this;
+    RegCloseKey(static_cast<HKEY>(value));
 }
 
 std::uint32_t RegistryKey::open(RegistryHive hive, const char* path, RegistryAccess access)
 {
-    close();
     HKEY key = nullptr;
     const LSTATUS status = RegOpenKeyExA(RootOf(hive), path, 0, AccessMask(access), &key);
-    handle_ = key;
+    handle_.reset(key);
     return static_cast<std::uint32_t>(status);
 }
 
 std::uint32_t RegistryKey::openBelow(const RegistryKey& parent, const char* path, RegistryAccess access)
 {
     HKEY key = nullptr;
-    const LSTATUS status = RegOpenKeyExA(static_cast<HKEY>(parent.handle_), path, 0, AccessMask(access), &key);
-    close();
-    handle_ = key;
+    const LSTATUS status = RegOpenKeyExA(static_cast<HKEY>(parent.handle_.get()), path, 0, AccessMask(access), &key);
+    handle_.reset(key);
     return static_cast<std::uint32_t>(status);
 }
 
 std::uint32_t RegistryKey::create(RegistryHive hive, const char* path, bool isVolatile)
 {
-    close();
     HKEY key = nullptr;
     const DWORD options = isVolatile ? REG_OPTION_VOLATILE : REG_OPTION_NON_VOLATILE;
     const LSTATUS status =
         RegCreateKeyExA(RootOf(hive), path, 0, nullptr, options, AccessMask(RegistryAccess::write), nullptr, &key, nullptr);
-    handle_ = key;
+    handle_.reset(key);
     return static_cast<std::uint32_t>(status);
 }
 
@@ -89,7 +76,8 @@ std::uint32_t RegistryKey::queryValue(const char* name, void* buffer, std::uint3
 {
     DWORD type = 0;
     DWORD length = size;
-    const LSTATUS status = RegQueryValueExA(static_cast<HKEY>(handle_), name, nullptr, &type, static_cast<BYTE*>(buffer), &length);
+    const LSTATUS status =
+        RegQueryValueExA(static_cast<HKEY>(handle_.get()), name, nullptr, &type, static_cast<BYTE*>(buffer), &length);
     isText = type == REG_SZ;
     // Text may be stored with its terminator, or without.
     if (status == ERROR_SUCCESS && isText && buffer != nullptr && length != 0 &&
@@ -102,19 +90,12 @@ std::uint32_t RegistryKey::queryValue(const char* name, void* buffer, std::uint3
 std::uint32_t RegistryKey::setText(const char* name, const char* text, std::uint32_t length)
 {
     return static_cast<std::uint32_t>(
-        RegSetValueExA(static_cast<HKEY>(handle_), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text), length));
+        RegSetValueExA(static_cast<HKEY>(handle_.get()), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text), length));
 }
 
 std::uint32_t RegistryKey::enumerate(std::uint32_t index, char* name, std::uint32_t size) const
 {
-    return static_cast<std::uint32_t>(RegEnumKeyA(static_cast<HKEY>(handle_), index, name, size));
-}
-
-void RegistryKey::close()
-{
-    if (handle_ != nullptr)
-        RegCloseKey(static_cast<HKEY>(handle_));
-    handle_ = nullptr;
+    return static_cast<std::uint32_t>(RegEnumKeyA(static_cast<HKEY>(handle_.get()), index, name, size));
 }
 
 } // namespace platform

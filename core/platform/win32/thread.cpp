@@ -26,9 +26,9 @@ unsigned __stdcall Run(void* pointer)
 
 } // namespace
 
-Thread::~Thread()
+void Thread::Kind::close(Value value)
 {
-    close();
+    CloseHandle(value);
 }
 
 bool Thread::start(Entry entry, void* argument)
@@ -43,16 +43,16 @@ bool Thread::start(Entry entry, void* argument)
         return false;
     }
     static_cast<void>(start.release());
-    state_ = reinterpret_cast<void*>(handle); // the runtime returns the handle as a number
+    state_.reset(reinterpret_cast<void*>(handle)); // the runtime returns the handle as a number
     id_ = id;
     return true;
 }
 
 bool Thread::wait(std::uint32_t milliseconds)
 {
-    if (state_ == nullptr)
+    if (!isOpen())
         return true;
-    const DWORD result = WaitForSingleObject(state_, milliseconds);
+    const DWORD result = WaitForSingleObject(state_.get(), milliseconds);
     if (result == WAIT_TIMEOUT)
         SetLastError(WAIT_TIMEOUT);
     return result == WAIT_OBJECT_0;
@@ -62,14 +62,7 @@ bool Thread::terminate()
 {
     // The call only begins the end.
     constexpr std::uint32_t endingTime = 1000;
-    return state_ == nullptr || (TerminateThread(state_, 0) != FALSE && wait(endingTime)) || wait(0);
-}
-
-void Thread::close()
-{
-    if (state_ != nullptr)
-        CloseHandle(state_);
-    state_ = nullptr;
+    return !isOpen() || (TerminateThread(state_.get(), 0) != FALSE && wait(endingTime)) || wait(0);
 }
 
 } // namespace platform
