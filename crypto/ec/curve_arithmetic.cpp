@@ -206,6 +206,7 @@ const CurveArithmetic* CurveArithmetic::Of(std::uint32_t curve)
 {
     static const CurveArithmeticOf prime256v1(curve_domains::prime256v1, PrimePoints256());
     static const CurveArithmeticOf secp384r1(curve_domains::secp384r1, PrimePoints384());
+    static const CurveArithmeticOf secp521r1(curve_domains::secp521r1, PrimePoints521());
     switch (curve) {
     case algorithm::secp112r1:
         return General<curve_domains::secp112r1>();
@@ -218,7 +219,7 @@ const CurveArithmetic* CurveArithmetic::Of(std::uint32_t curve)
     case algorithm::secp384r1:
         return &secp384r1;
     case algorithm::secp521r1:
-        return General<curve_domains::secp521r1>();
+        return &secp521r1;
     case algorithm::brainpoolP160r1:
         return General<curve_domains::brainpoolP160r1>();
     case algorithm::brainpoolP256r1:

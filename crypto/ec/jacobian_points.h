@@ -9,19 +9,36 @@
 #include <memory>
 #include <vector>
 
+/// What JacobianPoints needs of a field besides its sums and products, for one whose numbers are in Montgomery form.
+template <auto& domain>
+struct MontgomeryForm {
+    using Element = std::remove_cvref_t<decltype(domain.a)>;
+    static constexpr std::size_t limbCount = std::tuple_size_v<Element>;
+    static constexpr MontgomeryField<limbCount> field{domain.p};
+
+    static const Element& one() { return field.one(); }
+    static Element enter(const Element& number) { return field.enter(number); }
+    static Element leave(const Element& number) { return field.leave(number); }
+    static Element invert(const Element& number) { return field.invert(number); }
+    static Element half(const Element& number) { return field.half(number); }
+};
+
 /// Multiples of points of a curve with a = -3 over a field that is given as a type, so that its products can be written for it:
-///     Field::limbCount  Field::multiply  square  add  subtract  twice  half  (all static, on numbers as Montgomery writes them)
-/// Coordinates are Jacobian. Their sums have exceptions, which these loops cannot meet but where they say so.
+///     Field::limbCount  Field::multiply  square  add  subtract  twice  half  one  enter  leave  invert
+/// (all static, on numbers in the field's own form, which enter() and leave() convert; each number has one form only). Coordinates
+/// are Jacobian. Their sums have exceptions, which these loops cannot meet but where they say so.
+///
+/// Multiples of other points take digits of `width` bits, which some orders do not allow (see addMasked).
 ///
 /// Multiples of the base point come out of a table of all digits at all places, `baseWidth` bits each, which is computed when it is
 /// first needed.
-template <typename Field, auto& domain, std::size_t baseWidth>
+template <typename Field, auto& domain, std::size_t baseWidth, std::size_t width = 5>
 class JacobianPoints final : public CurvePoints<Field::limbCount> {
 public:
     static constexpr std::size_t N = Field::limbCount;
     using Affine = AffinePoint<N>;
 
-    JacobianPoints() : field_(domain.p) { fillTable(); }
+    JacobianPoints() { fillTable(); }
 
     void multiplyBase(Affine& result, const Limbs<N>& scalar) const override
     {
@@ -70,7 +87,7 @@ public:
             const SignedDigit digit = SignedDigitAt(baseScalar, i, baseWidth);
             if (digit.magnitude != 0) {
                 const Affine& entry = table_[i * baseMost + digit.magnitude - 1];
-                addKnown(sum, negatedIf(Point{entry.x, entry.y, field_.one()}, digit.negative));
+                addKnown(sum, negatedIf(Point{entry.x, entry.y, Field::one()}, digit.negative));
             }
         }
         if (fixed_limbs::IsZero(sum.z) != 0)
@@ -81,7 +98,6 @@ public:
 
 private:
     using Element = Limbs<N>;
-    static constexpr std::size_t width = 5;
     static constexpr std::size_t most = 1u << (width - 1);
     static constexpr std::size_t digits = SignedDigitCount(domain.n.bits, width);
     static constexpr std::size_t baseMost = 1u << (baseWidth - 1);
@@ -95,7 +111,7 @@ private:
     using Multiples = std::array<Point, most>;
 
     /// A point times 1, 3, 5 to 15, for the digits of SparseDigits.
-    using OddMultiples = std::array<Point, most / 2>;
+    using OddMultiples = std::array<Point, 8>;
 
     [[gnu::noinline]] static void assignIf(Point& target, std::uint64_t mask, const Point& source)
     {
@@ -172,13 +188,13 @@ private:
     /// it is too small. At the last one the sum is the scalar itself, which is below n; and for the difference to be n, what the
     /// digits below make would be negative and n that much above a multiple of 2^(baseWidth * i), while all of the bits that n has
     /// there and some 30 below them are ones.
-    void addMasked(Point& sum, const Affine& entry, std::uint64_t skip) const
+    static void addMasked(Point& sum, const Affine& entry, std::uint64_t skip)
     {
         const std::uint64_t empty = fixed_limbs::IsZero(sum.z);
         Point r = sumOf(difference(sum, entry));
         r.x = fixed_limbs::Select(empty, entry.x, r.x);
         r.y = fixed_limbs::Select(empty, entry.y, r.y);
-        r.z = fixed_limbs::Select(empty, field_.one(), r.z);
+        r.z = fixed_limbs::Select(empty, Field::one(), r.z);
         assignIf(sum, ~skip, r);
     }
 
@@ -186,7 +202,7 @@ private:
     /// comes near the order n. The two are opposite for the scalars 0 and n alone, which there are not, and they would be the same
     /// if n were that sum and |d|, for a d below 0; but then n modulo 2^width would be a digit.
     static_assert(domain.n.value[0] % (2 * most) > most);
-    void addMasked(Point& sum, const Point& entry, std::uint64_t skip) const
+    static void addMasked(Point& sum, const Point& entry, std::uint64_t skip)
     {
         const std::uint64_t empty = fixed_limbs::IsZero(sum.z);
         Point r = sumOf(difference(sum, entry));
@@ -195,31 +211,31 @@ private:
     }
 
     /// For points that may be known: any two.
-    void addKnown(Point& sum, const Point& entry) const
+    static void addKnown(Point& sum, const Point& entry)
     {
         if (fixed_limbs::IsZero(sum.z) != 0) {
             sum = entry;
             return;
         }
-        const Differences d = entry.z == field_.one() ? difference(sum, Affine{entry.x, entry.y}) : difference(sum, entry);
+        const Differences d = entry.z == Field::one() ? difference(sum, Affine{entry.x, entry.y}) : difference(sum, entry);
         if (fixed_limbs::IsZero(d.x) != 0 && fixed_limbs::IsZero(d.y) != 0)
             sum = twice(entry);
         else
             sum = sumOf(d);
     }
 
-    void fillMultiples(Multiples& table, const Affine& point) const
+    static void fillMultiples(Multiples& table, const Affine& point)
     {
-        const Affine entered = {field_.enter(point.x), field_.enter(point.y)};
-        table[0] = {entered.x, entered.y, field_.one()};
+        const Affine entered = {Field::enter(point.x), Field::enter(point.y)};
+        table[0] = {entered.x, entered.y, Field::one()};
         for (std::size_t i = 2; i <= most; ++i)
             table[i - 1] = i % 2 == 0 ? twice(table[i / 2 - 1]) : sumOf(difference(table[i - 2], entered));
     }
 
-    OddMultiples oddMultiples(const Affine& point) const
+    static OddMultiples oddMultiples(const Affine& point)
     {
         OddMultiples table;
-        table[0] = {field_.enter(point.x), field_.enter(point.y), field_.one()};
+        table[0] = {Field::enter(point.x), Field::enter(point.y), Field::one()};
         const Point two = twice(table[0]);
         for (std::size_t i = 1; i < table.size(); ++i)
             table[i] = sumOf(difference(table[i - 1], two));
@@ -244,7 +260,7 @@ private:
     {
         std::vector<Point> points;
         points.reserve(baseDigits * baseMost);
-        Point first = {field_.enter(domain.x), field_.enter(domain.y), field_.one()};
+        Point first = {Field::enter(domain.x), Field::enter(domain.y), Field::one()};
         for (std::size_t i = 0; i < baseDigits; ++i) {
             points.push_back(first);
             for (std::size_t each = 2; each <= baseMost; ++each)
@@ -254,12 +270,12 @@ private:
         }
         // One inversion for all: of the product of all z, from which each is taken off in turn.
         std::vector<Element> products(points.size());
-        Element product = field_.one();
+        Element product = Field::one();
         for (std::size_t i = 0; i < points.size(); ++i) {
             products[i] = product;
             product = Field::multiply(product, points[i].z);
         }
-        Element inverse = field_.invert(product);
+        Element inverse = Field::invert(product);
         table_.reset(new Affine[points.size()]);
         for (std::size_t i = points.size(); i-- > 0;) {
             const Element own = Field::multiply(inverse, products[i]);
@@ -269,14 +285,13 @@ private:
         }
     }
 
-    void leave(Affine& result, const Point& point) const
+    static void leave(Affine& result, const Point& point)
     {
-        Wiped<Element> inverse{field_.invert(point.z)};
+        Wiped<Element> inverse{Field::invert(point.z)};
         Wiped<Element> square{Field::square(inverse)};
-        result.x = field_.leave(Field::multiply(point.x, square));
-        result.y = field_.leave(Field::multiply(point.y, Field::multiply(square, inverse)));
+        result.x = Field::leave(Field::multiply(point.x, square));
+        result.y = Field::leave(Field::multiply(point.y, Field::multiply(square, inverse)));
     }
 
-    MontgomeryField<N> field_;
     std::unique_ptr<Affine[]> table_;
 };

@@ -1,22 +1,21 @@
 #include "crypto/ec/prime_curves.h"
 
 #include "crypto/ec/jacobian_points.h"
+#include "crypto/ec/prime521_field.h"
 
 namespace {
 
 /// Numbers modulo the prime of a curve that is known to the compiler.
 template <auto& domain>
-struct Field {
-    using Element = decltype(domain.a);
-    static constexpr std::size_t limbCount = std::tuple_size_v<Element>;
-    static constexpr MontgomeryField<limbCount> field{domain.p};
+struct Field : MontgomeryForm<domain> {
+    using Element = typename MontgomeryForm<domain>::Element;
+    using MontgomeryForm<domain>::field;
 
     [[gnu::noinline]] static Element multiply(const Element& x, const Element& y) { return MontgomeryProduct(x, y, domain.p); }
     [[gnu::noinline]] static Element square(const Element& x) { return MontgomeryProduct(x, x, domain.p); }
     static Element add(const Element& x, const Element& y) { return field.add(x, y); }
     static Element twice(const Element& x) { return field.add(x, x); }
     static Element subtract(const Element& x, const Element& y) { return field.subtract(x, y); }
-    static Element half(const Element& x) { return field.half(x); }
 };
 
 template <auto& domain, std::size_t baseWidth>
@@ -34,6 +33,14 @@ constexpr Variant<PointCalls384> variants384[] = {
     {"portable", cpu::none, []() -> const CurvePoints<6>& { return Points<curve_domains::secp384r1, 5>(); }},
     {"adx", cpu::adx, Prime384Adx},
 };
+constexpr Variant<PointCalls521> variants521[] = {
+    {"portable", cpu::none,
+     []() -> const CurvePoints<9>& {
+         static const JacobianPoints<Prime521Field, curve_domains::secp521r1, 5, 4> points;
+         return points;
+     }},
+    {"adx", cpu::adx, Prime521Adx},
+};
 
 } // namespace
 
@@ -47,6 +54,11 @@ std::span<const Variant<PointCalls384>> Prime384Variants()
     return variants384;
 }
 
+std::span<const Variant<PointCalls521>> Prime521Variants()
+{
+    return variants521;
+}
+
 const CurvePoints<4>& PrimePoints256()
 {
     static const CurvePoints<4>& chosen = ChooseVariant(Prime256Variants()).calls();
@@ -56,5 +68,11 @@ const CurvePoints<4>& PrimePoints256()
 const CurvePoints<6>& PrimePoints384()
 {
     static const CurvePoints<6>& chosen = ChooseVariant(Prime384Variants()).calls();
+    return chosen;
+}
+
+const CurvePoints<9>& PrimePoints521()
+{
+    static const CurvePoints<9>& chosen = ChooseVariant(Prime521Variants()).calls();
     return chosen;
 }

@@ -48,9 +48,7 @@ namespace {
     ROW(offset, t0, t1, t2, t3, t4, t5, t6, t7) REDUCE_LIMB(t0, t1, t2, t3, t4, t5, t6, t7)
 
 /// Numbers modulo p, below it.
-struct Field {
-    static constexpr std::size_t limbCount = 6;
-    using Element = Limbs<6>;
+struct Field : MontgomeryForm<curve_domains::secp384r1> {
     static constexpr const Element& prime = curve_domains::secp384r1.p.value;
 
     [[gnu::noinline]] static Element multiply(const Element& x, const Element& y)
@@ -88,8 +86,6 @@ struct Field {
             difference[i] = fixed_limbs::AddCarry(difference[i], prime[i] & mask, carry);
         return difference;
     }
-
-    static Element half(const Element& x) { return MontgomeryField<6>(curve_domains::secp384r1.p).half(x); }
 };
 
 } // namespace
