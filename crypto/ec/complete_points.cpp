@@ -5,7 +5,7 @@
 template <std::size_t N>
 CompletePoints<N>::CompletePoints(const CurveDomain<N>& domain)
     : domain_(domain), field_(domain.p), a_(field_.enter(domain.a)), aIsMinusThree_(a_ == field_.negate(tripled(field_.one()))),
-      b3_(tripled(field_.enter(domain.b))), ofBase_(*this, entered({domain.x, domain.y}))
+      b3_(tripled(field_.enter(domain.b))), ofBase_(tablesOfBase())
 {
 }
 
@@ -18,15 +18,42 @@ CompletePoints<N>::Table::Table(const CompletePoints& curve, const Point& point)
 }
 
 template <std::size_t N>
+std::vector<typename CompletePoints<N>::Table> CompletePoints<N>::tablesOfBase() const
+{
+    std::vector<Table> tables;
+    Point first = entered({domain_.x, domain_.y});
+    for (std::size_t i = 0; i < digitCount(); ++i) {
+        const Point& last = tables.emplace_back(*this, first).multiples.back();
+        first = add(last, last);
+    }
+    return tables;
+}
+
+template <std::size_t N>
 void CompletePoints<N>::multiplyBase(AffinePoint<N>& result, const Limbs<N>& scalar) const
 {
-    multiplySecret(result, ofBase_, scalar);
+    Wiped<Point> sum{infinity()};
+    Wiped<Point> chosen{};
+    for (std::size_t i = 0; i < digitCount(); ++i) {
+        select(chosen, ofBase_[i], SignedDigitAt(scalar, i, width));
+        static_cast<Point&>(sum) = add(sum, chosen);
+    }
+    leave(result, sum);
 }
 
 template <std::size_t N>
 void CompletePoints<N>::multiply(AffinePoint<N>& result, const AffinePoint<N>& point, const Limbs<N>& scalar) const
 {
-    multiplySecret(result, Table(*this, entered(point)), scalar);
+    const Table table(*this, entered(point));
+    Wiped<Point> sum{infinity()};
+    Wiped<Point> chosen{};
+    for (std::size_t i = digitCount(); i-- > 0;) {
+        for (std::size_t j = 0; j < width && i + 1 != digitCount(); ++j)
+            static_cast<Point&>(sum) = add(sum, sum);
+        select(chosen, table, SignedDigitAt(scalar, i, width));
+        static_cast<Point&>(sum) = add(sum, chosen);
+    }
+    leave(result, sum);
 }
 
 template <std::size_t N>
@@ -38,9 +65,10 @@ bool CompletePoints<N>::multiplyAndAdd(AffinePoint<N>& result, const Limbs<N>& b
     for (std::size_t i = digitCount(); i-- > 0;) {
         for (std::size_t j = 0; j < width && i + 1 != digitCount(); ++j)
             sum = add(sum, sum);
-        addDigit(sum, ofBase_, SignedDigitAt(baseScalar, i, width));
         addDigit(sum, ofPoint, SignedDigitAt(scalar, i, width));
     }
+    for (std::size_t i = 0; i < digitCount(); ++i)
+        addDigit(sum, ofBase_[i], SignedDigitAt(baseScalar, i, width));
     if (fixed_limbs::IsZero(sum.z) != 0)
         return false;
     leave(result, sum);
@@ -80,24 +108,15 @@ typename CompletePoints<N>::Point CompletePoints<N>::add(const Point& p, const P
 }
 
 template <std::size_t N>
-void CompletePoints<N>::multiplySecret(AffinePoint<N>& result, const Table& table, const Limbs<N>& scalar) const
+void CompletePoints<N>::select(Point& chosen, const Table& table, const SignedDigit& digit) const
 {
-    Wiped<Point> sum{infinity()};
-    Wiped<Point> chosen{};
-    for (std::size_t i = digitCount(); i-- > 0;) {
-        for (std::size_t j = 0; j < width && i + 1 != digitCount(); ++j)
-            static_cast<Point&>(sum) = add(sum, sum);
-        const SignedDigit digit = SignedDigitAt(scalar, i, width);
-        for (std::size_t entry = 0; entry <= most; ++entry) {
-            const std::uint64_t mask = constant_time::Mask::Equal(entry, digit.magnitude).word();
-            chosen.x = fixed_limbs::Select(mask, table.multiples[entry].x, chosen.x);
-            chosen.y = fixed_limbs::Select(mask, table.multiples[entry].y, chosen.y);
-            chosen.z = fixed_limbs::Select(mask, table.multiples[entry].z, chosen.z);
-        }
-        chosen.y = fixed_limbs::Select(digit.negative, field_.negate(chosen.y), chosen.y);
-        static_cast<Point&>(sum) = add(sum, chosen);
+    for (std::size_t entry = 0; entry <= most; ++entry) {
+        const std::uint64_t mask = constant_time::Mask::Equal(entry, digit.magnitude).word();
+        chosen.x = fixed_limbs::Select(mask, table.multiples[entry].x, chosen.x);
+        chosen.y = fixed_limbs::Select(mask, table.multiples[entry].y, chosen.y);
+        chosen.z = fixed_limbs::Select(mask, table.multiples[entry].z, chosen.z);
     }
-    leave(result, sum);
+    chosen.y = fixed_limbs::Select(digit.negative, field_.negate(chosen.y), chosen.y);
 }
 
 template <std::size_t N>

@@ -4,6 +4,8 @@
 #include "crypto/ec/curve_points.h"
 #include "crypto/ec/signed_window.h"
 
+#include <vector>
+
 /// Multiples of points by formulas without exceptions (Renes, Costello and Batina, "Complete addition formulas for prime order
 /// elliptic curves", 2015, algorithm 1): infinity, doublings and opposite points are added like any other, so there is no case that
 /// a secret scalar could lead to. N is one of those of the curves.
@@ -38,10 +40,11 @@ private:
     Point infinity() const { return {Element{}, field_.one(), Element{}}; }
     Point entered(const AffinePoint<N>& point) const { return {field_.enter(point.x), field_.enter(point.y), field_.one()}; }
     Element tripled(const Element& number) const { return field_.add(field_.add(number, number), number); }
+    std::vector<Table> tablesOfBase() const;
     Element timesA(const Element& number) const;
     Point add(const Point& p, const Point& q) const;
-    /// In time that does not depend on the scalar.
-    void multiplySecret(AffinePoint<N>& result, const Table& table, const Limbs<N>& scalar) const;
+    /// The multiple that a secret digit asks for.
+    void select(Point& chosen, const Table& table, const SignedDigit& digit) const;
     /// For digits that may be known.
     void addDigit(Point& sum, const Table& table, const SignedDigit& digit) const;
     void leave(AffinePoint<N>& result, const Point& point) const;
@@ -51,6 +54,6 @@ private:
     Element a_;
     bool aIsMinusThree_;
     Element b3_;
-    /// Made with all of the above.
-    Table ofBase_;
+    /// Of 2^(width * i) times the base point at place i, so that its multiples need no doublings.
+    std::vector<Table> ofBase_;
 };
