@@ -255,7 +255,13 @@ element CCryptoEC::signHash(std::span<const std::uint8_t> digest, SignatureForm 
 
 element CCryptoEC::signHashDeterministically(std::span<const std::uint8_t> digest, SignatureForm form, std::uint32_t hash) const
 {
-    return sign(digest, form, hash, {});
+    CCryptoAutoLogger logger("CCryptoEC::signHashDeterministically");
+    const std::unique_ptr<ICryptoHash> function = ICryptoHash::Create(hash);
+    if (function == nullptr || digest.size() != function->digestSize())
+        return logger.fail(element(), "No digest of hash %u has %zu bytes", hash, digest.size());
+    element signature = sign(digest, form, hash, {});
+    logger.setResult(!signature.isEmpty());
+    return signature;
 }
 
 element CCryptoEC::sign(std::span<const std::uint8_t> digest, SignatureForm form, std::uint32_t hash,
@@ -284,6 +290,10 @@ element CCryptoEC::sign(std::span<const std::uint8_t> digest, SignatureForm form
     do
         nonces.next(std::span(nonce).first(length));
     while (!arithmetic.sign(both.first(length), both.subspan(length), digest, scalar, std::span(nonce).first(length)));
+    // A signature that a fault has spoilt, or one by a spoilt key, can give the key away.
+    if (!arithmetic.isOwnSignature(digest, both.first(length), both.subspan(length), scalar, std::span(x_).first(facts_.fieldBytes),
+                                   std::span(y_).first(facts_.fieldBytes)))
+        return logger.fail(element(), "Signature does not verify: a fault in memory or in the processor");
     logger.setResult(true);
     return form == SignatureForm::pair ? pair : EcdsaPairToDer(pair.bytes());
 }

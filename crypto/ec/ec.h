@@ -67,10 +67,12 @@ public:
     /// ECDSA over the digest of a message (FIPS 186-5, 6.4.1): of one that is longer than the order, the first bits are taken.
     /// The nonce comes of scalar, digest and fresh random bytes (RFC 6979, 3.6), so that neither a bad source nor a fault that
     /// repeats the digest gives the key away. \return empty, logged, without a private scalar, for X25519 and X448, for a digest of
-    /// no or more than 64 bytes, and when there are no random bytes.
+    /// no or more than 64 bytes, when there are no random bytes, and when the signature does not verify: it is checked before it
+    /// leaves, as is the public point it belongs to, since a faulty one can give the key away.
     element signHash(std::span<const std::uint8_t> digest, SignatureForm form,
                      ICryptoRandom& random = ICryptoRandom::Instance()) const;
-    /// Without random bytes: RFC 6979 as it stands, with HMAC over the hash of this id. For tests and those who must reproduce.
+    /// Without random bytes: RFC 6979 unchanged, with HMAC over the hash of this id, which is the digest's own. For tests and those
+    /// who must reproduce. \return empty, logged, as above and for a digest of another length than the hash's.
     element signHashDeterministically(std::span<const std::uint8_t> digest, SignatureForm form, std::uint32_t hash) const;
     /// \return false, logged, when the signature is not one of this key over this digest, for whatever reason.
     bool verifyHash(std::span<const std::uint8_t> digest, std::span<const std::uint8_t> signature, SignatureForm form) const;

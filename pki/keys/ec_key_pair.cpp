@@ -2,11 +2,24 @@
 
 #include "core/base/algorithm.h"
 #include "core/diagnostics/auto_logger.h"
+#include "crypto/hash/hash.h"
 #include "pki/keys/key_encoding.h"
 
 namespace {
 
 constexpr const char* doesNotEncipher = "A key on a curve does not encipher";
+
+/// Whether a digest is as long as those of the hash with this id.
+bool IsDigestOf(std::uint32_t hash, std::span<const std::uint8_t> digest)
+{
+    CCryptoAutoLogger logger("IsDigestOf");
+    const std::unique_ptr<ICryptoHash> function = ICryptoHash::Create(hash);
+    if (function == nullptr)
+        return logger.fail(false, "No hash has the id %u", hash);
+    if (digest.size() != function->digestSize())
+        return logger.fail(false, "A digest of %s has %u bytes, not %zu", function->name(), function->digestSize(), digest.size());
+    return logger.setResult(true);
+}
 
 } // namespace
 
@@ -40,15 +53,15 @@ std::unique_ptr<ICryptoKeyPair> CCryptoECKeyPair::publicHalf() const
     return half != nullptr ? std::make_unique<CCryptoECKeyPair>(std::move(half)) : nullptr;
 }
 
-element CCryptoECKeyPair::signHash(std::uint32_t, std::span<const std::uint8_t> digest, const SCryptoPadding&)
+element CCryptoECKeyPair::signHash(std::uint32_t hash, std::span<const std::uint8_t> digest, const SCryptoPadding&)
 {
-    return key_->signHash(digest, SignatureForm::der);
+    return IsDigestOf(hash, digest) ? key_->signHash(digest, SignatureForm::der) : element();
 }
 
-bool CCryptoECKeyPair::verifyHash(std::uint32_t, std::span<const std::uint8_t> digest, std::span<const std::uint8_t> signature,
+bool CCryptoECKeyPair::verifyHash(std::uint32_t hash, std::span<const std::uint8_t> digest, std::span<const std::uint8_t> signature,
                                   const SCryptoPadding&) const
 {
-    return key_->verifyHash(digest, signature, SignatureForm::der);
+    return IsDigestOf(hash, digest) && key_->verifyHash(digest, signature, SignatureForm::der);
 }
 
 element CCryptoECKeyPair::encrypt(std::span<const std::uint8_t>, const SCryptoPadding&) const

@@ -1,10 +1,14 @@
 #include "core/base/algorithm.h"
+#include "crypto/ec/curve_arithmetic.h"
 #include "crypto/ec/curve_domains.h"
 #include "crypto/ec/ec.h"
 #include "tests/crypto/base/sequence_random.h"
 #include "tests/crypto/base/test_bytes.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
 
 namespace {
 
@@ -71,6 +75,18 @@ Bytes Added(const Bytes& a, const Bytes& b)
     return carry == 0 ? sum : Bytes();
 }
 
+/// All but the first byte.
+Bytes Tail(const Bytes& bytes)
+{
+    return {bytes.begin() + 1, bytes.end()};
+}
+
+std::pair<Bytes, Bytes> Halves(const Bytes& bytes)
+{
+    const auto middle = bytes.begin() + static_cast<std::ptrdiff_t>(bytes.size() / 2);
+    return {{bytes.begin(), middle}, {middle, bytes.end()}};
+}
+
 class EveryCurve : public ::testing::TestWithParam<CurveFacts> {};
 
 } // namespace
@@ -132,6 +148,41 @@ TEST_P(EveryCurve, VerifiesWhatItSigns)
     EXPECT_TRUE(key->signHash(Bytes(32, 1), SignatureForm::pair, dry).isEmpty());
 }
 
+TEST_P(EveryCurve, SignsNothingAfterAFault)
+{
+    if (!GetParam().signs)
+        GTEST_SKIP() << "does not sign";
+    const Bytes digest(32, 1);
+    SequenceRandom random(GetParam().id);
+    const auto key = CCryptoEC::Generate(GetParam().id, random);
+    const auto [x, y] = Halves(Tail(BytesOf(key->publicPoint())));
+    const Bytes scalar = BytesOf(key->privateScalar());
+    const auto [r, s] = Halves(BytesOf(key->signHash(digest, SignatureForm::pair, random)));
+
+    // The key as it lies in memory, one bit of it another.
+    const std::span<std::uint8_t> memory(reinterpret_cast<std::uint8_t*>(key.get()), sizeof *key);
+    for (const Bytes& part : {scalar, x, y}) {
+        const auto place = std::ranges::search(memory, part);
+        ASSERT_FALSE(place.empty());
+        place.back() ^= 2;
+        EXPECT_TRUE(key->signHash(digest, SignatureForm::pair, random).isEmpty());
+        EXPECT_TRUE(key->signHashDeterministically(digest, SignatureForm::der, algorithm::sha256).isEmpty());
+        place.back() ^= 2;
+    }
+
+    // The check itself.
+    const CurveArithmetic& arithmetic = *CurveArithmetic::Of(GetParam().id);
+    std::array<Bytes, 6> parts = {digest, r, s, scalar, x, y};
+    const auto check = [&] { return arithmetic.isOwnSignature(parts[0], parts[1], parts[2], parts[3], parts[4], parts[5]); };
+    EXPECT_TRUE(check());
+    for (Bytes& part : parts) {
+        // The digest is cut to the length of the order.
+        part.front() ^= 1;
+        EXPECT_FALSE(check()) << &part - parts.data();
+        part.front() ^= 1;
+    }
+}
+
 TEST_P(EveryCurve, RefusesLengthsOffByOne)
 {
     SequenceRandom random(GetParam().id);
@@ -175,7 +226,7 @@ TEST(EllipticCurves, RefuseNumbersOutOfRange)
         EXPECT_EQ(Hex(opposite), Hex(BytesOf(last->publicPoint(true))));
 
         const Bytes digest(20, 7);
-        const Bytes signature = BytesOf(one->signHashDeterministically(digest, SignatureForm::pair, algorithm::sha256));
+        const Bytes signature = BytesOf(one->signHashDeterministically(digest, SignatureForm::pair, algorithm::sha1));
         const Bytes r(signature.begin(), signature.begin() + static_cast<std::ptrdiff_t>(zero.size()));
         const Bytes s(signature.begin() + static_cast<std::ptrdiff_t>(zero.size()), signature.end());
         for (const Bytes& wrong : {zero, limits.order, Bytes(zero.size(), 0xFF)}) {

@@ -318,6 +318,10 @@ TEST(KeyPair, SignsVerifiesAndRefusesWhatItIsNotFor)
             EXPECT_FALSE(half->verifyHash(algorithm::sha256, digest, signature.bytes(), padding));
         }
         EXPECT_TRUE(half->signHash(algorithm::sha256, digest).isEmpty());
+        for (const std::uint32_t other : {algorithm::none, algorithm::sha1, algorithm::sha384, algorithm::sha512}) {
+            EXPECT_TRUE(key->signHash(other, digest).isEmpty()) << other;
+            EXPECT_FALSE(half->verifyHash(other, digest, key->signHash(algorithm::sha256, digest).bytes())) << other;
+        }
         EXPECT_TRUE(half->privateKeyInfo().isEmpty());
     }
 }
