@@ -1,8 +1,10 @@
 #include "core/diagnostics/auto_logger.h"
 
 #include "core/base/bounded_text.h"
+#include "core/diagnostics/failure.h"
 #include "core/diagnostics/log_nesting.h"
 #include "core/log/overlong_texts.h"
+#include "core/memory/out_of_memory.h"
 #include "core/platform/clock.h"
 
 #include <algorithm>
@@ -60,10 +62,12 @@ void CCryptoAutoLogger::DeleteShown::operator()(Shown* shown) const
     delete shown;
 }
 
-void CCryptoAutoLogger::enter()
+void CCryptoAutoLogger::enter() noexcept
 {
-    depth_ = logging::EnterOperation();
-    shown_.reset(new Shown);
+    ccrypto::internal::OrEndOutOfMemory([this] {
+        depth_ = logging::EnterOperation();
+        shown_.reset(new Shown);
+    });
 }
 
 void CCryptoAutoLogger::open()
@@ -80,7 +84,6 @@ void CCryptoAutoLogger::openWithArguments(const char* format, std::va_list argum
     const std::string_view text = formatted.appendFormatted(format, arguments) ? formatted.view() : overlong::arguments;
     if (quiet()) {
         shown_->nameWithArgs.append(name()).append("(").append(text).append(") : ");
-        name_ = shown_->nameWithArgs.c_str();
     } else {
         addText(text);
     }
@@ -102,7 +105,7 @@ void CCryptoAutoLogger::writeEntry()
         shown_->startTime = platform::MonotonicMilliseconds();
 }
 
-void CCryptoAutoLogger::close()
+void CCryptoAutoLogger::close() noexcept
 {
     if (shown_ != nullptr)
         logging::LeaveOperation();
@@ -122,7 +125,7 @@ void CCryptoAutoLogger::writeExit()
         CCryptoString chain(name());
         if (!message().isEmpty())
             chain.append(":").append(message().view());
-        StartLastErrorText(chain);
+        ccrypto::internal::StartLastErrorText(chain.view());
     }
     if (name()[0] != '\0') {
         const std::string_view suffix = exitSuffix();
@@ -166,25 +169,27 @@ void CCryptoAutoLogger::writeLine(std::string_view text)
 
 const char* CCryptoAutoLogger::name() const
 {
-    return name_ != nullptr ? name_ : "";
+    return shown_ != nullptr && !shown_->nameWithArgs.isEmpty() ? shown_->nameWithArgs.c_str() : operation();
 }
 
 void CCryptoAutoLogger::setStatus(ResultStatus level, const CCryptoString& text)
 {
-    status_ = level;
     if (level == ResultStatus::info)
         setInfo(text);
     else if (level == ResultStatus::warning)
         setWarning(text);
     else if (level == ResultStatus::error)
         setError(text);
+    else
+        status_ = level;
 }
 
 void CCryptoAutoLogger::setStatusFormatted(ResultStatus level, const char* format, std::va_list arguments)
 {
-    status_ = level;
-    if (level == ResultStatus::none || format == nullptr)
+    if (level == ResultStatus::none || format == nullptr) {
+        setRetValue(level, 0);
         return;
+    }
     BoundedText text;
     const bool fits = text.appendFormatted(format, arguments);
     setStatus(level, CCryptoString(fits ? text.view() : overlong::result));

@@ -84,6 +84,8 @@ public:
     Result setRetValue(ResultStatus level, Result result)
     {
         status_ = level;
+        if (level == ResultStatus::error) [[unlikely]]
+            setErrorWithoutText();
         return result;
     }
     template <typename Result>
@@ -116,7 +118,7 @@ public:
 
 protected:
     /// Ends the operation ahead of the destructor, which then writes nothing.
-    void close();
+    void close() noexcept;
     /// Ends the operation without a line or a lock; the thread's counter keeps it.
     void abandon()
     {
@@ -127,13 +129,15 @@ protected:
 private:
     void open();
     void openWithArguments(const char* format, std::va_list arguments);
-    void enter();
+    void enter() noexcept;
     void writeEntry();
     void writeExit();
     void writeMessage();
     void writeRule();
     void writeLine(std::string_view text);
     std::string_view exitSuffix() const;
+    const char* operation() const override { return name_ != nullptr ? name_ : ""; }
+    /// The operation, in the quiet modes with its arguments.
     const char* name() const;
     void setStatus(ResultStatus level, const CCryptoString& text);
     void setStatusFormatted(ResultStatus level, const char* format, std::va_list arguments);
@@ -141,7 +145,7 @@ private:
 
     /// What is kept while the log is on.
     struct Shown {
-        CCryptoString nameWithArgs;
+        CCryptoString nameWithArgs; ///< empty when there are no arguments, or they are in the message
         bool timed = false;
         std::int64_t startTime = 0;
         char timingPrefix[20] = {};

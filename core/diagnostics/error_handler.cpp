@@ -2,27 +2,17 @@
 
 #include "core/base/never_destroyed.h"
 #include "core/diagnostics/error_descriptions.h"
+#include "core/diagnostics/failure.h"
+#include "core/memory/out_of_memory.h"
 #include "core/platform/process.h"
 #include "core/text/utf8.h"
 
-#include <atomic>
 #include <cstdio>
-#include <memory>
 #include <string>
 
 namespace {
 
-constexpr std::size_t longestSystemText = 255;
-
-using SharedText = std::shared_ptr<const CCryptoString>;
-
-/// Null when the text is empty.
-constinit NeverDestroyed<std::atomic<SharedText>> lastErrorText;
-
-SharedText Share(const CCryptoString& text)
-{
-    return text.isEmpty() ? nullptr : std::make_shared<const CCryptoString>(text);
-}
+constexpr std::size_t maxSystemText = 255;
 
 std::string ErrorText(std::uint32_t code)
 {
@@ -36,7 +26,7 @@ std::string ErrorText(std::uint32_t code)
     }
     if (text.size() > 2 && text.ends_with("\r\n"))
         text.resize(text.size() - 2);
-    text.resize(Utf8Prefix(text, longestSystemText).size());
+    text.resize(Utf8Prefix(text, maxSystemText).size());
     return text;
 }
 
@@ -55,11 +45,13 @@ void CCryptoErrorHandler::DeleteText::operator()(CCryptoString* text) const
 
 void CCryptoErrorHandler::addText(std::string_view text)
 {
-    if (message_ == nullptr)
-        message_.reset(new CCryptoString);
-    if (!message_->isEmpty())
-        message_->append(" ");
-    message_->append(text);
+    ccrypto::internal::OrEndOutOfMemory([&] {
+        if (message_ == nullptr)
+            message_.reset(new CCryptoString);
+        if (!message_->isEmpty())
+            message_->append(" ");
+        message_->append(text);
+    });
 }
 
 void CCryptoErrorHandler::setInfo(const CCryptoString& text)
@@ -78,16 +70,32 @@ void CCryptoErrorHandler::setError(const CCryptoString& text)
 {
     status_ = ResultStatus::error;
     addText(text.view());
-    lastErrorText->store(Share(text));
+    if (text.isEmpty())
+        ccrypto::internal::RecordFailureWithoutReason(operation());
+    else
+        ccrypto::internal::RecordFailure(operation(), text.view(), errorCode_);
+    ccrypto::internal::SetLastErrorText(text.view());
+}
+
+void CCryptoErrorHandler::setErrorWithoutText() noexcept
+{
+    status_ = ResultStatus::error;
+    ccrypto::internal::RecordFailureWithoutReason(operation());
 }
 
 void CCryptoErrorHandler::setWindowsError(std::uint32_t code)
 {
+    const std::string text = ErrorText(code);
+    const bool gaveReason = status_ == ResultStatus::error && !message().isEmpty();
+    if (gaveReason)
+        ccrypto::internal::AddWindowsError(code);
+    else
+        ccrypto::internal::RecordFailure(operation(), text, code);
+    if (message().isEmpty())
+        ccrypto::internal::SetLastErrorText(text);
+
     status_ = ResultStatus::error;
     errorCode_ = code;
-    const std::string text = ErrorText(code);
-    if (message().isEmpty())
-        lastErrorText->store(Share(CCryptoString(std::string_view(text))));
     addText(text);
 }
 
@@ -98,17 +106,10 @@ void CCryptoErrorHandler::setLastWindowsError()
 
 CCryptoString CCryptoErrorHandler::LastErrorText()
 {
-    const SharedText text = lastErrorText->load();
-    return text != nullptr ? *text : CCryptoString();
+    return CCryptoString(std::string_view(ccrypto::internal::LastErrorText()));
 }
 
 void CCryptoErrorHandler::ClearLastErrorText()
 {
-    lastErrorText->store(nullptr);
-}
-
-void CCryptoErrorHandler::StartLastErrorText(const CCryptoString& text)
-{
-    SharedText none;
-    lastErrorText->compare_exchange_strong(none, Share(text));
+    ccrypto::internal::SetLastErrorText({});
 }

@@ -25,10 +25,11 @@ public:
 
     void setInfo(const CCryptoString& text);
     void setWarning(const CCryptoString& text);
-    /// The process-wide last-error text becomes `text` too.
+    /// The text becomes the calling thread's ccrypto::LastFailure() and the process-wide last-error text, too.
     void setError(const CCryptoString& text);
     /// Records the system's error `code` with its text: the one loaded for it, else the system's own (at most 255 bytes), else
-    /// " Last error (%08X)". It becomes the last-error text when it is the operation's first text.
+    /// " Last error (%08X)". It becomes the thread's failure and the last-error text when it is the operation's first text; after
+    /// setError() the failure keeps its text and takes the code.
     void setWindowsError(std::uint32_t code);
     /// The same for the calling thread's last error.
     void setLastWindowsError();
@@ -47,10 +48,12 @@ public:
     static bool LoadXmlErrorsDesriptions(const CCryptoString& fileName);
 
 protected:
-    /// Sets the last-error text when it is empty.
-    static void StartLastErrorText(const CCryptoString& text);
+    /// The operation whose result this is.
+    virtual const char* operation() const { return ""; }
+    /// Status error without a text: recorded when no failure is, so that at least the operation is known.
+    void setErrorWithoutText() noexcept;
 
-    /// Puts `text` behind the texts given so far.
+    /// Appends `text` to the texts given so far.
     void addText(std::string_view text);
 
     ResultStatus status_ = ResultStatus::none;

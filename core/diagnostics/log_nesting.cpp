@@ -3,6 +3,7 @@
 #include "core/base/never_destroyed.h"
 #include "core/containers/avl_tree.h"
 #include "core/containers/critical_section.h"
+#include "core/diagnostics/failure.h"
 #include "core/platform/process.h"
 
 #include <algorithm>
@@ -76,7 +77,7 @@ void LeaveOperation()
 bool EndByForce(std::uint32_t threadId, const std::function<bool()>& end)
 {
     const CCryptoCSLock lock(&nesting->guard, LockMode::quiet);
-    const bool ended = end();
+    const bool ended = ccrypto::internal::EndByForceOutsideOfFailures(threadId, end);
     if (std::uint32_t* const depth = KnownDepth(*nesting, threadId); ended && depth != nullptr)
         *depth = 0;
     return ended;

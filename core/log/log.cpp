@@ -4,6 +4,7 @@
 #include "core/log/log_line.h"
 #include "core/platform/process.h"
 
+#include <new>
 #include <utility>
 
 namespace logging {
@@ -26,7 +27,7 @@ std::shared_ptr<LogOutput> CurrentOutput()
     return currentOutput->load();
 }
 
-void WriteLine(std::uint32_t depth, std::string_view timingPrefix, std::string_view text)
+void WriteLine(std::uint32_t depth, std::string_view timingPrefix, std::string_view text) noexcept
 {
     if (!Shows(depth))
         return;
@@ -36,7 +37,11 @@ void WriteLine(std::uint32_t depth, std::string_view timingPrefix, std::string_v
 
     const std::uint32_t lastError = platform::LastError();
     LogLine line({.timingPrefix = timingPrefix, .tag = output->settings().tag, .depth = depth, .profiling = Profiling()}, text);
-    output->deliver(line);
+    try {
+        output->deliver(line);
+    } catch (const std::bad_alloc&) {
+        // The line is lost, as with a full disk: destructors and the last words of a process without memory come here.
+    }
     platform::SetLastError(lastError);
 }
 

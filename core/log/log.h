@@ -34,9 +34,9 @@ inline bool Profiling()
     return state::profiling.load(std::memory_order_relaxed);
 }
 
-/// Writes one line when `depth` is shown; the thread's last system error stays what it was. \param timingPrefix empty, or the
-/// elapsed time that takes the place of the time of day.
-void WriteLine(std::uint32_t depth, std::string_view timingPrefix, std::string_view text);
+/// Writes one line when `depth` is shown; the thread's last system error stays what it was. Without memory the line is lost.
+/// \param timingPrefix empty, or the elapsed time that takes the place of the time of day.
+void WriteLine(std::uint32_t depth, std::string_view timingPrefix, std::string_view text) noexcept;
 
 /// Puts new settings in force; lines under way still go to the output they began with. \param output may be null with level 0.
 void Configure(std::uint32_t level, bool profiling, std::shared_ptr<LogOutput> output);

@@ -12,12 +12,15 @@ namespace {
 
 constexpr std::uint32_t patienceMilliseconds = 1000;
 constexpr std::uint32_t patienceWithBusyFile = 10;
+constexpr std::size_t usualThreads = 16;
 
 } // namespace
 
 LogOutput::LogOutput(Settings settings) : settings_(std::move(settings))
 {
     settings_.tag.resize(std::min(settings_.tag.size(), longestLogTag));
+    // The callback hears even of a process without memory.
+    threadsInCallback_.reserve(usualThreads);
 }
 
 void LogOutput::openMutex()

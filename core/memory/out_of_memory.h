@@ -1,6 +1,23 @@
 #pragma once
 
+#include <new>
+
 /// Ends the process with exit code 1, "FATAL MEMORY ALLOCATION ERROR" on the debug channel: what every byte buffer of the library
 /// does when there is no memory. The containers leave that to `new`, which throws, and to whoever catches at the boundary of a
 /// module.
 [[noreturn]] void EndOutOfMemory();
+
+namespace ccrypto::internal {
+
+/// What `action` returns; a failed allocation in it ends the process as above. For what may not throw, such as destructors.
+template <typename Action>
+auto OrEndOutOfMemory(Action&& action) noexcept
+{
+    try {
+        return action();
+    } catch (const std::bad_alloc&) {
+        EndOutOfMemory();
+    }
+}
+
+} // namespace ccrypto::internal

@@ -3,6 +3,7 @@
 #include "core/base/build_date.h"
 #include "core/base/or_empty.h"
 #include "core/diagnostics/error_descriptions.h"
+#include "core/diagnostics/failure.h"
 #include "core/diagnostics/log_nesting.h"
 #include "core/platform/process.h"
 #include "core/settings/log_settings.h"
@@ -54,7 +55,7 @@ void CCryptoProcessLogger::end()
     logging::Configure(0, false, nullptr);
     logging::ForgetNesting();
     ForgetErrorDescriptions();
-    ClearLastErrorText();
+    ccrypto::internal::ForgetFailures();
 }
 
 void CCryptoProcessLogger::writeBegin()
