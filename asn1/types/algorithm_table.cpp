@@ -81,6 +81,16 @@ static_assert(std::size(rows) == 70);
 
 /// Algorithms beside the table, looked up after it.
 constexpr AlgorithmRow rowsBeside[] = {
+    {algorithm::sha3_224, "2.16.840.1.101.3.4.2.7"},
+    {algorithm::sha3_256, "2.16.840.1.101.3.4.2.8"},
+    {algorithm::sha3_384, "2.16.840.1.101.3.4.2.9"},
+    {algorithm::sha3_512, "2.16.840.1.101.3.4.2.10"},
+    {algorithm::shake128, "2.16.840.1.101.3.4.2.11"},
+    {algorithm::shake256, "2.16.840.1.101.3.4.2.12"},
+    {algorithm::hmacSha3_224, "2.16.840.1.101.3.4.2.13"},
+    {algorithm::hmacSha3_256, "2.16.840.1.101.3.4.2.14"},
+    {algorithm::hmacSha3_384, "2.16.840.1.101.3.4.2.15"},
+    {algorithm::hmacSha3_512, "2.16.840.1.101.3.4.2.16"},
     {algorithm::secp224r1, "1.3.132.0.33"},
     {algorithm::secp256k1, "1.3.132.0.10"},
     {algorithm::brainpoolP224r1, "1.3.36.3.3.2.8.1.1.5"},

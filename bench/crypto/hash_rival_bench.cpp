@@ -29,5 +29,7 @@ BENCHMARK_CAPTURE(Hash, md5, EVP_md5())->Name("MD5 of 16 KiB vs openssl");
 BENCHMARK_CAPTURE(Hash, sha1, EVP_sha1())->Name("SHA-1 of 16 KiB vs openssl");
 BENCHMARK_CAPTURE(Hash, sha256, EVP_sha256())->Name("SHA-256 of 16 KiB vs openssl");
 BENCHMARK_CAPTURE(Hash, sha512, EVP_sha512())->Name("SHA-512 of 16 KiB vs openssl");
+BENCHMARK_CAPTURE(Hash, sha3_256, EVP_sha3_256())->Name("SHA3-256 of 16 KiB vs openssl");
+BENCHMARK_CAPTURE(Hash, shake256, EVP_shake256())->Name("SHAKE256 of 16 KiB vs openssl");
 
 } // namespace

@@ -79,6 +79,16 @@ enum Id : std::uint32_t {
     x448 = 1113,
 
     // Beside the table: numbers in the ranges that it leaves free.
+    sha3_224 = 110,
+    sha3_256 = 111,
+    sha3_384 = 112,
+    sha3_512 = 113,
+    shake128 = 114,
+    shake256 = 115,
+    hmacSha3_224 = 610,
+    hmacSha3_256 = 611,
+    hmacSha3_384 = 612,
+    hmacSha3_512 = 613,
     secp224r1 = 1120,
     secp256k1 = 1121,
     brainpoolP224r1 = 1122,

@@ -270,7 +270,7 @@ element CCryptoEC::sign(std::span<const std::uint8_t> digest, SignatureForm form
     CCryptoAutoLogger logger("CCryptoEC::sign");
     if (!facts_.signs || !hasPrivate_)
         return logger.fail(element(), "No private key of ECDSA");
-    if (digest.empty() || digest.size() > longestDigest)
+    if (digest.empty() || digest.size() > maxDigestSize)
         return logger.fail(element(), "No digest has %zu bytes", digest.size());
     std::unique_ptr<CCryptoHMAC> mac = CCryptoHMAC::Create(hash);
     if (mac == nullptr)
@@ -304,7 +304,7 @@ bool CCryptoEC::verifyHash(std::span<const std::uint8_t> digest, std::span<const
     const std::uint32_t length = facts_.orderBytes;
     if (!facts_.signs)
         return logger.fail(false, "%s does not sign", facts_.name);
-    if (digest.empty() || digest.size() > longestDigest)
+    if (digest.empty() || digest.size() > maxDigestSize)
         return logger.fail(false, "No digest has %zu bytes", digest.size());
 
     element fromDer;

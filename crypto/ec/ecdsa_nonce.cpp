@@ -9,7 +9,7 @@ EcdsaNonce::EcdsaNonce(std::unique_ptr<CCryptoHMAC> mac, const CurveArithmetic& 
     : mac_(std::move(mac)), curve_(curve)
 {
     value_.fill(1);
-    constexpr std::array<std::uint8_t, longestDigest> zeros{};
+    constexpr std::array<std::uint8_t, maxDigestSize> zeros{};
     mac_->setKey(std::span(zeros).first(mac_->digestSize()));
     stir(0, {key, digestNumber, fresh});
     stir(1, {key, digestNumber, fresh});
@@ -28,7 +28,7 @@ void EcdsaNonce::step()
 
 void EcdsaNonce::stir(std::uint8_t mark, std::initializer_list<std::span<const std::uint8_t>> pieces)
 {
-    Wiped<std::array<std::uint8_t, longestDigest>> key{};
+    Wiped<std::array<std::uint8_t, maxDigestSize>> key{};
     mac_->update(value());
     mac_->update(&mark, 1);
     for (const auto& piece : pieces)
@@ -45,7 +45,7 @@ void EcdsaNonce::next(std::span<std::uint8_t> nonce)
             stir(0, {});
         first_ = false;
         // The order has 521 bits at most and the shortest digest 128.
-        Wiped<std::array<std::uint8_t, 2 * longestDigest + 16>> bits{};
+        Wiped<std::array<std::uint8_t, 2 * maxDigestSize + 16>> bits{};
         std::size_t count = 0;
         while (count < nonce.size()) {
             step();

@@ -32,6 +32,6 @@ private:
 
     std::unique_ptr<CCryptoHMAC> mac_;
     const CurveArithmetic& curve_;
-    std::array<std::uint8_t, longestDigest> value_{};
+    std::array<std::uint8_t, maxDigestSize> value_{};
     bool first_ = true;
 };

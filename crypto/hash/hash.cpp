@@ -99,7 +99,7 @@ private:
     std::uint64_t length_ = 0;
 };
 
-/// The digests of two hashes, one behind the other (RFC 4346, 4.8).
+/// The digests of two hashes, one after the other (RFC 4346, 4.8).
 class MD5AndSHA1 : public ICryptoHash {
 public:
     void reset() override
@@ -136,7 +136,7 @@ private:
     BlockHash<std::uint32_t> sha1_{sha1Kind};
 };
 
-/// Small letters and digits of a name; "-" is passed over.
+/// The name in small letters, without "-".
 std::string Plain(std::string_view name)
 {
     std::string plain;
@@ -146,8 +146,8 @@ std::string Plain(std::string_view name)
     return plain;
 }
 
-/// With room for "-" between all characters.
-constexpr std::size_t longestHashName = 32;
+/// Enough for "-" between all characters.
+constexpr std::size_t maxHashName = 32;
 
 struct HashName {
     std::string_view plain;
@@ -155,14 +155,19 @@ struct HashName {
 };
 
 constexpr HashName hashNames[] = {
-    {"md5", algorithm::md5},       {"sha1", algorithm::sha1},     {"sha224", algorithm::sha224},   {"sha256", algorithm::sha256},
-    {"sha384", algorithm::sha384}, {"sha512", algorithm::sha512}, {"md5sha1", algorithm::md5Sha1},
+    {"md5", algorithm::md5},           {"sha1", algorithm::sha1},        {"sha224", algorithm::sha224},
+    {"sha256", algorithm::sha256},     {"sha384", algorithm::sha384},    {"sha512", algorithm::sha512},
+    {"md5sha1", algorithm::md5Sha1},   {"sha3224", algorithm::sha3_224}, {"sha3256", algorithm::sha3_256},
+    {"sha3384", algorithm::sha3_384},  {"sha3512", algorithm::sha3_512}, {"shake128", algorithm::shake128},
+    {"shake256", algorithm::shake256},
 };
 
 std::unique_ptr<ICryptoHash> New(std::uint32_t id)
 {
     if (id == algorithm::md5Sha1)
         return std::make_unique<MD5AndSHA1>();
+    if (auto hash = ccrypto::internal::NewSpongeHash(id))
+        return hash;
     return WithHashKind(id, std::unique_ptr<ICryptoHash>(), [](const auto& kind) -> std::unique_ptr<ICryptoHash> {
         return std::make_unique<BlockHash<std::decay_t<decltype(kind.initial[0])>>>(kind);
     });
@@ -180,8 +185,8 @@ std::unique_ptr<ICryptoHash> ICryptoHash::Create(std::uint32_t id)
 
 std::unique_ptr<ICryptoHash> ICryptoHash::CreateByName(std::string_view name)
 {
-    // A text from outside that is longer than any name is not taken up.
-    const std::string plain = name.size() <= longestHashName ? Plain(name) : std::string();
+    // Text from outside may be of any length.
+    const std::string plain = name.size() <= maxHashName ? Plain(name) : std::string();
     if (plain == "md4")
         return std::make_unique<BlockHash<std::uint32_t>>(md4Kind);
     for (const HashName& row : hashNames)
@@ -189,6 +194,11 @@ std::unique_ptr<ICryptoHash> ICryptoHash::CreateByName(std::string_view name)
             return New(row.id);
     CCryptoAutoLogger logger("ICryptoHash::CreateByName");
     return logger.fail(std::unique_ptr<ICryptoHash>(), "Unknown hash function");
+}
+
+bool ICryptoHash::isExtendable() const
+{
+    return algorithmId() == algorithm::shake128 || algorithmId() == algorithm::shake256;
 }
 
 element ICryptoHash::final()

@@ -3,10 +3,16 @@
 #include "crypto/hash/block_hash.h"
 
 #include <cstdint>
-#include <string_view>
+#include <memory>
 
-/// Calls `use` with the BlockHashKind of an id of the algorithm table. \return what `use` returns; `otherwise` for an id that is
-/// none of them.
+namespace ccrypto::internal {
+
+/// SHA-3 or SHAKE. \return null for an id of neither.
+std::unique_ptr<ICryptoHash> NewSpongeHash(std::uint32_t id);
+
+} // namespace ccrypto::internal
+
+/// Calls `use` with the BlockHashKind of an id. \return what `use` returns; `otherwise` for an id that is none of them.
 template <typename Result, typename Use>
 Result WithHashKind(std::uint32_t id, Result otherwise, const Use& use)
 {

@@ -12,7 +12,7 @@
 namespace {
 
 using Bytes = CCryptoKeyDerivation::Bytes;
-using Digest = Wiped<std::array<std::uint8_t, longestDigest>>;
+using Digest = Wiped<std::array<std::uint8_t, maxDigestSize>>;
 
 struct Request {
     std::uint32_t hashId;
@@ -148,7 +148,7 @@ element CCryptoKeyDerivation::PKCS12(std::uint32_t hashId, PKCS12Use use, Bytes 
     WipedArray<std::uint8_t> input(saltLength + FilledLength(password, block));
     FillWith({input.data(), saltLength}, salt);
     FillWith({input.data() + saltLength, input.size() - saltLength}, password);
-    std::array<std::uint8_t, longestHashBlock> diversifier;
+    std::array<std::uint8_t, maxHashBlockSize> diversifier;
     diversifier.fill(static_cast<std::uint8_t>(use));
 
     element key;

@@ -2,6 +2,7 @@
 
 #include "core/base/algorithm.h"
 #include "core/base/any_case.h"
+#include "core/diagnostics/auto_logger.h"
 #include "core/memory/wiped.h"
 #include "crypto/base/constant_time.h"
 
@@ -11,8 +12,8 @@
 
 namespace {
 
-using KeyBlock = Wiped<std::array<std::uint8_t, longestHashBlock>>;
-using Digest = Wiped<std::array<std::uint8_t, longestDigest>>;
+using KeyBlock = Wiped<std::array<std::uint8_t, maxHashBlockSize>>;
+using Digest = Wiped<std::array<std::uint8_t, maxDigestSize>>;
 
 constexpr std::uint8_t innerPad = 0x36;
 constexpr std::uint8_t outerPad = 0x5C;
@@ -25,6 +26,29 @@ void TakeKeyBlock(ICryptoHash& hash, KeyBlock& block, std::uint8_t pad)
     hash.update(block.data(), hash.blockSize());
 }
 
+struct MACId {
+    std::uint32_t mac;
+    std::uint32_t hash;
+};
+
+constexpr MACId macIds[] = {
+    {algorithm::hmacSha1, algorithm::sha1},         {algorithm::hmacSha224, algorithm::sha224},
+    {algorithm::hmacSha256, algorithm::sha256},     {algorithm::hmacSha384, algorithm::sha384},
+    {algorithm::hmacSha512, algorithm::sha512},     {algorithm::hmacSha3_224, algorithm::sha3_224},
+    {algorithm::hmacSha3_256, algorithm::sha3_256}, {algorithm::hmacSha3_384, algorithm::sha3_384},
+    {algorithm::hmacSha3_512, algorithm::sha3_512},
+};
+
+std::unique_ptr<CCryptoHMAC> MACOver(std::unique_ptr<ICryptoHash> hash)
+{
+    if (hash == nullptr)
+        return nullptr;
+    if (!hash->isExtendable())
+        return std::make_unique<CCryptoHMAC>(std::move(hash));
+    CCryptoAutoLogger logger("CCryptoHMAC::Create");
+    return logger.fail(std::unique_ptr<CCryptoHMAC>(), "Unsupported hash function: %d", static_cast<int>(hash->algorithmId()));
+}
+
 std::string_view WithoutHMAC(std::string_view name)
 {
     constexpr std::string_view start = "hmac-";
@@ -35,32 +59,18 @@ std::string_view WithoutHMAC(std::string_view name)
 
 std::uint32_t HashOfHMAC(std::uint32_t id)
 {
-    switch (id) {
-    case algorithm::hmacSha1:
-        return algorithm::sha1;
-    case algorithm::hmacSha224:
-        return algorithm::sha224;
-    case algorithm::hmacSha256:
-        return algorithm::sha256;
-    case algorithm::hmacSha384:
-        return algorithm::sha384;
-    case algorithm::hmacSha512:
-        return algorithm::sha512;
-    default:
-        return id;
-    }
+    const auto* const row = std::ranges::find(macIds, id, &MACId::mac);
+    return row != std::end(macIds) ? row->hash : id;
 }
 
 std::unique_ptr<CCryptoHMAC> CCryptoHMAC::Create(std::uint32_t id)
 {
-    auto hash = ICryptoHash::Create(HashOfHMAC(id));
-    return hash == nullptr ? nullptr : std::make_unique<CCryptoHMAC>(std::move(hash));
+    return MACOver(ICryptoHash::Create(HashOfHMAC(id)));
 }
 
 std::unique_ptr<CCryptoHMAC> CCryptoHMAC::CreateByName(std::string_view name)
 {
-    auto hash = ICryptoHash::CreateByName(WithoutHMAC(name));
-    return hash == nullptr ? nullptr : std::make_unique<CCryptoHMAC>(std::move(hash));
+    return MACOver(ICryptoHash::CreateByName(WithoutHMAC(name)));
 }
 
 CCryptoHMAC::CCryptoHMAC(std::unique_ptr<ICryptoHash> hash)

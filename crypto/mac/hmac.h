@@ -9,11 +9,11 @@
 #include <span>
 #include <string_view>
 
-/// HMAC (RFC 2104): a keyed hash over any of the hash functions. Its digests are as long as those of the hash. What it holds is
-/// wiped when it is destroyed. Not for use by two threads at once.
+/// HMAC (RFC 2104): a keyed hash over any of the hash functions but SHAKE. Its digests are as long as those of the hash. What it
+/// holds is wiped when it is destroyed. Not for use by two threads at once.
 class CCryptoHMAC {
 public:
-    /// For the id of a hash (100 to 106) or of an HMAC (600 to 604) of the algorithm table. Owned by the caller; it has the empty
+    /// For the id of a hash (100 to 106, 110 to 113) or of an HMAC (600 to 604, 610 to 613). Owned by the caller; it has the empty
     /// key. \return null, logged as "Unsupported hash function: %d", for any other id.
     static std::unique_ptr<CCryptoHMAC> Create(std::uint32_t id);
     /// By the hash's name, as ICryptoHash::CreateByName() takes it, with or without "hmac-" in front.
@@ -50,5 +50,5 @@ private:
     std::unique_ptr<ICryptoHash> running_;
 };
 
-/// The id of the hash behind the id of an HMAC (600 to 604); any other id as it is.
+/// The hash of an HMAC by their ids; any other id unchanged.
 std::uint32_t HashOfHMAC(std::uint32_t id);

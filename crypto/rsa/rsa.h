@@ -21,8 +21,8 @@ struct CCryptoRSANumbers {
     element coefficient;     ///< q^-1 mod p
 };
 
-/// What the two paddings that mask with a hash, OAEP and PSS, take besides the message. Hashes are ids of the algorithm table, 100
-/// to 105.
+/// What the two paddings that mask with a hash, OAEP and PSS, take besides the message. Hashes are ids, 100 to 105 and
+/// 110 to 113.
 struct CCryptoRSAPadding {
     static constexpr std::int32_t saltAsLongAsDigest = -1;
     static constexpr std::int32_t saltOfAnyLength = -2; ///< when verifying alone
@@ -85,8 +85,8 @@ public:
     element publicOperation(std::span<const std::uint8_t> input) const;
     element privateOperation(std::span<const std::uint8_t> input) const;
 
-    /// RSASSA-PKCS1-v1_5. `hash` is the id, 100 to 106, of the function `digest` comes from: its prefix is put before the digest,
-    /// except for 106 (MD5 followed by SHA-1), which has none. \return the signature.
+    /// RSASSA-PKCS1-v1_5. `hash` is the id, 100 to 106 or 110 to 113, of the function `digest` comes from: its prefix is put before
+    /// the digest, except for 106 (MD5 followed by SHA-1), which has none. \return the signature.
     element signPKCS1(std::uint32_t hash, std::span<const std::uint8_t> digest) const;
     /// True when `signature` is the one that signPKCS1 would make: what the signature encodes is compared, never parsed.
     bool verifyPKCS1(std::uint32_t hash, std::span<const std::uint8_t> digest, std::span<const std::uint8_t> signature) const;

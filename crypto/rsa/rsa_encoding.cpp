@@ -37,6 +37,18 @@ constexpr Prefix prefixes[] = {
     {algorithm::sha224,
      19,
      {0x30, 0x2d, 0x30, 0x0d, 0x06, 0x09, 0x60, 0x86, 0x48, 0x01, 0x65, 0x03, 0x04, 0x02, 0x04, 0x05, 0x00, 0x04, 0x1c}},
+    {algorithm::sha3_224,
+     19,
+     {0x30, 0x2d, 0x30, 0x0d, 0x06, 0x09, 0x60, 0x86, 0x48, 0x01, 0x65, 0x03, 0x04, 0x02, 0x07, 0x05, 0x00, 0x04, 0x1c}},
+    {algorithm::sha3_256,
+     19,
+     {0x30, 0x31, 0x30, 0x0d, 0x06, 0x09, 0x60, 0x86, 0x48, 0x01, 0x65, 0x03, 0x04, 0x02, 0x08, 0x05, 0x00, 0x04, 0x20}},
+    {algorithm::sha3_384,
+     19,
+     {0x30, 0x41, 0x30, 0x0d, 0x06, 0x09, 0x60, 0x86, 0x48, 0x01, 0x65, 0x03, 0x04, 0x02, 0x09, 0x05, 0x00, 0x04, 0x30}},
+    {algorithm::sha3_512,
+     19,
+     {0x30, 0x51, 0x30, 0x0d, 0x06, 0x09, 0x60, 0x86, 0x48, 0x01, 0x65, 0x03, 0x04, 0x02, 0x0a, 0x05, 0x00, 0x04, 0x40}},
     {algorithm::md5Sha1, 0, {}},
 };
 constexpr std::uint32_t digestOfMD5AndSha1 = 36;
@@ -56,7 +68,7 @@ std::size_t DigestSize(const Prefix& prefix)
 /// MGF1 (RFC 8017, B.2.1): xors the mask that `seed` gives to `target`.
 void MaskWith(ICryptoHash& hash, std::span<const std::uint8_t> seed, std::span<std::uint8_t> target)
 {
-    std::uint8_t digest[longestDigest];
+    std::uint8_t digest[maxDigestSize];
     for (std::uint32_t counter = 0; !target.empty(); ++counter) {
         const std::uint8_t counterBytes[4] = {static_cast<std::uint8_t>(counter >> 24), static_cast<std::uint8_t>(counter >> 16),
                                               static_cast<std::uint8_t>(counter >> 8), static_cast<std::uint8_t>(counter)};
@@ -81,7 +93,8 @@ struct Hashes {
         message = ICryptoHash::Create(padding.hash);
         masking = ICryptoHash::Create(mask);
     }
-    bool there() const { return message != nullptr && masking != nullptr; }
+    bool there() const { return isUsable(message) && isUsable(masking); }
+    static bool isUsable(const std::unique_ptr<ICryptoHash>& hash) { return hash != nullptr && !hash->isExtendable(); }
 
     std::unique_ptr<ICryptoHash> message;
     std::unique_ptr<ICryptoHash> masking;
@@ -191,7 +204,7 @@ bool VerifyPSS(std::span<std::uint8_t> block, std::uint32_t bits, const CCryptoR
     const std::size_t wanted = padding.saltLength < 0 ? digest.size() : static_cast<std::size_t>(padding.saltLength);
     if (padding.saltLength != CCryptoRSAPadding::saltOfAnyLength && salt.size() != wanted)
         return false;
-    std::uint8_t expected[longestDigest];
+    std::uint8_t expected[maxDigestSize];
     HashForPSS(*hashes.message, digest, salt, expected);
     return std::memcmp(expected, parts.hash.data(), digest.size()) == 0;
 }
@@ -268,7 +281,7 @@ bool DecodeOAEP(std::span<std::uint8_t> block, const CCryptoRSAPadding& padding,
     const std::span<std::uint8_t> data = block.subspan(1 + digestSize);
     MaskWith(*hashes.masking, data, seed);
     MaskWith(*hashes.masking, seed, data);
-    std::uint8_t labelDigest[longestDigest];
+    std::uint8_t labelDigest[maxDigestSize];
     hashes.message->update(padding.label);
     hashes.message->final(labelDigest);
 

@@ -91,6 +91,8 @@ TEST(OidNameTable, NamesWhatTheLibraryPrints)
 {
     for (const AlgorithmRow& row : AlgorithmTable())
         EXPECT_EQ(FindOidName(row.oid) != nullptr, *row.oid != '\0') << row.oid;
+    for (const AlgorithmRow& row : AlgorithmsBesideTable())
+        EXPECT_NE(FindOidName(row.oid), nullptr) << row.oid;
     const std::string_view printed[] = {
         "2.5.4.3",
         "2.5.4.4",

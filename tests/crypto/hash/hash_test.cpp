@@ -1,4 +1,5 @@
 #include "crypto/hash/hash.h"
+#include "crypto/hash/shake.h"
 #include "tests/crypto/base/vector_file.h"
 
 #include <gtest/gtest.h>
@@ -7,7 +8,8 @@
 
 namespace {
 
-constexpr std::array hashNames = {"MD4", "MD5", "SHA-1", "SHA-224", "SHA-256", "SHA-384", "SHA-512", "MD5-SHA-1"};
+constexpr std::array hashNames = {"MD4",       "MD5",      "SHA-1",    "SHA-224",  "SHA-256",  "SHA-384",  "SHA-512",
+                                  "MD5-SHA-1", "SHA3-224", "SHA3-256", "SHA3-384", "SHA3-512", "SHAKE128", "SHAKE256"};
 
 Bytes DigestOf(ICryptoHash& hash, const Bytes& message)
 {
@@ -37,7 +39,7 @@ TEST_P(HashVectors, GiveTheirDigests)
 
 INSTANTIATE_TEST_SUITE_P(Files, HashVectors,
                          ::testing::Values("hash_md.txt", "hash_sha1.txt", "hash_sha224.txt", "hash_sha256.txt", "hash_sha384.txt",
-                                           "hash_sha512.txt"));
+                                           "hash_sha512.txt", "hash_sha3.txt"));
 
 class EveryHash : public ::testing::TestWithParam<const char*> {
 protected:
@@ -48,7 +50,7 @@ INSTANTIATE_TEST_SUITE_P(Names, EveryHash, ::testing::ValuesIn(hashNames));
 
 TEST_P(EveryHash, TakesAMessageInAnyPieces)
 {
-    const Bytes message = Counting(3 * longestHashBlock + 5);
+    const Bytes message = Counting(3 * maxHashBlockSize + 5);
     const Bytes whole = DigestOf(*hash_, message);
     for (std::size_t first = 0; first <= message.size(); ++first) {
         for (const std::size_t piece : {std::size_t{1}, std::size_t{63}, std::size_t{128}, message.size()}) {
@@ -114,6 +116,72 @@ TEST(HashVectors, ChainsOfThreeThousandDigests)
     }
 }
 
+// NIST's Monte Carlo test of SHA-3: a digest of the last one, a thousand times over.
+TEST(HashVectors, ChainsOfThreeThousandSHA3Digests)
+{
+    for (const TestVector& vector : ReadVectors("hash_monte_sha3.txt")) {
+        SCOPED_TRACE(vector.place());
+        const auto hash = ICryptoHash::CreateByName(vector.text("Hash"));
+        Bytes digest = vector.bytes("Seed");
+        for (const char* name : {"Digest0", "Digest1", "Digest2"}) {
+            for (int i = 0; i < 1000; ++i) {
+                hash->update(digest);
+                hash->final(digest.data());
+            }
+            EXPECT_EQ(Hex(digest), vector.text(name));
+        }
+    }
+}
+
+class SHAKE : public ::testing::TestWithParam<CCryptoSHAKE::Kind> {};
+
+INSTANTIATE_TEST_SUITE_P(Hash, SHAKE, ::testing::Values(CCryptoSHAKE::Kind::shake128, CCryptoSHAKE::Kind::shake256));
+
+TEST(HashVectors, SHAKEOutputsOfAnyLength)
+{
+    for (const TestVector& vector : ReadVectors("shake.txt")) {
+        SCOPED_TRACE(vector.place());
+        const bool is128 = vector.text("Function") == "shake128";
+        CCryptoSHAKE shake(is128 ? CCryptoSHAKE::Kind::shake128 : CCryptoSHAKE::Kind::shake256);
+        const Bytes expected = vector.bytes("Output");
+        const element output = shake.outputOf(vector.bytes("Msg"), static_cast<std::uint32_t>(expected.size()));
+        EXPECT_EQ(Bytes(output.data(), output.data() + output.length()), expected);
+        // The digest is the beginning of the output.
+        Bytes digest = DigestOf(*ICryptoHash::CreateByName(vector.text("Function")), vector.bytes("Msg"));
+        const std::size_t common = std::min(digest.size(), expected.size());
+        EXPECT_TRUE(std::equal(expected.begin(), expected.begin() + static_cast<std::ptrdiff_t>(common), digest.begin()));
+    }
+}
+
+TEST_P(SHAKE, TakesAndGivesAnyPieces)
+{
+    const Bytes message = Counting(400);
+    CCryptoSHAKE shake(GetParam());
+    Bytes whole(600);
+    shake.update(message);
+    shake.squeeze(whole);
+    for (const std::size_t piece : {1u, 7u, 135u, 136u, 137u, 168u, 169u, 600u}) {
+        // After a squeeze this is a new message.
+        for (std::size_t from = 0; from < message.size(); from += piece)
+            shake.update(message.data() + from, std::min(piece, message.size() - from));
+        Bytes output(whole.size());
+        for (std::size_t from = 0; from < output.size(); from += piece)
+            shake.squeeze(std::span(output).subspan(from, std::min(piece, output.size() - from)));
+        EXPECT_EQ(output, whole) << piece;
+    }
+    // A copy and the original each go on with the same bytes; an abandoned message leaves nothing.
+    shake.update(message);
+    shake.reset();
+    shake.update(message);
+    shake.squeeze(std::span(whole).first(100));
+    CCryptoSHAKE copy = shake;
+    Bytes rest(500);
+    for (CCryptoSHAKE* each : {&shake, &copy}) {
+        each->squeeze(rest);
+        EXPECT_TRUE(std::equal(rest.begin(), rest.end(), whole.begin() + 100));
+    }
+}
+
 struct IdCase {
     std::uint32_t id;
     const char* name;
@@ -124,8 +192,10 @@ struct IdCase {
 TEST(Hash, IsMadeByIdAndByName)
 {
     constexpr IdCase cases[] = {
-        {0, "md4", 16, 64},       {100, "Sha-1", 20, 64},    {101, "MD5", 16, 64},     {102, "sha256", 32, 64},
-        {103, "SHA384", 48, 128}, {104, "sha-512", 64, 128}, {105, "sHA-224", 28, 64}, {106, "md5-sha1", 36, 64},
+        {0, "md4", 16, 64},         {100, "Sha-1", 20, 64},      {101, "MD5", 16, 64},      {102, "sha256", 32, 64},
+        {103, "SHA384", 48, 128},   {104, "sha-512", 64, 128},   {105, "sHA-224", 28, 64},  {106, "md5-sha1", 36, 64},
+        {110, "sha3-224", 28, 144}, {111, "SHA3-256", 32, 136},  {112, "sha3384", 48, 104}, {113, "Sha3-512", 64, 72},
+        {114, "shake128", 32, 168}, {115, "SHAKE-256", 64, 136},
     };
     for (const IdCase& row : cases) {
         SCOPED_TRACE(row.name);
@@ -141,9 +211,9 @@ TEST(Hash, IsMadeByIdAndByName)
             EXPECT_EQ(hash->algorithmId(), row.id);
         }
     }
-    for (const std::uint32_t id : {0u, 99u, 107u, 600u, 0xFFFFFFFFu})
+    for (const std::uint32_t id : {0u, 99u, 107u, 109u, 116u, 600u, 0xFFFFFFFFu})
         EXPECT_EQ(ICryptoHash::Create(id), nullptr) << id;
-    for (const char* name : {"", "-", "sha", "sha-2", "sha2560", "sha256 ", "hmac-sha256", "md5sha"})
+    for (const char* name : {"", "-", "sha", "sha-2", "sha3", "shake", "sha2560", "sha256 ", "hmac-sha256", "md5sha"})
         EXPECT_EQ(ICryptoHash::CreateByName(name), nullptr) << name;
     EXPECT_EQ(ICryptoHash::CreateByName(std::string(100000, '-') + "md5"), nullptr);
     EXPECT_EQ(ICryptoHash::CreateByName("sha256" + std::string(26, '-') + "0"), nullptr);

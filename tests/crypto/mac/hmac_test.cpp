@@ -26,7 +26,7 @@ TEST(HMAC, VectorsGiveTheirMACs)
 TEST(HMAC, ADifferentMACIsRefused)
 {
     const Bytes message = {1, 2, 3};
-    for (const char* name : {"md4", "md5", "sha1", "sha224", "sha256", "sha384", "sha512", "md5sha1"}) {
+    for (const char* name : {"md4", "md5", "sha1", "sha224", "sha256", "sha384", "sha512", "md5sha1", "sha3-224", "sha3-512"}) {
         SCOPED_TRACE(name);
         const auto mac = CCryptoHMAC::CreateByName(name);
         mac->setKey(message);
@@ -72,13 +72,14 @@ TEST(HMAC, KeysAroundABlockAreFilledOrHashed)
 TEST(HMAC, IsMadeByIdAndByName)
 {
     constexpr std::pair<std::uint32_t, std::uint32_t> ids[] = {{600, 100}, {601, 105}, {602, 102}, {603, 103},
-                                                               {604, 104}, {101, 101}, {106, 106}};
+                                                               {604, 104}, {610, 110}, {611, 111}, {612, 112},
+                                                               {613, 113}, {101, 101}, {106, 106}};
     for (const auto& [id, hashId] : ids)
         EXPECT_EQ(CCryptoHMAC::Create(id)->hashId(), hashId) << id;
-    for (const std::uint32_t id : {0u, 107u, 599u, 605u})
+    for (const std::uint32_t id : {0u, 107u, 114u, 115u, 599u, 605u, 614u})
         EXPECT_EQ(CCryptoHMAC::Create(id), nullptr) << id;
     EXPECT_STREQ(CCryptoHMAC::CreateByName("Hmac-Sha1")->hashName(), "SHA-1");
-    for (const char* name : {"", "hmac-", "hmac", "hmac-hmac-sha1", "aes-cmac"})
+    for (const char* name : {"", "hmac-", "hmac", "hmac-hmac-sha1", "aes-cmac", "hmac-shake128"})
         EXPECT_EQ(CCryptoHMAC::CreateByName(name), nullptr) << name;
 }
 

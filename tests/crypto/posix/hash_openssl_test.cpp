@@ -32,13 +32,16 @@ struct NameCase {
 };
 
 constexpr NameCase names[] = {{100, "sha1"}, {101, "md5"}, {102, "sha256"}, {103, "sha384"}, {104, "sha512"}, {105, "sha224"}};
+constexpr NameCase sha3Names[] = {{110, "sha3-224"}, {111, "sha3-256"}, {112, "sha3-384"}, {113, "sha3-512"}};
 
 TEST(HashesBesideOpenSSL, DigestsAndMACs)
 {
     const TemporaryDirectory folder;
     const std::string file = folder / u8"message";
     std::mt19937 random(1);
-    for (const NameCase& row : names) {
+    std::vector<NameCase> all(std::begin(names), std::end(names));
+    all.insert(all.end(), std::begin(sha3Names), std::end(sha3Names));
+    for (const NameCase& row : all) {
         SCOPED_TRACE(row.name);
         const Bytes message = RandomBytes(random, 10000 + random() % 1000);
         WriteBytes(file, message);

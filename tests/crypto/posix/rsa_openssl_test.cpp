@@ -97,7 +97,8 @@ private:
 const struct {
     std::uint32_t id;
     const char* name;
-} hashes[] = {{100, "sha1"}, {102, "sha256"}, {103, "sha384"}, {104, "sha512"}, {105, "sha224"}};
+} hashes[] = {{100, "sha1"},     {102, "sha256"},   {103, "sha384"},   {104, "sha512"},  {105, "sha224"},
+              {110, "sha3-224"}, {111, "sha3-256"}, {112, "sha3-384"}, {113, "sha3-512"}};
 
 TEST_F(RSABesideOpenSSL, TakesItsKeysAndGivesItOurs)
 {

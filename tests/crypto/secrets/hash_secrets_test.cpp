@@ -1,3 +1,4 @@
+#include "crypto/hash/shake.h"
 #include "crypto/kdf/key_derivation.h"
 #include "crypto/mac/hmac.h"
 #include "tests/crypto/secrets/marked.h"
@@ -20,7 +21,7 @@ bool HasResult(const element& found)
 
 TEST(HashSecrets, MessagesAndKeys)
 {
-    for (const char* name : {"md4", "md5", "sha1", "sha224", "sha256", "sha384", "sha512", "md5sha1"}) {
+    for (const char* name : {"md4", "md5", "sha1", "sha224", "sha256", "sha384", "sha512", "md5sha1", "sha3-256"}) {
         SCOPED_TRACE(name);
         EXPECT_TRUE(HasResult(ICryptoHash::CreateByName(name)->digestOf(Secret(300))));
         const auto mac = CCryptoHMAC::CreateByName(name);
@@ -31,6 +32,12 @@ TEST(HashSecrets, MessagesAndKeys)
             EXPECT_FALSE(mac->verify(Secret(mac->digestSize())));
         }
     }
+}
+
+TEST(HashSecrets, ExtendableOutput)
+{
+    CCryptoSHAKE shake(CCryptoSHAKE::Kind::shake256);
+    EXPECT_TRUE(HasResult(shake.outputOf(Secret(300), 300)));
 }
 
 TEST(HashSecrets, Derivation)

@@ -19,12 +19,12 @@ void HashOnce(const BlockHashKind<Word>& kind, CompressBlocks<Word> compress, st
     const std::size_t blocks = message.size() / kind.blockSize;
     compress(state.data(), message.data(), blocks);
     const auto rest = message.subspan(blocks * kind.blockSize);
-    std::array<std::uint8_t, longestHashBlock> last{};
+    std::array<std::uint8_t, maxHashBlockSize> last{};
     std::ranges::copy(rest, last.begin());
     last[rest.size()] = 0x80;
     kind.storeLength(last.data(), message.size());
     compress(state.data(), last.data(), 1);
-    std::array<std::uint8_t, longestDigest> digest;
+    std::array<std::uint8_t, maxDigestSize> digest;
     kind.storeWords(digest.data(), state.data(), kind.digestWords());
 }
 
