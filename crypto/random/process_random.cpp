@@ -1,11 +1,12 @@
 #include "core/log/log_writers.h"
+#include "core/memory/wiped.h"
 #include "core/platform/process.h"
 #include "core/platform/random_bytes.h"
 #include "core/platform/secure_wipe.h"
-#include "crypto/random/hmac_drbg.h"
-#include "crypto/random/seed_health.h"
+#include "crypto/random/seeded_generator.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstring>
 
@@ -44,79 +45,54 @@ bool GeneratorGivesKnownAnswer()
     return right;
 }
 
+namespace ccrypto::internal {
+
+bool SeededGenerator::takeSeed()
+{
+    const auto refuse = [](const char* reason) {
+        WriteErrorEx_G("Random numbers: %s", reason);
+        return false;
+    };
+    if (!GeneratorGivesKnownAnswer())
+        return refuse("the generator does not give the answer that is known");
+    // A child does without what its parent knows.
+    if (const std::uint64_t fork = platform::ForkGeneration(); fork != fork_) {
+        generator_.uninstantiate();
+        fork_ = fork;
+    }
+    constexpr std::size_t nonceBytes = 16;
+    Wiped<std::array<std::uint8_t, CCryptoHMACDRBG::seedBytes + nonceBytes>> seed;
+    const std::span<std::uint8_t> entropy = std::span(seed).first(CCryptoHMACDRBG::seedBytes);
+    const std::span<std::uint8_t> nonce = std::span(seed).last(nonceBytes);
+    const bool isNew = !generator_.isInstantiated();
+    const std::span<std::uint8_t> wanted = isNew ? std::span<std::uint8_t>(seed) : entropy;
+    if (!source_(wanted))
+        return refuse("the operating system gives none");
+    if (!health_.check(wanted))
+        return refuse("the operating system repeats itself");
+    return isNew ? generator_.instantiate(entropy, nonce) : generator_.reseed(entropy);
+}
+
+bool SeededGenerator::generate(std::span<std::uint8_t> bytes)
+{
+    if (bytes.empty() || (takeSeed() && generator_.generate(bytes)))
+        return true;
+    platform::SecureWipe(bytes.data(), bytes.size());
+    generator_.uninstantiate();
+    return false;
+}
+
+} // namespace ccrypto::internal
+
 namespace {
 
-/// A generator with a seed from the operating system, and when that must be renewed.
-class SeededGenerator {
-public:
-    bool generate(std::span<std::uint8_t> bytes)
-    {
-        while (!bytes.empty()) {
-            if (!makeReady())
-                return false;
-            const std::size_t count = std::min(bytes.size(), bytesOfSeed - given_);
-            if (!generator_.generate(bytes.first(count)))
-                return false;
-            given_ += count;
-            ++requests_;
-            bytes = bytes.subspan(count);
-        }
+bool BytesOfTheSystem(std::span<std::uint8_t> bytes)
+{
+    if (platform::RandomBytes(bytes.data(), bytes.size()))
         return true;
-    }
-
-private:
-    /// What one seed may give.
-    static constexpr std::size_t bytesOfSeed = std::size_t{1} << 20;
-    static constexpr std::uint32_t requestsOfSeed = 4096;
-    /// Entropy and nonce.
-    static constexpr std::size_t seedLength = CCryptoHMACDRBG::seedBytes + 16;
-
-    bool makeReady()
-    {
-        // A child process has the same state as its parent, until it is seeded anew.
-        const std::uint32_t process = platform::CurrentProcessId();
-        const bool fresh = generator_.isInstantiated() && process == process_;
-        if (fresh && given_ < bytesOfSeed && requests_ < requestsOfSeed)
-            return true;
-        std::uint8_t seed[seedLength];
-        const bool seeded = takeSeed(seed);
-        platform::SecureWipe(seed);
-        if (!seeded) {
-            generator_.uninstantiate();
-            return false;
-        }
-        process_ = process;
-        given_ = 0;
-        requests_ = 0;
-        return true;
-    }
-
-    bool takeSeed(std::uint8_t (&seed)[seedLength])
-    {
-        if (!GeneratorGivesKnownAnswer()) {
-            WriteErrorEx_G("Random numbers: the generator does not give the answer that is known");
-            return false;
-        }
-        if (!platform::RandomBytes(seed, sizeof seed)) {
-            WriteErrorEx_G("Random numbers: the operating system gives none (%u)", platform::LastError());
-            return false;
-        }
-        if (!health_.check(seed)) {
-            WriteErrorEx_G("Random numbers: the operating system repeats itself");
-            return false;
-        }
-        const std::span<const std::uint8_t> all(seed);
-        if (generator_.isInstantiated())
-            return generator_.reseed(all);
-        return generator_.instantiate(all.first(CCryptoHMACDRBG::seedBytes), all.subspan(CCryptoHMACDRBG::seedBytes));
-    }
-
-    CCryptoHMACDRBG generator_;
-    SeedHealth health_;
-    std::uint32_t process_ = 0;
-    std::size_t given_ = 0;
-    std::uint32_t requests_ = 0;
-};
+    WriteErrorEx_G("Random numbers: error %u of the operating system", platform::LastError());
+    return false;
+}
 
 /// Who finds the generator busy, be it with another thread or with one that a fork left behind, takes one of its own for the
 /// moment: nobody waits, and no child can hang.
@@ -124,22 +100,18 @@ class ProcessRandom : public ICryptoRandom {
 public:
     bool generate(std::span<std::uint8_t> bytes) override
     {
-        bool done = false;
-        if (!busy_.test_and_set(std::memory_order_acquire)) {
-            done = generator_.generate(bytes);
-            busy_.clear(std::memory_order_release);
-        } else {
-            SeededGenerator own;
-            done = own.generate(bytes);
-        }
-        if (!done)
-            platform::SecureWipe(bytes.data(), bytes.size());
+        if (busy_.test_and_set(std::memory_order_acquire))
+            return SeededGenerator(BytesOfTheSystem).generate(bytes);
+        const bool done = generator_.generate(bytes);
+        busy_.clear(std::memory_order_release);
         return done;
     }
 
 private:
+    using SeededGenerator = ccrypto::internal::SeededGenerator;
+
     std::atomic_flag busy_;
-    SeededGenerator generator_;
+    SeededGenerator generator_{BytesOfTheSystem};
 };
 
 } // namespace

@@ -13,7 +13,8 @@ public:
     /// go on.
     virtual bool generate(std::span<std::uint8_t> bytes) = 0;
 
-    /// The process's own generator: HMAC_DRBG with SHA-256 (NIST SP 800-90A), seeded and reseeded from the operating system, anew
-    /// in a forked child. Any thread may use it at any time.
+    /// The process's own generator: HMAC_DRBG with SHA-256 (NIST SP 800-90A) that takes new entropy from the operating system for
+    /// every request, so that neither a forked child nor a restored virtual machine repeats what was given before. Any thread may
+    /// use it at any time.
     static ICryptoRandom& Instance();
 };

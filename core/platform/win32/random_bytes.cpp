@@ -28,4 +28,9 @@ bool RandomBytes(void* bytes, std::size_t count)
     return true;
 }
 
+std::uint64_t ForkGeneration()
+{
+    return 1;
+}
+
 } // namespace platform

@@ -1,9 +1,13 @@
+#include "core/platform/random_bytes.h"
 #include "crypto/random/random.h"
 #include "tests/crypto/base/vector_file.h"
 
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <csignal>
 
 TEST(ProcessRandom, GivesAForkedChildOtherBytes)
 {
@@ -28,4 +32,23 @@ TEST(ProcessRandom, GivesAForkedChildOtherBytes)
     EXPECT_NE(Hex(bytes), Hex(ofChild));
     close(ends[0]);
     close(ends[1]);
+}
+
+// The system call is not seen by the C library, whose handlers of forks do not run.
+TEST(ProcessRandom, NoticesEveryKindOfFork)
+{
+    const std::uint64_t before = platform::ForkGeneration();
+    EXPECT_EQ(platform::ForkGeneration(), before);
+    for (const bool byLibrary : {true, false}) {
+        const auto child = byLibrary ? fork() : static_cast<pid_t>(syscall(SYS_clone, SIGCHLD, 0, 0, 0, 0));
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            const std::uint64_t after = platform::ForkGeneration();
+            _exit(after != before && platform::ForkGeneration() == after ? 0 : 1);
+        }
+        int status = -1;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0) << byLibrary;
+    }
+    EXPECT_EQ(platform::ForkGeneration(), before);
 }

@@ -1,9 +1,11 @@
 #include "crypto/random/hmac_drbg.h"
-#include "crypto/random/seed_health.h"
+#include "crypto/random/seeded_generator.h"
 #include "tests/crypto/base/vector_file.h"
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <random>
 #include <set>
 #include <thread>
 
@@ -80,10 +82,78 @@ TEST(SeedHealth, FailsForGoodWhenABlockRepeats)
     EXPECT_TRUE(SeedHealth().check(Bytes(8, 0)));
 }
 
+using ccrypto::internal::SeededGenerator;
+
+namespace {
+
+/// Different blocks, as many as are asked for, the same for the same seed; then what a test changes.
+struct ScriptedEntropy {
+    explicit ScriptedEntropy(std::uint32_t seed) : engine(seed) {}
+
+    bool operator()(std::span<std::uint8_t> bytes)
+    {
+        asked += bytes.size();
+        for (std::uint8_t& byte : bytes)
+            byte = isStuck ? 0x5A : static_cast<std::uint8_t>(engine());
+        return !isDry;
+    }
+
+    std::mt19937 engine;
+    std::size_t asked = 0;
+    bool isStuck = false;
+    bool isDry = false;
+};
+
+} // namespace
+
+// Two copies of one generator are what a cloned or restored virtual machine holds.
+TEST(SeededGenerator, CopiesPartAtTheNextRequest)
+{
+    ScriptedEntropy sources[] = {ScriptedEntropy(1), ScriptedEntropy(1)};
+    SeededGenerator first(std::ref(sources[0]));
+    SeededGenerator second(std::ref(sources[1]));
+    Bytes ofFirst(1);
+    Bytes ofSecond(1);
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_TRUE(first.generate(ofFirst) && second.generate(ofSecond));
+        EXPECT_EQ(ofFirst, ofSecond);
+        ofFirst.resize(20);
+        ofSecond.resize(20);
+    }
+    EXPECT_EQ(sources[0].asked, 48u + 32 + 32);
+    sources[1].engine.seed(2);
+    ASSERT_TRUE(first.generate(ofFirst) && second.generate(ofSecond));
+    EXPECT_NE(ofFirst, ofSecond);
+    sources[1] = sources[0];
+    ASSERT_TRUE(first.generate(ofFirst) && second.generate(ofSecond));
+    EXPECT_NE(ofFirst, ofSecond) << "what one of them took stays in it";
+}
+
+TEST(SeededGenerator, GivesNothingFromASourceThatFails)
+{
+    const Bytes none(20, 0);
+    ScriptedEntropy entropy(1);
+    SeededGenerator generator(std::ref(entropy));
+    Bytes bytes(20, 1);
+    ASSERT_TRUE(generator.generate(bytes));
+    EXPECT_NE(bytes, none);
+    entropy.isDry = true;
+    EXPECT_FALSE(generator.generate(bytes));
+    EXPECT_EQ(bytes, none);
+    entropy.isDry = false;
+    EXPECT_TRUE(generator.generate(bytes)) << "it may come back";
+    entropy.isStuck = true;
+    EXPECT_FALSE(generator.generate(bytes));
+    EXPECT_EQ(bytes, none);
+    entropy.isStuck = false;
+    EXPECT_FALSE(generator.generate(bytes)) << "a source that repeated itself has failed for good";
+    EXPECT_TRUE(generator.generate({}));
+}
+
 TEST(ProcessRandom, GivesDifferentBytesToEveryThread)
 {
     constexpr int threadCount = 4;
-    constexpr int drawsEach = 3000; // past the requests that a seed may answer
+    constexpr int drawsEach = 1000;
     std::vector<std::set<Bytes>> drawn(threadCount);
     std::vector<std::thread> threads;
     for (int i = 0; i < threadCount; ++i)
@@ -100,7 +170,6 @@ TEST(ProcessRandom, GivesDifferentBytesToEveryThread)
     for (const std::set<Bytes>& mine : drawn)
         all.insert(mine.begin(), mine.end());
     EXPECT_EQ(all.size(), std::size_t{threadCount} * drawsEach);
-    // More than one seed gives, in one request.
     Bytes many((1u << 20) + 100);
     ASSERT_TRUE(ICryptoRandom::Instance().generate(many));
     int counts[256] = {};
