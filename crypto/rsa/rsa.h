@@ -90,6 +90,9 @@ public:
     element signPKCS1(std::uint32_t hash, std::span<const std::uint8_t> digest) const;
     /// True when `signature` is the one that signPKCS1 would make: what the signature encodes is compared, never parsed.
     bool verifyPKCS1(std::uint32_t hash, std::span<const std::uint8_t> digest, std::span<const std::uint8_t> signature) const;
+    /// The same over a DigestInfo that is ready, whatever it contains: at most bytes() - 11 bytes.
+    [[nodiscard]] element signDigestInfo(std::span<const std::uint8_t> digestInfo) const;
+    [[nodiscard]] bool verifyDigestInfo(std::span<const std::uint8_t> digestInfo, std::span<const std::uint8_t> signature) const;
 
     /// RSASSA-PSS.
     element signPSS(const CCryptoRSAPadding& padding, std::span<const std::uint8_t> digest,

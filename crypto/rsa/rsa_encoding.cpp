@@ -130,6 +130,22 @@ struct PSSBlock {
 
 constexpr std::uint8_t trailerOfPSS = 0xbc;
 
+/// EMSA-PKCS1-v1_5 (RFC 8017, 9.2) over a DigestInfo in two parts.
+bool EncodeDigestInfoParts(std::span<std::uint8_t> block, std::span<const std::uint8_t> prefix,
+                           std::span<const std::uint8_t> digest)
+{
+    const std::size_t tail = prefix.size() + digest.size();
+    if (block.size() < overheadOfPKCS1 || tail > block.size() - overheadOfPKCS1)
+        return Refuse("the key is too short for the digest");
+    std::fill(block.begin(), block.end(), std::uint8_t{0xff});
+    block[0] = 0;
+    block[1] = 1;
+    block[block.size() - tail - 1] = 0;
+    std::ranges::copy(prefix, block.end() - static_cast<std::ptrdiff_t>(tail));
+    std::ranges::copy(digest, block.end() - static_cast<std::ptrdiff_t>(digest.size()));
+    return true;
+}
+
 } // namespace
 
 bool EncodePKCS1Signature(std::span<std::uint8_t> block, std::uint32_t hash, std::span<const std::uint8_t> digest)
@@ -139,16 +155,12 @@ bool EncodePKCS1Signature(std::span<std::uint8_t> block, std::uint32_t hash, std
         return Refuse("unsupported hash function");
     if (digest.size() != DigestSize(*prefix))
         return Refuse("the digest's length is not the hash function's");
-    const std::size_t tail = prefix->length + digest.size();
-    if (block.size() < tail + overheadOfPKCS1)
-        return Refuse("the key is too short for the digest");
-    std::fill(block.begin(), block.end(), std::uint8_t{0xff});
-    block[0] = 0;
-    block[1] = 1;
-    block[block.size() - tail - 1] = 0;
-    std::copy_n(prefix->bytes, prefix->length, block.end() - static_cast<std::ptrdiff_t>(tail));
-    std::copy(digest.begin(), digest.end(), block.end() - static_cast<std::ptrdiff_t>(digest.size()));
-    return true;
+    return EncodeDigestInfoParts(block, {prefix->bytes, prefix->length}, digest);
+}
+
+bool EncodeDigestInfo(std::span<std::uint8_t> block, std::span<const std::uint8_t> digestInfo)
+{
+    return digestInfo.empty() ? Refuse("the DigestInfo is empty") : EncodeDigestInfoParts(block, {}, digestInfo);
 }
 
 bool EncodePSS(std::span<std::uint8_t> block, std::uint32_t bits, const CCryptoRSAPadding& padding,

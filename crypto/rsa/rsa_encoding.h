@@ -15,6 +15,9 @@ namespace rsa_encoding {
 /// too short for them.
 bool EncodePKCS1Signature(std::span<std::uint8_t> block, std::uint32_t hash, std::span<const std::uint8_t> digest);
 
+/// The same for a DigestInfo that is ready. \return false, logged, for none and for one that is too long for the block.
+[[nodiscard]] bool EncodeDigestInfo(std::span<std::uint8_t> block, std::span<const std::uint8_t> digestInfo);
+
 /// `bits` are those of the modulus. \return false, logged.
 bool EncodePSS(std::span<std::uint8_t> block, std::uint32_t bits, const CCryptoRSAPadding& padding,
                std::span<const std::uint8_t> digest, ICryptoRandom& random);

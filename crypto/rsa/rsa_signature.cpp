@@ -4,16 +4,38 @@
 #include "crypto/rsa/rsa.h"
 #include "crypto/rsa/rsa_encoding.h"
 
+namespace {
+
+element SignBlock(CCryptoAutoLogger& logger, const CCryptoRSA& key, bool isEncoded, std::span<const std::uint8_t> block)
+{
+    if (!isEncoded)
+        return logger.fail(element(), "The digest cannot be signed");
+    element signature = key.privateOperation(block);
+    logger.setResult(!signature.isEmpty());
+    return signature;
+}
+
+bool VerifyBlock(CCryptoAutoLogger& logger, const CCryptoRSA& key, bool isEncoded, std::span<const std::uint8_t> block,
+                 std::span<const std::uint8_t> signature)
+{
+    if (!isEncoded)
+        return logger.fail(false, "The digest cannot be verified");
+    if (signature.size() != key.bytes())
+        return logger.fail(false, "The signature's length is not the key's");
+    const element encoded = key.publicOperation(signature);
+    if (encoded.isEmpty() || !constant_time::Declassify(constant_time::EqualBytes(encoded.data(), block.data(), block.size())))
+        return logger.fail(false, "The signature does not belong to the digest");
+    return logger.setResult(true);
+}
+
+} // namespace
+
 element CCryptoRSA::signPKCS1(std::uint32_t hash, std::span<const std::uint8_t> digest) const
 {
     CCryptoAutoLogger logger("CCryptoRSA::signPKCS1", ccrypto::LoggerMode::quietResultExpected);
 
     WipedArray<std::uint8_t> block(bytes());
-    if (!rsa_encoding::EncodePKCS1Signature(block, hash, digest))
-        return logger.fail(element(), "The digest cannot be signed");
-    element signature = privateOperation(block);
-    logger.setResult(!signature.isEmpty());
-    return signature;
+    return SignBlock(logger, *this, rsa_encoding::EncodePKCS1Signature(block, hash, digest), block);
 }
 
 bool CCryptoRSA::verifyPKCS1(std::uint32_t hash, std::span<const std::uint8_t> digest,
@@ -22,14 +44,23 @@ bool CCryptoRSA::verifyPKCS1(std::uint32_t hash, std::span<const std::uint8_t> d
     CCryptoAutoLogger logger("CCryptoRSA::verifyPKCS1", ccrypto::LoggerMode::quietResultExpected);
 
     WipedArray<std::uint8_t> block(bytes());
-    if (!rsa_encoding::EncodePKCS1Signature(block, hash, digest))
-        return logger.fail(false, "The digest cannot be verified");
-    if (signature.size() != bytes())
-        return logger.fail(false, "The signature's length is not the key's");
-    const element encoded = publicOperation(signature);
-    if (encoded.isEmpty() || !constant_time::Declassify(constant_time::EqualBytes(encoded.data(), block.data(), block.size())))
-        return logger.fail(false, "The signature does not belong to the digest");
-    return logger.setResult(true);
+    return VerifyBlock(logger, *this, rsa_encoding::EncodePKCS1Signature(block, hash, digest), block, signature);
+}
+
+element CCryptoRSA::signDigestInfo(std::span<const std::uint8_t> digestInfo) const
+{
+    CCryptoAutoLogger logger("CCryptoRSA::signDigestInfo", ccrypto::LoggerMode::quietResultExpected);
+
+    WipedArray<std::uint8_t> block(bytes());
+    return SignBlock(logger, *this, rsa_encoding::EncodeDigestInfo(block, digestInfo), block);
+}
+
+bool CCryptoRSA::verifyDigestInfo(std::span<const std::uint8_t> digestInfo, std::span<const std::uint8_t> signature) const
+{
+    CCryptoAutoLogger logger("CCryptoRSA::verifyDigestInfo", ccrypto::LoggerMode::quietResultExpected);
+
+    WipedArray<std::uint8_t> block(bytes());
+    return VerifyBlock(logger, *this, rsa_encoding::EncodeDigestInfo(block, digestInfo), block, signature);
 }
 
 element CCryptoRSA::signPSS(const CCryptoRSAPadding& padding, std::span<const std::uint8_t> digest, ICryptoRandom& random) const
@@ -37,11 +68,7 @@ element CCryptoRSA::signPSS(const CCryptoRSAPadding& padding, std::span<const st
     CCryptoAutoLogger logger("CCryptoRSA::signPSS", ccrypto::LoggerMode::quietResultExpected);
 
     WipedArray<std::uint8_t> block(bytes());
-    if (!rsa_encoding::EncodePSS(block, bits(), padding, digest, random))
-        return logger.fail(element(), "The digest cannot be signed");
-    element signature = privateOperation(block);
-    logger.setResult(!signature.isEmpty());
-    return signature;
+    return SignBlock(logger, *this, rsa_encoding::EncodePSS(block, bits(), padding, digest, random), block);
 }
 
 bool CCryptoRSA::verifyPSS(const CCryptoRSAPadding& padding, std::span<const std::uint8_t> digest,

@@ -56,6 +56,36 @@ TEST(RSASignature, AreThoseOfTheVectors)
     }
 }
 
+// The vectors' signatures are opened for their DigestInfo, which follows the padding's zero.
+TEST(RSASignature, OfADigestInfoThatIsReady)
+{
+    int tested = 0;
+    for (const TestVector& vector : ReadVectors("rsa_sign.txt")) {
+        if (vector.text("Padding") != "PKCS1")
+            continue;
+        SCOPED_TRACE(vector.place());
+        ++tested;
+        const auto key = CCryptoRSA::FromPrivate(NumbersOf(vector));
+        ASSERT_NE(key, nullptr);
+        const Bytes expected = vector.bytes("Signature");
+        const Bytes block = BytesOf(key->publicOperation(expected));
+        Bytes info(std::find(block.begin() + 2, block.end(), 0) + 1, block.end());
+        EXPECT_EQ(Hex(BytesOf(key->signDigestInfo(info))), Hex(expected));
+        EXPECT_TRUE(key->verifyDigestInfo(info, expected));
+        info.back() ^= 1;
+        EXPECT_FALSE(key->verifyDigestInfo(info, expected));
+    }
+    EXPECT_GT(tested, 0);
+    const CCryptoRSA& key = AnyKey();
+    const Bytes longest(key.bytes() - 11, 7);
+    EXPECT_TRUE(key.verifyDigestInfo(longest, BytesOf(key.signDigestInfo(longest))));
+    EXPECT_TRUE(key.signDigestInfo({}).isEmpty());
+    EXPECT_TRUE(key.signDigestInfo(Bytes(key.bytes() - 10, 7)).isEmpty());
+    EXPECT_TRUE(key.signDigestInfo(Bytes(10000, 7)).isEmpty());
+    EXPECT_FALSE(key.verifyDigestInfo({}, Bytes(key.bytes(), 1)));
+    EXPECT_TRUE(key.publicKey()->signDigestInfo(longest).isEmpty());
+}
+
 TEST(RSAVerification, AgreesWithTheVectors)
 {
     for (const char* file : {"rsa_verify_pkcs1.txt", "rsa_verify_pss.txt"}) {
