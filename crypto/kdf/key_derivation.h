@@ -15,11 +15,11 @@
 class CCryptoKeyDerivation {
 public:
     /// Iterations of one key, those of all its digests together.
-    static constexpr std::uint32_t mostIterations = 50'000'000;
+    static constexpr std::uint32_t maxIterations = 50'000'000;
     /// Of a password, a salt or other input, in bytes.
-    static constexpr std::uint32_t longestInput = 65536;
+    static constexpr std::uint32_t maxInput = 65536;
     /// Of a key from a password, in bytes.
-    static constexpr std::uint32_t longestKey = 4096;
+    static constexpr std::uint32_t maxKey = 4096;
 
     /// What a key is for (RFC 7292, B.3).
     enum class PKCS12Use : std::uint8_t { key = 1, initializationVector = 2, mac = 3 };
@@ -46,6 +46,10 @@ public:
     static element HKDFExtract(std::uint32_t hashId, Bytes salt, Bytes secret);
     /// RFC 5869, 2.3. \param key at least as long as the digest. \param length 1 to 255 digests.
     static element HKDFExpand(std::uint32_t hashId, Bytes key, Bytes info, std::uint32_t length);
-    /// One behind the other.
+    /// Extract, then expand.
     static element HKDF(std::uint32_t hashId, Bytes salt, Bytes secret, Bytes info, std::uint32_t length);
+
+    /// ANSI X9.63, 5.6.3 (SEC 1, 3.6.1; BSI TR-03111, 4.3.3): digests of the secret, a counter from 1 and `info`. SHA-3 (110 to
+    /// 113) is allowed too. \param length 1 to maxKey bytes.
+    [[nodiscard]] static element X963(std::uint32_t hashId, Bytes secret, Bytes info, std::uint32_t length);
 };

@@ -30,19 +30,19 @@ std::unique_ptr<ICryptoHash> HashFor(CCryptoAutoLogger& logger, const Request& r
         return logger.fail(std::unique_ptr<ICryptoHash>(), "%s out of bounds: %llu of %llu", what,
                            static_cast<unsigned long long>(value), static_cast<unsigned long long>(most));
     };
-    if (request.password.size() > Limits::longestInput)
-        return refuse("Length of the password", request.password.size(), Limits::longestInput);
-    if (request.salt.size() > Limits::longestInput)
-        return refuse("Length of the salt", request.salt.size(), Limits::longestInput);
-    if (request.length == 0 || request.length > Limits::longestKey)
-        return refuse("Length of the key", request.length, Limits::longestKey);
+    if (request.password.size() > Limits::maxInput)
+        return refuse("Length of the password", request.password.size(), Limits::maxInput);
+    if (request.salt.size() > Limits::maxInput)
+        return refuse("Length of the salt", request.salt.size(), Limits::maxInput);
+    if (request.length == 0 || request.length > Limits::maxKey)
+        return refuse("Length of the key", request.length, Limits::maxKey);
 
     auto hash = ICryptoHash::Create(request.hashId);
     if (hash == nullptr || !digest_chain::Knows(request.hashId))
         return logger.fail(std::unique_ptr<ICryptoHash>(), "Unsupported hash function: %d", static_cast<int>(request.hashId));
     const std::uint64_t digests = (request.length - 1) / hash->digestSize() + 1;
-    if (request.iterations == 0 || request.iterations * digests > Limits::mostIterations)
-        return refuse("Number of iterations", request.iterations * digests, Limits::mostIterations);
+    if (request.iterations == 0 || request.iterations * digests > Limits::maxIterations)
+        return refuse("Number of iterations", request.iterations * digests, Limits::maxIterations);
     return hash;
 }
 
@@ -176,7 +176,7 @@ element CCryptoKeyDerivation::PKCS12Password(std::string_view text)
     element given(text);
     given.setType(ElementType::utf8Text);
     element units;
-    if (text.size() > longestInput || !given.toUtf16(units))
+    if (text.size() > maxInput || !given.toUtf16(units))
         return logger.fail(element(), "Password is no text");
     units.append(std::string_view("\0\0", 2));
     if constexpr (std::endian::native == std::endian::little)

@@ -27,6 +27,17 @@ TEST(KeyDerivation, PBKDF2Vectors)
     }
 }
 
+TEST(KeyDerivation, X963Vectors)
+{
+    for (const TestVector& vector : ReadVectors("x963.txt")) {
+        SCOPED_TRACE(vector.place());
+        const std::string key = vector.text("Key");
+        EXPECT_EQ(HexOf(KDF::X963(IdOf(vector), vector.bytes("Secret"), vector.bytes("Info"),
+                                  static_cast<std::uint32_t>(key.size() / 2))),
+                  key);
+    }
+}
+
 TEST(KeyDerivation, PKCS12Vectors)
 {
     for (const TestVector& vector : ReadVectors("pkcs12_derivation.txt")) {
@@ -117,7 +128,7 @@ TEST(KeyDerivation, PasswordsForPKCS12AreBigEndian)
     EXPECT_EQ(HexOf(KDF::PKCS12Password("")), "0000");
     EXPECT_EQ(HexOf(KDF::PKCS12Password("a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80")), "006100e420acd83dde000000");
     EXPECT_TRUE(KDF::PKCS12Password("a\xC3").isEmpty());
-    EXPECT_TRUE(KDF::PKCS12Password(std::string(KDF::longestInput + 1, 'a')).isEmpty());
+    EXPECT_TRUE(KDF::PKCS12Password(std::string(KDF::maxInput + 1, 'a')).isEmpty());
 }
 
 struct BadCase {
@@ -135,14 +146,14 @@ TEST(KeyDerivation, ParametersOutOfBoundsGiveNoKey)
         {.name = "no hash", .hashId = 0},
         {.name = "a cipher", .hashId = 301},
         {.name = "two hashes in one", .hashId = 106},
-        {.name = "a password too long", .passwordLength = KDF::longestInput + 1},
-        {.name = "a salt too long", .saltLength = KDF::longestInput + 1},
+        {.name = "a password too long", .passwordLength = KDF::maxInput + 1},
+        {.name = "a salt too long", .saltLength = KDF::maxInput + 1},
         {.name = "no iteration", .iterations = 0},
-        {.name = "too many iterations", .iterations = KDF::mostIterations + 1},
+        {.name = "too many iterations", .iterations = KDF::maxIterations + 1},
         {.name = "most iterations there can be", .iterations = 0xFFFFFFFF},
-        {.name = "too many iterations for two digests", .iterations = KDF::mostIterations / 2 + 1, .length = 33},
+        {.name = "too many iterations for two digests", .iterations = KDF::maxIterations / 2 + 1, .length = 33},
         {.name = "an empty key", .length = 0},
-        {.name = "a key too long", .length = KDF::longestKey + 1},
+        {.name = "a key too long", .length = KDF::maxKey + 1},
         {.name = "the longest key there can be", .length = 0xFFFFFFFF},
     };
     for (const BadCase& row : cases) {
@@ -160,7 +171,14 @@ TEST(KeyDerivation, ParametersOutOfBoundsGiveNoKey)
     EXPECT_EQ(KDF::HKDF(102, key, key, key, 255 * 32).length(), 255u * 32);
     EXPECT_TRUE(KDF::HKDF(102, key, key, key, 255 * 32 + 1).isEmpty());
     EXPECT_TRUE(KDF::HKDFExpand(102, Bytes(31), key, 16).isEmpty());
-    EXPECT_TRUE(KDF::HKDFExtract(102, Bytes(KDF::longestInput + 1), key).isEmpty());
+    for (const std::uint32_t id : {0u, 106u, 114u, 115u})
+        EXPECT_TRUE(KDF::X963(id, key, key, 16).isEmpty()) << id;
+    for (const std::uint32_t length : {0u, KDF::maxKey + 1})
+        EXPECT_TRUE(KDF::X963(102, key, key, length).isEmpty()) << length;
+    EXPECT_TRUE(KDF::X963(102, {}, key, 16).isEmpty());
+    EXPECT_TRUE(KDF::X963(102, key, Bytes(KDF::maxInput + 1), 16).isEmpty());
+    EXPECT_EQ(KDF::X963(111, key, key, KDF::maxKey).length(), KDF::maxKey);
+    EXPECT_TRUE(KDF::HKDFExtract(102, Bytes(KDF::maxInput + 1), key).isEmpty());
 }
 
 } // namespace

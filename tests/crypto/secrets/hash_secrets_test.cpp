@@ -50,6 +50,7 @@ TEST(HashSecrets, Derivation)
             EXPECT_TRUE(HasResult(KDF::PBKDF2(id, Secret(length), salt, 3, 100)));
             EXPECT_TRUE(HasResult(KDF::PKCS12(id, KDF::PKCS12Use::key, Secret(length), salt, 3, 100)));
             EXPECT_TRUE(HasResult(KDF::HKDF(id, salt, Secret(length), salt, 100)));
+            EXPECT_TRUE(HasResult(KDF::X963(id, Secret(length), salt, 100)));
         }
     }
 }

@@ -101,8 +101,8 @@ int CipherFiles::checkOptions()
     if (const int code = CheckOneStandardInput(invocation_, {input_.name()}, {keySecret, passwordSecret}); code != exitDone)
         return code;
     const std::uint64_t count = arguments_.number(iterationsOption.name, 1);
-    if (count < 1 || count > CCryptoKeyDerivation::mostIterations)
-        return invocation_.misuse("--iterations: 1 to " + std::to_string(CCryptoKeyDerivation::mostIterations));
+    if (count < 1 || count > CCryptoKeyDerivation::maxIterations)
+        return invocation_.misuse("--iterations: 1 to " + std::to_string(CCryptoKeyDerivation::maxIterations));
     return exitDone;
 }
 
@@ -228,7 +228,7 @@ int CipherFiles::decrypt()
         return invocation_.refuse(input_.name(), "it does not begin with the header that \"cipher enc\" writes");
     if (has(iterationsOption))
         return invocation_.misuse("the iterations are those of the file's header");
-    if (header.hasPassword && header.iterations > CCryptoKeyDerivation::mostIterations)
+    if (header.hasPassword && header.iterations > CCryptoKeyDerivation::maxIterations)
         return invocation_.refuse(input_.name(), "its header asks for too many iterations");
     if (header.hasPassword == hasKey())
         return invocation_.refuse(input_.name(), hasKey() ? "it was encrypted with a password" : "it was encrypted with a key");

@@ -1,3 +1,5 @@
+#include "core/base/algorithm.h"
+#include "core/base/byte_order.h"
 #include "core/diagnostics/auto_logger.h"
 #include "crypto/hash/digest_chain.h"
 #include "crypto/kdf/key_derivation.h"
@@ -18,8 +20,8 @@ element CCryptoKeyDerivation::HKDFExtract(std::uint32_t hashId, Bytes salt, Byte
 {
     CCryptoAutoLogger logger("CCryptoKeyDerivation::HKDFExtract");
 
-    if (salt.size() > longestInput || secret.size() > longestInput)
-        return logger.fail(element(), "Salt or secret is longer than %u bytes", longestInput);
+    if (salt.size() > maxInput || secret.size() > maxInput)
+        return logger.fail(element(), "Salt or secret is longer than %u bytes", maxInput);
     const auto mac = MACOver(hashId);
     if (mac == nullptr)
         return logger.fail(element(), "Unsupported hash function: %d", static_cast<int>(hashId));
@@ -33,8 +35,8 @@ element CCryptoKeyDerivation::HKDFExpand(std::uint32_t hashId, Bytes key, Bytes 
 {
     CCryptoAutoLogger logger("CCryptoKeyDerivation::HKDFExpand");
 
-    if (key.size() > longestInput || info.size() > longestInput)
-        return logger.fail(element(), "Key or info is longer than %u bytes", longestInput);
+    if (key.size() > maxInput || info.size() > maxInput)
+        return logger.fail(element(), "Key or info is longer than %u bytes", maxInput);
     const auto mac = MACOver(hashId);
     if (mac == nullptr)
         return logger.fail(element(), "Unsupported hash function: %d", static_cast<int>(hashId));
@@ -62,4 +64,31 @@ element CCryptoKeyDerivation::HKDF(std::uint32_t hashId, Bytes salt, Bytes secre
 {
     const element key = HKDFExtract(hashId, salt, secret);
     return key.isEmpty() ? element() : HKDFExpand(hashId, key.bytes(), info, length);
+}
+
+element CCryptoKeyDerivation::X963(std::uint32_t hashId, Bytes secret, Bytes info, std::uint32_t length)
+{
+    CCryptoAutoLogger logger("CCryptoKeyDerivation::X963");
+
+    if (secret.empty() || secret.size() > maxInput || info.size() > maxInput)
+        return logger.fail(element(), "Secret is empty, or secret or info is longer than %u bytes", maxInput);
+    const auto hash = ICryptoHash::Create(HashOfHMAC(hashId));
+    if (hash == nullptr || hash->isExtendable() || hash->algorithmId() == algorithm::md5Sha1)
+        return logger.fail(element(), "Unsupported hash function: %d", static_cast<int>(hashId));
+    if (length == 0 || length > maxKey)
+        return logger.fail(element(), "X9.63 gives no key of %u bytes", length);
+
+    element derived;
+    derived.reserve(length);
+    for (std::uint32_t counter = 1; derived.length() < length; ++counter) {
+        std::uint8_t counterBytes[sizeof counter];
+        StoreWord<std::uint32_t, std::endian::big>(counterBytes, counter);
+        hash->update(secret);
+        hash->update(counterBytes);
+        hash->update(info);
+        const element digest = hash->final();
+        derived.append(digest.data(), std::min(digest.length(), length - derived.length()));
+    }
+    logger.setResult(true);
+    return derived;
 }
