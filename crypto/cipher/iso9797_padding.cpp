@@ -1,0 +1,28 @@
+#include "crypto/cipher/iso9797_padding.h"
+
+#include <algorithm>
+
+using constant_time::Mask;
+
+void ccrypto::iso9797::Pad(std::span<std::uint8_t> block, std::size_t used)
+{
+    std::ranges::fill(block.subspan(used), std::uint8_t{0});
+    block[used] = 0x80;
+}
+
+std::size_t ccrypto::iso9797::TextLength(std::span<const std::uint8_t> padded, std::size_t blockSize, Mask& good)
+{
+    good = Mask::False();
+    if (padded.empty() || padded.size() % blockSize != 0)
+        return 0;
+    // From the end: zeros, then 0x80.
+    Mask atEnd = Mask::True();
+    std::uint64_t length = 0;
+    for (std::size_t i = padded.size(); i-- > padded.size() - blockSize;) {
+        const Mask isMarker = atEnd & Mask::Equal(padded[i], 0x80);
+        length = isMarker.select<std::uint64_t>(i, length);
+        good |= isMarker;
+        atEnd &= Mask::IsZero(padded[i]);
+    }
+    return length;
+}
