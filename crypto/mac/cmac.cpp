@@ -7,6 +7,7 @@
 #include "crypto/base/constant_time.h"
 #include "crypto/cipher/aes.h"
 #include "crypto/cipher/des.h"
+#include "crypto/mac/truncated_mac.h"
 
 #include <algorithm>
 #include <cstring>
@@ -17,8 +18,8 @@ struct CmacCipher {
     const char* name;
     std::uint32_t firstId;
     std::uint32_t lastId;
-    std::size_t shortestKey;
-    std::size_t longestKey;
+    std::size_t minKey;
+    std::size_t maxKey;
     std::unique_ptr<ICryptoBlockCipher> (*make)();
 };
 
@@ -37,7 +38,7 @@ constexpr CmacCipher ciphers[] = {
 
 std::unique_ptr<CCryptoCMAC> MakeCmac(const CmacCipher& cipher)
 {
-    return std::make_unique<CCryptoCMAC>(cipher.name, cipher.make(), cipher.shortestKey, cipher.longestKey);
+    return std::make_unique<CCryptoCMAC>(cipher.name, cipher.make(), cipher.minKey, cipher.maxKey);
 }
 
 } // namespace
@@ -65,9 +66,8 @@ std::unique_ptr<CCryptoCMAC> CCryptoCMAC::CreateByName(std::string_view name)
     return logger.fail(std::unique_ptr<CCryptoCMAC>(), "Unsupported cipher name");
 }
 
-CCryptoCMAC::CCryptoCMAC(const char* cipherName, std::unique_ptr<ICryptoBlockCipher> cipher, std::size_t shortestKey,
-                         std::size_t longestKey)
-    : cipherName_(cipherName), cipher_(std::move(cipher)), shortestKey_(shortestKey), longestKey_(longestKey)
+CCryptoCMAC::CCryptoCMAC(const char* cipherName, std::unique_ptr<ICryptoBlockCipher> cipher, std::size_t minKey, std::size_t maxKey)
+    : cipherName_(cipherName), cipher_(std::move(cipher)), minKey_(minKey), maxKey_(maxKey)
 {
 }
 
@@ -92,16 +92,16 @@ bool CCryptoCMAC::setKey(std::span<const std::uint8_t> key)
     reset();
     cipher_->clearKey();
     platform::SecureWipe(whole_.data(), whole_.size());
-    platform::SecureWipe(short_.data(), short_.size());
-    if (key.size() < shortestKey_ || key.size() > longestKey_)
+    platform::SecureWipe(padded_.data(), padded_.size());
+    if (key.size() < minKey_ || key.size() > maxKey_)
         return logger.fail(false, "%s has no keys of %zu bytes", cipherName_, key.size());
     if (!cipher_->setKey(key))
         return logger.setResult(false);
     whole_.fill(0);
     cipher_->encrypt(whole_.data(), whole_.data(), 1);
     doubled(whole_);
-    short_ = whole_;
-    doubled(short_);
+    padded_ = whole_;
+    doubled(padded_);
     hasKey_ = true;
     return logger.setResult(true);
 }
@@ -145,7 +145,7 @@ bool CCryptoCMAC::final(std::uint8_t* mac)
         std::fill(pending_.begin() + static_cast<std::ptrdiff_t>(pendingCount_) + 1, pending_.end(), std::uint8_t{0});
     }
     block_bytes::Xor(chain_.data(), chain_.data(), pending_.data(), size);
-    block_bytes::Xor(chain_.data(), chain_.data(), (isWhole ? whole_ : short_).data(), size);
+    block_bytes::Xor(chain_.data(), chain_.data(), (isWhole ? whole_ : padded_).data(), size);
     cipher_->encrypt(mac, chain_.data(), 1);
     reset();
     return true;
@@ -153,12 +153,8 @@ bool CCryptoCMAC::final(std::uint8_t* mac)
 
 element CCryptoCMAC::final()
 {
-    std::uint8_t mac[longestCipherBlock];
-    element result;
-    if (final(mac))
-        result.append(mac, digestSize());
-    platform::SecureWipe(mac);
-    return result;
+    Block mac{};
+    return final(mac.data()) ? element(mac.data(), digestSize()) : element();
 }
 
 element CCryptoCMAC::macOf(std::span<const std::uint8_t> bytes)
@@ -168,15 +164,14 @@ element CCryptoCMAC::macOf(std::span<const std::uint8_t> bytes)
     return final();
 }
 
-bool CCryptoCMAC::verify(std::span<const std::uint8_t> mac)
+bool CCryptoCMAC::verify(std::span<const std::uint8_t> mac, std::size_t length)
 {
     CCryptoAutoLogger logger("CCryptoCMAC::verify");
 
-    std::uint8_t right[longestCipherBlock];
-    if (!final(right))
+    Block own{};
+    if (!final(own.data()))
         return logger.setResult(false);
-    const bool same =
-        mac.size() == digestSize() && constant_time::Declassify(constant_time::EqualBytes(right, mac.data(), mac.size()));
-    platform::SecureWipe(right);
-    return same ? logger.setResult(true) : logger.warn(false, "The authentication code is wrong");
+    return ccrypto::internal::IsTruncatedMAC(mac, std::span(own).first(digestSize()), length)
+               ? logger.setResult(true)
+               : logger.warn(false, "The authentication code is wrong");
 }

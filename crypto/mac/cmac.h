@@ -12,16 +12,15 @@
 /// destroyed. With AES it takes time that depends on lengths alone. Not for use by two threads at once.
 class CCryptoCMAC {
 public:
-    /// For the id of AES or 3DES in any mode but GCM (202, 300 to 311 of the algorithm table). Owned by the caller; it has no key
-    /// yet. \return null, logged as "Unsupported cipher: %d", for any other id.
-    static std::unique_ptr<CCryptoCMAC> Create(std::uint32_t id);
+    /// For the id of AES or 3DES in any mode but GCM (202, 300 to 311). Owned by the caller; it has no key yet. \return null,
+    /// logged as "Unsupported cipher: %d", for any other id.
+    [[nodiscard]] static std::unique_ptr<CCryptoCMAC> Create(std::uint32_t id);
     /// "aes-128", "aes-192", "aes-256" or "des-ede3", in any case, with or without "cmac-" in front. \return null, logged, for any
     /// other name.
-    static std::unique_ptr<CCryptoCMAC> CreateByName(std::string_view name);
+    [[nodiscard]] static std::unique_ptr<CCryptoCMAC> CreateByName(std::string_view name);
 
     /// Over this cipher, which must not be null, with keys of these lengths; without a key.
-    CCryptoCMAC(const char* cipherName, std::unique_ptr<ICryptoBlockCipher> cipher, std::size_t shortestKey,
-                std::size_t longestKey);
+    CCryptoCMAC(const char* cipherName, std::unique_ptr<ICryptoBlockCipher> cipher, std::size_t minKey, std::size_t maxKey);
 
     /// Nothing is taken yet afterwards. \return false, logged and without a key, for a length that the cipher has no keys of.
     bool setKey(std::span<const std::uint8_t> key);
@@ -33,18 +32,19 @@ public:
     /// Writes digestSize() bytes to `mac`; then as after setKey(). \return false, logged, with nothing written, without a key.
     bool final(std::uint8_t* mac);
     /// Empty without a key.
-    element final();
-    element macOf(std::span<const std::uint8_t> bytes);
-    /// Whether `mac` is that of what was taken; one of another length is not. Takes time that depends on the length alone. Then as
-    /// after setKey().
-    bool verify(std::span<const std::uint8_t> mac);
+    [[nodiscard]] element final();
+    [[nodiscard]] element macOf(std::span<const std::uint8_t> bytes);
+    /// Whether `mac` is the MAC of what was taken, or its first `length` bytes: 4 or more, a number that the protocol gives and not
+    /// the message. One of another length is not. Takes time that depends on lengths only. Then as after setKey().
+    [[nodiscard]] bool verify(std::span<const std::uint8_t> mac) { return verify(mac, digestSize()); }
+    [[nodiscard]] bool verify(std::span<const std::uint8_t> mac, std::size_t length);
 
     std::uint32_t digestSize() const { return blockSize(); }
     std::uint32_t blockSize() const { return static_cast<std::uint32_t>(cipher_->blockSize()); }
     /// "aes-128"
     const char* cipherName() const { return cipherName_; }
     /// The longest one.
-    std::size_t keySize() const { return longestKey_; }
+    std::size_t keySize() const { return maxKey_; }
 
 private:
     using Block = Wiped<std::array<std::uint8_t, longestCipherBlock>>;
@@ -53,11 +53,11 @@ private:
 
     const char* cipherName_;
     std::unique_ptr<ICryptoBlockCipher> cipher_;
-    std::size_t shortestKey_;
-    std::size_t longestKey_;
+    std::size_t minKey_;
+    std::size_t maxKey_;
     bool hasKey_ = false;
-    Block whole_{}; ///< added to a last block that is whole
-    Block short_{}; ///< added to one that was padded
+    Block whole_{};  ///< added to a last block that is whole
+    Block padded_{}; ///< added to one that was padded
     Block chain_{};
     Block pending_{}; ///< the last block so far, whole or not
     std::size_t pendingCount_ = 0;

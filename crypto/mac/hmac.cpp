@@ -4,7 +4,7 @@
 #include "core/base/any_case.h"
 #include "core/diagnostics/auto_logger.h"
 #include "core/memory/wiped.h"
-#include "crypto/base/constant_time.h"
+#include "crypto/mac/truncated_mac.h"
 
 #include <algorithm>
 #include <array>
@@ -76,7 +76,6 @@ std::unique_ptr<CCryptoHMAC> CCryptoHMAC::CreateByName(std::string_view name)
 CCryptoHMAC::CCryptoHMAC(std::unique_ptr<ICryptoHash> hash)
     : inner_(hash->clone()), outer_(hash->clone()), running_(std::move(hash))
 {
-    setKey({});
 }
 
 void CCryptoHMAC::setKey(std::span<const std::uint8_t> key)
@@ -91,6 +90,7 @@ void CCryptoHMAC::setKey(std::span<const std::uint8_t> key)
     }
     TakeKeyBlock(*inner_, block, innerPad);
     TakeKeyBlock(*outer_, block, innerPad ^ outerPad);
+    hasKey_ = true;
     reset();
 }
 
@@ -99,22 +99,25 @@ void CCryptoHMAC::reset()
     running_->assign(*inner_);
 }
 
-void CCryptoHMAC::final(std::uint8_t* mac)
+bool CCryptoHMAC::final(std::uint8_t* mac)
 {
+    if (!hasKey_) {
+        CCryptoAutoLogger logger("CCryptoHMAC::final");
+        return logger.fail(false, "There is no key");
+    }
     Digest digest;
     running_->final(digest.data());
     running_->assign(*outer_);
     running_->update(digest.data(), digestSize());
     running_->final(mac);
     reset();
+    return true;
 }
 
 element CCryptoHMAC::final()
 {
-    element mac;
-    mac.resize(digestSize());
-    final(mac.data());
-    return mac;
+    Digest mac;
+    return final(mac.data()) ? element(mac.data(), digestSize()) : element();
 }
 
 element CCryptoHMAC::macOf(std::span<const std::uint8_t> bytes)
@@ -124,9 +127,8 @@ element CCryptoHMAC::macOf(std::span<const std::uint8_t> bytes)
     return final();
 }
 
-bool CCryptoHMAC::verify(std::span<const std::uint8_t> mac)
+bool CCryptoHMAC::verify(std::span<const std::uint8_t> mac, std::size_t length)
 {
     Digest own;
-    final(own.data());
-    return mac.size() == digestSize() && constant_time::Declassify(constant_time::EqualBytes(own.data(), mac.data(), mac.size()));
+    return final(own.data()) && ccrypto::internal::IsTruncatedMAC(mac, std::span(own).first(digestSize()), length);
 }

@@ -13,41 +13,44 @@
 /// holds is wiped when it is destroyed. Not for use by two threads at once.
 class CCryptoHMAC {
 public:
-    /// For the id of a hash (100 to 106, 110 to 113) or of an HMAC (600 to 604, 610 to 613). Owned by the caller; it has the empty
-    /// key. \return null, logged as "Unsupported hash function: %d", for any other id.
-    static std::unique_ptr<CCryptoHMAC> Create(std::uint32_t id);
+    /// For the id of a hash (100 to 106, 110 to 113) or of an HMAC (600 to 604, 610 to 613). Owned by the caller; without
+    /// a key. \return null, logged as "Unsupported hash function: %d", for any other id.
+    [[nodiscard]] static std::unique_ptr<CCryptoHMAC> Create(std::uint32_t id);
     /// By the hash's name, as ICryptoHash::CreateByName() takes it, with or without "hmac-" in front.
-    static std::unique_ptr<CCryptoHMAC> CreateByName(std::string_view name);
+    [[nodiscard]] static std::unique_ptr<CCryptoHMAC> CreateByName(std::string_view name);
 
-    /// Over this hash, which must not be null and whose state does not matter; with the empty key.
+    /// Over this hash, which must not be null and whose state does not matter; without a key.
     explicit CCryptoHMAC(std::unique_ptr<ICryptoHash> hash);
 
-    /// Any length; nothing is taken yet afterwards. The key itself is not kept.
+    /// Of any length, 0 too; nothing is taken yet afterwards. The key itself is not kept.
     void setKey(std::span<const std::uint8_t> key);
     /// As after setKey().
     void reset();
     /// `bytes` may be null when `length` is 0.
     void update(const void* bytes, std::size_t length) { running_->update(bytes, length); }
     void update(std::span<const std::uint8_t> bytes) { running_->update(bytes); }
-    /// Writes digestSize() bytes to `mac`; then as after setKey().
-    void final(std::uint8_t* mac);
-    element final();
-    element macOf(std::span<const std::uint8_t> bytes);
-    /// Whether `mac` is that of what was taken; one of another length is not. Takes time that depends on the length alone. Then as
-    /// after setKey().
-    bool verify(std::span<const std::uint8_t> mac);
+    /// Writes digestSize() bytes to `mac`; then as after setKey(). \return false, logged, with nothing written, without a key.
+    bool final(std::uint8_t* mac);
+    /// Empty without a key.
+    [[nodiscard]] element final();
+    [[nodiscard]] element macOf(std::span<const std::uint8_t> bytes);
+    /// Whether `mac` is the MAC of what was taken, or its first `length` bytes: 4 or more, a number that the protocol gives and not
+    /// the message. One of another length is not. Takes time that depends on lengths only. Then as after setKey().
+    [[nodiscard]] bool verify(std::span<const std::uint8_t> mac) { return verify(mac, digestSize()); }
+    [[nodiscard]] bool verify(std::span<const std::uint8_t> mac, std::size_t length);
 
     std::uint32_t digestSize() const { return running_->digestSize(); }
     std::uint32_t blockSize() const { return running_->blockSize(); }
-    /// The hash's id of the algorithm table.
+    /// The hash's id.
     std::uint32_t hashId() const { return running_->algorithmId(); }
     const char* hashName() const { return running_->name(); }
 
 private:
-    // The hash behind the block of the key, for the message and for its digest.
+    // The hash after the block of the key, for the message and for its digest.
     std::unique_ptr<ICryptoHash> inner_;
     std::unique_ptr<ICryptoHash> outer_;
     std::unique_ptr<ICryptoHash> running_;
+    bool hasKey_ = false;
 };
 
 /// The hash of an HMAC by their ids; any other id unchanged.

@@ -1,5 +1,7 @@
 #include "core/base/algorithm.h"
 #include "crypto/cipher/gcm.h"
+#include "crypto/cipher/iso9797_padding.h"
+#include "crypto/cipher/key_wrap.h"
 #include "crypto/cipher/pkcs7_padding.h"
 #include "crypto/mac/cmac.h"
 #include "tests/crypto/secrets/marked.h"
@@ -67,6 +69,32 @@ TEST(CipherSecrets, Unpadding)
     }
 }
 
+TEST(CipherSecrets, Iso9797Unpadding)
+{
+    for (unsigned last = 0; last < 256; ++last) {
+        Bytes block(16, static_cast<std::uint8_t>(last));
+        constant_time::ClassifyBytes(block.data(), block.size());
+        constant_time::Mask good = constant_time::Mask::False();
+        const std::size_t length = constant_time::Declassify(ccrypto::iso9797::TextLength(block, block.size(), good));
+        EXPECT_EQ(constant_time::Declassify(good), last == 0x80);
+        EXPECT_EQ(length, last == 0x80 ? 15u : 0u);
+    }
+}
+
+TEST(CipherSecrets, KeyWrap)
+{
+    for (const std::size_t length : {16u, 32u}) {
+        const Bytes wrapped = Known(CCryptoKeyWrap::Wrap(Secret(32), Secret(length)));
+        EXPECT_EQ(Known(CCryptoKeyWrap::Unwrap(Secret(32), wrapped)), Bytes(length, 0x5A));
+        EXPECT_TRUE(CCryptoKeyWrap::Unwrap(Secret(24), wrapped).isEmpty());
+    }
+    for (const std::size_t length : {1u, 8u, 21u}) {
+        const Bytes wrapped = Known(CCryptoKeyWrap::WrapPadded(Secret(16), Secret(length)));
+        EXPECT_EQ(Known(CCryptoKeyWrap::UnwrapPadded(Secret(16), wrapped)), Bytes(length, 0x5A));
+        EXPECT_TRUE(CCryptoKeyWrap::UnwrapPadded(Secret(24), wrapped).isEmpty());
+    }
+}
+
 TEST(CipherSecrets, Cmac)
 {
     const auto cmac = CCryptoCMAC::CreateByName("aes-192");
@@ -75,6 +103,7 @@ TEST(CipherSecrets, Cmac)
         EXPECT_EQ(Known(cmac->macOf(Secret(length))).size(), 16u);
     cmac->update(Secret(5));
     EXPECT_FALSE(cmac->verify(Secret(16)));
+    EXPECT_FALSE(cmac->verify(Secret(8), 8));
 }
 
 } // namespace

@@ -1,0 +1,75 @@
+#include "crypto/mac/retail_mac.h"
+
+#include "core/diagnostics/auto_logger.h"
+#include "crypto/cipher/iso9797_padding.h"
+#include "crypto/mac/truncated_mac.h"
+
+#include <algorithm>
+
+bool CCryptoRetailMAC::setKey(std::span<const std::uint8_t> key)
+{
+    CCryptoAutoLogger logger("CCryptoRetailMAC::setKey");
+
+    reset();
+    hasKey_ = key.size() == keyBytes && chaining_.setKey(key.first(8)) && ending_.setKey(key.last(8));
+    if (hasKey_)
+        return logger.setResult(true);
+    chaining_.clearKey();
+    ending_.clearKey();
+    return logger.fail(false, "A retail MAC has no keys of %zu bytes", key.size());
+}
+
+void CCryptoRetailMAC::reset()
+{
+    platform::SecureWipe(chain_.data(), chain_.size());
+    platform::SecureWipe(pending_.data(), pending_.size());
+    pendingCount_ = 0;
+}
+
+void CCryptoRetailMAC::update(std::span<const std::uint8_t> bytes)
+{
+    while (!bytes.empty()) {
+        const std::size_t count = std::min(bytes.size(), pending_.size() - pendingCount_);
+        std::ranges::copy(bytes.first(count), pending_.begin() + static_cast<std::ptrdiff_t>(pendingCount_));
+        pendingCount_ += count;
+        bytes = bytes.subspan(count);
+        if (pendingCount_ == pending_.size()) {
+            chaining_.encryptCbc(pending_.data(), pending_.data(), 1, chain_.data());
+            pendingCount_ = 0;
+        }
+    }
+}
+
+bool CCryptoRetailMAC::final(std::span<std::uint8_t, macBytes> mac)
+{
+    if (!hasKey_) {
+        CCryptoAutoLogger logger("CCryptoRetailMAC::final");
+        reset();
+        return logger.fail(false, "There is no key");
+    }
+    ccrypto::iso9797::Pad(pending_, pendingCount_);
+    chaining_.encryptCbc(pending_.data(), pending_.data(), 1, chain_.data());
+    ending_.decrypt(chain_.data(), chain_.data(), 1);
+    chaining_.encrypt(mac.data(), chain_.data(), 1);
+    reset();
+    return true;
+}
+
+element CCryptoRetailMAC::macOf(std::span<const std::uint8_t> bytes)
+{
+    reset();
+    update(bytes);
+    Wiped<std::array<std::uint8_t, macBytes>> mac;
+    return final(mac) ? element(mac.data(), macBytes) : element();
+}
+
+bool CCryptoRetailMAC::verify(std::span<const std::uint8_t> mac, std::size_t length)
+{
+    CCryptoAutoLogger logger("CCryptoRetailMAC::verify");
+
+    Wiped<std::array<std::uint8_t, macBytes>> own;
+    if (!final(own))
+        return logger.setResult(false);
+    return ccrypto::internal::IsTruncatedMAC(mac, own, length) ? logger.setResult(true)
+                                                               : logger.warn(false, "The authentication code is wrong");
+}
