@@ -179,6 +179,8 @@ bool CCryptoGENParser::parseToken(List& list)
         return fail(tooManyItems);
     if (operators.contains(type))
         return parseOperation(list);
+    if (type == rightBrace && nesting_ == 1 && list.current != nullptr && list.current->content() != nullptr)
+        return parseSurplusBrace();
     if (strays.contains(type))
         return unexpected();
     switch (type) {
@@ -202,6 +204,12 @@ bool CCryptoGENParser::parseToken(List& list)
     elementNode& item = list.currentIsFresh() ? *list.current : list.startItem();
     item.token() = std::move(lookAhead_);
     return advance();
+}
+
+/// Templates of card commands are written with a "}" too many after the content of their last item.
+bool CCryptoGENParser::parseSurplusBrace()
+{
+    return advance() && (lookAhead_.type() == endOfInput || unexpected());
 }
 
 bool CCryptoGENParser::parsePart(List& list, LinkKind kind)

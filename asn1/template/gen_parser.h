@@ -55,6 +55,7 @@ private:
     bool isClosed(const CCryptoGENClosure& closure, const List& list) const;
     bool parseNested(const CCryptoGENClosure& closure, List& list);
     bool parseToken(List& list);
+    bool parseSurplusBrace();
     bool parsePart(List& list, LinkKind kind);
     bool parseBlock(ElementType closer, elementNode& owner, LinkKind kind);
     bool parseOperation(List& list);

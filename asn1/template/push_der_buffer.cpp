@@ -1,6 +1,7 @@
 #include "asn1/template/push_der_buffer.h"
 
 #include "asn1/der/back_buffer.h"
+#include "asn1/der/ber_tlv.h"
 #include "asn1/der/der_analyzer.h"
 #include "asn1/der/der_parser.h"
 #include "asn1/der/object_identifier.h"
@@ -28,11 +29,11 @@ bool IsFilled(const elementNode* node, std::uint32_t depth)
     if (node != nullptr && depth >= deepestTree)
         return true;
     for (; node != nullptr; node = node->next()) {
-        if (IsValue(node->type()))
-            return true;
-        if (!IsAsn1Type(node->type()))
-            continue;
         const elementNode* const value = node->value();
+        if (IsValue(node->type()) && value == nullptr)
+            return true;
+        if (!IsAsn1Type(node->type()) && !IsValue(node->type()))
+            continue;
         if (value == nullptr ? !HasModifier(*node, ElementType::optional) : IsFilled(value, depth + 1))
             return true;
     }
@@ -47,7 +48,10 @@ public:
     std::span<const std::uint8_t> bytes() const { return out_.bytes(); }
 
 private:
+    bool writeItem(const elementNode& node, const elementNode* owner, std::uint32_t depth);
     bool writeNode(const elementNode& node, std::uint32_t depth);
+    bool writeDataObject(const elementNode& node, std::uint32_t depth);
+    bool writeLevel(const elementNode* first, const elementNode& owner, std::uint32_t depth);
     bool writeIdentifier(ElementType type, const EncodingMarks& marks);
     void writeLength(std::size_t length);
     bool writeValue(const element& value, const elementNode* owner);
@@ -73,14 +77,48 @@ bool Encoder::writeList(const elementNode* first, const elementNode* owner, std:
     while (node->next() != nullptr)
         node = node->next();
     for (;; node = node->parent()) {
-        const bool written = IsAsn1Type(node->type()) ? writeNode(*node, depth)
-                             : IsValue(node->type())  ? writeValue(node->token(), owner)
-                                                      : true;
-        if (!written)
+        if (!writeItem(*node, owner, depth))
             return false;
         if (node == first)
             return true;
     }
+}
+
+bool Encoder::writeItem(const elementNode& node, const elementNode* owner, std::uint32_t depth)
+{
+    if (IsAsn1Type(node.type()))
+        return writeNode(node, depth);
+    if (!IsValue(node.type()))
+        return true;
+    return node.value() != nullptr ? writeDataObject(node, depth) : writeValue(node.token(), owner);
+}
+
+/// What lies inside one element.
+bool Encoder::writeLevel(const elementNode* first, const elementNode& owner, std::uint32_t depth)
+{
+    if (level_ >= CCryptoDERParser::deepestLevel)
+        return logger_.fail(false, "The tree is more than %u levels deep", CCryptoDERParser::deepestLevel);
+    ++level_;
+    const bool written = writeList(first, &owner, depth + 1);
+    --level_;
+    return written;
+}
+
+bool Encoder::writeDataObject(const elementNode& node, std::uint32_t depth)
+{
+    const EncodingMarks marks = EncodingMarksOf(node);
+    if (marks.optional && !IsFilled(marks.value, depth))
+        return true;
+    if (marks.excluded)
+        return writeList(marks.value, &node, depth + 1);
+    if (!ccrypto::IsDataObject(node) || node.token().isEmpty())
+        return fail("\"%s\" is not a tag and cannot hold content", node.token().toString().c_str());
+    const std::size_t before = out_.length();
+    if (!writeLevel(marks.value, node, depth))
+        return false;
+    writeLength(out_.length() - before);
+    out_.prepend(node.token().bytes());
+    return true;
 }
 
 bool Encoder::writeNode(const elementNode& node, std::uint32_t depth)
@@ -91,13 +129,9 @@ bool Encoder::writeNode(const elementNode& node, std::uint32_t depth)
     if (marks.excluded)
         return writeList(marks.value, &node, depth + 1);
 
-    if (level_ >= CCryptoDERParser::deepestLevel)
-        return logger_.fail(false, "The tree is more than %u levels deep", CCryptoDERParser::deepestLevel);
-    ++level_;
     const std::size_t before = out_.length();
-    if (node.type() != ElementType::asn1Null && !writeList(marks.value, &node, depth + 1))
+    if (!writeLevel(node.type() != ElementType::asn1Null ? marks.value : nullptr, node, depth))
         return false;
-    --level_;
     if (node.type() == ElementType::bitString && marks.number != nullptr) {
         if (!IsAtMost(*marks.number, mostUnusedBits))
             return fail("A BIT_STRING cannot have %s unused bits", marks.number->toString().c_str());

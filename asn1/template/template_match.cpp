@@ -1,10 +1,12 @@
 #include "asn1/template/template_match.h"
 
+#include "asn1/der/ber_tlv.h"
 #include "asn1/der/der_analyzer.h"
 #include "asn1/template/bracket_list.h"
 #include "asn1/template/encoding_form.h"
 #include "asn1/template/value_notation.h"
 #include "asn1/template/value_octets.h"
+#include "core/text/hex.h"
 
 #include <algorithm>
 
@@ -41,6 +43,27 @@ bool SameNumber(const element& left, const element& right)
     return left.negative() == right.negative() && magnitude(left.view()) == magnitude(right.view());
 }
 
+/// The item that closes the tag of a data object which begins with this item: the item itself, or the first with content after
+/// octets without any. \return null when no data object is described.
+const elementNode* TaggedItem(const elementNode& item)
+{
+    const elementNode* tagged = &item;
+    while (tagged != nullptr && tagged->type() == ElementType::bytes && tagged->value() == nullptr)
+        tagged = tagged->next();
+    if (tagged == nullptr || tagged->value() == nullptr)
+        return nullptr;
+    const bool isNamed = tagged != &item && IsPlaceholder(*tagged);
+    return isNamed || ccrypto::IsDataObject(*tagged) ? tagged : nullptr;
+}
+
+/// The value of a node; null where a data object is empty.
+const elementNode* ContentsOf(const elementNode& data)
+{
+    const elementNode* const value = data.value();
+    const bool isEmptyObject = ccrypto::IsDataObject(data) && IsBareValue(*value) && value->token().isEmpty();
+    return isEmptyObject ? nullptr : value;
+}
+
 bool Agrees(const elementNode& item, const elementNode& data)
 {
     if (!IsAsn1Type(item.type()) || item.type() != data.type())
@@ -57,6 +80,8 @@ bool Agrees(const elementNode& item, const elementNode& data)
 /// A node without its value: an element by its type, anything else by its length alone.
 CCryptoString Describe(const elementNode& node)
 {
+    if (ccrypto::IsDataObject(node))
+        return CCryptoString("#") + HexText(node.token().bytes());
     if (!IsAsn1Type(node.type()))
         return CCryptoString("a value of ") + element(node.token().length()).toString() + " bytes";
     CCryptoString text = TokenText(node.type());
@@ -170,10 +195,44 @@ bool CCryptoTemplateMatch::matchWhole(const elementNode* items, const elementNod
 bool CCryptoTemplateMatch::matchList(const elementNode* item, const elementNode*& data, std::uint32_t depth)
 {
     for (; item != nullptr; item = item->next()) {
-        if (!matchItem(*item, data, depth))
+        const elementNode* const tagged = TaggedItem(*item);
+        if (tagged != nullptr ? !matchDataObject(*item, *tagged, data, depth) : !matchItem(*item, data, depth))
             return false;
+        item = tagged != nullptr ? tagged : item;
     }
     return true;
+}
+
+bool CCryptoTemplateMatch::matchDataObject(const elementNode& item, const elementNode& tagged, const elementNode*& data,
+                                           std::uint32_t depth)
+{
+    if (depth >= deepestTemplate)
+        return fail(item, data, Reason::tooDeep);
+    if (data == nullptr)
+        return HasModifier(tagged, ElementType::optional) || fail(tagged, data, Reason::noData);
+    if (!matchTag(item, tagged, *data))
+        return HasModifier(tagged, ElementType::optional) || fail(tagged, data, Reason::otherType);
+    if (!matchValue(tagged, tagged.value(), *data, ContentsOf(*data), depth))
+        return false;
+    data = data->next();
+    return true;
+}
+
+bool CCryptoTemplateMatch::matchTag(const elementNode& item, const elementNode& tagged, const elementNode& data)
+{
+    if (!ccrypto::IsDataObject(data))
+        return false;
+    std::string_view tag = data.token().view();
+    for (const elementNode* part = &item; part != &tagged; part = part->next()) {
+        if (!tag.starts_with(part->token().view()))
+            return false;
+        tag.remove_prefix(part->token().length());
+    }
+    if (!IsPlaceholder(tagged))
+        return tag == tagged.token().view();
+    if (!tag.empty())
+        bind(tagged, keep(elementNode::Make(element(tag.data(), static_cast<std::uint32_t>(tag.size())))), false);
+    return !tag.empty();
 }
 
 bool CCryptoTemplateMatch::matchItem(const elementNode& item, const elementNode*& data, std::uint32_t depth)
@@ -186,7 +245,7 @@ bool CCryptoTemplateMatch::matchItem(const elementNode& item, const elementNode*
         return HasModifier(item, ElementType::optional) || fail(item, data, Reason::noData);
     if (IsPlaceholder(item)) {
         bind(item, data, false);
-        if (item.value() != nullptr && !matchValue(item, item.value(), *data, data->value(), depth))
+        if (item.value() != nullptr && !matchValue(item, item.value(), *data, ContentsOf(*data), depth))
             return false;
     } else if (!Agrees(item, *data)) {
         return HasModifier(item, ElementType::optional) || fail(item, data, Reason::otherType);
@@ -304,7 +363,8 @@ bool CCryptoTemplateMatch::matchValue(const elementNode& item, const elementNode
             bind(*wanted, value, true);
         return true;
     }
-    if (IsValue(wanted->type())) {
+    const bool holdsObjects = ccrypto::IsDataObject(*wanted) || (value != nullptr && ccrypto::IsDataObject(*value));
+    if (IsValue(wanted->type()) && !holdsObjects) {
         element octets;
         const bool written = value == nullptr || ValueOctets(data, value, octets);
         return written ? matchOctets(item, wanted, data, std::move(octets)) : fail(item, &data, Reason::otherValue);

@@ -25,6 +25,9 @@ struct TemplateBinding {
 /// value; in a bracket list it takes the tag number or the unused bits; the first of two in a BIT_STRING takes the unused bits;
 /// behind constants it takes the octets that follow theirs. "EXCLUDE" stands for its content. Data behind the last item is left
 /// alone, but of data that is there a list must take something: a choice of which no alternative agrees fails.
+///
+/// #7F49{…} takes a BER-TLV data object of that tag, name{…} any, and #BF81,name{…} one whose tag begins so: the name then stands
+/// for the rest of the tag.
 class CCryptoTemplateMatch {
 public:
     /// Both are lists: the first node and its siblings. \return false when an item finds no data that it can take.
@@ -50,6 +53,8 @@ private:
     bool matchWhole(const elementNode* items, const elementNode* data, std::uint32_t depth);
     bool matchList(const elementNode* item, const elementNode*& data, std::uint32_t depth);
     bool matchItem(const elementNode& item, const elementNode*& data, std::uint32_t depth);
+    bool matchDataObject(const elementNode& item, const elementNode& tagged, const elementNode*& data, std::uint32_t depth);
+    bool matchTag(const elementNode& item, const elementNode& tagged, const elementNode& data);
     bool matchExcluded(const elementNode& item, const elementNode*& data, std::uint32_t depth);
     bool matchTyped(const elementNode& item, const elementNode& data, std::uint32_t depth);
     bool matchBitString(const elementNode& item, const elementNode& data, std::uint32_t depth);

@@ -13,9 +13,10 @@ bool DropFromList(ElementNodePtr& list, std::uint32_t depth);
 /// \return whether the item holds something, or is there without holding anything.
 bool DropFromItem(elementNode& item, std::uint32_t depth)
 {
-    if (!IsAsn1Type(item.type()))
-        return IsValue(item.type());
-    bool isFilled = !HasModifier(item, ElementType::optional);
+    if (!IsAsn1Type(item.type()) && !IsValue(item.type()))
+        return false;
+    const bool isBareValue = IsValue(item.type()) && item.value() == nullptr;
+    bool isFilled = isBareValue || !HasModifier(item, ElementType::optional);
     for (const LinkKind kind : {LinkKind::shortValue, LinkKind::content}) {
         ElementNodePtr value = item.release(kind);
         if (value == nullptr)
@@ -36,8 +37,8 @@ bool DropFromList(ElementNodePtr& list, std::uint32_t depth)
     while (list != nullptr) {
         ElementNodePtr rest = list->release(LinkKind::sibling);
         const bool isItemFilled = DropFromItem(*list, depth);
-        const bool isLeftOut = list->type() == ElementType::identifier ||
-                               (!isItemFilled && IsAsn1Type(list->type()) && HasModifier(*list, ElementType::optional));
+        const bool isLeftOut =
+            list->type() == ElementType::identifier || (!isItemFilled && HasModifier(*list, ElementType::optional));
         isFilled |= isItemFilled;
         if (!isLeftOut)
             kept.add(std::move(list));

@@ -52,6 +52,25 @@ TEST(Encode, WritesOrRefusesWhatATemplateAsksFor)
     }
 }
 
+TEST(Encode, TakesTheTypeOfATimeFromTheWordThatIsFilledIn)
+{
+    const struct {
+        const char *word, *der;
+    } cases[] = {
+        {"UTCTime", "300717053236313233"},
+        {"GeneralizedType", "300718053236313233"},
+        {"GeneralizedTime", ""}, // no keyword: letters and not a type
+    };
+    for (const auto& [word, der] : cases) {
+        SCOPED_TRACE(word);
+        CCryptoParser parser;
+        ASSERT_TRUE(parser.Load_ASCII_Memory("SEQUENCE { VALID_FROM_TAG { VALID_FROM }, VALID_TO_TAG ( OPTIONAL ) { VALID_TO } }"));
+        EXPECT_TRUE(parser.fill_word("VALID_FROM_TAG", word));
+        EXPECT_TRUE(parser.fill("VALID_FROM", element("26123")));
+        EXPECT_EQ(HexText(parser.ToDer().bytes()), der);
+    }
+}
+
 /// `count` elements of this type, each inside the one before.
 ElementNodePtr Nest(std::uint32_t count, bool excluded)
 {
