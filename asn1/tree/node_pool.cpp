@@ -6,7 +6,7 @@
 #include <atomic>
 #include <cstdlib>
 
-// A destroyed node's storage stays in its block; the address sanitizer is told that nothing may touch it.
+// A destroyed node's storage stays in its block; the address sanitizer must report any access to it.
 #if __has_include(<sanitizer/asan_interface.h>)
 #include <sanitizer/asan_interface.h>
 #else
@@ -16,8 +16,8 @@
 
 namespace {
 
-constexpr std::uint32_t fewestNodes = 8;
-constexpr std::uint32_t mostNodes = 700;
+constexpr std::uint32_t minNodes = 8;
+constexpr std::uint32_t maxNodes = 700;
 
 } // namespace
 
@@ -34,23 +34,21 @@ struct NodePool::Block {
     }
 };
 
-NodePool::NodePool(std::size_t expected)
-    : nextCapacity_(static_cast<std::uint32_t>(std::clamp<std::size_t>(expected, fewestNodes, mostNodes)))
-{
-}
+NodePool::NodePool(std::size_t expected) : expected_(expected) {}
 
 void NodePool::openBlock()
 {
     closeBlock();
-    void* const storage = std::malloc(Block::headSize + nextCapacity_ * sizeof(elementNode));
+    const auto capacity = static_cast<std::uint32_t>(std::clamp<std::size_t>(expected_, minNodes, maxNodes));
+    void* const storage = std::malloc(Block::headSize + capacity * sizeof(elementNode));
     if (storage == nullptr)
         EndOutOfMemory();
-    block_ = new (storage) Block{nextCapacity_ + 1};
+    block_ = new (storage) Block{capacity + 1};
     nodes_ = block_->nodes();
     used_ = 0;
-    capacity_ = nextCapacity_;
-    made_ += capacity_;
-    nextCapacity_ = std::min(2 * nextCapacity_, mostNodes);
+    capacity_ = capacity;
+    made_ += capacity;
+    expected_ = 2 * std::size_t{capacity};
 }
 
 void NodePool::closeBlock()

@@ -27,10 +27,13 @@ public:
         return ElementNodePtr(node);
     }
 
+    /// How many more nodes there will be, roughly: the size of the next block. A pool that is told nothing doubles its blocks.
+    void expect(std::size_t more) { expected_ = more; }
+
     /// How many nodes it made, or has storage for, without those that rewind() gave back.
     std::uint64_t made() const { return made_; }
 
-    /// A point to which the pool can return. The block tells whether it still can.
+    /// A point to which the pool can return, as long as the block is the same.
     struct Mark {
         const void* block;
         std::uint32_t used;
@@ -42,7 +45,7 @@ public:
 private:
     friend struct ElementNodeDeleter;
 
-    /// Stands in front of its nodes. Counts those alive and those not yet made, and the pool.
+    /// Precedes its nodes. Counts those alive and those not yet made, and the pool.
     struct Block;
     /// Destroys nodes one after the other, and settles with each block once for a run of nodes.
     class Returned {
@@ -68,6 +71,6 @@ private:
     elementNode* nodes_ = nullptr;
     std::uint32_t used_ = 0;
     std::uint32_t capacity_ = 0;
-    std::uint32_t nextCapacity_;
+    std::size_t expected_;
     std::uint64_t made_ = 0;
 };

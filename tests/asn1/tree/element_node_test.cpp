@@ -87,6 +87,28 @@ TEST(NodePool, NodesOutliveItAndMixWithThoseOfOthers)
     EXPECT_EQ(index, count);
 }
 
+TEST(NodePool, OpensBlocksOfTheExpectedSize)
+{
+    struct Step {
+        std::size_t expected;
+        std::uint32_t taken;
+        std::uint64_t made;
+    };
+    // A block that was too small by a few is followed by a small one.
+    for (const auto& steps : {std::vector<Step>{{91, 91, 91}, {4, 4, 99}, {0, 5, 107}},
+                              {{0, 8, 8}, {16, 1, 24}},
+                              {{100000, 700, 700}, {100000, 1, 1400}}}) {
+        NodePool pool;
+        std::vector<ElementNodePtr> nodes;
+        for (const Step& step : steps) {
+            pool.expect(step.expected);
+            for (std::uint32_t count = 0; count < step.taken; ++count)
+                nodes.push_back(pool.make(ElementType::asn1Null));
+            EXPECT_EQ(pool.made(), step.made);
+        }
+    }
+}
+
 TEST(NodePool, ThreadsDestroyNodesOfOneBlock)
 {
     constexpr std::uint32_t count = 20000;
@@ -104,7 +126,7 @@ TEST(NodePool, ThreadsDestroyNodesOfOneBlock)
         threads.emplace_back([&share] { share = nullptr; });
     for (std::thread& thread : threads)
         thread.join();
-    // The address sanitizer tells what was left behind, or was given back twice.
+    // The address sanitizer reports what leaks or is freed twice.
     for (const ElementNodePtr& share : shares)
         EXPECT_EQ(share, nullptr);
 }
