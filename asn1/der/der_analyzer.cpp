@@ -5,7 +5,7 @@
 namespace {
 
 constexpr std::uint32_t tagNumberCount = 31;
-constexpr std::uint32_t mostLengthOctets = 4;
+constexpr std::uint32_t maxLengthOctets = 4;
 
 constexpr ElementType none = ElementType::none;
 
@@ -103,7 +103,7 @@ CCryptoDERAnalyzer::Result CCryptoDERAnalyzer::read(std::uint32_t position, std:
         return Result::endOctet;
     if (header.valueStart == end) {
         header.canonical = false;
-        return lenient_ ? Result::element : fail("The data ends behind an identifier");
+        return lenient_ ? Result::element : fail("The data ends after an identifier");
     }
     return readLength(end, header);
 }
@@ -119,7 +119,7 @@ CCryptoDERAnalyzer::Result CCryptoDERAnalyzer::readLength(std::uint32_t end, Der
         header.length = end - header.valueStart;
     } else {
         const std::uint32_t octets = first & 0x7F;
-        if (octets > mostLengthOctets)
+        if (octets > maxLengthOctets)
             return fail("A length of more than four octets");
         if (octets > end - header.valueStart)
             return fail("The data ends inside a length");

@@ -30,7 +30,7 @@ constexpr bool IsListType(ElementType type)
     return type == ElementType::sequence || type == ElementType::set;
 }
 
-/// The head of one element: where its value lies, and what it is.
+/// The head of one element: what it is, and where its value lies.
 struct DerHeader {
     std::uint8_t identifier = 0;
     bool indefinite = false;      ///< ends at end-of-contents octets
@@ -45,7 +45,7 @@ struct DerHeader {
     ElementType type() const;
 };
 
-/// Reads the heads of elements one after the other from bytes it does not own. Bounds are checked here and nowhere else: a header
+/// Reads the heads of elements in order from bytes it does not own. Bounds are checked here and nowhere else: a header
 /// it gives lies inside the input with its whole value.
 class CCryptoDERAnalyzer {
 public:
@@ -59,9 +59,9 @@ public:
     /// \param lenient accepts an identifier at the very end as an element without a value.
     CCryptoDERAnalyzer(std::span<const std::uint8_t> input, bool lenient) : input_(input), lenient_(lenient) {}
 
-    /// Reads the head of the element at `position`, of which the level goes on to `end`. One whose length exceeds what remains is
-    /// read whole before that is a failure.
-    Result read(std::uint32_t position, std::uint32_t end, DerHeader& header);
+    /// Reads the head of the element at `position` in a level that goes on to `end`. One whose length exceeds what remains fails
+    /// after all of `header` was read.
+    [[nodiscard]] Result read(std::uint32_t position, std::uint32_t end, DerHeader& header);
 
     std::span<const std::uint8_t> value(const DerHeader& header) const { return input_.subspan(header.valueStart, header.length); }
     std::span<const std::uint8_t> input() const { return input_; }

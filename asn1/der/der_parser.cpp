@@ -7,16 +7,16 @@
 
 namespace {
 
-constexpr std::uint32_t leastText = 2;
-constexpr std::uint32_t mostText = 511;
-constexpr std::uint32_t leastInsideOctetString = 3;
-constexpr std::uint32_t leastInsideBitString = 4;
+constexpr std::uint32_t minText = 2;
+constexpr std::uint32_t maxText = 511;
+constexpr std::uint32_t minInsideOctetString = 3;
+constexpr std::uint32_t minInsideBitString = 4;
 constexpr std::uint8_t utf8LeadOfLatinLetters = 0xC3;
 
 /// Whether bytes without a type of their own look like text, and of which kind.
 ElementType DetectText(std::span<const std::uint8_t> value)
 {
-    if (value.size() < leastText || value.size() > mostText)
+    if (value.size() < minText || value.size() > maxText)
         return ElementType::bytes;
     bool hasLead = false;
     for (const std::uint8_t byte : value) {
@@ -70,22 +70,26 @@ public:
 
     struct Level {
         ElementNodePtr nodes;
-        std::uint32_t end = 0; ///< the offset behind what was decoded
+        std::uint32_t end = 0; ///< the offset after what was decoded
         bool endedByOctet = false;
         bool failed = false;
     };
 
     Level decodeLevel(std::uint32_t position, std::uint32_t end, std::uint32_t depth, bool probing);
     bool fail(const char* reason, std::uint32_t offset);
+    bool keepsOctets() const { return keepsOctets_; }
 
 private:
     static constexpr std::size_t bytesPerNode = 10;
+    /// Later blocks of nodes are for what the first did not hold.
+    static constexpr std::size_t bytesPerFurtherNode = 8;
     /// Some 4 GB of nodes; a revocation list of 300 MB has fewer.
-    static constexpr std::uint64_t mostNodes = 50000000;
+    static constexpr std::uint64_t maxNodes = 50000000;
 
-    /// \return null on failure; `position` moves behind the element.
+    /// \return null on failure; `position` moves past the element.
     ElementNodePtr decodeElement(const DerHeader& header, std::uint32_t& position, std::uint32_t depth, bool probing);
     bool decodeConstructed(const DerHeader& header, elementNode& node, std::uint32_t& position, std::uint32_t depth, bool probing);
+    std::uint32_t afterContents(std::uint32_t position, std::uint32_t end) const;
     void decodePrimitive(const DerHeader& header, elementNode& node, std::uint32_t depth);
     void decodeBitString(const DerHeader& header, elementNode& node, std::uint32_t depth);
     /// Decodes a part of a value into the content slot. \return false, the node unchanged, unless all of it decodes.
@@ -98,6 +102,8 @@ private:
     const DerOptions options_;
     CCryptoDERAnalyzer analyzer_;
     NodePool pool_;
+    /// Encoding what was decoded so far gives the octets it was decoded from.
+    bool keepsOctets_ = true;
 };
 
 ElementNodePtr CCryptoDERParser::Decode(std::span<const std::uint8_t> input)
@@ -105,6 +111,7 @@ ElementNodePtr CCryptoDERParser::Decode(std::span<const std::uint8_t> input)
     CCryptoAutoLogger logger("CCryptoDERParser::Decode");
     reason_ = "";
     reasonOffset_ = 0;
+    isDer_ = false;
     if (input.size() > UINT32_MAX)
         return logger.fail(ElementNodePtr(), "The data is longer than 4 GiB");
 
@@ -116,6 +123,7 @@ ElementNodePtr CCryptoDERParser::Decode(std::span<const std::uint8_t> input)
         logger.fail(false, "%s (offset %u)", reason_, reasonOffset_);
         return nullptr;
     }
+    isDer_ = decoder.keepsOctets();
     // A probe inside a string may have left its reason.
     reason_ = "";
     reasonOffset_ = 0;
@@ -159,6 +167,7 @@ CCryptoDERParser::Decoder::Level CCryptoDERParser::Decoder::decodeLevel(std::uin
         const CCryptoDERAnalyzer::Result result = analyzer_.read(position, end, header);
         level.end = position;
         level.endedByOctet = result == CCryptoDERAnalyzer::Result::endOctet;
+        keepsOctets_ &= !level.endedByOctet;
         if (result == CCryptoDERAnalyzer::Result::failure)
             level.failed = !fail(analyzer_.reason(), header.start);
         if (result != CCryptoDERAnalyzer::Result::element)
@@ -177,27 +186,25 @@ ElementNodePtr CCryptoDERParser::Decoder::decodeElement(const DerHeader& header,
                                                         bool probing)
 {
     const ElementType type = header.type();
-    const bool known = type != ElementType::none && header.tagNumber() != derTagNumberMask;
-    const bool lenient = options_.lenient && !probing;
-    if (!known && !lenient) {
+    const bool known = type != ElementType::none;
+    if (!known && (!options_.lenient || probing)) {
         fail("An unknown tag", header.start);
         return nullptr;
     }
-    // Only what DER writes the same may become a tree in place of a value's bytes.
-    if (probing && !header.canonical) {
-        fail("A length that is not as DER writes it", header.start);
+    const bool isWrittenSame = known && header.canonical && header.tagNumber() != derTagNumberMask &&
+                               (type != ElementType::asn1Null || header.length == 0);
+    // Only what is written the same may become a tree in place of a value's bytes.
+    if (probing && !isWrittenSame) {
+        fail("An element that is not as DER writes it", header.start);
         return nullptr;
     }
-    // The value would not be written back.
-    if (type == ElementType::asn1Null && header.length != 0 && !lenient) {
-        fail("A NULL with a value", header.start);
-        return nullptr;
-    }
-    if (pool_.made() >= mostNodes) {
+    keepsOctets_ &= isWrittenSame;
+    if (pool_.made() >= maxNodes) {
         fail("The data holds too many elements", header.start);
         return nullptr;
     }
 
+    pool_.expect((analyzer_.input().size() - header.start) / bytesPerFurtherNode);
     ElementNodePtr node = pool_.make(known ? type : ElementType::none);
     if (!known || IsTagClass(type))
         attachNumber(*node, LinkKind::brackets, static_cast<std::uint8_t>(header.tagNumber()));
@@ -208,6 +215,16 @@ ElementNodePtr CCryptoDERParser::Decoder::decodeElement(const DerHeader& header,
     position = header.valueStart + header.length;
     decodePrimitive(header, *node, depth);
     return node;
+}
+
+/// The offset after end-of-contents octets at `position`, or after one that the data ends with. Other octets end the level around,
+/// too.
+std::uint32_t CCryptoDERParser::Decoder::afterContents(std::uint32_t position, std::uint32_t end) const
+{
+    const auto rest = analyzer_.input().subspan(position, end - position);
+    if (rest.empty() || rest[0] != 0 || (rest.size() > 1 && rest[1] != 0))
+        return position;
+    return position + (rest.size() > 1 ? 2 : 1);
 }
 
 bool CCryptoDERParser::Decoder::decodeConstructed(const DerHeader& header, elementNode& node, std::uint32_t& position,
@@ -221,17 +238,13 @@ bool CCryptoDERParser::Decoder::decodeConstructed(const DerHeader& header, eleme
     else
         level = decodeLevel(header.valueStart, end, depth + 1, probing);
 
-    if (header.indefinite && !level.failed) {
-        const auto rest = analyzer_.input().subspan(level.end, end - level.end);
-        if (rest.size() >= 2 && rest[0] == 0 && rest[1] == 0)
-            position = level.end + 2;
-        else
-            level.failed = !fail("An indefinite length without end-of-contents octets", header.start);
-    }
+    if (header.indefinite && !level.failed)
+        position = afterContents(level.end, end);
     if (probing && level.endedByOctet)
         level.failed = !fail("Padding inside a value", level.end);
 
     const bool failed = level.failed;
+    keepsOctets_ &= !failed;
     node.set(LinkKind::content, std::move(level.nodes));
     if (failed && (!options_.lenient || probing)) {
         const bool isProbe = options_.insideOctetStrings || options_.insideBitStrings;
@@ -260,7 +273,7 @@ void CCryptoDERParser::Decoder::decodePrimitive(const DerHeader& header, element
         return;
     }
     const bool mayHoldMore =
-        type == ElementType::octetString && options_.insideOctetStrings && header.length >= leastInsideOctetString;
+        type == ElementType::octetString && options_.insideOctetStrings && header.length >= minInsideOctetString;
     if (!mayHoldMore || !decodeInside(header.valueStart, end, node, depth))
         attachValue(node, analyzer_.value(header));
 }
@@ -273,7 +286,7 @@ void CCryptoDERParser::Decoder::decodeBitString(const DerHeader& header, element
         attachNumber(node, LinkKind::shortValue, 1);
         return;
     }
-    const bool mayHoldMore = options_.insideBitStrings && header.length >= leastInsideBitString;
+    const bool mayHoldMore = options_.insideBitStrings && header.length >= minInsideBitString;
     if (!mayHoldMore || !decodeInside(header.valueStart + 1, header.valueStart + header.length, node, depth))
         attachBytes(node, value.subspan(1));
 }
@@ -283,10 +296,12 @@ bool CCryptoDERParser::Decoder::decodeInside(std::uint32_t start, std::uint32_t 
     if (depth + 1 >= deepestLevel)
         return false;
     const NodePool::Mark mark = pool_.mark();
+    const bool keptOctets = keepsOctets_;
     Level level = decodeLevel(start, end, depth + 1, true);
     if (level.failed || level.endedByOctet || level.nodes == nullptr) {
         level.nodes = nullptr;
         pool_.rewind(mark);
+        keepsOctets_ = keptOctets;
         return false;
     }
     node.set(LinkKind::content, std::move(level.nodes));

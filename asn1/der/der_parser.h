@@ -16,9 +16,13 @@ struct DerOptions {
 /// Decodes DER, and BER as far as lengths go (X.690), into the tree that a template of the same data would give.
 ///
 /// Each element is a node of its type. Tag numbers, the unused bits of a BIT STRING and "CONSTRUCTED", where the content does not
-/// tell, stand in its bracket list; a value shorter than 40 bytes stands in the short-value slot, a longer one and the children in
-/// the content slot. Encoding the tree gives the same bytes for every DER input. Time and memory grow with the length of the input
-/// alone.
+/// imply it, are in its bracket list; a value shorter than 40 bytes is in the short-value slot, a longer one and the children are
+/// in the content slot. Encoding the tree gives the same bytes for every DER input. Time and memory grow with the length of the
+/// input alone.
+///
+/// Identifiers are one octet: the octets 7F, BF and DF alone are tags with the number 31, which cannot be written. 00 or FF in the
+/// place of an identifier ends a level, whatever follows there; an indefinite length may end with the input; a NULL may have a
+/// value, which is not written. isDer() says whether nothing of that kind was met.
 class CCryptoDERParser {
 public:
     static constexpr std::uint32_t deepestLevel = 128;
@@ -27,7 +31,11 @@ public:
     explicit CCryptoDERParser(const DerOptions& options = {}) : options_(options) {}
 
     /// \return the first element with the others as its siblings; null, logged, when the bytes do not decode or hold no element.
-    ElementNodePtr Decode(std::span<const std::uint8_t> input);
+    [[nodiscard]] ElementNodePtr Decode(std::span<const std::uint8_t> input);
+
+    /// Whether the tree decoded last encodes to the same octets; false after a failure. Data to be signed or compared is taken from
+    /// the input where it is false.
+    [[nodiscard]] bool isDer() const { return isDer_; }
 
     /// Why the last Decode failed, and at which offset.
     const char* reason() const { return reason_; }
@@ -39,4 +47,5 @@ private:
     DerOptions options_;
     const char* reason_ = "";
     std::uint32_t reasonOffset_ = 0;
+    bool isDer_ = false;
 };

@@ -20,6 +20,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!tree.Load_DER_Memory(element(data + 1, static_cast<std::uint32_t>(size - 1)), options))
         return 0;
     const element der = tree.ToDer();
+    CCryptoDERParser decoder(options);
+    Require(decoder.Decode({data + 1, size - 1}) != nullptr);
+    Require(decoder.isDer() == (der.view() == TextOf(data + 1, size - 1)));
     CCryptoParser again;
     // Looking into strings changes nothing.
     if (!options.lenient) {

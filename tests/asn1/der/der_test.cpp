@@ -1,16 +1,21 @@
 #include "asn1/parser/parser.h"
 #include "asn1/template/push_der_buffer.h"
 #include "tests/asn1/parser/text_forms.h"
+#include "tests/support/captured_log.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <utility>
 
 namespace {
 
+using std::string_literals::operator""s;
 using std::string_view_literals::operator""sv;
 
 constexpr const char* systemCertificates = "/etc/ssl/certs";
@@ -62,19 +67,26 @@ TEST(DerDecode, BuildsTheTreeOfATemplate)
         {"zero padding behind", "\x02\x01\x05\x00\x00\x00"sv, "INTEGER=5"},
         {"other padding behind", "\x02\x01\x05\xFF\x02", "INTEGER=5"},
         {"indefinite, then more", "\x30\x80\x02\x01\x05\x00\x00\x05\x00"sv, "SEQUENCE{INTEGER=5},NULL"},
-        {"indefinite without its end", "\x30\x80\x02\x01\x05", ""},
+        {"indefinite, ended by the input", "\x30\x80\x02\x01\x05", "SEQUENCE{INTEGER=5}"},
+        {"indefinite, ended by half its end", "\x30\x80\x02\x01\x05\x00"sv, "SEQUENCE{INTEGER=5}"},
+        {"indefinite, ended by the element around it", "\x30\x05\x31\x80\x02\x01\x05\x05\x00"sv, "SEQUENCE{SET{INTEGER=5}},NULL"},
+        {"indefinite inside indefinite, ended once", "\x30\x80\x31\x80\x02\x01\x05\x00\x00"sv, "SEQUENCE{SET{INTEGER=5}}"},
+        {"indefinite, ended by padding of its own", "\x30\x80\x02\x01\x05\x00\x01\x05\x00"sv, "SEQUENCE{INTEGER=5}"},
         {"nothing", "", ""},
         {"identifier alone", "\x02", ""},
         {"identifier alone, lenient", "\x02", "INTEGER", lenient},
-        {"a NULL with a value", "\x05\x01\x41", ""},
-        {"a NULL of elements", "\x25\x03\x02\x01\x05", ""},
+        {"a NULL with a value", "\x05\x01\x41", "NULL=#41"},
+        {"a NULL of elements", "\x25\x03\x02\x01\x05", "NULL{INTEGER=5}"},
         {"inside, a NULL with a value", "\x04\x03\x05\x01\x41", "OCTET_STRING=#050141", inside},
         {"a SEQUENCE that is no list", "\x10\x02\x41\x42", "SEQUENCE[PRIMITIVE]=\"AB\""},
         {"length past the end", "\x04\x03hi", ""},
         {"five length octets", "\x04\x85\x00\x00\x00\x00\x01x"sv, ""},
         {"a length that would wrap", "\x30\x84\xFF\xFF\xFF\xFF\x02\x01\x05", ""},
         {"unknown universal tag", "\x0B\x01\x05", ""},
-        {"long tag number", "\x7F\x21\x01\x05", ""},
+        {"long universal tag number", "\x1F\x01\x05", ""},
+        {"tag number 31 of a class", "\x7F\x01\x05\xBF\x00"sv, "APPLICATION[31]{NULL},CONTEXT_SPECIFIC[31,CONSTRUCTED]", lenient},
+        {"the same, primitive", "\x9F\x01\x05\xDF\x00"sv, "CONTEXT_SPECIFIC[31]=#05,PRIVATE[31]"},
+        {"inside, tag number 31", "\x04\x03\x9F\x01\x05", "OCTET_STRING=#9f0105", inside},
         {"constructed, no elements inside", "\xA0\x02\x05\x01", ""},
         {"the same, lenient", "\xA0\x02\x05\x01", "CONTEXT_SPECIFIC[0,IMPLICIT]=#0501", lenient},
     };
@@ -83,6 +95,159 @@ TEST(DerDecode, BuildsTheTreeOfATemplate)
         CCryptoParser parser;
         EXPECT_EQ(parser.Load_DER_Memory(Der(each.der), each.options), !each.tree.empty());
         EXPECT_EQ(Shown(parser), each.tree);
+    }
+}
+
+struct SameOctetsCase {
+    const char* name;
+    std::string_view der;
+    bool isDer;
+    DerOptions options = strict;
+};
+
+TEST(DerDecode, SaysWhetherTheTreeEncodesToTheSameOctets)
+{
+    const SameOctetsCase cases[] = {
+        {"ordinary", "\x30\x05\x02\x01\x05\x05\x00"sv, true},
+        {"values that DER would write otherwise", "\x01\x01\x05\x02\x02\x00\x05\x06\x02\x2B\x80"sv, true},
+        {"a length of more octets than it needs", "\x02\x81\x01\x05", false},
+        {"an indefinite length", "\x30\x80\x02\x01\x05\x00\x00"sv, false},
+        {"zero padding", "\x02\x01\x05\x00"sv, false},
+        {"other padding", "\x02\x01\x05\xFF", false},
+        {"end-of-contents octets that hide an element", "\x30\x08\x02\x01\x05\x00\x00\x02\x01\x06"sv, false},
+        {"a NULL with a value", "\x05\x01\x41", false},
+        {"a tag that cannot be written", "\x9F\x00"sv, false},
+        {"a string that is no DER", "\x04\x04\x02\x81\x01\x05", true, inside},
+        {"a string that is padded", "\x04\x05\x02\x01\x05\x00\x00"sv, true, inside},
+        {"a string of elements", "\x04\x03\x02\x01\x05", true, inside},
+        {"an unknown tag", "\x0B\x01\x05", false, lenient},
+        {"a tag of bytes", "\xA0\x02\x05\x01", false, lenient},
+        {"an identifier alone", "\x02", false, lenient},
+        {"nothing decoded", "\x02", false},
+    };
+    for (const SameOctetsCase& each : cases) {
+        SCOPED_TRACE(each.name);
+        CCryptoDERParser parser(each.options);
+        // What an earlier input was does not matter.
+        EXPECT_NE(parser.Decode(Der("\x05\x00"sv).bytes()), nullptr);
+        EXPECT_TRUE(parser.isDer());
+        const element der = Der(each.der);
+        const ElementNodePtr tree = parser.Decode(der.bytes());
+        EXPECT_EQ(parser.isDer(), each.isDer);
+        EXPECT_EQ(tree != nullptr && CCryptoParser::ToDer(tree.get()) == der, each.isDer);
+    }
+}
+
+TEST(DerDecode, WarnsOfABrokenElementWhenItIsNotOnlyLooked)
+{
+    constexpr const char* warning = "Invalid TLV found inside constructed element; Forced to 'IMPLICIT'";
+    for (const auto& [options, warned] : {std::pair{strict, true}, {lenient, false}, {inside, false}}) {
+        const CapturedLog log;
+        CCryptoParser().Load_DER_Memory(Der("\xA0\x02\x05\x01"), options);
+        EXPECT_EQ(std::ranges::count(log.texts(), warning), warned ? 1 : 0);
+    }
+}
+
+struct LimitCase {
+    const char* name;
+    std::string value; ///< of an OCTET STRING
+    ElementType kind;
+    DerOptions options = strict;
+};
+
+TEST(DerDecode, TakesForTextWhatIsInTheLimitsOfText)
+{
+    const auto decoded = [](std::string_view identifier, const std::string& value, const DerOptions& options) {
+        std::string der(identifier);
+        if (value.size() >= 0x80)
+            der += {'\x82', static_cast<char>(value.size() >> 8)};
+        der += static_cast<char>(value.size());
+        return CCryptoDERParser(options).Decode(Der(der + value).bytes());
+    };
+    const LimitCase cases[] = {
+        {"one byte", "A", ElementType::bytes},
+        {"two", "AB", ElementType::text},
+        {"511", std::string(511, 'A'), ElementType::text},
+        {"512", std::string(512, 'A'), ElementType::bytes},
+        {"a blank", "A ", ElementType::text},
+        {"below the blank", "A\x1F", ElementType::bytes},
+        {"a tilde", "A~", ElementType::text},
+        {"after the tilde", "A\x7F", ElementType::bytes},
+        {"the last control", "A\x9F", ElementType::bytes},
+        {"the first after them", "A\xA0", ElementType::text},
+        {"the last byte", "A\xFF", ElementType::text},
+        {"C2", "A\xC2\xA4", ElementType::text},
+        {"C3", "A\xC3\xA4", ElementType::utf8Text},
+        {"C3 alone", "\xC3\xC3", ElementType::utf8Text},
+        {"C4", "A\xC4\xA4", ElementType::text},
+        {"two bytes of DER", "\x05\x00"s, ElementType::bytes, inside},
+        {"three", "\x02\x01\x05", ElementType::asn1Integer, inside},
+    };
+    for (const LimitCase& each : cases) {
+        SCOPED_TRACE(each.name);
+        const ElementNodePtr tree = decoded("\x04", each.value, each.options);
+        ASSERT_NE(tree, nullptr);
+        EXPECT_EQ(tree->value()->type(), each.kind);
+    }
+    const std::pair<std::string, ElementType> bits[] = {
+        {"\x00\x05\x00"s, ElementType::bytes},
+        {"\x00\x02\x01\x05"s, ElementType::asn1Integer},
+        {"\x00\x31\x32"s, ElementType::bytes},
+    };
+    for (const auto& [value, kind] : bits)
+        EXPECT_EQ(decoded("\x03", value, inside)->value()->type(), kind) << testing::PrintToString(value);
+}
+
+TEST(DerDecode, KnowsTheUniversalTags)
+{
+    constexpr std::string_view names[] = {
+        "",
+        "BOOLEAN",
+        "INTEGER",
+        "BIT_STRING",
+        "OCTET_STRING",
+        "NULL",
+        "OBJECT_IDENTIFIER",
+        "ObjectDescriptor",
+        "EXTERNAL",
+        "REAL",
+        "ENUMERATED",
+        "",
+        "UTF8String",
+        "",
+        "",
+        "",
+        "SEQUENCE",
+        "SET",
+        "NumericString",
+        "PrintableString",
+        "TeletexString",
+        "VideotexString",
+        "IA5String",
+        "UTCTime",
+        "GeneralizedType",
+        "GraphicsString",
+        "VisibleString",
+        "GeneralString",
+        "UniversalString",
+        "",
+        "BMPString",
+        "",
+    };
+    static_assert(std::size(names) == 32);
+    for (std::uint8_t tag = 1; tag < std::size(names); ++tag) {
+        SCOPED_TRACE(static_cast<int>(tag));
+        const element der(std::array<std::uint8_t, 2>{tag, 0}.data(), 2);
+        CCryptoParser parser;
+        EXPECT_EQ(parser.Load_DER_Memory(der), !names[tag].empty());
+        const std::string shown = Shown(parser);
+        EXPECT_EQ(shown.substr(0, shown.find('[')), names[tag]);
+        if (!names[tag].empty()) {
+            EXPECT_EQ(parser.ToDer(), der);
+            CCryptoParser written;
+            ASSERT_TRUE(written.Load_ASCII_Memory(shown));
+            EXPECT_EQ(written.ToDer(), der);
+        }
     }
 }
 
