@@ -7,8 +7,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace {
 
@@ -104,6 +106,42 @@ TEST(Encode, WritesNoTreeThatItCouldNotReadBack)
     ElementNodePtr optional = Nest(100000, false);
     optional->set(LinkKind::modifiers, elementNode::Make(ElementType::optional));
     EXPECT_TRUE(CCryptoParser::ToDer(optional.get()).isEmpty());
+}
+
+TEST(Encode, WarnsOfWhatItWritesAsItIs)
+{
+    const struct {
+        const char *text, *der, *warning;
+    } cases[] = {
+        {"INTEGER = -5", "020105", "WARNING: Negative INTEGER coded as positive INTEGER!"},
+        {"INTEGER = %-integer#fb", "0201fb", ""},
+        {"INTEGER = 251", "020200fb", ""},
+        {"#0102", "0102", "WARNING: Pushing unknown value to output; token=9, len=2?"},
+        {"\"AB\"", "4142", "WARNING: Pushing unknown value to output; token=4, len=2?"},
+        {"OCTET_STRING = #0102", "04020102", ""},
+    };
+    for (const auto& [text, der, warning] : cases) {
+        SCOPED_TRACE(text);
+        const CapturedLog log;
+        CCryptoParser parser;
+        ASSERT_TRUE(parser.Load_ASCII_Memory(text));
+        EXPECT_EQ(HexText(parser.ToDer().bytes()), der);
+        const auto isWarning = [](const std::string& line) { return line.starts_with("WARNING"); };
+        const std::vector<std::string> lines = log.texts();
+        EXPECT_EQ(std::ranges::count_if(lines, isWarning), *warning != '\0');
+        EXPECT_EQ(std::ranges::count(lines, warning), *warning != '\0');
+    }
+}
+
+TEST(Parser, NamesTheNodeThatIsMissing)
+{
+    const CapturedLog log;
+    CCryptoParser parser;
+    ASSERT_TRUE(parser.Load_ASCII_Memory("a[1]"));
+    EXPECT_FALSE(parser.fill("missing", element(1u)));
+    EXPECT_EQ(parser.get_number("a"), 0u);
+    EXPECT_THAT(log.texts(), Contains(HasSubstr("Index node not found: missing")));
+    EXPECT_THAT(log.texts(), Contains(HasSubstr("Index node has no value: a")));
 }
 
 TEST(PushBuffer, SaysWhenItHoldsLessThanWasPromised)
