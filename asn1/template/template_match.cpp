@@ -137,6 +137,8 @@ void CCryptoTemplateMatch::clearBindings()
 {
     bindings_.clear();
     made_.clear();
+    following_ = nullptr;
+    surplus_ = nullptr;
     failedItem_ = nullptr;
     failedData_ = nullptr;
 }
@@ -188,6 +190,10 @@ bool CCryptoTemplateMatch::matchWhole(const elementNode* items, const elementNod
     const elementNode* position = data;
     if (!matchList(items, position, depth))
         return false;
+    if (depth == 0)
+        following_ = position;
+    else if (surplus_ == nullptr)
+        surplus_ = position;
     const bool tookNothing = items != nullptr && data != nullptr && position == data;
     return !tookNothing || fail(*items, data, Reason::otherType);
 }
@@ -285,7 +291,7 @@ bool CCryptoTemplateMatch::matchTyped(const elementNode& item, const elementNode
     return matchValue(item, item.value(), data, data.value(), depth);
 }
 
-/// The unused bits in front of a value that is not decoded any further; `value` then begins behind them.
+/// The unused bits before a value that is not decoded any further; `value` then begins after them.
 /// \return null when there are none.
 const elementNode* CCryptoTemplateMatch::splitUnusedBits(const elementNode*& value)
 {

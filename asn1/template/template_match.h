@@ -21,9 +21,9 @@ struct TemplateBinding {
 /// octets. An item with "OPTIONAL" that does not agree is left out, and the same data is tried against the next; one that agrees
 /// and does not match inside fails the whole, so that broken data is never taken for absent.
 ///
-/// A placeholder by itself takes the whole data node at its place; inside a typed item, alone or behind "=", it takes that item's
+/// A placeholder by itself takes the whole data node at its place; inside a typed item, alone or after "=", it takes that item's
 /// value; in a bracket list it takes the tag number or the unused bits; the first of two in a BIT_STRING takes the unused bits;
-/// behind constants it takes the octets that follow theirs. "EXCLUDE" stands for its content. Data behind the last item is left
+/// after constants it takes the octets that follow theirs. "EXCLUDE" stands for its content. Data after the last item is left
 /// alone, but of data that is there a list must take something: a choice of which no alternative agrees fails.
 ///
 /// #7F49{…} takes a BER-TLV data object of that tag, name{…} any, and #BF81,name{…} one whose tag begins so: the name then stands
@@ -31,7 +31,12 @@ struct TemplateBinding {
 class CCryptoTemplateMatch {
 public:
     /// Both are lists: the first node and its siblings. \return false when an item finds no data that it can take.
-    bool Match(const elementNode* templateItems, const elementNode* data);
+    [[nodiscard]] bool Match(const elementNode* templateItems, const elementNode* data);
+
+    /// What no item took: the first such element after the last item, and the first inside an element after the last item there.
+    /// Null when there is none, and after a failure. Neither is a failure; a caller that wants no more than the template says so.
+    [[nodiscard]] const elementNode* following() const { return following_; }
+    [[nodiscard]] const elementNode* surplus() const { return surplus_; }
 
     /// Empty after a failure.
     const std::vector<TemplateBinding>& bindings() const { return bindings_; }
@@ -73,6 +78,8 @@ private:
     std::vector<ElementNodePtr> made_;
     CCryptoString failedStep_;
     CCryptoString failedPlace_;
+    const elementNode* following_ = nullptr;
+    const elementNode* surplus_ = nullptr;
     const elementNode* failedItem_ = nullptr; ///< until Match returns
     const elementNode* failedData_ = nullptr;
     Reason failedReason_ = Reason::otherType;

@@ -203,6 +203,35 @@ TEST(TemplateMatch, SplitsTheUnusedBitsFromABitString)
     ExpectMatches(bitStringCases);
 }
 
+TEST(TemplateMatch, ReportsWhatFollowsTheLastItem)
+{
+    const struct {
+        const char *text, *der, *following, *surplus; ///< elements in hexadecimal
+    } cases[] = {
+        {"SEQUENCE{a}", "3003020101", "", ""},
+        {"SEQUENCE{a}", "30030201010500", "0500", ""},
+        {"INTEGER=a,NULL(OPTIONAL)", "0201010500020102", "020102", ""},
+        {"SEQUENCE{INTEGER=a}", "30050201010500", "", "0500"},
+        {"SEQUENCE{SEQUENCE{INTEGER=a},INTEGER=b}", "300a30050201010500020102", "", "0500"},
+        {"SEQUENCE{INTEGER(OPTIONAL)=a,NULL}", "300405000500", "", "0500"},
+        {"SEQUENCE{SEQUENCE[EXCLUDE]{INTEGER=a},INTEGER=b}", "30080201010201020500", "", "0500"},
+        {"SEQUENCE[CONSTRUCTED]{all}", "30050201010500", "", ""},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(std::string(each.text) + " on " + each.der);
+        CCryptoParser data;
+        ASSERT_TRUE(data.Load_DER_Memory(Bytes(each.der)));
+        const ElementNodePtr pattern = ParseInlineTemplate(each.text);
+        CCryptoTemplateMatch match;
+        ASSERT_TRUE(match.Match(pattern.get(), data.root())) << match.failedStep().c_str();
+        const auto shown = [](const elementNode* node) {
+            return node == nullptr ? std::string() : std::string(HexText(CCryptoParser::ToDer(node->clone().get()).bytes()).view());
+        };
+        EXPECT_EQ(shown(match.following()), each.following);
+        EXPECT_EQ(shown(match.surplus()), each.surplus);
+    }
+}
+
 TEST(TemplateCache, ReadsNoFilesForInlineTemplates)
 {
     EXPECT_EQ(ParseInlineTemplate("include \"/dev/null\""), nullptr);
