@@ -8,8 +8,13 @@ namespace {
 constexpr const char* algorithmIdentifierTemplate = "SEQUENCE { OBJECT_IDENTIFIER = algorithmOID, parameters(OPTIONAL) }";
 constexpr const char* bareOidTemplate = "OBJECT_IDENTIFIER[EXCLUDE]=oid";
 
-/// A message at the end of an operation has room for about a thousand bytes.
-constexpr std::uint32_t longestShownOid = 900;
+/// A message at the end of an operation holds about a thousand bytes.
+constexpr std::uint32_t maxShownOid = 900;
+
+CCryptoString ShownOid(const CCryptoString& oid)
+{
+    return oid.length() <= maxShownOid ? oid : CCryptoString(oid.view().substr(0, maxShownOid)) + "...";
+}
 
 } // namespace
 
@@ -20,7 +25,7 @@ CCryptoAlgorithmIdentifier::CCryptoAlgorithmIdentifier(const elementNode* node) 
     construct(node);
 }
 
-CCryptoAlgorithmIdentifier::CCryptoAlgorithmIdentifier(std::uint32_t id, bool nullParameters) : CCryptoAlgorithmIdentifier()
+CCryptoAlgorithmIdentifier::CCryptoAlgorithmIdentifier(algorithm::Id id, bool nullParameters) : CCryptoAlgorithmIdentifier()
 {
     id_ = id;
     nullParameters_ = nullParameters;
@@ -36,21 +41,26 @@ bool CCryptoAlgorithmIdentifier::ParseNode()
     CCryptoAutoLogger logger("CCryptoAlgorithmIdentifier::ParseNode");
     const CCryptoString oid = findText("algorithmOID");
     id_ = AlgorithmOfOid(oid.view());
-    if (id_ == algorithm::none) {
-        const bool isCut = oid.length() > longestShownOid;
-        const CCryptoString shown(oid.view().substr(0, longestShownOid));
-        return logger.fail(false, "Unsupported OID: %s%s", shown.c_str(), isCut ? "..." : "");
-    }
     if (isBound("parameters")) {
         setParameters(find("parameters"));
         nullParameters_ = true;
     }
-    return logger.setResult(true);
+    if (isSupported())
+        return logger.setResult(true);
+    unsupportedOid_ = oid;
+    const CCryptoString shown = ShownOid(oid);
+    return logger.warn(true, "Unsupported OID: %s", shown.c_str());
+}
+
+CCryptoString CCryptoAlgorithmIdentifier::oid() const
+{
+    return isSupported() ? CCryptoString(OidOfAlgorithm(id_)) : unsupportedOid_;
 }
 
 void CCryptoAlgorithmIdentifier::ClearFields()
 {
     id_ = algorithm::none;
+    unsupportedOid_ = {};
     nullParameters_ = false;
     parameters_.reset();
 }
@@ -59,7 +69,8 @@ bool CCryptoAlgorithmIdentifier::BuildNode()
 {
     CCryptoAutoLogger logger("CCryptoAlgorithmIdentifier::BuildNode", ccrypto::LoggerMode::quiet);
     if (id_ == algorithm::none)
-        return logger.fail(false, "There is no algorithm");
+        return unsupportedOid_.isEmpty() ? logger.fail(false, "There is no algorithm")
+                                         : logger.fail(false, "Algorithm %s is not supported", ShownOid(unsupportedOid_).c_str());
     if (*OidOfAlgorithm(id_) == '\0')
         logger.warn(false, "Algorithm %u has no OID", id_);
     else

@@ -3,26 +3,32 @@
 #include "asn1/types/asn1_object.h"
 #include "core/base/algorithm.h"
 
-#include <cstdint>
-
-/// AlgorithmIdentifier (RFC 5280, 4.1.1.2): an algorithm of the library's table and its parameters.
+/// AlgorithmIdentifier (RFC 5280, 4.1.1.2): an algorithm of the library's table and its parameters. One that was read and is not
+/// in the table has the id 0 and does not build, but keeps its OID, its parameters and its octets.
 class CCryptoAlgorithmIdentifier : public CCryptoASN1Object {
 public:
     /// No algorithm; does not build.
     CCryptoAlgorithmIdentifier();
     explicit CCryptoAlgorithmIdentifier(const elementNode* node);
     /// \param nullParameters NULL stands for parameters while none are set.
-    CCryptoAlgorithmIdentifier(std::uint32_t id, bool nullParameters);
+    CCryptoAlgorithmIdentifier(algorithm::Id id, bool nullParameters);
 
     bool BuildNode() override;
-    /// False, logged as "Unsupported OID: " and the OID, for an algorithm outside the table; the id is then 0.
+    /// Logs "Unsupported OID: " and the OID for an algorithm outside the table; the id is then 0.
     bool ParseNode() override;
 
-    /// DER of the algorithm's OID without identifier and length; empty, logged, for id 0 and ids without an OID.
-    element GetDerEncodedOID() const;
+    /// Whether an algorithm of the table was read or set.
+    [[nodiscard]] bool isSupported() const { return id_ != algorithm::none; }
+    /// Dotted text, whether supported or not; hexadecimal digits when the octets have no dotted form. Empty when there is none.
+    [[nodiscard]] CCryptoString oid() const;
+    /// The whole AlgorithmIdentifier as it was read; empty when none was.
+    [[nodiscard]] element readOctets() const { return CCryptoParser::ToDer(data()); }
 
-    std::uint32_t id() const { return id_; }
-    void setId(std::uint32_t id) { id_ = id; }
+    /// DER of the algorithm's OID without identifier and length; empty, logged, for id 0 and ids without an OID.
+    [[nodiscard]] element GetDerEncodedOID() const;
+
+    algorithm::Id id() const { return id_; }
+    void setId(algorithm::Id id) { id_ = id; }
     /// Null when there are none.
     const elementNode* parameters() const { return parameters_.get(); }
     /// A copy of the one node; null for none.
@@ -34,7 +40,8 @@ protected:
     void ClearFields() override;
 
 private:
-    std::uint32_t id_ = algorithm::none;
+    algorithm::Id id_ = algorithm::none;
+    CCryptoString unsupportedOid_;
     bool nullParameters_ = false;
     ElementNodePtr parameters_;
 };

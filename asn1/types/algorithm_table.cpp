@@ -115,7 +115,7 @@ std::span<const AlgorithmRow> AlgorithmsBesideTable()
     return rowsBeside;
 }
 
-std::uint32_t AlgorithmOfOid(std::string_view oid)
+algorithm::Id AlgorithmOfOid(std::string_view oid)
 {
     for (const std::span<const AlgorithmRow> list : {AlgorithmTable(), AlgorithmsBesideTable()}) {
         const auto found = std::ranges::find_if(list, [oid](const AlgorithmRow& row) { return row.oid == oid; });
@@ -125,7 +125,7 @@ std::uint32_t AlgorithmOfOid(std::string_view oid)
     return algorithm::none;
 }
 
-const char* OidOfAlgorithm(std::uint32_t id)
+const char* OidOfAlgorithm(algorithm::Id id)
 {
     for (const std::span<const AlgorithmRow> list : {AlgorithmTable(), AlgorithmsBesideTable()}) {
         const auto found = std::ranges::find(list, id, &AlgorithmRow::id);

@@ -2,12 +2,11 @@
 
 #include "core/base/algorithm.h"
 
-#include <cstdint>
 #include <span>
 #include <string_view>
 
 struct AlgorithmRow {
-    std::uint32_t id;
+    algorithm::Id id;
     const char* oid; ///< dotted; empty for a reserved id
 };
 
@@ -18,7 +17,7 @@ struct AlgorithmRow {
 [[nodiscard]] std::span<const AlgorithmRow> AlgorithmsBesideTable();
 
 /// The id of the first row of exactly this dotted text; 0 for none and for empty text.
-[[nodiscard]] std::uint32_t AlgorithmOfOid(std::string_view oid);
+[[nodiscard]] algorithm::Id AlgorithmOfOid(std::string_view oid);
 
 /// Empty for an id that neither list has.
-[[nodiscard]] const char* OidOfAlgorithm(std::uint32_t id);
+[[nodiscard]] const char* OidOfAlgorithm(algorithm::Id id);

@@ -61,10 +61,12 @@ bool CCryptoASN1Collection::BuildNode()
 
 bool CCryptoASN1Collection::ParseNode()
 {
-    for (const elementNode* node = find(placeholder_); node != nullptr; node = node->next()) {
+    for (const elementNode* node = find(placeholder_); node != nullptr;) {
         std::unique_ptr<CCryptoASN1Object> member = CreateMember();
         if (member == nullptr || !member->Parse(node))
             return false;
+        for (std::uint32_t element = member->taken(); element != 0; --element)
+            node = node->next();
         members_.push_back(std::move(member));
     }
     return true;

@@ -25,7 +25,7 @@ private:
     ElementNodePtr value_;
 };
 
-/// Makes a member without anything in it.
+/// Makes an empty member.
 using Asn1MemberMaker = std::unique_ptr<CCryptoASN1Object> (*)();
 
 template <typename Member>
@@ -34,8 +34,8 @@ std::unique_ptr<CCryptoASN1Object> MakeAsn1Member()
     return std::make_unique<Member>();
 }
 
-/// Members of one type, which CreateMember of a subclass makes, or a maker that is given. A member that does not parse fails the
-/// whole, which then has none.
+/// Members of one type, which CreateMember of a subclass makes, or a maker that is given. A member may be several elements long:
+/// the next begins after what its template took. A member that does not parse fails the whole, which then has no members.
 class CCryptoASN1Collection : public CCryptoASN1Object {
 public:
     std::unique_ptr<CCryptoASN1Object> CreateMember() override { return maker_ != nullptr ? maker_() : nullptr; }

@@ -2,9 +2,32 @@
 
 #include "asn1/der/der_parser.h"
 #include "asn1/template/bracket_list.h"
+#include "asn1/template/octets.h"
 #include "asn1/template/template_cache.h"
 #include "asn1/template/unfilled_items.h"
+#include "asn1/tree/item_list.h"
 #include "core/diagnostics/auto_logger.h"
+
+namespace {
+
+/// The node and those of its siblings that stand before `end`; null for all.
+std::uint32_t NodesBetween(const elementNode& node, const elementNode* end)
+{
+    std::uint32_t count = 0;
+    for (const elementNode* next = &node; next != end; next = next->next())
+        ++count;
+    return count;
+}
+
+ElementNodePtr CopyUpTo(const elementNode& node, const elementNode* end)
+{
+    ItemList copies;
+    for (const elementNode* next = &node; next != end; next = next->next())
+        copies.add(next->clone());
+    return std::move(copies.first);
+}
+
+} // namespace
 
 CCryptoASN1Object::CCryptoASN1Object(const char* templateText, bool withSiblings)
     : templateText_(templateText), withSiblings_(withSiblings)
@@ -19,15 +42,10 @@ void CCryptoASN1Object::construct(const elementNode* elementToParse)
         return;
     }
     const Outcome outcome = parse(*elementToParse);
-    if (outcome == Outcome::noTemplate || outcome == Outcome::mismatch)
+    if (outcome == Outcome::noTemplate || outcome == Outcome::mismatch || outcome == Outcome::surplus)
         logger.fail(false, "Invalid elementToParse");
     else
         logger.setResult(outcome == Outcome::parsed);
-}
-
-bool CCryptoASN1Object::looksAtSiblings(const elementNode& items) const
-{
-    return withSiblings_ || items.next() != nullptr || IsExcluded(items);
 }
 
 CCryptoASN1Object::Outcome CCryptoASN1Object::setNodeToParse(const elementNode& node)
@@ -35,18 +53,25 @@ CCryptoASN1Object::Outcome CCryptoASN1Object::setNodeToParse(const elementNode& 
     const elementNode* const items = ParsedTemplate(templateText_);
     if (items == nullptr)
         return Outcome::noTemplate;
-    // The siblings are copied only where the template can look at them: copying a list once for each of its members would take time
-    // that grows with its square.
-    ElementNodePtr copy = node.clone(looksAtSiblings(*items));
     clear();
-    data_ = std::move(copy);
-    return match_.Match(items, data_.get()) ? Outcome::parsed : Outcome::mismatch;
+    // Matched where it stands first, and then only what the template takes is copied: copying a list once for each of its members
+    // would take time and memory that grow with its square.
+    const bool takesOne = items->next() == nullptr && !IsExcluded(*items);
+    if (!takesOne && !match_.Match(items, &node))
+        return Outcome::mismatch;
+    const elementNode* const end = takesOne ? node.next() : match_.following();
+    taken_ = NodesBetween(node, end);
+    data_ = withSiblings_ ? node.clone(true) : CopyUpTo(node, end);
+    if (!match_.Match(items, data_.get()))
+        return Outcome::mismatch;
+    return match_.surplus() == nullptr || allowsSurplus_ ? Outcome::parsed : Outcome::surplus;
 }
 
 void CCryptoASN1Object::clear()
 {
     match_.clearBindings();
     data_.reset();
+    taken_ = 0;
     ClearFields();
 }
 
@@ -65,6 +90,8 @@ CCryptoASN1Object::Outcome CCryptoASN1Object::parse(const elementNode& node)
         return logger.fail(outcome, "SetNodeToParse() failed");
     if (outcome == Outcome::mismatch)
         logger.WriteLog("%s (%s)", match_.failedStep().c_str(), match_.failedPlace().c_str());
+    if (outcome == Outcome::surplus)
+        logger.WriteLog("Data follows the last item of the template");
     return logger.fail(outcome, "ParseNode() failed");
 }
 
@@ -87,12 +114,13 @@ bool CCryptoASN1Object::ParseDer(const element& der)
 {
     CCryptoAutoLogger logger("CCryptoASN1Object::ParseDer");
     const ElementNodePtr tree = CCryptoDERParser().Decode(der.bytes());
-    const elementNode* const items = ParsedTemplate(templateText_);
-    if (tree != nullptr && tree->next() != nullptr && items != nullptr && !looksAtSiblings(*items)) {
+    if (!Parse(tree.get()))
+        return logger.setResult(false);
+    if (!withSiblings_ && !allowsSurplus_ && NodesBetween(*tree, nullptr) > taken_) {
         clear();
         return logger.fail(false, "More elements follow the first");
     }
-    return logger.setResult(Parse(tree.get()));
+    return logger.setResult(true);
 }
 
 ElementNodePtr CCryptoASN1Object::BuildTree()
@@ -123,19 +151,25 @@ const elementNode* CCryptoASN1Object::find(std::string_view name) const
     return binding != nullptr ? binding->node : nullptr;
 }
 
+/// A placeholder by itself is bound to a whole element, of which the value is meant.
+const elementNode* CCryptoASN1Object::valueOf(std::string_view name) const
+{
+    const elementNode* const node = find(name);
+    return node != nullptr && IsAsn1Type(node->type()) ? node->value() : node;
+}
+
 element CCryptoASN1Object::findBytes(std::string_view name) const
 {
-    const elementNode* node = find(name);
-    // A placeholder by itself is bound to a whole node, of which the value is meant.
-    if (node != nullptr && IsAsn1Type(node->type()))
-        node = node->value();
-    return node != nullptr ? node->token() : element();
+    const elementNode* const value = valueOf(name);
+    if (value == nullptr || value->type() == ElementType::integer)
+        return value != nullptr ? value->token() : element();
+    return Octets(value->token());
 }
 
 CCryptoString CCryptoASN1Object::findText(std::string_view name) const
 {
-    const element value = findBytes(name);
-    return value.isEmpty() ? CCryptoString() : value.toString();
+    const elementNode* const value = valueOf(name);
+    return value == nullptr || value->token().isEmpty() ? CCryptoString() : value->token().toString();
 }
 
 std::uint32_t CCryptoASN1Object::findNumber(std::string_view name) const

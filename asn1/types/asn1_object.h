@@ -27,37 +27,43 @@ public:
     /// A member to be parsed or built; null for a type that has none.
     virtual std::unique_ptr<CCryptoASN1Object> CreateMember() { return nullptr; }
 
-    /// Binds `node` and reads the fields. \return false, logged, for a null node, for a template that is none
-    /// ("SetNodeToParse() failed"), and for data that the template does not match, in a line of its own the step that failed, or
-    /// whose fields do not make sense ("ParseNode() failed").
+    /// Binds `node`, with as many of its siblings as the template takes, and reads the fields. \return false, logged, for a null
+    /// node, for a template that is not one ("SetNodeToParse() failed"), and ("ParseNode() failed") for data that the template does
+    /// not match, where a line of its own names the step that failed, that goes on inside an element after the last item there, or
+    /// whose fields do not make sense.
     bool Parse(const elementNode* node);
     /// Parse for an object that already held something.
     bool Assign(const elementNode* node);
-    /// Decodes one element, then parses. More elements behind it fail unless the template looks at them.
+    /// Decodes elements, then parses them. More than the template takes are refused.
     bool ParseDer(const element& der);
+    /// Ignores data after the last item of the template, or of an element in it, which Parse and ParseDer refuse otherwise.
+    void allowSurplus(bool allowed = true) { allowsSurplus_ = allowed; }
+    /// How many elements of the list at the node parsed last the template took.
+    [[nodiscard]] std::uint32_t taken() const { return taken_; }
 
     /// The tree of the fields, without the names and optional items that nothing was put into; null, logged, when they do not make
     /// one.
-    ElementNodePtr BuildTree();
+    [[nodiscard]] ElementNodePtr BuildTree();
     /// The same as DER; empty on failure.
-    element BuildDer();
+    [[nodiscard]] element BuildDer();
 
     /// The part of the bound data that stands for a placeholder of the template; null when it was not bound or is empty.
-    const elementNode* find(std::string_view name) const;
-    bool isBound(std::string_view name) const { return match_.find(name) != nullptr; }
-    /// Of a part that is an element, its value. Empty, or 0, for what find() does not find.
-    CCryptoString findText(std::string_view name) const;
-    std::uint32_t findNumber(std::string_view name) const;
-    element findBytes(std::string_view name) const;
+    [[nodiscard]] const elementNode* find(std::string_view name) const;
+    [[nodiscard]] bool isBound(std::string_view name) const { return match_.find(name) != nullptr; }
+    /// Of a part that is an element, its value. Empty, or 0, for what find() does not find. A number is the last four of the
+    /// octets, whatever text they look like; bytes are integers or raw bytes.
+    [[nodiscard]] CCryptoString findText(std::string_view name) const;
+    [[nodiscard]] std::uint32_t findNumber(std::string_view name) const;
+    [[nodiscard]] element findBytes(std::string_view name) const;
 
 protected:
-    /// \param templateText a constant. \param withSiblings the data is taken with the siblings that follow it.
+    /// \param templateText a constant. \param withSiblings the data is copied with all siblings that follow it.
     explicit CCryptoASN1Object(const char* templateText, bool withSiblings = false);
 
     /// For the constructors that take data: parses, and logs "Invalid elementToParse" for a node that does not match.
     void construct(const elementNode* elementToParse);
 
-    /// Gives up what the fields hold; called ahead of ParseNode and after a failure.
+    /// Gives up what the fields hold; called before ParseNode and after a failure.
     virtual void ClearFields() {}
 
     /// The template to fill, fresh for each build.
@@ -66,15 +72,17 @@ protected:
     const elementNode* data() const { return data_.get(); }
 
 private:
-    enum class Outcome { parsed, noTemplate, mismatch, wrongFields };
+    enum class Outcome { parsed, noTemplate, mismatch, surplus, wrongFields };
 
     Outcome setNodeToParse(const elementNode& node);
     Outcome parse(const elementNode& node);
-    bool looksAtSiblings(const elementNode& items) const;
     void clear();
+    const elementNode* valueOf(std::string_view name) const;
 
     const char* templateText_;
     bool withSiblings_;
+    bool allowsSurplus_ = false;
+    std::uint32_t taken_ = 0;
     CCryptoParser builder_;
     ElementNodePtr data_;
     CCryptoTemplateMatch match_;

@@ -33,6 +33,8 @@ std::uint32_t KindOf(CCryptoAutoLogger& logger, const CCryptoAlgorithmIdentifier
 {
     const std::uint32_t id = identifier.id();
     const elementNode* const parameters = identifier.parameters();
+    if (!identifier.isSupported())
+        return logger.fail(0u, "Unsupported algorithm: %s", identifier.oid().c_str());
     if (id == algorithm::ecPublicKey) {
         const CCryptoString oid = OidOfNode(parameters);
         if (oid.isEmpty())
@@ -53,10 +55,11 @@ std::uint32_t KindOf(CCryptoAutoLogger& logger, const CCryptoAlgorithmIdentifier
 
 void SetAlgorithm(CCryptoAlgorithmIdentifier& identifier, const CurveFacts& curve)
 {
-    identifier.setId(curve.signs ? std::uint32_t{algorithm::ecPublicKey} : curve.id);
+    identifier.setId(curve.signs ? algorithm::ecPublicKey : static_cast<algorithm::Id>(curve.id));
     identifier.setNullParameters(false);
     if (curve.signs)
-        identifier.setParameters(CCryptoASN1ObjectIdentifier(CCryptoString(OidOfAlgorithm(curve.id))).BuildTree().get());
+        identifier.setParameters(
+            CCryptoASN1ObjectIdentifier(CCryptoString(OidOfAlgorithm(static_cast<algorithm::Id>(curve.id)))).BuildTree().get());
 }
 
 void SetRSAAlgorithm(CCryptoAlgorithmIdentifier& identifier)
@@ -98,7 +101,7 @@ element ECPrivateKeyObjectOf(const CCryptoEC& key, bool withCurve)
     CCryptoECPrivateKeyObject object;
     object.scalar = key.privateScalar();
     if (withCurve)
-        object.curveOid = CCryptoString(OidOfAlgorithm(key.curve().id));
+        object.curveOid = CCryptoString(OidOfAlgorithm(static_cast<algorithm::Id>(key.curve().id)));
     object.publicPoint = key.publicPoint();
     return object.BuildDer();
 }

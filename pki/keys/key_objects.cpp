@@ -114,7 +114,10 @@ bool CCryptoSubjectPublicKeyInfo::ParseNode()
     return HasItems(data(), 2) && algorithm.Parse(find("algorithmIdentifier"));
 }
 
-CCryptoPrivateKeyInfo::CCryptoPrivateKeyInfo() : CCryptoASN1Object(privateKeyInfoTemplate) {}
+CCryptoPrivateKeyInfo::CCryptoPrivateKeyInfo() : CCryptoASN1Object(privateKeyInfoTemplate)
+{
+    allowSurplus();
+}
 
 bool CCryptoPrivateKeyInfo::BuildNode()
 {

@@ -212,8 +212,8 @@ bool Describe(CCryptoAutoLogger& logger, const SCryptoPasswordEncryption& wanted
         if (cipher == nullptr)
             return logger.fail(false, "Unsupported cipher: %u", wanted.cipher);
         CCryptoPBES2Parameters parameters;
-        parameters.cipher = wanted.cipher;
-        parameters.prf = wanted.prf;
+        parameters.cipher = static_cast<algorithm::Id>(wanted.cipher);
+        parameters.prf = static_cast<algorithm::Id>(wanted.prf);
         parameters.iterations = wanted.iterations;
         if (!FreshBytes(random, saltLength, parameters.salt) || !FreshBytes(random, cipher->ivLength, parameters.iv))
             return logger.fail(false, "There are no random bytes");
@@ -225,7 +225,7 @@ bool Describe(CCryptoAutoLogger& logger, const SCryptoPasswordEncryption& wanted
             return logger.fail(false, "There are no random bytes");
         tree = parameters.BuildTree();
     }
-    how.setId(wanted.scheme);
+    how.setId(static_cast<algorithm::Id>(wanted.scheme));
     how.setNullParameters(false);
     how.setParameters(tree.get());
     return tree != nullptr || logger.fail(false, "The encryption cannot be described");

@@ -23,8 +23,8 @@ public:
     element salt;
     std::uint32_t iterations = 0;
     std::uint32_t keyLength = 0;             ///< 0 when it is not given
-    std::uint32_t prf = algorithm::hmacSha1; ///< as when it is not given
-    std::uint32_t cipher = algorithm::none;
+    algorithm::Id prf = algorithm::hmacSha1; ///< as when it is not given
+    algorithm::Id cipher = algorithm::none;
     std::uint32_t rc2EffectiveBits = 0; ///< 0 but in the form rc2
     element iv;
 

@@ -6,6 +6,7 @@
 #include "tests/asn1/parser/text_forms.h"
 #include "tests/support/captured_log.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -16,6 +17,8 @@
 namespace {
 
 using std::string_view_literals::operator""sv;
+using testing::Contains;
+using testing::HasSubstr;
 
 TEST(AlgorithmIdentifier, BuildsAndReadsItsParameters)
 {
@@ -35,13 +38,42 @@ TEST(AlgorithmIdentifier, BuildsAndReadsItsParameters)
     EXPECT_TRUE(CCryptoAlgorithmIdentifier().BuildDer().isEmpty());
 }
 
-TEST(AlgorithmIdentifier, RefusesWhatTheTableDoesNotHave)
+TEST(AlgorithmIdentifier, KeepsTheOidAndOctetsOfWhatTheTableDoesNotHave)
 {
-    CCryptoAlgorithmIdentifier sha384WithRsa;
-    EXPECT_FALSE(sha384WithRsa.ParseDer(Der("\x30\x0D\x06\x09\x2A\x86\x48\x86\xF7\x0D\x01\x01\x0C\x05\x00"sv)));
-    EXPECT_EQ(sha384WithRsa.id(), algorithm::none);
-    EXPECT_EQ(AlgorithmOfOid("1.2.840.113549.1.1.14"), 502u);
-    EXPECT_EQ(AlgorithmOfOid(""), 0u);
+    const element der = Der("\x30\x0D\x06\x09\x2A\x86\x48\x86\xF7\x0D\x01\x01\x0C\x05\x00"sv);
+    CCryptoAlgorithmIdentifier identifier;
+    const CapturedLog log;
+    ASSERT_TRUE(identifier.ParseDer(der));
+    EXPECT_FALSE(identifier.isSupported());
+    EXPECT_EQ(identifier.id(), algorithm::none);
+    EXPECT_EQ(identifier.oid(), "1.2.840.113549.1.1.12");
+    EXPECT_EQ(identifier.parameters()->type(), ElementType::asn1Null);
+    EXPECT_EQ(identifier.readOctets(), der);
+    EXPECT_TRUE(identifier.BuildDer().isEmpty());
+    EXPECT_TRUE(identifier.GetDerEncodedOID().isEmpty());
+    EXPECT_THAT(log.texts(), Contains(HasSubstr("Unsupported OID: 1.2.840.113549.1.1.12")));
+    EXPECT_THAT(log.texts(), Contains(HasSubstr("Algorithm 1.2.840.113549.1.1.12 is not supported")));
+
+    // An algorithm that is set, or read afterwards, takes its place.
+    identifier.setId(algorithm::sha512WithRsa);
+    EXPECT_EQ(identifier.oid(), "1.2.840.113549.1.1.13");
+    EXPECT_EQ(Hex(identifier.BuildDer()), "300d06092a864886f70d01010d0500");
+    ASSERT_TRUE(identifier.ParseDer(CCryptoAlgorithmIdentifier(algorithm::sha1, false).BuildDer()));
+    EXPECT_EQ(identifier.oid(), "1.3.14.3.2.26");
+    EXPECT_FALSE(identifier.ParseDer(Der("\x30\x00"sv)));
+    EXPECT_EQ(identifier.oid(), "");
+}
+
+TEST(AlgorithmIdentifier, PutsNullInThePlaceOfParametersThatWereThere)
+{
+    CCryptoAlgorithmIdentifier identifier;
+    ASSERT_TRUE(identifier.ParseDer(Der("\x30\x0A\x06\x05\x2B\x0E\x03\x02\x1A\x04\x01\xFF")));
+    EXPECT_TRUE(identifier.nullParameters());
+    identifier.setParameters(nullptr);
+    EXPECT_EQ(Hex(identifier.BuildDer()), "300906052b0e03021a0500");
+    ASSERT_TRUE(identifier.ParseDer(Der("\x30\x07\x06\x05\x2B\x0E\x03\x02\x1A")));
+    EXPECT_FALSE(identifier.nullParameters());
+    EXPECT_EQ(Hex(identifier.BuildDer()), "300706052b0e03021a");
 }
 
 TEST(AlgorithmIds, BesideTheTableShareNothingWithIt)
@@ -65,8 +97,9 @@ TEST(AlgorithmIdentifier, IsClearedByAFailedParseAndWordsItsReasons)
         const std::vector<std::string> lines = log.texts();
         return std::ranges::any_of(lines, [text](const std::string& line) { return line.find(text) != std::string::npos; });
     };
-    EXPECT_TRUE(logged([] { CCryptoAlgorithmIdentifier(504, false).BuildDer(); }, "Algorithm 504 has no OID"));
-    EXPECT_TRUE(logged([] { CCryptoAlgorithmIdentifier().GetDerEncodedOID(); }, "Algorithm 0 has no OID"));
+    EXPECT_TRUE(logged([] { EXPECT_TRUE(CCryptoAlgorithmIdentifier(algorithm::reserved900, false).BuildDer().isEmpty()); },
+                       "Algorithm 900 has no OID"));
+    EXPECT_TRUE(logged([] { EXPECT_TRUE(CCryptoAlgorithmIdentifier().GetDerEncodedOID().isEmpty()); }, "Algorithm 0 has no OID"));
     const element longOid = Der("\x30\x82\x03\x04\x06\x82\x03\x00"sv);
     element der = longOid;
     der.resize(longOid.length() + 0x300);
@@ -77,6 +110,10 @@ TEST(AlgorithmIdentifier, IsClearedByAFailedParseAndWordsItsReasons)
     EXPECT_TRUE(
         logged([&number] { CCryptoAlgorithmIdentifier().Parse(number.root()); }, "SEQUENCE: the data holds INTEGER (item 1)"));
     EXPECT_FALSE(logged([] { CCryptoAlgorithmIdentifier{nullptr}; }, "Invalid elementToParse"));
+    EXPECT_TRUE(logged([] { CCryptoAlgorithmIdentifier{nullptr}; }, "elementNode is NULL"));
+    EXPECT_TRUE(logged([] { CCryptoAlgorithmIdentifier().Parse(nullptr); }, "elementNode is NULL"));
+    EXPECT_TRUE(logged([&number] { CCryptoAlgorithmIdentifier().Assign(number.root()); }, "Parsing failed?"));
+    EXPECT_FALSE(logged([&number] { CCryptoAlgorithmIdentifier().Parse(number.root()); }, "Parsing failed?"));
     CCryptoParser sha384WithRsa;
     ASSERT_TRUE(sha384WithRsa.Load_ASCII_Memory("SEQUENCE{OBJECT_IDENTIFIER=\"1.2.840.113549.1.1.12\"}"));
     EXPECT_FALSE(logged([&] { CCryptoAlgorithmIdentifier{sha384WithRsa.root()}; }, "Invalid elementToParse"));
@@ -125,6 +162,136 @@ TEST(Collections, ReadAndBuildTheirMembers)
     OctetStrings none;
     EXPECT_EQ(Hex(none.BuildDer()), "3000");
     EXPECT_TRUE(none.ParseDer(none.BuildDer()));
+}
+
+/// Two elements a member, of which it notes how many nodes it keeps.
+class Pair : public CCryptoASN1Object {
+public:
+    Pair() : CCryptoASN1Object("INTEGER=first, OCTET_STRING(OPTIONAL)=second") {}
+    bool BuildNode() override
+    {
+        return builder().fill("first", element(first)) && (second.isEmpty() || builder().fill("second", second));
+    }
+    bool ParseNode() override
+    {
+        first = findNumber("first");
+        second = findBytes("second");
+        for (const elementNode* node = data(); node != nullptr; node = node->next())
+            ++kept;
+        return true;
+    }
+    std::uint32_t first = 0;
+    element second;
+    std::uint32_t kept = 0;
+};
+
+TEST(Collections, TakeMembersOfSeveralElementsAndKeepNoMoreOfThem)
+{
+    constexpr std::uint32_t count = 2000;
+    CCryptoASN1SequenceOfObjects list(MakeAsn1Member<Pair>);
+    for (std::uint32_t index = 0; index < count; ++index) {
+        auto member = std::make_unique<Pair>();
+        member->first = index;
+        list.add(std::move(member));
+    }
+    const element der = list.BuildDer();
+    CCryptoASN1SequenceOfObjects read(MakeAsn1Member<Pair>);
+    ASSERT_TRUE(read.ParseDer(der));
+    ASSERT_EQ(read.objects().size(), count);
+    std::uint64_t kept = 0;
+    for (std::uint32_t index = 0; index < count; ++index) {
+        const auto& member = static_cast<const Pair&>(*read.objects()[index]);
+        EXPECT_EQ(member.first, index);
+        kept += member.kept;
+    }
+    EXPECT_EQ(kept, count);
+    EXPECT_TRUE(read.BuildDer() == der);
+
+    // The second element belongs to the first, and is not tried as a member of its own.
+    ASSERT_TRUE(read.ParseDer(Der("\x30\x09\x02\x01\x05\x04\x01\xFF\x02\x01\x06")));
+    ASSERT_EQ(read.objects().size(), 2u);
+    EXPECT_EQ(read.objects()[0]->taken(), 2u);
+    EXPECT_EQ(static_cast<const Pair&>(*read.objects()[1]).first, 6u);
+    EXPECT_FALSE(read.ParseDer(Der("\x30\x06\x04\x01\xFF\x02\x01\x06")));
+}
+
+/// A number and its octets, in a tag.
+class Tagged : public CCryptoASN1Object {
+public:
+    Tagged() : CCryptoASN1Object("CONTEXT_SPECIFIC[0]{number}") {}
+    bool BuildNode() override { return true; }
+    bool ParseNode() override { return true; }
+};
+
+class Number : public CCryptoASN1Object {
+public:
+    Number() : CCryptoASN1Object("number") {}
+    bool BuildNode() override { return true; }
+    bool ParseNode() override { return true; }
+};
+
+TEST(Numbers, AreTheirOctetsWhateverTextTheyLookLike)
+{
+    const struct {
+        std::string_view der;
+        std::uint32_t number;
+        const char* text;
+    } cases[] = {
+        {"\x80\x02\x31\x32", 12594, "12"},
+        {"\x80\x02\xC3\xA4", 50084, "\xC3\xA4"},
+        {"\x80\x01\x31", 49, "31"},
+        {"\x0A\x02\x31\x32", 12594, "12"},
+        {"\x02\x02\x31\x32", 12594, "12594"},
+        {"\x02\x02\x00\xC8"sv, 200, "200"},
+        {"\x02\x05\x00\xFF\xFF\xFF\xFF"sv, 4294967295, "4294967295"},
+        {"\x02\x03\x00\x00\x05"sv, 5, "5"},
+        {"\x0A\x02\x00\xC8"sv, 200, "00c8"},
+    };
+    for (const auto& [der, number, text] : cases) {
+        SCOPED_TRACE(Hex(Der(der)));
+        Number parsed;
+        ASSERT_TRUE(parsed.ParseDer(Der(der)));
+        EXPECT_EQ(parsed.findNumber("number"), number);
+        EXPECT_EQ(parsed.findBytes("number").toWord32(), number);
+        EXPECT_EQ(parsed.findText("number"), text);
+    }
+    Tagged tagged;
+    ASSERT_TRUE(tagged.ParseDer(Der("\x80\x02\x31\x32")));
+    EXPECT_EQ(tagged.findNumber("number"), 12594u);
+    EXPECT_EQ(tagged.findBytes("number").type(), ElementType::bytes);
+}
+
+class Wide : public CCryptoASN1Object {
+public:
+    Wide() : CCryptoASN1Object("SEQUENCE{INTEGER=a,SEQUENCE{INTEGER=b}}") {}
+    bool BuildNode() override { return true; }
+    bool ParseNode() override { return true; }
+};
+
+TEST(Surplus, IsRefusedUnlessTheCallerAllowsIt)
+{
+    const struct {
+        std::string_view der;
+        const char* reason;
+    } cases[] = {
+        {"\x30\x08\x02\x01\x01\x30\x03\x02\x01\x02"sv, ""},
+        {"\x30\x0A\x02\x01\x01\x30\x05\x02\x01\x02\x05\x00"sv, "Data follows the last item of the template"},
+        {"\x30\x0A\x02\x01\x01\x30\x03\x02\x01\x02\x05\x00"sv, "Data follows the last item of the template"},
+        {"\x30\x08\x02\x01\x01\x30\x03\x02\x01\x02\x05\x00"sv, "More elements follow the first"},
+    };
+    for (const auto& [der, reason] : cases) {
+        SCOPED_TRACE(Hex(Der(der)));
+        const CapturedLog log;
+        Wide object;
+        EXPECT_EQ(object.ParseDer(Der(der)), *reason == '\0');
+        EXPECT_EQ(object.isBound("b"), *reason == '\0');
+        if (*reason != '\0') {
+            EXPECT_THAT(log.texts(), Contains(HasSubstr(reason)));
+        }
+        object.allowSurplus();
+        ASSERT_TRUE(object.ParseDer(Der(der)));
+        EXPECT_EQ(object.findNumber("b"), 2u);
+    }
 }
 
 template <typename Object>

@@ -46,7 +46,7 @@ std::unique_ptr<ICryptoKeyPair> KeyOf(std::uint32_t kind)
     return nullptr;
 }
 
-template <std::uint32_t id>
+template <algorithm::Id id>
 ElementNodePtr Oid()
 {
     return CCryptoASN1ObjectIdentifier(CCryptoString(OidOfAlgorithm(id))).BuildTree();
@@ -199,7 +199,7 @@ TEST(KeyFile, AsksForNoPasswordThatCannotHelp)
         parameters.iv = ElementOf(Bytes(16, 2));
         test.spoil(parameters);
         CCryptoEncryptedPrivateKeyInfo info;
-        info.algorithm.setId(test.scheme);
+        info.algorithm.setId(static_cast<algorithm::Id>(test.scheme));
         info.algorithm.setNullParameters(false);
         info.algorithm.setParameters(parameters.BuildTree().get());
         info.encryptedData = ElementOf(Bytes(32, 3));
@@ -244,7 +244,7 @@ TEST(KeyFile, AlgorithmsHaveTheirOwnParametersAlone)
         CCryptoPrivateKeyInfo whole;
         ASSERT_TRUE(half.ParseDer(key->publicKeyInfo()) && whole.ParseDer(key->privateKeyInfo()));
         for (CCryptoAlgorithmIdentifier* const identifier : {&half.algorithm, &whole.algorithm}) {
-            identifier->setId(test.algorithm);
+            identifier->setId(static_cast<algorithm::Id>(test.algorithm));
             identifier->setNullParameters(false);
             identifier->setParameters(test.parameters().get());
         }
