@@ -8,7 +8,7 @@ namespace {
 EncodingForm FormOfTaggedItem(const elementNode* value)
 {
     const bool isLone = value != nullptr && value->next() == nullptr;
-    // NULL behind an implicit tag has no contents, behind an explicit one it is an element.
+    // NULL has no contents under an implicit tag, and is an element under an explicit one.
     if (value == nullptr || (isLone && value->type() == ElementType::asn1Null))
         return EncodingForm::either;
     const bool isList = !isLone && (IsAsn1Type(value->type()) || value->type() == ElementType::identifier);
@@ -37,7 +37,8 @@ EncodingForm FormOfData(const elementNode& data)
         return EncodingForm::primitive;
     if (HoldsElement(marks.value))
         return EncodingForm::constructed;
-    return IsListType(data.type()) && marks.value == nullptr ? EncodingForm::either : EncodingForm::primitive;
+    const bool mayBeList = IsListType(data.type()) || IsTagClass(data.type());
+    return mayBeList && marks.value == nullptr ? EncodingForm::either : EncodingForm::primitive;
 }
 
 EncodingForm FormOfItem(const elementNode& item)
@@ -56,3 +57,16 @@ EncodingForm FormOfItem(const elementNode& item)
         return FormOfTaggedItem(marks.value);
     return holdsElement || item.type() == ElementType::external ? EncodingForm::either : EncodingForm::primitive;
 }
+
+namespace ccrypto {
+
+bool IsConstructedString(const elementNode& item)
+{
+    const ElementType type = item.type();
+    if (!IsAsn1Type(type) || IsTagClass(type) || IsListType(type) || type == ElementType::external)
+        return false;
+    const EncodingMarks marks = EncodingMarksOf(item);
+    return !marks.excluded && (marks.constructed || (!marks.primitive && HoldsElement(marks.value)));
+}
+
+} // namespace ccrypto

@@ -2,7 +2,7 @@
 
 #include "asn1/tree/element_node.h"
 
-/// Primitive or constructed (X.690, 8.1.2.5); `either` where a node does not tell.
+/// Primitive or constructed (X.690, 8.1.2.5); `either` where a node does not determine it.
 enum class EncodingForm { either, primitive, constructed };
 
 /// Whether a list holds an element of its own: one that "EXCLUDE" takes apart counts by what is inside it. Goes as deep as such
@@ -10,7 +10,8 @@ enum class EncodingForm { either, primitive, constructed };
 bool HoldsElement(const elementNode* list);
 
 /// The form of a decoded or built node. The decoder marks constructed data by its children or by "CONSTRUCTED", and what it found
-/// inside a string by "PRIMITIVE".
+/// inside a string by "PRIMITIVE". A SEQUENCE, a SET or a tag without contents has either form: some encode an empty constructed
+/// element as a primitive one, such as the NULL of an implicit tag.
 EncodingForm FormOfData(const elementNode& data);
 
 /// The form that an item of a template asks for.
@@ -23,3 +24,11 @@ EncodingForm FormOfData(const elementNode& data);
 /// | an OCTET or BIT STRING with typed items inside: its octets are DER | either      |
 /// | a tag with a lone name, with nothing, or with NULL inside          | either      |
 EncodingForm FormOfItem(const elementNode& item);
+
+namespace ccrypto {
+
+/// Whether an item of a universal type other than SEQUENCE, SET and EXTERNAL is encoded as constructed, which DER forbids (X.690,
+/// 10.2): OCTET_STRING{SEQUENCE{a}} has the identifier 24. "PRIMITIVE" gives 04.
+[[nodiscard]] bool IsConstructedString(const elementNode& item);
+
+} // namespace ccrypto

@@ -54,9 +54,9 @@ constexpr const char* signerInfo =
     "SEQUENCE {INTEGER = version;signerIdentifier,digestAlgorithm,"
     "CONTEXT_SPECIFIC[0, CONSTRUCTED](OPTIONAL){authenticatedAttributes}signatureAlgorithm,OCTET_STRING { signature }"
     "CONTEXT_SPECIFIC[1, CONSTRUCTED](OPTIONAL){unAuthenticatedAttributes}}";
-constexpr const char* certStatus =
-    "CONTEXT_SPECIFIC(OPTIONAL)[0]{NULL},CONTEXT_SPECIFIC(OPTIONAL)[1,CONSTRUCTED]"
-    "{SEQUENCE[CONSTRUCTED,EXCLUDE]{time,CONTEXT_SPECIFIC[0,CONSTRUCTED](OPTIONAL){ENUMERATED=reason}}}";
+constexpr const char* certStatus = "CONTEXT_SPECIFIC(OPTIONAL)[0]{NULL},CONTEXT_SPECIFIC(OPTIONAL)[1,CONSTRUCTED]"
+                                   "{SEQUENCE[CONSTRUCTED,EXCLUDE]{time,CONTEXT_SPECIFIC[0,CONSTRUCTED]{ENUMERATED=reason}}},"
+                                   "CONTEXT_SPECIFIC(OPTIONAL)[2,CONSTRUCTED]{unknown}";
 
 constexpr MatchCase bindingCases[] = {
     {algorithm, "300706035504030500", "oid=2.5.4.3 parameters=0500"},
@@ -83,6 +83,11 @@ constexpr MatchCase optionalCases[] = {
     {revocation, "30028500", "! CONTEXT_SPECIFIC[0]: the data holds CONTEXT_SPECIFIC[5]"},
     {revocation, "3000", ""},
     {certStatus, "8000", ""},
+    {certStatus, "8200", "unknown="},
+    {certStatus, "a2020500", "unknown=0500"},
+    {certStatus, "820141", "! CONTEXT_SPECIFIC[2]: the data holds a primitive CONTEXT_SPECIFIC[2]"},
+    {certStatus, "a10302010c", "! CONTEXT_SPECIFIC[0]: no data is left"},
+    {certStatus, "8300", "! CONTEXT_SPECIFIC[0]: the data holds CONTEXT_SPECIFIC[3]"},
     {certStatus, "a0020500", ""},
     {certStatus, "a10702010ca0020500", "! ENUMERATED: the data holds NULL"},
     {certStatus, "a10802010ca0030a0101", "time=02010c reason=01"},

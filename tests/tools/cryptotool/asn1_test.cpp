@@ -372,6 +372,22 @@ TEST(CryptotoolBuild, ValuesBecomeWhatTheTemplateAsksFor)
     const ToolResult left = RunTool({"asn1", "build", "-"}, "SEQUENCE { INTEGER = a, b(OPTIONAL), SET (OPTIONAL) { c }, d, d }");
     EXPECT_EQ(left.code, exitDone);
     EXPECT_EQ(left.error, "cryptotool: -: warning: no value was given for a, d\n");
+    const std::pair<const char*, const char*> strings[] = {
+        {"OCTET_STRING { SEQUENCE { NULL } }", "OCTET_STRING"},
+        {"SEQUENCE { BIT_STRING[0] { NULL } }", "BIT_STRING"},
+        {"UTF8String[CONSTRUCTED] = #0500", "UTF8String"},
+        {"OCTET_STRING[PRIMITIVE] { SEQUENCE { NULL } }", nullptr},
+        {"OCTET_STRING[EXCLUDE] { SEQUENCE { NULL } }", nullptr},
+        {"EXTERNAL { INTEGER = 5 }, CONTEXT_SPECIFIC[0] { SET[CONSTRUCTED] = #0500 }", nullptr},
+    };
+    for (const auto& [pattern, type] : strings) {
+        SCOPED_TRACE(pattern);
+        const std::string warning = type == nullptr
+                                        ? std::string()
+                                        : std::string("cryptotool: -: warning: ") + type +
+                                              " is constructed, which DER forbids; with PRIMITIVE in its brackets it is not\n";
+        EXPECT_EQ(RunTool({"asn1", "build", "-"}, pattern).error, warning);
+    }
 }
 
 TEST(CryptotoolMatch, TellsNamesOrTheStepThatFailed)

@@ -1,4 +1,6 @@
 #include "asn1/der/pem.h"
+#include "asn1/parser/parser_search.h"
+#include "asn1/template/encoding_form.h"
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/invocation.h"
 #include "tools/cryptotool/cli/reason.h"
@@ -19,7 +21,8 @@ constexpr std::string_view asn1BuildDetails =
     42, -42    a number, where the template asks for one: in an INTEGER, an ENUMERATED and a bracket list
     TRUE       truth, or FALSE, in a BOOLEAN
     TEXT       text, everywhere else, digits too; in an OBJECT_IDENTIFIER dotted
-A name that is given no value writes nothing; unless it is in an OPTIONAL item, a warning tells so.
+A name that is given no value writes nothing; a warning says so, unless it is in an OPTIONAL item. Another warning says when a string
+is written as constructed, which DER forbids: OCTET_STRING[PRIMITIVE]{SEQUENCE{...}} is not.
 )";
 
 constexpr Option asn1BuildOptions[] = {
@@ -35,6 +38,14 @@ void WarnOfUnfilled(Invocation& invocation, const std::string& file, const CCryp
         list += (list.empty() ? "" : ", ") + name;
     if (!list.empty())
         invocation.warn(file, "no value was given for " + list);
+}
+
+void WarnOfConstructedStrings(Invocation& invocation, const std::string& file, const CCryptoParser& tree)
+{
+    CCryptoParserSearch search(tree.root(), true, true);
+    if (const elementNode* const item = search.find(ccrypto::IsConstructedString))
+        invocation.warn(file, std::string(TokenText(item->type())) +
+                                  " is constructed, which DER forbids; with PRIMITIVE in its brackets it is not");
 }
 
 int Write(Invocation& invocation, const std::string& file, const element& der)
@@ -82,8 +93,10 @@ int Build(Invocation& invocation)
     }
     StartReason();
     const int code = Write(invocation, file, tree.ToDer());
-    if (code == exitDone)
+    if (code == exitDone) {
         WarnOfUnfilled(invocation, file, tree);
+        WarnOfConstructedStrings(invocation, file, tree);
+    }
     return code;
 }
 

@@ -130,7 +130,9 @@ std::vector<std::string> UnfilledNames(const CCryptoParser& tree)
     std::vector<std::string> names;
     std::set<std::string, std::less<>> seen;
     CCryptoParserSearch search(tree.root(), true, true);
-    const auto isPlaceholder = [](const elementNode& node) { return node.type() == ElementType::identifier; };
+    const auto isPlaceholder = [](const elementNode& node) {
+        return node.type() == ElementType::identifier && !node.isNamed("EXCLUDE");
+    };
     while (elementNode* const found = search.find(isPlaceholder)) {
         bool isOptional = false;
         for (elementNode* node = found; node != nullptr && !isOptional; node = node->owner())
