@@ -2,7 +2,6 @@
 
 #include "asn1/der/der_parser.h"
 #include "asn1/template/bracket_list.h"
-#include "asn1/template/octets.h"
 #include "asn1/template/template_cache.h"
 #include "asn1/template/unfilled_items.h"
 #include "asn1/tree/item_list.h"
@@ -161,9 +160,10 @@ const elementNode* CCryptoASN1Object::valueOf(std::string_view name) const
 element CCryptoASN1Object::findBytes(std::string_view name) const
 {
     const elementNode* const value = valueOf(name);
-    if (value == nullptr || value->type() == ElementType::integer)
-        return value != nullptr ? value->token() : element();
-    return Octets(value->token());
+    if (value == nullptr)
+        return {};
+    const element& token = value->token();
+    return value->type() == ElementType::integer ? token : element(token.data(), token.length());
 }
 
 CCryptoString CCryptoASN1Object::findText(std::string_view name) const
