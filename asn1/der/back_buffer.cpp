@@ -6,7 +6,7 @@ void BackBuffer::grow(std::size_t more)
 {
     const std::size_t used = length();
     const std::size_t size = 2 * (used + more) + sizeof small_;
-    // Bytes in front of `start_` are never read.
+    // Bytes before `start_` are never read.
     auto* const larger = static_cast<std::uint8_t*>(std::malloc(size));
     if (larger == nullptr)
         EndOutOfMemory();

@@ -8,8 +8,8 @@
 #include <memory>
 #include <span>
 
-/// Bytes collected from the last to the first, so that the length of what is already there is known when its header is written.
-/// What was collected is wiped at the end. A failed allocation ends the process.
+/// A buffer that grows at its front: encodings are written from the last byte to the first, so that the length of a value is known
+/// when its header is written. The bytes are wiped at the end. A failed allocation ends the process.
 class BackBuffer {
 public:
     BackBuffer() = default;

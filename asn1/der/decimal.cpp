@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cstdio>
 #include <span>
@@ -82,14 +83,12 @@ CCryptoString DecimalFromMagnitude(std::span<const std::uint8_t> magnitude)
     return text.isEmpty() ? CCryptoString("0") : text;
 }
 
-} // namespace
+constexpr std::size_t digitsPerStep = 9;
+using BinaryLimbs = Limbs<std::uint64_t{1} << 32>;
 
-element IntegerFromDecimal(std::string_view digits)
+void MultiplyUp(std::string_view digits, BinaryLimbs& limbs)
 {
-    constexpr std::size_t digitsPerStep = 9;
     constexpr std::uint32_t powers[] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000, 1000000000};
-
-    Limbs<std::uint64_t{1} << 32> limbs(digits.size() / digitsPerStep + 1);
     while (!digits.empty()) {
         const std::size_t count = digits.size() % digitsPerStep != 0 ? digits.size() % digitsPerStep : digitsPerStep;
         std::uint32_t step = 0;
@@ -97,15 +96,151 @@ element IntegerFromDecimal(std::string_view digits)
         digits.remove_prefix(count);
         limbs.multiplyAdd(powers[count], step);
     }
+}
 
-    element number(ElementType::integer);
-    const std::span<const std::uint32_t> used = limbs.used();
-    for (std::size_t index = used.size(); index-- > 0;) {
-        for (int shift = 24; shift >= 0; shift -= 8) {
-            const auto byte = static_cast<std::uint8_t>(used[index] >> shift);
-            if (byte != 0 || !number.isEmpty())
-                number.append(byte);
+// Long numbers are put together of blocks, two of which make one of the next size: the ratio of digits to limbs is the same for
+// every size, and the limbs halve evenly down to the 15 limbs that are multiplied plainly.
+constexpr std::size_t digitsPerBlock = 2304;
+constexpr std::size_t limbsPerBlock = 240;
+static_assert(digitsPerBlock * 3322 < limbsPerBlock * 32 * 1000, "a digit has less than 3.322 bits");
+constexpr std::size_t maxPlainLimbs = 15;
+
+/// Adds `count` limbs. \return the carry.
+std::uint32_t Add(const std::uint32_t* summand, std::size_t count, std::uint32_t* sum)
+{
+    std::uint64_t carry = 0;
+    for (std::size_t index = 0; index < count; ++index, carry >>= 32) {
+        carry += std::uint64_t{sum[index]} + summand[index];
+        sum[index] = static_cast<std::uint32_t>(carry);
+    }
+    return static_cast<std::uint32_t>(carry);
+}
+
+/// Subtracts `count` limbs. \return the borrow.
+std::uint32_t Subtract(const std::uint32_t* subtrahend, std::size_t count, std::uint32_t* difference)
+{
+    std::uint32_t borrow = 0;
+    for (std::size_t index = 0; index < count; ++index) {
+        const std::uint64_t limb = std::uint64_t{difference[index]} - subtrahend[index] - borrow;
+        difference[index] = static_cast<std::uint32_t>(limb);
+        borrow = static_cast<std::uint32_t>(limb >> 63);
+    }
+    return borrow;
+}
+
+/// The distance of two numbers. \return whether the first is the smaller one.
+bool Distance(const std::uint32_t* first, const std::uint32_t* second, std::size_t count, std::uint32_t* distance)
+{
+    std::size_t index = count;
+    while (index > 0 && first[index - 1] == second[index - 1])
+        --index;
+    const bool isLess = index > 0 && first[index - 1] < second[index - 1];
+    std::copy_n(isLess ? second : first, count, distance);
+    Subtract(isLess ? first : second, count, distance);
+    return isLess;
+}
+
+/// The product, of twice as many limbs (Karatsuba's three products of halves). \param scratch six times as many.
+void Multiply(const std::uint32_t* left, const std::uint32_t* right, std::size_t count, std::uint32_t* product,
+              std::uint32_t* scratch)
+{
+    if (count <= maxPlainLimbs) {
+        std::fill_n(product, 2 * count, 0u);
+        for (std::size_t row = 0; row < count; ++row) {
+            std::uint64_t carry = 0;
+            for (std::size_t index = 0; index < count; ++index, carry >>= 32) {
+                carry += std::uint64_t{left[row]} * right[index] + product[row + index];
+                product[row + index] = static_cast<std::uint32_t>(carry);
+            }
+            product[row + count] = static_cast<std::uint32_t>(carry);
         }
+        return;
+    }
+    const std::size_t half = count / 2;
+    std::uint32_t* const distances = scratch;
+    std::uint32_t* const middle = scratch + count;
+    std::uint32_t* const sum = middle + count;
+    std::uint32_t* const rest = sum + count;
+    Multiply(left, right, half, product, rest);
+    Multiply(left + half, right + half, half, product + count, rest);
+    const bool isLeftLess = Distance(left, left + half, half, distances);
+    const bool isRightLess = Distance(right, right + half, half, distances + half);
+    Multiply(distances, distances + half, half, middle, rest);
+
+    std::copy_n(product, count, sum);
+    std::uint32_t carry = Add(product + count, count, sum);
+    if (isLeftLess == isRightLess)
+        carry -= Subtract(middle, count, sum);
+    else
+        carry += Add(middle, count, sum);
+    carry += Add(sum, count, product + half);
+    for (std::size_t index = half + count; carry != 0; ++index) {
+        product[index] += carry;
+        carry = product[index] < carry ? 1 : 0;
+    }
+}
+
+std::size_t LimbsOfBlocks(std::size_t digits)
+{
+    return std::bit_ceil((digits + digitsPerBlock - 1) / digitsPerBlock) * limbsPerBlock;
+}
+
+/// \param number of LimbsOfBlocks() limbs, zero; the number may fill fewer.
+void MultiplyUpInBlocks(std::string_view digits, WipedArray<std::uint32_t>& number)
+{
+    const std::size_t size = number.size();
+    for (std::size_t block = 0; !digits.empty(); ++block) {
+        const std::size_t count = std::min(digits.size(), digitsPerBlock);
+        BinaryLimbs limbs(limbsPerBlock);
+        MultiplyUp(digits.substr(digits.size() - count), limbs);
+        std::ranges::copy(limbs.used(), number.data() + block * limbsPerBlock);
+        digits.remove_suffix(count);
+    }
+
+    WipedArray<std::uint32_t> power(size);
+    BinaryLimbs first(limbsPerBlock);
+    first.multiplyAdd(1, 1);
+    for (std::size_t step = 0; step < digitsPerBlock / digitsPerStep; ++step)
+        first.multiplyAdd(1000000000, 0);
+    std::ranges::copy(first.used(), power.data());
+
+    WipedArray<std::uint32_t> product(size);
+    WipedArray<std::uint32_t> scratch(3 * size);
+    for (std::size_t count = limbsPerBlock; count < size; count *= 2) {
+        for (std::uint32_t* pair = number.data(); pair != number.end(); pair += 2 * count) {
+            Multiply(pair + count, power.data(), count, product.data(), scratch.data());
+            std::fill_n(pair + count, count, 0u);
+            Add(product.data(), 2 * count, pair);
+        }
+        if (2 * count < size) {
+            Multiply(power.data(), power.data(), count, product.data(), scratch.data());
+            std::copy_n(product.data(), 2 * count, power.data());
+        }
+    }
+}
+
+} // namespace
+
+element IntegerFromDecimal(std::string_view digits)
+{
+    element number(ElementType::integer);
+    const auto append = [&number](std::span<const std::uint32_t> limbs) {
+        for (std::size_t index = limbs.size(); index-- > 0;) {
+            for (int shift = 24; shift >= 0; shift -= 8) {
+                const auto byte = static_cast<std::uint8_t>(limbs[index] >> shift);
+                if (byte != 0 || !number.isEmpty())
+                    number.append(byte);
+            }
+        }
+    };
+    if (digits.size() <= digitsPerBlock) {
+        BinaryLimbs limbs(digits.size() / digitsPerStep + 1);
+        MultiplyUp(digits, limbs);
+        append(limbs.used());
+    } else {
+        WipedArray<std::uint32_t> limbs(LimbsOfBlocks(digits.size()));
+        MultiplyUpInBlocks(digits, limbs);
+        append({limbs.data(), limbs.size()});
     }
     if (number.isEmpty())
         number.append(std::uint8_t{0});

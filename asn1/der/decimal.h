@@ -6,18 +6,21 @@
 #include <cstdint>
 #include <string_view>
 
+/// What template text may hold: these take a fraction of a second.
+constexpr std::size_t maxDecimalDigits = 1000000;
+
 /// The integer element of decimal digits: its big-endian magnitude without leading zeros; zero is one zero byte. The time grows
-/// with the square of the length, which the caller bounds.
-element IntegerFromDecimal(std::string_view digits);
+/// with the length to the power of 1.6; the caller bounds it.
+[[nodiscard]] element IntegerFromDecimal(std::string_view digits);
 
 /// What any text writes in decimal: longer numbers would take too long to convert.
 constexpr std::uint32_t longestSignedInteger = 4097; ///< bytes, a sign octet among them
 constexpr std::size_t longestSignedDecimal = 9864;   ///< digits, of which every number fits these bytes
 
 /// The integer element of a decimal number as DER holds it: below zero in two's complement. \return false unless the text is a "-"
-/// or nothing and up to `longestSignedDecimal` digits without a needless zero.
-bool SignedFromDecimal(std::string_view text, element& number);
+/// or nothing, followed by up to `longestSignedDecimal` digits without a needless zero.
+[[nodiscard]] bool SignedFromDecimal(std::string_view text, element& number);
 
-/// The decimal text from which SignedFromDecimal gives the same element; empty when there is none: for superfluous bytes in front,
-/// a sign beside a magnitude, and more than `longestSignedInteger` bytes.
-CCryptoString DecimalFromSigned(const element& number);
+/// The decimal text from which SignedFromDecimal gives the same element; empty when there is none: for superfluous leading
+/// bytes, a sign with a magnitude, and more than `longestSignedInteger` bytes.
+[[nodiscard]] CCryptoString DecimalFromSigned(const element& number);

@@ -10,8 +10,8 @@ constexpr std::uint8_t moreFollows = 0x80;
 constexpr std::uint8_t groupMask = 0x7F;
 constexpr std::uint32_t firstArcFactor = 40;
 /// Of 64 bits.
-constexpr std::ptrdiff_t mostArcOctets = 10;
-constexpr std::ptrdiff_t mostArcDigits = 20;
+constexpr std::ptrdiff_t maxArcOctets = 10;
+constexpr std::ptrdiff_t maxArcDigits = 20;
 
 /// The subidentifier at the start of `octets`, which is shortened by it.
 bool ReadSubidentifier(std::span<const std::uint8_t>& octets, std::uint64_t& arc)
@@ -49,10 +49,10 @@ char* WriteArc(std::uint64_t arc, char* to)
         *to = static_cast<char>('0' + arc);
         return to + 1;
     }
-    return std::to_chars(to, to + mostArcDigits, arc).ptr;
+    return std::to_chars(to, to + maxArcDigits, arc).ptr;
 }
 
-/// The arc at the start of `dotted`, which is shortened by it and the dot behind it.
+/// The arc at the start of `dotted`, which is shortened by it and the dot after it.
 bool ReadArc(std::string_view& dotted, std::uint64_t& arc)
 {
     // Nineteen digits always fit; more are left to the library.
@@ -88,7 +88,7 @@ bool EncodeArcs(std::string_view dotted, element& octets)
         std::uint64_t arc = 0;
         if (!ReadArc(dotted, arc))
             return false;
-        if (end - next < mostArcOctets) {
+        if (end - next < maxArcOctets) {
             octets.append(encoded, static_cast<std::uint32_t>(next - encoded));
             next = encoded;
         }
@@ -114,7 +114,7 @@ bool DottedFromDer(std::span<const std::uint8_t> octets, element& dotted)
         std::uint64_t arc = 0;
         if (!ReadSubidentifier(octets, arc))
             return false;
-        if (end - next <= mostArcDigits) {
+        if (end - next <= maxArcDigits) {
             dotted.append(text, static_cast<std::uint32_t>(next - text));
             next = text;
         }
@@ -131,6 +131,7 @@ bool DerFromDotted(std::string_view dotted, element& octets)
     if (EncodeArcs(dotted, octets))
         return true;
     octets.clear();
-    WriteErrorEx_G("\"%.*s\" is no object identifier", static_cast<int>(dotted.size() < 100 ? dotted.size() : 100), dotted.data());
+    WriteErrorEx_G("\"%.*s\" is not an object identifier", static_cast<int>(dotted.size() < 100 ? dotted.size() : 100),
+                   dotted.data());
     return false;
 }

@@ -5,7 +5,7 @@
 /// Primitive or constructed (X.690, 8.1.2.5); `either` where a node does not determine it.
 enum class EncodingForm { either, primitive, constructed };
 
-/// Whether a list holds an element of its own: one that "EXCLUDE" takes apart counts by what is inside it. Goes as deep as such
+/// Whether a list holds an element of its own: for one with "EXCLUDE" its content counts. Goes as deep as such
 /// items stand inside each other, which the caller bounds.
 bool HoldsElement(const elementNode* list);
 

@@ -210,8 +210,8 @@ bool CCryptoLexicalAnalyzer::scanNumber(element& token)
         token = element(digits);
         return true;
     }
-    if (digits.size() > longestSignedDecimal)
-        return fail("A number has more than 9864 digits");
+    if (digits.size() > maxDecimalDigits)
+        return fail("A number has more than 1000000 digits");
     token = IntegerFromDecimal(digits.substr(negative ? 1 : 0));
     token.setNegative(negative);
     return true;

@@ -14,8 +14,8 @@
 
 namespace {
 
-constexpr std::uint64_t largestTagNumber = 30;
-constexpr std::uint64_t mostUnusedBits = 0xFF;
+constexpr std::uint64_t maxTagNumber = 30;
+constexpr std::uint64_t maxUnusedBits = 0xFF;
 
 bool IsAtMost(const element& number, std::uint64_t most)
 {
@@ -133,7 +133,7 @@ bool Encoder::writeNode(const elementNode& node, std::uint32_t depth)
     if (!writeLevel(node.type() != ElementType::asn1Null ? marks.value : nullptr, node, depth))
         return false;
     if (node.type() == ElementType::bitString && marks.number != nullptr) {
-        if (!IsAtMost(*marks.number, mostUnusedBits))
+        if (!IsAtMost(*marks.number, maxUnusedBits))
             return fail("A BIT_STRING cannot have %s unused bits", marks.number->toString().c_str());
         out_.prepend(static_cast<std::uint8_t>(marks.number->toWord32()));
     }
@@ -147,7 +147,7 @@ bool Encoder::writeIdentifier(ElementType type, const EncodingMarks& marks)
     if (IsTagClass(type)) {
         if (marks.number == nullptr)
             return fail("Token '%s' has no enumerated definiton", TokenText(type));
-        if (!IsAtMost(*marks.number, largestTagNumber))
+        if (!IsAtMost(*marks.number, maxTagNumber))
             return fail("Tag number %s cannot be written", marks.number->toString().c_str());
         identifier = static_cast<std::uint8_t>(identifier | marks.number->toWord32());
     }
@@ -214,7 +214,7 @@ bool Encoder::writeObjectIdentifier(const element& value)
 {
     element octets;
     if (!DerFromDotted(value.view(), octets))
-        return fail("\"%s\" is no object identifier", value.toString().c_str());
+        return fail("\"%s\" is not an object identifier", value.toString().c_str());
     out_.prepend(octets.bytes());
     return true;
 }

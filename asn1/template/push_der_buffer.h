@@ -9,7 +9,7 @@
 /// - the constructed bit is a SEQUENCE's and SET's, and follows elsewhere from content that is typed, unless "PRIMITIVE" or
 ///   "IMPLICIT" says otherwise; "CONSTRUCTED" and "EXPLICIT" set it for a value without a type, too;
 /// - a value is written as its node's type asks: the sign of an INTEGER, the arcs of an OBJECT_IDENTIFIER, the character set of a
-///   UTF8String or BMPString, the unused bits of a BIT_STRING in front of its bytes;
+///   UTF8String or BMPString, the unused bits of a BIT_STRING before its bytes;
 /// - octets or a number with a value are the tag of a BER-TLV data object: tag, length, value; without one they stand for
 ///   themselves, so that #BF81,id{…} writes the last octet of a tag from a name. Any other value with content is refused.
 class CPushDerBuffer : public CPushBuffer {

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr std::uint32_t deepestTemplate = 160;
+constexpr std::uint32_t maxTemplateDepth = 160;
 
 bool IsPlaceholder(const elementNode& node)
 {
@@ -212,7 +212,7 @@ bool CCryptoTemplateMatch::matchList(const elementNode* item, const elementNode*
 bool CCryptoTemplateMatch::matchDataObject(const elementNode& item, const elementNode& tagged, const elementNode*& data,
                                            std::uint32_t depth)
 {
-    if (depth >= deepestTemplate)
+    if (depth >= maxTemplateDepth)
         return fail(item, data, Reason::tooDeep);
     if (data == nullptr)
         return HasModifier(tagged, ElementType::optional) || fail(tagged, data, Reason::noData);
@@ -243,7 +243,7 @@ bool CCryptoTemplateMatch::matchTag(const elementNode& item, const elementNode& 
 
 bool CCryptoTemplateMatch::matchItem(const elementNode& item, const elementNode*& data, std::uint32_t depth)
 {
-    if (depth >= deepestTemplate)
+    if (depth >= maxTemplateDepth)
         return fail(item, data, Reason::tooDeep);
     if (IsExcluded(item))
         return matchExcluded(item, data, depth);
@@ -361,7 +361,7 @@ bool CCryptoTemplateMatch::matchValue(const elementNode& item, const elementNode
 {
     if (wanted == nullptr || item.type() == ElementType::asn1Null)
         return true;
-    if (depth >= deepestTemplate)
+    if (depth >= maxTemplateDepth)
         return fail(item, &data, Reason::tooDeep);
     const bool isAbsent = value == nullptr && HasModifier(*wanted, ElementType::optional);
     if (StandsForValue(*wanted)) {

@@ -49,7 +49,7 @@ public:
     /// Where that item stands in the template: "SEQUENCE / CONTEXT_SPECIFIC[0] / item 3"; empty after a match.
     const CCryptoString& failedPlace() const { return failedPlace_; }
 
-    /// Forgets what was bound, ahead of the data's end; the failure stays.
+    /// Forgets what was bound, before the data is destroyed; the failure stays.
     void clearBindings();
 
 private:
@@ -74,7 +74,7 @@ private:
     CCryptoString describeFailure() const;
 
     std::vector<TemplateBinding> bindings_;
-    /// What placeholders stand for that is no node of the data.
+    /// Nodes that placeholders stand for and that are not in the data.
     std::vector<ElementNodePtr> made_;
     CCryptoString failedStep_;
     CCryptoString failedPlace_;

@@ -2,7 +2,7 @@
 
 #include "asn1/tree/element_node.h"
 
-/// The contents octets (X.690, 8.1.4) of a value: what stands behind identifier and length.
+/// The contents octets (X.690, 8.1.4) of a value: what follows identifier and length.
 ///
 /// \param owner the item whose value it is; its type says how the value is written. \param value the value, or the list of
 /// elements. \return false, logged, when the value cannot be written.

@@ -6,7 +6,7 @@
 
 void ElementNodeDeleter::operator()(elementNode* node) const noexcept
 {
-    // Down into the parts, then along the list; what is behind a node hangs from the node's parent until its turn.
+    // Down into the parts, then along the list; the rest of a list is kept by the node's parent until its turn.
     NodePool::Returned returned;
     elementNode* const top = node->parent_;
     for (;;) {

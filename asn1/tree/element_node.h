@@ -9,7 +9,7 @@
 class elementNode;
 class NodePool;
 
-/// Deletes a node with everything below and behind it, in constant stack.
+/// Deletes a node with its parts and the siblings after it, in constant stack.
 struct ElementNodeDeleter {
     void operator()(elementNode* node) const noexcept;
 };
@@ -21,7 +21,7 @@ enum class LinkKind : std::uint32_t {
     none = 0,
     modifiers = 1,  ///< in parentheses: "OPTIONAL"
     brackets = 2,   ///< in square brackets: a tag number, "CONSTRUCTED", "IMPLICIT", …
-    shortValue = 3, ///< behind "="; the decoder puts values shorter than 40 bytes here
+    shortValue = 3, ///< after "="; the decoder puts values shorter than 40 bytes here
     operation = 4,  ///< an operator; the expression to its right is the operator's content
     content = 5,    ///< in braces; the decoder puts children and longer values here
     sibling = 6,    ///< the next item of the same list
@@ -29,8 +29,8 @@ enum class LinkKind : std::uint32_t {
 
 /// One node of the tree that DER, template text, XML and JSON share: a token and six slots, each owning at most one node.
 ///
-/// The parent of a node is the node whose slot holds it; of a sibling, so, the item before it. A list is walked along its siblings
-/// and may be a million items long: nothing here recurses along a list, or to a depth that input decides.
+/// The parent of a node is the node whose slot holds it; the parent of a sibling is therefore the item before it. A list is walked
+/// along its siblings and may be a million items long: nothing here recurses along a list, or to a depth that input decides.
 class elementNode {
 public:
     elementNode(const elementNode&) = delete;
@@ -63,7 +63,7 @@ public:
     elementNode* content() const { return slot(LinkKind::content); }
     elementNode* next() const { return next_; }
 
-    /// The filled slots but for the sibling's one after the other, in the order of their kinds.
+    /// The filled slots except the sibling's, in the order of their kinds.
     elementNode* firstPart() const { return firstPart_; }
     elementNode* nextPart() const { return nextPart_; }
 
@@ -126,12 +126,12 @@ private:
     ~elementNode() = default;
 
     elementNode* replace(LinkKind kind, ElementNodePtr node);
-    /// The pointer in which a part of this kind hangs, or would.
+    /// The pointer that holds a part of this kind, or would hold it.
     elementNode** linkOf(LinkKind kind);
 
     elementNode* parent_ = nullptr;
     elementNode* next_ = nullptr;
-    /// The filled slots but for the sibling's, in the order of their kinds: few nodes have more than two.
+    /// The filled slots except the sibling's, in the order of their kinds: few nodes have more than two.
     elementNode* firstPart_ = nullptr;
     elementNode* nextPart_ = nullptr;
     element token_;

@@ -47,7 +47,7 @@ private:
 
     /// Precedes its nodes. Counts those alive and those not yet made, and the pool.
     struct Block;
-    /// Destroys nodes one after the other, and settles with each block once for a run of nodes.
+    /// Destroys nodes, and updates the count of a block once for a run of its nodes.
     class Returned {
     public:
         Returned() = default;

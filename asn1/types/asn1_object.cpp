@@ -150,7 +150,7 @@ const elementNode* CCryptoASN1Object::find(std::string_view name) const
     return binding != nullptr ? binding->node : nullptr;
 }
 
-/// A placeholder by itself is bound to a whole element, of which the value is meant.
+/// A placeholder by itself is bound to a whole element, and means its value.
 const elementNode* CCryptoASN1Object::valueOf(std::string_view name) const
 {
     const elementNode* const node = find(name);

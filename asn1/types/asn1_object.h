@@ -63,7 +63,7 @@ protected:
     /// For the constructors that take data: parses, and logs "Invalid elementToParse" for a node that does not match.
     void construct(const elementNode* elementToParse);
 
-    /// Gives up what the fields hold; called before ParseNode and after a failure.
+    /// Clears the fields; called before ParseNode and after a failure.
     virtual void ClearFields() {}
 
     /// The template to fill, fresh for each build.

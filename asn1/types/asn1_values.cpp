@@ -16,9 +16,9 @@ constexpr const char* generalizedTimeTemplate = "GeneralizedType=dateTime";
 constexpr const char* generalStringTemplate = "GeneralString=value";
 
 constexpr std::size_t secondsLength = std::string_view("YYYYMMDDHHMMSS").size();
-constexpr std::size_t mostFractionDigits = 3; ///< milliseconds
+constexpr std::size_t maxFractionDigits = 3; ///< milliseconds
 
-/// The time of a DER GeneralizedTime; invalid for any other text. Digits behind the milliseconds are cut off.
+/// The time of a DER GeneralizedTime; invalid for any other text. Digits after the milliseconds are cut off.
 CCryptoDateTime TimeOfGeneralizedTime(std::string_view text)
 {
     const auto areDigits = [](std::string_view digits) { return std::ranges::all_of(digits, IsDigit); };
@@ -28,7 +28,7 @@ CCryptoDateTime TimeOfGeneralizedTime(std::string_view text)
     if (!fraction.empty() && (fraction[0] != '.' || fraction.size() == 1 || !areDigits(fraction.substr(1))))
         return {};
     CCryptoString kept(text.substr(0, secondsLength));
-    kept.append(fraction.substr(0, 1 + mostFractionDigits)).append("Z");
+    kept.append(fraction.substr(0, 1 + maxFractionDigits)).append("Z");
     return CCryptoDateTime(kept);
 }
 

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-/// A value behind a context-specific tag.
+/// A value with a context-specific tag.
 class CCryptoASN1ContextSpecific : public CCryptoASN1Object {
 public:
     CCryptoASN1ContextSpecific();
@@ -25,7 +25,7 @@ protected:
 
 private:
     std::uint32_t tagNumber_ = 0;
-    bool isConstructed_ = false; ///< as it was read, which content does not tell when there is none
+    bool isConstructed_ = false; ///< as it was read: an empty value does not imply it
     ElementNodePtr content_;
 };
 
@@ -36,7 +36,7 @@ public:
     explicit CCryptoASN1ObjectIdentifier(const CCryptoString& dotted);
 
     bool BuildNode() override;
-    /// False for a node that is no OBJECT_IDENTIFIER, and for one whose octets have no dotted form.
+    /// False for a node that is not an OBJECT_IDENTIFIER, and for one whose octets have no dotted form.
     bool ParseNode() override;
 
     /// Dotted text; empty when nothing was parsed.
@@ -68,7 +68,7 @@ private:
 };
 
 /// A GeneralizedTime as DER has it (X.690, 11.7): YYYYMMDDHHMMSS, a fraction of a second or none, "Z". Of the
-/// fraction milliseconds are kept; zeros at its end, which DER leaves out, are passed over.
+/// fraction milliseconds are kept; zeros at its end, which DER leaves out, are ignored.
 class CCryptoASN1GeneralizedTime : public CCryptoASN1Object {
 public:
     CCryptoASN1GeneralizedTime();

@@ -9,7 +9,7 @@ class bitString : public CCryptoASN1Object {
 public:
     bitString();
     explicit bitString(const elementNode* node);
-    /// \param unusedBits how many of the last byte's lowest bits do not count, 0 to 7.
+    /// \param unusedBits the number of unused low bits in the last byte, 0 to 7.
     bitString(const element& bits, std::uint32_t unusedBits);
 
     bool BuildNode() override;

@@ -1,6 +1,8 @@
+#include "asn1/der/decimal.h"
 #include "asn1/parser/parser.h"
 #include "asn1/parser/parser_search.h"
 #include "asn1/template/push_der_buffer.h"
+#include "asn1/template/unfilled_items.h"
 #include "core/text/hex.h"
 #include "tests/support/captured_log.h"
 
@@ -108,6 +110,28 @@ TEST(Encode, WritesNoTreeThatItCouldNotReadBack)
     EXPECT_TRUE(CCryptoParser::ToDer(optional.get()).isEmpty());
 }
 
+TEST(Encode, DropsWhatWritesNothing)
+{
+    const std::pair<const char*, const char*> cases[] = {
+        {"SEQUENCE { a, INTEGER(OPTIONAL) = b, INTEGER = 5 }", "SEQUENCE {\n    INTEGER = 5\n}\n"},
+        {"SEQUENCE { NULL(OPTIONAL), SET(OPTIONAL) { a }, NULL }", "SEQUENCE {\n    NULL\n}\n"},
+        {"SET(OPTIONAL) { SEQUENCE { a } }, NULL", "NULL\n"},
+        {"SET(OPTIONAL) { NULL }", "SET (OPTIONAL) {\n    NULL\n}\n"},
+        {"#A0(OPTIONAL) { #83 { a } }, #84 { #85(OPTIONAL) = b, #01 }", "#84 {\n    #01\n}\n"},
+        {"#84(OPTIONAL), #85(OPTIONAL) { #01 }", "#84 (OPTIONAL),\n#85 (OPTIONAL) {\n    #01\n}\n"},
+    };
+    for (const auto& [text, left] : cases) {
+        SCOPED_TRACE(text);
+        CCryptoParser parser;
+        ASSERT_TRUE(parser.Load_ASCII_Memory(text));
+        const element der = parser.ToDer();
+        ElementNodePtr tree = parser.takeRoot();
+        DropUnfilledItems(tree);
+        EXPECT_EQ(CCryptoParser::ToText(tree.get()), left);
+        EXPECT_EQ(CCryptoParser::ToDer(tree.get()), der);
+    }
+}
+
 TEST(Encode, WarnsOfWhatItWritesAsItIs)
 {
     const struct {
@@ -131,6 +155,49 @@ TEST(Encode, WarnsOfWhatItWritesAsItIs)
         EXPECT_EQ(std::ranges::count_if(lines, isWarning), *warning != '\0');
         EXPECT_EQ(std::ranges::count(lines, warning), *warning != '\0');
     }
+}
+
+/// The number that decimal digits and big-endian bytes stand for, modulo a prime.
+template <typename Digits>
+std::uint64_t Remainder(const Digits& digits, std::uint64_t base, std::uint64_t zero)
+{
+    constexpr std::uint64_t prime = 4294967291;
+    std::uint64_t remainder = 0;
+    for (const auto digit : digits)
+        remainder = (remainder * base + static_cast<std::uint8_t>(digit) - zero) % prime;
+    return remainder;
+}
+
+TEST(Encode, TakesDecimalNumbersOfAnyLength)
+{
+    // Sizes around a block of digits and its multiples.
+    for (const std::size_t length : {2303u, 2304u, 2305u, 4608u, 4609u, 9865u, 9216u, 9217u, 50000u}) {
+        SCOPED_TRACE(length);
+        std::uint32_t state = static_cast<std::uint32_t>(length);
+        std::string digits(length, '9');
+        for (const bool isRandom : {false, true}) {
+            for (char& digit : digits) {
+                state = state * 1664525 + 1013904223;
+                digit = isRandom ? static_cast<char>('0' + state / 65536 % 10) : digit;
+            }
+            digits[0] = '9';
+            const element number = IntegerFromDecimal(digits);
+            EXPECT_EQ(Remainder(number.bytes(), 256, 0), Remainder(digits, 10, '0'));
+            // log2(9) to log2(10) bits more for the first digit.
+            EXPECT_NEAR(number.length(), static_cast<double>(length) * 3.321928 / 8, 1);
+            EXPECT_NE(number[0], 0);
+        }
+    }
+    std::string power = "1" + std::string(30000, '0');
+    const element number = IntegerFromDecimal(power);
+    const element one = IntegerFromDecimal(std::string(9000, '0') + "1");
+    EXPECT_EQ(HexText(one.bytes()), "01");
+    // Divisible by two as often as by ten.
+    for (std::uint32_t octet = 1; octet <= 3750; ++octet)
+        ASSERT_EQ(number[number.length() - octet], 0);
+    CCryptoParser parser;
+    ASSERT_TRUE(parser.Load_ASCII_Memory("INTEGER=" + power));
+    EXPECT_EQ(parser.root()->value()->token(), number);
 }
 
 TEST(Parser, NamesTheNodeThatIsMissing)

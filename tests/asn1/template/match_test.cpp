@@ -148,6 +148,8 @@ constexpr MatchCase bitStringCases[] = {
     {"BIT_STRING{u,sig(OPTIONAL)}", "030100", "u=0"},
     {"BIT_STRING[u]{sig}", "030205a0", "u=5 sig=a0"},
     {"BIT_STRING[4]{sig}", "030205a0", "! BIT_STRING: the value differs"},
+    {"BIT_STRING[5]{sig}", "030205a0", "sig=a0"},
+    {"BIT_STRING[-5]{sig}", "030205a0", "! BIT_STRING: the value differs"},
     {"BIT_STRING=#05a0", "030205a0", ""},
     {"BIT_STRING{u,sig}", "0300", "! BIT_STRING: no data is left"},
 };

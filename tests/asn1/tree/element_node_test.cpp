@@ -9,6 +9,7 @@
 #include <array>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -106,6 +107,17 @@ TEST(NodePool, OpensBlocksOfTheExpectedSize)
                 nodes.push_back(pool.make(ElementType::asn1Null));
             EXPECT_EQ(pool.made(), step.made);
         }
+    }
+}
+
+TEST(NodePool, DoublesItsBlocksWhenItIsToldNothing)
+{
+    NodePool pool;
+    std::vector<ElementNodePtr> nodes;
+    for (const auto& [taken, made] : {std::pair{8u, 8u}, {1u, 24u}, {16u, 56u}, {32u, 120u}}) {
+        for (std::uint32_t count = 0; count < taken; ++count)
+            nodes.push_back(pool.make(ElementType::asn1Null));
+        EXPECT_EQ(pool.made(), made);
     }
 }
 
