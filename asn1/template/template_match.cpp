@@ -269,8 +269,7 @@ bool CCryptoTemplateMatch::matchExcluded(const elementNode& item, const elementN
     if (matchList(item.value(), data, depth + 1))
         return true;
     // Without a tag of its own the item is absent when its first element is.
-    const bool isAbsent =
-        data == start && failedData_ == start && (failedReason_ == Reason::otherType || failedReason_ == Reason::noData);
+    const bool isAbsent = failedData_ == start && (failedReason_ == Reason::otherType || failedReason_ == Reason::noData);
     if (!isAbsent || !HasModifier(item, ElementType::optional))
         return false;
     bindings_.resize(bound);

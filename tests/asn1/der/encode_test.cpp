@@ -35,6 +35,7 @@ TEST(Encode, WritesOrRefusesWhatATemplateAsksFor)
         {"UTF8String = 'a'", "0c0161"},
         {"UTF8String = '\xC3\xA4'", "0c02c3a4"},
         {"BIT_STRING[0] = 1", "030100"},
+        {"BIT_STRING = 1", "030101"},
         {"BIT_STRING[7] = 128", "03020780"},
         {"BIT_STRING[255] = #80", "0302ff80"},
         {"BIT_STRING[256] = #80", "", "A BIT_STRING cannot have 256 unused bits"},

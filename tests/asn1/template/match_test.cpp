@@ -116,6 +116,8 @@ constexpr MatchCase constantCases[] = {
     {"OCTET_STRING{#00,r}", "0403004142", "r=4142"},
     {"OCTET_STRING{#00,r}", "0403014142", "! OCTET_STRING: the value differs"},
     {"OCTET_STRING{#00,r}", "040100", "r="},
+    {"OCTET_STRING{#00,r(OPTIONAL)}", "040100", ""},
+    {"OCTET_STRING{#00,r(OPTIONAL)}", "04020041", "r=41"},
     {"OCTET_STRING{#00,#41}", "0403004142", "! OCTET_STRING: the value differs"},
     {"OCTET_STRING{#00,#41}", "04020041", ""},
     {"OCTET_STRING=\"A\"", "0400", "! OCTET_STRING: the value differs"},
