@@ -341,6 +341,17 @@ TEST(Values, BuildWhatTheyReadAndReadTheTreesTheyBuild)
     }
 }
 
+TEST(Values, TakeTheOctetsOfWhatWasDecodedInsideStrings)
+{
+    const DerOptions looking{.insideOctetStrings = true, .insideBitStrings = true};
+    CCryptoParser octets;
+    ASSERT_TRUE(octets.Load_DER_Memory(Der("\x04\x05\x02\x01\x05\x05\x00"sv), looking));
+    EXPECT_EQ(Hex(CCryptoASN1OctetStringObject(octets.root()).bytes()), "0201050500");
+    CCryptoParser bits;
+    ASSERT_TRUE(bits.Load_DER_Memory(Der("\x03\x04\x00\x02\x01\x05"sv), looking));
+    EXPECT_EQ(Hex(bitString(bits.root()).bits()), "020105");
+}
+
 TEST(GeneralizedTime, TakesTheFormOfDerAlone)
 {
     const std::pair<std::string, bool> cases[] = {
