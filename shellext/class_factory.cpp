@@ -35,6 +35,8 @@ HRESULT ClassFactory::CreateInstance(IUnknown* outer, REFIID riid, void** ppv) n
     return Guarded([&] {
         CCryptoAutoLogger logger("ClassFactory::CreateInstance");
 
+        if (ppv != nullptr)
+            *ppv = nullptr;
         if (outer != nullptr)
             return logger.fail(CLASS_E_NOAGGREGATION);
         auto* handler = new (std::nothrow) FileContextMenuExt;

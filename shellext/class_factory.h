@@ -18,7 +18,8 @@ public:
     STDMETHODIMP_(ULONG) AddRef() noexcept override;
     STDMETHODIMP_(ULONG) Release() noexcept override;
 
-    /// \return CLASS_E_NOAGGREGATION for any outer object, E_OUTOFMEMORY, or what the new handler says to `riid`.
+    /// \return CLASS_E_NOAGGREGATION for any outer object, E_OUTOFMEMORY, or the new handler's answer to `riid`; on failure `*ppv`
+    /// is null.
     STDMETHODIMP CreateInstance(IUnknown* outer, REFIID riid, void** ppv) noexcept override;
     /// Locks or unlocks the library, not this object.
     STDMETHODIMP LockServer(BOOL lock) noexcept override;

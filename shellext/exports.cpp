@@ -1,8 +1,8 @@
 #include "core/diagnostics/auto_logger.h"
 #include "shellext/class_factory.h"
 #include "shellext/com/bounded_text.h"
-#include "shellext/com/class_id.h"
 #include "shellext/com/hresult.h"
+#include "shellext/com/module.h"
 #include "shellext/com/registration.h"
 
 #include <new>
@@ -66,6 +66,8 @@ STDAPI DllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv)
     if (!IsEqualCLSID(rclsid, CLSID_FileContextMenuExt))
         return CLASS_E_CLASSNOTAVAILABLE;
     return Guarded([&] {
+        if (ppv != nullptr)
+            *ppv = nullptr;
         auto* factory = new (std::nothrow) ClassFactory;
         if (factory == nullptr)
             return E_OUTOFMEMORY;

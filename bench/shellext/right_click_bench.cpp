@@ -1,5 +1,5 @@
 #include "bench/shellext/plain_handler.h"
-#include "shellext/com/class_id.h"
+#include "shellext/com/module.h"
 #include "shellext/com/com_ptr.h"
 #include "tests/shellext/context_menu/scripted_data_object.h"
 

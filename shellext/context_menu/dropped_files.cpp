@@ -3,7 +3,27 @@
 #include <shlobj.h>
 
 #include <algorithm>
+#include <cstring>
 #include <cwchar>
+
+namespace {
+
+/// Whether a list of zero-terminated texts ends, with an empty text, inside the `size` bytes from `list` on.
+template <typename Unit>
+bool EndsInside(const char* list, std::size_t size)
+{
+    bool isTextStart = true;
+    for (std::size_t offset = 0; size - offset >= sizeof(Unit); offset += sizeof(Unit)) {
+        Unit unit;
+        std::memcpy(&unit, list + offset, sizeof unit);
+        if (unit == 0 && isTextStart)
+            return true;
+        isTextStart = unit == 0;
+    }
+    return false;
+}
+
+} // namespace
 
 DroppedFiles::DroppedFiles(IDataObject& source)
 {
@@ -14,8 +34,7 @@ DroppedFiles::DroppedFiles(IDataObject& source)
     }
     if (medium_.tymed == TYMED_HGLOBAL)
         memory_ = GlobalLock(medium_.hGlobal);
-    if (memory_ != nullptr)
-        findFirst();
+    isBounded_ = memory_ != nullptr && findFirst();
 }
 
 DroppedFiles::~DroppedFiles()
@@ -25,15 +44,23 @@ DroppedFiles::~DroppedFiles()
     ReleaseStgMedium(&medium_);
 }
 
-void DroppedFiles::findFirst()
+bool DroppedFiles::findFirst()
 {
     const std::size_t size = GlobalSize(medium_.hGlobal);
     const auto* header = static_cast<const DROPFILES*>(memory_);
-    if (size < sizeof(DROPFILES) || !header->fWide || header->pFiles > size || header->pFiles % sizeof(wchar_t) != 0)
-        return;
-    const auto* bytes = static_cast<const char*>(memory_);
-    next_ = reinterpret_cast<const wchar_t*>(bytes + header->pFiles);
-    end_ = next_ + (size - header->pFiles) / sizeof(wchar_t);
+    if (size < sizeof(DROPFILES) || header->pFiles > size)
+        return false;
+    const char* list = static_cast<const char*>(memory_) + header->pFiles;
+    const std::size_t listSize = size - header->pFiles;
+    if (!header->fWide)
+        return EndsInside<char>(list, listSize);
+    if (!EndsInside<wchar_t>(list, listSize))
+        return false;
+    if (header->pFiles % sizeof(wchar_t) == 0) {
+        next_ = reinterpret_cast<const wchar_t*>(list);
+        end_ = next_ + listSize / sizeof(wchar_t);
+    }
+    return true;
 }
 
 UINT DroppedFiles::count() const
@@ -53,7 +80,7 @@ std::size_t DroppedFiles::query(UINT index, wchar_t (&path)[textCapacity])
         return querySystem(index, path);
 
     const wchar_t* const terminator = std::find(next_, end_, L'\0');
-    if (terminator == end_ || terminator == next_) {
+    if (terminator == next_) {
         next_ = nullptr;
         return querySystem(index, path);
     }

@@ -4,16 +4,12 @@
 #include "shellext/com/bounded_text.h"
 #include "shellext/com/module.h"
 #include "shellext/context_menu/menu_bitmap.h"
-#include "shellext/context_menu/menu_texts.h"
 
 #include <windows.h>
 
 #include <shlobj.h>
 
 #include <atomic>
-
-class CCryptoAutoLogger;
-class DroppedFiles;
 
 /// The context-menu handler: takes selections whose first path contains ".pdf", offers one entry in the user's language, and hands
 /// the paths to the signing client when the entry is chosen.
@@ -28,22 +24,23 @@ public:
     FileContextMenuExt(const FileContextMenuExt&) = delete;
     FileContextMenuExt& operator=(const FileContextMenuExt&) = delete;
 
-    /// IContextMenu, which also stands for IUnknown, and IShellExtInit.
+    /// IContextMenu, which also answers for IUnknown, and IShellExtInit.
     STDMETHODIMP QueryInterface(REFIID riid, void** ppv) noexcept override;
     STDMETHODIMP_(ULONG) AddRef() noexcept override;
     STDMETHODIMP_(ULONG) Release() noexcept override;
 
     /// Takes the selection; the paths are added to those of an earlier call.
-    /// \return E_INVALIDARG without a data object; E_FAIL when it holds no file list, when the first path does not contain ".pdf",
-    /// or when there are several files and the settings do not allow that.
+    /// \return E_INVALIDARG without a data object; E_FAIL when it holds no file list or a malformed one, when the first path does
+    /// not contain ".pdf", or when there are several files and the settings do not allow that.
     STDMETHODIMP Initialize(PCIDLIST_ABSOLUTE folder, IDataObject* selection, HKEY programIdKey) noexcept override;
 
-    /// Inserts the entry, as command `idCmdFirst`, and a separator behind it.
-    /// \return 1, the number of commands; 0 under CMF_DEFAULTONLY, which inserts nothing; the system's error when the menu refuses.
+    /// Inserts the entry, as command `idCmdFirst`, and a separator after it.
+    /// \return 1, the number of commands; 0 under CMF_DEFAULTONLY, which inserts nothing; the system's error when the menu refuses,
+    /// 0 where the system gives none.
     STDMETHODIMP QueryContextMenu(HMENU menu, UINT index, UINT idCmdFirst, UINT idCmdLast, UINT flags) noexcept override;
 
-    /// \return S_OK once the paths were handed to the signing client, whatever it made of them; E_FAIL for any command but offset
-    /// 0, and when the signing client is not to be reached; E_INVALIDARG without a command.
+    /// \return S_OK once the paths were handed to the signing client, whatever it makes of them; E_FAIL for any command but offset
+    /// 0, and when the signing client cannot be reached; E_INVALIDARG without a command.
     STDMETHODIMP InvokeCommand(CMINVOKECOMMANDINFO* command) noexcept override;
 
     /// Writes the command's name (GCS_VERBW) or help text (GCS_HELPTEXTW) to `name`, which holds `capacity` 16-bit units; the other
@@ -57,10 +54,7 @@ public:
 private:
     ~FileContextMenuExt() = default;
 
-    HRESULT takeFiles(DroppedFiles& files, UINT count, CCryptoAutoLogger& logger);
-
     std::atomic<ULONG> references_ = 1;
-    wchar_t currentFileName_[textCapacity] = {};
     CCryptoString selectedFiles_;
     module::ObjectReference counted_;
     bool multipleAllowed_ = true;

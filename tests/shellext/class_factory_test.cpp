@@ -5,6 +5,21 @@
 #include <gtest/gtest.h>
 #include <shlobj.h>
 
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+bool memoryIsShort = false;
+
+}
+
+// In place of the library's, for this program.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    return memoryIsShort ? nullptr : std::malloc(size);
+}
+
 TEST(ClassFactory, LeavesNothingBehindWhenItRefuses)
 {
     const InstalledSettings settings({});
@@ -26,12 +41,13 @@ TEST(ClassFactory, LeavesNothingBehindWhenItRefuses)
         };
         for (const Case& c : cases) {
             SCOPED_TRACE(c.name);
-            void* object = nullptr;
+            void* object = factory.get();
             EXPECT_EQ(factory->CreateInstance(c.outer, c.interfaceId, &object), c.result);
             EXPECT_EQ(object, nullptr);
             EXPECT_EQ(module::ObjectCount(), before + 1);
         }
         EXPECT_EQ(factory->CreateInstance(nullptr, IID_IContextMenu, nullptr), E_POINTER);
+        EXPECT_EQ(factory->CreateInstance(factory.get(), IID_IContextMenu, nullptr), CLASS_E_NOAGGREGATION);
         EXPECT_EQ(module::ObjectCount(), before + 1);
     }
     EXPECT_EQ(module::ObjectCount(), before);
@@ -60,5 +76,23 @@ TEST(ClassFactory, HandsOutOneObjectUnderAllItsInterfaces)
     EXPECT_EQ(menu->Release(), 2U);
     EXPECT_EQ(initializer->Release(), 1U);
     EXPECT_EQ(unknown->Release(), 0U);
+    EXPECT_EQ(module::ObjectCount(), before + 1);
+}
+
+TEST(ClassFactory, SaysThatThereIsNoMemory)
+{
+    const InstalledSettings settings({});
+    const LONG before = module::ObjectCount();
+    const Owned<ClassFactory> factory(new ClassFactory);
+    void* handler = factory.get();
+    void* secondFactory = factory.get();
+    memoryIsShort = true;
+    const HRESULT handlerMade = factory->CreateInstance(nullptr, IID_IContextMenu, &handler);
+    const HRESULT factoryMade = DllGetClassObject(CLSID_FileContextMenuExt, IID_IClassFactory, &secondFactory);
+    memoryIsShort = false;
+    EXPECT_EQ(handlerMade, E_OUTOFMEMORY);
+    EXPECT_EQ(handler, nullptr);
+    EXPECT_EQ(factoryMade, E_OUTOFMEMORY);
+    EXPECT_EQ(secondFactory, nullptr);
     EXPECT_EQ(module::ObjectCount(), before + 1);
 }

@@ -1,5 +1,5 @@
 #include "core/platform/win32/wide.h"
-#include "shellext/com/class_id.h"
+#include "shellext/com/module.h"
 #include "shellext/com/com_ptr.h"
 #include "shellext/com/hresult.h"
 #include "tools/menuhost/arguments.h"

@@ -1,4 +1,4 @@
-#include "shellext/com/class_id.h"
+#include "shellext/com/module.h"
 #include "shellext/com/com_ptr.h"
 #include "tests/shellext/com/loaded_library.h"
 #include "tests/shellext/context_menu/gdi_objects.h"

@@ -1,4 +1,4 @@
-#include "shellext/com/class_id.h"
+#include "shellext/com/module.h"
 #include "shellext/com/registration.h"
 #include "tests/shellext/com/classes_hive.h"
 #include "tests/shellext/com/loaded_library.h"

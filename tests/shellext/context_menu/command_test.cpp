@@ -1,6 +1,7 @@
 #include "core/platform/win32/wide.h"
 #include "ipc/pipe_server.h"
 #include "shellext/context_menu/file_context_menu_ext.h"
+#include "shellext/sign_action.h"
 #include "tests/shellext/context_menu/memory_settings.h"
 #include "tests/shellext/context_menu/scripted_data_object.h"
 #include "tests/shellext/owned.h"
@@ -35,7 +36,7 @@ const void* Offset(UINT_PTR offset)
     return reinterpret_cast<const void*>(offset);
 }
 
-/// What a GUI server is told: each request's type and body. It acknowledges the requests that wait for it.
+/// What a GUI server receives: each request's type and body. It acknowledges the requests that wait for it.
 struct GuiServer {
     struct Request {
         std::uint32_t type;
@@ -80,7 +81,7 @@ std::string TextItem(const std::string& text)
 
 } // namespace
 
-TEST_F(Command, EntersTheMenuWithASeparatorBehindIt)
+TEST_F(Command, EntersTheMenuWithASeparatorAfterIt)
 {
     const OwnedMenu menu(CreatePopupMenu());
     AppendMenuW(menu.get(), MF_STRING, 500, L"first");
@@ -105,28 +106,29 @@ TEST_F(Command, EntersTheMenuWithASeparatorBehindIt)
     SetLastError(ERROR_INVALID_MENU_HANDLE); // Wine does not say it
     EXPECT_EQ(handler_->QueryContextMenu(gone, 0, 40, 60, CMF_NORMAL),
               static_cast<HRESULT>(0x80070000 | ERROR_INVALID_MENU_HANDLE));
+    SetLastError(ERROR_SUCCESS);
+    EXPECT_EQ(handler_->QueryContextMenu(gone, 0, 40, 60, CMF_NORMAL), S_OK) << "no reason, no command";
 }
 
 TEST_F(Command, AnswersForItsTexts)
 {
     constexpr auto cut = static_cast<HRESULT>(0x8007007A);
     const std::wstring untouched(40, L'#');
-    const std::wstring help = MenuTextsFor(L"en-US").help;
     struct Case {
         const char* name;
         UINT_PTR command;
         UINT kind;
         UINT capacity;
         HRESULT result;
-        std::wstring written; ///< as a text; what is behind its zero must be untouched
+        std::wstring written; ///< as a text; what follows its zero must be untouched
     };
     const Case cases[] = {
         {"name", 0, GCS_VERBW, 13, S_OK, L"PdfSignature"},
-        {"name, no room for the zero", 0, GCS_VERBW, 12, cut, L"PdfSignatur"},
+        {"name, no space for the zero", 0, GCS_VERBW, 12, cut, L"PdfSignatur"},
         {"name cut", 0, GCS_VERBW, 5, cut, L"PdfS"},
-        {"room for the zero alone", 0, GCS_VERBW, 1, cut, L""},
-        {"no room", 0, GCS_VERBW, 0, E_INVALIDARG, untouched},
-        {"too much room", 0, GCS_VERBW, 0x80000000, E_INVALIDARG, L""},
+        {"space for the zero alone", 0, GCS_VERBW, 1, cut, L""},
+        {"no space", 0, GCS_VERBW, 0, E_INVALIDARG, untouched},
+        {"too much space", 0, GCS_VERBW, 0x80000000, E_INVALIDARG, L""},
         {"8-bit name", 0, GCS_VERBA, 40, S_OK, untouched},
         {"8-bit help", 0, GCS_HELPTEXTA, 40, S_OK, untouched},
         {"asked whether it exists", 0, GCS_VALIDATEW, 40, S_OK, untouched},
@@ -212,7 +214,7 @@ TEST(MenuTexts, FollowTheLocaleName)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(platform::WideToUtf8(c.locale));
-        EXPECT_STREQ(MenuTextsFor(c.locale).menu, c.menu);
-        EXPECT_STREQ(MenuTextsFor(c.locale).help, c.help);
+        EXPECT_STREQ(ccrypto::MenuTextsFor(c.locale).menu, c.menu);
+        EXPECT_STREQ(ccrypto::MenuTextsFor(c.locale).help, c.help);
     }
 }

@@ -1,7 +1,5 @@
 #include "tests/shellext/context_menu/scripted_data_object.h"
 
-#include <shlobj.h>
-
 #include <cstring>
 
 ScriptedDataObject::ScriptedDataObject(Script script, const std::vector<std::wstring>& names) : script_(script)
@@ -22,6 +20,16 @@ ScriptedDataObject::ScriptedDataObject(Script script, const std::vector<std::wst
     DROPFILES header = {};
     header.pFiles = sizeof header;
     header.fWide = script != Script::byteList;
+    fill(header, bytes);
+}
+
+ScriptedDataObject::ScriptedDataObject(DROPFILES header, std::wstring_view list) : script_(Script::wideList)
+{
+    fill(header, {reinterpret_cast<const char*>(list.data()), list.size() * sizeof(wchar_t)});
+}
+
+void ScriptedDataObject::fill(const DROPFILES& header, std::string_view bytes)
+{
     memory_ = GlobalAlloc(GMEM_MOVEABLE, sizeof header + bytes.size());
     auto* target = static_cast<char*>(GlobalLock(memory_));
     std::memcpy(target, &header, sizeof header);

@@ -3,8 +3,10 @@
 #include <windows.h>
 
 #include <objidl.h>
+#include <shlobj.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// A data object that does what the shell's own never does, and counts the media it has handed out and not got back.
@@ -20,11 +22,14 @@ public:
     };
 
     ScriptedDataObject(Script script, const std::vector<std::wstring>& names);
+    /// Hands out a list of 16-bit names with whatever its header says.
+    ScriptedDataObject(DROPFILES header, std::wstring_view list);
     ~ScriptedDataObject();
     ScriptedDataObject(const ScriptedDataObject&) = delete;
     ScriptedDataObject& operator=(const ScriptedDataObject&) = delete;
 
     LONG mediaOutstanding() const { return media_.count; }
+    UINT locks() const { return GlobalFlags(memory_) & GMEM_LOCKCOUNT; }
 
     STDMETHODIMP QueryInterface(REFIID, void** ppv) override;
     STDMETHODIMP_(ULONG) AddRef() override { return 2; }
@@ -48,6 +53,8 @@ private:
 
         LONG count = 0;
     };
+
+    void fill(const DROPFILES& header, std::string_view bytes);
 
     Script script_;
     HGLOBAL memory_ = nullptr;

@@ -1,13 +1,14 @@
 #include "core/platform/win32/wide.h"
-#include "core/settings/process_logger.h"
 #include "shellext/context_menu/dropped_files.h"
 #include "shellext/context_menu/file_context_menu_ext.h"
 #include "tests/shellext/context_menu/memory_settings.h"
 #include "tests/shellext/context_menu/scripted_data_object.h"
 #include "tests/shellext/owned.h"
 #include "tests/shellext/temporary_files.h"
+#include "tests/support/captured_log.h"
 #include "tools/menuhost/shell_selection.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -34,23 +35,6 @@ std::string Joined(const Names& paths)
         text += (text.empty() ? "" : "*") + platform::WideToUtf8(path);
     return text;
 }
-
-std::vector<std::string> loggedLines;
-
-/// Everything the library logs while it lives.
-class LogCapture {
-public:
-    LogCapture() { loggedLines.clear(); }
-
-    static bool contains(std::string_view text)
-    {
-        return std::any_of(loggedLines.begin(), loggedLines.end(),
-                           [&](const std::string& line) { return line.find(text) != std::string::npos; });
-    }
-
-private:
-    CCryptoProcessLogger logger_{[](const char* line) { loggedLines.emplace_back(line); }, "Pennwick Client", "shellexttests"};
-};
 
 } // namespace
 
@@ -107,15 +91,14 @@ TEST(Selection, SaysWhyItIsRefused)
         {{L"C:\\a.pdf", L"C:\\b.pdf"}, "Multi selection is not supported in Ostra version"},
         {{L"C:\\\u00C4.PDF"}, "No entry; no \".pdf\" in the path of the first file: C:\\\xC3\x84.PDF"},
     };
-    const InstalledSettings settings(InstalledSettings::Values{{"debugLevel", "9"}});
+    const InstalledSettings settings({});
     for (const Case& c : cases) {
         SCOPED_TRACE(c.logged);
-        const LogCapture log;
+        const CapturedLog log;
         ScriptedDataObject selection(Script::wideList, c.files);
         const Owned<FileContextMenuExt> handler(new FileContextMenuExt);
         EXPECT_EQ(Initialize(*handler, selection), E_FAIL);
-        EXPECT_TRUE(LogCapture::contains(c.logged));
-        EXPECT_TRUE(LogCapture::contains("Cannot load icon from resource")) << "this program has none; the handler goes without";
+        EXPECT_THAT(log.texts(), ::testing::Contains(c.logged));
     }
 }
 
@@ -133,6 +116,7 @@ TEST(Selection, SurvivesStrangeDataObjects)
         {"nothing to lock", Script::noMemory, {L"C:\\a.pdf"}, nullptr},
         {"a stream", Script::anotherMedium, {L"C:\\a.pdf"}, nullptr},
         {"an empty list", Script::wideList, {}, nullptr},
+        {"a list without its end", Script::cutShort, {L"C:\\a.pdf"}, nullptr},
         {"8-bit names", Script::byteList, {L"C:\\a.pdf", L"C:\\b.txt", L"C:\\c.pdf"}, "C:\\a.pdf*C:\\c.pdf"},
         {"16-bit names", Script::wideList, {L"C:\\a.pdf", L"C:\\b.txt", L"C:\\c.pdf"}, "C:\\a.pdf*C:\\c.pdf"},
     };
@@ -143,10 +127,47 @@ TEST(Selection, SurvivesStrangeDataObjects)
         EXPECT_EQ(Initialize(*handler, selection), c.accepted != nullptr ? S_OK : E_FAIL);
         EXPECT_EQ(handler->selectedFiles().view(), c.accepted != nullptr ? c.accepted : "");
         EXPECT_EQ(selection.mediaOutstanding(), 0);
+        EXPECT_EQ(selection.locks(), 0U);
     }
 
     const Owned<FileContextMenuExt> handler(new FileContextMenuExt);
     EXPECT_EQ(handler->Initialize(nullptr, nullptr, nullptr), E_INVALIDARG);
+}
+
+TEST(Selection, RefusesListsThatLeaveTheirMemory)
+{
+    const InstalledSettings settings(multipleAllowed);
+    constexpr std::wstring_view oneName(L"C:\\a.pdf\0\0", 10);
+    struct Case {
+        const char* name;
+        DWORD offset;
+        bool wide;
+        std::wstring_view list;
+        bool taken;
+    };
+    const Case cases[] = {
+        {"as it should be", 20, true, oneName, true},
+        {"from the middle of a name", 24, true, oneName, true},
+        {"far away", 0x7FFFFFFF, true, oneName, false},
+        {"far away, 8-bit", 0x7FFFFFFF, false, oneName, false},
+        {"a negative distance", 0xFFFFFFF0, true, oneName, false},
+        {"one byte after the end", 41, true, oneName, false},
+        {"at the end", 40, true, oneName, false},
+        {"half a unit before the end", 39, true, oneName, false},
+        {"the end is a name", 20, true, oneName.substr(0, 8), false},
+        {"the name ends, the list does not", 20, true, oneName.substr(0, 9), false},
+        {"nothing but the header", 20, true, {}, false},
+        {"8-bit, without its end", 20, false, L"\x2E61\x6470\x0066", false},
+        {"8-bit, with its end", 20, false, {L"\x2E61\x6470\x0066\0", 4}, true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        ScriptedDataObject selection({c.offset, {}, FALSE, c.wide}, c.list);
+        const Owned<FileContextMenuExt> handler(new FileContextMenuExt);
+        EXPECT_EQ(Initialize(*handler, selection), c.taken ? S_OK : E_FAIL);
+        EXPECT_EQ(selection.mediaOutstanding(), 0);
+        EXPECT_EQ(selection.locks(), 0U);
+    }
 }
 
 TEST(Selection, CutsPathsAsTheSystemDoes)

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "core/text/string.h"
+#include "shellext/com/bounded_text.h"
+
+#include <cstddef>
+
+class CCryptoAutoLogger;
+
+namespace ccrypto {
+
+/// What the entry does, whichever menu offers it: its texts, the files it takes, and how the signing client gets them.
+
+/// The texts of the entry in one language.
+struct MenuTexts {
+    const wchar_t* menu; ///< with the "&" before the access key
+    const wchar_t* help; ///< without
+};
+
+/// The language-independent name of the command.
+inline constexpr wchar_t commandName[] = L"PdfSignature";
+
+/// The texts for a locale name such as "sv-FI": Finnish when it contains "fi" anywhere, otherwise Swedish when it contains "sv",
+/// otherwise English. Case matters: "FI" as a region does not make a locale Finnish.
+[[nodiscard]] const MenuTexts& MenuTextsFor(const wchar_t* localeName);
+
+/// The texts for the user's default locale.
+[[nodiscard]] const MenuTexts& UsersMenuTexts();
+
+/// Whether the setting "pdfAllowMultiselect" lets the entry take several files at once. False without it.
+[[nodiscard]] bool IsMultipleSelectionAllowed();
+
+/// The paths that the user selected, in the order of the shell.
+class SelectedPaths {
+public:
+    virtual ~SelectedPaths() = default;
+
+    [[nodiscard]] virtual UINT count() const = 0;
+    /// Writes the path at `index`, cut to 259 characters. \return the characters written; 0 when there is no such path.
+    [[nodiscard]] virtual std::size_t query(UINT index, wchar_t (&path)[textCapacity]) = 0;
+};
+
+/// Appends the paths that contain ".pdf" to `files`, with "*" before each but one of index 0: no Windows path can contain it. The
+/// reason for taking none is logged through `logger`.
+/// \return whether the entry is to be offered: false when the first path does not contain ".pdf", when none does, and for several
+/// files unless `multipleAllowed`.
+[[nodiscard]] bool TakeFiles(SelectedPaths& paths, bool multipleAllowed, CCryptoString& files, CCryptoAutoLogger& logger);
+
+/// Hands paths joined by "*" to the signing client. Waits for its server, minutes at worst.
+/// \return false when the server cannot be reached; nothing is then sent. What the server makes of the files is not known.
+[[nodiscard]] bool HandOver(const CCryptoString& files);
+
+} // namespace ccrypto
