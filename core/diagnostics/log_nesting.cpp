@@ -16,10 +16,12 @@ namespace {
 constexpr std::uint32_t deepest = 255;
 constexpr std::uint32_t fewestThreads = 64;
 
+constexpr char lockName[] = "logNesting";
+
 using DepthTree = CAvlTree<std::uint32_t, std::uint32_t>;
 
 struct NestingTable {
-    CCryptoCS guard{"logNesting"};
+    CCryptoCS guard{lockName};
     std::unique_ptr<DepthTree> depths;
     /// So many counters are kept before the idle ones are dropped.
     std::uint32_t room = fewestThreads;
@@ -88,6 +90,12 @@ void ForgetNesting()
     const CCryptoCSLock lock(&nesting->guard, LockMode::quiet);
     nesting->depths.reset();
     nesting->room = fewestThreads;
+}
+
+void ReleaseNestingLock()
+{
+    std::destroy_at(&nesting->guard);
+    std::construct_at(&nesting->guard, lockName);
 }
 
 std::uint32_t CountedThreads()

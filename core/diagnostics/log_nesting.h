@@ -19,6 +19,10 @@ bool EndByForce(std::uint32_t threadId, const std::function<bool()>& end);
 /// Drops the counters of all threads and gives their storage back.
 void ForgetNesting();
 
+/// Gives the system back what the lock of the counters holds, for a library that is being unloaded: no thread may be in an
+/// operation. An operation that is begun later makes a new lock.
+void ReleaseNestingLock();
+
 /// How many threads have a counter. Those of threads outside of every operation are dropped now and then, so that a host whose
 /// threads come and go keeps no more than twice as many as are at work, or 64.
 std::uint32_t CountedThreads();

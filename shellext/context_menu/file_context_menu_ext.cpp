@@ -11,7 +11,7 @@ FileContextMenuExt::FileContextMenuExt()
 {
     CCryptoAutoLogger logger("FileContextMenuExt::FileContextMenuExt");
 
-    bitmap_ = MakeMenuBitmap();
+    bitmap_ = ccrypto::ProcessMenuPicture().makeBitmap();
     const ccrypto::MenuTexts& texts = ccrypto::UsersMenuTexts();
     CopyBounded(menuText_, textCapacity, texts.menu);
     helpText_ = texts.help;

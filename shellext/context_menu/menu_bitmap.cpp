@@ -7,6 +7,10 @@
 #include <commctrl.h>
 #include <wincodec.h>
 
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
 namespace {
 
 // Handed back by DeleteObject, on purpose, and not by DestroyIcon: the icon itself stays with the process.
@@ -58,34 +62,89 @@ BitmapOwner CreateTopDownBitmap(UINT width, UINT height, void*& bits, CCryptoAut
 
 } // namespace
 
-BitmapOwner MakeMenuBitmap()
-{
-    CCryptoAutoLogger logger("MakeMenuBitmap");
+namespace ccrypto {
 
-    const IconOwner icon = LoadMenuIcon();
-    if (icon == nullptr) {
-        logger.WriteLog("Cannot load icon from resource %d", static_cast<int>(GetLastError()));
-        return nullptr;
-    }
-
-    ComPtr<IWICImagingFactory> imaging;
-    const HRESULT created =
-        CoCreateInstance(CLSID_WICImagingFactory2, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory, imaging.receiveVoid());
-    if (FAILED(created)) {
-        logger.WriteLog("Cannot create imaging factory 0x%x", static_cast<unsigned>(created));
-        return nullptr;
-    }
-
-    ComPtr<IWICBitmap> picture;
+struct MenuPicture::Pixels {
     UINT width = 0;
     UINT height = 0;
-    if (FAILED(imaging->CreateBitmapFromHICON(icon.get(), picture.receive())) || FAILED(picture->GetSize(&width, &height)))
-        return nullptr;
+    std::vector<std::uint32_t> values; ///< row by row from the top
 
-    void* bits = nullptr;
-    BitmapOwner bitmap = CreateTopDownBitmap(width, height, bits, logger);
-    if (bitmap != nullptr)
-        picture->CopyPixels(nullptr, width * 4, width * 4 * height, static_cast<BYTE*>(bits));
-    logger.setResult(bitmap != nullptr);
+    UINT bytes() const { return width * height * 4; }
+};
+
+struct MenuPicture::Decoder {
+    /// \return null, logged, when there is no icon or nothing to decode it with. \param complete whether the pixels are the icon's;
+    /// they are otherwise clear.
+    static std::unique_ptr<Pixels> decode(bool& complete, CCryptoAutoLogger& logger)
+    {
+        const IconOwner icon = LoadMenuIcon();
+        if (icon == nullptr) {
+            logger.WriteLog("Cannot load icon from resource %d", static_cast<int>(GetLastError()));
+            return nullptr;
+        }
+
+        ComPtr<IWICImagingFactory> imaging;
+        const HRESULT created = CoCreateInstance(CLSID_WICImagingFactory2, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
+                                                 imaging.receiveVoid());
+        if (FAILED(created)) {
+            logger.WriteLog("Cannot create imaging factory 0x%x", static_cast<unsigned>(created));
+            return nullptr;
+        }
+
+        ComPtr<IWICBitmap> picture;
+        auto pixels = std::make_unique<Pixels>();
+        if (FAILED(imaging->CreateBitmapFromHICON(icon.get(), picture.receive())) ||
+            FAILED(picture->GetSize(&pixels->width, &pixels->height)))
+            return nullptr;
+        pixels->values.resize(std::size_t{pixels->width} * pixels->height);
+        complete = SUCCEEDED(
+            picture->CopyPixels(nullptr, pixels->width * 4, pixels->bytes(), reinterpret_cast<BYTE*>(pixels->values.data())));
+        return pixels;
+    }
+
+    static BitmapOwner draw(const Pixels& pixels, CCryptoAutoLogger& logger)
+    {
+        void* bits = nullptr;
+        BitmapOwner bitmap = CreateTopDownBitmap(pixels.width, pixels.height, bits, logger);
+        if (bitmap != nullptr)
+            std::memcpy(bits, pixels.values.data(), pixels.bytes());
+        logger.setResult(bitmap != nullptr);
+        return bitmap;
+    }
+};
+
+MenuPicture::~MenuPicture()
+{
+    delete pixels_.load();
+}
+
+BitmapOwner MenuPicture::makeBitmap()
+{
+    CCryptoAutoLogger logger("MakeMenuBitmap");
+    if (const Pixels* const known = pixels_.load(std::memory_order_acquire))
+        return Decoder::draw(*known, logger);
+
+    bool complete = false;
+    std::unique_ptr<const Pixels> decoded = Decoder::decode(complete, logger);
+    if (decoded == nullptr)
+        return nullptr;
+    BitmapOwner bitmap = Decoder::draw(*decoded, logger);
+    // No lock is held while COM works; of threads that decode at the same time the first one's pixels are kept.
+    const Pixels* none = nullptr;
+    if (complete && pixels_.compare_exchange_strong(none, decoded.get(), std::memory_order_acq_rel))
+        static_cast<void>(decoded.release());
     return bitmap;
 }
+
+namespace {
+
+constinit MenuPicture processMenuPicture;
+
+}
+
+MenuPicture& ProcessMenuPicture()
+{
+    return processMenuPicture;
+}
+
+} // namespace ccrypto

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <memory>
 #include <type_traits>
 
@@ -15,6 +16,32 @@ struct GdiObjectDeleter {
 
 using BitmapOwner = std::unique_ptr<std::remove_pointer_t<HBITMAP>, GdiObjectDeleter>;
 
-/// The menu icon as a top-down bitmap of 32 bits per pixel with straight alpha. Needs COM on the calling thread.
-/// \return null, logged, when the icon or the imaging component is not to be had; the entry then goes without a picture.
-BitmapOwner MakeMenuBitmap();
+namespace ccrypto {
+
+/// The picture of the menu entry: decodes the library's icon once and makes any number of bitmaps of it, from any thread.
+///
+/// Every icon that is loaded stays with the process, so the pixels are kept and the icon is not loaded again. A failure is not
+/// kept: the next bitmap tries anew.
+class MenuPicture {
+public:
+    constexpr MenuPicture() = default;
+    ~MenuPicture();
+    MenuPicture(const MenuPicture&) = delete;
+    MenuPicture& operator=(const MenuPicture&) = delete;
+
+    /// A top-down bitmap of 32 bits per pixel, colours multiplied by alpha, as menus draw them. Until the icon is decoded the
+    /// calling thread needs COM. \return null, logged, when the icon, the imaging component or the screen is not available; the
+    /// entry then has no picture.
+    [[nodiscard]] BitmapOwner makeBitmap();
+
+private:
+    struct Pixels;
+    struct Decoder;
+
+    std::atomic<const Pixels*> pixels_ = nullptr;
+};
+
+/// The one of the process.
+MenuPicture& ProcessMenuPicture();
+
+} // namespace ccrypto

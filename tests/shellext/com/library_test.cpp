@@ -1,24 +1,16 @@
-#include "shellext/com/module.h"
 #include "shellext/com/com_ptr.h"
+#include "shellext/com/module.h"
+#include "tests/shellext/com/footprint.h"
 #include "tests/shellext/com/loaded_library.h"
-#include "tests/shellext/context_menu/gdi_objects.h"
 #include "tests/shellext/context_menu/scripted_data_object.h"
 #include "tests/shellext/owned.h"
 
 #include <gtest/gtest.h>
 #include <shlobj.h>
 
-#include <algorithm>
 #include <memory>
 
 namespace {
-
-DWORD OpenHandles()
-{
-    DWORD count = 0;
-    GetProcessHandleCount(GetCurrentProcess(), &count);
-    return count;
-}
 
 /// The thread-local slot the system would give out next; a process has some thousand.
 DWORD FirstFreeSlot()
@@ -48,6 +40,59 @@ void UseOnce()
     factory.reset();
     EXPECT_EQ(library.call("DllCanUnloadNow"), S_OK);
 }
+
+/// The rival in plain C: loads it, has it add its entry to a menu and lets go of everything.
+void UsePlainOnce()
+{
+    const OwnedMenu menu(CreatePopupMenu());
+    const HMODULE library = LoadLibraryA(PROGRAM_DIR "/plain_library.dll");
+    ASSERT_NE(library, nullptr);
+    const auto find = [&](const char* name) { return reinterpret_cast<void*>(GetProcAddress(library, name)); };
+    const auto bitmap = reinterpret_cast<HBITMAP (*)(HMENU)>(find("AddEntry"))(menu.get());
+    EXPECT_NE(bitmap, nullptr);
+    reinterpret_cast<void (*)(HBITMAP)>(find("RemoveEntry"))(bitmap);
+    FreeLibrary(library);
+}
+
+/// What 1,000 times leave, after some that fill the system's own caches.
+Footprint LeftBy(void (*use)())
+{
+    for (int round = 0; round < 50; ++round)
+        use();
+    const Footprint before = Footprint::Now();
+    for (int round = 0; round < 1000; ++round)
+        use();
+    return Footprint::Now() - before;
+}
+
+/// What a second handler and all later ones may leave is nothing.
+class RightClicks : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(library_.getClassObject(CLSID_FileContextMenuExt, IID_IClassFactory, factory_.receiveVoid()), S_OK);
+    }
+
+    void MakeHandler(ComPtr<IContextMenu>& handler)
+    {
+        ASSERT_EQ(factory_->CreateInstance(nullptr, IID_IContextMenu, handler.receiveVoid()), S_OK);
+    }
+
+    /// The picture of the entry that `handler` adds to a menu.
+    static HBITMAP PictureOf(IContextMenu& handler)
+    {
+        const OwnedMenu menu(CreatePopupMenu());
+        EXPECT_EQ(handler.QueryContextMenu(menu.get(), 0, 1, 1, CMF_NORMAL), 1);
+        MENUITEMINFOW item = {};
+        item.cbSize = sizeof item;
+        item.fMask = MIIM_BITMAP;
+        EXPECT_TRUE(GetMenuItemInfoW(menu.get(), 0, TRUE, &item));
+        return item.hbmpItem;
+    }
+
+    LoadedLibrary library_;
+    ComPtr<IClassFactory> factory_;
+};
 
 } // namespace
 
@@ -105,76 +150,74 @@ TEST(Library, StaysWhileItIsLocked)
     EXPECT_EQ(factory->LockServer(TRUE), S_OK);
 }
 
-TEST(Library, ComesAndGoesWithoutATrace)
+TEST(Library, LeavesWhatAPlainLibraryLeaves)
 {
-    for (int i = 0; i < 5; ++i)
-        UseOnce();
-    ASSERT_EQ(GetModuleHandleW(L"explorermenuhandler.dll"), nullptr) << "somebody else keeps the library";
-    const DWORD handles = OpenHandles();
+    const Footprint plain = LeftBy(UsePlainOnce);
     const DWORD slot = FirstFreeSlot();
-    for (int i = 0; i < 195; ++i)
-        UseOnce();
-    EXPECT_EQ(OpenHandles(), handles);
+    const Footprint own = LeftBy(UseOnce);
+    ASSERT_EQ(GetModuleHandleW(L"explorermenuhandler.dll"), nullptr) << "somebody else keeps the library";
+    SCOPED_TRACE(::testing::Message() << "plain: " << plain << "; own: " << own);
+    // A block of the smallest size that stays with each load would take more.
+    EXPECT_LT(static_cast<std::ptrdiff_t>(own.heapBytes - plain.heapBytes), 4000);
+    EXPECT_LT(static_cast<std::ptrdiff_t>(own.privateBytes - plain.privateBytes), 1 << 20);
+    EXPECT_EQ(own.gdiObjects, plain.gdiObjects);
+    EXPECT_EQ(own.userObjects, plain.userObjects);
+    EXPECT_EQ(own.kernelHandles, plain.kernelHandles);
     EXPECT_EQ(FirstFreeSlot(), slot);
 }
 
-TEST(Library, MakesAPictureAndGivesItBack)
+TEST_F(RightClicks, LeaveNothing)
 {
-    const LoadedLibrary library;
-    ComPtr<IClassFactory> factory;
-    ASSERT_EQ(library.getClassObject(CLSID_FileContextMenuExt, IID_IClassFactory, factory.receiveVoid()), S_OK);
     ComPtr<IContextMenu> handler;
-    ASSERT_EQ(factory->CreateInstance(nullptr, IID_IContextMenu, handler.receiveVoid()), S_OK);
-    const OwnedMenu menu(CreatePopupMenu());
-    ASSERT_EQ(handler->QueryContextMenu(menu.get(), 0, 1, 1, CMF_NORMAL), 1);
-
-    MENUITEMINFOW item = {};
-    item.cbSize = sizeof item;
-    item.fMask = MIIM_BITMAP;
-    ASSERT_TRUE(GetMenuItemInfoW(menu.get(), 0, TRUE, &item));
-    DIBSECTION picture = {};
-    ASSERT_EQ(GetObjectW(item.hbmpItem, sizeof picture, &picture), static_cast<int>(sizeof picture));
-    EXPECT_EQ(picture.dsBm.bmWidth, 16);
-    EXPECT_EQ(picture.dsBm.bmHeight, 16);
-    EXPECT_EQ(picture.dsBm.bmBitsPixel, 32);
-
-    // The picture has clear and opaque places, and its first row is the icon's: a page that starts left and ends before the right.
-    const auto* const pixels = static_cast<const std::uint32_t*>(picture.dsBm.bmBits);
-    const auto isClear = [](std::uint32_t pixel) { return pixel >> 24 == 0; };
-    EXPECT_GT(std::count_if(pixels, pixels + 256, isClear), 20);
-    EXPECT_GT(std::count_if(pixels, pixels + 256, [](std::uint32_t pixel) { return pixel >> 24 == 0xFF; }), 100);
-    EXPECT_FALSE(isClear(pixels[4]));
-    EXPECT_TRUE(isClear(pixels[15]));
-
-    const HBITMAP bitmap = item.hbmpItem;
-    handler.reset();
-    EXPECT_EQ(GetObjectType(bitmap), 0U) << "the bitmap goes with the handler";
+    const auto click = [&] {
+        MakeHandler(handler);
+        PictureOf(*handler.get());
+        handler.reset();
+    };
+    for (int round = 0; round < 10; ++round)
+        click();
+    const Footprint before = Footprint::Now();
+    for (int round = 0; round < 1000; ++round)
+        click();
+    const Footprint left = Footprint::Now() - before;
+    SCOPED_TRACE(::testing::Message() << left);
+    EXPECT_LT(static_cast<std::ptrdiff_t>(left.heapBytes), 4000);
+    EXPECT_LT(static_cast<std::ptrdiff_t>(left.privateBytes), 1 << 20);
+    EXPECT_EQ(left.gdiObjects, 0U);
+    EXPECT_EQ(left.userObjects, 0U);
+    EXPECT_EQ(left.kernelHandles, 0U);
 }
 
-TEST(Library, KeepsNoDeviceContextOrBitmapOfItsOwn)
+TEST_F(RightClicks, ShowThePictureOfTheIcon)
 {
-    const LoadedLibrary library;
-    ComPtr<IClassFactory> factory;
-    ASSERT_EQ(library.getClassObject(CLSID_FileContextMenuExt, IID_IClassFactory, factory.receiveVoid()), S_OK);
-    const auto makeOne = [&](ComPtr<IContextMenu>& handler) {
-        ASSERT_EQ(factory->CreateInstance(nullptr, IID_IContextMenu, handler.receiveVoid()), S_OK);
+    struct Pixel {
+        int x;
+        int y;
+        std::uint32_t value;
     };
-    ComPtr<IContextMenu> handler;
-    makeOne(handler);
-    handler.reset();
-
-    // DeleteObject, by which the handler hands back its icon, leaves an icon's own bitmaps to the system.
-    const int bitmapsBefore = CountGdiObjects().bitmaps;
-    const HANDLE icon = LoadImageW(library.module(), MAKEINTRESOURCEW(105), IMAGE_ICON, 16, 16, LR_DEFAULTCOLOR);
-    const int bitmapsOfIcon = CountGdiObjects().bitmaps - bitmapsBefore;
-    DestroyIcon(static_cast<HICON>(icon));
-
-    constexpr int rounds = 50;
-    const GdiObjects before = CountGdiObjects();
-    for (int i = 0; i < rounds; ++i)
-        makeOne(handler);
-    EXPECT_EQ(CountGdiObjects().bitmaps, before.bitmaps + rounds * bitmapsOfIcon + 1) << "the last handler still has its own";
-    handler.reset();
-    EXPECT_EQ(CountGdiObjects().bitmaps, before.bitmaps + rounds * bitmapsOfIcon);
-    EXPECT_EQ(CountGdiObjects().contexts, before.contexts);
+    // Of the 16-pixel icon: a page whose upper right corner is folded, and a pen. The edge of the fold is #5B6675 at 112 of 255, so
+    // its colours are multiplied by that.
+    const Pixel expected[] = {
+        {0, 0, 0}, {1, 0, 0xFF5B6675}, {9, 0, 0x70282D33}, {15, 0, 0}, {2, 1, 0xFFFFFFFF}, {14, 5, 0x4E091529}, {13, 15, 0},
+    };
+    // The first handler decodes the icon, the second does not.
+    ComPtr<IContextMenu> handlers[2];
+    HBITMAP bitmaps[2] = {};
+    for (int index = 0; index < 2; ++index) {
+        SCOPED_TRACE(index);
+        MakeHandler(handlers[index]);
+        bitmaps[index] = PictureOf(*handlers[index].get());
+        DIBSECTION picture = {};
+        ASSERT_EQ(GetObjectW(bitmaps[index], sizeof picture, &picture), static_cast<int>(sizeof picture));
+        EXPECT_EQ(picture.dsBm.bmWidth, 16);
+        EXPECT_EQ(picture.dsBm.bmHeight, 16);
+        EXPECT_EQ(picture.dsBm.bmBitsPixel, 32);
+        const auto* const pixels = static_cast<const std::uint32_t*>(picture.dsBm.bmBits);
+        for (const Pixel& pixel : expected)
+            EXPECT_EQ(pixels[pixel.y * 16 + pixel.x], pixel.value) << pixel.x << ", " << pixel.y;
+    }
+    EXPECT_NE(bitmaps[0], bitmaps[1]);
+    handlers[0].reset();
+    EXPECT_EQ(GetObjectType(bitmaps[0]), 0U) << "the bitmap goes with its handler";
+    EXPECT_EQ(GetObjectType(bitmaps[1]), static_cast<DWORD>(OBJ_BITMAP));
 }

@@ -1,7 +1,7 @@
-// How the compiler's code makes sure that a function's static object is built once (Itanium C++ ABI, 3.3.3), in place of the
-// runtime's own answer. That one draws in the runtime's thread library, which takes a thread-local slot of the process and a record
-// for each thread, and gives neither back when the library is unloaded. Explorer loads and unloads it all day and has a thousand
-// slots. Without the runtime's answer nothing of it is used until an exception is thrown.
+// What keeps the C++ runtime from leaving anything in a host that loads and unloads the library all day, as Explorer does.
+
+#include "core/diagnostics/log_nesting.h"
+#include "core/platform/process.h"
 
 #include <windows.h>
 
@@ -10,7 +10,37 @@
 #include <atomic>
 #include <cstdint>
 
+namespace __gnu_cxx {
+
+/// Frees the memory that the runtime keeps for exceptions thrown without memory. Declared in no header.
+void __freeres();
+
+} // namespace __gnu_cxx
+
 namespace {
+
+/// The static object that is built first, so that its destructor runs after all others.
+class LastDestroyed {
+public:
+    constexpr LastDestroyed() = default;
+    ~LastDestroyed()
+    {
+        // The memory of a process that ends is nobody's concern, and a thread that was ended may hold its locks.
+        if (platform::ProcessIsEnding())
+            return;
+        logging::ReleaseNestingLock();
+        __gnu_cxx::__freeres();
+    }
+    LastDestroyed(const LastDestroyed&) = delete;
+    LastDestroyed& operator=(const LastDestroyed&) = delete;
+};
+
+[[gnu::init_priority(101)]] LastDestroyed lastDestroyed;
+
+// How the compiler's code makes sure that a function's static object is built once (Itanium C++ ABI, 3.3.3), in place of the
+// runtime's own answer. That one draws in the runtime's thread library, which takes a thread-local slot of the process and a record
+// for each thread, and gives neither back when the library is unloaded; a process has a thousand slots. Without the runtime's
+// answer nothing of it is used until an exception is thrown.
 
 constinit SRWLOCK lock = SRWLOCK_INIT;
 constinit CONDITION_VARIABLE ended = CONDITION_VARIABLE_INIT;
