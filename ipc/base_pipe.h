@@ -1,14 +1,12 @@
 #pragma once
 
-#include "core/platform/win32/scoped_handle.h"
+#include "ipc/overlapped_transfer.h"
 #include "ipc/pipe_request_data.h"
-#include "ipc/stop_signal.h"
 
 #include <cstdint>
 #include <string>
 
 class CCryptoAutoLogger;
-class OverlappedTransfer;
 
 /// One end of a named pipe, and the message that goes over it: time-outs, a stop event, and overlapped transfers of whole messages.
 ///

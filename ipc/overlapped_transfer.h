@@ -1,8 +1,30 @@
 #pragma once
 
-#include "ipc/stop_signal.h"
+#include "core/platform/win32/scoped_handle.h"
 
+#include <atomic>
 #include <cstdint>
+
+/// Ends waits from another thread, for good: once raised it stays so.
+class StopSignal {
+public:
+    StopSignal() : event_(CreateEventA(nullptr, TRUE, FALSE, nullptr)) {}
+
+    bool Raise()
+    {
+        raised_ = true;
+        return SetEvent(event_.get()) != FALSE;
+    }
+
+    /// Asks no more than memory, for what needs no wait.
+    bool isRaised() const { return raised_; }
+    /// For a wait.
+    HANDLE event() const { return event_.get(); }
+
+private:
+    platform::ScopedHandle event_;
+    std::atomic<bool> raised_ = false;
+};
 
 /// One overlapped operation on a pipe: its OVERLAPPED, and the wait for the first of stop, completion and time-out.
 ///

@@ -1,12 +1,20 @@
 #pragma once
 
 #include "core/text/element.h"
-#include "ipc/pipe_value.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
+
+/// A small tagged value of the pipe messages: an integer, or a zero-terminated text that is not owned.
+struct PipeValue {
+    enum class Kind : std::uint32_t { integer = 0, text = 1 };
+
+    Kind kind = Kind::integer;
+    std::uint32_t integer = 0;
+    const char* text = nullptr;
+};
 
 /// The message of the library's named pipes: a request, or the response that takes its place in the same object.
 ///

@@ -5,14 +5,14 @@
 
 #include <sddl.h>
 
-#include <memory>
-
 namespace {
 
-struct LocalFreer {
-    void operator()(void* memory) const { LocalFree(memory); }
+struct LocalMemoryKind {
+    using Value = PSECURITY_DESCRIPTOR;
+    static Value none() { return nullptr; }
+    static void close(Value value) { LocalFree(value); }
 };
-using SecurityDescriptor = std::unique_ptr<void, LocalFreer>;
+using SecurityDescriptor = ccrypto::SystemHandle<LocalMemoryKind>;
 
 constexpr DWORD noRequest = 0;
 constexpr DWORD openMode = PIPE_ACCESS_DUPLEX | WRITE_DAC | FILE_FLAG_OVERLAPPED;
@@ -29,15 +29,14 @@ bool SystemHasIntegrityLabels()
     return GetVersionExA(&version) && version.dwMajorVersion >= 6;
 }
 
-/// A mandatory label of low integrity with no-write-up. Null, with the reason in the log, when the system does not take it.
+/// A mandatory label of low integrity with no-write-up. None, with the reason in the log, when the system refuses it.
 SecurityDescriptor LowIntegrityDescriptor(CCryptoAutoLogger& logger)
 {
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
-    if (!ConvertStringSecurityDescriptorToSecurityDescriptorA("S:(ML;;NW;;;LW)", SDDL_REVISION_1, &descriptor, nullptr)) {
+    SecurityDescriptor descriptor;
+    if (!ConvertStringSecurityDescriptorToSecurityDescriptorA("S:(ML;;NW;;;LW)", SDDL_REVISION_1, descriptor.receive(), nullptr)) {
         logger.WriteErrorEx("The system refuses the low integrity label (%lu); the pipe is created without it", GetLastError());
-        return nullptr;
     }
-    return SecurityDescriptor(descriptor);
+    return descriptor;
 }
 
 } // namespace
@@ -63,10 +62,11 @@ bool CCryptoPipeServer::CreatePipe(bool secure)
 
 bool CCryptoPipeServer::CreateInstance(bool secure, CCryptoAutoLogger& logger)
 {
-    // There is room for one instance, so the old one goes first.
+    // Only one instance may exist, so the old one is closed first.
     close();
 
-    const SecurityDescriptor descriptor = secure && SystemHasIntegrityLabels() ? LowIntegrityDescriptor(logger) : nullptr;
+    const SecurityDescriptor descriptor =
+        secure && SystemHasIntegrityLabels() ? LowIntegrityDescriptor(logger) : SecurityDescriptor();
     SECURITY_ATTRIBUTES attributes = {sizeof attributes, descriptor.get(), TRUE};
 
     Listen(CreateNamedPipeA(name().c_str(), openMode, pipeMode, instances, outBuffer, inBuffer, 0,
@@ -81,8 +81,8 @@ bool CCryptoPipeServer::CreateInstance(bool secure, CCryptoAutoLogger& logger)
 void CCryptoPipeServer::Listen(HANDLE pipe)
 {
     open(pipe);
-    // Disconnecting throws away what the client has not read yet. Without a buffer a write ends when all of it was read, and
-    // nothing is left to lose; but a buffer of 0 bytes is a wish, and the system may have rounded it up.
+    // Disconnecting discards what the client has not read yet. Without a buffer a write ends when all of it was read, and nothing
+    // can be lost; but a size of 0 is only a request, and the system may have rounded it up.
     DWORD outSize = 0;
     buffersResponses_ = isOpen() && !(GetNamedPipeInfo(pipe, nullptr, &outSize, nullptr, nullptr) && outSize == 0);
 }
@@ -97,7 +97,7 @@ bool CCryptoPipeServer::ConnectPipe()
 
     if (outcome == OverlappedTransfer::Outcome::done)
         return true;
-    // A client may come in the very moment the wait ends.
+    // A client may connect at the moment the wait ends.
     if (outcome == OverlappedTransfer::Outcome::timedOut && connection.Cancel())
         return true;
     if (outcome == OverlappedTransfer::Outcome::stopped)
@@ -137,7 +137,7 @@ void CCryptoPipeServer::Disconnect()
 
 void CCryptoPipeServer::AwaitClose()
 {
-    // A client closes when it has read its response, and that ends this read; whatever else it might send ends it as well.
+    // A client closes when it has read its response, and that ends this read, as does anything else that it might send.
     char nothing;
     OverlappedTransfer read(pipe(), transferEvent());
     if (read.Read(&nothing, sizeof nothing))

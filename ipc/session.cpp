@@ -1,5 +1,7 @@
 #include "ipc/session.h"
 
+#include "core/platform/system_handle.h"
+
 #include <windows.h>
 
 #include <wtsapi32.h>
@@ -8,15 +10,26 @@
 
 namespace {
 
+struct DesktopKind {
+    using Value = HDESK;
+    static Value none() { return nullptr; }
+    static void close(Value value) { CloseDesktop(value); }
+};
+
+struct TerminalMemoryKind {
+    using Value = char*;
+    static Value none() { return nullptr; }
+    static void close(Value value) { WTSFreeMemory(value); }
+};
+
 std::uint32_t SessionNumber()
 {
-    char* answer = nullptr;
+    ccrypto::SystemHandle<TerminalMemoryKind> answer;
     DWORD size = 0;
-    if (WTSQuerySessionInformationA(WTS_CURRENT_SERVER_HANDLE, WTS_CURRENT_SESSION, WTSSessionId, &answer, &size)) {
+    if (WTSQuerySessionInformationA(WTS_CURRENT_SERVER_HANDLE, WTS_CURRENT_SESSION, WTSSessionId, answer.receive(), &size)) {
         std::uint32_t number = 0;
         if (size >= sizeof number)
-            std::memcpy(&number, answer, sizeof number);
-        WTSFreeMemory(answer);
+            std::memcpy(&number, answer.get(), sizeof number);
         return number;
     }
 
@@ -26,11 +39,7 @@ std::uint32_t SessionNumber()
 
 bool HasInputDesktop()
 {
-    const HDESK desktop = OpenInputDesktop(0, FALSE, DESKTOP_READOBJECTS);
-    if (desktop == nullptr)
-        return false;
-    CloseDesktop(desktop);
-    return true;
+    return static_cast<bool>(ccrypto::SystemHandle<DesktopKind>(OpenInputDesktop(0, FALSE, DESKTOP_READOBJECTS)));
 }
 
 void Pause(std::uint32_t milliseconds)

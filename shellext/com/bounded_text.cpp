@@ -8,17 +8,17 @@ HRESULT JoinBounded(wchar_t* target, std::size_t capacity, std::initializer_list
 {
     if (target == nullptr || capacity == 0)
         return E_INVALIDARG;
-    if (capacity > maximumTextCapacity) {
+    if (capacity > maxTextCapacity) {
         *target = 0;
         return E_INVALIDARG;
     }
 
     HRESULT result = S_OK;
-    std::size_t room = capacity - 1;
+    std::size_t space = capacity - 1;
     for (const std::wstring_view part : parts) {
-        const std::size_t taken = std::min(part.size(), room);
+        const std::size_t taken = std::min(part.size(), space);
         target = std::copy_n(part.data(), taken, target);
-        room -= taken;
+        space -= taken;
         if (taken < part.size()) {
             result = insufficientBuffer;
             break;

@@ -10,10 +10,10 @@
 constexpr std::size_t textCapacity = 260;
 
 /// The largest capacity, in characters, that a caller may claim.
-constexpr std::size_t maximumTextCapacity = 0x7FFFFFFF;
+constexpr std::size_t maxTextCapacity = 0x7FFFFFFF;
 
-/// Writes `parts` one behind the other to `target`, which holds `capacity` characters: at most `capacity - 1` of them and a zero.
-/// \return S_OK; 0x8007007A when the text was cut; E_INVALIDARG for no target or a capacity of 0 or above `maximumTextCapacity`,
+/// Writes `parts` one after the other to `target`, which holds `capacity` characters: at most `capacity - 1` of them and a zero.
+/// \return S_OK; 0x8007007A when the text was cut; E_INVALIDARG for no target or a capacity of 0 or above `maxTextCapacity`,
 /// which sets the first character to zero where there is one.
 HRESULT JoinBounded(wchar_t* target, std::size_t capacity, std::initializer_list<std::wstring_view> parts) noexcept;
 

@@ -2,31 +2,13 @@
 
 #include "shellext/com/bounded_text.h"
 #include "shellext/com/hresult.h"
+#include "shellext/com/owned_handles.h"
 
 #include <objbase.h>
 
 #include <string>
 
 namespace {
-
-/// Closes the key that it received.
-class KeyOwner {
-public:
-    KeyOwner() = default;
-    ~KeyOwner()
-    {
-        if (key_ != nullptr)
-            RegCloseKey(key_);
-    }
-    KeyOwner(const KeyOwner&) = delete;
-    KeyOwner& operator=(const KeyOwner&) = delete;
-
-    HKEY* receive() { return &key_; }
-    HKEY get() const { return key_; }
-
-private:
-    HKEY key_ = nullptr;
-};
 
 /// "{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}".
 struct ClassIdText {
@@ -43,7 +25,7 @@ HRESULT FormatClassKey(const CLSID& clsid, std::wstring_view below, wchar_t (&ke
 /// The program identifier that the key of the extension `fileType` names.
 class ProgramIdentifier {
 public:
-    /// \return `fileType` itself when it is no extension or its key names nothing; valid while this lives.
+    /// \return `fileType` itself when it is not an extension or its key names nothing; valid while this lives.
     const wchar_t* resolve(const wchar_t* fileType)
     {
         if (fileType[0] != L'.' || FAILED(GetHKCRRegistryKeyAndValue(fileType, nullptr, text_, textCapacity * sizeof(wchar_t))))
@@ -52,7 +34,7 @@ public:
     }
 
 private:
-    // Stored text need not be terminated; the character beyond what is read makes sure of it.
+    // Stored text need not be terminated; the last character is never read into.
     wchar_t text_[textCapacity + 1] = {};
 };
 
@@ -108,11 +90,11 @@ HRESULT UnregisterShellExtContextMenuHandler(const wchar_t* fileType, const CLSI
 
 HRESULT SetHKCRRegistryKeyAndValue(const wchar_t* subKey, const wchar_t* valueName, const wchar_t* data)
 {
-    KeyOwner key;
+    ccrypto::OwnedKey key;
     LSTATUS status =
         RegCreateKeyExW(HKEY_CLASSES_ROOT, subKey, 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_WRITE, nullptr, key.receive(), nullptr);
     if (status == ERROR_SUCCESS && data != nullptr) {
-        // The terminating zero is not stored. The system adds one that it finds right behind the data, so a full stop stands there.
+        // The terminating zero is not stored. The system adds one that it finds right after the data, so a full stop follows.
         const std::wstring guarded = std::wstring(data) + L'.';
         const DWORD size = static_cast<DWORD>(lstrlenW(data)) * 2;
         status = RegSetValueExW(key.get(), valueName, 0, REG_SZ, reinterpret_cast<const BYTE*>(guarded.data()), size);
@@ -122,7 +104,7 @@ HRESULT SetHKCRRegistryKeyAndValue(const wchar_t* subKey, const wchar_t* valueNa
 
 HRESULT GetHKCRRegistryKeyAndValue(const wchar_t* subKey, const wchar_t* valueName, void* buffer, DWORD bufferBytes)
 {
-    KeyOwner key;
+    ccrypto::OwnedKey key;
     LSTATUS status = RegOpenKeyExW(HKEY_CLASSES_ROOT, subKey, 0, KEY_READ, key.receive());
     if (status == ERROR_SUCCESS)
         status = RegQueryValueExW(key.get(), valueName, nullptr, nullptr, static_cast<BYTE*>(buffer), &bufferBytes);

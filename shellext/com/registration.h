@@ -12,9 +12,9 @@ HRESULT RegisterInprocServer(const wchar_t* modulePath, const CLSID& clsid, cons
 /// Deletes `CLSID\{clsid}` with everything below it. \return 0x80070002 when it is not there.
 HRESULT UnregisterInprocServer(const CLSID& clsid);
 
-/// Writes `fileType\shellex\ContextMenuHandlers\{clsid}`. A `fileType` that begins with "." stands for the program identifier that
-/// the extension's key names, when it names one. \return E_INVALIDARG when `fileType` is null, 0x8007007A when the key's path takes
-/// more than 259 characters.
+/// Writes `fileType\shellex\ContextMenuHandlers\{clsid}`. A `fileType` that begins with "." is replaced by the program identifier
+/// that the extension's key names, when it names one. \return E_INVALIDARG when `fileType` is null, 0x8007007A when the key's path
+/// takes more than 259 characters.
 HRESULT RegisterShellExtContextMenuHandler(const wchar_t* fileType, const CLSID& clsid, const wchar_t* friendlyName);
 
 /// Deletes what RegisterShellExtContextMenuHandler wrote for the same `fileType`. \return 0x80070002 when it is not there.

@@ -59,6 +59,6 @@ private:
     module::ObjectReference counted_;
     bool multipleAllowed_ = true;
     wchar_t menuText_[textCapacity] = {};
-    BitmapOwner bitmap_;
+    ccrypto::OwnedBitmap bitmap_;
     const wchar_t* helpText_ = nullptr;
 };

@@ -9,40 +9,33 @@
 
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <vector>
+
+namespace ccrypto {
 
 namespace {
 
 // Handed back by DeleteObject, on purpose, and not by DestroyIcon: the icon itself stays with the process.
-using IconOwner = std::unique_ptr<std::remove_pointer_t<HICON>, GdiObjectDeleter>;
+using OwnedIcon = SystemHandle<GdiObjectKind<HICON>>;
 
-/// The device context of the whole screen.
-class ScreenContext {
-public:
-    ScreenContext() : context_(GetDC(nullptr)) {}
-    ~ScreenContext()
-    {
-        if (context_ != nullptr)
-            ReleaseDC(nullptr, context_);
-    }
-    ScreenContext(const ScreenContext&) = delete;
-    ScreenContext& operator=(const ScreenContext&) = delete;
-
-    HDC get() const { return context_; }
-
-private:
-    HDC context_;
+struct ScreenContextKind {
+    using Value = HDC;
+    static Value none() { return nullptr; }
+    static void close(Value value) { ReleaseDC(nullptr, value); }
 };
+/// The device context of the whole screen.
+using ScreenContext = SystemHandle<ScreenContextKind>;
 
-IconOwner LoadMenuIcon()
+OwnedIcon LoadMenuIcon()
 {
-    HICON icon = nullptr;
-    LoadIconWithScaleDown(module::Handle(), MAKEINTRESOURCEW(menuIconResource), menuIconSize, menuIconSize, &icon);
-    return IconOwner(icon);
+    OwnedIcon icon;
+    LoadIconWithScaleDown(module::Handle(), MAKEINTRESOURCEW(menuIconResource), menuIconSize, menuIconSize, icon.receive());
+    return icon;
 }
 
 /// \param bits becomes the address of the first row when a bitmap is returned.
-BitmapOwner CreateTopDownBitmap(UINT width, UINT height, void*& bits, CCryptoAutoLogger& logger)
+OwnedBitmap CreateTopDownBitmap(UINT width, UINT height, void*& bits, CCryptoAutoLogger& logger)
 {
     BITMAPINFO description = {};
     description.bmiHeader.biSize = sizeof description.bmiHeader;
@@ -52,17 +45,15 @@ BitmapOwner CreateTopDownBitmap(UINT width, UINT height, void*& bits, CCryptoAut
     description.bmiHeader.biBitCount = 32;
     description.bmiHeader.biCompression = BI_RGB;
 
-    const ScreenContext screen;
-    if (screen.get() == nullptr) {
+    const ScreenContext screen(GetDC(nullptr));
+    if (!screen) {
         logger.WriteLog("Cannot get DC for entire screen %d", static_cast<int>(GetLastError()));
-        return nullptr;
+        return OwnedBitmap();
     }
-    return BitmapOwner(CreateDIBSection(screen.get(), &description, DIB_RGB_COLORS, &bits, nullptr, 0));
+    return OwnedBitmap(CreateDIBSection(screen.get(), &description, DIB_RGB_COLORS, &bits, nullptr, 0));
 }
 
 } // namespace
-
-namespace ccrypto {
 
 struct MenuPicture::Pixels {
     UINT width = 0;
@@ -77,8 +68,8 @@ struct MenuPicture::Decoder {
     /// they are otherwise clear.
     static std::unique_ptr<Pixels> decode(bool& complete, CCryptoAutoLogger& logger)
     {
-        const IconOwner icon = LoadMenuIcon();
-        if (icon == nullptr) {
+        const OwnedIcon icon = LoadMenuIcon();
+        if (!icon) {
             logger.WriteLog("Cannot load icon from resource %d", static_cast<int>(GetLastError()));
             return nullptr;
         }
@@ -102,23 +93,29 @@ struct MenuPicture::Decoder {
         return pixels;
     }
 
-    static BitmapOwner draw(const Pixels& pixels, CCryptoAutoLogger& logger)
+    static OwnedBitmap draw(const Pixels& pixels, CCryptoAutoLogger& logger)
     {
         void* bits = nullptr;
-        BitmapOwner bitmap = CreateTopDownBitmap(pixels.width, pixels.height, bits, logger);
-        if (bitmap != nullptr)
+        OwnedBitmap bitmap = CreateTopDownBitmap(pixels.width, pixels.height, bits, logger);
+        if (bitmap)
             std::memcpy(bits, pixels.values.data(), pixels.bytes());
-        logger.setResult(bitmap != nullptr);
+        logger.setResult(static_cast<bool>(bitmap));
         return bitmap;
     }
 };
+
+namespace {
+
+constinit MenuPicture processMenuPicture;
+
+} // namespace
 
 MenuPicture::~MenuPicture()
 {
     delete pixels_.load();
 }
 
-BitmapOwner MenuPicture::makeBitmap()
+OwnedBitmap MenuPicture::makeBitmap()
 {
     CCryptoAutoLogger logger("MakeMenuBitmap");
     if (const Pixels* const known = pixels_.load(std::memory_order_acquire))
@@ -127,19 +124,13 @@ BitmapOwner MenuPicture::makeBitmap()
     bool complete = false;
     std::unique_ptr<const Pixels> decoded = Decoder::decode(complete, logger);
     if (decoded == nullptr)
-        return nullptr;
-    BitmapOwner bitmap = Decoder::draw(*decoded, logger);
+        return OwnedBitmap();
+    OwnedBitmap bitmap = Decoder::draw(*decoded, logger);
     // No lock is held while COM works; of threads that decode at the same time the first one's pixels are kept.
     const Pixels* none = nullptr;
     if (complete && pixels_.compare_exchange_strong(none, decoded.get(), std::memory_order_acq_rel))
         static_cast<void>(decoded.release());
     return bitmap;
-}
-
-namespace {
-
-constinit MenuPicture processMenuPicture;
-
 }
 
 MenuPicture& ProcessMenuPicture()

@@ -1,20 +1,14 @@
 #pragma once
 
+#include "shellext/com/owned_handles.h"
+
 #include <windows.h>
 
 #include <atomic>
-#include <memory>
-#include <type_traits>
 
 /// The number of the icon in the library's resources, and the size in pixels at which the menu shows it.
 constexpr WORD menuIconResource = 105;
 constexpr int menuIconSize = 16;
-
-struct GdiObjectDeleter {
-    void operator()(void* object) const { DeleteObject(object); }
-};
-
-using BitmapOwner = std::unique_ptr<std::remove_pointer_t<HBITMAP>, GdiObjectDeleter>;
 
 namespace ccrypto {
 
@@ -30,9 +24,9 @@ public:
     MenuPicture& operator=(const MenuPicture&) = delete;
 
     /// A top-down bitmap of 32 bits per pixel, colours multiplied by alpha, as menus draw them. Until the icon is decoded the
-    /// calling thread needs COM. \return null, logged, when the icon, the imaging component or the screen is not available; the
+    /// calling thread needs COM. \return none, logged, when the icon, the imaging component or the screen is not available; the
     /// entry then has no picture.
-    [[nodiscard]] BitmapOwner makeBitmap();
+    [[nodiscard]] OwnedBitmap makeBitmap();
 
 private:
     struct Pixels;

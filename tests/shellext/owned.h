@@ -1,9 +1,8 @@
 #pragma once
 
-#include <windows.h>
+#include "shellext/com/owned_handles.h"
 
 #include <memory>
-#include <type_traits>
 
 struct Releaser {
     template <typename Object>
@@ -17,8 +16,4 @@ struct Releaser {
 template <typename Object>
 using Owned = std::unique_ptr<Object, Releaser>;
 
-struct MenuDeleter {
-    void operator()(HMENU menu) const { DestroyMenu(menu); }
-};
-
-using OwnedMenu = std::unique_ptr<std::remove_pointer_t<HMENU>, MenuDeleter>;
+using ccrypto::OwnedMenu;

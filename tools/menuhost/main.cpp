@@ -1,7 +1,8 @@
 #include "core/platform/win32/wide.h"
-#include "shellext/com/module.h"
 #include "shellext/com/com_ptr.h"
 #include "shellext/com/hresult.h"
+#include "shellext/com/module.h"
+#include "shellext/com/owned_handles.h"
 #include "tools/menuhost/arguments.h"
 #include "tools/menuhost/menu_window.h"
 #include "tools/menuhost/report.h"
@@ -14,8 +15,6 @@
 #include <shlobj.h>
 
 #include <cstdio>
-#include <memory>
-#include <type_traits>
 
 namespace {
 
@@ -26,23 +25,14 @@ constexpr UINT lastIdentifier = 999;
 constexpr int exitRefused = 1;
 constexpr int exitUsage = 2;
 
-struct MenuDeleter {
-    void operator()(HMENU menu) const { DestroyMenu(menu); }
-};
-
-using MenuOwner = std::unique_ptr<std::remove_pointer_t<HMENU>, MenuDeleter>;
-
 /// Explorer looks for handlers below the file type "*" and asks only those it finds there.
 HRESULT FindRegistration()
 {
     wchar_t classId[64];
     StringFromGUID2(CLSID_FileContextMenuExt, classId, 64);
     const std::wstring path = std::wstring(L"*\\shellex\\ContextMenuHandlers\\") + classId;
-    HKEY key = nullptr;
-    const LSTATUS status = RegOpenKeyExW(HKEY_CLASSES_ROOT, path.c_str(), 0, KEY_READ, &key);
-    if (status == ERROR_SUCCESS)
-        RegCloseKey(key);
-    return ResultFromWin32(status);
+    ccrypto::OwnedKey key;
+    return ResultFromWin32(RegOpenKeyExW(HKEY_CLASSES_ROOT, path.c_str(), 0, KEY_READ, key.receive()));
 }
 
 std::wstring CommandText(IContextMenu& handler, UINT command, UINT kind)
@@ -105,7 +95,7 @@ bool UseHandler(const Arguments& arguments, Report& report)
         failed("Initialize", initializer->Initialize(nullptr, selection.get(), nullptr)))
         return false;
 
-    const MenuOwner menu(CreatePopupMenu());
+    const ccrypto::OwnedMenu menu(CreatePopupMenu());
     const UINT position = arguments.show ? AddExplorerItems(menu.get()) : 0;
     const int before = GetMenuItemCount(menu.get());
     if (failed("QueryContextMenu",

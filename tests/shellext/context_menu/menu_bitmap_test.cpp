@@ -54,7 +54,7 @@ protected:
     void ExpectFailure(const char* line)
     {
         const CapturedLog log;
-        EXPECT_EQ(picture_.makeBitmap(), nullptr);
+        EXPECT_FALSE(picture_.makeBitmap());
         EXPECT_THAT(log.texts(), ::testing::Contains(line));
     }
 
@@ -80,8 +80,8 @@ TEST_F(MenuPicture, IsDecodedOnceButForFailures)
         ExpectFailure("Cannot get DC for entire screen 8");
         ExpectFailure("Cannot get DC for entire screen 8");
     }
-    EXPECT_NE(picture_.makeBitmap(), nullptr);
-    std::thread([&] { EXPECT_NE(picture_.makeBitmap(), nullptr) << "needs no COM any more"; }).join();
+    EXPECT_TRUE(picture_.makeBitmap());
+    std::thread([&] { EXPECT_TRUE(picture_.makeBitmap()) << "needs no COM any more"; }).join();
     EXPECT_EQ(loadedIcons.size(), 1U);
 }
 
@@ -91,7 +91,7 @@ TEST_F(MenuPicture, HandsTheIconToDeleteObject)
     deletedObjects.clear();
     const ReplacedImport load(nullptr, "LoadIconWithScaleDown", CountLoad);
     const ReplacedImport deletion(nullptr, "DeleteObject", KeepDeleted);
-    const BitmapOwner bitmap = picture_.makeBitmap();
+    const ccrypto::OwnedBitmap bitmap = picture_.makeBitmap();
     ASSERT_EQ(loadedIcons.size(), 1U);
     EXPECT_THAT(deletedObjects, ::testing::ElementsAre(static_cast<HGDIOBJ>(loadedIcons[0])));
 }
@@ -103,7 +103,7 @@ TEST_F(MenuPicture, IsDecodedByThreadsAtOnce)
         thread = std::thread([&] {
             CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
             for (int round = 0; round < 10; ++round)
-                EXPECT_NE(picture_.makeBitmap(), nullptr);
+                EXPECT_TRUE(picture_.makeBitmap());
             CoUninitialize();
         });
     }

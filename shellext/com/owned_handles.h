@@ -1,0 +1,32 @@
+#pragma once
+
+#include "core/platform/system_handle.h"
+
+#include <windows.h>
+
+namespace ccrypto {
+
+struct RegistryKeyKind {
+    using Value = HKEY;
+    static Value none() { return nullptr; }
+    static void close(Value value) { RegCloseKey(value); }
+};
+using OwnedKey = SystemHandle<RegistryKeyKind>;
+
+/// What DeleteObject takes back.
+template <typename Handle>
+struct GdiObjectKind {
+    using Value = Handle;
+    static Value none() { return nullptr; }
+    static void close(Value value) { DeleteObject(value); }
+};
+using OwnedBitmap = SystemHandle<GdiObjectKind<HBITMAP>>;
+
+struct MenuKind {
+    using Value = HMENU;
+    static Value none() { return nullptr; }
+    static void close(Value value) { DestroyMenu(value); }
+};
+using OwnedMenu = SystemHandle<MenuKind>;
+
+} // namespace ccrypto
