@@ -12,7 +12,7 @@ struct CCryptoBasePipe::TransferTexts {
     const char* operation;
     const char* timedOut;
     const char* wrongCount;
-    const char* noResult; ///< behind the system's error; may be null
+    const char* noResult; ///< after the system's error; may be null
 };
 
 CCryptoBasePipe::CCryptoBasePipe(std::uint32_t requestType, std::uint32_t connectTimeout, std::uint32_t readTimeout,
@@ -21,7 +21,7 @@ CCryptoBasePipe::CCryptoBasePipe(std::uint32_t requestType, std::uint32_t connec
       transferEvent_(CreateEventA(nullptr, TRUE, FALSE, nullptr))
 {
     if (!transferEvent_ || stop_.event() == nullptr)
-        WriteErrorEx_G("CCryptoBasePipe: The system gives no events (%lu); every transfer will fail", GetLastError());
+        WriteErrorEx_G("CCryptoBasePipe: No events from the system (%lu); every transfer will fail", GetLastError());
 }
 
 CCryptoBasePipe::~CCryptoBasePipe()

@@ -27,11 +27,11 @@ public:
     /// Sends the message as it was built: the header, then the body where there is one.
     bool WriteRequest();
 
-    /// One transfer of exactly `count` bytes; after Stop none is begun. ReadPipe leaves `buffer` undefined on failure.
+    /// One transfer of exactly `count` bytes; none starts after Stop. ReadPipe leaves `buffer` undefined on failure.
     bool ReadPipe(void* buffer, std::uint32_t count);
     bool WritePipe(const void* buffer, std::uint32_t count);
 
-    /// The pipe's name, with "_" and the logon session's number in lower-case hexadecimal behind it when `appendSession`, which
+    /// The pipe's name, followed when `appendSession` by "_" and the logon session's number in lower-case hexadecimal, which
     /// keeps the servers of different sessions apart.
     void SetName(const char* name, bool appendSession);
     const std::string& name() const { return name_; }
@@ -39,11 +39,11 @@ public:
     /// In milliseconds, for the transfers that follow.
     void SetTimeouts(std::uint32_t connectTimeout, std::uint32_t readTimeout, std::uint32_t writeTimeout);
 
-    /// Ends every wait of the object under way and every later one, for good. The only call for another thread.
+    /// Ends every wait of the object, present and future. The only call for another thread.
     void Stop();
 
 protected:
-    /// Why a message is not sent that holds less than was put into it.
+    /// The reason for not sending a message that lost an item.
     static constexpr const char* messageIncomplete = "The message has lost an item and is not sent";
 
     bool isOpen() const { return static_cast<bool>(pipe_); }

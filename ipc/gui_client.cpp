@@ -24,13 +24,13 @@ bool Acknowledged(CGUI_IPC& pipe, CCryptoAutoLogger& logger)
     return logger.setResult(pipe.Call());
 }
 
-/// A request whose reply is not waited for.
+/// A request without a reply.
 bool Sent(CGUI_IPC& pipe, CCryptoAutoLogger& logger)
 {
     return logger.setResult(pipe.CallWithoutReading() && pipe.status() == CCryptoPipeRequestData::statusGood);
 }
 
-/// What has no server to go to.
+/// Ends an operation that has no server to ask. \return true when there is none.
 bool WithoutServer(std::uint32_t status, CCryptoAutoLogger& logger)
 {
     if (status == CGUIClient::guiPresent)
@@ -71,7 +71,7 @@ CGUIClient::~CGUIClient()
 void CGUIClient::SayFarewell()
 {
     if (status_ == guiPresent)
-        CGUI_IPC(GuiRequestType::farewell).Call();
+        static_cast<void>(CGUI_IPC(GuiRequestType::farewell).Call());
 }
 
 // The names are the operation's own, and wiped at its end.

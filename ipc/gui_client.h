@@ -40,7 +40,7 @@ class CGUIClient {
 public:
     static constexpr std::uint32_t guiPresent = 0;
     static constexpr std::uint32_t guiBusy = 1; ///< the server exists, but did not become free while the client waited
-    static constexpr std::uint32_t noGui = 2;   ///< none wanted, no interactive desktop, or no server
+    static constexpr std::uint32_t noGui = 2;   ///< not wanted, no interactive desktop, or no server
 
     /// \param withoutGui true to stay at status 2 without looking for a server.
     explicit CGUIClient(bool withoutGui);
@@ -58,32 +58,32 @@ public:
     bool SetDataToSign(const CCryptoString& text);
 
     /// \return the server's answer; nothing when the call failed.
-    std::optional<std::uint32_t> Manager(std::uint32_t command, std::uint32_t argument);
-    std::optional<std::uint32_t> Confirm(std::uint32_t kind, std::uint32_t buttons, const CCryptoString& text);
-    std::optional<std::uint32_t> RunScript(const CCryptoString& name, const CCryptoString& function,
-                                           const CCryptoString& arguments);
-    std::optional<std::uint32_t> UpdateKVApp();
+    [[nodiscard]] std::optional<std::uint32_t> Manager(std::uint32_t command, std::uint32_t argument);
+    [[nodiscard]] std::optional<std::uint32_t> Confirm(std::uint32_t kind, std::uint32_t buttons, const CCryptoString& text);
+    [[nodiscard]] std::optional<std::uint32_t> RunScript(const CCryptoString& name, const CCryptoString& function,
+                                                         const CCryptoString& arguments);
+    [[nodiscard]] std::optional<std::uint32_t> UpdateKVApp();
 
     /// Lets the user choose one of `items`. \return true with the index in `selection`; false, `selection` untouched, when the
     /// user chose none or the call failed.
-    bool SelectionDialog(std::uint32_t kind, std::span<const CCryptoString> items, const CCryptoString& text,
-                         std::uint32_t& selection);
+    [[nodiscard]] bool SelectionDialog(std::uint32_t kind, std::span<const CCryptoString> items, const CCryptoString& text,
+                                       std::uint32_t& selection);
 
     /// Ask the user for a PIN. \return true with the bytes in `pin`; false, `pin` empty, when the user gave none or the call
     /// failed.
-    bool PinDialog(const SGUIPinRequest& request, element& pin);
-    bool PinDialogEx(const SGUIPinRequest& request, element& pin);
-    bool PINAndPUKDialog(const SGUIPukRequest& request, element& pin, element& puk);
+    [[nodiscard]] bool PinDialog(const SGUIPinRequest& request, element& pin);
+    [[nodiscard]] bool PinDialogEx(const SGUIPinRequest& request, element& pin);
+    [[nodiscard]] bool PINAndPUKDialog(const SGUIPukRequest& request, element& pin, element& puk);
 
     /// Keeps a PIN at the server. \param number which PIN of the card. \param card names the card.
     bool SetPinCache(std::uint32_t number, const CCryptoString& card, const CCryptoString& pin);
     /// \return false, `pin` empty, when the server holds none.
-    bool GetPinCache(std::uint32_t number, const CCryptoString& card, element& pin);
+    [[nodiscard]] bool GetPinCache(std::uint32_t number, const CCryptoString& card, element& pin);
 
     /// Tries a PIN. \return true when it was right; otherwise `reason` is set to the text that is logged.
     using PinCheck = std::function<bool(const element& pin, CCryptoString& reason)>;
     /// Asks for a PIN with PinDialogEx, once, and has it tried. \return true when the user gave one and `check` found it right.
-    bool Authenticate(const SGUIPinRequest& request, const PinCheck& check);
+    [[nodiscard]] bool Authenticate(const SGUIPinRequest& request, const PinCheck& check);
 
     /// Show a text without waiting for more than the server's acknowledgement.
     bool PopUpInfo(std::uint32_t value, const CCryptoString& text);
@@ -96,7 +96,7 @@ public:
     /// Asks for the user's undivided attention under `name`, up to 60 times, 500 milliseconds apart, while another client has it.
     /// \return true when it was granted; EndGuiTransaction gives it back. A grant whose reply holds further items is malformed:
     /// false.
-    bool BeginGuiTransaction(const CCryptoString& name);
+    [[nodiscard]] bool BeginGuiTransaction(const CCryptoString& name);
     bool EndGuiTransaction(const CCryptoString& name);
 
     /// The destructor's farewell on its own, for a host that knows it will not ask again soon. Not logged; the result is ignored.

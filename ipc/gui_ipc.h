@@ -6,10 +6,10 @@
 
 #include <cstdint>
 
-/// The GUI server as its clients know it.
+/// The GUI server.
 class CGUI {
 public:
-    /// Where it listens, in front of the suffix of the logon session.
+    /// The pipe it listens on, without the suffix of the logon session.
     static constexpr const char* pipeName = "\\\\.\\pipe\\PennwickGUIServer";
     virtual ~CGUI() = default;
 };

@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdint>
 
-/// The operations of the GUI server, as they stand in the request type of a message.
+/// The operations of the GUI server, by the request type of a message.
 enum class GuiRequestType : std::uint32_t {
     greeting = 1,
     manager = 2,
@@ -28,7 +28,7 @@ enum class GuiRequestType : std::uint32_t {
 };
 
 /// One item of a request or a reply. A result is an integer of a reply, 0 for "no". A list is as many texts as the `count` before
-/// it says. A secret is a PIN or PUK: text in a request, bytes in a reply; nobody prints it.
+/// it says. A secret is a PIN or PUK: text in a request, bytes in a reply; it is never printed.
 enum class GuiItemKind : std::uint8_t { none, integer, result, text, list, fileNames, secret };
 
 struct GuiItem {
@@ -120,7 +120,7 @@ inline constexpr GuiRequest guiRequests[] = {
     {GuiRequestType::setPdfDocumentToSign, false, "SetPdfDocumentToSign", {{{GuiItemKind::fileNames, "files"}}}, {}},
 };
 
-/// Null for a number that stands for no operation.
+/// Null for a number that is not an operation.
 constexpr const GuiRequest* FindGuiRequest(std::uint32_t type)
 {
     for (const GuiRequest& request : guiRequests) {

@@ -5,7 +5,7 @@
 #include <atomic>
 #include <cstdint>
 
-/// Ends waits from another thread, for good: once raised it stays so.
+/// Ends waits from another thread; once raised it stays raised.
 class StopSignal {
 public:
     StopSignal() : event_(CreateEventA(nullptr, TRUE, FALSE, nullptr)) {}
@@ -16,7 +16,7 @@ public:
         return SetEvent(event_.get()) != FALSE;
     }
 
-    /// Asks no more than memory, for what needs no wait.
+    /// Reads memory only, for what does not wait.
     bool isRaised() const { return raised_; }
     /// For a wait.
     HANDLE event() const { return event_.get(); }
@@ -28,7 +28,7 @@ private:
 
 /// One overlapped operation on a pipe: its OVERLAPPED, and the wait for the first of stop, completion and time-out.
 ///
-/// An operation that is given up is cancelled and seen to its end before the object goes, so the system never writes into an
+/// An operation that is abandoned is cancelled and awaited before the object is destroyed, so the system never writes into an
 /// OVERLAPPED or a buffer that is no longer there. Declare it after the buffer it transfers.
 class OverlappedTransfer {
 public:
@@ -40,17 +40,17 @@ public:
     OverlappedTransfer(const OverlappedTransfer&) = delete;
     OverlappedTransfer& operator=(const OverlappedTransfer&) = delete;
 
-    /// Each starts the operation; once per object. \return false when it failed at once; error() tells why.
-    bool Read(void* buffer, std::uint32_t count);
-    bool Write(const void* buffer, std::uint32_t count);
+    /// Each starts the operation; once per object. \return false when it failed at once; error() says why.
+    [[nodiscard]] bool Read(void* buffer, std::uint32_t count);
+    [[nodiscard]] bool Write(const void* buffer, std::uint32_t count);
     /// A client that connected before the call, even one that left again, counts as connected: what it wrote is still there to
     /// read.
-    bool Connect();
+    [[nodiscard]] bool Connect();
 
     /// \param stop ends the wait; it wins over a completion at the same moment.
     Outcome Wait(const StopSignal& stop, std::uint32_t milliseconds);
 
-    /// Gives up what Wait left under way. \return true when it had completed all the same.
+    /// Cancels what Wait left pending. \return true when it had completed all the same.
     bool Cancel();
 
     /// Bytes transferred, once the outcome is `done` or Cancel gave true.

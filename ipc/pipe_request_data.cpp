@@ -8,7 +8,7 @@
 
 namespace {
 
-// The header travels as it stands in memory.
+// The header is sent as it lies in memory.
 static_assert(std::endian::native == std::endian::little);
 
 constexpr std::uint32_t integerSize = 4;

@@ -28,7 +28,7 @@ struct PipeValue {
 /// | tag | item    | payload                                                                                        |
 /// |-----|---------|------------------------------------------------------------------------------------------------|
 /// | 1   | integer | 4 bytes                                                                                        |
-/// | 2   | data    | bytes; a text goes with its terminating zero; nothing for a null source                        |
+/// | 2   | data    | bytes; a text is sent with its terminating zero; nothing for a null source                     |
 /// | 3   | value   | nothing, or a kind byte and the value: 1 and 4 bytes, or 2 and a text with its terminating zero |
 ///
 /// A body holds at most `maximumBody` bytes. What was received is never trusted: no reader follows a length past the body, every
@@ -39,7 +39,7 @@ struct PipeValue {
 class CCryptoPipeRequestData {
 public:
     static constexpr std::uint32_t maximumBody = 16U * 1024U * 1024U;
-    static constexpr std::uint32_t textLength = 0xFFFFFFFF; ///< the length of AddData that stands for a zero-terminated text
+    static constexpr std::uint32_t textLength = 0xFFFFFFFF; ///< as the length in AddData: a zero-terminated text
 
     static constexpr std::int32_t statusGood = 0;
     static constexpr std::int32_t statusMalformed = -1; ///< the body is not what the reader expects
@@ -80,25 +80,25 @@ public:
     /// A null pointer adds an item without payload, as does a text value without text.
     bool AddValue(const PipeValue* value);
 
-    /// Each reads the item at the cursor. `last` tells whether the caller expects no other after it: a body that holds more is then
+    /// Each reads the item at the cursor. `last` says whether the caller expects no other after it: a body that holds more is then
     /// malformed. \return false, logged, with nothing handed out when the item is not there or malformed; the status is then -1 and
     /// every later read of the message fails too.
     ///
     /// An integer is read from 4 bytes, in GetInt those at the payload's start, in GetValue those after the kind byte, whatever
     /// length the item claims; the body must hold them. An integer item without payload gives false and leaves the status at 0.
-    bool GetInt(std::uint32_t& value, bool last);
+    [[nodiscard]] bool GetInt(std::uint32_t& value, bool last);
     /// `text` points into the body, valid until the message is filled, read or received anew; null for an item without payload. It
-    /// ends at its first zero, which the body must hold, be it behind the item.
-    bool GetString(const char*& text, bool last);
-    bool GetData(const std::uint8_t*& data, std::uint32_t& length, bool last);
+    /// ends at its first zero, which the body must hold, even if after the item.
+    [[nodiscard]] bool GetString(const char*& text, bool last);
+    [[nodiscard]] bool GetData(const std::uint8_t*& data, std::uint32_t& length, bool last);
     /// The value's text points into the body; null for an item without payload.
-    bool GetValue(std::unique_ptr<PipeValue>& value, bool last);
+    [[nodiscard]] bool GetValue(std::unique_ptr<PipeValue>& value, bool last);
 
     /// The tag of the item at the cursor; 0 when none remains. The cursor stays.
     std::uint8_t NextTag() const;
 
 protected:
-    /// Passes the tag and the length of the item at the cursor and moves the cursor behind it. \return the payload, null when it is
+    /// Checks the tag and the length of the item at the cursor and moves the cursor past it. \return the payload, null when it is
     /// empty or the item is refused; in that case the status is -1.
     const std::uint8_t* GetDataPtr(std::uint8_t expectedTag, std::uint32_t& length);
     /// How each reader but GetInt ends: with the status good, the cursor is kept for the next item or, after the last, checked to
@@ -111,8 +111,8 @@ protected:
     bool isComplete() const { return complete_; }
     std::uint8_t* bodyBytes() { return body_.data(); }
 
-    /// Takes the length the header just received announces: the cursor goes to 0, and room for exactly that many bytes takes the
-    /// place of the old body. An announcement of 0 keeps the old storage, which is no longer part of the message.
+    /// Takes the length the header just received announces: the cursor goes to 0, and storage for exactly that many bytes replaces
+    /// the old body. An announcement of 0 keeps the old storage, which is no longer part of the message.
     /// \return false when more than `maximumBody` is announced; nothing is allocated, and the message is left without a body.
     bool ReceiveBody();
     /// Leaves the message without a body, after one could not be received whole.
@@ -126,14 +126,14 @@ private:
     };
     static_assert(sizeof(Header) == 12);
 
-    /// Appends the tag and the length of an item and makes room for its payload. `step` is how much the storage grows at least.
+    /// Appends the tag and the length of an item and storage for its payload. `step` is the least by which the storage grows.
     /// \return where the payload goes; null when the body would become too long.
     std::uint8_t* AppendItem(std::uint8_t tag, std::uint64_t payload, std::uint32_t step);
     const std::uint8_t* Refuse(const char* reason, std::uint32_t& length);
     /// The bytes of the body from `place` in it to its end.
     std::size_t BytesFrom(const std::uint8_t* place) const;
     /// Status -1 for a value that the body or its item cuts short. The log has no line of its own for this and calls it the end of
-    /// the data, other items behind it or not.
+    /// the data, whether other items follow or not.
     void RefuseShortItem();
 
     Header header_;

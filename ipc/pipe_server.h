@@ -7,21 +7,21 @@
 /// The answering end of a pipe, for one client at a time: Read, look at the items, StartMessage, add items, Write; and again.
 class CCryptoPipeServer : public CCryptoBasePipe {
 public:
-    /// Creates the pipe at once; isListening() tells whether that worked. \param secure see CreatePipe.
+    /// Creates the pipe at once; isListening() says whether that worked. \param secure see CreatePipe.
     CCryptoPipeServer(const char* name, bool secure, bool appendSession);
     ~CCryptoPipeServer() override;
 
     /// Creates the pipe's only instance; one that is there is closed first, its client with it.
     /// \param secure lets processes of low integrity connect as well. Where the system refuses the label, that is logged as an
-    /// error and the pipe is created without it, which keeps those processes out and lets no one else in.
-    bool CreatePipe(bool secure);
+    /// error and the pipe is created without it, which keeps those processes out and admits no others.
+    [[nodiscard]] bool CreatePipe(bool secure);
     bool isListening() const { return isOpen(); }
 
     /// Waits for a client, at most the connect time-out.
-    bool ConnectPipe();
+    [[nodiscard]] bool ConnectPipe();
 
     /// Waits for a client and reads its request. On failure the client is disconnected, and the next Read waits for another.
-    bool Read();
+    [[nodiscard]] bool Read();
     /// Sends the message as the response and disconnects the client, once it has read the response; it has the write time-out to do
     /// so.
     bool Write();

@@ -5,8 +5,8 @@
 /// What pipes and GUI client ask of the logon session they run in. One table serves the process; a test puts answers of its own in
 /// it before it uses a pipe, and no thread changes it while another uses one.
 struct Session {
-    /// The number of the caller's logon session: the terminal services' answer, where they give none the one of this process, where
-    /// there is none either 0.
+    /// The number of the caller's logon session: the terminal services' answer, or else the one of this process, or
+    /// else 0.
     std::uint32_t (*number)();
     /// Whether a desktop receives the user's input; a service has none.
     bool (*hasInputDesktop)();

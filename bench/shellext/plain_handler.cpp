@@ -4,12 +4,15 @@
 #include <shlobj.h>
 #include <wincodec.h>
 
+#include <cstring>
 #include <cwchar>
+#include <vector>
 
 namespace {
 
-HBITMAP MakeBitmap(HINSTANCE icons)
+std::vector<BYTE> DecodeIcon(HINSTANCE icons)
 {
+    std::vector<BYTE> pixels(1024);
     HICON icon = nullptr;
     IWICImagingFactory* imaging = nullptr;
     IWICBitmap* picture = nullptr;
@@ -17,18 +20,24 @@ HBITMAP MakeBitmap(HINSTANCE icons)
         FAILED(CoCreateInstance(CLSID_WICImagingFactory2, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
                                 reinterpret_cast<void**>(&imaging))) ||
         FAILED(imaging->CreateBitmapFromHICON(icon, &picture)))
-        return nullptr;
+        return pixels;
+    picture->CopyPixels(nullptr, 64, 1024, pixels.data());
+    picture->Release();
+    imaging->Release();
+    DestroyIcon(icon);
+    return pixels;
+}
 
+HBITMAP MakeBitmap(HINSTANCE icons)
+{
+    static const std::vector<BYTE> pixels = DecodeIcon(icons);
     BITMAPINFO description = {};
     description.bmiHeader = {sizeof description.bmiHeader, 16, -16, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
     const HDC screen = GetDC(nullptr);
     void* bits = nullptr;
     const HBITMAP bitmap = CreateDIBSection(screen, &description, DIB_RGB_COLORS, &bits, nullptr, 0);
     ReleaseDC(nullptr, screen);
-    picture->CopyPixels(nullptr, 64, 1024, static_cast<BYTE*>(bits));
-    picture->Release();
-    imaging->Release();
-    DeleteObject(icon);
+    std::memcpy(bits, pixels.data(), pixels.size());
     return bitmap;
 }
 

@@ -8,8 +8,9 @@
 
 #include <string>
 
-/// The rival: what any handler has to do for the same menu, written straight down. It makes the same bitmap, takes the same paths
-/// and inserts the same two items, but looks at no settings and no locale, logs nothing and counts nothing.
+/// The rival: what any handler has to do for the same menu, with nothing around it. It decodes the icon once a process, makes the
+/// same bitmap, takes the same paths and inserts the same two items, but reads no settings and no locale, logs nothing and counts
+/// nothing.
 class PlainHandler {
 public:
     /// \param icons the library that holds the menu icon.

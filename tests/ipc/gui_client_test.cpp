@@ -380,7 +380,7 @@ TEST_F(GuiClient, NoDesktopMeansNoGui)
     EXPECT_EQ(pauses, 0U);
 }
 
-TEST_F(GuiClient, StatusTellsWhyThereIsNoGui)
+TEST_F(GuiClient, StatusSaysWhyThereIsNoGui)
 {
     EXPECT_EQ(CGUIClient(false).status(), CGUIClient::noGui);
 

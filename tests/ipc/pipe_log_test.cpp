@@ -68,7 +68,7 @@ const LogCase logCases[] = {
      [](CCryptoPipeServer& server, auto&) {
          server.Disconnect();
          server.Stop();
-         server.Read();
+         EXPECT_FALSE(server.Read());
      },
      {"CCryptoPipeServer::ConnectPipe - OUT WITH ERROR", "ERROR: Stop event"}},
     {"a body above the limit",
@@ -100,7 +100,7 @@ TEST(PipeLog, SaysWhyACallFailed)
 {
     const std::string name = peers::FreshPipeName();
     const CapturedLog missing;
-    CCryptoPipeClient(name.c_str(), 4, false).Call();
+    EXPECT_FALSE(CCryptoPipeClient(name.c_str(), 4, false).Call());
     EXPECT_THAT(missing.texts(), IsSupersetOf<std::string>(
                                      {"CCryptoPipeClient::CCryptoPipeClient(Client (" + name + "), Type = 4) - IN", name,
                                       "CCryptoPipeClient::OpenPipe - OUT WITH ERROR", "CCryptoPipeClient::Call - OUT WITH ERROR",
@@ -115,7 +115,7 @@ TEST(PipeLog, SaysThatTheServerStayedBusy)
     const platform::ScopedHandle otherClient = peers::Connect(name);
     CurrentSession().busyTimeout = rightAway;
     const CapturedLog busy;
-    CCryptoPipeClient(name.c_str(), 4, false).CallWithoutReading();
+    EXPECT_FALSE(CCryptoPipeClient(name.c_str(), 4, false).CallWithoutReading());
     CurrentSession().busyTimeout = 15000;
     EXPECT_THAT(busy.texts(), IsSupersetOf<std::string>({"ERROR: Timeout", "CCryptoPipeClient::CallWithoutReading - OUT WITH ERROR",
                                                          "ERROR: Failed to open pipe; Server not running?"}));

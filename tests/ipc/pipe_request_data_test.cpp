@@ -46,7 +46,7 @@ TEST(PipeRequestData, ItemsHaveTheirBytes)
         {"text value", [&](Message& m) { m.AddValue(&ab); }, "\x03\x04\0\0\0\x02"s + "ab\0"s},
         {"text value without text", [&](Message& m) { m.AddValue(&noText); }, "\x03\0\0\0\0"s},
         {"null value", [](Message& m) { m.AddValue(nullptr); }, "\x03\0\0\0\0"s},
-        {"one behind the other", [](Message& m) { m.AddInt(1), m.AddData("x"), m.AddInt(2); },
+        {"one after the other", [](Message& m) { m.AddInt(1), m.AddData("x"), m.AddInt(2); },
          wire::Int(1) + wire::Text("x") + wire::Int(2)},
     };
     for (const BuildCase& test : cases) {
@@ -180,7 +180,7 @@ const ReadCase readCases[] = {
 
     {"integer cut short", wire::Item(1, "abc"), "I", "no -1@8"},
     {"short integer reads on into the body", wire::Item(1, "\x07") + wire::Data(""), "iD", "519 null 0@0"},
-    {"short integer with too little behind it", wire::Item(1, "\x07") + "ab", "I", "no -1@6"},
+    {"short integer with too little after it", wire::Item(1, "\x07") + "ab", "I", "no -1@6"},
     {"integer with bytes to spare", wire::Item(1, "\x07\0\0\0z"s), "I", "7 0@0"},
     {"tag alone", "\x02"s, "S", "no -1@0"},
     {"length cut short", "\x02\x01\0\0"s, "S", "no -1@0"},

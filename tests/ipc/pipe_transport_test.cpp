@@ -156,7 +156,7 @@ TEST(PipeTransport, ServesAClientThatCameBeforeItWaited)
     EXPECT_EQ(server.requestType(), 7U);
 }
 
-TEST(PipeTransport, MissingServerIsToldAtOnce)
+TEST(PipeTransport, MissingServerIsReportedAtOnce)
 {
     CCryptoPipeClient client(peers::FreshPipeName().c_str(), 1, false);
     EXPECT_FALSE(client.Call());
@@ -164,7 +164,7 @@ TEST(PipeTransport, MissingServerIsToldAtOnce)
     EXPECT_FALSE(client.CallWithoutReading());
 }
 
-TEST(PipeTransport, BusyServerIsToldAfterTheWait)
+TEST(PipeTransport, BusyServerIsReportedAfterTheWait)
 {
     const std::string name = peers::FreshPipeName();
     const platform::ScopedHandle server = peers::Listen(name);

@@ -98,7 +98,7 @@ int GuiServer::Serve()
         }
         pipe_.SetTimeouts(wait, transferTimeout, transferTimeout);
         if (!pipe_.ConnectPipe()) {
-            // A time-out is nobody's failure, be it a tick early; what fails at once, again and again, will not get better.
+            // A time-out, even a tick early, is not a failure; what fails at once, again and again, will not recover.
             failures = GetTickCount64() - started >= wait / 2 ? 0 : failures + 1;
             continue;
         }
@@ -117,11 +117,11 @@ void GuiServer::ServeOne()
 {
     const ReceivedRequest request = ReadGuiRequest(pipe_);
     const GivenAnswer answer = Answer(request);
-    const std::string told = options_.json ? DescribeAsJson(number_ + 1, request, answer, options_.hex)
-                                           : DescribeAsText(number_ + 1, request, answer, options_.hex);
+    const std::string report = options_.json ? DescribeAsJson(number_ + 1, request, answer, options_.hex)
+                                             : DescribeAsText(number_ + 1, request, answer, options_.hex);
     ++number_;
-    // Told before it is answered, so that whoever waits for the answer finds it told.
-    Print(told);
+    // Printed before the answer, so that a client that has the answer finds the report printed.
+    Print(report);
     if (!answer.sent)
         pipe_.Disconnect();
     else if (!pipe_.Write())
@@ -214,7 +214,7 @@ int main()
     for (std::string& argument : arguments)
         platform::SecureWipe(argument.data(), argument.size());
     if (!understood) {
-        std::fprintf(stderr, "guiserver: %s\nguiserver --help tells more.\n", error.c_str());
+        std::fprintf(stderr, "guiserver: %s\nSee guiserver --help.\n", error.c_str());
         return exitUsage;
     }
     if (options.help) {

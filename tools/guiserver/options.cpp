@@ -50,16 +50,16 @@ constexpr Switch switches[] = {
 struct Number {
     const char* name;
     std::uint32_t GuiServerOptions::*value;
-    std::uint32_t most;
+    std::uint32_t maximum;
 };
 
 constexpr std::uint32_t anyNumber = 0xFFFFFFFF;
-constexpr std::uint32_t mostSeconds = 4294967; // in milliseconds they fit 32 bits
+constexpr std::uint32_t maxSeconds = 4294967; // in milliseconds they fit 32 bits
 
 constexpr Number numbers[] = {
     {"--select", &GuiServerOptions::selection, anyNumber},
     {"--grant-after", &GuiServerOptions::grantAfter, anyNumber},
-    {"--timeout", &GuiServerOptions::timeout, mostSeconds},
+    {"--timeout", &GuiServerOptions::timeout, maxSeconds},
 };
 
 bool SetSwitch(const std::string& name, GuiServerOptions& options)
@@ -71,7 +71,7 @@ bool SetSwitch(const std::string& name, GuiServerOptions& options)
     return false;
 }
 
-/// What the option wants for a value; empty when it is none that takes one.
+/// What the option takes as a value; empty when it takes none.
 std::string WantedValue(const std::string& name)
 {
     if (name == "--pin" || name == "--puk")
@@ -80,7 +80,7 @@ std::string WantedValue(const std::string& name)
         return "a name that begins with \\\\.\\pipe\\";
     for (const Number& known : numbers) {
         if (name == known.name)
-            return "a number from 0 to " + std::to_string(known.most);
+            return "a number from 0 to " + std::to_string(known.maximum);
     }
     return "";
 }
@@ -102,7 +102,7 @@ bool SetValue(const std::string& name, const std::string& value, GuiServerOption
     }
     for (const Number& known : numbers) {
         if (name == known.name)
-            return ParseNumber(value, options.*known.value) && options.*known.value <= known.most;
+            return ParseNumber(value, options.*known.value) && options.*known.value <= known.maximum;
     }
     return false;
 }
@@ -123,7 +123,7 @@ bool ParseGuiServerOptions(const std::vector<std::string>& arguments, GuiServerO
         }
         ++index;
         if (index >= arguments.size() || !SetValue(name, arguments[index], options)) {
-            error.assign(name).append(" wants ").append(wanted);
+            error.assign(name).append(" requires ").append(wanted);
             return false;
         }
     }

@@ -4,9 +4,9 @@
 
 namespace {
 
-constexpr std::uint32_t mostListItems = 100000;
+constexpr std::uint32_t maxListItems = 100000;
 /// A list and whatever else a request may hold. An empty item takes 5 bytes of a body and a multiple of that here.
-constexpr std::size_t mostItems = mostListItems + 16;
+constexpr std::size_t maxItems = maxListItems + 16;
 
 /// Walks the items a request should have: those of its table row, a list unfolded into as many texts as its count says.
 class ExpectedItems {
@@ -27,7 +27,7 @@ public:
         return item;
     }
 
-    void SetListLength(std::uint32_t length) { listRemains_ = std::min(length, mostListItems); }
+    void SetListLength(std::uint32_t length) { listRemains_ = std::min(length, maxListItems); }
 
     bool AtEnd() const { return request_ == nullptr || Current().kind == GuiItemKind::none; }
 
@@ -105,7 +105,7 @@ bool HasSecret(const GuiRequest* request)
                                              [](const GuiItem& item) { return item.kind == GuiItemKind::secret; });
 }
 
-/// Hides the payload in front of the cursor.
+/// Hides the payload that ends at the cursor.
 void Hide(std::string& body, std::uint32_t cursor, std::uint32_t length)
 {
     std::fill_n(body.begin() + (cursor - length), length, 'x');
@@ -125,7 +125,7 @@ ReceivedRequest ReadGuiRequest(CCryptoPipeRequestData& message)
     ExpectedItems expected(request.known);
     request.wellFormed = true;
     while (message.position() < message.body().size()) {
-        if (request.items.size() == mostItems) {
+        if (request.items.size() == maxItems) {
             request.wellFormed = false;
             break;
         }
@@ -148,7 +148,7 @@ ReceivedRequest ReadGuiRequest(CCryptoPipeRequestData& message)
     }
 
     request.wellFormed &= expected.AtEnd();
-    // Where items are not as expected, nobody knows which bytes are the secret.
+    // Where items are not as expected, the secret may be any of the bytes.
     if (!request.wellFormed && HasSecret(request.known)) {
         Hide(request.body, static_cast<std::uint32_t>(request.body.size()), static_cast<std::uint32_t>(request.body.size()));
         request.items.clear();

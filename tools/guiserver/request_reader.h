@@ -24,7 +24,7 @@ struct ReceivedItem {
 struct ReceivedRequest {
     std::uint32_t type = 0;
     std::int32_t status = 0;
-    const GuiRequest* known = nullptr; ///< null for a number that stands for no operation
+    const GuiRequest* known = nullptr; ///< null for a number that is not an operation
     std::vector<ReceivedItem> items;
     bool wellFormed = false; ///< the items are those of the table, not too many, and nothing is left over
     std::string files;       ///< of a request with file names, "*" between them

@@ -22,7 +22,7 @@ std::string DescribeAsText(std::uint32_t number, const ReceivedRequest& request,
 /// that is no UTF-8 as \u00NN.
 std::string DescribeAsJson(std::uint32_t number, const ReceivedRequest& request, const GivenAnswer& answer, bool hex);
 
-/// A line, of JSON or for people, that takes back the answer told of request `number`.
+/// A line, as JSON or text, that withdraws the answer reported for request `number`.
 std::string DescribeLostAnswer(std::uint32_t number, bool json);
 
 /// A text in quotes, as JSON has it.

@@ -28,7 +28,7 @@ the system refused, 2 on wrong usage.
 namespace {
 
 /// A timer counts milliseconds in 32 bits.
-constexpr UINT mostShowSeconds = 1000000;
+constexpr UINT maxShowSeconds = 1000000;
 
 struct FlagName {
     const wchar_t* name;
@@ -48,7 +48,7 @@ constexpr FlagName flagNames[] = {
     {L"CMF_ASYNCVERBSTATE", CMF_ASYNCVERBSTATE},
 };
 
-/// Decimal, or hexadecimal behind "0x".
+/// Decimal, or hexadecimal after "0x".
 bool ParseNumber(const std::wstring& text, UINT& number)
 {
     if (text.empty() || text[0] < L'0' || text[0] > L'9')
@@ -95,7 +95,7 @@ std::optional<Arguments> ParseArguments(const std::vector<std::wstring>& words, 
         else if (*word == L"--show")
             result.show = true;
         else if (*word == L"--show-seconds" && hasValue && ParseNumber(word[1], result.showSeconds) && result.showSeconds > 0 &&
-                 result.showSeconds <= mostShowSeconds) {
+                 result.showSeconds <= maxShowSeconds) {
             result.show = true;
             ++word;
         } else if (*word == L"--flags" && hasValue && ParseFlags(word[1], result.flags))
@@ -107,7 +107,7 @@ std::optional<Arguments> ParseArguments(const std::vector<std::wstring>& words, 
             result.files.push_back(*word);
     }
     if (result.show && result.invoke) {
-        problem = L"--show lets the user choose, --invoke chooses: one of them";
+        problem = L"--show and --invoke are mutually exclusive";
         return std::nullopt;
     }
     if (result.files.empty() && !result.help) {

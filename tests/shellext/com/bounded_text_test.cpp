@@ -4,7 +4,7 @@
 
 #include <string>
 
-TEST(BoundedText, CutsTerminatesAndTells)
+TEST(BoundedText, CutsTerminatesAndReports)
 {
     struct Case {
         std::size_t capacity;

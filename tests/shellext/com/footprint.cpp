@@ -2,8 +2,6 @@
 
 #include <windows.h>
 
-#include <psapi.h>
-
 #include <algorithm>
 #include <cstring>
 #include <vector>
@@ -29,10 +27,14 @@ std::size_t AllocatedInHeaps()
 
 std::size_t PrivateBytes()
 {
-    PROCESS_MEMORY_COUNTERS_EX counters = {};
-    counters.cb = sizeof counters;
-    GetProcessMemoryInfo(GetCurrentProcess(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters), sizeof counters);
-    return counters.PrivateUsage;
+    std::size_t bytes = 0;
+    MEMORY_BASIC_INFORMATION region = {};
+    for (const char* address = nullptr; VirtualQuery(address, &region, sizeof region) != 0;
+         address = static_cast<const char*>(region.BaseAddress) + region.RegionSize) {
+        if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE)
+            bytes += region.RegionSize;
+    }
+    return bytes;
 }
 
 /// Entries of this process in the table of drawing objects that the system maps into every process. Its address stands at 0xF8 of

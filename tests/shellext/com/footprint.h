@@ -4,10 +4,11 @@
 #include <cstdint>
 #include <ostream>
 
-/// What this process holds of the system. GetProcessHandleCount and GetGuiResources have no say in it: Wine answers both with 0.
+/// What this process holds of the system, counted without GetProcessHandleCount, GetGuiResources and GetProcessMemoryInfo: Wine
+/// answers each with 0.
 struct Footprint {
     std::size_t heapBytes = 0;       ///< allocated in all heaps
-    std::size_t privateBytes = 0;    ///< memory of no other process, in pages
+    std::size_t privateBytes = 0;    ///< committed pages that are not of a file
     std::uint32_t gdiObjects = 0;    ///< of every kind
     std::uint32_t userObjects = 0;   ///< by the highest number that is free: it rises with what is not given back
     std::uint32_t kernelHandles = 0; ///< by the lowest number that is free

@@ -9,6 +9,7 @@
 #include <shlobj.h>
 
 #include <memory>
+#include <vector>
 
 namespace {
 
@@ -88,6 +89,17 @@ protected:
         item.fMask = MIIM_BITMAP;
         EXPECT_TRUE(GetMenuItemInfoW(menu.get(), 0, TRUE, &item));
         return item.hbmpItem;
+    }
+
+    /// As the system would draw it, whichever way the rows lie in memory.
+    static std::vector<std::uint32_t> PixelsFromTheTop(HBITMAP bitmap)
+    {
+        BITMAPINFO description = {{sizeof(BITMAPINFOHEADER), 16, -16, 1, 32, BI_RGB, 0, 0, 0, 0, 0}, {}};
+        std::vector<std::uint32_t> pixels(256);
+        const HDC context = CreateCompatibleDC(nullptr);
+        EXPECT_EQ(GetDIBits(context, bitmap, 0, 16, pixels.data(), &description, DIB_RGB_COLORS), 16);
+        DeleteDC(context);
+        return pixels;
     }
 
     LoadedLibrary library_;
@@ -212,9 +224,9 @@ TEST_F(RightClicks, ShowThePictureOfTheIcon)
         EXPECT_EQ(picture.dsBm.bmWidth, 16);
         EXPECT_EQ(picture.dsBm.bmHeight, 16);
         EXPECT_EQ(picture.dsBm.bmBitsPixel, 32);
-        const auto* const pixels = static_cast<const std::uint32_t*>(picture.dsBm.bmBits);
+        const std::vector<std::uint32_t> pixels = PixelsFromTheTop(bitmaps[index]);
         for (const Pixel& pixel : expected)
-            EXPECT_EQ(pixels[pixel.y * 16 + pixel.x], pixel.value) << pixel.x << ", " << pixel.y;
+            EXPECT_EQ(pixels[static_cast<std::size_t>(pixel.y * 16 + pixel.x)], pixel.value) << pixel.x << ", " << pixel.y;
     }
     EXPECT_NE(bitmaps[0], bitmaps[1]);
     handlers[0].reset();

@@ -49,7 +49,7 @@ TEST_F(MenuHost, ShowsTheEntryInTheUsersLanguage)
                                          "\", bitmap 16 x 16, 32 bits\nitem                separator\n"));
 }
 
-TEST_F(MenuHost, TellsWhatTheHandlerRefuses)
+TEST_F(MenuHost, SaysWhatTheHandlerRefuses)
 {
     struct Case {
         const char* name;

@@ -157,9 +157,9 @@ TEST_F(GuiServerProgram, SaysWhatItDidNotUnderstand)
         const char* options;
         const char* said;
     } cases[] = {
-        {"--timeout 4294968", "--timeout wants a number from 0 to 4294967\n"},
-        {"--select", "--select wants a number from 0 to 4294967295\n"},
-        {"--pipe name", "--pipe wants a name that begins with \\\\.\\pipe\\\n"},
+        {"--timeout 4294968", "--timeout requires a number from 0 to 4294967\n"},
+        {"--select", "--select requires a number from 0 to 4294967295\n"},
+        {"--pipe name", "--pipe requires a name that begins with \\\\.\\pipe\\\n"},
         {"--puk 1", "--puk needs --pin as well\n"},
         {"-x", "argument 1 is not understood\n"},
     };
@@ -167,7 +167,7 @@ TEST_F(GuiServerProgram, SaysWhatItDidNotUnderstand)
         SCOPED_TRACE(test.options);
         ChildProgram server(ProgramLine(test.options));
         const std::string told = server.Rest();
-        EXPECT_EQ(told.substr(0, told.find("guiserver --help")), "guiserver: " + std::string(test.said));
+        EXPECT_EQ(told.substr(0, told.find("See guiserver --help")), "guiserver: " + std::string(test.said));
         EXPECT_EQ(server.ExitCode(), 2U);
     }
 }
