@@ -3,6 +3,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <vector>
 
@@ -28,8 +29,8 @@ void BuildAndRead(benchmark::State& state)
         for (std::uint32_t index = 0; index < items; index += 2) {
             std::uint32_t number = 0;
             const char* read = nullptr;
-            received.GetInt(number, false);
-            received.GetString(read, index + 2 == items);
+            if (!received.GetInt(number, false) || !received.GetString(read, index + 2 == items))
+                std::abort();
             sum += number + static_cast<unsigned char>(read[3]);
         }
         benchmark::DoNotOptimize(sum);
