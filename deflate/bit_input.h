@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <span>
 
+namespace ccrypto {
+
 /// The input of a decoder as bits, least significant first, across pieces of any size. Up to 63 bits are held; those above
 /// the count are zero. They are wiped in the end.
 class BitInput {
@@ -87,3 +89,5 @@ private:
     std::uint64_t bits_ = 0;
     std::uint32_t count_ = 0;
 };
+
+} // namespace ccrypto

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+namespace ccrypto {
+
 void BitOutput::putBytes(std::span<const std::uint8_t> bytes)
 {
     while (!bytes.empty()) {
@@ -22,3 +24,5 @@ bool BitOutput::flush()
     position_ = 0;
     return !stopped_;
 }
+
+} // namespace ccrypto

@@ -10,6 +10,8 @@
 #include <span>
 #include <utility>
 
+namespace ccrypto {
+
 /// Bits on their way to a sink, least significant first, gathered in pieces of at most 64 KiB. Once the sink has stopped, what
 /// comes is dropped.
 class BitOutput {
@@ -56,3 +58,5 @@ private:
     std::uint32_t count_ = 0;
     bool stopped_ = false;
 };
+
+} // namespace ccrypto

@@ -4,7 +4,7 @@
 #include <array>
 #include <bit>
 
-namespace deflate {
+namespace ccrypto::deflate {
 namespace {
 
 /// What codes of its own take at the head of a block, about, in bits.
@@ -122,4 +122,4 @@ void BlockBuilder::finish(bool last)
     nextCheck_ = checkEvery;
 }
 
-} // namespace deflate
+} // namespace ccrypto::deflate

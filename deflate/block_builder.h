@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace deflate {
+namespace ccrypto::deflate {
 
 /// Gathers symbols into blocks and writes each when it is full, or when what comes differs so much from what came before that codes
 /// of its own save more than they cost.
@@ -52,4 +52,4 @@ private:
     std::size_t recentLength_ = 0;
 };
 
-} // namespace deflate
+} // namespace ccrypto::deflate

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace deflate {
+namespace ccrypto::deflate {
 namespace {
 
 std::size_t WithoutTail(std::span<const std::uint8_t> lengths, std::size_t least)
@@ -89,4 +89,4 @@ void CodeLengthsText::write(BitOutput& output) const
     }
 }
 
-} // namespace deflate
+} // namespace ccrypto::deflate

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <span>
 
-namespace deflate {
+namespace ccrypto::deflate {
 
 /// The lengths of a block's codes in the form in which they precede it (RFC 1951, 3.2.7): runs shortened, and coded themselves.
 class CodeLengthsText {
@@ -40,4 +40,4 @@ private:
     std::uint64_t bits_ = 0;
 };
 
-} // namespace deflate
+} // namespace ccrypto::deflate

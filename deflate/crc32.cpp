@@ -5,6 +5,8 @@
 #include <array>
 #include <cstddef>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::uint32_t polynomial = 0xEDB88320U;

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace deflate {
+namespace ccrypto::deflate {
 namespace {
 
 /// The codes that a block is written with.
@@ -148,4 +148,4 @@ void WriteBlock(const Block& block, BitOutput& output)
     }
 }
 
-} // namespace deflate
+} // namespace ccrypto::deflate

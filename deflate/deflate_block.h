@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <span>
 
-namespace deflate {
+namespace ccrypto::deflate {
 
 /// A literal, or a match.
 struct Symbol {
@@ -77,4 +77,4 @@ struct Block {
 /// Writes a block in whichever form is the shortest: stored, where its bytes are there, with the fixed codes, or with its own.
 void WriteBlock(const Block& block, BitOutput& output);
 
-} // namespace deflate
+} // namespace ccrypto::deflate

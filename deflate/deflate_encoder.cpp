@@ -1,5 +1,7 @@
 #include "deflate/deflate_encoder.h"
 
+namespace ccrypto {
+
 /// How hard to look.
 struct DeflateEncoder::Level {
     bool lazy;
@@ -116,3 +118,5 @@ void DeflateEncoder::takePending()
     pending_ = {};
     hasPendingByte_ = false;
 }
+
+} // namespace ccrypto

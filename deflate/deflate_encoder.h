@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <span>
 
+namespace ccrypto {
+
 /// Packs bytes that arrive in pieces of any size into one Deflate stream (RFC 1951). Memory is constant, about 450 KiB. What comes
 /// out does not depend on how the input was cut.
 class DeflateEncoder {
@@ -39,3 +41,5 @@ private:
     MatchFinder::Match pending_;  ///< for the byte before the position, if a better one does not come here
     bool hasPendingByte_ = false; ///< the byte before the position is not packed yet
 };
+
+} // namespace ccrypto

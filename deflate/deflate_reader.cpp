@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace ccrypto {
+
 DeflateReader::DeflateReader(DeflateFormat format, DeflateSink sink, const InflateLimits& limits)
     : format_(format), output_(std::move(sink), limits), decoder_(output_),
       step_(format == DeflateFormat::raw ? Step::body : Step::start)
@@ -143,3 +145,5 @@ bool DeflateReader::Finish()
     }
     return false;
 }
+
+} // namespace ccrypto

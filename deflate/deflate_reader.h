@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <span>
 
+namespace ccrypto {
+
 /// Unpacks a whole input that arrives in pieces of any size: one Deflate stream, or GZIP members one behind the
 /// other. Zeros behind the last member, with which some media fill their last record, are passed over.
 class DeflateReader {
@@ -49,3 +51,5 @@ private:
     const char* reason_ = "";
     std::uint64_t reasonOffset_ = 0;
 };
+
+} // namespace ccrypto

@@ -8,6 +8,8 @@
 #include <functional>
 #include <utility>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr const char* nothingStarted = "Nothing was started";

@@ -9,8 +9,13 @@
 #include <span>
 
 class CCryptoAutoLogger;
+
+namespace ccrypto {
+
 class DeflateReader;
 class DeflateWriter;
+
+} // namespace ccrypto
 
 /// Packs or unpacks Deflate data (RFC 1951), by itself or in GZIP members (RFC 1952), in constant memory.
 ///
@@ -34,10 +39,11 @@ public:
 
     /// Unpacks from here on, within the limits: by default 1 GiB, and 256 times the input once there are 16 MiB. What was under way
     /// before is dropped.
-    void StartInflate(DeflateFormat format, DeflateSink sink, const InflateLimits& limits = {});
+    void StartInflate(ccrypto::DeflateFormat format, ccrypto::DeflateSink sink, const ccrypto::InflateLimits& limits = {});
     /// Packs from here on, at a level from 1 (fastest) to 9 (best). `header` is used with GZIP alone; where its extraFlags are 0
     /// they tell the level. \return false, logged, when there is no such level or the header cannot be written or delivered.
-    bool StartDeflate(DeflateFormat format, DeflateSink sink, int level = usual, const CCryptoGZIPHeader& header = {});
+    bool StartDeflate(ccrypto::DeflateFormat format, ccrypto::DeflateSink sink, int level = usual,
+                      const CCryptoGZIPHeader& header = {});
 
     /// \return false, logged, when the data is malformed, a limit is exceeded, the sink stopped, nothing was started, or Finish()
     /// was called. A stream that failed takes no more until it is started again.
@@ -54,19 +60,19 @@ public:
     const CCryptoGZIPHeader* header() const;
 
     /// A sink that appends to `output`, which must outlive it. It stops, and logs so, before that holds more than `most` bytes.
-    static DeflateSink AppendTo(element& output, std::uint32_t most = UINT32_MAX);
+    static ccrypto::DeflateSink AppendTo(element& output, std::uint32_t most = UINT32_MAX);
 
     /// What is unpacked into memory, unless the caller knows better: 256 MiB, and 256 times the input once there are 16 MiB.
-    static constexpr InflateLimits wholeLimits{.mostOutput = std::uint64_t{1} << 28};
+    static constexpr ccrypto::InflateLimits wholeLimits{.mostOutput = std::uint64_t{1} << 28};
 
     /// Unpacks, or packs, the whole of `input` and appends it to `output`. \return false, logged, and `output` as it was.
     ///
     /// `output` doubles as it grows and for a moment takes up to three times what it holds; without the memory the process ends, so
     /// hostile input needs a limit of the size that the process can afford. Whatever the limit, `output` ends at 4 GiB: what
     /// unpacks or packs to more fails. `input` may be a part of `output`; it is copied first.
-    static bool Inflate(std::span<const std::uint8_t> input, DeflateFormat format, element& output,
-                        const InflateLimits& limits = wholeLimits);
-    static bool Deflate(std::span<const std::uint8_t> input, DeflateFormat format, element& output, int level = usual,
+    static bool Inflate(std::span<const std::uint8_t> input, ccrypto::DeflateFormat format, element& output,
+                        const ccrypto::InflateLimits& limits = wholeLimits);
+    static bool Deflate(std::span<const std::uint8_t> input, ccrypto::DeflateFormat format, element& output, int level = usual,
                         const CCryptoGZIPHeader& header = {});
 
 private:
@@ -80,8 +86,8 @@ private:
     /// What became of a call to the reader or writer.
     bool settle(bool good);
 
-    std::unique_ptr<DeflateReader> reader_;
-    std::unique_ptr<DeflateWriter> writer_;
+    std::unique_ptr<ccrypto::DeflateReader> reader_;
+    std::unique_ptr<ccrypto::DeflateWriter> writer_;
     const char* reason_ = "";
     std::uint64_t reasonOffset_ = 0;
     bool inCall_ = false;     ///< the sink may be running

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 /// The numbers of RFC 1951, 3.2.5 to 3.2.7.
-namespace deflate {
+namespace ccrypto::deflate {
 
 inline constexpr std::size_t literalCodes = 288; ///< 286 and 287 take part in the fixed code and stand for nothing
 inline constexpr std::size_t usedLiteralCodes = 286;
@@ -77,4 +77,4 @@ constexpr std::array<std::uint8_t, distanceCodes> MakeFixedDistanceLengths()
 inline constexpr auto fixedLiteralLengths = MakeFixedLiteralLengths();
 inline constexpr auto fixedDistanceLengths = MakeFixedDistanceLengths();
 
-} // namespace deflate
+} // namespace ccrypto::deflate

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::uint8_t bestFlag = 2;
@@ -66,3 +68,5 @@ bool DeflateWriter::Finish()
     output_.flush();
     return checkSink();
 }
+
+} // namespace ccrypto

@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <span>
 
+namespace ccrypto {
+
 /// Packs a whole input that arrives in pieces of any size, into one Deflate stream or one GZIP member.
 class DeflateWriter {
 public:
@@ -35,3 +37,5 @@ private:
     bool ended_ = false;
     const char* reason_ = "";
 };
+
+} // namespace ccrypto

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::uint8_t secondMark = 0x8B;

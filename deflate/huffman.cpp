@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::uint32_t distanceBits = 8;

@@ -76,7 +76,7 @@ private:
     /// The most that any complete code of 288 symbols and 15 bits needs behind a primary table of 11 bits.
     static constexpr std::size_t capacity = 2342;
 
-    using Counts = Wiped<std::array<std::uint16_t, longest + 1>>;
+    using Counts = ccrypto::Wiped<std::array<std::uint16_t, longest + 1>>;
 
     Fault check(const Counts& counts, std::size_t used) const;
     std::uint32_t describe(std::uint32_t symbol, std::uint32_t length) const;
@@ -90,5 +90,5 @@ private:
     std::uint64_t primaryMask_;
     std::uint32_t used_ = 0;
     std::uint32_t secondaryBits_ = 0;
-    Wiped<std::array<std::uint32_t, capacity>> entries_{};
+    ccrypto::Wiped<std::array<std::uint32_t, capacity>> entries_{};
 };

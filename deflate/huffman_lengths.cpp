@@ -7,6 +7,8 @@
 #include <array>
 #include <cstddef>
 
+namespace ccrypto {
+
 namespace {
 
 using Counts = Wiped<std::array<std::uint32_t, deflate::longestCode + 1>>;
@@ -114,3 +116,5 @@ void MakeCodeWords(std::span<const std::uint8_t> lengths, std::span<std::uint16_
         words[symbol] = static_cast<std::uint16_t>(word);
     }
 }
+
+} // namespace ccrypto

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 namespace {
 
 struct FaultTexts {
@@ -121,3 +123,5 @@ void InflateDecoder::buildFixedCodes()
     literals_.Build(deflate::fixedLiteralLengths);
     distances_.Build(deflate::fixedDistanceLengths);
 }
+
+} // namespace ccrypto

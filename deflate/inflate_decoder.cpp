@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+namespace ccrypto {
+
 InflateDecoder::InflateDecoder(InflateOutput& output) : output_(output), window_(capacity)
 {
     placeLastStart();
@@ -171,3 +173,5 @@ bool InflateDecoder::makeRoom()
     placeLastStart();
     return true;
 }
+
+} // namespace ccrypto

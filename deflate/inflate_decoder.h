@@ -11,6 +11,8 @@
 #include <cstdint>
 #include <span>
 
+namespace ccrypto {
+
 /// Unpacks one Deflate stream (RFC 1951) that arrives in pieces of any size. Memory is constant: a window and three tables, about
 /// 130 KiB.
 class InflateDecoder {
@@ -98,3 +100,5 @@ private:
     CCryptoHuffman literals_{CCryptoHuffman::Alphabet::literals};
     CCryptoHuffman distances_{CCryptoHuffman::Alphabet::distances};
 };
+
+} // namespace ccrypto

@@ -1,5 +1,7 @@
 #include "deflate/inflate_output.h"
 
+namespace ccrypto {
+
 void InflateOutput::startMember()
 {
     checksum_.reset();
@@ -27,3 +29,5 @@ const char* InflateOutput::judge(std::uint64_t consumed) const
         return nullptr;
     return InflateLimits::ratioReason;
 }
+
+} // namespace ccrypto

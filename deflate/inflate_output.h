@@ -6,6 +6,8 @@
 #include <functional>
 #include <span>
 
+namespace ccrypto {
+
 /// Takes output as it comes, in pieces of bounded size that are valid during the call alone. \return false to stop.
 using DeflateSink = std::function<bool(std::span<const std::uint8_t>)>;
 
@@ -54,3 +56,5 @@ private:
     std::uint32_t memberLength_ = 0;
     CCryptoCRC32 checksum_;
 };
+
+} // namespace ccrypto

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr const char* badLiteral = "A code that stands for no literal or length";
@@ -175,3 +177,5 @@ InflateDecoder::Progress InflateDecoder::readManySymbols()
         endBlock();
     return Progress::goesOn;
 }
+
+} // namespace ccrypto

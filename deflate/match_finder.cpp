@@ -6,6 +6,8 @@
 #include <bit>
 #include <cstring>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::size_t windowMask = deflate::windowSize - 1;
@@ -119,3 +121,5 @@ void MatchFinder::enter(std::size_t position)
     before_[position & windowMask] = latest;
     latest = static_cast<std::uint16_t>(position);
 }
+
+} // namespace ccrypto

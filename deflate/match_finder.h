@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <span>
 
+namespace ccrypto {
+
 /// The text that is being packed, as far as it may be referred to, and where its beginnings were seen before.
 ///
 /// Positions are those of the window, which slides by half when it is full. Four bytes are looked up in chains, the latest position
@@ -60,3 +62,5 @@ private:
     WipedArray<std::uint16_t> before_;
     std::size_t end_ = 0;
 };
+
+} // namespace ccrypto

@@ -7,6 +7,8 @@
 
 #include <cstdio>
 
+using namespace ccrypto;
+
 /// What the log says of a transfer in one direction.
 struct CCryptoBasePipe::TransferTexts {
     const char* operation;

@@ -50,7 +50,7 @@ protected:
     HANDLE pipe() const { return pipe_.get(); }
     /// For one transfer at a time.
     HANDLE transferEvent() const { return transferEvent_.get(); }
-    const StopSignal& stop() const { return stop_; }
+    const ccrypto::StopSignal& stop() const { return stop_; }
     std::uint32_t connectTimeout() const { return connectTimeout_; }
     std::uint32_t writeTimeout() const { return writeTimeout_; }
     void open(HANDLE pipe) { pipe_.reset(pipe); }
@@ -64,14 +64,14 @@ private:
     void DisconnectStopped(const char* operation);
     /// True when Stop came before the transfer; the other end is then disconnected.
     bool RefusedByStop(const char* operation);
-    bool FinishTransfer(OverlappedTransfer& transfer, std::uint32_t count, std::uint32_t milliseconds, const TransferTexts& texts,
-                        CCryptoAutoLogger& logger);
+    bool FinishTransfer(ccrypto::OverlappedTransfer& transfer, std::uint32_t count, std::uint32_t milliseconds,
+                        const TransferTexts& texts, CCryptoAutoLogger& logger);
 
     std::uint32_t connectTimeout_;
     std::uint32_t readTimeout_;
     std::uint32_t writeTimeout_;
-    platform::ScopedHandle pipe_;
-    platform::ScopedHandle transferEvent_;
-    StopSignal stop_;
+    ccrypto::platform::ScopedHandle pipe_;
+    ccrypto::platform::ScopedHandle transferEvent_;
+    ccrypto::StopSignal stop_;
     std::string name_;
 };

@@ -4,6 +4,8 @@
 #include "ipc/gui_ipc.h"
 #include "ipc/session.h"
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::uint32_t transactionAttempts = 60;

@@ -8,6 +8,8 @@
 #include <optional>
 #include <span>
 
+namespace ccrypto {
+
 /// What a PIN dialog shows and accepts.
 struct SGUIPinRequest {
     CCryptoString title;
@@ -26,6 +28,8 @@ struct SGUIPukRequest {
     std::uint32_t maximumLength = 0;
     std::uint32_t triesLeft = 0;
 };
+
+} // namespace ccrypto
 
 /// The library's handle on the GUI server of the signing client, the process of the logged-on user that owns every dialog.
 ///
@@ -71,9 +75,9 @@ public:
 
     /// Ask the user for a PIN. \return true with the bytes in `pin`; false, `pin` empty, when the user gave none or the call
     /// failed.
-    [[nodiscard]] bool PinDialog(const SGUIPinRequest& request, element& pin);
-    [[nodiscard]] bool PinDialogEx(const SGUIPinRequest& request, element& pin);
-    [[nodiscard]] bool PINAndPUKDialog(const SGUIPukRequest& request, element& pin, element& puk);
+    [[nodiscard]] bool PinDialog(const ccrypto::SGUIPinRequest& request, element& pin);
+    [[nodiscard]] bool PinDialogEx(const ccrypto::SGUIPinRequest& request, element& pin);
+    [[nodiscard]] bool PINAndPUKDialog(const ccrypto::SGUIPukRequest& request, element& pin, element& puk);
 
     /// Keeps a PIN at the server. \param number which PIN of the card. \param card names the card.
     bool SetPinCache(std::uint32_t number, const CCryptoString& card, const CCryptoString& pin);
@@ -83,7 +87,7 @@ public:
     /// Tries a PIN. \return true when it was right; otherwise `reason` is set to the text that is logged.
     using PinCheck = std::function<bool(const element& pin, CCryptoString& reason)>;
     /// Asks for a PIN with PinDialogEx, once, and has it tried. \return true when the user gave one and `check` found it right.
-    [[nodiscard]] bool Authenticate(const SGUIPinRequest& request, const PinCheck& check);
+    [[nodiscard]] bool Authenticate(const ccrypto::SGUIPinRequest& request, const PinCheck& check);
 
     /// Show a text without waiting for more than the server's acknowledgement.
     bool PopUpInfo(std::uint32_t value, const CCryptoString& text);

@@ -4,6 +4,8 @@
 #include "ipc/gui_client.h"
 #include "ipc/gui_ipc.h"
 
+using namespace ccrypto;
+
 namespace {
 
 enum class Reply { pin, pinThenMore, pinAndPuk };

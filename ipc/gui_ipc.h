@@ -19,7 +19,7 @@ class CGUI_IPC : public CGUI, public CCryptoPipeClient {
 public:
     /// The items follow in order: integers, and texts that are sent with their terminator.
     template <typename... Items>
-    explicit CGUI_IPC(GuiRequestType type, const Items&... items)
+    explicit CGUI_IPC(ccrypto::GuiRequestType type, const Items&... items)
         : CCryptoPipeClient(pipeName, static_cast<std::int32_t>(type), true)
     {
         (Add(items), ...);

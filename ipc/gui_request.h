@@ -3,6 +3,8 @@
 #include <array>
 #include <cstdint>
 
+namespace ccrypto {
+
 /// The operations of the GUI server, by the request type of a message.
 enum class GuiRequestType : std::uint32_t {
     greeting = 1,
@@ -129,3 +131,5 @@ constexpr const GuiRequest* FindGuiRequest(std::uint32_t type)
     }
     return nullptr;
 }
+
+} // namespace ccrypto

@@ -1,5 +1,7 @@
 #include "ipc/overlapped_transfer.h"
 
+namespace ccrypto {
+
 OverlappedTransfer::OverlappedTransfer(HANDLE pipe, HANDLE event) : pipe_(pipe)
 {
     overlapped_.hEvent = event;
@@ -81,3 +83,5 @@ bool OverlappedTransfer::Cancel()
     CancelIoEx(pipe_, &overlapped_);
     return GetOverlappedResult(pipe_, &overlapped_, &transferred_, TRUE) != FALSE;
 }
+
+} // namespace ccrypto

@@ -5,6 +5,8 @@
 #include <atomic>
 #include <cstdint>
 
+namespace ccrypto {
+
 /// Ends waits from another thread; once raised it stays raised.
 class StopSignal {
 public:
@@ -72,3 +74,5 @@ private:
     bool completed_ = false;
     bool waitFailed_ = false;
 };
+
+} // namespace ccrypto

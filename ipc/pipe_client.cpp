@@ -3,6 +3,8 @@
 #include "core/diagnostics/auto_logger.h"
 #include "ipc/session.h"
 
+using namespace ccrypto;
+
 CCryptoPipeClient::CCryptoPipeClient(const char* name, std::int32_t requestType, bool appendSession)
     : CCryptoBasePipe(static_cast<std::uint32_t>(requestType), defaultConnectTimeout, defaultReadTimeout, defaultWriteTimeout),
       requestType_(static_cast<std::uint32_t>(requestType))

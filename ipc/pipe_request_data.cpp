@@ -6,6 +6,8 @@
 #include <bit>
 #include <cstring>
 
+using namespace ccrypto;
+
 namespace {
 
 // The header is sent as it lies in memory.

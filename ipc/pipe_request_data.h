@@ -7,6 +7,8 @@
 #include <memory>
 #include <span>
 
+namespace ccrypto {
+
 /// A small tagged value of the pipe messages: an integer, or a zero-terminated text that is not owned.
 struct PipeValue {
     enum class Kind : std::uint32_t { integer = 0, text = 1 };
@@ -15,6 +17,8 @@ struct PipeValue {
     std::uint32_t integer = 0;
     const char* text = nullptr;
 };
+
+} // namespace ccrypto
 
 /// The message of the library's named pipes: a request, or the response that takes its place in the same object.
 ///
@@ -78,7 +82,7 @@ public:
     /// `length` bytes, or with `textLength` a text and its terminator; a null pointer adds an item without payload.
     bool AddData(const void* data, std::uint32_t length = textLength);
     /// A null pointer adds an item without payload, as does a text value without text.
-    bool AddValue(const PipeValue* value);
+    bool AddValue(const ccrypto::PipeValue* value);
 
     /// Each reads the item at the cursor. `last` says whether the caller expects no other after it: a body that holds more is then
     /// malformed. \return false, logged, with nothing handed out when the item is not there or malformed; the status is then -1 and
@@ -92,7 +96,7 @@ public:
     [[nodiscard]] bool GetString(const char*& text, bool last);
     [[nodiscard]] bool GetData(const std::uint8_t*& data, std::uint32_t& length, bool last);
     /// The value's text points into the body; null for an item without payload.
-    [[nodiscard]] bool GetValue(std::unique_ptr<PipeValue>& value, bool last);
+    [[nodiscard]] bool GetValue(std::unique_ptr<ccrypto::PipeValue>& value, bool last);
 
     /// The tag of the item at the cursor; 0 when none remains. The cursor stays.
     std::uint8_t NextTag() const;

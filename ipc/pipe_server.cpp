@@ -5,6 +5,8 @@
 
 #include <sddl.h>
 
+using namespace ccrypto;
+
 namespace {
 
 struct LocalMemoryKind {

@@ -8,6 +8,8 @@
 
 #include <cstring>
 
+namespace ccrypto {
+
 namespace {
 
 struct DesktopKind {
@@ -54,3 +56,5 @@ Session& CurrentSession()
     static Session session = {SessionNumber, HasInputDesktop, Pause, 15000};
     return session;
 }
+
+} // namespace ccrypto

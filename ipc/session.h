@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+namespace ccrypto {
+
 /// What pipes and GUI client ask of the logon session they run in. One table serves the process; a test puts answers of its own in
 /// it before it uses a pipe, and no thread changes it while another uses one.
 struct Session {
@@ -18,3 +20,5 @@ struct Session {
 
 /// The table; answered by Windows until something is replaced.
 Session& CurrentSession();
+
+} // namespace ccrypto

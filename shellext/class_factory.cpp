@@ -8,6 +8,8 @@
 
 #include <new>
 
+using namespace ccrypto;
+
 HRESULT ClassFactory::QueryInterface(REFIID riid, void** ppv) noexcept
 {
     static const QITAB interfaces[] = {

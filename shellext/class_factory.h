@@ -28,5 +28,5 @@ private:
     ~ClassFactory() = default;
 
     std::atomic<ULONG> references_ = 1;
-    module::ObjectReference counted_;
+    ccrypto::module::ObjectReference counted_;
 };

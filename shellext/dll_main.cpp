@@ -4,6 +4,8 @@
 
 #include <memory>
 
+using namespace ccrypto;
+
 namespace {
 
 // Both are in one file because the order matters: the logger reads its level from the settings when it is built, and they must

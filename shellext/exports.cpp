@@ -7,6 +7,8 @@
 
 #include <new>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr wchar_t allFileTypes[] = L"*";

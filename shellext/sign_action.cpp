@@ -7,6 +7,8 @@
 
 #include <cwchar>
 
+using namespace ccrypto;
+
 namespace ccrypto {
 
 namespace {

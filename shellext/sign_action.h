@@ -37,7 +37,7 @@ public:
 
     [[nodiscard]] virtual UINT count() const = 0;
     /// Writes the path at `index`, cut to 259 characters. \return the characters written; 0 when there is no such path.
-    [[nodiscard]] virtual std::size_t query(UINT index, wchar_t (&path)[textCapacity]) = 0;
+    [[nodiscard]] virtual std::size_t query(UINT index, wchar_t (&path)[ccrypto::textCapacity]) = 0;
 };
 
 /// Appends the paths that contain ".pdf" to `files`, with "*" before each but one of index 0: no Windows path can contain it. The

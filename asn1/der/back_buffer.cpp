@@ -2,6 +2,8 @@
 
 #include "core/memory/out_of_memory.h"
 
+namespace ccrypto {
+
 void BackBuffer::grow(std::size_t more)
 {
     const std::size_t used = length();
@@ -17,3 +19,5 @@ void BackBuffer::grow(std::size_t more)
     end_ = larger + size;
     start_ = start;
 }
+
+} // namespace ccrypto

@@ -8,6 +8,8 @@
 #include <memory>
 #include <span>
 
+namespace ccrypto {
+
 /// A buffer that grows at its front: encodings are written from the last byte to the first, so that the length of a value is known
 /// when its header is written. The bytes are wiped at the end. A failed allocation ends the process.
 class BackBuffer {
@@ -49,3 +51,5 @@ private:
     std::uint8_t* end_ = small_ + sizeof small_;
     std::uint8_t* start_ = end_;
 };
+
+} // namespace ccrypto

@@ -8,6 +8,8 @@
 
 #include <algorithm>
 
+using namespace ccrypto;
+
 namespace ccrypto {
 
 namespace {

@@ -24,6 +24,6 @@ struct BerTlv {
 /// in the slot that CCryptoDERParser would use. Octets 00 before, between and after objects are ignored, as are octets FF up to the
 /// end of the input, which is how erased memory reads.
 /// \return the first object with the others as its siblings; null, logged, when the bytes do not decode or hold no object.
-[[nodiscard]] ElementNodePtr DecodeBerTlv(std::span<const std::uint8_t> input);
+[[nodiscard]] ccrypto::ElementNodePtr DecodeBerTlv(std::span<const std::uint8_t> input);
 
 } // namespace ccrypto

@@ -11,6 +11,8 @@
 #include <cstdio>
 #include <span>
 
+namespace ccrypto {
+
 namespace {
 
 /// Two's complement of a magnitude, and the magnitude of two's complement.
@@ -278,3 +280,5 @@ CCryptoString DecimalFromSigned(const element& number)
         return {};
     return number.negative() ? CCryptoString("-") + digits : digits;
 }
+
+} // namespace ccrypto

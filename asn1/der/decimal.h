@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string_view>
 
+namespace ccrypto {
+
 /// What template text may hold: these take a fraction of a second.
 constexpr std::size_t maxDecimalDigits = 1000000;
 
@@ -24,3 +26,5 @@ constexpr std::size_t longestSignedDecimal = 9864;   ///< digits, of which every
 /// The decimal text from which SignedFromDecimal gives the same element; empty when there is none: for superfluous leading
 /// bytes, a sign with a magnitude, and more than `longestSignedInteger` bytes.
 [[nodiscard]] CCryptoString DecimalFromSigned(const element& number);
+
+} // namespace ccrypto

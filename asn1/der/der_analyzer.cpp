@@ -2,6 +2,8 @@
 
 #include <array>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::uint32_t tagNumberCount = 31;
@@ -64,6 +66,8 @@ constexpr auto identifierOctets = [] {
 
 } // namespace
 
+namespace ccrypto {
+
 ElementType UniversalType(std::uint32_t tagNumber)
 {
     return tagNumber < tagNumberCount ? universalTypes[tagNumber] : none;
@@ -88,6 +92,8 @@ ElementType DerHeader::type() const
         return UniversalType(tagNumber());
     }
 }
+
+} // namespace ccrypto
 
 CCryptoDERAnalyzer::Result CCryptoDERAnalyzer::read(std::uint32_t position, std::uint32_t end, DerHeader& header)
 {

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <span>
 
+namespace ccrypto {
+
 /// Bits of an identifier octet (X.690, 8.1.2).
 constexpr std::uint8_t derClassMask = 0xC0;
 constexpr std::uint8_t derConstructedBit = 0x20;
@@ -45,6 +47,8 @@ struct DerHeader {
     ElementType type() const;
 };
 
+} // namespace ccrypto
+
 /// Reads the heads of elements in order from bytes it does not own. Bounds are checked here and nowhere else: a header
 /// it gives lies inside the input with its whole value.
 class CCryptoDERAnalyzer {
@@ -61,9 +65,12 @@ public:
 
     /// Reads the head of the element at `position` in a level that goes on to `end`. One whose length exceeds what remains fails
     /// after all of `header` was read.
-    [[nodiscard]] Result read(std::uint32_t position, std::uint32_t end, DerHeader& header);
+    [[nodiscard]] Result read(std::uint32_t position, std::uint32_t end, ccrypto::DerHeader& header);
 
-    std::span<const std::uint8_t> value(const DerHeader& header) const { return input_.subspan(header.valueStart, header.length); }
+    std::span<const std::uint8_t> value(const ccrypto::DerHeader& header) const
+    {
+        return input_.subspan(header.valueStart, header.length);
+    }
     std::span<const std::uint8_t> input() const { return input_; }
     /// Why the last read failed.
     const char* reason() const { return reason_; }
@@ -74,7 +81,7 @@ private:
         reason_ = reason;
         return Result::failure;
     }
-    Result readLength(std::uint32_t end, DerHeader& header);
+    Result readLength(std::uint32_t end, ccrypto::DerHeader& header);
 
     std::span<const std::uint8_t> input_;
     const char* reason_ = "";

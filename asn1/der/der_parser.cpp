@@ -5,6 +5,8 @@
 #include "core/diagnostics/auto_logger.h"
 #include "core/log/log_writers.h"
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::uint32_t minText = 2;

@@ -6,12 +6,16 @@
 #include <cstdint>
 #include <span>
 
+namespace ccrypto {
+
 /// How bytes are decoded.
 struct DerOptions {
     bool lenient = false;            ///< accept unknown tags, and keep what is decoded of a broken constructed element
     bool insideOctetStrings = false; ///< an OCTET STRING that holds DER becomes a tree
     bool insideBitStrings = false;   ///< the same for a BIT STRING
 };
+
+} // namespace ccrypto
 
 /// Decodes DER, and BER as far as lengths go (X.690), into the tree that a template of the same data would give.
 ///
@@ -28,10 +32,10 @@ public:
     static constexpr std::uint32_t deepestLevel = 128;
     static constexpr std::uint32_t shortValueLimit = 40;
 
-    explicit CCryptoDERParser(const DerOptions& options = {}) : options_(options) {}
+    explicit CCryptoDERParser(const ccrypto::DerOptions& options = {}) : options_(options) {}
 
     /// \return the first element with the others as its siblings; null, logged, when the bytes do not decode or hold no element.
-    [[nodiscard]] ElementNodePtr Decode(std::span<const std::uint8_t> input);
+    [[nodiscard]] ccrypto::ElementNodePtr Decode(std::span<const std::uint8_t> input);
 
     /// Whether the tree decoded last encodes to the same octets; false after a failure. Data to be signed or compared is taken from
     /// the input where it is false.
@@ -44,7 +48,7 @@ public:
 private:
     class Decoder;
 
-    DerOptions options_;
+    ccrypto::DerOptions options_;
     const char* reason_ = "";
     std::uint32_t reasonOffset_ = 0;
     bool isDer_ = false;

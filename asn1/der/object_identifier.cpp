@@ -4,6 +4,8 @@
 
 #include <charconv>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::uint8_t moreFollows = 0x80;
@@ -135,3 +137,5 @@ bool DerFromDotted(std::string_view dotted, element& octets)
                    dotted.data());
     return false;
 }
+
+} // namespace ccrypto

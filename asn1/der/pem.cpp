@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstdio>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view beginMark = "-----BEGIN ";
@@ -167,3 +169,5 @@ bool IsPemLabel(std::string_view label)
     return !label.empty() && isPrintable && !isEdge(label.front()) && !isEdge(label.back()) &&
            label.find("--") == std::string_view::npos;
 }
+
+} // namespace ccrypto

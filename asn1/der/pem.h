@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+namespace ccrypto {
+
 /// One piece of an input: DER, and what stood around it.
 struct DataBlock {
     std::string label; ///< of a PEM block, "CERTIFICATE"; empty for DER and base64
@@ -33,3 +35,5 @@ bool IsBase64Text(std::string_view text);
 
 /// Base64 text (RFC 4648, 4) with blanks in any place, the padding there in full or not at all. \return false with `reason`.
 bool DecodeBase64(std::string_view text, element& bytes, std::string& reason);
+
+} // namespace ccrypto

@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <utility>
 
+using namespace ccrypto;
+
 namespace {
 
 bool IsString(const element& token)

@@ -14,23 +14,23 @@
 /// down, and is written as such trees are printed, gives the tree of that template; any other is an ordinary document.
 /// docs/template-language.md describes both. A document that starts with "{" is read up to its closing "}", any other to the end of
 /// input.
-class CCryptoJSONParser : private CTokenReader {
+class CCryptoJSONParser : private ccrypto::CTokenReader {
 public:
     static constexpr std::uint32_t deepestNesting = 128;
 
     /// \return the first item or member with the others as its siblings; null, logged, on failure.
-    ElementNodePtr Parse(std::string_view text);
+    ccrypto::ElementNodePtr Parse(std::string_view text);
     /// Whether a document is one of items.
     bool IsItems(std::string_view text);
 
 private:
-    ElementNodePtr parseItems(std::string_view text);
-    ElementNodePtr parseOrdinary(std::string_view text);
+    ccrypto::ElementNodePtr parseItems(std::string_view text);
+    ccrypto::ElementNodePtr parseOrdinary(std::string_view text);
 
-    bool parseItemsRoot(ItemList& list);
-    bool parseItemArray(ItemList& list, const elementNode* owner, std::uint32_t depth);
-    bool parseItem(ItemList& list, const elementNode* owner, std::uint32_t depth);
-    bool parseItemBehindBrace(ItemList& list, std::uint32_t depth);
+    bool parseItemsRoot(ccrypto::ItemList& list);
+    bool parseItemArray(ccrypto::ItemList& list, const elementNode* owner, std::uint32_t depth);
+    bool parseItem(ccrypto::ItemList& list, const elementNode* owner, std::uint32_t depth);
+    bool parseItemBehindBrace(ccrypto::ItemList& list, std::uint32_t depth);
     bool parseItemValue(elementNode& item, std::uint32_t depth);
     bool takeItemScalar(const elementNode* owner, element& value);
 
@@ -38,8 +38,8 @@ private:
     bool parseArray(elementNode& array, std::uint32_t depth);
     bool parseValue(elementNode& node, std::uint32_t depth);
 
-    elementNode* add(ItemList& list, ElementNodePtr node);
-    bool expect(ElementType type);
+    elementNode* add(ccrypto::ItemList& list, ccrypto::ElementNodePtr node);
+    bool expect(ccrypto::ElementType type);
     bool tooDeep();
 
     CCryptoString refusal_; ///< why a document of items is none that DER can hold

@@ -8,6 +8,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 namespace {
 
 /// A value that JSON has a notation of its own for.
@@ -103,3 +105,5 @@ bool IsOrdinaryJson(const elementNode* first)
         return IsOrdinaryList(first, true, 0);
     return first->next() == nullptr && first->content() == nullptr && IsOrdinaryList(first, false, 0);
 }
+
+} // namespace ccrypto

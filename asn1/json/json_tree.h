@@ -11,6 +11,8 @@
 // as its content, an array one with the items as its bracket list. An empty array is a list of one "%" token; an empty object has
 // no content.
 
+namespace ccrypto {
+
 /// The name of the one member that holds a list of items as its array, where not all of a tree is one item of an ASN.1 type.
 constexpr std::string_view jsonItemsName = "ASN.1";
 
@@ -30,3 +32,5 @@ bool IsJsonItemString(const element& value, const elementNode* owner, std::strin
 /// A node that stands by itself in an array: a value or null.
 bool IsJsonScalar(const elementNode& node);
 bool IsEmptyJsonArray(const elementNode* list);
+
+} // namespace ccrypto

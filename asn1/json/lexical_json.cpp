@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <charconv>
 
+using namespace ccrypto;
+
 // The JSON mode of the lexical analyzer (RFC 8259).
 
 namespace {
@@ -47,10 +49,14 @@ std::size_t NumberLength(std::string_view text)
 
 } // namespace
 
+namespace ccrypto {
+
 bool IsJsonNumber(std::string_view text)
 {
     return !text.empty() && NumberLength(text) == text.size();
 }
+
+} // namespace ccrypto
 
 void CCryptoLexicalAnalyzer::skipXmlBlanks()
 {

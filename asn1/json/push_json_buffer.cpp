@@ -8,6 +8,8 @@
 
 #include <cstdio>
 
+using namespace ccrypto;
+
 bool CPushJSONBuffer::pushDocument(const elementNode* first)
 {
     ordinary_ = IsOrdinaryJson(first);

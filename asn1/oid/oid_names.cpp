@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 namespace {
 
 using ccrypto::internal::oidTable;
@@ -34,3 +36,5 @@ std::vector<OidName> FindOidsByName(std::string_view part)
     }
     return found;
 }
+
+} // namespace ccrypto

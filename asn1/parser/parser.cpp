@@ -13,6 +13,8 @@
 
 #include <utility>
 
+using namespace ccrypto;
+
 namespace {
 
 elementNode* FollowStep(const elementNode& node, char step)

@@ -13,16 +13,16 @@
 class CCryptoParser {
 public:
     CCryptoParser() = default;
-    explicit CCryptoParser(ElementNodePtr root) : root_(std::move(root)) {}
+    explicit CCryptoParser(ccrypto::ElementNodePtr root) : root_(std::move(root)) {}
 
     elementNode* root() const { return root_.get(); }
     bool isEmpty() const { return root_ == nullptr; }
     void clear() { root_.reset(); }
-    void setRoot(ElementNodePtr root) { root_ = std::move(root); }
-    ElementNodePtr takeRoot() { return std::move(root_); }
+    void setRoot(ccrypto::ElementNodePtr root) { root_ = std::move(root); }
+    ccrypto::ElementNodePtr takeRoot() { return std::move(root_); }
 
     bool Load_ASCII_File(const CCryptoString& name);
-    bool Load_DER_File(const CCryptoString& name, const DerOptions& options = {});
+    bool Load_DER_File(const CCryptoString& name, const ccrypto::DerOptions& options = {});
     bool Load_JSON_File(const CCryptoString& name);
     bool Load_XML_File(const CCryptoString& name);
     /// One value element, the file's bytes, under a fresh root.
@@ -31,7 +31,7 @@ public:
     static std::unique_ptr<element> SLoad_RAW_Element(const CCryptoString& name);
 
     bool Load_ASCII_Memory(std::string_view text);
-    bool Load_DER_Memory(const element& der, const DerOptions& options = {});
+    bool Load_DER_Memory(const element& der, const ccrypto::DerOptions& options = {});
     bool Load_JSON_Memory(std::string_view text);
     bool Load_XML_Memory(std::string_view text);
 
@@ -62,7 +62,7 @@ public:
     bool remove_node(elementNode* node);
     /// Puts `replacement`, which has no parent, into `old`'s place; what `old` had as content follows behind it, then `old`'s own
     /// siblings, and `old` is destroyed. \return the replacement; null, logged, when either condition is not met.
-    elementNode* replace_node(elementNode* old, ElementNodePtr replacement);
+    elementNode* replace_node(elementNode* old, ccrypto::ElementNodePtr replacement);
 
     /// Walks from `start`, a step a character: "{" content (or short value), "=" short value (or content), "[" brackets,
     /// "(" modifiers, "," next sibling, "P" parent; a run between "|" is a template that the node reached must match.
@@ -80,7 +80,7 @@ public:
     CCryptoString get_text(std::string_view name) const;
     std::uint32_t get_number(std::string_view name) const;
     element get_bytes(std::string_view name) const;
-    ElementNodePtr get_tree(std::string_view name) const;
+    ccrypto::ElementNodePtr get_tree(std::string_view name) const;
 
     /// Replaces the token of the first node of this name; its brackets and content stay. \return false, logged, when there is none.
     bool fill(std::string_view name, const element& value);
@@ -94,5 +94,5 @@ private:
     bool owns(const elementNode* node) const;
     const elementNode* index_value(std::string_view name) const;
 
-    ElementNodePtr root_;
+    ccrypto::ElementNodePtr root_;
 };

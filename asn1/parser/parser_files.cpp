@@ -5,6 +5,8 @@
 #include "core/diagnostics/auto_logger.h"
 #include "core/system/file.h"
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::int64_t longestFile = 256 << 20;

@@ -1,5 +1,7 @@
 #include "asn1/parser/parser_search.h"
 
+using namespace ccrypto;
+
 elementNode* CCryptoParserSearch::find(const std::function<bool(const elementNode&)>& matches)
 {
     while (next_ != nullptr) {

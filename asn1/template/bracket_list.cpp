@@ -1,5 +1,7 @@
 #include "asn1/template/bracket_list.h"
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view excludeWord = "EXCLUDE";
@@ -83,3 +85,5 @@ EncodingMarks EncodingMarksOf(const elementNode& node)
     }
     return marks;
 }
+
+} // namespace ccrypto

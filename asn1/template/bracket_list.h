@@ -2,6 +2,8 @@
 
 #include "asn1/tree/element_node.h"
 
+namespace ccrypto {
+
 /// Questions to the bracket and modifier lists of a node. A word counts whether it was written plain or in quotes.
 bool HasBracket(const elementNode& node, ElementType word);
 bool HasModifier(const elementNode& node, ElementType word);
@@ -22,3 +24,5 @@ struct EncodingMarks {
     bool constructed = false; ///< "CONSTRUCTED" or "EXPLICIT"
 };
 EncodingMarks EncodingMarksOf(const elementNode& node);
+
+} // namespace ccrypto

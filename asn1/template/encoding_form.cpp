@@ -3,6 +3,8 @@
 #include "asn1/der/der_analyzer.h"
 #include "asn1/template/bracket_list.h"
 
+using namespace ccrypto;
+
 namespace {
 
 EncodingForm FormOfTaggedItem(const elementNode* value)
@@ -16,6 +18,8 @@ EncodingForm FormOfTaggedItem(const elementNode* value)
 }
 
 } // namespace
+
+namespace ccrypto {
 
 bool HoldsElement(const elementNode* list)
 {
@@ -57,6 +61,8 @@ EncodingForm FormOfItem(const elementNode& item)
         return FormOfTaggedItem(marks.value);
     return holdsElement || item.type() == ElementType::external ? EncodingForm::either : EncodingForm::primitive;
 }
+
+} // namespace ccrypto
 
 namespace ccrypto {
 

@@ -2,6 +2,8 @@
 
 #include "asn1/tree/element_node.h"
 
+namespace ccrypto {
+
 /// Primitive or constructed (X.690, 8.1.2.5); `either` where a node does not determine it.
 enum class EncodingForm { either, primitive, constructed };
 
@@ -24,6 +26,8 @@ EncodingForm FormOfData(const elementNode& data);
 /// | an OCTET or BIT STRING with typed items inside: its octets are DER | either      |
 /// | a tag with a lone name, with nothing, or with NULL inside          | either      |
 EncodingForm FormOfItem(const elementNode& item);
+
+} // namespace ccrypto
 
 namespace ccrypto {
 

@@ -8,20 +8,23 @@
 /// The tokens at which a nested parse stops.
 class CCryptoGENClosure {
 public:
-    constexpr CCryptoGENClosure(std::initializer_list<ElementType> types)
+    constexpr CCryptoGENClosure(std::initializer_list<ccrypto::ElementType> types)
     {
-        for (const ElementType type : types)
+        for (const ccrypto::ElementType type : types)
             bits_[wordOf(type)] |= bitOf(type);
     }
 
-    constexpr bool contains(ElementType type) const
+    constexpr bool contains(ccrypto::ElementType type) const
     {
         return static_cast<std::uint32_t>(type) < 128 && (bits_[wordOf(type)] & bitOf(type)) != 0;
     }
 
 private:
-    static constexpr std::size_t wordOf(ElementType type) { return static_cast<std::uint32_t>(type) / 64 % 2; }
-    static constexpr std::uint64_t bitOf(ElementType type) { return std::uint64_t{1} << static_cast<std::uint32_t>(type) % 64; }
+    static constexpr std::size_t wordOf(ccrypto::ElementType type) { return static_cast<std::uint32_t>(type) / 64 % 2; }
+    static constexpr std::uint64_t bitOf(ccrypto::ElementType type)
+    {
+        return std::uint64_t{1} << static_cast<std::uint32_t>(type) % 64;
+    }
 
     std::uint64_t bits_[2] = {};
 };

@@ -8,6 +8,8 @@
 
 #include <utility>
 
+using namespace ccrypto;
+
 namespace {
 
 using enum ElementType;

@@ -17,11 +17,15 @@ public:
     virtual bool Load(const CCryptoString& name, element& text) = 0;
 };
 
+namespace ccrypto {
+
 /// For text from outside, in which "include" has no meaning.
 class NoIncludes : public ICryptoIncludeLoader {
 public:
     bool Load(const CCryptoString&, element&) override { return false; }
 };
+
+} // namespace ccrypto
 
 /// Parses template text into the tree that DER of the same structure decodes to. docs/template-language.md describes the language.
 ///
@@ -41,23 +45,23 @@ public:
     explicit CCryptoGENParser(ICryptoIncludeLoader* loader = nullptr, std::optional<CCryptoString> includePath = {});
 
     /// \return the first item with the others as its siblings, an empty node for text without items; null, logged, on failure.
-    ElementNodePtr Parse(std::string_view text);
+    ccrypto::ElementNodePtr Parse(std::string_view text);
     /// The same for text that may well be none: nothing is logged.
-    ElementNodePtr TryParse(std::string_view text);
+    ccrypto::ElementNodePtr TryParse(std::string_view text);
     /// The same for a text that stands inside another one, whose items and these are at most `itemsLeft`, which is counted down.
-    ElementNodePtr TryParse(std::string_view text, std::uint32_t& itemsLeft);
+    ccrypto::ElementNodePtr TryParse(std::string_view text, std::uint32_t& itemsLeft);
 
 private:
     struct List;
 
-    ElementNodePtr parseText(std::string_view text);
+    ccrypto::ElementNodePtr parseText(std::string_view text);
     bool parseInto(std::string_view text, List& list);
     bool isClosed(const CCryptoGENClosure& closure, const List& list) const;
     bool parseNested(const CCryptoGENClosure& closure, List& list);
     bool parseToken(List& list);
     bool parseSurplusBrace();
-    bool parsePart(List& list, LinkKind kind);
-    bool parseBlock(ElementType closer, elementNode& owner, LinkKind kind);
+    bool parsePart(List& list, ccrypto::LinkKind kind);
+    bool parseBlock(ccrypto::ElementType closer, elementNode& owner, ccrypto::LinkKind kind);
     bool parseOperation(List& list);
     bool parseInclude(List& list);
     bool parseIncluded(const CCryptoString& name, List& list);

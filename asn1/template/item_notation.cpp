@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <cstdio>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::uint32_t mostDecimalBytes = 8;
@@ -215,3 +217,5 @@ ElementNodePtr ParseHead(std::string_view text, std::uint32_t& itemsLeft)
     ElementNodePtr item = ParseList(text, itemsLeft);
     return item != nullptr && item->next() == nullptr && item->content() == nullptr ? std::move(item) : nullptr;
 }
+
+} // namespace ccrypto

@@ -9,6 +9,8 @@
 // Items and their parts on one line of template text. The JSON and XML forms of a tree, too, name things so; there the text comes
 // from outside, and "include" has no meaning in it.
 
+namespace ccrypto {
+
 /// The notation of one token: a word, a number, a quoted string or a "#" run, whichever is read back as a value that `owner`, which
 /// may be null, encodes to the same bytes. Always UTF-8.
 CCryptoString TokenNotation(const element& token, const elementNode* owner);
@@ -32,3 +34,5 @@ bool AppendOperation(const elementNode& item, CCryptoString& text, std::uint32_t
 ElementNodePtr ParseList(std::string_view text, std::uint32_t& itemsLeft);
 /// One item without its content. \return null for text that is no item, more than one, or one with content; nothing is logged.
 ElementNodePtr ParseHead(std::string_view text, std::uint32_t& itemsLeft);
+
+} // namespace ccrypto

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+namespace ccrypto {
+
 namespace {
 
 struct Keyword {
@@ -60,3 +62,5 @@ ElementType KeywordType(std::string_view word)
     const auto* const found = std::ranges::lower_bound(keywords, word, {}, &Keyword::word);
     return found != std::end(keywords) && found->word == word ? found->type : ElementType::identifier;
 }
+
+} // namespace ccrypto

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cstdio>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+namespace ccrypto {
+
 /// The notation that an analyzer reads.
 enum class LexicalMode { templateText, json, xml };
 
@@ -16,6 +18,8 @@ constexpr auto startTag = static_cast<ElementType>(91);    ///< "<name"; the tok
 constexpr auto emptyTagEnd = static_cast<ElementType>(92); ///< "/>"
 constexpr auto endTag = static_cast<ElementType>(93);      ///< "</name>"; the bytes are the name
 } // namespace markup
+
+} // namespace ccrypto
 
 /// Splits text into tokens, each an `element`.
 ///
@@ -30,7 +34,7 @@ constexpr auto endTag = static_cast<ElementType>(93);      ///< "</name>"; the b
 /// The text is UTF-8, or UTF-16 behind its byte order mark; it is not copied unless it is UTF-16, and must outlive the analyzer.
 class CCryptoLexicalAnalyzer {
 public:
-    explicit CCryptoLexicalAnalyzer(std::string_view text, LexicalMode mode = LexicalMode::templateText);
+    explicit CCryptoLexicalAnalyzer(std::string_view text, ccrypto::LexicalMode mode = ccrypto::LexicalMode::templateText);
     CCryptoLexicalAnalyzer(const CCryptoLexicalAnalyzer&) = delete;
     CCryptoLexicalAnalyzer& operator=(const CCryptoLexicalAnalyzer&) = delete;
 
@@ -93,7 +97,7 @@ private:
     bool skipXmlMarkup(bool& skipped);
     bool skipXmlDocumentType();
 
-    LexicalMode mode_;
+    ccrypto::LexicalMode mode_;
     element converted_;
     std::string_view text_;
     std::size_t position_ = 0;
@@ -107,8 +111,12 @@ private:
     CCryptoString reason_;
 };
 
+namespace ccrypto {
+
 /// Whether all of the text is one JSON number.
 bool IsJsonNumber(std::string_view text);
 
 /// The code of a keyword, exactly as it is spelled; `identifier` for any other word.
 ElementType KeywordType(std::string_view word);
+
+} // namespace ccrypto

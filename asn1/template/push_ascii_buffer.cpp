@@ -2,6 +2,8 @@
 
 #include "asn1/template/item_notation.h"
 
+using namespace ccrypto;
+
 bool CPushAsciiBuffer::pushHead(const Place& place)
 {
     CCryptoString head;

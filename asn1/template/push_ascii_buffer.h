@@ -6,7 +6,7 @@
 
 /// Writes a tree as template text that parses back to a tree of the same DER. One item a line, indented by four blanks a level; a
 /// value stands behind "=" where it is short. docs/template-language.md describes the notation.
-class CPushAsciiBuffer : public CPushTextBuffer {
+class CPushAsciiBuffer : public ccrypto::CPushTextBuffer {
 public:
     /// \param deepest levels below this one are written as "{ … }", for looking at a tree; such text does not parse back.
     explicit CPushAsciiBuffer(std::uint32_t deepest = UINT32_MAX) : deepest_(deepest) {}

@@ -12,6 +12,8 @@
 #include "core/diagnostics/auto_logger.h"
 #include "core/text/utf8.h"
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::uint64_t maxTagNumber = 30;

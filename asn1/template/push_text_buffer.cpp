@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 bool CPushTextBuffer::Push(const elementNode* first)
 {
     const std::uint32_t before = buffer_.length();
@@ -42,3 +44,5 @@ bool CPushTextBuffer::fail(const char* reason)
     reason_ = reason;
     return false;
 }
+
+} // namespace ccrypto

@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+namespace ccrypto {
+
 /// Writes a tree as text: the walk that template text, JSON and XML share. A form decides how a node's head, value and end are
 /// written, and which of its slots holds the list that stands between value and end.
 ///
@@ -41,3 +43,5 @@ protected:
 private:
     const char* reason_ = "";
 };
+
+} // namespace ccrypto

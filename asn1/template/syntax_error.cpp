@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <string>
 
+namespace ccrypto {
+
 CCryptoString AtPlaceOf(const CCryptoLexicalAnalyzer& lexer, const CCryptoString& message)
 {
     char place[48];
@@ -43,3 +45,5 @@ CCryptoString NotExpected(const CCryptoLexicalAnalyzer& lexer, const element& to
                   static_cast<int>(token.type()));
     return AtPlaceOf(lexer, message);
 }
+
+} // namespace ccrypto

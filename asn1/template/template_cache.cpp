@@ -8,6 +8,8 @@
 #include <shared_mutex>
 #include <string>
 
+namespace ccrypto {
+
 namespace {
 
 struct Cache {
@@ -44,3 +46,5 @@ ElementNodePtr ParseInlineTemplate(std::string_view text)
     NoIncludes noIncludes;
     return CCryptoGENParser(&noIncludes).Parse(text);
 }
+
+} // namespace ccrypto

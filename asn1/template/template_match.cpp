@@ -10,6 +10,8 @@
 
 #include <algorithm>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::uint32_t maxTemplateDepth = 160;

@@ -7,12 +7,16 @@
 #include <string_view>
 #include <vector>
 
+namespace ccrypto {
+
 /// What a placeholder of a template stands for in the data it was matched against. The data, and the match, must outlive it.
 struct TemplateBinding {
     std::string_view name;             ///< text of the template
     const elementNode* node = nullptr; ///< null for an element whose value is empty
     bool withSiblings = false;         ///< a value: the node and all that follow it; otherwise the one node
 };
+
+} // namespace ccrypto
 
 /// Holds decoded data against a template and binds the template's placeholders.
 ///
@@ -39,9 +43,9 @@ public:
     [[nodiscard]] const elementNode* surplus() const { return surplus_; }
 
     /// Empty after a failure.
-    const std::vector<TemplateBinding>& bindings() const { return bindings_; }
+    const std::vector<ccrypto::TemplateBinding>& bindings() const { return bindings_; }
     /// Null when the placeholder was not bound.
-    const TemplateBinding* find(std::string_view name) const;
+    const ccrypto::TemplateBinding* find(std::string_view name) const;
 
     /// The item that did not match, and why: "INTEGER: the data holds SEQUENCE"; empty after a match. No value of the data is in
     /// it.
@@ -68,14 +72,14 @@ private:
                     std::uint32_t depth);
     bool matchOctets(const elementNode& item, const elementNode* wanted, const elementNode& data, element octets);
     const elementNode* splitUnusedBits(const elementNode*& value);
-    const elementNode* keep(ElementNodePtr made);
+    const elementNode* keep(ccrypto::ElementNodePtr made);
     void bind(const elementNode& placeholder, const elementNode* node, bool withSiblings);
     bool fail(const elementNode& item, const elementNode* data, Reason reason);
     CCryptoString describeFailure() const;
 
-    std::vector<TemplateBinding> bindings_;
+    std::vector<ccrypto::TemplateBinding> bindings_;
     /// Nodes that placeholders stand for and that are not in the data.
-    std::vector<ElementNodePtr> made_;
+    std::vector<ccrypto::ElementNodePtr> made_;
     CCryptoString failedStep_;
     CCryptoString failedPlace_;
     const elementNode* following_ = nullptr;

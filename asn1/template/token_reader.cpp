@@ -3,6 +3,8 @@
 #include "asn1/template/syntax_error.h"
 #include "asn1/tree/item_list.h"
 
+namespace ccrypto {
+
 bool CTokenReader::start(CCryptoLexicalAnalyzer& lexer)
 {
     lexer_ = &lexer;
@@ -35,3 +37,5 @@ bool CTokenReader::fail(const CCryptoString& message)
     reason_ = AtPlaceOf(*lexer_, message);
     return false;
 }
+
+} // namespace ccrypto

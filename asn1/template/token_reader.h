@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+namespace ccrypto {
+
 /// What the parsers of JSON and XML share: the tokens of a text, of which one is read ahead, a count of the nodes made of them, and
 /// the reason of a failure. Operations that return false have set the reason.
 class CTokenReader {
@@ -27,3 +29,5 @@ protected:
     std::uint32_t itemsLeft_ = 0;
     CCryptoString reason_;
 };
+
+} // namespace ccrypto

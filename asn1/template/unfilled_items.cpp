@@ -6,6 +6,8 @@
 #include "asn1/tree/item_list.h"
 #include "asn1/tree/tree_depth.h"
 
+namespace ccrypto {
+
 namespace {
 
 bool DropFromList(ElementNodePtr& list, std::uint32_t depth);
@@ -54,3 +56,5 @@ void DropUnfilledItems(ElementNodePtr& list)
 {
     DropFromList(list, 0);
 }
+
+} // namespace ccrypto

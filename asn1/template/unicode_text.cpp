@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <span>
 
+namespace ccrypto {
+
 namespace {
 
 struct CharacterRange {
@@ -104,3 +106,5 @@ bool IsXmlBlank(std::string_view text)
 {
     return std::ranges::all_of(text, [](char character) { return IsXmlBlank(character); });
 }
+
+} // namespace ccrypto

@@ -7,6 +7,8 @@
 // What JSON (RFC 8259) and XML 1.0 allow as text. UTF-8 is meant strictly here: no overlong form, no surrogate, nothing above
 // U+10FFFF.
 
+namespace ccrypto {
+
 /// The character at the start of `text`. \return how many bytes it takes; 0 at the end and for bytes that are no character.
 std::size_t ReadCharacter(std::string_view text, std::uint32_t& codePoint);
 bool IsUtf8(std::string_view text);
@@ -26,3 +28,5 @@ constexpr bool IsXmlBlank(char character)
 }
 /// Nothing but blanks, or nothing at all.
 bool IsXmlBlank(std::string_view text);
+
+} // namespace ccrypto

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 namespace {
 
 struct KindName {
@@ -165,3 +167,5 @@ CCryptoString DecimalNotation(const element& value, const elementNode* owner)
         return {};
     return DecimalFromSigned(owner != nullptr ? WithoutSignOctet(value, owner->type()) : value);
 }
+
+} // namespace ccrypto

@@ -14,6 +14,8 @@
 //
 // Template text names kinds by the same words: %utf8Text"AB", %integer#0080.
 
+namespace ccrypto {
+
 /// The kind of value that a word names. \return false for any other word.
 bool FindValueKind(std::string_view name, ElementType& type, bool& negative);
 /// The word for the kind of a value; empty when it has none.
@@ -44,3 +46,5 @@ element WithoutSignOctet(const element& value, ElementType owner);
 
 /// The decimal text of an integer under `owner`; empty when its bytes are not what the number alone would give.
 CCryptoString DecimalNotation(const element& value, const elementNode* owner);
+
+} // namespace ccrypto

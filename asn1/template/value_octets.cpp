@@ -2,6 +2,8 @@
 
 #include "asn1/template/push_der_buffer.h"
 
+namespace ccrypto {
+
 namespace {
 
 bool WriteOctets(ElementType type, ElementNodePtr value, element& octets)
@@ -28,3 +30,5 @@ bool SingleValueOctets(const elementNode& owner, const elementNode& value, eleme
 {
     return WriteOctets(owner.type(), value.clone(), octets);
 }
+
+} // namespace ccrypto

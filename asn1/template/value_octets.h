@@ -2,6 +2,8 @@
 
 #include "asn1/tree/element_node.h"
 
+namespace ccrypto {
+
 /// The contents octets (X.690, 8.1.4) of a value: what follows identifier and length.
 ///
 /// \param owner the item whose value it is; its type says how the value is written. \param value the value, or the list of
@@ -10,3 +12,5 @@ bool ValueOctets(const elementNode& owner, const elementNode* value, element& oc
 
 /// The same of the one node, whatever follows it.
 bool SingleValueOctets(const elementNode& owner, const elementNode& value, element& octets);
+
+} // namespace ccrypto

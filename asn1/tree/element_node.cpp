@@ -4,6 +4,10 @@
 
 #include <utility>
 
+using namespace ccrypto;
+
+namespace ccrypto {
+
 void ElementNodeDeleter::operator()(elementNode* node) const noexcept
 {
     // Down into the parts, then along the list; the rest of a list is kept by the node's parent until its turn.
@@ -28,6 +32,8 @@ void ElementNodeDeleter::operator()(elementNode* node) const noexcept
         node = next != nullptr ? next : parent;
     }
 }
+
+} // namespace ccrypto
 
 elementNode* elementNode::first()
 {

@@ -7,6 +7,9 @@
 #include <string_view>
 
 class elementNode;
+
+namespace ccrypto {
+
 class NodePool;
 
 /// Deletes a node with its parts and the siblings after it, in constant stack.
@@ -27,6 +30,8 @@ enum class LinkKind : std::uint32_t {
     sibling = 6,    ///< the next item of the same list
 };
 
+} // namespace ccrypto
+
 /// One node of the tree that DER, template text, XML and JSON share: a token and six slots, each owning at most one node.
 ///
 /// The parent of a node is the node whose slot holds it; the parent of a sibling is therefore the item before it. A list is walked
@@ -37,30 +42,30 @@ public:
     elementNode& operator=(const elementNode&) = delete;
 
     /// A node in storage of its own; NodePool makes the many nodes of a tree.
-    static ElementNodePtr Make(element token) { return ElementNodePtr(new elementNode(std::move(token))); }
-    static ElementNodePtr Make(ElementType type) { return ElementNodePtr(new elementNode(type)); }
+    static ccrypto::ElementNodePtr Make(element token) { return ccrypto::ElementNodePtr(new elementNode(std::move(token))); }
+    static ccrypto::ElementNodePtr Make(ccrypto::ElementType type) { return ccrypto::ElementNodePtr(new elementNode(type)); }
 
     const element& token() const { return token_; }
     element& token() { return token_; }
-    ElementType type() const { return token_.type(); }
+    ccrypto::ElementType type() const { return token_.type(); }
 
     elementNode* parent() const { return parent_; }
-    LinkKind linkKind() const { return linkKind_; }
+    ccrypto::LinkKind linkKind() const { return linkKind_; }
 
-    elementNode* slot(LinkKind kind) const
+    elementNode* slot(ccrypto::LinkKind kind) const
     {
-        if (kind == LinkKind::sibling)
+        if (kind == ccrypto::LinkKind::sibling)
             return next_;
         elementNode* part = firstPart_;
         while (part != nullptr && part->linkKind_ < kind)
             part = part->nextPart_;
         return part != nullptr && part->linkKind_ == kind ? part : nullptr;
     }
-    elementNode* modifiers() const { return slot(LinkKind::modifiers); }
-    elementNode* brackets() const { return slot(LinkKind::brackets); }
-    elementNode* shortValue() const { return slot(LinkKind::shortValue); }
-    elementNode* operation() const { return slot(LinkKind::operation); }
-    elementNode* content() const { return slot(LinkKind::content); }
+    elementNode* modifiers() const { return slot(ccrypto::LinkKind::modifiers); }
+    elementNode* brackets() const { return slot(ccrypto::LinkKind::brackets); }
+    elementNode* shortValue() const { return slot(ccrypto::LinkKind::shortValue); }
+    elementNode* operation() const { return slot(ccrypto::LinkKind::operation); }
+    elementNode* content() const { return slot(ccrypto::LinkKind::content); }
     elementNode* next() const { return next_; }
 
     /// The filled slots except the sibling's, in the order of their kinds.
@@ -72,14 +77,14 @@ public:
     {
         elementNode* found = nullptr;
         for (elementNode* part = firstPart_; part != nullptr; part = part->nextPart_) {
-            if (part->linkKind_ == LinkKind::shortValue || part->linkKind_ == LinkKind::content)
+            if (part->linkKind_ == ccrypto::LinkKind::shortValue || part->linkKind_ == ccrypto::LinkKind::content)
                 found = part;
         }
         return found;
     }
 
     /// The item before this one in its list; null for the first.
-    elementNode* previous() const { return linkKind_ == LinkKind::sibling ? parent_ : nullptr; }
+    elementNode* previous() const { return linkKind_ == ccrypto::LinkKind::sibling ? parent_ : nullptr; }
     elementNode* first();
     elementNode* last();
     /// The node whose slot, other than the sibling slot, holds this node's list; null for a root.
@@ -87,9 +92,9 @@ public:
 
     /// Destroys what the slot held, and adopts `node` with its siblings, or wraps `value` in a new node. An empty `node` empties
     /// the slot. \return the node adopted.
-    elementNode* set(LinkKind kind, ElementNodePtr node)
+    elementNode* set(ccrypto::LinkKind kind, ccrypto::ElementNodePtr node)
     {
-        elementNode*& link = kind == LinkKind::sibling ? next_ : firstPart_;
+        elementNode*& link = kind == ccrypto::LinkKind::sibling ? next_ : firstPart_;
         if (link != nullptr || node == nullptr)
             return replace(kind, std::move(node));
         link = node.release();
@@ -97,37 +102,37 @@ public:
         link->linkKind_ = kind;
         return link;
     }
-    elementNode* set(LinkKind kind, element value) { return set(kind, Make(std::move(value))); }
+    elementNode* set(ccrypto::LinkKind kind, element value) { return set(kind, Make(std::move(value))); }
     /// Takes what the slot holds out of the tree.
-    ElementNodePtr release(LinkKind kind);
+    ccrypto::ElementNodePtr release(ccrypto::LinkKind kind);
     /// Takes this node out of its parent's slot, its siblings with it. A root cannot be detached: null.
-    ElementNodePtr detach();
+    ccrypto::ElementNodePtr detach();
 
     /// Adopts `node`, with its siblings, at the end of the list in the slot. Walks the list; a builder of long lists keeps the last
     /// node and uses set(LinkKind::sibling, …) on it.
-    elementNode* append(LinkKind kind, ElementNodePtr node);
+    elementNode* append(ccrypto::LinkKind kind, ccrypto::ElementNodePtr node);
 
     /// A deep copy without this node's siblings, or with those that follow it.
-    ElementNodePtr clone(bool withSiblings = false) const;
+    ccrypto::ElementNodePtr clone(bool withSiblings = false) const;
 
     /// True for a token with this text of an identifier.
-    bool isNamed(std::string_view name) const { return type() == ElementType::identifier && token_.view() == name; }
+    bool isNamed(std::string_view name) const { return type() == ccrypto::ElementType::identifier && token_.view() == name; }
     /// The item of the slot's list that is of this type; null when none is.
-    elementNode* find(LinkKind kind, ElementType type) const;
-    bool has(LinkKind kind, ElementType type) const { return find(kind, type) != nullptr; }
+    elementNode* find(ccrypto::LinkKind kind, ccrypto::ElementType type) const;
+    bool has(ccrypto::LinkKind kind, ccrypto::ElementType type) const { return find(kind, type) != nullptr; }
 
 private:
-    friend struct ElementNodeDeleter;
-    friend class NodePool;
+    friend struct ccrypto::ElementNodeDeleter;
+    friend class ccrypto::NodePool;
 
     explicit elementNode(element&& token) : token_(std::move(token)) {}
     explicit elementNode(const element& token) : token_(token) {}
-    explicit elementNode(ElementType type) : token_(type) {}
+    explicit elementNode(ccrypto::ElementType type) : token_(type) {}
     ~elementNode() = default;
 
-    elementNode* replace(LinkKind kind, ElementNodePtr node);
+    elementNode* replace(ccrypto::LinkKind kind, ccrypto::ElementNodePtr node);
     /// The pointer that holds a part of this kind, or would hold it.
-    elementNode** linkOf(LinkKind kind);
+    elementNode** linkOf(ccrypto::LinkKind kind);
 
     elementNode* parent_ = nullptr;
     elementNode* next_ = nullptr;
@@ -135,7 +140,7 @@ private:
     elementNode* firstPart_ = nullptr;
     elementNode* nextPart_ = nullptr;
     element token_;
-    LinkKind linkKind_ = LinkKind::none;
+    ccrypto::LinkKind linkKind_ = ccrypto::LinkKind::none;
     /// Counted from 1 in the block of a pool; 0 for a node in storage of its own.
     std::uint32_t place_ = 0;
 };

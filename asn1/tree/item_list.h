@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+namespace ccrypto {
+
 /// What one text of template, JSON or XML may hold: some 200 MB of memory.
 constexpr std::uint32_t mostItems = 2000000;
 constexpr const char* tooManyItems = "Parsing failed; More than 2000000 items";
@@ -19,3 +21,5 @@ struct ItemList {
         return *last;
     }
 };
+
+} // namespace ccrypto

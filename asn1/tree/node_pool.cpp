@@ -14,6 +14,8 @@
 #define ASAN_UNPOISON_MEMORY_REGION(address, size) (static_cast<void>(address), static_cast<void>(size))
 #endif
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::uint32_t minNodes = 8;
@@ -90,3 +92,5 @@ void NodePool::Returned::settle()
     if (count_ != 0)
         Settle(block_, std::exchange(count_, 0));
 }
+
+} // namespace ccrypto

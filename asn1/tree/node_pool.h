@@ -6,6 +6,8 @@
 #include <new>
 #include <utility>
 
+namespace ccrypto {
+
 /// Makes the nodes of a tree in a few large blocks. The nodes outlive the pool: a block goes with the last of its nodes, which any
 /// thread may destroy, and a tree may mix nodes of several pools.
 class NodePool {
@@ -74,3 +76,5 @@ private:
     std::size_t expected_;
     std::uint64_t made_ = 0;
 };
+
+} // namespace ccrypto

@@ -3,6 +3,8 @@
 #include "asn1/types/algorithm_table.h"
 #include "core/diagnostics/auto_logger.h"
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr const char* algorithmIdentifierTemplate = "SEQUENCE { OBJECT_IDENTIFIER = algorithmOID, parameters(OPTIONAL) }";

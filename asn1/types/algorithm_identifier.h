@@ -11,14 +11,14 @@ public:
     CCryptoAlgorithmIdentifier();
     explicit CCryptoAlgorithmIdentifier(const elementNode* node);
     /// \param nullParameters NULL stands for parameters while none are set.
-    CCryptoAlgorithmIdentifier(algorithm::Id id, bool nullParameters);
+    CCryptoAlgorithmIdentifier(ccrypto::algorithm::Id id, bool nullParameters);
 
     bool BuildNode() override;
     /// Logs "Unsupported OID: " and the OID for an algorithm outside the table; the id is then 0.
     bool ParseNode() override;
 
     /// Whether an algorithm of the table was read or set.
-    [[nodiscard]] bool isSupported() const { return id_ != algorithm::none; }
+    [[nodiscard]] bool isSupported() const { return id_ != ccrypto::algorithm::none; }
     /// Dotted text, whether supported or not; hexadecimal digits when the octets have no dotted form. Empty when there is none.
     [[nodiscard]] CCryptoString oid() const;
     /// The whole AlgorithmIdentifier as it was read; empty when none was.
@@ -27,8 +27,8 @@ public:
     /// DER of the algorithm's OID without identifier and length; empty, logged, for id 0 and ids without an OID.
     [[nodiscard]] element GetDerEncodedOID() const;
 
-    algorithm::Id id() const { return id_; }
-    void setId(algorithm::Id id) { id_ = id; }
+    ccrypto::algorithm::Id id() const { return id_; }
+    void setId(ccrypto::algorithm::Id id) { id_ = id; }
     /// Null when there are none.
     const elementNode* parameters() const { return parameters_.get(); }
     /// A copy of the one node; null for none.
@@ -40,8 +40,8 @@ protected:
     void ClearFields() override;
 
 private:
-    algorithm::Id id_ = algorithm::none;
+    ccrypto::algorithm::Id id_ = ccrypto::algorithm::none;
     CCryptoString unsupportedOid_;
     bool nullParameters_ = false;
-    ElementNodePtr parameters_;
+    ccrypto::ElementNodePtr parameters_;
 };

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr AlgorithmRow rows[] = {
@@ -134,3 +136,5 @@ const char* OidOfAlgorithm(algorithm::Id id)
     }
     return "";
 }
+
+} // namespace ccrypto

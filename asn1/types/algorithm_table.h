@@ -5,6 +5,8 @@
 #include <span>
 #include <string_view>
 
+namespace ccrypto {
+
 struct AlgorithmRow {
     algorithm::Id id;
     const char* oid; ///< dotted; empty for a reserved id
@@ -21,3 +23,5 @@ struct AlgorithmRow {
 
 /// Empty for an id that neither list has.
 [[nodiscard]] const char* OidOfAlgorithm(algorithm::Id id);
+
+} // namespace ccrypto

@@ -2,6 +2,8 @@
 
 #include "core/diagnostics/auto_logger.h"
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr const char* setTemplate = "SET{value}";

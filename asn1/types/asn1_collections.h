@@ -22,8 +22,10 @@ protected:
     void ClearFields() override { value_.reset(); }
 
 private:
-    ElementNodePtr value_;
+    ccrypto::ElementNodePtr value_;
 };
+
+namespace ccrypto {
 
 /// Makes an empty member.
 using Asn1MemberMaker = std::unique_ptr<CCryptoASN1Object> (*)();
@@ -33,6 +35,8 @@ std::unique_ptr<CCryptoASN1Object> MakeAsn1Member()
 {
     return std::make_unique<Member>();
 }
+
+} // namespace ccrypto
 
 /// Members of one type, which CreateMember of a subclass makes, or a maker that is given. A member may be several elements long:
 /// the next begins after what its template took. A member that does not parse fails the whole, which then has no members.
@@ -46,7 +50,7 @@ public:
     void add(std::unique_ptr<CCryptoASN1Object> member) { members_.push_back(std::move(member)); }
 
 protected:
-    CCryptoASN1Collection(const char* templateText, const char* placeholder, Asn1MemberMaker maker)
+    CCryptoASN1Collection(const char* templateText, const char* placeholder, ccrypto::Asn1MemberMaker maker)
         : CCryptoASN1Object(templateText), placeholder_(placeholder), maker_(maker)
     {
     }
@@ -54,22 +58,22 @@ protected:
 
 private:
     const char* placeholder_;
-    Asn1MemberMaker maker_;
+    ccrypto::Asn1MemberMaker maker_;
     std::vector<std::unique_ptr<CCryptoASN1Object>> members_;
 };
 
 /// SET OF, in the order given.
 class CCryptoASN1SETofObjects : public CCryptoASN1Collection {
 public:
-    explicit CCryptoASN1SETofObjects(Asn1MemberMaker maker = nullptr);
-    CCryptoASN1SETofObjects(const elementNode* node, Asn1MemberMaker maker);
+    explicit CCryptoASN1SETofObjects(ccrypto::Asn1MemberMaker maker = nullptr);
+    CCryptoASN1SETofObjects(const elementNode* node, ccrypto::Asn1MemberMaker maker);
     const std::vector<std::unique_ptr<CCryptoASN1Object>>& setOfObjects() const { return members(); }
 };
 
 /// SEQUENCE OF.
 class CCryptoASN1SequenceOfObjects : public CCryptoASN1Collection {
 public:
-    explicit CCryptoASN1SequenceOfObjects(Asn1MemberMaker maker = nullptr);
-    CCryptoASN1SequenceOfObjects(const elementNode* node, Asn1MemberMaker maker);
+    explicit CCryptoASN1SequenceOfObjects(ccrypto::Asn1MemberMaker maker = nullptr);
+    CCryptoASN1SequenceOfObjects(const elementNode* node, ccrypto::Asn1MemberMaker maker);
     const std::vector<std::unique_ptr<CCryptoASN1Object>>& objects() const { return members(); }
 };

@@ -7,6 +7,8 @@
 #include "asn1/tree/item_list.h"
 #include "core/diagnostics/auto_logger.h"
 
+using namespace ccrypto;
+
 namespace {
 
 /// The node and those of its siblings that stand before `end`; null for all.

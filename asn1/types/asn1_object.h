@@ -43,7 +43,7 @@ public:
 
     /// The tree of the fields, without the names and optional items that nothing was put into; null, logged, when they do not make
     /// one.
-    [[nodiscard]] ElementNodePtr BuildTree();
+    [[nodiscard]] ccrypto::ElementNodePtr BuildTree();
     /// The same as DER; empty on failure.
     [[nodiscard]] element BuildDer();
 
@@ -84,6 +84,6 @@ private:
     bool allowsSurplus_ = false;
     std::uint32_t taken_ = 0;
     CCryptoParser builder_;
-    ElementNodePtr data_;
+    ccrypto::ElementNodePtr data_;
     CCryptoTemplateMatch match_;
 };

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <string_view>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr const char* contextSpecificTemplate = "CONTEXT_SPECIFIC[context] { data }";

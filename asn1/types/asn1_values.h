@@ -26,7 +26,7 @@ protected:
 private:
     std::uint32_t tagNumber_ = 0;
     bool isConstructed_ = false; ///< as it was read: an empty value does not imply it
-    ElementNodePtr content_;
+    ccrypto::ElementNodePtr content_;
 };
 
 class CCryptoASN1ObjectIdentifier : public CCryptoASN1Object {

@@ -1,5 +1,7 @@
 #include "asn1/types/bit_string.h"
 
+namespace ccrypto {
+
 namespace {
 
 constexpr const char* bitStringTemplate = "BIT_STRING{ unusedBits, value }";
@@ -65,3 +67,5 @@ bool bitString::GetBit(std::uint32_t bit) const
 {
     return bit / 8 < bits_.length() && (bits_.data()[bit / 8] & MaskOf(bit)) != 0;
 }
+
+} // namespace ccrypto

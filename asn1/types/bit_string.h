@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+namespace ccrypto {
+
 /// A BIT STRING (X.690, 8.6). Bit 0 is the most significant bit of the first byte.
 class bitString : public CCryptoASN1Object {
 public:
@@ -31,3 +33,5 @@ private:
     element bits_;
     std::uint32_t unusedBits_ = 0;
 };
+
+} // namespace ccrypto

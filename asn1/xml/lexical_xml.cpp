@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <charconv>
 
+using namespace ccrypto;
+
 // The XML mode of the lexical analyzer (XML 1.0, fifth edition).
 
 namespace {

@@ -4,6 +4,8 @@
 #include "asn1/template/value_notation.h"
 #include "asn1/xml/xml_tree.h"
 
+using namespace ccrypto;
+
 namespace {
 
 /// A short value that is written as the element's text.

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <utility>
 
+using namespace ccrypto;
+
 namespace {
 
 /// Whether a list, its items taken out, has no parts; blanks between its tags are no value.

@@ -13,22 +13,22 @@
 /// A document whose root declares the namespace of templates gives the tree of that template; any other is an ordinary document,
 /// whose text is kept to the last blank. docs/template-language.md describes both. Comments, processing instructions and the
 /// document type are passed over; entities that a document declares are not known.
-class CCryptoXMLParser : private CTokenReader {
+class CCryptoXMLParser : private ccrypto::CTokenReader {
 public:
     static constexpr std::uint32_t deepestNesting = 128;
     static constexpr std::uint32_t deepestTemplate = deepestNesting + 2; ///< around its items a <list>, inside a value's <item>
 
     /// \return the root, or the items of a template as siblings; null, logged, on failure.
-    ElementNodePtr Parse(std::string_view text);
+    ccrypto::ElementNodePtr Parse(std::string_view text);
 
 private:
-    ElementNodePtr parseDocument(std::string_view text);
-    ElementNodePtr parseElement(const elementNode* owner, std::uint32_t depth);
-    bool parseAttributes(ItemList& attributes);
-    bool parseAttribute(ItemList& attributes);
-    ElementNodePtr makeElement(std::string_view name, ItemList& attributes, std::uint32_t depth);
+    ccrypto::ElementNodePtr parseDocument(std::string_view text);
+    ccrypto::ElementNodePtr parseElement(const elementNode* owner, std::uint32_t depth);
+    bool parseAttributes(ccrypto::ItemList& attributes);
+    bool parseAttribute(ccrypto::ItemList& attributes);
+    ccrypto::ElementNodePtr makeElement(std::string_view name, ccrypto::ItemList& attributes, std::uint32_t depth);
     /// The item of an element of the template namespace, without its content; a value's token is still to come.
-    ElementNodePtr makeItem(std::string_view tag, const elementNode* attributes);
+    ccrypto::ElementNodePtr makeItem(std::string_view tag, const elementNode* attributes);
     bool makePart(elementNode& item, const elementNode& attribute);
     bool parseContent(std::string_view name, elementNode& node, const elementNode* owner, std::uint32_t depth);
     bool takeText(elementNode& item, std::string_view text, const elementNode* owner);

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <vector>
 
+namespace ccrypto {
+
 namespace {
 
 bool IsNamed(const elementNode& node)
@@ -127,3 +129,5 @@ element ValueOfXmlText(std::string_view text, const elementNode* owner)
     element number;
     return HoldsNumber(owner) && SignedFromDecimal(text, number) ? number : FromStringNotation(text);
 }
+
+} // namespace ccrypto

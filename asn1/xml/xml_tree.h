@@ -14,6 +14,8 @@
 // value is its text. What cannot be the name of an element is one named "item": a value, whose notation is its text, or an item
 // whose word stands in the attribute "token".
 
+namespace ccrypto {
+
 constexpr std::string_view xmlNamespaceAttribute = "xmlns";
 constexpr std::string_view xmlNamespace = "urn:x-asn1:template";
 
@@ -41,3 +43,5 @@ element TokenOfXmlTag(std::string_view tag);
 /// The text of a value under `owner`, which may be null.
 CCryptoString XmlText(const element& value, const elementNode* owner);
 element ValueOfXmlText(std::string_view text, const elementNode* owner);
+
+} // namespace ccrypto

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr const char* trustStore = "/etc/ssl/certs/ca-certificates.crt";
@@ -46,6 +48,8 @@ constexpr std::uint32_t reasonLength = 14;
 
 } // namespace
 
+namespace ccrypto {
+
 const element& Certificate()
 {
     static const element certificate = ReadCertificate();
@@ -71,3 +75,5 @@ element RevocationList(std::uint32_t bytes, bool withReasons)
     }
     return list.ToDer();
 }
+
+} // namespace ccrypto

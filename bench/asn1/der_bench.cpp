@@ -7,6 +7,8 @@
 
 #include <benchmark/benchmark.h>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr const char* certificateTemplate =

@@ -5,6 +5,8 @@
 
 #include <memory>
 
+using namespace ccrypto;
+
 namespace {
 
 struct FreeCertificate {

@@ -9,6 +9,8 @@
 #include <unordered_map>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 /// Every OID of the table once, in an order that no cache foresees, each in memory of its own as a decoder would hand it over.

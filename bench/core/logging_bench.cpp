@@ -9,6 +9,8 @@
 #include <memory>
 #include <string>
 
+using namespace ccrypto;
+
 namespace {
 
 [[gnu::noinline]] void EmptyCall(const char* name)

@@ -5,6 +5,8 @@
 #include <memory>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::size_t textLength = 16384;

@@ -6,6 +6,8 @@
 
 #include <array>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::array<std::uint8_t, 32> digest = {1, 2, 3};

@@ -4,6 +4,8 @@
 
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 void Hash(benchmark::State& state, const char* name)

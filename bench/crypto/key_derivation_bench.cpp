@@ -5,6 +5,8 @@
 
 #include <array>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::array<std::uint8_t, 8> password = {'p', 'a', 's', 's', 'w', 'o', 'r', 'd'};

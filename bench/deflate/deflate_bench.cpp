@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;

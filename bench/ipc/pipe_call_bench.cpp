@@ -10,6 +10,8 @@
 #include <cstdlib>
 #include <thread>
 
+using namespace ccrypto;
+
 namespace {
 
 std::string Text(const benchmark::State& state)

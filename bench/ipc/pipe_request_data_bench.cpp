@@ -7,6 +7,8 @@
 #include <cstring>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::uint32_t items = 1000;

@@ -8,6 +8,8 @@
 #include <cwchar>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 std::vector<BYTE> DecodeIcon(HINSTANCE icons)
@@ -50,6 +52,8 @@ void AppendUtf8(std::string& text, const wchar_t* wide, int length)
 }
 
 } // namespace
+
+namespace ccrypto {
 
 PlainHandler::PlainHandler(HINSTANCE icons) : bitmap_(MakeBitmap(icons)) {}
 
@@ -94,3 +98,5 @@ bool PlainHandler::addItems(HMENU menu, UINT index, UINT identifier)
     separator.fType = MFT_SEPARATOR;
     return InsertMenuItemW(menu, index, TRUE, &entry) && InsertMenuItemW(menu, index + 1, TRUE, &separator);
 }
+
+} // namespace ccrypto

@@ -8,6 +8,8 @@
 
 #include <string>
 
+namespace ccrypto {
+
 /// The rival: what any handler has to do for the same menu, with nothing around it. It decodes the icon once a process, makes the
 /// same bitmap, takes the same paths and inserts the same two items, but reads no settings and no locale, logs nothing and counts
 /// nothing.
@@ -28,3 +30,5 @@ private:
     wchar_t text_[textCapacity] = L"&Sign .pdf document";
     std::string paths_;
 };
+
+} // namespace ccrypto

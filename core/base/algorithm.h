@@ -4,7 +4,7 @@
 
 /// The library's own numbers for algorithms, on which other code switches. They are fixed: there is none for SHA-384 with RSA nor
 /// for ECDSA with SHA-224.
-namespace algorithm {
+namespace ccrypto::algorithm {
 
 enum Id : std::uint32_t {
     none = 0,
@@ -101,4 +101,4 @@ enum Id : std::uint32_t {
     brainpoolP512r1 = 1125,
 };
 
-} // namespace algorithm
+} // namespace ccrypto::algorithm

@@ -2,6 +2,8 @@
 
 // Classes of characters, whatever the locale is.
 
+namespace ccrypto {
+
 /// A space, or one of tab, line feed, vertical tab, form feed and carriage return.
 constexpr bool IsBlank(char character)
 {
@@ -28,3 +30,5 @@ constexpr char ToSmall(char character)
 {
     return IsCapital(character) ? static_cast<char>(character - 'A' + 'a') : character;
 }
+
+} // namespace ccrypto

@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <cstring>
 
+namespace ccrypto {
+
 bool BoundedText::append(std::string_view piece)
 {
     if (piece.size() >= sizeof bytes_ - length_)
@@ -23,3 +25,5 @@ bool BoundedText::appendFormatted(const char* format, std::va_list arguments)
     bytes_[length_] = '\0';
     return fits;
 }
+
+} // namespace ccrypto

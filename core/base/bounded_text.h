@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <string_view>
 
+namespace ccrypto {
+
 /// Bytes of one text of the log, terminator included. A longer text is not cut: its writer puts a fixed text in its place.
 constexpr std::size_t logTextLimit = 1024;
 
@@ -24,3 +26,5 @@ private:
     std::size_t length_ = 0;
     char bytes_[logTextLimit];
 };
+
+} // namespace ccrypto

@@ -7,6 +7,8 @@
 
 /// Words in bytes of either order, at any address.
 
+namespace ccrypto {
+
 template <std::unsigned_integral Word>
 constexpr Word ReversedBytes(Word word)
 {
@@ -52,3 +54,5 @@ void StoreLittleEndian(std::uint8_t* bytes, Word word)
 {
     StoreWord<Word, std::endian::little>(bytes, word);
 }
+
+} // namespace ccrypto

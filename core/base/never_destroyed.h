@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace ccrypto {
+
 /// Storage for a process-wide object that static initialisers may use before main and static destructors after it: it is built in
 /// place, by constant initialisation where T allows it, and its destructor never runs. What such an object holds at the end of the
 /// process, or when the library is unloaded, is its owner's to give back.
@@ -25,3 +27,5 @@ private:
         T value_;
     };
 };
+
+} // namespace ccrypto

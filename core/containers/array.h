@@ -7,8 +7,12 @@
 #include <new>
 #include <utility>
 
+namespace ccrypto {
+
 /// Logs "Array access past the end: %u>=%u".
 void ReportAccessPastEnd(std::uint32_t index, std::uint32_t size);
+
+} // namespace ccrypto
 
 /// A resizable array of values, each of which has a default. It grows to exactly the size asked for and keeps its storage when it
 /// shrinks, so a caller that knows the final size sets it once instead of appending.
@@ -72,7 +76,7 @@ public:
         static const T none{};
         if (index < size_)
             return items_[index];
-        ReportAccessPastEnd(index, size_);
+        ccrypto::ReportAccessPastEnd(index, size_);
         return none;
     }
 
@@ -106,7 +110,7 @@ private:
 
     T& stray(std::uint32_t index)
     {
-        ReportAccessPastEnd(index, size_);
+        ccrypto::ReportAccessPastEnd(index, size_);
         if (stray_)
             *stray_ = T();
         else

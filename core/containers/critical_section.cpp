@@ -5,6 +5,8 @@
 
 #include <thread>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::uint32_t alive = 0x12345678;

@@ -5,11 +5,15 @@
 #include <atomic>
 #include <cstdint>
 
+namespace ccrypto {
+
 enum class LockMode {
     blocking, ///< waits for the owner, after a line in the log
     quiet,    ///< waits without a word: for the sections that the log itself needs
     trying,   ///< fails, after a line in the log, when another thread owns the section
 };
+
+} // namespace ccrypto
 
 /// The library's lock: recursive, named for diagnostics, which go through WriteLog_G and WriteErrorEx_G.
 ///
@@ -32,14 +36,14 @@ public:
 private:
     friend class CCryptoCSLock;
 
-    bool enter(LockMode mode);
+    bool enter(ccrypto::LockMode mode);
     void leave();
     bool makeReady();
     void reportOwner(const char* action) const;
 
     std::atomic<std::uint32_t> state_{0};
     const char* name_;
-    platform::RecursiveLock section_{};
+    ccrypto::platform::RecursiveLock section_{};
     std::atomic<bool> entered_{false};
 };
 
@@ -47,7 +51,7 @@ private:
 class CCryptoCSLock {
 public:
     /// \param section may be null; the lock is then not held.
-    explicit CCryptoCSLock(CCryptoCS* section, LockMode mode = LockMode::blocking);
+    explicit CCryptoCSLock(CCryptoCS* section, ccrypto::LockMode mode = ccrypto::LockMode::blocking);
     ~CCryptoCSLock();
     CCryptoCSLock(const CCryptoCSLock&) = delete;
     CCryptoCSLock& operator=(const CCryptoCSLock&) = delete;

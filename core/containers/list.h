@@ -6,6 +6,8 @@
 #include <memory>
 #include <utility>
 
+namespace ccrypto {
+
 /// Walks the nodes of a list from its head; `Value` is const for a list that may not be changed.
 template <typename Node, typename Value>
 class ListIterator {
@@ -40,6 +42,8 @@ private:
     Node* node_ = nullptr;
 };
 
+} // namespace ccrypto
+
 /// The plain list: values chained from head to tail, with one link a value. It does not know its length.
 ///
 /// It carries no lock. Values stay where they are until they are removed; a list of any length is copied and destroyed in constant
@@ -52,8 +56,8 @@ class CList {
     };
 
 public:
-    using iterator = ListIterator<Node, T>;
-    using const_iterator = ListIterator<Node, const T>;
+    using iterator = ccrypto::ListIterator<Node, T>;
+    using const_iterator = ccrypto::ListIterator<Node, const T>;
 
     CList() = default;
     CList(const CList& other)
@@ -144,8 +148,8 @@ class CCryptoList {
     };
 
 public:
-    using iterator = ListIterator<Node, T>;
-    using const_iterator = ListIterator<Node, const T>;
+    using iterator = ccrypto::ListIterator<Node, T>;
+    using const_iterator = ccrypto::ListIterator<Node, const T>;
 
     CCryptoList() = default;
     CCryptoList(const CCryptoList& other)

@@ -11,6 +11,8 @@
 #include <cstdio>
 #include <limits>
 
+using namespace ccrypto;
+
 namespace {
 
 /// Leaves room for the longest word in front of the message.

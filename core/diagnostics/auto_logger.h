@@ -50,14 +50,14 @@ public:
     explicit CCryptoAutoLogger(const char* name, ccrypto::LoggerMode mode = ccrypto::LoggerMode::resultExpected)
         : name_(name), mode_(mode)
     {
-        if (logging::Level() != 0) [[unlikely]]
+        if (ccrypto::logging::Level() != 0) [[unlikely]]
             open();
     }
     /// `format`, which may be null, gives the argument text of the entry line, and in the quiet modes of the exit line.
     CCryptoAutoLogger(const char* name, ccrypto::LoggerMode mode, const char* format, ...) CORE_PRINTF_FORMAT(4, 5);
     ~CCryptoAutoLogger() override
     {
-        if (shown_ != nullptr || logging::Level() != 0) [[unlikely]]
+        if (shown_ != nullptr || ccrypto::logging::Level() != 0) [[unlikely]]
             close();
     }
 
@@ -65,7 +65,7 @@ public:
     template <typename Result>
     Result fail(Result result)
     {
-        return setRetValue(ResultStatus::error, std::move(result));
+        return setRetValue(ccrypto::ResultStatus::error, std::move(result));
     }
     template <typename Result>
     Result fail(Result result, const char* format, ...) CORE_PRINTF_FORMAT(3, 4);
@@ -74,24 +74,24 @@ public:
     template <typename Result>
     Result warn(Result result)
     {
-        return setRetValue(ResultStatus::warning, std::move(result));
+        return setRetValue(ccrypto::ResultStatus::warning, std::move(result));
     }
     template <typename Result>
     Result warn(Result result, const char* format, ...) CORE_PRINTF_FORMAT(3, 4);
 
     /// Sets the status to `level`, with a formatted text when one is given and `level` is not none. \return `result` unchanged.
     template <typename Result>
-    Result setRetValue(ResultStatus level, Result result)
+    Result setRetValue(ccrypto::ResultStatus level, Result result)
     {
         status_ = level;
-        if (level == ResultStatus::error) [[unlikely]]
+        if (level == ccrypto::ResultStatus::error) [[unlikely]]
             setErrorWithoutText();
         return result;
     }
     template <typename Result>
-    Result setRetValue(ResultStatus level, Result result, const char* format, ...) CORE_PRINTF_FORMAT(4, 5);
+    Result setRetValue(ccrypto::ResultStatus level, Result result, const char* format, ...) CORE_PRINTF_FORMAT(4, 5);
     template <typename Result>
-    Result setRetValue(ResultStatus level, Result result, const CCryptoString& message)
+    Result setRetValue(ccrypto::ResultStatus level, Result result, const CCryptoString& message)
     {
         setStatus(level, message);
         return result;
@@ -100,7 +100,7 @@ public:
     /// Status none when `ok`, else warning. \return `ok`.
     bool setResult(bool ok)
     {
-        status_ = ok ? ResultStatus::none : ResultStatus::warning;
+        status_ = ok ? ccrypto::ResultStatus::none : ccrypto::ResultStatus::warning;
         return ok;
     }
 
@@ -139,8 +139,8 @@ private:
     const char* operation() const override { return name_ != nullptr ? name_ : ""; }
     /// The operation, in the quiet modes with its arguments.
     const char* name() const;
-    void setStatus(ResultStatus level, const CCryptoString& text);
-    void setStatusFormatted(ResultStatus level, const char* format, std::va_list arguments);
+    void setStatus(ccrypto::ResultStatus level, const CCryptoString& text);
+    void setStatusFormatted(ccrypto::ResultStatus level, const char* format, std::va_list arguments);
     bool quiet() const { return mode_ == ccrypto::LoggerMode::quiet || mode_ == ccrypto::LoggerMode::quietResultExpected; }
 
     /// What is kept while the log is on.
@@ -170,7 +170,7 @@ Result CCryptoAutoLogger::fail(Result result, const char* format, ...)
 {
     std::va_list arguments;
     va_start(arguments, format);
-    setStatusFormatted(ResultStatus::error, format, arguments);
+    setStatusFormatted(ccrypto::ResultStatus::error, format, arguments);
     va_end(arguments);
     return result;
 }
@@ -180,13 +180,13 @@ Result CCryptoAutoLogger::warn(Result result, const char* format, ...)
 {
     std::va_list arguments;
     va_start(arguments, format);
-    setStatusFormatted(ResultStatus::warning, format, arguments);
+    setStatusFormatted(ccrypto::ResultStatus::warning, format, arguments);
     va_end(arguments);
     return result;
 }
 
 template <typename Result>
-Result CCryptoAutoLogger::setRetValue(ResultStatus level, Result result, const char* format, ...)
+Result CCryptoAutoLogger::setRetValue(ccrypto::ResultStatus level, Result result, const char* format, ...)
 {
     std::va_list arguments;
     va_start(arguments, format);

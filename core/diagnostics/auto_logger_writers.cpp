@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::uint32_t longestTextLine = 255;

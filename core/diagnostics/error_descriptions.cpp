@@ -14,6 +14,8 @@
 #include <utility>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::int64_t largestDocument = 1024 * 1024;
@@ -261,6 +263,8 @@ bool ReadDocument(const char* fileName, std::string& document)
 
 } // namespace
 
+namespace ccrypto {
+
 bool ParseErrorDescriptions(std::string_view document, ErrorDescriptions& descriptions)
 {
     CCryptoAutoLogger logger("ParseErrorDescriptions", ccrypto::LoggerMode::resultOptional);
@@ -290,6 +294,8 @@ std::string ErrorDescription(std::uint32_t code)
     const auto found = loaded->find(code);
     return found != loaded->end() ? found->second : std::string();
 }
+
+} // namespace ccrypto
 
 bool CCryptoErrorHandler::LoadXmlErrorsDesriptions(const CCryptoString& fileName)
 {

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+namespace ccrypto {
+
 using ErrorDescriptions = std::map<std::uint32_t, std::string>;
 
 /// Reads the document that CCryptoErrorHandler::LoadXmlErrorsDesriptions describes: an element "settings" with the items in it;
@@ -19,3 +21,5 @@ void ForgetErrorDescriptions();
 
 /// The text loaded for `code`; empty when there is none.
 std::string ErrorDescription(std::uint32_t code);
+
+} // namespace ccrypto

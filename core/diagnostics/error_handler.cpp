@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <string>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::size_t maxSystemText = 255;

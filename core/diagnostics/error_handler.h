@@ -6,8 +6,12 @@
 #include <memory>
 #include <string_view>
 
+namespace ccrypto {
+
 /// How an operation ended, from good to bad.
 enum class ResultStatus : std::int32_t { none = 0, info = 1, warning = 2, error = 3 };
+
+} // namespace ccrypto
 
 /// The result of one operation: a status, a text and the last system error. Texts given one after the other are joined by a blank.
 class CCryptoErrorHandler {
@@ -17,7 +21,7 @@ public:
     CCryptoErrorHandler(const CCryptoErrorHandler&) = delete;
     CCryptoErrorHandler& operator=(const CCryptoErrorHandler&) = delete;
 
-    ResultStatus status() const { return status_; }
+    ccrypto::ResultStatus status() const { return status_; }
     /// Empty when no text was given.
     const CCryptoString& message() const;
     /// The last system error code recorded; 0 when none was.
@@ -56,7 +60,7 @@ protected:
     /// Appends `text` to the texts given so far.
     void addText(std::string_view text);
 
-    ResultStatus status_ = ResultStatus::none;
+    ccrypto::ResultStatus status_ = ccrypto::ResultStatus::none;
     std::uint32_t errorCode_ = 0;
 
 private:

@@ -4,6 +4,8 @@
 
 #include <string>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::size_t columnsOfFullRow = 98;
@@ -49,3 +51,5 @@ bool AppendHexadecimal(std::span<const std::uint8_t> bytes, BoundedText& text)
     }
     return false;
 }
+
+} // namespace ccrypto

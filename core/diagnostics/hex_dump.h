@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <span>
 
+namespace ccrypto {
+
 class BoundedText;
 
 /// Bytes of a full row of a hex dump.
@@ -16,3 +18,5 @@ void AppendHexDumpRow(std::uint32_t depth, std::span<const std::uint8_t> bytes, 
 
 /// The bytes as two lower-case digits each. \return false when they do not fit.
 bool AppendHexadecimal(std::span<const std::uint8_t> bytes, BoundedText& text);
+
+} // namespace ccrypto

@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <memory>
 
-namespace logging {
+namespace ccrypto::logging {
 
 namespace {
 
@@ -104,4 +104,4 @@ std::uint32_t CountedThreads()
     return nesting->depths != nullptr ? nesting->depths->Count() : 0;
 }
 
-} // namespace logging
+} // namespace ccrypto::logging

@@ -4,7 +4,7 @@
 #include <functional>
 
 /// How deep each thread's operations are nested. Counted while the log is on; the log's own writing does not ask.
-namespace logging {
+namespace ccrypto::logging {
 
 /// Begins an operation on the calling thread. \return its depth, 0 for the outermost, 255 at most.
 std::uint32_t EnterOperation();
@@ -27,4 +27,4 @@ void ReleaseNestingLock();
 /// threads come and go keeps no more than twice as many as are at work, or 64.
 std::uint32_t CountedThreads();
 
-} // namespace logging
+} // namespace ccrypto::logging

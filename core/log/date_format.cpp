@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <cstdlib>
 
+namespace ccrypto {
+
 namespace {
 
 using platform::CalendarTime;
@@ -152,3 +154,5 @@ bool ParseCalendarTime(std::string_view text, const char* pattern, CalendarTime&
     time = result;
     return true;
 }
+
+} // namespace ccrypto

@@ -20,6 +20,8 @@
 /// No pattern (null) is the empty one. The longest token that fits is taken. A letter of a token that makes none, such as a single
 /// "y", is malformed. All other characters stand for themselves.
 
+namespace ccrypto {
+
 constexpr std::size_t maximumTimeText = 50;
 using TimeTextBuffer = std::array<char, maximumTimeText + 1>;
 
@@ -31,3 +33,5 @@ std::string_view FormatCalendarTime(const platform::CalendarTime& time, const ch
 /// Reads `text`, which must fit the whole pattern; fields without a token become 0. The calendar is not consulted.
 /// \return false, `time` untouched, when the text does not fit or the pattern is malformed.
 bool ParseCalendarTime(std::string_view text, const char* pattern, platform::CalendarTime& time);
+
+} // namespace ccrypto

@@ -7,7 +7,7 @@
 #include <new>
 #include <utility>
 
-namespace logging {
+namespace ccrypto::logging {
 
 namespace {
 
@@ -45,4 +45,4 @@ void WriteLine(std::uint32_t depth, std::string_view timingPrefix, std::string_v
     platform::SetLastError(lastError);
 }
 
-} // namespace logging
+} // namespace ccrypto::logging

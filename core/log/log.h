@@ -10,7 +10,7 @@
 /// The state of the log, one a process. It is there before any constructor has run and after every destructor has, so static
 /// objects may log at any time. But for the callback, nothing below a line takes a lock of the library (CCryptoCS) or
 /// writes a line in turn.
-namespace logging {
+namespace ccrypto::logging {
 
 namespace state {
 inline constinit std::atomic<std::uint32_t> level{0};
@@ -50,4 +50,4 @@ inline void TurnOff()
 /// The output in force; null before the first Configure.
 std::shared_ptr<LogOutput> CurrentOutput();
 
-} // namespace logging
+} // namespace ccrypto::logging

@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <cstring>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::uint32_t deepestIndentation = 30;
@@ -102,3 +104,5 @@ std::string_view LogLine::withLineEnd()
     bytes_[length_] = '\n';
     return {bytes_, length_ + 1};
 }
+
+} // namespace ccrypto

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string_view>
 
+namespace ccrypto {
+
 /// Bytes of an application tag; what is longer is cut.
 constexpr std::size_t longestLogTag = 19;
 
@@ -51,3 +53,5 @@ private:
     std::size_t length_ = 0;
     char bytes_[room];
 };
+
+} // namespace ccrypto

@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <utility>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::uint32_t patienceMilliseconds = 1000;
@@ -82,3 +84,5 @@ std::string LogOutput::threadPath() const
     std::snprintf(extended, sizeof extended, "-%04x.LOG", static_cast<unsigned>(platform::CurrentThreadId()));
     return std::string(settings_.path).replace(position, extension.size(), extended);
 }
+
+} // namespace ccrypto

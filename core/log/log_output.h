@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+namespace ccrypto {
+
 class LogLine;
 
 /// Receives every finished line, zero-terminated, without its line end. Lines that the callback's own work writes go to the file
@@ -53,3 +55,5 @@ private:
     std::mutex calling_;
     std::vector<std::uint32_t> threadsInCallback_;
 };
+
+} // namespace ccrypto

@@ -6,6 +6,8 @@
 
 #include <cstdarg>
 
+using namespace ccrypto;
+
 void WriteLog_G(const char* format, ...)
 {
     if (!logging::Shows(0))

@@ -3,7 +3,7 @@
 #include <string_view>
 
 /// What is written in place of a text beyond logTextLimit, by the writer that was asked for it.
-namespace overlong {
+namespace ccrypto::overlong {
 
 constexpr std::string_view writeLog = "CCryptoAutoLogger::WriteLog: Very log message that is not displayed.";
 constexpr std::string_view writeLogG = "CCryptoAutoLogger::WriteLog_G: Very log message that is not displayed.";
@@ -15,4 +15,4 @@ constexpr std::string_view arguments =
 constexpr std::string_view result =
     "00:00:00 CCryptoAutoLogger::setRetValue Very big log message. It will not be displayed. Please check your code.";
 
-} // namespace overlong
+} // namespace ccrypto::overlong

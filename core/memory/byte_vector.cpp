@@ -7,6 +7,8 @@
 #include <new>
 #include <utility>
 
+using namespace ccrypto;
+
 CCryptoByteVector::CCryptoByteVector(const void* bytes, std::size_t length)
 {
     append(bytes, length);

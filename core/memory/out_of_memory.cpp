@@ -5,6 +5,8 @@
 #include <atomic>
 #include <cstdlib>
 
+namespace ccrypto {
+
 void EndOutOfMemory()
 {
     // What runs at exit may need memory, too.
@@ -15,3 +17,5 @@ void EndOutOfMemory()
     WriteErrorEx_G("FATAL MEMORY ALLOCATION ERROR");
     std::exit(1);
 }
+
+} // namespace ccrypto

@@ -2,10 +2,14 @@
 
 #include <new>
 
+namespace ccrypto {
+
 /// Ends the process with exit code 1, "FATAL MEMORY ALLOCATION ERROR" on the debug channel: what every byte buffer of the library
 /// does when there is no memory. The containers leave that to `new`, which throws, and to whoever catches at the boundary of a
 /// module.
 [[noreturn]] void EndOutOfMemory();
+
+} // namespace ccrypto
 
 namespace ccrypto::internal {
 
@@ -16,7 +20,7 @@ auto OrEndOutOfMemory(Action&& action) noexcept
     try {
         return action();
     } catch (const std::bad_alloc&) {
-        EndOutOfMemory();
+        ccrypto::EndOutOfMemory();
     }
 }
 

@@ -4,6 +4,8 @@
 
 #include <type_traits>
 
+namespace ccrypto {
+
 /// A plain value, an array of such values above all, that is wiped before its storage is released; so is every copy. It is
 /// initialised as the value itself is: not at all without braces.
 template <typename Value>
@@ -12,3 +14,5 @@ struct Wiped : Value {
 
     ~Wiped() { platform::SecureWipe(this, sizeof *this); }
 };
+
+} // namespace ccrypto

@@ -7,6 +7,8 @@
 #include <memory>
 #include <new>
 
+namespace ccrypto {
+
 /// A fixed number of plain values on the heap, zero at first and wiped before release. Without memory the process ends.
 template <typename Value>
 class WipedArray {
@@ -34,3 +36,5 @@ private:
     std::unique_ptr<Value[]> values_;
     std::size_t count_;
 };
+
+} // namespace ccrypto

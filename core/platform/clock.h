@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace platform {
+namespace ccrypto::platform {
 
 /// A time of day in the calendar: month 1 to 12, day 1 to 31, second 0 to 60.
 struct CalendarTime {
@@ -34,4 +34,4 @@ bool UnixSecondsToUtc(std::int64_t seconds, CalendarTime& utc);
 /// Ends the calling thread's time slice for at least `milliseconds`.
 void SleepMilliseconds(std::uint32_t milliseconds);
 
-} // namespace platform
+} // namespace ccrypto::platform

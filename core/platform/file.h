@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace platform {
+namespace ccrypto::platform {
 
 enum class FileMode {
     read,          ///< must exist
@@ -46,4 +46,4 @@ private:
     ccrypto::SystemHandle<Kind> handle_;
 };
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace platform {
+namespace ccrypto::platform {
 
 /// The folder of log files when the settings name none: "C:\" on Windows, "/var/log/" on POSIX, where an unprivileged process
 /// writes no file unless it is told a folder.
@@ -9,4 +9,4 @@ extern const char* const defaultLogDirectory;
 /// What ends a folder in a path of this system.
 extern const char pathSeparator;
 
-} // namespace platform
+} // namespace ccrypto::platform

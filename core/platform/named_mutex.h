@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace platform {
+namespace ccrypto::platform {
 
 /// A mutex that processes of every user share by its name. One object may be used by several threads at once; the thread that owns
 /// the mutex may take it again and gives it back as often. On POSIX it is a lock on the file NAME.mutex in /tmp.
@@ -32,4 +32,4 @@ private:
     ccrypto::SystemHandle<Kind> state_;
 };
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -4,7 +4,7 @@
 #include <string>
 
 /// What the library asks of the operating system, answered once for Windows and once for POSIX. Texts are UTF-8.
-namespace platform {
+namespace ccrypto::platform {
 
 std::uint32_t CurrentProcessId();
 std::uint32_t CurrentThreadId();
@@ -32,4 +32,4 @@ std::string ComputerName();
 /// True once the system is taking the process down and has ended its other threads, which may have held any lock.
 bool ProcessIsEnding();
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace platform {
+namespace ccrypto::platform {
 
 /// Fills `count` bytes with the operating system's cryptographically strong random bytes. \return false, with the bytes wiped, when
 /// the system refuses them; LastError() then gives the reason.
@@ -13,4 +13,4 @@ namespace platform {
 /// clear a page on fork, only forks that go through the C library are noticed. Windows has no fork: always 1.
 [[nodiscard]] std::uint64_t ForkGeneration();
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace platform {
+namespace ccrypto::platform {
 
 /// A recursive lock that knows who owns it. It is plain storage: zero-filled memory may hold one before any constructor has run, so
 /// its life is begun by `initialize` and ended by `destroy`, both called by the owner exactly once.
@@ -31,4 +31,4 @@ private:
     alignas(std::max_align_t) unsigned char storage_[96];
 };
 
-} // namespace platform
+} // namespace ccrypto::platform

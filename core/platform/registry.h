@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-namespace platform {
+namespace ccrypto::platform {
 
 enum class RegistryHive { currentUser, localMachine };
 
@@ -61,4 +61,4 @@ private:
     ccrypto::SystemHandle<Kind> handle_;
 };
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace platform {
+namespace ccrypto::platform {
 
 /// Overwrites `count` bytes at `bytes` with zeros in a way the optimiser keeps, although nothing reads them afterwards.
 /// `bytes` may be null when `count` is 0.
@@ -19,4 +19,4 @@ inline void SecureWipe(std::uint8_t (&bytes)[count])
     asm volatile("" : : "r"(bytes) : "memory");
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

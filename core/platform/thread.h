@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace platform {
+namespace ccrypto::platform {
 
 constexpr std::uint32_t waitForever = 0xFFFFFFFF;
 
@@ -45,4 +45,4 @@ private:
     std::uint32_t id_ = 0;
 };
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -13,7 +13,7 @@
 #include <string>
 #include <utility>
 
-namespace logging {
+namespace ccrypto::logging {
 
 namespace {
 
@@ -92,4 +92,4 @@ void ReadSettings(LogCallback callback, std::string_view tag, const char* settin
         WriteErrorEx_G("The path of the log file is longer than %u bytes", static_cast<unsigned>(longestPath));
 }
 
-} // namespace logging
+} // namespace ccrypto::logging

@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace logging {
+namespace ccrypto::logging {
 
 /// Configures the log from the installed settings or, when there are none, from the registry settings of the product
 /// `settingsName`:
@@ -22,4 +22,4 @@ namespace logging {
 /// \param settingsName may be null. \param directory when not null, takes the place of "debugDir".
 void ReadSettings(LogCallback callback, std::string_view tag, const char* settingsName, const char* directory);
 
-} // namespace logging
+} // namespace ccrypto::logging

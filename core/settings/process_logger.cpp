@@ -13,6 +13,8 @@
 #include <memory>
 #include <string>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::size_t longestPath = 128;

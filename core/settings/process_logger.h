@@ -10,7 +10,7 @@ class CCryptoProcessLogger : public CCryptoAutoLogger {
 public:
     /// \param callback may be null. \param settingsName the product name of the registry settings that are read when no settings
     /// are installed. \param tag at most 19 characters; names the log file and the mutex and stands in every line.
-    CCryptoProcessLogger(LogCallback callback, const char* settingsName, const char* tag);
+    CCryptoProcessLogger(ccrypto::LogCallback callback, const char* settingsName, const char* tag);
     /// Turns the log off behind the END banner and gives back the mutex and the depth counters, so that nothing of it stays in a
     /// host that goes on without the library.
     ~CCryptoProcessLogger() override;

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <string>
 
+using namespace ccrypto;
+
 using platform::RegistryAccess;
 using platform::RegistryHive;
 using platform::RegistryKey;

@@ -26,5 +26,5 @@ protected:
     };
 
     /// Reads one value as getRegValue does; on failure the buffer is all zeros.
-    static Answer QueryTerminated(const platform::RegistryKey& key, const char* name, char* buffer, std::uint32_t& size);
+    static Answer QueryTerminated(const ccrypto::platform::RegistryKey& key, const char* name, char* buffer, std::uint32_t& size);
 };

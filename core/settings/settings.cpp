@@ -9,6 +9,8 @@
 #include <limits>
 #include <utility>
 
+using namespace ccrypto;
+
 namespace {
 
 // One byte more than the value, for its terminator.
@@ -28,6 +30,8 @@ element TextValue(ICryptoSettings& settings, const char* name)
 
 } // namespace
 
+namespace ccrypto {
+
 std::int32_t IntegerOfText(std::string_view text)
 {
     text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
@@ -44,6 +48,8 @@ std::int32_t IntegerOfText(std::string_view text)
     }
     return static_cast<std::int32_t>(negative ? -magnitude : std::min(magnitude, largest));
 }
+
+} // namespace ccrypto
 
 bool ICryptoSettings::GetInteger(const char* name, std::uint32_t& value, std::uint32_t flags)
 {

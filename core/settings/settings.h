@@ -63,6 +63,10 @@ public:
     static CCryptoString ComputerName();
 };
 
+namespace ccrypto {
+
 /// The number at the beginning of `text` as `atoi` reads it: blanks, a sign, decimal digits; 0 when there are none. Numbers beyond
 /// 32 bits give the nearest one within.
 std::int32_t IntegerOfText(std::string_view text);
+
+} // namespace ccrypto

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <string>
 
+using namespace ccrypto;
+
 namespace {
 
 std::string KeyPath(const char* company, const char* product, const char* subPath)

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <string>
 
+using namespace ccrypto;
+
 using platform::RegistryAccess;
 
 namespace {

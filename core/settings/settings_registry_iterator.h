@@ -10,11 +10,11 @@
 class CCryptoSettingsRegistryIter : public ICryptoSettingsGroupIterator, private CCryptoRegistry {
 public:
     /// Opens the key `group` below `parent`, which was opened to read.
-    CCryptoSettingsRegistryIter(const char* group, const platform::RegistryKey& parent);
+    CCryptoSettingsRegistryIter(const char* group, const ccrypto::platform::RegistryKey& parent);
     ~CCryptoSettingsRegistryIter() override;
 
     /// \return an iterator whose key is open, or null.
-    static std::unique_ptr<CCryptoSettingsRegistryIter> Open(const char* group, const platform::RegistryKey& parent);
+    static std::unique_ptr<CCryptoSettingsRegistryIter> Open(const char* group, const ccrypto::platform::RegistryKey& parent);
 
     /// Whether the group's key could be opened.
     bool isOpen() const { return group_.isOpen(); }
@@ -33,9 +33,9 @@ public:
     bool GetNext(char* name, std::uint32_t size) override;
 
 private:
-    platform::RegistryKey group_;
+    ccrypto::platform::RegistryKey group_;
     std::uint32_t index_ = 0;
-    platform::RegistryKey item_;
+    ccrypto::platform::RegistryKey item_;
     /// An item is current, though its key may not be open.
     bool atItem_ = false;
 };

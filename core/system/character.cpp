@@ -5,6 +5,8 @@
 #include "core/text/string.h"
 #include "core/text/utf8.h"
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::uint32_t replacementCharacter = 0xFFFD;

@@ -6,6 +6,8 @@
 
 class CCryptoStream;
 
+namespace ccrypto {
+
 /// How a character is laid out in a stream.
 enum class CharacterEncoding : std::uint32_t {
     Latin1 = 1,  ///< one byte
@@ -14,13 +16,15 @@ enum class CharacterEncoding : std::uint32_t {
     Wchar16 = 4, ///< one little-endian unit
 };
 
+} // namespace ccrypto
+
 /// One character: a code point that streams hold in one of four encodings.
 class CCryptoChar {
 public:
     CCryptoChar() = default;
     explicit CCryptoChar(std::uint32_t codePoint) : codePoint_(codePoint) {}
     /// Reads one character. Code point 0 when the stream has no unread bytes, and, logged, when they are no character.
-    CCryptoChar(CCryptoStream& stream, CharacterEncoding encoding);
+    CCryptoChar(CCryptoStream& stream, ccrypto::CharacterEncoding encoding);
     CCryptoChar(const CCryptoChar&) = default;
     CCryptoChar& operator=(const CCryptoChar&) = default;
     virtual ~CCryptoChar() = default;
@@ -30,14 +34,14 @@ public:
     std::uint32_t bitLength() const { return static_cast<std::uint32_t>(std::bit_width(codePoint_)); }
 
     /// \return false at end of data, and for bytes that are no character; the position is then behind the bytes looked at.
-    bool Read(CCryptoStream& stream, CharacterEncoding encoding);
+    bool Read(CCryptoStream& stream, ccrypto::CharacterEncoding encoding);
     /// \return false, nothing written, when the encoding cannot hold the character; Latin-1 alone writes the low byte, logged, and
     /// returns true.
     ///
     /// As UTF-16 a character beyond U+FFFF, and a surrogate from U+D801 on, is written as two units of which the first is formed
     /// without subtracting 0x10000, as in all the data that has been stored; such a pair reads back as another character. U+D800 is
     /// refused.
-    bool Write(CCryptoStream& stream, CharacterEncoding encoding) const;
+    bool Write(CCryptoStream& stream, ccrypto::CharacterEncoding encoding) const;
 
     bool operator==(const CCryptoChar& other) const { return codePoint_ == other.codePoint_; }
     std::strong_ordering operator<=>(const CCryptoChar& other) const { return codePoint_ <=> other.codePoint_; }

@@ -9,6 +9,8 @@
 #include <cstring>
 #include <string_view>
 
+using namespace ccrypto;
+
 namespace {
 
 /// What one byte becomes; the view is into `reference` or into constants.

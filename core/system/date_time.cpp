@@ -5,6 +5,8 @@
 
 #include <chrono>
 
+using namespace ccrypto;
+
 namespace {
 
 using platform::CalendarTime;

@@ -10,7 +10,7 @@
 class CCryptoDateTime {
 public:
     CCryptoDateTime() = default;
-    CCryptoDateTime(const platform::CalendarTime& fields, bool utc) : fields_(fields), utc_(utc) {}
+    CCryptoDateTime(const ccrypto::platform::CalendarTime& fields, bool utc) : fields_(fields), utc_(utc) {}
     /// Reads these forms alone:
     ///
     /// | form                                                     | time  |
@@ -34,7 +34,7 @@ public:
     /// seconds that the systems keep, so second 60 is refused.
     bool isValid() const;
     bool isUtc() const { return utc_; }
-    const platform::CalendarTime& fields() const { return fields_; }
+    const ccrypto::platform::CalendarTime& fields() const { return fields_; }
 
     /// The fields by a pattern, which core/date_format.h explains; at most 50 characters. An invalid time is written as it is.
     CCryptoString format(const char* pattern) const;
@@ -56,6 +56,6 @@ public:
     bool operator==(const CCryptoDateTime& other) const { return fields_ == other.fields_ && utc_ == other.utc_; }
 
 private:
-    platform::CalendarTime fields_;
+    ccrypto::platform::CalendarTime fields_;
     bool utc_ = false;
 };

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <limits>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::uint64_t lastIndex = std::numeric_limits<std::uint32_t>::max();

@@ -16,7 +16,7 @@
 /// failed Write or Erase may have changed the file.
 class CCryptoFile {
 public:
-    using Mode = platform::FileMode;
+    using Mode = ccrypto::platform::FileMode;
 
     CCryptoFile() = default;
     /// As Open; isOpen() tells how it ended.
@@ -46,7 +46,7 @@ public:
     static bool Remove(const CCryptoString& fileName);
 
 private:
-    platform::File file_;
+    ccrypto::platform::File file_;
     Mode mode_ = Mode::read;
     std::uint32_t position_ = 0;
 };

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+using namespace ccrypto;
+
 namespace {
 
 // What the debugging runtime fills fresh memory with.

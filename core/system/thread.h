@@ -14,7 +14,7 @@
 /// ends its thread in its own destructor, before the members that `run` uses are gone.
 class CCryptoThread {
 public:
-    static constexpr std::uint32_t waitForever = platform::waitForever;
+    static constexpr std::uint32_t waitForever = ccrypto::platform::waitForever;
 
     CCryptoThread() = default;
     explicit CCryptoThread(std::function<void()> body) : body_(std::move(body)) {}
@@ -50,7 +50,7 @@ private:
     bool isThisThread() const;
     bool awaitEnd(std::uint32_t milliseconds);
 
-    platform::Thread thread_;
+    ccrypto::platform::Thread thread_;
     std::atomic<bool> running_ = false;
     std::atomic<std::uint32_t> id_ = 0;
     std::function<void()> body_;

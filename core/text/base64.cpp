@@ -4,6 +4,8 @@
 
 #include <array>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";

@@ -10,6 +10,8 @@
 #include <functional>
 #include <utility>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::uint32_t leastGrowth = 256;

@@ -22,12 +22,12 @@ public:
     /// Raw bytes, none of them yet.
     element() noexcept = default;
     /// A token, or an empty value of a kind.
-    explicit element(ElementType type) noexcept : type_(static_cast<std::uint8_t>(type)) {}
+    explicit element(ccrypto::ElementType type) noexcept : type_(static_cast<std::uint8_t>(type)) {}
     /// Text, copied up to its terminator; a null pointer gives empty text.
     explicit element(const char* text);
     explicit element(std::string_view text);
     /// A copy of `length` bytes.
-    element(const void* bytes, std::uint32_t length, ElementType type = ElementType::bytes);
+    element(const void* bytes, std::uint32_t length, ccrypto::ElementType type = ccrypto::ElementType::bytes);
     /// A number: its big-endian bytes, none of them leading zeros; 0 is one zero byte.
     explicit element(std::uint32_t number);
 
@@ -47,8 +47,8 @@ public:
     element& operator=(element&& other) noexcept;
     ~element() { release(); }
 
-    ElementType type() const { return static_cast<ElementType>(type_); }
-    void setType(ElementType type) { type_ = static_cast<std::uint8_t>(type); }
+    ccrypto::ElementType type() const { return static_cast<ccrypto::ElementType>(type_); }
+    void setType(ccrypto::ElementType type) { type_ = static_cast<std::uint8_t>(type); }
     /// Set for an INTEGER below zero: read from DER (the bytes are then two's complement) or written with a leading "-"
     /// (magnitude).
     bool negative() const { return negative_; }
@@ -156,7 +156,7 @@ private:
     {
         if (isInline()) {
             if (wipeReleased.load(std::memory_order_relaxed))
-                platform::SecureWipe(inline_);
+                ccrypto::platform::SecureWipe(inline_);
         } else if (data_ != nullptr) {
             releaseStorage();
         }
@@ -168,7 +168,7 @@ private:
     std::uint8_t* data_ = nullptr;
     std::uint32_t length_ = 0;
     std::uint32_t capacity_ = 0;
-    std::uint8_t type_ = static_cast<std::uint8_t>(ElementType::bytes);
+    std::uint8_t type_ = static_cast<std::uint8_t>(ccrypto::ElementType::bytes);
     bool negative_ = false;
     alignas(2) std::uint8_t inline_[22];
 };

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <cstdio>
 
+using namespace ccrypto;
+
 namespace {
 
 /// Decimal conversion takes time that grows with the square of the length; longer numbers are nothing that people read.

@@ -2,6 +2,8 @@
 
 #include <array>
 
+namespace ccrypto {
+
 namespace {
 
 struct TokenSpelling {
@@ -93,3 +95,5 @@ const char* TokenText(ElementType type)
     const auto code = static_cast<std::size_t>(type);
     return code < codeCount ? textByCode[code] : nullptr;
 }
+
+} // namespace ccrypto

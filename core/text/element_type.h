@@ -6,6 +6,8 @@
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wshadow"
 
+namespace ccrypto {
+
 /// What an `element` is: a value of some kind, or a token of the template language. Codes 58 to 85 are the ASN.1 types; all fit a
 /// byte.
 enum class ElementType : std::uint32_t {
@@ -90,3 +92,5 @@ enum class ElementType : std::uint32_t {
 
 /// How a token is written; null for value kinds and unknown codes.
 const char* TokenText(ElementType type);
+
+} // namespace ccrypto

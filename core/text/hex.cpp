@@ -1,5 +1,7 @@
 #include "core/text/hex.h"
 
+namespace ccrypto {
+
 namespace {
 
 std::uint8_t DigitValue(char digit)
@@ -36,3 +38,5 @@ CCryptoString HexText(std::span<const std::uint8_t> bytes)
 {
     return element(bytes.data(), static_cast<std::uint32_t>(bytes.size())).toString();
 }
+
+} // namespace ccrypto

@@ -8,6 +8,8 @@
 #include <span>
 #include <string_view>
 
+namespace ccrypto {
+
 constexpr bool IsHexDigit(char character)
 {
     return IsDigit(character) || (character >= 'a' && character <= 'f') || (character >= 'A' && character <= 'F');
@@ -21,3 +23,5 @@ bool BytesFromHex(std::string_view digits, element& bytes);
 
 /// Two lower-case digits a byte.
 CCryptoString HexText(std::span<const std::uint8_t> bytes);
+
+} // namespace ccrypto

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <utility>
 
+using namespace ccrypto;
+
 namespace {
 
 std::string_view ViewOf(const char* text)

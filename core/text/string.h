@@ -10,8 +10,12 @@
 class CCryptoChar;
 class CCryptoStream;
 
+namespace ccrypto {
+
 /// Plain 8-bit text, or UTF-8 text with at least one character beyond ASCII. The values are those of ElementType.
 enum class TextKind : std::uint32_t { Plain = 4, Utf8 = 6 };
+
+} // namespace ccrypto
 
 /// The library's text value: 8-bit bytes, normally UTF-8. Lengths are in bytes.
 ///
@@ -67,7 +71,7 @@ public:
 
     std::uint32_t length() const { return data_.length(); }
     bool isEmpty() const { return data_.isEmpty(); }
-    TextKind kind() const { return static_cast<TextKind>(data_.type()); }
+    ccrypto::TextKind kind() const { return static_cast<ccrypto::TextKind>(data_.type()); }
     /// Never null; valid until the string changes.
     const char* c_str() const;
     std::string_view view() const { return data_.view(); }
@@ -104,7 +108,7 @@ private:
     void copyBytes(const CCryptoString& other);
 
     // With storage, a zero byte always stands behind the last byte.
-    element data_{ElementType::text};
+    element data_{ccrypto::ElementType::text};
     element scratch_;
     Scan scan_;
 };

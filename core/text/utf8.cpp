@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+namespace ccrypto {
+
 std::uint32_t EncodeUtf8(std::uint32_t codePoint, std::uint8_t* bytes)
 {
     if (codePoint < 0x80) {
@@ -92,3 +94,5 @@ std::uint32_t DecodeUtf8(std::span<const std::uint8_t> bytes, std::uint32_t& cod
     codePoint = value;
     return continuations + 1;
 }
+
+} // namespace ccrypto

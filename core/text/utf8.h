@@ -6,6 +6,8 @@
 #include <span>
 #include <string_view>
 
+namespace ccrypto {
+
 /// The largest code point that four UTF-8 bytes can carry, beyond what Unicode assigns.
 constexpr std::uint32_t largestUtf8CodePoint = 0x1FFFFF;
 constexpr std::uint32_t largestCodePoint = 0x10FFFF;
@@ -56,3 +58,5 @@ void EncodeUtf8(std::u16string_view units, std::uint8_t* bytes);
 /// Reads the character at the start of `bytes`; overlong forms are accepted.
 /// \return the number of bytes it takes, 0 when they are no complete character.
 std::uint32_t DecodeUtf8(std::span<const std::uint8_t> bytes, std::uint32_t& codePoint);
+
+} // namespace ccrypto

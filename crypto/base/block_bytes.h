@@ -7,7 +7,7 @@
 #include <cstring>
 
 /// Bytes of cipher blocks, with constant time for a given length. Words are big-endian.
-namespace block_bytes {
+namespace ccrypto::block_bytes {
 
 inline std::uint32_t Load32(const std::uint8_t* bytes)
 {
@@ -55,4 +55,4 @@ inline void Increment(std::uint8_t* number, std::size_t length)
     }
 }
 
-} // namespace block_bytes
+} // namespace ccrypto::block_bytes

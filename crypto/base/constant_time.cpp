@@ -4,7 +4,7 @@
 #include <valgrind/memcheck.h>
 #endif
 
-namespace constant_time {
+namespace ccrypto::constant_time {
 
 #ifdef CCRYPTO_SECRETS_MARKED
 void DeclassifyBytes(const void* bytes, std::size_t count)
@@ -36,4 +36,4 @@ void CopyBytesIf(Mask mask, void* target, const void* source, std::size_t count)
         to[i] = mask.select(from[i], to[i]);
 }
 
-} // namespace constant_time
+} // namespace ccrypto::constant_time

@@ -8,7 +8,7 @@
 
 /// Decisions on secrets without branches and without addresses: a condition is a mask of all ones or all zeros, and a barrier keeps
 /// the compiler from finding out that there are only two of them.
-namespace constant_time {
+namespace ccrypto::constant_time {
 
 /// The value as it is, of which the compiler knows nothing any more.
 template <std::unsigned_integral Word>
@@ -89,4 +89,4 @@ Mask EqualBytes(const void* left, const void* right, std::size_t count);
 /// Copies `count` bytes to `target` when `mask` is true, and otherwise leaves it as it is; reads and writes all of them either way.
 void CopyBytesIf(Mask mask, void* target, const void* source, std::size_t count);
 
-} // namespace constant_time
+} // namespace ccrypto::constant_time

@@ -9,7 +9,7 @@
 #include <iterator>
 #include <string>
 
-namespace cpu {
+namespace ccrypto::cpu {
 
 namespace {
 
@@ -135,4 +135,4 @@ std::string_view UnknownWord()
     return TheEnvironment().unknown;
 }
 
-} // namespace cpu
+} // namespace ccrypto::cpu

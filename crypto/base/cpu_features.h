@@ -4,6 +4,8 @@
 #include <span>
 #include <string_view>
 
+namespace ccrypto {
+
 /// Groups of processor instructions that some of the library's code is written for.
 namespace cpu {
 
@@ -56,3 +58,5 @@ const Variant<Calls>& ChooseVariant(std::span<const Variant<Calls>> variants)
             chosen = &variant;
     return *chosen;
 }
+
+} // namespace ccrypto

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <bit>
 
+using namespace ccrypto;
+
 using limbs::bitsOfLimb;
 using limbs::Limb;
 

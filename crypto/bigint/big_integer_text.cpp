@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+using namespace ccrypto;
+
 namespace {
 
 /// The largest power of ten in a word.

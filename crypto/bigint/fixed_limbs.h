@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <type_traits>
 
+namespace ccrypto {
+
 __extension__ using Word128 = unsigned __int128;
 __extension__ using SignedWord128 = __int128;
 
@@ -133,3 +135,5 @@ consteval Limbs<N> FromHex(const char* digits)
 }
 
 } // namespace fixed_limbs
+
+} // namespace ccrypto

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace limbs {
+namespace ccrypto::limbs {
 
 using constant_time::Mask;
 
@@ -281,4 +281,4 @@ std::size_t BitLength(const Limb* number, std::size_t count)
     return length;
 }
 
-} // namespace limbs
+} // namespace ccrypto::limbs

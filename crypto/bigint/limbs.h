@@ -9,7 +9,7 @@
 /// Natural numbers as arrays of 64-bit limbs, lowest first, of a length the caller knows. None of these looks at a value to decide
 /// what to do: time depends on the lengths alone. Results may lie where an operand lies, from the same limb on, unless told
 /// otherwise.
-namespace limbs {
+namespace ccrypto::limbs {
 
 using Limb = std::uint64_t;
 __extension__ typedef unsigned __int128 DoubleLimb;
@@ -68,4 +68,4 @@ void ToBytes(std::span<std::uint8_t> bytes, const Limb* number, std::size_t coun
 /// Bits of the number without its leading zeros. Its own time does not tell; the result does.
 std::size_t BitLength(const Limb* number, std::size_t count);
 
-} // namespace limbs
+} // namespace ccrypto::limbs

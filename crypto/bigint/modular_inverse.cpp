@@ -2,6 +2,8 @@
 
 #include "core/memory/wiped.h"
 
+namespace ccrypto {
+
 /// Bernstein and Yang, "Fast constant-time gcd computation and modular inversion", 2019: a number of division steps that is enough
 /// for any input, 62 of them at a time on the lowest bits alone, whose transition matrix is then applied to the long numbers.
 namespace modular_inverse {
@@ -183,3 +185,5 @@ template Limbs<6> ModularInverse(const Limbs<6>&, const Limbs<6>&, std::uint64_t
 template Limbs<7> ModularInverse(const Limbs<7>&, const Limbs<7>&, std::uint64_t);
 template Limbs<8> ModularInverse(const Limbs<8>&, const Limbs<8>&, std::uint64_t);
 template Limbs<9> ModularInverse(const Limbs<9>&, const Limbs<9>&, std::uint64_t);
+
+} // namespace ccrypto

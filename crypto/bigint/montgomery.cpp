@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 using constant_time::Mask;
 using limbs::bitsOfLimb;
 using limbs::Limb;
@@ -205,3 +207,5 @@ bool MontgomeryModulus::invert(Limb* result, const Limb* number) const
 {
     return constant_time::Declassify(limbs::Invert(result, number, modulus(), limbs_));
 }
+
+} // namespace ccrypto

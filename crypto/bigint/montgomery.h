@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <span>
 
+namespace ccrypto {
+
 /// Arithmetic modulo an odd number above 1, in P. L. Montgomery's form: a number x stands as x R mod m, R = 2^(64 limbs()).
 /// Time depends on limbs(), on the bit length of the modulus and on what a call says is public; not on numbers.
 ///
@@ -65,3 +67,5 @@ private:
     Limb negativeInverse_;     ///< -m^-1 mod 2^64
     WipedArray<Limb> numbers_; ///< m, R mod m, R^2 mod m
 };
+
+} // namespace ccrypto

@@ -1,5 +1,7 @@
 #include "crypto/bigint/montgomery_calls.h"
 
+using namespace ccrypto;
+
 // Products of 8 limbs by 8 limbs, in registers: r8 to r15 hold a window of the sum that moves up one limb a row. A row adds one
 // limb (rdx) times eight others (at rsi) to it, low halves along the carry flag, high halves along the overflow flag, which ADCX
 // and ADOX keep apart. A register that gave its limb away takes the one on top.
@@ -451,4 +453,8 @@ void Reduce(Limb* result, Limb* product, const Limb* modulus, Limb negativeInver
 
 } // namespace
 
+namespace ccrypto {
+
 const MontgomeryCalls montgomeryAdx = {Multiply, Square, Reduce};
+
+} // namespace ccrypto

@@ -3,6 +3,8 @@
 #include "crypto/base/cpu_features.h"
 #include "crypto/bigint/limbs.h"
 
+namespace ccrypto {
+
 /// The parts of Montgomery multiplication that are worth writing for a processor. Counts of limbs are multiples of 8; nothing may
 /// overlap.
 struct MontgomeryCalls {
@@ -19,3 +21,5 @@ std::span<const Variant<MontgomeryCalls>> MontgomeryVariants();
 
 extern const MontgomeryCalls montgomeryPortable;
 extern const MontgomeryCalls montgomeryAdx;
+
+} // namespace ccrypto

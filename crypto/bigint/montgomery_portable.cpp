@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 using constant_time::Mask;
 using limbs::Limb;
 
@@ -46,3 +48,5 @@ void Reduce(Limb* result, Limb* product, const Limb* modulus, Limb negativeInver
 } // namespace
 
 const MontgomeryCalls montgomeryPortable = {Multiply, Square, Reduce};
+
+} // namespace ccrypto

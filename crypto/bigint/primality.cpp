@@ -6,6 +6,8 @@
 #include <bit>
 #include <vector>
 
+namespace ccrypto {
+
 using constant_time::Declassify;
 using constant_time::Mask;
 using limbs::Limb;
@@ -153,3 +155,5 @@ bool IsProbablePrime(const CCryptoBigInteger& number, ICryptoRandom& random)
     const MontgomeryModulus modulus(std::span<const Limb>(value.data(), value.size()));
     return primality::MillerRabin(modulus, roundsForAnyNumber, random) == primality::Verdict::prime;
 }
+
+} // namespace ccrypto

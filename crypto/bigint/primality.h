@@ -7,6 +7,8 @@
 
 #include <cstdint>
 
+namespace ccrypto {
+
 /// Whether a number from anywhere is a prime: division by small primes, then 64 rounds of the test of Miller and Rabin with random
 /// bases. A number that somebody chose to pass as a prime does so with a chance of 2^-128. Not for secrets. \return false, also,
 /// without random bytes, and for numbers of more than 16384 bits.
@@ -29,3 +31,5 @@ Verdict MillerRabin(const MontgomeryModulus& number, std::uint32_t rounds, ICryp
 std::uint32_t RoundsFor(std::size_t bits);
 
 } // namespace primality
+
+} // namespace ccrypto

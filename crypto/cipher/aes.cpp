@@ -2,6 +2,10 @@
 
 #include "core/diagnostics/auto_logger.h"
 
+using namespace ccrypto;
+
+namespace ccrypto {
+
 std::span<const Variant<aes::Calls>> aes::Variants()
 {
     static const Variant<Calls> variants[] = {
@@ -11,6 +15,8 @@ std::span<const Variant<aes::Calls>> aes::Variants()
     };
     return variants;
 }
+
+} // namespace ccrypto
 
 CCryptoAES::CCryptoAES()
 {

@@ -10,11 +10,11 @@ public:
     /// The fastest way that this process may use.
     CCryptoAES();
     /// One way of several, for tests and measurements.
-    explicit CCryptoAES(const Variant<aes::Calls>& variant) : calls_(&variant.calls) {}
+    explicit CCryptoAES(const ccrypto::Variant<ccrypto::aes::Calls>& variant) : calls_(&variant.calls) {}
 
     bool setKey(std::span<const std::uint8_t> key) override;
-    void clearKey() override { platform::SecureWipe(&key_, sizeof key_); }
-    std::size_t blockSize() const override { return aes::blockSize; }
+    void clearKey() override { ccrypto::platform::SecureWipe(&key_, sizeof key_); }
+    std::size_t blockSize() const override { return ccrypto::aes::blockSize; }
 
     void encrypt(std::uint8_t* out, const std::uint8_t* in, std::size_t blocks) const override;
     void decrypt(std::uint8_t* out, const std::uint8_t* in, std::size_t blocks) const override;
@@ -23,6 +23,6 @@ public:
     void applyCounter(std::uint8_t* out, const std::uint8_t* in, std::size_t blocks, std::uint8_t* counter) const override;
 
 private:
-    const aes::Calls* calls_;
-    Wiped<aes::Key> key_{};
+    const ccrypto::aes::Calls* calls_;
+    ccrypto::Wiped<ccrypto::aes::Key> key_{};
 };

@@ -6,6 +6,8 @@
 // AES-NI. The schedule holds the round keys of encryption, and behind them those of decryption (FIPS 197, 5.3.5), first round
 // first.
 
+namespace ccrypto {
+
 namespace {
 
 struct Lane {
@@ -212,3 +214,5 @@ void ApplyCounter(const aes::Key& key, std::uint8_t* out, const std::uint8_t* in
 const aes::Calls aes::aesniCalls = {
     ExpandKey, TransformBlocks<Encrypt>, TransformBlocks<Decrypt>, EncryptCbc, DecryptCbc, ApplyCounter,
 };
+
+} // namespace ccrypto

@@ -8,6 +8,8 @@
 // Four blocks at once without tables: word b of eight holds bit b of all 64 bytes. The byte in row r and column c of block k stands
 // at bit 16 r + 4 c + k, so that a rotation of the words by 16 moves every row up by one.
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::size_t parallel = 4;
@@ -306,3 +308,5 @@ void ExpandKey(aes::Key& key, const std::uint8_t* bytes, std::size_t length)
 const aes::Calls aes::bitslicedCalls = {
     ExpandKey, TransformBlocks<EncryptPlanes>, TransformBlocks<DecryptPlanes>, nullptr, nullptr, nullptr,
 };
+
+} // namespace ccrypto

@@ -6,6 +6,8 @@
 // AES-NI on 256 bits: sixteen blocks side by side; the blocks that remain go the way of 128 bits. The schedule is that of
 // aes_aesni.cpp.
 
+namespace ccrypto {
+
 namespace {
 
 struct Lane {
@@ -156,3 +158,5 @@ void ExpandKey(aes::Key& key, const std::uint8_t* bytes, std::size_t length)
 const aes::Calls aes::vaesCalls = {
     ExpandKey, EncryptBlocks, DecryptBlocks, EncryptCbc, DecryptCbc, ApplyCounter,
 };
+
+} // namespace ccrypto

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <span>
 
-namespace aes {
+namespace ccrypto::aes {
 
 constexpr std::size_t blockSize = 16;
 /// Round keys of AES-256, the first included.
@@ -37,4 +37,4 @@ extern const Calls aesniCalls;
 /// Understands the keys of aesniCalls.
 extern const Calls vaesCalls;
 
-} // namespace aes
+} // namespace ccrypto::aes

@@ -7,6 +7,8 @@
 #include <array>
 #include <cstring>
 
+using namespace ccrypto;
+
 namespace {
 
 /// So many bytes are enciphered by one call, so that a cipher that takes many blocks side by side has them.

@@ -4,8 +4,12 @@
 #include <cstdint>
 #include <span>
 
+namespace ccrypto {
+
 /// The longest block of all ciphers here, in bytes.
 constexpr std::size_t longestCipherBlock = 16;
+
+} // namespace ccrypto
 
 /// A cipher of whole blocks under one key, and the chains of blocks that a processor can speed up. Modes of operation that take
 /// bytes are built on it (crypto/cipher.h).

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstring>
 
+namespace ccrypto {
+
 bool BlockCipherMode::setEffectiveKeyBits(std::uint32_t bits)
 {
     return cipher_->setEffectiveKeyBits(bits) || ICryptoCipher::setEffectiveKeyBits(bits);
@@ -209,3 +211,5 @@ bool StreamMode::final(std::uint8_t*, std::size_t& written)
     forget();
     return logger.setResult(true);
 }
+
+} // namespace ccrypto

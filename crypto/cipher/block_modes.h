@@ -7,6 +7,8 @@
 #include <array>
 #include <memory>
 
+namespace ccrypto {
+
 /// What the table of ciphers says about one of them.
 struct CipherDescription {
     const char* name;
@@ -106,3 +108,5 @@ private:
 
     StreamKind kind_;
 };
+
+} // namespace ccrypto

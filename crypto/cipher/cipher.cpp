@@ -6,6 +6,8 @@
 #include <limits>
 #include <utility>
 
+using namespace ccrypto;
+
 namespace {
 
 /// Room that ends a text of an element, at most.

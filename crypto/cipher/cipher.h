@@ -8,7 +8,11 @@
 #include <span>
 #include <string_view>
 
+namespace ccrypto {
+
 enum class CipherDirection { encrypt, decrypt };
+
+} // namespace ccrypto
 
 /// A cipher in a mode of operation: takes a text in pieces of any length and gives the other text.
 ///
@@ -40,7 +44,7 @@ public:
 
     /// Begins a text; one that was not finished is forgotten. \return false for a key or an initialisation vector of a wrong
     /// length.
-    virtual bool start(CipherDirection direction, std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv) = 0;
+    virtual bool start(ccrypto::CipherDirection direction, std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv) = 0;
     /// Takes the next bytes. `out` must have room for updateSize(in.size()) bytes and not overlap `in`. \return false, with nothing
     /// written, when no text was started or a limit is passed.
     virtual bool update(std::span<const std::uint8_t> in, std::uint8_t* out, std::size_t& written) = 0;
@@ -86,6 +90,6 @@ protected:
     virtual void forget() = 0;
 
 private:
-    bool transform(CipherDirection direction, std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv,
+    bool transform(ccrypto::CipherDirection direction, std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv,
                    std::span<const std::uint8_t> text, element& out);
 };

@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <array>
 
+using namespace ccrypto;
+
 namespace {
 
 using MakeCipher = std::unique_ptr<ICryptoCipher> (*)(const CipherDescription& description);

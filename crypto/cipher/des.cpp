@@ -8,6 +8,8 @@
 #include <bit>
 #include <cstring>
 
+using namespace ccrypto;
+
 // A single block goes through tables. Both halves are kept expanded (E) to eight groups of six bits, one to a byte, so that a byte
 // is an index as it stands; an entry is the output of an S-box, permuted (P) and expanded again. With the keys folded into what is
 // added off the chain, a round is a look-up and a sum.
@@ -202,6 +204,8 @@ void Fold(des::Schedule& schedule)
 
 } // namespace
 
+namespace ccrypto {
+
 std::span<const Variant<des::Calls>> des::Variants()
 {
     static const Variant<Calls> variants[] = {
@@ -210,6 +214,8 @@ std::span<const Variant<des::Calls>> des::Variants()
     };
     return variants;
 }
+
+} // namespace ccrypto
 
 CCryptoDES::CCryptoDES()
 {

@@ -11,7 +11,7 @@ class CCryptoDES final : public ICryptoBlockCipher {
 public:
     CCryptoDES();
     /// One way of several, for tests and measurements.
-    explicit CCryptoDES(const Variant<des::Calls>& variant) : calls_(&variant.calls) {}
+    explicit CCryptoDES(const ccrypto::Variant<ccrypto::des::Calls>& variant) : calls_(&variant.calls) {}
 
     bool setKey(std::span<const std::uint8_t> key) override;
     void clearKey() override;
@@ -22,9 +22,9 @@ public:
     void encryptCbc(std::uint8_t* out, const std::uint8_t* in, std::size_t blocks, std::uint8_t* chain) const override;
 
 private:
-    void transform(const des::Schedule& schedule, std::uint8_t* out, const std::uint8_t* in, std::size_t blocks) const;
+    void transform(const ccrypto::des::Schedule& schedule, std::uint8_t* out, const std::uint8_t* in, std::size_t blocks) const;
 
-    const des::Calls* calls_;
-    Wiped<des::Schedule> encryption_{};
-    Wiped<des::Schedule> decryption_{};
+    const ccrypto::des::Calls* calls_;
+    ccrypto::Wiped<ccrypto::des::Schedule> encryption_{};
+    ccrypto::Wiped<ccrypto::des::Schedule> decryption_{};
 };

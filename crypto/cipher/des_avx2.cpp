@@ -3,6 +3,8 @@
 
 #include <immintrin.h>
 
+namespace ccrypto {
+
 namespace {
 
 /// Unlike __m256i, with a logical shift.
@@ -34,3 +36,5 @@ void Transform(const des::Schedule& schedule, std::uint8_t* out, const std::uint
 } // namespace
 
 const des::Calls des::avx2Calls = {256, Transform};
+
+} // namespace ccrypto

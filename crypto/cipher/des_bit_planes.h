@@ -10,7 +10,7 @@
 // Lane::Register is a word of Lane::words times 64 bits with the operators ^ & | ~, and Lane::Load, Store and Broadcast move it. A
 // run of 64 registers lies in memory as 64 times Lane::words plain words.
 
-namespace des {
+namespace ccrypto::des {
 
 /// Exchanges rows and columns of the 64 by 64 bits of each lane.
 template <typename Lane>
@@ -140,4 +140,4 @@ struct Planes {
     }
 };
 
-} // namespace des
+} // namespace ccrypto::des

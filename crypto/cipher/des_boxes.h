@@ -2,7 +2,7 @@
 
 /// The S-boxes of DES as gates, for bit planes: six planes of input, the first of which is the highest bit, and four of output. The
 /// circuits were found by a search over decompositions into smaller functions and pairs of what is already there.
-namespace des {
+namespace ccrypto::des {
 
 template <typename Lane, typename Word = typename Lane::Register>
 [[gnu::always_inline]] inline void Box1(Word x0, Word x1, Word x2, Word x3, Word x4, Word x5, Word& y0, Word& y1, Word& y2,
@@ -201,4 +201,4 @@ template <typename Lane, typename Word = typename Lane::Register>
     y3 = g48;
 }
 
-} // namespace des
+} // namespace ccrypto::des

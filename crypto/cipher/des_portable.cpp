@@ -1,6 +1,8 @@
 #include "core/memory/wiped.h"
 #include "crypto/cipher/des_bit_planes.h"
 
+namespace ccrypto {
+
 namespace {
 
 struct Lane {
@@ -20,3 +22,5 @@ void Transform(const des::Schedule& schedule, std::uint8_t* out, const std::uint
 } // namespace
 
 const des::Calls des::portableCalls = {64, Transform};
+
+} // namespace ccrypto

@@ -3,7 +3,7 @@
 #include <cstdint>
 
 /// The tables of FIPS 46-3. Bits are numbered from 1, the highest.
-namespace des {
+namespace ccrypto::des {
 
 /// What bit of the block each bit of the two halves is (the initial permutation).
 constexpr std::uint8_t initialPermutation[64] = {
@@ -49,4 +49,4 @@ constexpr std::uint8_t substitutionBoxes[8][64] = {
      7,  11, 4, 1, 9, 12, 14, 2, 0,  6, 10, 13, 15, 3, 5,  8, 2, 1,  14, 7, 4,  10, 8, 13, 15, 12, 9, 0,  3, 5,  6, 11},
 };
 
-} // namespace des
+} // namespace ccrypto::des

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <span>
 
-namespace des {
+namespace ccrypto::des {
 
 constexpr std::size_t rounds = 16;
 constexpr std::size_t mostPasses = 3;
@@ -34,4 +34,4 @@ std::span<const Variant<Calls>> Variants();
 extern const Calls portableCalls;
 extern const Calls avx2Calls;
 
-} // namespace des
+} // namespace ccrypto::des

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace ccrypto {
+
 /// Eight registers of the type Lane::Register, treated alike: named one by one, so that no compiler makes an array in memory of
 /// them.
 template <typename Lane>
@@ -21,3 +23,5 @@ struct EightRegisters {
         call(h, 7);
     }
 };
+
+} // namespace ccrypto

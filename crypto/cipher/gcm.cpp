@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstring>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::size_t blockBytes = aes::blockSize;
@@ -22,6 +24,8 @@ const Variant<gcm::Calls>& ChosenVariant()
 
 } // namespace
 
+namespace ccrypto {
+
 std::span<const Variant<gcm::Calls>> gcm::Variants()
 {
     static const Variant<Calls> variants[] = {
@@ -31,6 +35,8 @@ std::span<const Variant<gcm::Calls>> gcm::Variants()
     };
     return variants;
 }
+
+} // namespace ccrypto
 
 CCryptoGCM::CCryptoGCM(const char* name, std::uint32_t id, std::size_t keySize) : CCryptoGCM(name, id, keySize, ChosenVariant()) {}
 

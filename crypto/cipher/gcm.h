@@ -27,13 +27,13 @@ public:
     /// Name and id are those of the table of ciphers; the key has 16, 24 or 32 bytes.
     CCryptoGCM(const char* name, std::uint32_t id, std::size_t keySize);
     /// One way of several, for tests and measurements.
-    CCryptoGCM(const char* name, std::uint32_t id, std::size_t keySize, const Variant<gcm::Calls>& variant);
+    CCryptoGCM(const char* name, std::uint32_t id, std::size_t keySize, const ccrypto::Variant<ccrypto::gcm::Calls>& variant);
     ~CCryptoGCM() override;
 
     /// 4, 8 or 12 to 16 bytes, 16 at first; for the next text. \return false, logged, for any other length.
     bool setTagLength(std::size_t length);
 
-    bool start(CipherDirection direction, std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv) override;
+    bool start(ccrypto::CipherDirection direction, std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv) override;
     bool startCheck(std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv);
     /// After a check that ended well. The further data that was authenticated is remembered.
     bool startChecked();
@@ -54,7 +54,7 @@ public:
     using ICryptoCipher::update;
 
 private:
-    using Block = std::array<std::uint8_t, aes::blockSize>;
+    using Block = std::array<std::uint8_t, ccrypto::aes::blockSize>;
     enum class State { idle, encrypting, keeping, checking, checked, decrypting };
 
     /// What changes while a text goes through.
@@ -86,12 +86,12 @@ private:
     const char* name_;
     std::uint32_t id_;
     std::size_t keySize_;
-    const gcm::Calls* calls_;
-    Wiped<aes::Key> cipherKey_{};
-    Wiped<gcm::HashKey> hashKey_{};
-    Wiped<Text> text_{};
-    Wiped<Text> first_{};         ///< as it was before the first byte of text, for the second pass
-    Wiped<Block> firstCounter_{}; ///< a secret, too, when it is a hash of a vector
+    const ccrypto::gcm::Calls* calls_;
+    ccrypto::Wiped<ccrypto::aes::Key> cipherKey_{};
+    ccrypto::Wiped<ccrypto::gcm::HashKey> hashKey_{};
+    ccrypto::Wiped<Text> text_{};
+    ccrypto::Wiped<Text> first_{};         ///< as it was before the first byte of text, for the second pass
+    ccrypto::Wiped<Block> firstCounter_{}; ///< a secret, too, when it is a hash of a vector
     element kept_;
     std::size_t nextTagLength_ = longestTag;
     std::size_t tagLength_ = longestTag;

@@ -7,6 +7,8 @@
 // and reduced once. The key's powers are stored sixteenth first, byte-reversed and times x (so that the products need no shift),
 // and behind them, in the same order, the sum of both halves of each, twice. (gcm_vaes.cpp takes sixteen blocks.)
 
+namespace ccrypto {
+
 namespace {
 
 struct Lane {
@@ -250,3 +252,5 @@ void Decrypt(const aes::Key& cipherKey, const gcm::HashKey& key, std::uint8_t* h
 } // namespace
 
 const gcm::Calls gcm::pclmulCalls = {&aes::aesniCalls, ExpandHashKey, Hash, Encrypt, Decrypt};
+
+} // namespace ccrypto

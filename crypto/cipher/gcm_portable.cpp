@@ -9,6 +9,8 @@
 // GHASH with integer products. A product of two words whose bits lie four apart, and are at most sixteen, counts in every fourth
 // bit how many pairs meet there: its lowest bit is the carry-less product's, and the carries stay in the hole above it.
 
+namespace ccrypto {
+
 namespace {
 
 using block_bytes::Load64;
@@ -135,3 +137,5 @@ void Decrypt(const aes::Key& cipherKey, const gcm::HashKey& key, std::uint8_t* h
 } // namespace
 
 const gcm::Calls gcm::portableCalls = {&aes::bitslicedCalls, ExpandHashKey, Hash, Encrypt, Decrypt};
+
+} // namespace ccrypto

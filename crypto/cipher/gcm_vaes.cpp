@@ -7,6 +7,8 @@
 // goes the way of 128 bits, gcm_pclmul.cpp, whose hash key this is: the sixteenth power to the first, each byte-reversed and times
 // x, then the sums of their halves.
 
+namespace ccrypto {
+
 namespace {
 
 struct Lane {
@@ -224,3 +226,5 @@ void ExpandHashKey(gcm::HashKey& key, const std::uint8_t* subkey)
 } // namespace
 
 const gcm::Calls gcm::vaesCalls = {&aes::vaesCalls, ExpandHashKey, Hash, Encrypt, Decrypt};
+
+} // namespace ccrypto

@@ -2,7 +2,7 @@
 
 #include "crypto/cipher/aes_variants.h"
 
-namespace gcm {
+namespace ccrypto::gcm {
 
 /// What GHASH works with. `powers` is in a form that only the variant that made it understands.
 struct HashKey {
@@ -33,4 +33,4 @@ extern const Calls pclmulCalls;
 /// Understands the hash keys of pclmulCalls.
 extern const Calls vaesCalls;
 
-} // namespace gcm
+} // namespace ccrypto::gcm

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 using constant_time::Mask;
 
 void ccrypto::iso9797::Pad(std::span<std::uint8_t> block, std::size_t used)
@@ -26,3 +28,5 @@ std::size_t ccrypto::iso9797::TextLength(std::span<const std::uint8_t> padded, s
     }
     return length;
 }
+
+} // namespace ccrypto

@@ -15,6 +15,7 @@ void Pad(std::span<std::uint8_t> block, std::size_t used);
 /// The text of `padded` without its padding; the text itself may be secret, its length becomes public. \return the length; `good`
 /// says whether the last `blockSize` bytes, 1 to 255, hold a padding, otherwise the length is 0. Takes the same time for every
 /// content.
-[[nodiscard]] std::size_t TextLength(std::span<const std::uint8_t> padded, std::size_t blockSize, constant_time::Mask& good);
+[[nodiscard]] std::size_t TextLength(std::span<const std::uint8_t> padded, std::size_t blockSize,
+                                     ccrypto::constant_time::Mask& good);
 
 } // namespace ccrypto::iso9797

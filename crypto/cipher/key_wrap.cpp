@@ -9,6 +9,8 @@
 #include <array>
 #include <cstring>
 
+using namespace ccrypto;
+
 using constant_time::Mask;
 
 namespace {

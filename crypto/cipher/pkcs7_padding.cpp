@@ -1,5 +1,7 @@
 #include "crypto/cipher/pkcs7_padding.h"
 
+namespace ccrypto {
+
 using constant_time::Mask;
 
 void pkcs7::Pad(std::uint8_t* block, std::size_t used, std::size_t size)
@@ -18,3 +20,5 @@ std::size_t pkcs7::TextLength(const std::uint8_t* block, std::size_t size, Mask&
     }
     return good.select<std::uint64_t>(size - added, 0);
 }
+
+} // namespace ccrypto

@@ -6,7 +6,7 @@
 #include <cstdint>
 
 /// Padding to whole blocks with as many bytes of that value as are added, at least one (RFC 5652, 6.3).
-namespace pkcs7 {
+namespace ccrypto::pkcs7 {
 
 /// Fills a block of `size` bytes, 1 to 255, of which `used`, less than `size`, are text.
 void Pad(std::uint8_t* block, std::size_t used, std::size_t size);
@@ -15,4 +15,4 @@ void Pad(std::uint8_t* block, std::size_t used, std::size_t size);
 /// content.
 std::size_t TextLength(const std::uint8_t* block, std::size_t size, constant_time::Mask& good);
 
-} // namespace pkcs7
+} // namespace ccrypto::pkcs7

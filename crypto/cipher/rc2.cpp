@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <bit>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::size_t longestKey = 128;

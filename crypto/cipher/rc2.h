@@ -10,7 +10,7 @@
 class CCryptoRC2 final : public ICryptoBlockCipher {
 public:
     bool setKey(std::span<const std::uint8_t> key) override;
-    void clearKey() override { platform::SecureWipe(words_.data(), sizeof words_); }
+    void clearKey() override { ccrypto::platform::SecureWipe(words_.data(), sizeof words_); }
     /// 1 to 1024; 0 for all bits of the key.
     bool setEffectiveKeyBits(std::uint32_t bits) override;
     std::size_t blockSize() const override { return 8; }
@@ -19,6 +19,6 @@ public:
     void decrypt(std::uint8_t* out, const std::uint8_t* in, std::size_t blocks) const override;
 
 private:
-    Wiped<std::array<std::uint16_t, 64>> words_{};
+    ccrypto::Wiped<std::array<std::uint16_t, 64>> words_{};
     std::uint32_t effectiveBits_ = 0;
 };

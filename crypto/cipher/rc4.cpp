@@ -5,6 +5,8 @@
 #include <cstring>
 #include <utility>
 
+using namespace ccrypto;
+
 bool CCryptoRC4::start(CipherDirection, std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv)
 {
     CCryptoAutoLogger logger("CCryptoRC4::start");

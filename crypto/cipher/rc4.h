@@ -10,7 +10,7 @@ class CCryptoRC4 final : public ICryptoCipher {
 public:
     CCryptoRC4(const char* name, std::uint32_t id) : name_(name), id_(id) {}
 
-    bool start(CipherDirection direction, std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv) override;
+    bool start(ccrypto::CipherDirection direction, std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv) override;
     bool update(std::span<const std::uint8_t> in, std::uint8_t* out, std::size_t& written) override;
     bool final(std::uint8_t* out, std::size_t& written) override;
     std::size_t updateSize(std::size_t length) const override { return length; }
@@ -34,6 +34,6 @@ private:
 
     const char* name_;
     std::uint32_t id_;
-    Wiped<State> state_{};
+    ccrypto::Wiped<State> state_{};
     bool started_ = false;
 };

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+using namespace ccrypto;
+
 namespace {
 
 /// Enough for the largest number and some leading zeros.

@@ -37,7 +37,7 @@ public:
     /// \param digest 1 to 64 bytes, of which the first orderBytes() count. \return false, logged, for a signature that is malformed
     /// or not the key's.
     [[nodiscard]] bool verifyHash(std::span<const std::uint8_t> digest, std::span<const std::uint8_t> signature,
-                                  SignatureForm form) const;
+                                  ccrypto::SignatureForm form) const;
 
 private:
     CCryptoDSA() = default;

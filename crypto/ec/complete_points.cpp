@@ -2,6 +2,8 @@
 
 #include "core/memory/wiped.h"
 
+namespace ccrypto {
+
 template <std::size_t N>
 CompletePoints<N>::CompletePoints(const CurveDomain<N>& domain)
     : domain_(domain), field_(domain.p), a_(field_.enter(domain.a)), aIsMinusThree_(a_ == field_.negate(tripled(field_.one()))),
@@ -145,3 +147,5 @@ template class CompletePoints<5>;
 template class CompletePoints<6>;
 template class CompletePoints<8>;
 template class CompletePoints<9>;
+
+} // namespace ccrypto

@@ -6,6 +6,8 @@
 
 #include <vector>
 
+namespace ccrypto {
+
 /// Multiples of points by formulas without exceptions (Renes, Costello and Batina, "Complete addition formulas for prime order
 /// elliptic curves", 2015, algorithm 1): infinity, doublings and opposite points are added like any other, so there is no case that
 /// a secret scalar could lead to. N is one of those of the curves.
@@ -57,3 +59,5 @@ private:
     /// Of 2^(width * i) times the base point at place i, so that its multiples need no doublings.
     std::vector<Table> ofBase_;
 };
+
+} // namespace ccrypto

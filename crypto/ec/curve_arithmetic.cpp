@@ -8,6 +8,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 namespace {
 
 /// `limbs` have room for the bytes.
@@ -269,3 +271,5 @@ const CurveArithmetic* CurveArithmetic::Of(std::uint32_t curve)
         return nullptr;
     }
 }
+
+} // namespace ccrypto

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <span>
 
+namespace ccrypto {
+
 /// What keys ask of a Weierstrass curve. Numbers are big-endian bytes: coordinates fieldBytes long, numbers modulo the order
 /// orderBytes long (CurveFacts). Unless it says otherwise, the time does not depend on the values.
 class CurveArithmetic {
@@ -40,3 +42,5 @@ public:
     /// For a point of the curve. Everything may be known. r and s may be any numbers.
     virtual bool verify(Bytes digest, Bytes r, Bytes s, Bytes x, Bytes y) const = 0;
 };
+
+} // namespace ccrypto

@@ -2,6 +2,8 @@
 
 #include "crypto/ec/montgomery_field.h"
 
+namespace ccrypto {
+
 /// The curve y^2 = x^3 + a * x + b modulo p, its base point and the prime order of that. Every point of these curves but infinity
 /// has that order. The figures are those of SEC 2 (version 1 for secp112r1), FIPS 186-5 and RFC 5639.
 template <std::size_t N>
@@ -136,3 +138,5 @@ inline constexpr CurveDomain<8>
                     "1DB1D381085DDADDB58796829CA90069");
 
 } // namespace curve_domains
+
+} // namespace ccrypto

@@ -2,6 +2,8 @@
 
 #include "crypto/bigint/fixed_limbs.h"
 
+namespace ccrypto {
+
 /// A point that is not infinity: its coordinates, below the prime. As it is written, not as Montgomery writes it.
 template <std::size_t N>
 struct AffinePoint {
@@ -24,3 +26,5 @@ public:
     virtual bool multiplyAndAdd(AffinePoint<N>& result, const Limbs<N>& baseScalar, const AffinePoint<N>& point,
                                 const Limbs<N>& scalar) const = 0;
 };
+
+} // namespace ccrypto

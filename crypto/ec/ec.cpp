@@ -12,6 +12,8 @@
 #include <algorithm>
 #include <cstring>
 
+using namespace ccrypto;
+
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
@@ -78,6 +80,8 @@ element Joined(Bytes first, Bytes second)
 
 } // namespace
 
+namespace ccrypto {
+
 std::span<const CurveFacts> Curves()
 {
     return curves;
@@ -99,6 +103,8 @@ const CurveFacts* FindCurve(std::string_view name)
             return FindCurve(other.id);
     return nullptr;
 }
+
+} // namespace ccrypto
 
 KeyPointer CCryptoEC::Generate(std::uint32_t curve, ICryptoRandom& random)
 {

@@ -11,6 +11,8 @@
 #include <span>
 #include <string_view>
 
+namespace ccrypto {
+
 /// What everybody may know of a curve.
 struct CurveFacts {
     std::uint32_t id;         ///< algorithm::Id
@@ -27,6 +29,8 @@ std::span<const CurveFacts> Curves();
 const CurveFacts* FindCurve(std::uint32_t id);
 /// By the name of Curves() in any case, or another common one: "P-256", "secp256r1", "nistp256". Null for any other.
 const CurveFacts* FindCurve(std::string_view name);
+
+} // namespace ccrypto
 
 /// A key on a curve of the algorithm table: a public point and, if it is there, the private scalar, which is wiped at the end.
 /// Only valid ones exist: the point is on the curve and not infinity, the scalar is from 1 to order - 1. Curves are known by their
@@ -53,7 +57,7 @@ public:
     CCryptoEC(const CCryptoEC&) = delete;
     CCryptoEC& operator=(const CCryptoEC&) = delete;
 
-    const CurveFacts& curve() const { return facts_; }
+    const ccrypto::CurveFacts& curve() const { return facts_; }
     bool hasPrivate() const { return hasPrivate_; }
     /// `compressed` means nothing to X25519 and X448.
     element publicPoint(bool compressed = false) const;
@@ -69,13 +73,14 @@ public:
     /// repeats the digest gives the key away. \return empty, logged, without a private scalar, for X25519 and X448, for a digest of
     /// no or more than 64 bytes, when there are no random bytes, and when the signature does not verify: it is checked before it
     /// leaves, as is the public point it belongs to, since a faulty one can give the key away.
-    element signHash(std::span<const std::uint8_t> digest, SignatureForm form,
+    element signHash(std::span<const std::uint8_t> digest, ccrypto::SignatureForm form,
                      ICryptoRandom& random = ICryptoRandom::Instance()) const;
     /// Without random bytes: RFC 6979 unchanged, with HMAC over the hash of this id, which is the digest's own. For tests and those
     /// who must reproduce. \return empty, logged, as above and for a digest of another length than the hash's.
-    element signHashDeterministically(std::span<const std::uint8_t> digest, SignatureForm form, std::uint32_t hash) const;
+    element signHashDeterministically(std::span<const std::uint8_t> digest, ccrypto::SignatureForm form, std::uint32_t hash) const;
     /// \return false, logged, when the signature is not one of this key over this digest, for whatever reason.
-    bool verifyHash(std::span<const std::uint8_t> digest, std::span<const std::uint8_t> signature, SignatureForm form) const;
+    bool verifyHash(std::span<const std::uint8_t> digest, std::span<const std::uint8_t> signature,
+                    ccrypto::SignatureForm form) const;
 
     /// The x coordinate of scalar times `point` (SP 800-56A, 5.7.1.2), fieldBytes long; for X25519 and X448 the result of RFC 7748.
     /// \return empty, logged, without a private scalar, when FromPublic would refuse the point, and for a result of all zeros of
@@ -86,17 +91,17 @@ private:
     static constexpr std::size_t mostBytes = 72;
     using Padded = std::array<std::uint8_t, mostBytes>;
 
-    explicit CCryptoEC(const CurveFacts& facts) : facts_(facts) {}
+    explicit CCryptoEC(const ccrypto::CurveFacts& facts) : facts_(facts) {}
 
-    element sign(std::span<const std::uint8_t> digest, SignatureForm form, std::uint32_t hash,
+    element sign(std::span<const std::uint8_t> digest, ccrypto::SignatureForm form, std::uint32_t hash,
                  std::span<const std::uint8_t> fresh) const;
     bool setPoint(std::span<const std::uint8_t> point);
     bool setScalar(std::span<const std::uint8_t> scalar);
 
-    const CurveFacts& facts_;
+    const ccrypto::CurveFacts& facts_;
     bool hasPrivate_ = false;
     /// Coordinates, big-endian and fieldBytes long; of X25519 and X448 the point is x.
     Padded x_{};
     Padded y_{};
-    Wiped<Padded> scalar_{};
+    ccrypto::Wiped<Padded> scalar_{};
 };

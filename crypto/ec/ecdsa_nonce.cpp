@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 EcdsaNonce::EcdsaNonce(std::unique_ptr<CCryptoHMAC> mac, const CurveArithmetic& curve, std::span<const std::uint8_t> key,
                        std::span<const std::uint8_t> digestNumber, std::span<const std::uint8_t> fresh)
     : mac_(std::move(mac)), curve_(curve)
@@ -55,3 +57,5 @@ void EcdsaNonce::next(std::span<std::uint8_t> nonce)
         curve_.bitsToNumber(nonce, std::span(bits).first(count));
     } while (!curve_.isScalar(nonce));
 }
+
+} // namespace ccrypto

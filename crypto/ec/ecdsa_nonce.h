@@ -8,6 +8,8 @@
 #include <memory>
 #include <span>
 
+namespace ccrypto {
+
 /// The nonces of ECDSA by RFC 6979, 3.2: numbers that come of key and digest by HMAC and that nobody without the key can tell from
 /// random ones.
 class EcdsaNonce {
@@ -35,3 +37,5 @@ private:
     std::array<std::uint8_t, maxDigestSize> value_{};
     bool first_ = true;
 };
+
+} // namespace ccrypto

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::uint8_t sequenceTag = 0x30;
@@ -94,3 +96,5 @@ element EcdsaDerToPair(Bytes der, std::uint32_t length)
     logger.setResult(true);
     return pair;
 }
+
+} // namespace ccrypto

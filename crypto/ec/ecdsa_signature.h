@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <span>
 
+namespace ccrypto {
+
 /// How the two numbers of an ECDSA signature are written.
 enum class SignatureForm {
     pair, ///< r and s, big-endian, each as long as the order
@@ -17,3 +19,5 @@ element EcdsaPairToDer(std::span<const std::uint8_t> pair);
 /// The pair of two numbers of `length` bytes of a signature in DER. \return empty, logged, when it is not exactly the DER of two
 /// numbers that are positive and fit.
 element EcdsaDerToPair(std::span<const std::uint8_t> der, std::uint32_t length);
+
+} // namespace ccrypto

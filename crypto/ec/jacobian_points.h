@@ -9,6 +9,8 @@
 #include <memory>
 #include <vector>
 
+namespace ccrypto {
+
 /// What JacobianPoints needs of a field besides its sums and products, for one whose numbers are in Montgomery form.
 template <auto& domain>
 struct MontgomeryForm {
@@ -295,3 +297,5 @@ private:
 
     std::unique_ptr<Affine[]> table_;
 };
+
+} // namespace ccrypto

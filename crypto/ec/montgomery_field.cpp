@@ -1,5 +1,7 @@
 #include "crypto/ec/montgomery_field.h"
 
+namespace ccrypto {
+
 template <std::size_t N>
 Limbs<N> MontgomeryMultiply(const Limbs<N>& a, const Limbs<N>& b, const Modulus<N>& modulus)
 {
@@ -13,3 +15,5 @@ template Limbs<5> MontgomeryMultiply(const Limbs<5>&, const Limbs<5>&, const Mod
 template Limbs<6> MontgomeryMultiply(const Limbs<6>&, const Limbs<6>&, const Modulus<6>&);
 template Limbs<8> MontgomeryMultiply(const Limbs<8>&, const Limbs<8>&, const Modulus<8>&);
 template Limbs<9> MontgomeryMultiply(const Limbs<9>&, const Limbs<9>&, const Modulus<9>&);
+
+} // namespace ccrypto

@@ -3,6 +3,8 @@
 #include "crypto/bigint/fixed_limbs.h"
 #include "crypto/bigint/modular_inverse.h"
 
+namespace ccrypto {
+
 template <std::size_t N>
 struct Modulus;
 template <std::size_t N>
@@ -146,3 +148,5 @@ public:
 private:
     const Modulus<N>& modulus_;
 };
+
+} // namespace ccrypto

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 /// The function of RFC 7748, 5 over a field with
 ///     Element (an array of limbs)  bits  bytes  a24  multiply  square  multiplyAdd  add  subtract  load  store  invert
 /// where add and subtract take products and give what multiply, square and multiplyAdd take, and no more than that.
@@ -59,3 +61,5 @@ std::uint64_t MontgomeryLadder(std::uint8_t* result, const std::uint8_t* scalar,
         bits |= result[i];
     return constant_time::Mask::IsZero(bits).word();
 }
+
+} // namespace ccrypto

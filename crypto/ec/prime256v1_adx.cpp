@@ -2,6 +2,8 @@
 #include "crypto/ec/jacobian_points.h"
 #include "crypto/ec/prime_curves.h"
 
+namespace ccrypto {
+
 namespace {
 
 // p is 2^256 - 2^224 + 2^192 + 2^96 - 1, so -1 / p is 1 modulo 2^64: adding t0 * p to a number whose lowest limb is t0 makes that
@@ -147,3 +149,5 @@ const CurvePoints<4>& Prime256Adx()
     static const JacobianPoints<Field, curve_domains::prime256v1, 7> points;
     return points;
 }
+
+} // namespace ccrypto

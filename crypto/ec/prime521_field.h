@@ -3,6 +3,8 @@
 #include "crypto/bigint/modular_inverse.h"
 #include "crypto/ec/curve_domains.h"
 
+namespace ccrypto {
+
 /// Numbers modulo p = 2^521 - 1, below it, as they are: since 2^521 is 1, a product is reduced by adding its halves, which is less
 /// work than Montgomery's reduction. This is the portable field of JacobianPoints; a variant overrides the costly operations.
 struct Prime521Field {
@@ -78,3 +80,5 @@ private:
         return result;
     }
 };
+
+} // namespace ccrypto

@@ -3,6 +3,8 @@
 #include "crypto/ec/jacobian_points.h"
 #include "crypto/ec/prime521_field.h"
 
+namespace ccrypto {
+
 namespace {
 
 /// Numbers modulo the prime of a curve that is known to the compiler.
@@ -76,3 +78,5 @@ const CurvePoints<9>& PrimePoints521()
     static const CurvePoints<9>& chosen = ChooseVariant(Prime521Variants()).calls();
     return chosen;
 }
+
+} // namespace ccrypto

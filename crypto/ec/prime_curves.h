@@ -5,6 +5,8 @@
 
 #include <span>
 
+namespace ccrypto {
+
 /// The multiples of points of prime256v1, secp384r1 and secp521r1, which are needed most, have code of their own in several
 /// variants.
 using PointCalls256 = const CurvePoints<4>& (*)();
@@ -23,3 +25,5 @@ const CurvePoints<9>& PrimePoints521();
 const CurvePoints<4>& Prime256Adx();
 const CurvePoints<6>& Prime384Adx();
 const CurvePoints<9>& Prime521Adx();
+
+} // namespace ccrypto

@@ -1,6 +1,8 @@
 #include "crypto/ec/jacobian_points.h"
 #include "crypto/ec/prime_curves.h"
 
+namespace ccrypto {
+
 namespace {
 
 // p is 2^384 - 2^128 - 2^96 + 2^32 - 1, so -1 / p is 2^32 + 1 modulo 2^64: with m = t0 * (2^32 + 1), adding m * p to a number whose
@@ -95,3 +97,5 @@ const CurvePoints<6>& Prime384Adx()
     static const JacobianPoints<Field, curve_domains::secp384r1, 5> points;
     return points;
 }
+
+} // namespace ccrypto

@@ -2,6 +2,8 @@
 #include "crypto/ec/prime521_field.h"
 #include "crypto/ec/prime_curves.h"
 
+namespace ccrypto {
+
 namespace {
 
 // Nine registers hold the limbs of a sum that moves up: of each row of a product the lowest limb is done, goes to memory (`done`),
@@ -232,3 +234,5 @@ const CurvePoints<9>& Prime521Adx()
     static const JacobianPoints<Field, curve_domains::secp521r1, 5, 4> points;
     return points;
 }
+
+} // namespace ccrypto

@@ -2,6 +2,8 @@
 
 #include "crypto/bigint/fixed_limbs.h"
 
+namespace ccrypto {
+
 /// Scalars as digits from -2^(width - 1) to 2^(width - 1) of the base 2^width (Booth's recoding): half as many multiples of a point
 /// to choose from, since the negative of a point costs next to nothing.
 struct SignedDigit {
@@ -62,3 +64,5 @@ void SparseDigits(std::array<std::int8_t, 64 * N + 1>& digits, Limbs<N> scalar)
         over >>= 1;
     }
 }
+
+} // namespace ccrypto

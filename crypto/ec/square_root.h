@@ -2,6 +2,8 @@
 
 #include "crypto/ec/montgomery_field.h"
 
+namespace ccrypto {
+
 /// Square roots modulo an odd prime by the algorithm of Tonelli and Shanks. The time depends on the numbers, which may be known.
 template <std::size_t N>
 class SquareRoot {
@@ -72,3 +74,5 @@ private:
     Element halfOdd_{}; ///< (odd - 1) / 2
     Element unity_{};   ///< of order 2^twos_
 };
+
+} // namespace ccrypto

@@ -7,6 +7,8 @@
 #include <array>
 #include <cstring>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr Modulus<4> prime(fixed_limbs::FromHex<4>("7FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFED"));
@@ -149,3 +151,5 @@ void X25519Public(std::uint8_t* result, const std::uint8_t* scalar)
     constexpr Bytes32 base = {9};
     X25519(result, scalar, base.data());
 }
+
+} // namespace ccrypto

@@ -5,6 +5,8 @@
 
 #include <cstring>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr Modulus<4> prime(fixed_limbs::FromHex<4>("7FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFED"));
@@ -170,3 +172,5 @@ std::uint64_t X25519Adx(std::uint8_t* result, const std::uint8_t* scalar, const 
 {
     return MontgomeryLadder<Field>(result, scalar, point);
 }
+
+} // namespace ccrypto

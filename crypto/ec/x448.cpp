@@ -6,6 +6,8 @@
 #include <array>
 #include <cstring>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr Modulus<7> prime(fixed_limbs::FromHex<7>("FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFE"
@@ -141,3 +143,5 @@ void X448Public(std::uint8_t* result, const std::uint8_t* scalar)
     constexpr Bytes56 base = {5};
     X448(result, scalar, base.data());
 }
+
+} // namespace ccrypto

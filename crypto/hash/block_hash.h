@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <span>
 
+namespace ccrypto {
+
 /// Takes `count` blocks of 16 words each into the eight words of `state` (fewer where the function has fewer).
 template <typename Word>
 using CompressBlocks = void (*)(Word* state, const std::uint8_t* blocks, std::size_t count);
@@ -68,3 +70,5 @@ std::span<const Variant<CompressBlocks<std::uint32_t>>> MD5Variants();
 std::span<const Variant<CompressBlocks<std::uint32_t>>> SHA1Variants();
 std::span<const Variant<CompressBlocks<std::uint32_t>>> SHA256Variants();
 std::span<const Variant<CompressBlocks<std::uint64_t>>> SHA512Variants();
+
+} // namespace ccrypto

@@ -5,7 +5,7 @@
 
 #include <array>
 
-namespace digest_chain {
+namespace ccrypto::digest_chain {
 
 namespace {
 
@@ -115,4 +115,4 @@ bool SumOfMACs(std::uint32_t hashId, const std::uint8_t* key, std::uint32_t keyL
     });
 }
 
-} // namespace digest_chain
+} // namespace ccrypto::digest_chain

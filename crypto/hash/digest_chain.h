@@ -4,7 +4,7 @@
 
 /// What key derivation repeats thousands of times, on the words of the hash functions themselves. The ids are those of hash
 /// functions (100 to 105); any other one is not known, changes nothing and gives false.
-namespace digest_chain {
+namespace ccrypto::digest_chain {
 
 bool Knows(std::uint32_t hashId);
 
@@ -16,4 +16,4 @@ bool Rehash(std::uint32_t hashId, std::uint8_t* digest, std::uint32_t times);
 bool SumOfMACs(std::uint32_t hashId, const std::uint8_t* key, std::uint32_t keyLength, const std::uint8_t* digest,
                std::uint8_t* sum, std::uint32_t times);
 
-} // namespace digest_chain
+} // namespace ccrypto::digest_chain

@@ -10,6 +10,8 @@
 #include <cstring>
 #include <string>
 
+using namespace ccrypto;
+
 namespace {
 
 template <typename Word>

@@ -8,9 +8,13 @@
 #include <span>
 #include <string_view>
 
+namespace ccrypto {
+
 /// Of all hashes here, in bytes.
 constexpr std::size_t maxDigestSize = 64;
 constexpr std::size_t maxHashBlockSize = 168;
+
+} // namespace ccrypto
 
 /// A hash function: takes bytes in pieces of any length and gives their digest. What it holds is wiped when it is destroyed and by
 /// reset(). Not for use by two threads at once.

@@ -12,6 +12,8 @@ std::unique_ptr<ICryptoHash> NewSpongeHash(std::uint32_t id);
 
 } // namespace ccrypto::internal
 
+namespace ccrypto {
+
 /// Calls `use` with the BlockHashKind of an id. \return what `use` returns; `otherwise` for an id that is none of them.
 template <typename Result, typename Use>
 Result WithHashKind(std::uint32_t id, Result otherwise, const Use& use)
@@ -24,3 +26,5 @@ Result WithHashKind(std::uint32_t id, Result otherwise, const Use& use)
             return use(*kind);
     return otherwise;
 }
+
+} // namespace ccrypto

@@ -6,6 +6,8 @@
 #include <bit>
 #include <utility>
 
+using namespace ccrypto;
+
 namespace ccrypto::internal {
 
 namespace {

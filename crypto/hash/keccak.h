@@ -31,7 +31,7 @@ public:
 private:
     void pad();
 
-    Wiped<std::array<std::uint64_t, 25>> lanes_{}; ///< lane (x, y) of the standard is at 5 y + x
+    ccrypto::Wiped<std::array<std::uint64_t, 25>> lanes_{}; ///< lane (x, y) of the standard is at 5 y + x
     std::uint32_t rate_;
     std::uint32_t position_ = 0; ///< bytes of the block that were absorbed or squeezed
     std::uint8_t suffix_;

@@ -4,6 +4,8 @@
 
 // RFC 1320.
 
+namespace ccrypto {
+
 namespace {
 
 using Word = std::uint32_t;
@@ -62,3 +64,5 @@ constinit const BlockHashKind<Word> md4Kind = {
     .initial = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476},
     .compress = []() -> CompressBlocks<Word> { return Compress; },
 };
+
+} // namespace ccrypto

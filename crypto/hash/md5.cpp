@@ -6,6 +6,8 @@
 // RFC 1321. Each step waits for the one before it, so its time is the length of the chain from b, the word that has just been made,
 // to the new a: what does not need b is added up first.
 
+namespace ccrypto {
+
 namespace {
 
 using Word = std::uint32_t;
@@ -150,3 +152,5 @@ constinit const BlockHashKind<Word> md5Kind = {
     .initial = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476},
     .compress = []() -> CompressBlocks<Word> { return Compress; },
 };
+
+} // namespace ccrypto

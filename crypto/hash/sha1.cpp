@@ -7,6 +7,8 @@
 
 // FIPS 180-4, 6.1.
 
+namespace ccrypto {
+
 namespace {
 
 using Word = std::uint32_t;
@@ -99,3 +101,5 @@ constinit const BlockHashKind<Word> sha1Kind = {
             return chosen.calls;
         },
 };
+
+} // namespace ccrypto

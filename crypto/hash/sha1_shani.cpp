@@ -4,6 +4,8 @@
 
 // FIPS 180-4, 6.1, four steps at a time. A register holds four words, the first one in its highest lane.
 
+namespace ccrypto {
+
 namespace {
 
 /// Four steps: `older`, the state before the last four, gives its word e.
@@ -74,3 +76,5 @@ void CompressSHA1WithShaNi(std::uint32_t* state, const std::uint8_t* blocks, std
     _mm_storeu_si128(reinterpret_cast<__m128i*>(state), _mm_shuffle_epi32(abcd, 0x1B));
     state[4] = static_cast<std::uint32_t>(_mm_extract_epi32(e, 3));
 }
+
+} // namespace ccrypto

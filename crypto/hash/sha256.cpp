@@ -5,6 +5,8 @@
 
 #include <array>
 
+namespace ccrypto {
+
 namespace {
 
 using Word = std::uint32_t;
@@ -57,3 +59,5 @@ constinit const BlockHashKind<Word> sha256Kind = {
     .initial = {0x6A09E667, 0xBB67AE85, 0x3C6EF372, 0xA54FF53A, 0x510E527F, 0x9B05688C, 0x1F83D9AB, 0x5BE0CD19},
     .compress = ChosenCompress,
 };
+
+} // namespace ccrypto

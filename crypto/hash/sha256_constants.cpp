@@ -2,6 +2,8 @@
 
 // FIPS 180-4, 4.2.2: of the cube roots of the first 64 primes, the first 32 bits behind the point.
 
+namespace ccrypto {
+
 alignas(16) const std::uint32_t sha256Constants[64] = {
     0x428A2F98, 0x71374491, 0xB5C0FBCF, 0xE9B5DBA5, 0x3956C25B, 0x59F111F1, 0x923F82A4, 0xAB1C5ED5, 0xD807AA98, 0x12835B01,
     0x243185BE, 0x550C7DC3, 0x72BE5D74, 0x80DEB1FE, 0x9BDC06A7, 0xC19BF174, 0xE49B69C1, 0xEFBE4786, 0x0FC19DC6, 0x240CA1CC,
@@ -11,3 +13,5 @@ alignas(16) const std::uint32_t sha256Constants[64] = {
     0x2748774C, 0x34B0BCB5, 0x391C0CB3, 0x4ED8AA4A, 0x5B9CCA4F, 0x682E6FF3, 0x748F82EE, 0x78A5636F, 0x84C87814, 0x8CC70208,
     0x90BEFFFA, 0xA4506CEB, 0xBEF9A3F7, 0xC67178F2,
 };
+
+} // namespace ccrypto

@@ -5,6 +5,8 @@
 // FIPS 180-4, 6.2.2, four rounds at a time. The instructions want the state as the words f, e, b, a and h, g, d, c, lowest lane
 // first.
 
+namespace ccrypto {
+
 namespace {
 
 [[gnu::always_inline]] inline void FourRounds(__m128i& feba, __m128i& hgdc, __m128i words, const std::uint32_t* constants)
@@ -71,3 +73,5 @@ void CompressSHA256WithShaNi(std::uint32_t* state, const std::uint8_t* blocks, s
     _mm_storeu_si128(reinterpret_cast<__m128i*>(state), _mm_blend_epi16(abef, dchg, 0xF0));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(state + 4), _mm_alignr_epi8(dchg, abef, 8));
 }
+
+} // namespace ccrypto

@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace ccrypto {
+
 /// The compression of SHA-256 and of SHA-512 (FIPS 180-4, 6.2.2 and 6.4.2), which differ in the length of the words, the number
 /// of rounds and the turns of the four sigma functions.
 ///
@@ -77,3 +79,5 @@ private:
         h += Sigmas::upper0(a) + ((a & b) + (c & (a ^ b)));
     }
 };
+
+} // namespace ccrypto

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::uint8_t sha3Suffix = 0x06;
@@ -61,11 +63,15 @@ private:
 
 } // namespace
 
+namespace ccrypto {
+
 std::unique_ptr<ICryptoHash> ccrypto::internal::NewSpongeHash(std::uint32_t id)
 {
     const auto* const kind = std::ranges::find(spongeKinds, id, &SpongeKind::id);
     return kind != std::end(spongeKinds) ? std::make_unique<SpongeHash>(*kind) : nullptr;
 }
+
+} // namespace ccrypto
 
 void CCryptoSHAKE::update(const void* bytes, std::size_t length)
 {

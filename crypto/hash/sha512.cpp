@@ -5,6 +5,8 @@
 
 #include <array>
 
+namespace ccrypto {
+
 namespace {
 
 using Word = std::uint64_t;
@@ -59,3 +61,5 @@ constinit const BlockHashKind<Word> sha512Kind = {
                 0x9B05688C2B3E6C1F, 0x1F83D9ABFB41BD6B, 0x5BE0CD19137E2179},
     .compress = ChosenCompress,
 };
+
+} // namespace ccrypto

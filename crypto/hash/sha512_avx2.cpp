@@ -6,6 +6,8 @@
 // The words with their constants go to memory, from where the rounds of the first block take them beside the expansion and those of
 // the second block after it.
 
+namespace ccrypto {
+
 namespace {
 
 using Word = std::uint64_t;
@@ -201,3 +203,5 @@ void CompressSHA512WithAvx2(std::uint64_t* state, const std::uint8_t* blocks, st
     __builtin_memset(pairs, 0, sizeof pairs);
     asm volatile("" : : "r"(&pairs) : "memory");
 }
+
+} // namespace ccrypto

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <array>
 
+using namespace ccrypto;
+
 namespace {
 
 using Bytes = CCryptoKeyDerivation::Bytes;

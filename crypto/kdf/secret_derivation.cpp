@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+using namespace ccrypto;
+
 namespace {
 
 std::unique_ptr<CCryptoHMAC> MACOver(std::uint32_t hashId)

@@ -12,6 +12,8 @@
 #include <algorithm>
 #include <cstring>
 
+using namespace ccrypto;
+
 namespace {
 
 struct CmacCipher {

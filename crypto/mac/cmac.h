@@ -47,7 +47,7 @@ public:
     std::size_t keySize() const { return maxKey_; }
 
 private:
-    using Block = Wiped<std::array<std::uint8_t, longestCipherBlock>>;
+    using Block = ccrypto::Wiped<std::array<std::uint8_t, ccrypto::longestCipherBlock>>;
 
     void doubled(Block& block) const;
 

@@ -10,6 +10,8 @@
 #include <array>
 #include <cstring>
 
+using namespace ccrypto;
+
 namespace {
 
 using KeyBlock = Wiped<std::array<std::uint8_t, maxHashBlockSize>>;
@@ -57,11 +59,15 @@ std::string_view WithoutHMAC(std::string_view name)
 
 } // namespace
 
+namespace ccrypto {
+
 std::uint32_t HashOfHMAC(std::uint32_t id)
 {
     const auto* const row = std::ranges::find(macIds, id, &MACId::mac);
     return row != std::end(macIds) ? row->hash : id;
 }
+
+} // namespace ccrypto
 
 std::unique_ptr<CCryptoHMAC> CCryptoHMAC::Create(std::uint32_t id)
 {

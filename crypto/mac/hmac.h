@@ -53,5 +53,9 @@ private:
     bool hasKey_ = false;
 };
 
+namespace ccrypto {
+
 /// The hash of an HMAC by their ids; any other id unchanged.
 std::uint32_t HashOfHMAC(std::uint32_t id);
+
+} // namespace ccrypto

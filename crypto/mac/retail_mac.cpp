@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+using namespace ccrypto;
+
 bool CCryptoRetailMAC::setKey(std::span<const std::uint8_t> key)
 {
     CCryptoAutoLogger logger("CCryptoRetailMAC::setKey");

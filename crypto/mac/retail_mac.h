@@ -36,7 +36,7 @@ private:
     CCryptoDES chaining_;
     CCryptoDES ending_;
     bool hasKey_ = false;
-    Wiped<std::array<std::uint8_t, 8>> chain_{};
-    Wiped<std::array<std::uint8_t, 8>> pending_{}; ///< the begun block
+    ccrypto::Wiped<std::array<std::uint8_t, 8>> chain_{};
+    ccrypto::Wiped<std::array<std::uint8_t, 8>> pending_{}; ///< the begun block
     std::size_t pendingCount_ = 0;
 };

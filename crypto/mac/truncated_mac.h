@@ -17,7 +17,7 @@ namespace internal {
 [[nodiscard]] inline bool IsTruncatedMAC(std::span<const std::uint8_t> mac, std::span<const std::uint8_t> own, std::size_t length)
 {
     return length >= minTruncatedMAC && length <= own.size() && mac.size() == length &&
-           constant_time::Declassify(constant_time::EqualBytes(own.data(), mac.data(), length));
+           ccrypto::constant_time::Declassify(ccrypto::constant_time::EqualBytes(own.data(), mac.data(), length));
 }
 
 } // namespace internal

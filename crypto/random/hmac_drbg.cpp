@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstring>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::size_t leastEntropy = 16;

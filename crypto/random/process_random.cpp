@@ -10,6 +10,10 @@
 #include <atomic>
 #include <cstring>
 
+using namespace ccrypto;
+
+namespace ccrypto {
+
 SeedHealth::~SeedHealth()
 {
     platform::SecureWipe(last_);
@@ -44,6 +48,8 @@ bool GeneratorGivesKnownAnswer()
     }();
     return right;
 }
+
+} // namespace ccrypto
 
 namespace ccrypto::internal {
 

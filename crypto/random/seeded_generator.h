@@ -7,6 +7,8 @@
 #include <functional>
 #include <span>
 
+namespace ccrypto {
+
 /// The continuous test of a source of entropy (NIST SP 800-90B, 4.4.1, the repetition count): a source that gives the same block of
 /// 8 bytes twice in a row has failed, for good. Good random bytes do that once in 2^64 blocks.
 class SeedHealth {
@@ -26,6 +28,8 @@ private:
 
 /// The known answer of the generator, computed once in a process. \return whether it was right.
 [[nodiscard]] bool GeneratorGivesKnownAnswer();
+
+} // namespace ccrypto
 
 namespace ccrypto::internal {
 
@@ -47,7 +51,7 @@ private:
 
     Source source_;
     CCryptoHMACDRBG generator_;
-    SeedHealth health_;
+    ccrypto::SeedHealth health_;
     std::uint64_t fork_ = 0;
 };
 

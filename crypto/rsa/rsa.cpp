@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+using namespace ccrypto;
+
 using constant_time::Declassify;
 using constant_time::Mask;
 using limbs::Limb;

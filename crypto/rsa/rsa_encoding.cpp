@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace rsa_encoding {
+namespace ccrypto::rsa_encoding {
 
 using constant_time::Mask;
 
@@ -313,4 +313,4 @@ bool DecodeOAEP(std::span<std::uint8_t> block, const CCryptoRSAPadding& padding,
     return true;
 }
 
-} // namespace rsa_encoding
+} // namespace ccrypto::rsa_encoding

@@ -9,7 +9,7 @@
 
 /// The encodings of RFC 8017, 7 and 9: bytes that are raised to a power, from a digest or a message, and back. An encoded block is
 /// as long as the modulus; where an encoding is one byte shorter, the first byte is zero.
-namespace rsa_encoding {
+namespace ccrypto::rsa_encoding {
 
 /// Fills `block`. \return false, logged, for a hash without a prefix here, a digest of another length than the hash's, or a block
 /// too short for them.
@@ -39,4 +39,4 @@ bool EncodeOAEP(std::span<std::uint8_t> block, const CCryptoRSAPadding& padding,
 /// DecodePKCS1Message what is there.
 bool DecodeOAEP(std::span<std::uint8_t> block, const CCryptoRSAPadding& padding, constant_time::Mask& good, std::uint64_t& length);
 
-} // namespace rsa_encoding
+} // namespace ccrypto::rsa_encoding

@@ -12,6 +12,8 @@
 #include <bit>
 #include <string_view>
 
+using namespace ccrypto;
+
 using constant_time::Declassify;
 using constant_time::Mask;
 

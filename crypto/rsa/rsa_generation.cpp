@@ -8,6 +8,8 @@
 #include <bit>
 #include <optional>
 
+using namespace ccrypto;
+
 using constant_time::Declassify;
 using constant_time::Mask;
 using limbs::bitsOfLimb;

@@ -6,6 +6,8 @@
 
 #include <optional>
 
+namespace ccrypto {
+
 /// The numbers of a private key as they are computed with.
 struct RSAPrivateNumbers {
     using Limb = limbs::Limb;
@@ -50,8 +52,10 @@ private:
     std::uint32_t usesLeft_ = 0;
 };
 
+} // namespace ccrypto
+
 struct CCryptoRSA::Key {
-    using Limb = limbs::Limb;
+    using Limb = ccrypto::limbs::Limb;
 
     explicit Key(std::span<const Limb> modulus) : n(modulus) {}
 
@@ -60,8 +64,8 @@ struct CCryptoRSA::Key {
     bool privateOperation(Limb* result, const Limb* number);
 
     CCryptoRSANumbers numbers;
-    MontgomeryModulus n;
+    ccrypto::MontgomeryModulus n;
     std::uint64_t e = 0;
-    std::optional<RSAPrivateNumbers> secret;
-    std::optional<RSABlinding> blinding;
+    std::optional<ccrypto::RSAPrivateNumbers> secret;
+    std::optional<ccrypto::RSABlinding> blinding;
 };

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+using namespace ccrypto;
+
 using constant_time::Mask;
 using limbs::Limb;
 
@@ -77,6 +79,8 @@ bool RaiseByPrimes(Limb* result, std::span<const Limb> number, const RSAPrivateN
 
 } // namespace
 
+namespace ccrypto {
+
 bool RSABlinding::renew(const MontgomeryModulus& n, std::uint64_t publicExponent)
 {
     MontgomeryModulus::Room room(n);
@@ -108,6 +112,8 @@ bool RSABlinding::next(const MontgomeryModulus& n, std::uint64_t publicExponent,
     std::copy_n(remover_.data(), n.limbs(), remover);
     return true;
 }
+
+} // namespace ccrypto
 
 bool CCryptoRSA::Key::privateOperation(Limb* result, const Limb* number)
 {

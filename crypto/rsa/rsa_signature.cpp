@@ -4,6 +4,8 @@
 #include "crypto/rsa/rsa.h"
 #include "crypto/rsa/rsa_encoding.h"
 
+using namespace ccrypto;
+
 namespace {
 
 element SignBlock(CCryptoAutoLogger& logger, const CCryptoRSA& key, bool isEncoded, std::span<const std::uint8_t> block)

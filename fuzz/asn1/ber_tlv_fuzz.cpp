@@ -2,6 +2,8 @@
 #include "asn1/template/template_match.h"
 #include "fuzz/asn1/forms.h"
 
+using namespace ccrypto;
+
 /// Any bytes: what decodes is written as data objects that decode to the same tree, prints as a template that writes and matches
 /// them, and is not deeper than it may be.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)

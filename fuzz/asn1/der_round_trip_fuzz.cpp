@@ -1,5 +1,7 @@
 #include "fuzz/asn1/forms.h"
 
+using namespace ccrypto;
+
 namespace {
 
 void RequireSameDer(const CCryptoParser& tree, const element& der)

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <utility>
 
+namespace ccrypto {
+
 inline void Require(bool holds)
 {
     if (!holds)
@@ -57,3 +59,5 @@ inline void RequireStableXml(const CCryptoParser& tree)
     Require(again.Load_XML_Memory(xml.view()));
     Require(again.ToXml() == xml);
 }
+
+} // namespace ccrypto

@@ -1,5 +1,7 @@
 #include "fuzz/asn1/forms.h"
 
+using namespace ccrypto;
+
 /// A path, and behind a line feed the template it walks: it ends in the tree or nowhere.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

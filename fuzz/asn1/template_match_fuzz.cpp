@@ -1,6 +1,8 @@
 #include "asn1/template/template_match.h"
 #include "fuzz/asn1/forms.h"
 
+using namespace ccrypto;
+
 /// A template, and behind a line feed DER: a match binds names of the template, and a failure names its step.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

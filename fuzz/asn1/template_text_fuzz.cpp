@@ -1,5 +1,7 @@
 #include "fuzz/asn1/forms.h"
 
+using namespace ccrypto;
+
 /// Any text: what is read prints the same after a round through template text, JSON and XML.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

@@ -1,5 +1,7 @@
 #include "fuzz/asn1/forms.h"
 
+using namespace ccrypto;
+
 /// Any text: what is read prints, and the print is read and prints the same; so does its template text.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+using namespace ccrypto;
+
 namespace {
 
 void Require(bool holds)

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <span>
 
+using namespace ccrypto;
+
 namespace {
 
 void Require(bool holds)

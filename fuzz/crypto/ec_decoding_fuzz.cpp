@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 
+using namespace ccrypto;
+
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;

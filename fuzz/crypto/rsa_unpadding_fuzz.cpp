@@ -6,6 +6,8 @@
 #include <optional>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;

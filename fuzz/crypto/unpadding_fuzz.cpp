@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstdlib>
 
+using namespace ccrypto;
+
 namespace {
 
 /// PKCS#7 as one would write it without a thought of time. \return the length of the text, or -1.

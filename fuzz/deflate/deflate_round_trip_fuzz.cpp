@@ -7,6 +7,8 @@
 #include <span>
 #include <vector>
 
+using namespace ccrypto;
+
 // Input: one byte (the level in its low half, bit 4 repeats the data beyond the window, bit 5 packs it in pieces), then the data.
 
 namespace {

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+using namespace ccrypto;
+
 // Input: one byte (bit 0 chooses GZIP, the others the size of the pieces), then the packed data.
 
 namespace {

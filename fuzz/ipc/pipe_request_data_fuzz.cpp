@@ -6,6 +6,8 @@
 #include <cstring>
 #include <string_view>
 
+using namespace ccrypto;
+
 // Input: the number of reads, one byte for each (its low bits choose the reader and whether it is the last), then the body.
 
 namespace {

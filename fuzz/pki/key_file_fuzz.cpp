@@ -3,6 +3,8 @@
 
 #include <cstdlib>
 
+using namespace ccrypto;
+
 /// Keys in every form: what loads must be written so that it loads again as the same key. No password is given, since deriving a
 /// key may be asked to take half a minute; the descriptions of encryptions are read by themselves.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <string_view>
 
+using namespace ccrypto;
+
 // Input: the request type in one byte, then the body.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* input, std::size_t size)
 {

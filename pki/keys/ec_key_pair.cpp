@@ -5,6 +5,8 @@
 #include "crypto/hash/hash.h"
 #include "pki/keys/key_encoding.h"
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr const char* doesNotEncipher = "A key on a curve does not encipher";

@@ -7,6 +7,8 @@
 #include "pki/keys/key_objects.h"
 #include "pki/keys/rsa_key_pair.h"
 
+namespace ccrypto {
+
 namespace {
 
 using KeyPair = std::unique_ptr<ICryptoKeyPair>;
@@ -242,3 +244,5 @@ element ECPrivateKeyOf(const CCryptoEC& key)
     logger.setResult(true);
     return ECPrivateKeyObjectOf(key, true);
 }
+
+} // namespace ccrypto

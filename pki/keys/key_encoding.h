@@ -11,6 +11,8 @@
 // numbers that do not make a valid key (see CCryptoRSA and CCryptoEC). What is written is empty, logged, when there is no such form
 // of the key or no private half to write.
 
+namespace ccrypto {
+
 /// SubjectPublicKeyInfo (RFC 5280, 4.1.2.7; curves as RFC 5480 and RFC 8410 have them).
 std::unique_ptr<ICryptoKeyPair> LoadPublicKeyInfo(const element& der);
 element PublicKeyInfoOf(const CCryptoRSA& key);
@@ -30,3 +32,5 @@ element RSAPrivateKeyOf(const CCryptoRSA& key);
 /// ECPrivateKey (RFC 5915): SEC1. The curve must be named in it, and X25519 and X448 do not have the form.
 std::unique_ptr<ICryptoKeyPair> LoadECPrivateKey(const element& der);
 element ECPrivateKeyOf(const CCryptoEC& key);
+
+} // namespace ccrypto

@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 /// The longest file that is taken for a key, in bytes.

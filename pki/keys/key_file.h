@@ -9,6 +9,8 @@
 #include <span>
 #include <string_view>
 
+namespace ccrypto {
+
 /// The forms in which keys are kept in files.
 enum class KeyForm {
     publicKeyInfo,       ///< SubjectPublicKeyInfo, "PUBLIC KEY"
@@ -18,6 +20,8 @@ enum class KeyForm {
     rsaPrivateKey,       ///< PKCS#1, "RSA PRIVATE KEY"
     ecPrivateKey,        ///< SEC1, "EC PRIVATE KEY"
 };
+
+} // namespace ccrypto
 
 /// Keys in DER and PEM.
 class CCryptoKeyFile {
@@ -31,7 +35,7 @@ public:
     std::unique_ptr<ICryptoKeyPair> Load(std::span<const std::uint8_t> bytes, const PasswordSource& password = {});
 
     /// The form of the key that was loaded last.
-    KeyForm form() const { return form_; }
+    ccrypto::KeyForm form() const { return form_; }
     /// Why the last operation failed, for people.
     const CCryptoString& reason() const { return reason_; }
     /// The last Load found a key and refused its algorithm or its numbers: the error text of the operation that did tells which.
@@ -39,22 +43,23 @@ public:
 
     /// A key in a form; encryptedPrivateKey wants `password` and `encryption`. \return DER; empty, logged, when the key does not
     /// have the form.
-    element Save(const ICryptoKeyPair& key, KeyForm form, std::string_view password = {},
+    element Save(const ICryptoKeyPair& key, ccrypto::KeyForm form, std::string_view password = {},
                  const SCryptoPasswordEncryption& encryption = {});
 
     /// The label of the form's PEM block.
-    static const char* Label(KeyForm form);
+    static const char* Label(ccrypto::KeyForm form);
     /// PEM of what Save() gave.
-    static CCryptoString ToPem(KeyForm form, const element& der);
+    static CCryptoString ToPem(ccrypto::KeyForm form, const element& der);
 
 private:
     std::unique_ptr<ICryptoKeyPair> loadDer(const element& der, const PasswordSource& password);
-    std::unique_ptr<ICryptoKeyPair> loadAs(KeyForm form, const element& der, const PasswordSource& password);
+    std::unique_ptr<ICryptoKeyPair> loadAs(ccrypto::KeyForm form, const element& der, const PasswordSource& password);
     std::unique_ptr<ICryptoKeyPair> loadEncrypted(const element& der, const PasswordSource& password);
-    element save(const ICryptoKeyPair& key, KeyForm form, std::string_view password, const SCryptoPasswordEncryption& encryption);
+    element save(const ICryptoKeyPair& key, ccrypto::KeyForm form, std::string_view password,
+                 const SCryptoPasswordEncryption& encryption);
     std::nullptr_t refuse(const char* reason);
 
-    KeyForm form_ = KeyForm::publicKeyInfo;
+    ccrypto::KeyForm form_ = ccrypto::KeyForm::publicKeyInfo;
     bool refusedContent_ = false;
     CCryptoString reason_;
 };

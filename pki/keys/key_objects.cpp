@@ -6,6 +6,8 @@
 
 #include <iterator>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr const char* publicKeyInfoTemplate = "SEQUENCE[CONSTRUCTED] {algorithmIdentifier,BIT_STRING[PRIMITIVE]{#00,publicKey}}";
@@ -94,12 +96,16 @@ bool FillAlgorithm(CCryptoParser& parser, CCryptoAlgorithmIdentifier& algorithm)
 
 } // namespace
 
+namespace ccrypto {
+
 CCryptoString OidOfNode(const elementNode* node)
 {
     if (node == nullptr || node->type() != ElementType::objectIdentifier)
         return {};
     return CCryptoASN1ObjectIdentifier(node).oid();
 }
+
+} // namespace ccrypto
 
 CCryptoSubjectPublicKeyInfo::CCryptoSubjectPublicKeyInfo() : CCryptoASN1Object(publicKeyInfoTemplate) {}
 

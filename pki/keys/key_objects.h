@@ -99,5 +99,9 @@ protected:
     void ClearFields() override;
 };
 
+namespace ccrypto {
+
 /// The dotted OID of a node that is an OBJECT IDENTIFIER; empty for any other and for none.
 CCryptoString OidOfNode(const elementNode* node);
+
+} // namespace ccrypto

@@ -11,6 +11,8 @@
 #include <array>
 #include <iterator>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::uint32_t saltLength = 16;

@@ -3,6 +3,8 @@
 #include "asn1/template/octets.h"
 #include "asn1/types/algorithm_identifier.h"
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr const char* pbes2Template =

@@ -22,9 +22,9 @@ public:
 
     element salt;
     std::uint32_t iterations = 0;
-    std::uint32_t keyLength = 0;             ///< 0 when it is not given
-    algorithm::Id prf = algorithm::hmacSha1; ///< as when it is not given
-    algorithm::Id cipher = algorithm::none;
+    std::uint32_t keyLength = 0;                               ///< 0 when it is not given
+    ccrypto::algorithm::Id prf = ccrypto::algorithm::hmacSha1; ///< as when it is not given
+    ccrypto::algorithm::Id cipher = ccrypto::algorithm::none;
     std::uint32_t rc2EffectiveBits = 0; ///< 0 but in the form rc2
     element iv;
 

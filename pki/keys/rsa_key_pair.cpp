@@ -4,6 +4,8 @@
 #include "core/diagnostics/auto_logger.h"
 #include "pki/keys/key_encoding.h"
 
+using namespace ccrypto;
+
 std::uint32_t CCryptoRSAKeyPair::algorithmId() const
 {
     return algorithm::rsaEncryption;

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 HRESULT JoinBounded(wchar_t* target, std::size_t capacity, std::initializer_list<std::wstring_view> parts) noexcept
 {
     if (target == nullptr || capacity == 0)
@@ -27,3 +29,5 @@ HRESULT JoinBounded(wchar_t* target, std::size_t capacity, std::initializer_list
     *target = 0;
     return result;
 }
+
+} // namespace ccrypto

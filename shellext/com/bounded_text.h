@@ -6,6 +6,8 @@
 #include <initializer_list>
 #include <string_view>
 
+namespace ccrypto {
+
 /// The size of every fixed text buffer, terminating zero included.
 constexpr std::size_t textCapacity = 260;
 
@@ -29,3 +31,5 @@ template <std::size_t capacity>
 {
     return JoinBounded(target, capacity, parts);
 }
+
+} // namespace ccrypto

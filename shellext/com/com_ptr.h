@@ -2,6 +2,8 @@
 
 #include <unknwn.h>
 
+namespace ccrypto {
+
 /// Owns one reference to a COM object.
 template <typename Interface>
 class ComPtr {
@@ -34,3 +36,5 @@ public:
 private:
     Interface* object_ = nullptr;
 };
+
+} // namespace ccrypto

@@ -4,6 +4,8 @@
 
 #include <new>
 
+namespace ccrypto {
+
 /// A Win32 status as an HRESULT: 0 stays S_OK, and what is an HRESULT already passes through.
 constexpr HRESULT ResultFromWin32(LONG status)
 {
@@ -33,3 +35,5 @@ HRESULT Guarded(Operation&& operation) noexcept
         return E_UNEXPECTED;
     }
 }
+
+} // namespace ccrypto

@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-namespace module {
+namespace ccrypto::module {
 
 namespace {
 
@@ -36,4 +36,4 @@ void RemoveObject()
     --objectCount;
 }
 
-} // namespace module
+} // namespace ccrypto::module

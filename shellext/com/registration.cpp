@@ -8,6 +8,8 @@
 
 #include <string>
 
+namespace ccrypto {
+
 namespace {
 
 /// "{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}".
@@ -110,3 +112,5 @@ HRESULT GetHKCRRegistryKeyAndValue(const wchar_t* subKey, const wchar_t* valueNa
         status = RegQueryValueExW(key.get(), valueName, nullptr, nullptr, static_cast<BYTE*>(buffer), &bufferBytes);
     return ResultFromWin32(status);
 }
+
+} // namespace ccrypto

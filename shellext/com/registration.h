@@ -5,6 +5,8 @@
 /// What self-registration writes to and removes from `HKEY_CLASSES_ROOT`. Every routine stops at its first failing step, without
 /// undoing earlier ones, and returns S_OK or that step's HRESULT. A null `friendlyName` leaves the key without a default value.
 
+namespace ccrypto {
+
 /// Writes `CLSID\{clsid}` and its `InprocServer32`. \return E_INVALIDARG when `modulePath` or `threadingModel` is null.
 [[nodiscard]] HRESULT RegisterInprocServer(const wchar_t* modulePath, const CLSID& clsid, const wchar_t* friendlyName,
                                            const wchar_t* threadingModel);
@@ -26,3 +28,5 @@
 
 /// Reads the value `valueName` of `subKey`, as it is stored, into `buffer` of `bufferBytes` bytes; text need not be terminated.
 [[nodiscard]] HRESULT GetHKCRRegistryKeyAndValue(const wchar_t* subKey, const wchar_t* valueName, void* buffer, DWORD bufferBytes);
+
+} // namespace ccrypto

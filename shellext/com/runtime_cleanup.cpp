@@ -10,12 +10,18 @@
 #include <atomic>
 #include <cstdint>
 
+using namespace ccrypto;
+
+namespace ccrypto {
+
 namespace __gnu_cxx {
 
 /// Frees the memory that the runtime keeps for exceptions thrown without memory. Declared in no header.
 void __freeres();
 
 } // namespace __gnu_cxx
+
+} // namespace ccrypto
 
 namespace {
 

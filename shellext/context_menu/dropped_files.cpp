@@ -6,6 +6,8 @@
 #include <cstring>
 #include <cwchar>
 
+namespace ccrypto {
+
 namespace {
 
 /// Whether a list of zero-terminated texts ends, with an empty text, inside the `size` bytes from `list` on.
@@ -90,3 +92,5 @@ std::size_t DroppedFiles::query(UINT index, wchar_t (&path)[textCapacity])
     ++nextIndex_;
     return std::min(length, textCapacity - 1);
 }
+
+} // namespace ccrypto

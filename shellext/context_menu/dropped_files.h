@@ -7,6 +7,8 @@
 #include <objidl.h>
 #include <shellapi.h>
 
+namespace ccrypto {
+
 /// The files of a selection: the CF_HDROP list of a data object, locked in memory while this lives and then given back.
 ///
 /// The shell follows a list wherever it leads, so one that does not begin and end inside its memory is refused.
@@ -39,3 +41,5 @@ private:
     const wchar_t* end_ = nullptr;
     UINT nextIndex_ = 0;
 };
+
+} // namespace ccrypto

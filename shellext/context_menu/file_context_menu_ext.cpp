@@ -7,6 +7,8 @@
 
 #include <shlwapi.h>
 
+using namespace ccrypto;
+
 FileContextMenuExt::FileContextMenuExt()
 {
     CCryptoAutoLogger logger("FileContextMenuExt::FileContextMenuExt");

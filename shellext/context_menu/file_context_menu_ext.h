@@ -56,9 +56,9 @@ private:
 
     std::atomic<ULONG> references_ = 1;
     CCryptoString selectedFiles_;
-    module::ObjectReference counted_;
+    ccrypto::module::ObjectReference counted_;
     bool multipleAllowed_ = true;
-    wchar_t menuText_[textCapacity] = {};
+    wchar_t menuText_[ccrypto::textCapacity] = {};
     ccrypto::OwnedBitmap bitmap_;
     const wchar_t* helpText_ = nullptr;
 };

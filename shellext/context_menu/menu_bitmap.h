@@ -6,9 +6,13 @@
 
 #include <atomic>
 
+namespace ccrypto {
+
 /// The number of the icon in the library's resources, and the size in pixels at which the menu shows it.
 constexpr WORD menuIconResource = 105;
 constexpr int menuIconSize = 16;
+
+} // namespace ccrypto
 
 namespace ccrypto {
 

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+namespace ccrypto {
+
 inline std::span<const std::uint8_t> BytesOf(std::string_view text)
 {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
@@ -153,3 +155,5 @@ inline std::vector<int> Lengths(std::initializer_list<std::pair<std::size_t, int
         lengths[symbol] = length;
     return lengths;
 }
+
+} // namespace ccrypto

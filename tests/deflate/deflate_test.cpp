@@ -12,6 +12,8 @@
 #include <functional>
 #include <new>
 
+using namespace ccrypto;
+
 namespace {
 
 using std::string_literals::operator""s;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 namespace {
 
 using std::string_view_literals::operator""sv;

@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 namespace {
 
 using std::string_view_literals::operator""sv;

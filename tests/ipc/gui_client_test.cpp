@@ -11,6 +11,8 @@
 #include <functional>
 #include <thread>
 
+using namespace ccrypto;
+
 using namespace std::string_literals;
 
 namespace {

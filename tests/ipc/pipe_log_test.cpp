@@ -12,6 +12,8 @@
 #include <memory>
 #include <thread>
 
+using namespace ccrypto;
+
 using ::testing::Contains;
 using ::testing::HasSubstr;
 using ::testing::IsSupersetOf;

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+using namespace ccrypto;
+
 using namespace std::string_literals;
 using wire::Message;
 

@@ -10,6 +10,8 @@
 #include <optional>
 #include <thread>
 
+using namespace ccrypto;
+
 namespace {
 
 // What the system was asked for. Some of it leaves no trace that could be read back: Wine drops the integrity label, and time-outs

@@ -12,6 +12,8 @@
 #include <future>
 #include <thread>
 
+using namespace ccrypto;
+
 using namespace std::string_literals;
 
 namespace {

@@ -8,7 +8,7 @@
 #include <vector>
 
 /// The other end of a pipe, by plain blocking Win32 calls, so that it can do what the library's own never would.
-namespace peers {
+namespace ccrypto::peers {
 
 /// A pipe name that no other test of any process uses.
 inline std::string FreshPipeName()
@@ -60,4 +60,4 @@ inline std::string ReadRequest(HANDLE pipe)
     return request + ReadBytes(pipe, length);
 }
 
-} // namespace peers
+} // namespace ccrypto::peers

@@ -8,7 +8,7 @@
 #include <string_view>
 
 /// Messages and items put together by hand, so that a test never takes the code's word for what is on the wire.
-namespace wire {
+namespace ccrypto::wire {
 
 inline std::string Integer32(std::uint32_t value)
 {
@@ -75,4 +75,4 @@ public:
     using CCryptoPipeRequestData::setStatus;
 };
 
-} // namespace wire
+} // namespace ccrypto::wire

@@ -4,6 +4,8 @@
 
 #include <stdexcept>
 
+using namespace ccrypto;
+
 namespace {
 
 using platform::ScopedHandle;
@@ -50,6 +52,8 @@ ChildResult Run(std::wstring commandLine)
 
 } // namespace
 
+namespace ccrypto {
+
 ChildResult RunProgram(const std::wstring& name, const std::vector<std::wstring>& arguments)
 {
     const std::string folder = PROGRAM_DIR;
@@ -58,3 +62,5 @@ ChildResult RunProgram(const std::wstring& name, const std::vector<std::wstring>
         commandLine += L" \"" + argument + L"\"";
     return Run(commandLine);
 }
+
+} // namespace ccrypto

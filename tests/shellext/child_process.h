@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace ccrypto {
+
 /// What a program that has ended left behind.
 struct ChildResult {
     unsigned long exitCode = 0;
@@ -11,3 +13,5 @@ struct ChildResult {
 
 /// Runs a program of this build, `name` without its extension, until it ends.
 ChildResult RunProgram(const std::wstring& name, const std::vector<std::wstring>& arguments);
+
+} // namespace ccrypto

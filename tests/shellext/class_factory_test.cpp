@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <new>
 
+using namespace ccrypto;
+
 namespace {
 
 bool memoryIsShort = false;

@@ -4,6 +4,8 @@
 
 #include <memory>
 
+namespace ccrypto {
+
 struct Releaser {
     template <typename Object>
     void operator()(Object* object) const
@@ -17,3 +19,5 @@ template <typename Object>
 using Owned = std::unique_ptr<Object, Releaser>;
 
 using ccrypto::OwnedMenu;
+
+} // namespace ccrypto

@@ -4,6 +4,10 @@
 
 #include <stdexcept>
 
+using namespace ccrypto;
+
+namespace ccrypto {
+
 TemporaryFiles::TemporaryFiles()
 {
     static int number = 0;
@@ -42,3 +46,5 @@ std::wstring TemporaryFiles::create(const std::wstring& name)
     files_.push_back(path);
     return path;
 }
+
+} // namespace ccrypto

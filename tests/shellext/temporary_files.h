@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace ccrypto {
+
 /// A folder of empty files that lives as long as the object.
 class TemporaryFiles {
 public:
@@ -19,3 +21,5 @@ private:
     std::vector<std::wstring> files_;
     std::vector<std::wstring> folders_;
 };
+
+} // namespace ccrypto

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <utility>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::string_view capturedTag = " captured ";
@@ -33,6 +35,8 @@ void Capture(const char* line)
 
 } // namespace
 
+namespace ccrypto {
+
 CapturedLog::CapturedLog(std::function<void(const std::string&)> onLine)
 {
     captured.clear();
@@ -50,3 +54,5 @@ std::vector<std::string> CapturedLog::texts() const
     const std::lock_guard lock(captureGuard);
     return captured;
 }
+
+} // namespace ccrypto

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace ccrypto {
+
 /// Everything the process writes while one lives: the texts of the lines, without time, numbers, tag and indentation, and without
 /// the rules between operations. Logging is on with level 255 meanwhile, and off afterwards.
 class CapturedLog {
@@ -16,3 +18,5 @@ public:
 
     std::vector<std::string> texts() const;
 };
+
+} // namespace ccrypto

@@ -6,12 +6,16 @@
 #include <memory>
 #include <mutex>
 
+using namespace ccrypto;
+
 namespace {
 
 std::mutex guard;
 std::vector<std::string> collected;
 
 } // namespace
+
+namespace ccrypto {
 
 CollectedLog::CollectedLog(std::uint32_t level, const std::string& path, bool profiling)
 {
@@ -72,3 +76,5 @@ std::vector<std::string> TextsOfFile(const std::string& path, std::string_view t
         texts.push_back(TextOfLine(line, tag));
     return texts;
 }
+
+} // namespace ccrypto

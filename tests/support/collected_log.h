@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+namespace ccrypto {
+
 /// The log of this process while one lives, as its callback receives it; with a file where one is named. Off afterwards.
 class CollectedLog {
 public:
@@ -31,3 +33,5 @@ std::string TextOfLine(const std::string& line, std::string_view tag);
 
 /// What stands behind the tag of each line of a file.
 std::vector<std::string> TextsOfFile(const std::string& path, std::string_view tag);
+
+} // namespace ccrypto

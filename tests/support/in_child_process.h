@@ -4,6 +4,8 @@
 
 #include <cstdlib>
 
+namespace ccrypto {
+
 /// Runs `body` in a process of its own, which a thread that is ended by force leaves behind in disorder: with locks that nobody
 /// owns, and with a leak check that looks for the thread. Expectations in `body` count.
 template <typename Body>
@@ -16,3 +18,5 @@ void InChildProcess(Body body)
         },
         ::testing::ExitedWithCode(0), "");
 }
+
+} // namespace ccrypto

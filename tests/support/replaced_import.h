@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <string>
 
+namespace ccrypto {
+
 /// Makes one module call a function of the test's own in place of one that it imports by name, while the object lives: for failures
 /// that the system cannot be made to answer on demand, and for arguments that it keeps no trace of.
 class ReplacedImport {
@@ -52,3 +54,5 @@ private:
     std::uintptr_t* slot_;
     std::uintptr_t own_;
 };
+
+} // namespace ccrypto

@@ -4,6 +4,10 @@
 
 #include <atomic>
 
+using namespace ccrypto;
+
+namespace ccrypto {
+
 TemporaryDirectory::TemporaryDirectory()
 {
     static std::atomic<unsigned> count;
@@ -23,3 +27,5 @@ std::string TemporaryDirectory::operator/(std::u8string_view name) const
     const std::u8string path = (path_ / std::filesystem::path(name)).u8string();
     return {path.begin(), path.end()};
 }
+
+} // namespace ccrypto

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+namespace ccrypto {
+
 /// A new empty folder that goes, with all it holds, at the end of the scope.
 class TemporaryDirectory {
 public:
@@ -19,3 +21,5 @@ public:
 private:
     std::filesystem::path path_;
 };
+
+} // namespace ccrypto

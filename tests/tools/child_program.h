@@ -5,6 +5,8 @@
 
 #include <string>
 
+namespace ccrypto {
+
 /// A console program that is running, its standard output and error together at hand line by line.
 class ChildProgram {
 public:
@@ -75,3 +77,5 @@ private:
     platform::ScopedHandle process_;
     platform::ScopedHandle output_;
 };
+
+} // namespace ccrypto

@@ -3,6 +3,8 @@
 #include "tools/cryptotool/cli/host.h"
 #include "tools/cryptotool/cli/invocation.h"
 
+using namespace ccrypto;
+
 int main(int count, char** words)
 {
     SystemConsole console;

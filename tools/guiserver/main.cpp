@@ -18,6 +18,8 @@
 #include <cwchar>
 #include <mutex>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr int exitGood = 0;

@@ -3,6 +3,8 @@
 #include <charconv>
 #include <iterator>
 
+namespace ccrypto {
+
 const char* const guiServerUsage =
     R"(guiserver: stands in for the GUI server of the signing client and shows what it is asked
 
@@ -133,3 +135,5 @@ bool ParseGuiServerOptions(const std::vector<std::string>& arguments, GuiServerO
     }
     return true;
 }
+
+} // namespace ccrypto

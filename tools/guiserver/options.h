@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace ccrypto {
+
 /// How the stand-in for the GUI server was asked to behave.
 struct GuiServerOptions {
     std::string pipe; ///< empty for the session's own
@@ -29,3 +31,5 @@ extern const char* const guiServerUsage;
 /// \param arguments UTF-8, without the program's name. \return false with `error` set for the user to read;
 /// nothing that may be a PIN is in it.
 bool ParseGuiServerOptions(const std::vector<std::string>& arguments, GuiServerOptions& options, std::string& error);
+
+} // namespace ccrypto

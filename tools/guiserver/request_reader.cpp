@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::uint32_t maxListItems = 100000;
@@ -155,3 +157,5 @@ ReceivedRequest ReadGuiRequest(CCryptoPipeRequestData& message)
     }
     return request;
 }
+
+} // namespace ccrypto

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+namespace ccrypto {
+
 /// One item as it was received. The bytes of a secret are not kept; those of an item that was meant as one, and stood in the wrong
 /// place, are wiped with it.
 struct ReceivedItem {
@@ -33,3 +35,5 @@ struct ReceivedRequest {
 
 /// Takes apart the message just received. Any bytes are survived; of more than 100016 items the first ones are kept.
 ReceivedRequest ReadGuiRequest(CCryptoPipeRequestData& message);
+
+} // namespace ccrypto

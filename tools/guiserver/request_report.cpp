@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <utility>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::uint32_t noCharacter = 0xFFFFFFFF;
@@ -215,3 +217,5 @@ std::string DescribeAsJson(std::uint32_t number, const ReceivedRequest& request,
         json += ",\"answer\":{\"status\":" + std::to_string(answer.status) + ",\"items\":" + JsonItems(answer.items) + "}";
     return json + "}\n";
 }
+
+} // namespace ccrypto

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+namespace ccrypto {
+
 /// What the stand-in answered: items by name, the bytes of a secret not among them.
 struct GivenAnswer {
     std::int32_t status = 0;
@@ -27,3 +29,5 @@ std::string DescribeLostAnswer(std::uint32_t number, bool json);
 
 /// A text in quotes, as JSON has it.
 std::string JsonText(std::string_view text);
+
+} // namespace ccrypto

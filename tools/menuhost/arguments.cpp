@@ -7,6 +7,8 @@
 #include <cwchar>
 #include <string_view>
 
+namespace ccrypto {
+
 const char usageText[] =
     R"(menuhost [OPTION]... FILE...
 
@@ -116,3 +118,5 @@ std::optional<Arguments> ParseArguments(const std::vector<std::wstring>& words, 
     }
     return result;
 }
+
+} // namespace ccrypto

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace ccrypto {
+
 /// What the command line asks for.
 struct Arguments {
     std::vector<std::wstring> files;
@@ -21,3 +23,5 @@ extern const char usageText[];
 
 /// \return nothing, with the reason in `problem`, when the words make no sense.
 std::optional<Arguments> ParseArguments(const std::vector<std::wstring>& words, std::wstring& problem);
+
+} // namespace ccrypto

@@ -16,6 +16,8 @@
 
 #include <cstdio>
 
+using namespace ccrypto;
+
 namespace {
 
 // The identifiers Explorer would give to one handler.

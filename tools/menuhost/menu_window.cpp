@@ -2,6 +2,8 @@
 
 #include <map>
 
+namespace ccrypto {
+
 namespace {
 
 struct ExplorerItem {
@@ -180,3 +182,5 @@ std::optional<UINT> ShowMenu(HMENU menu, const std::vector<std::wstring>& files,
     UnregisterClassW(windowClass, program);
     return chosen;
 }
+
+} // namespace ccrypto

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+namespace ccrypto {
+
 /// Puts the items that Explorer itself shows for a file into `menu`, an empty popup.
 /// \return the position at which Explorer lets handlers insert theirs.
 UINT AddExplorerItems(HMENU menu);
@@ -16,3 +18,5 @@ UINT AddExplorerItems(HMENU menu);
 /// \return the identifier of the item the user chose, 0 when none was; nothing when the window could not be made, with the reason
 /// in GetLastError().
 std::optional<UINT> ShowMenu(HMENU menu, const std::vector<std::wstring>& files, UINT seconds, const std::function<void()>& shown);
+
+} // namespace ccrypto

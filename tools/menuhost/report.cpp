@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <string_view>
 
+namespace ccrypto {
+
 namespace {
 
 struct NamedResult {
@@ -147,3 +149,5 @@ void Report::finish(int exitCode)
     if (json_)
         PrintLine("{\"exit\": " + std::to_string(exitCode) + ", \"calls\": [" + calls_ + "], \"items\": [" + items_ + "]}");
 }
+
+} // namespace ccrypto

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace ccrypto {
+
 /// One line of the menu, as the handler left it there.
 struct MenuItem {
     bool separator = false;
@@ -39,3 +41,5 @@ private:
 
 /// The name of an HRESULT, or "success, code N"; empty for a failure without a name here.
 std::string ResultName(HRESULT result);
+
+} // namespace ccrypto

@@ -7,6 +7,8 @@
 #include <memory>
 #include <type_traits>
 
+namespace ccrypto {
+
 namespace {
 
 struct ItemListDeleter {
@@ -68,3 +70,5 @@ HRESULT SelectInShell(const std::vector<std::wstring>& files, ComPtr<IDataObject
     return folder->GetUIObjectOf(nullptr, static_cast<UINT>(children.size()), children.data(), IID_IDataObject, nullptr,
                                  selection.receiveVoid());
 }
+
+} // namespace ccrypto

@@ -3,7 +3,7 @@
 #include <errno.h>
 #include <time.h>
 
-namespace platform {
+namespace ccrypto::platform {
 
 namespace {
 
@@ -77,4 +77,4 @@ void SleepMilliseconds(std::uint32_t milliseconds)
     while (clock_nanosleep(CLOCK_MONOTONIC, 0, &left, &left) == EINTR) {}
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -8,7 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace platform {
+namespace ccrypto::platform {
 
 namespace {
 
@@ -142,4 +142,4 @@ bool File::Replace(const char* from, const char* to)
     return ::rename(from, to) == 0;
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -18,7 +18,7 @@
 #include <mutex>
 #include <string>
 
-namespace platform {
+namespace ccrypto::platform {
 
 namespace {
 
@@ -138,4 +138,4 @@ void NamedMutex::unlock()
     state->threads.unlock();
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

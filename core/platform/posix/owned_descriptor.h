@@ -4,7 +4,7 @@
 
 #include <unistd.h>
 
-namespace platform {
+namespace ccrypto::platform {
 
 struct DescriptorKind {
     using Value = int;
@@ -15,4 +15,4 @@ struct DescriptorKind {
 /// Owns one file descriptor.
 using OwnedDescriptor = ccrypto::SystemHandle<DescriptorKind>;
 
-} // namespace platform
+} // namespace ccrypto::platform

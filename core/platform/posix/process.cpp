@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <array>
 
-namespace platform {
+namespace ccrypto::platform {
 
 namespace {
 
@@ -104,4 +104,4 @@ bool ProcessIsEnding()
     return false;
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -11,7 +11,7 @@
 #include <cerrno>
 #include <new>
 
-namespace platform {
+namespace ccrypto::platform {
 
 namespace {
 
@@ -63,4 +63,4 @@ std::uint64_t ForkGeneration()
     return forkGeneration.load(std::memory_order_relaxed) + 1;
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -7,7 +7,7 @@
 #include <atomic>
 #include <new>
 
-namespace platform {
+namespace ccrypto::platform {
 
 namespace {
 
@@ -96,4 +96,4 @@ std::int32_t RecursiveLock::recursionCount() const
     return LockIn(storage_).recursionCount.load(std::memory_order_relaxed);
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -12,7 +12,7 @@
 #include <cstring>
 #include <utility>
 
-namespace platform {
+namespace ccrypto::platform {
 
 namespace {
 
@@ -235,4 +235,4 @@ std::uint32_t RegistryKey::enumerate(std::uint32_t index, char* name, std::uint3
     return registrySuccess;
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

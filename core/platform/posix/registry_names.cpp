@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-namespace platform {
+namespace ccrypto::platform {
 
 namespace {
 
@@ -118,4 +118,4 @@ std::vector<std::string> SubFolders(int directory)
     return names;
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -5,7 +5,7 @@
 #include <vector>
 
 /// How names of the registry become names of files. They may come from outside, so a name that could leave the hive is refused.
-namespace platform {
+namespace ccrypto::platform {
 
 /// The components of a key path; "\" once or more often separates them and may stand at either end.
 /// \return false when a component is not usable, there are more than 32 of them, or the path has more than 2048 bytes.
@@ -30,4 +30,4 @@ std::string FindEntry(int directory, const std::string& name);
 /// The names of all folders in `directory`, in order.
 std::vector<std::string> SubFolders(int directory);
 
-} // namespace platform
+} // namespace ccrypto::platform

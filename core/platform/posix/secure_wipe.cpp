@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-namespace platform {
+namespace ccrypto::platform {
 
 void SecureWipe(void* bytes, std::size_t count)
 {
@@ -10,4 +10,4 @@ void SecureWipe(void* bytes, std::size_t count)
         explicit_bzero(bytes, count);
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -14,7 +14,7 @@
 #include <atomic>
 #include <memory>
 
-namespace platform {
+namespace ccrypto::platform {
 
 namespace {
 
@@ -185,4 +185,4 @@ bool Thread::terminate()
     return AwaitLeaving(*state, id_, deliveryTime);
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

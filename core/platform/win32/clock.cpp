@@ -4,7 +4,7 @@
 
 #include <time.h>
 
-namespace platform {
+namespace ccrypto::platform {
 
 namespace {
 
@@ -78,4 +78,4 @@ void SleepMilliseconds(std::uint32_t milliseconds)
     Sleep(milliseconds);
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-namespace platform {
+namespace ccrypto::platform {
 
 namespace {
 
@@ -184,4 +184,4 @@ bool File::Replace(const char* from, const char* to)
     return MoveFileExW(SystemName(from).c_str(), SystemName(to).c_str(), MOVEFILE_REPLACE_EXISTING) != FALSE;
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

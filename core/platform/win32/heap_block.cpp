@@ -2,11 +2,11 @@
 
 #include <malloc.h>
 
-namespace platform {
+namespace ccrypto::platform {
 
 std::size_t HeapBlockSize(void* block)
 {
     return _msize(block);
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -1,8 +1,8 @@
 #include "core/platform/log_place.h"
 
-namespace platform {
+namespace ccrypto::platform {
 
 const char* const defaultLogDirectory = "C:\\";
 const char pathSeparator = '\\';
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -7,7 +7,7 @@
 #include <array>
 #include <cstring>
 
-namespace platform {
+namespace ccrypto::platform {
 
 namespace {
 
@@ -88,4 +88,4 @@ void NamedMutex::unlock()
         ReleaseMutex(state_.get());
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -6,7 +6,7 @@
 
 #include <array>
 
-namespace platform {
+namespace ccrypto::platform {
 
 std::uint32_t CurrentProcessId()
 {
@@ -87,4 +87,4 @@ bool ProcessIsEnding()
     return found != nullptr && reinterpret_cast<Query>(reinterpret_cast<void*>(found))() != FALSE;
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-namespace platform {
+namespace ccrypto::platform {
 
 bool RandomBytes(void* bytes, std::size_t count)
 {
@@ -33,4 +33,4 @@ std::uint64_t ForkGeneration()
     return 1;
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

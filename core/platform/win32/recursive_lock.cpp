@@ -4,7 +4,7 @@
 
 #include <new>
 
-namespace platform {
+namespace ccrypto::platform {
 
 namespace {
 
@@ -62,4 +62,4 @@ std::int32_t RecursiveLock::recursionCount() const
     return SectionIn(storage_)->RecursionCount;
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-namespace platform {
+namespace ccrypto::platform {
 
 namespace {
 
@@ -98,4 +98,4 @@ std::uint32_t RegistryKey::enumerate(std::uint32_t index, char* name, std::uint3
     return static_cast<std::uint32_t>(RegEnumKeyA(static_cast<HKEY>(handle_.get()), index, name, size));
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace platform {
+namespace ccrypto::platform {
 
 /// The flag that every registry access carries: the 64-bit view for a native 64-bit x86 processor (`architecture` 9) under Windows
 /// 6 or later, the 32-bit view for everything else.
@@ -16,4 +16,4 @@ constexpr std::uint32_t RegistryViewFlag(std::uint32_t windowsMajor, std::uint16
 /// The flag for this machine, found out once a process.
 std::uint32_t RegistryViewFlag();
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-namespace platform {
+namespace ccrypto::platform {
 
 struct KernelHandleKind {
     using Value = HANDLE;
@@ -17,4 +17,4 @@ struct KernelHandleKind {
 /// Owns one kernel handle.
 using ScopedHandle = ccrypto::SystemHandle<KernelHandleKind>;
 
-} // namespace platform
+} // namespace ccrypto::platform

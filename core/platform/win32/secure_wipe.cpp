@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-namespace platform {
+namespace ccrypto::platform {
 
 void SecureWipe(void* bytes, std::size_t count)
 {
@@ -13,4 +13,4 @@ void SecureWipe(void* bytes, std::size_t count)
     asm volatile("" : : "r"(bytes) : "memory");
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -7,7 +7,7 @@
 
 #include <memory>
 
-namespace platform {
+namespace ccrypto::platform {
 
 namespace {
 
@@ -65,4 +65,4 @@ bool Thread::terminate()
     return !isOpen() || (TerminateThread(state_.get(), 0) != FALSE && wait(endingTime)) || wait(0);
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

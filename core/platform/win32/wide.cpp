@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace platform {
+namespace ccrypto::platform {
 
 namespace {
 
@@ -99,4 +99,4 @@ std::wstring Utf8ToWide(std::string_view utf8)
     return wide;
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

@@ -5,7 +5,7 @@
 #include <string_view>
 
 /// Between the UTF-8 of the library and the 16-bit text of Windows calls.
-namespace platform {
+namespace ccrypto::platform {
 
 /// A surrogate without its partner becomes a three-byte sequence of its own, so that every Windows name survives the way there and
 /// back.
@@ -26,4 +26,4 @@ inline const char16_t* AsUtf16(const wchar_t* units)
     return reinterpret_cast<const char16_t*>(units);
 }
 
-} // namespace platform
+} // namespace ccrypto::platform

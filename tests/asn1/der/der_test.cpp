@@ -13,6 +13,8 @@
 #include <string>
 #include <utility>
 
+using namespace ccrypto;
+
 namespace {
 
 using std::string_literals::operator""s;

@@ -9,6 +9,8 @@
 #include <set>
 #include <string>
 
+using namespace ccrypto;
+
 namespace {
 
 using std::string_view_literals::operator""sv;

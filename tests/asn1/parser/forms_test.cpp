@@ -11,6 +11,8 @@
 #include <random>
 #include <string>
 
+using namespace ccrypto;
+
 namespace {
 
 using std::string_view_literals::operator""sv;

@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+namespace ccrypto {
+
 inline element Der(std::string_view bytes)
 {
     return element(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
@@ -38,3 +40,5 @@ inline void ExpectReadsBack(const CCryptoParser& tree, const TextForm& seen, std
         EXPECT_EQ((again.*seen.print)(), (tree.*seen.print)()) << text.c_str();
     }
 }
+
+} // namespace ccrypto

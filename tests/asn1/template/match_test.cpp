@@ -8,6 +8,8 @@
 #include <span>
 #include <string>
 
+using namespace ccrypto;
+
 namespace {
 
 element Bytes(std::string_view hex)

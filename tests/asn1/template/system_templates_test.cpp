@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+using namespace ccrypto;
+
 // The templates of the system's own structures on what another program made of the same standards (tests/data/asn1/make-fixtures).
 
 namespace {

@@ -14,6 +14,8 @@
 #include <string>
 #include <utility>
 
+using namespace ccrypto;
+
 namespace {
 
 using std::string_view_literals::operator""sv;

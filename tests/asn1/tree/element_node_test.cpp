@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::array slots = {LinkKind::modifiers, LinkKind::brackets, LinkKind::shortValue,

@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+using namespace ccrypto;
+
 namespace {
 
 /// Numbers and not names: other code stores and switches on them.

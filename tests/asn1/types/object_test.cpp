@@ -14,6 +14,8 @@
 #include <memory>
 #include <string>
 
+using namespace ccrypto;
+
 namespace {
 
 using std::string_view_literals::operator""sv;

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 /// Cannot be allocated in runs of more than 4.

@@ -14,6 +14,8 @@
 #include <utility>
 #include <vector>
 
+using namespace ccrypto;
+
 using ::testing::ContainsRegex;
 
 namespace {

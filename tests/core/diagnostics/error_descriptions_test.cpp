@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+using namespace ccrypto;
+
 using testing::Contains;
 using testing::HasSubstr;
 

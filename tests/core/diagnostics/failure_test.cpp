@@ -11,6 +11,8 @@
 #include <string>
 #include <thread>
 
+using namespace ccrypto;
+
 namespace {
 
 using ccrypto::Failure;

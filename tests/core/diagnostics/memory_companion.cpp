@@ -9,6 +9,8 @@
 #include <new>
 #include <optional>
 
+using namespace ccrypto;
+
 // Usage: memory_companion STAGE: an operation fails with the log on, and from STAGE on ("open", "reason" or "close") there is no
 // memory. Says "fatal" when the log says so, "terminated" when an exception went where it may not.
 

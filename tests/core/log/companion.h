@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+namespace ccrypto {
+
 /// A process that runs a program built beside the tests; waited for when it goes.
 class Companion {
 public:
@@ -38,3 +40,5 @@ public:
 private:
     FILE* output_ = nullptr;
 };
+
+} // namespace ccrypto

@@ -4,6 +4,8 @@
 
 #include <string>
 
+using namespace ccrypto;
+
 namespace {
 
 using platform::CalendarTime;

@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+using namespace ccrypto;
+
 // Usage: lock_companion NAME END: takes the mutex NAME, says "locked", waits for the mutex END and leaves without giving NAME back.
 int main(int count, char** words)
 {

@@ -9,6 +9,8 @@
 #include <thread>
 #include <vector>
 
+using namespace ccrypto;
+
 // Usage: log_companion FILE GATE NUMBER THREADS LINES: says "ready", waits until the mutex GATE can be had, and writes LINES lines
 // from each of its threads to the log file FILE.
 int main(int count, char** words)

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr int processCount = 2;

@@ -20,6 +20,8 @@
 #include <thread>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 using Mode = ccrypto::LoggerMode;

@@ -4,6 +4,8 @@
 
 #include <array>
 
+using namespace ccrypto;
+
 TEST(SecureWipe, ClearsExactlyTheGivenBytes)
 {
     std::array<unsigned char, 8> bytes{1, 2, 3, 4, 5, 6, 7, 8};

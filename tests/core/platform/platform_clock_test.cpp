@@ -4,6 +4,8 @@
 
 #include <ctime>
 
+using namespace ccrypto;
+
 using platform::CalendarTime;
 
 namespace {

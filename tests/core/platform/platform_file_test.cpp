@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+using namespace ccrypto;
+
 using platform::File;
 using platform::FileMode;
 

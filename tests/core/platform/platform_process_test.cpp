@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <thread>
 
+using namespace ccrypto;
+
 TEST(Process, ThreadsHaveNumbersOfTheirOwn)
 {
     const std::uint32_t own = platform::CurrentThreadId();

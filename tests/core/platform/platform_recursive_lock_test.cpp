@@ -7,6 +7,8 @@
 #include <thread>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 class RecursiveLockTest : public ::testing::Test {

@@ -8,6 +8,8 @@
 #include <future>
 #include <thread>
 
+using namespace ccrypto;
+
 namespace {
 
 struct Meeting {

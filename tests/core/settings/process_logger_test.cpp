@@ -18,6 +18,8 @@
 #include <string>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 using Names = std::vector<std::string>;

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace ccrypto {
+
 /// Both hives of this process are empty while one lives; the system's own are not touched.
 class ScratchRegistry {
 public:
@@ -8,3 +10,5 @@ public:
     ScratchRegistry(const ScratchRegistry&) = delete;
     ScratchRegistry& operator=(const ScratchRegistry&) = delete;
 };
+
+} // namespace ccrypto

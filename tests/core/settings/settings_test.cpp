@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+using namespace ccrypto;
+
 using platform::RegistryHive;
 using testing::Contains;
 using testing::EndsWith;

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 using platform::CalendarTime;

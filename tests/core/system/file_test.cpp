@@ -6,6 +6,8 @@
 
 #include <string>
 
+using namespace ccrypto;
+
 using ::testing::ElementsAre;
 
 namespace {

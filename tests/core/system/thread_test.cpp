@@ -12,6 +12,8 @@
 #include <thread>
 #include <vector>
 
+using namespace ccrypto;
+
 using ::testing::Contains;
 using ::testing::HasSubstr;
 

@@ -5,6 +5,8 @@
 #include <array>
 #include <limits>
 
+using namespace ccrypto;
+
 using constant_time::Declassify;
 using constant_time::Mask;
 

@@ -4,6 +4,8 @@
 
 #include <array>
 
+using namespace ccrypto;
+
 TEST(CpuFeatures, TheEnvironmentCanOnlyForbid)
 {
     constexpr std::uint32_t all = cpu::shaNi | cpu::avx2 | cpu::aesNi | cpu::pclmul | cpu::vaes | cpu::adx;

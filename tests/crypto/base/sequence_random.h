@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <random>
 
+namespace ccrypto {
+
 /// Bytes that look random and are the same in every run.
 class SequenceRandom final : public ICryptoRandom {
 public:
@@ -45,3 +47,5 @@ public:
         return false;
     }
 };
+
+} // namespace ccrypto

@@ -8,6 +8,8 @@
 
 // The bytes of the tests as the library takes and gives them.
 
+namespace ccrypto {
+
 inline element ElementOf(const Bytes& bytes)
 {
     return element(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
@@ -39,3 +41,5 @@ inline Bytes RandomBytes(std::mt19937& random, std::size_t length)
         byte = static_cast<std::uint8_t>(random());
     return bytes;
 }
+
+} // namespace ccrypto

@@ -4,6 +4,8 @@
 
 #include <fstream>
 
+using namespace ccrypto;
+
 namespace {
 
 std::string Trimmed(const std::string& text)
@@ -25,6 +27,8 @@ Bytes FromHex(const std::string& text, const std::string& place)
 }
 
 } // namespace
+
+namespace ccrypto {
 
 std::string TestVector::text(const std::string& name) const
 {
@@ -112,3 +116,5 @@ std::string Hex(const Bytes& bytes)
     }
     return text;
 }
+
+} // namespace ccrypto

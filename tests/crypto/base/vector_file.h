@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace ccrypto {
+
 using Bytes = std::vector<std::uint8_t>;
 
 /// One test vector: what its lines, and the lines of the section it stands in, give names to.
@@ -43,3 +45,5 @@ bool Holds(const Object& object, const std::string& digits)
     const auto* const bytes = reinterpret_cast<const std::uint8_t*>(&object);
     return Hex(Bytes(bytes, bytes + sizeof object)).find(digits) != std::string::npos;
 }
+
+} // namespace ccrypto

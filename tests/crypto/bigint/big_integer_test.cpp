@@ -6,6 +6,8 @@
 
 #include <random>
 
+using namespace ccrypto;
+
 namespace {
 
 /// Numbers with many digits of all zeros and all ones, at which carries go wrong.
@@ -33,7 +35,7 @@ private:
     unsigned fill_ = 0;
 };
 
-Bytes BytesOf(const CCryptoBigInteger& number)
+Bytes BytesOfNumber(const CCryptoBigInteger& number)
 {
     const element bytes = number.toBytes();
     return {bytes.data(), bytes.data() + bytes.length()};
@@ -43,7 +45,7 @@ void ExpectSame(const CCryptoBigInteger& number, const slow::Number& twin)
 {
     ASSERT_TRUE(number.isValid());
     ASSERT_FALSE(number.isNegative());
-    ASSERT_EQ(Hex(BytesOf(number)), Hex(slow::ToBytes(twin)));
+    ASSERT_EQ(Hex(BytesOfNumber(number)), Hex(slow::ToBytes(twin)));
 }
 
 CCryptoBigInteger Hexadecimal(std::string_view digits)
@@ -133,7 +135,8 @@ TEST(BigInteger, DividesWhereASuggestedDigitIsTooLarge)
         SCOPED_TRACE(c.dividend);
         const CCryptoBigInteger dividend = Hexadecimal(c.dividend);
         const CCryptoBigInteger divisor = Hexadecimal(c.divisor);
-        const auto [quotient, rest] = slow::Divide(slow::FromBytes(BytesOf(dividend)), slow::FromBytes(BytesOf(divisor)));
+        const auto [quotient, rest] =
+            slow::Divide(slow::FromBytes(BytesOfNumber(dividend)), slow::FromBytes(BytesOfNumber(divisor)));
         ExpectSame(dividend / divisor, quotient);
         ExpectSame(dividend % divisor, rest);
     }

@@ -8,6 +8,8 @@
 
 #include <random>
 
+using namespace ccrypto;
+
 using limbs::Limb;
 
 namespace {

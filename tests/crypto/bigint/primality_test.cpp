@@ -4,6 +4,8 @@
 
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 CCryptoBigInteger PowerOfTwo(std::uint32_t exponent)

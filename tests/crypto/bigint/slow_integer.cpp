@@ -1,6 +1,10 @@
 #include "tests/crypto/bigint/slow_integer.h"
 
+using namespace ccrypto;
+
 using slow::Number;
+
+namespace ccrypto {
 
 Number slow::Trim(Number number)
 {
@@ -87,3 +91,5 @@ Number slow::Power(const Number& base, const Number& exponent, const Number& mod
     }
     return result;
 }
+
+} // namespace ccrypto

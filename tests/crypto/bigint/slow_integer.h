@@ -7,7 +7,7 @@
 
 /// Natural numbers as one learns them at school, digit by digit in base 256, lowest first and without leading zeros: slow, and
 /// nothing in common with what it is compared with.
-namespace slow {
+namespace ccrypto::slow {
 
 using Number = std::vector<std::uint8_t>;
 
@@ -31,4 +31,4 @@ std::pair<Number, Number> Divide(const Number& dividend, const Number& divisor);
 /// base to the power exponent, modulo a number that is not 0.
 Number Power(const Number& base, const Number& exponent, const Number& modulus);
 
-} // namespace slow
+} // namespace ccrypto::slow

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 namespace {
 
 /// The text in pieces of these lengths, again and again.

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 namespace {
 
 Bytes Field(const TestVector& vector, const char* name)

@@ -6,6 +6,8 @@
 
 #include <random>
 
+using namespace ccrypto;
+
 namespace {
 
 /// Numbers modulo a number as one learns it at school, a bit at a time: slow and plain. Through pointers, since nothing of a test

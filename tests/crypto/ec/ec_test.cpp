@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <array>
 
+using namespace ccrypto;
+
 namespace {
 
 /// Big-endian.

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 namespace {
 
 const CurveFacts& CurveOf(const TestVector& vector)

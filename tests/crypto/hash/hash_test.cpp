@@ -6,6 +6,8 @@
 
 #include <array>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::array hashNames = {"MD4",       "MD5",      "SHA-1",    "SHA-224",  "SHA-256",  "SHA-384",  "SHA-512",

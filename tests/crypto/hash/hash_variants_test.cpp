@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 /// Every variant that the processor has gives the portable one's state, from any state, for any number of blocks at any address.

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 namespace {
 
 TEST(HMAC, VectorsGiveTheirMACs)

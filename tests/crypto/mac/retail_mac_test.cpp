@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 TEST(RetailMAC, VectorsGiveTheirMACsInAnyPieces)
 {
     for (const TestVector& vector : ReadVectors("retail_mac.txt")) {

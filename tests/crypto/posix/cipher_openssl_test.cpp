@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <memory>
 
+using namespace ccrypto;
+
 // What the openssl command makes of the same texts, and what it reads of ours. It knows Galois/counter mode not at the command
 // line.
 

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 // What the openssl command signs, its keys as SubjectPublicKeyInfo.
 
 namespace {

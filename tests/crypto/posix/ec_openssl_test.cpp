@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 // Keys, signatures and agreements of the openssl command and ours, each given to the other.
 
 namespace {

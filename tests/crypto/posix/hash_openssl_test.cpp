@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <memory>
 
+using namespace ccrypto;
+
 // What the openssl command says of the same bytes.
 
 namespace {

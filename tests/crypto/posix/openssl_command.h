@@ -9,6 +9,8 @@
 #include <span>
 #include <string>
 
+namespace ccrypto {
+
 inline void WriteBytes(const std::string& file, std::span<const std::uint8_t> bytes)
 {
     std::ofstream stream(file, std::ios::binary);
@@ -27,3 +29,5 @@ inline bool RunOpenSSL(const std::string& arguments)
 {
     return std::system(("openssl " + arguments + " >/dev/null 2>&1").c_str()) == 0;
 }
+
+} // namespace ccrypto

@@ -9,6 +9,8 @@
 
 #include <csignal>
 
+using namespace ccrypto;
+
 TEST(ProcessRandom, GivesAForkedChildOtherBytes)
 {
     Bytes before(32);

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 // What the openssl command makes of our signatures and ciphertexts, and we of its. It takes and gives keys as PKCS #1 in DER.
 
 namespace {

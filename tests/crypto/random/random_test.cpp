@@ -9,6 +9,8 @@
 #include <set>
 #include <thread>
 
+using namespace ccrypto;
+
 TEST(HMACDRBG, GivesTheBytesOfTheVectors)
 {
     for (const TestVector& vector : ReadVectors("hmac_drbg.txt")) {

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 // What protects a private key while it is used. Keys whose first "prime" is composite show it: their numbers belong together, so
 // they load, but raising to the private exponent does not undo raising to the public one.
 

@@ -5,6 +5,8 @@
 
 #include <set>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::size_t size = 128;

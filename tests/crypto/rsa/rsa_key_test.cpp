@@ -8,6 +8,8 @@
 #include <atomic>
 #include <thread>
 
+using namespace ccrypto;
+
 namespace {
 
 CCryptoBigInteger Big(const element& bytes)

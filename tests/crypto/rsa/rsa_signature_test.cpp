@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 namespace {
 
 std::unique_ptr<ICryptoHash> HashOf(const TestVector& vector)

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <memory>
 
+namespace ccrypto {
+
 /// The numbers of the private key that a vector stands under.
 inline CCryptoRSANumbers NumbersOf(const TestVector& vector)
 {
@@ -45,3 +47,5 @@ private:
     Bytes bytes_;
     std::size_t used_ = 0;
 };
+
+} // namespace ccrypto

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 // No byte of a key or a text decides a branch or an address: run where what is marked secret counts as undefined. DES, 3DES, RC2
 // and RC4 are not among these ciphers.
 

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 using constant_time::ClassifyBytes;
 using constant_time::DeclassifyBytes;
 

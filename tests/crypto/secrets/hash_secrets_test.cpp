@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+using namespace ccrypto;
+
 // No byte of a message, key or password decides a branch or an address: run where what is marked secret counts as undefined.
 
 namespace {

@@ -8,6 +8,8 @@
 #include <span>
 #include <vector>
 
+namespace ccrypto {
+
 using Bytes = std::vector<std::uint8_t>;
 
 /// Bytes 0x5A that valgrind takes for undefined.
@@ -40,3 +42,5 @@ public:
 private:
     ICryptoRandom& source_;
 };
+
+} // namespace ccrypto

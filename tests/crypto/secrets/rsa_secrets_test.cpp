@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 // No number of a private key, nothing it decrypts and no random byte behind a key decides a branch or an address.
 
 namespace {

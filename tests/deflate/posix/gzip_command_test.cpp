@@ -7,6 +7,8 @@
 #include <fstream>
 #include <iterator>
 
+using namespace ccrypto;
+
 namespace {
 
 /// A folder in which the system's own gzip command works.

@@ -16,6 +16,8 @@
 #include <algorithm>
 #include <array>
 
+using namespace ccrypto;
+
 namespace {
 
 std::span<const std::uint8_t> Octets(std::string_view text)

@@ -4,6 +4,8 @@
 
 #include <string>
 
+using namespace ccrypto;
+
 TEST(BoundedText, CutsTerminatesAndReports)
 {
     struct Case {

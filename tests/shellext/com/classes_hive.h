@@ -5,6 +5,8 @@
 #include <map>
 #include <string>
 
+namespace ccrypto {
+
 /// An empty HKEY_CLASSES_ROOT that this process sees while the object lives.
 class ClassesHive {
 public:
@@ -90,3 +92,5 @@ private:
     std::wstring path_;
     HKEY root_ = nullptr;
 };
+
+} // namespace ccrypto

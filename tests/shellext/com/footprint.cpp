@@ -6,6 +6,8 @@
 #include <cstring>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 std::size_t AllocatedInHeaps()
@@ -86,6 +88,8 @@ std::uint32_t LowestFreeHandle()
 
 } // namespace
 
+namespace ccrypto {
+
 Footprint Footprint::Now()
 {
     return {AllocatedInHeaps(), PrivateBytes(), GdiObjectCount(), HighestUserNumber(), LowestFreeHandle()};
@@ -96,3 +100,5 @@ Footprint Footprint::operator-(const Footprint& before) const
     return {heapBytes - before.heapBytes, privateBytes - before.privateBytes, gdiObjects - before.gdiObjects,
             userObjects - before.userObjects, kernelHandles - before.kernelHandles};
 }
+
+} // namespace ccrypto

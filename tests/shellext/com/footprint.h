@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <ostream>
 
+namespace ccrypto {
+
 /// What this process holds of the system, counted without GetProcessHandleCount, GetGuiResources and GetProcessMemoryInfo: Wine
 /// answers each with 0.
 struct Footprint {
@@ -19,7 +21,9 @@ struct Footprint {
     Footprint operator-(const Footprint& before) const;
 };
 
-inline std::ostream& operator<<(std::ostream& stream, const Footprint& footprint)
+} // namespace ccrypto
+
+inline std::ostream& operator<<(std::ostream& stream, const ccrypto::Footprint& footprint)
 {
     return stream << "heap " << static_cast<std::ptrdiff_t>(footprint.heapBytes) << ", private "
                   << static_cast<std::ptrdiff_t>(footprint.privateBytes) << " bytes, GDI "

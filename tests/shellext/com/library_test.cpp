@@ -11,6 +11,8 @@
 #include <memory>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 /// The thread-local slot the system would give out next; a process has some thousand.

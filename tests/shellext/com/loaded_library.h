@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+namespace ccrypto {
+
 /// The shell extension itself, loaded as COM loads it.
 class LoadedLibrary {
 public:
@@ -45,3 +47,5 @@ private:
 
     HMODULE module_;
 };
+
+} // namespace ccrypto

@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 #include <objbase.h>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr auto notFound = static_cast<HRESULT>(0x80070002);

@@ -13,6 +13,8 @@
 #include <string>
 #include <thread>
 
+using namespace ccrypto;
+
 namespace {
 
 using Script = ScriptedDataObject::Script;

@@ -8,6 +8,8 @@
 #include <string>
 #include <utility>
 
+namespace ccrypto {
+
 /// Settings that hold what a test put in, installed as those of the process while this lives.
 class InstalledSettings {
 public:
@@ -45,3 +47,5 @@ private:
 
     CCryptoSettings installed_;
 };
+
+} // namespace ccrypto

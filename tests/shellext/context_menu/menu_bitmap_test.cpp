@@ -12,6 +12,8 @@
 #include <thread>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 std::vector<HICON> loadedIcons;

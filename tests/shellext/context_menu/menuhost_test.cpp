@@ -7,6 +7,8 @@
 
 #include <map>
 
+using namespace ccrypto;
+
 using ::testing::HasSubstr;
 using ::testing::Not;
 

@@ -2,6 +2,10 @@
 
 #include <cstring>
 
+using namespace ccrypto;
+
+namespace ccrypto {
+
 ScriptedDataObject::ScriptedDataObject(Script script, const std::vector<std::wstring>& names) : script_(script)
 {
     std::wstring list;
@@ -65,3 +69,5 @@ HRESULT ScriptedDataObject::GetData(FORMATETC* format, STGMEDIUM* medium)
         medium->pstm = nullptr;
     return S_OK;
 }
+
+} // namespace ccrypto

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+namespace ccrypto {
+
 /// A data object that does what the shell's own never does, and counts the media it has handed out and not got back.
 class ScriptedDataObject final : public IDataObject {
 public:
@@ -60,3 +62,5 @@ private:
     HGLOBAL memory_ = nullptr;
     MediumCount media_;
 };
+
+} // namespace ccrypto

@@ -15,6 +15,8 @@
 #include <cwchar>
 #include <random>
 
+using namespace ccrypto;
+
 namespace {
 
 using Names = std::vector<std::wstring>;

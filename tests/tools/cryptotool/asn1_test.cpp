@@ -9,6 +9,8 @@
 
 #include <sstream>
 
+using namespace ccrypto;
+
 namespace {
 
 std::string Bytes(std::string_view hex)

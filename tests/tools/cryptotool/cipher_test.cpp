@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 namespace {
 
 /// The tool with what is typed at the terminal.

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 namespace {
 
 constexpr std::string_view indent = "    ";

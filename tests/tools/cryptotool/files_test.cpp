@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 namespace {
 
 std::vector<std::string> NamesIn(const TemporaryDirectory& folder)

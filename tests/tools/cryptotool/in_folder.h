@@ -2,6 +2,8 @@
 
 #include <filesystem>
 
+namespace ccrypto {
+
 /// Makes a folder the current one for a scope.
 class InFolder {
 public:
@@ -16,3 +18,5 @@ public:
 private:
     std::filesystem::path before_;
 };
+
+} // namespace ccrypto

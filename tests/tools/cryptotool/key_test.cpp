@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+using namespace ccrypto;
+
 namespace {
 
 /// Of RFC 6979, A.2.5.

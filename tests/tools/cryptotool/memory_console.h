@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+namespace ccrypto {
+
 /// The streams of a command that is run in this process.
 class MemoryConsole : public Console {
 public:
@@ -80,3 +82,5 @@ inline ToolResult RunTyping(const std::vector<std::string>& words, const std::ve
     EXPECT_TRUE(console.hiddenLines.empty());
     return {code, console.output, console.error};
 }
+
+} // namespace ccrypto

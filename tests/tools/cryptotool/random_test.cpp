@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+using namespace ccrypto;
+
 namespace {
 
 TEST(CryptotoolRandom, GivesAsMuchAsAskedFor)

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+namespace ccrypto {
+
 /// A file of bytes, its name in UTF-8.
 inline std::filesystem::path FilePath(const std::string& name)
 {
@@ -23,3 +25,5 @@ inline std::string GetFile(const std::string& name)
     std::ifstream file(FilePath(name), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
+
+} // namespace ccrypto

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 using namespace std::string_literals;
 
 namespace {

@@ -9,6 +9,8 @@
 
 #include <cstdio>
 
+using namespace ccrypto;
+
 namespace {
 
 std::string ProgramLine(const std::string& options)

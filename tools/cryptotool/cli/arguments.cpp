@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+namespace ccrypto {
+
 namespace {
 
 bool IsLevel(const Option& option, char letter)
@@ -130,3 +132,5 @@ std::uint64_t Arguments::number(std::string_view name, std::uint64_t otherwise) 
         ParseDecimal(found->second, number);
     return number;
 }
+
+} // namespace ccrypto

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+namespace ccrypto {
+
 /// The words behind a command, held against its options.
 class Arguments {
 public:
@@ -38,3 +40,5 @@ private:
 
 /// Decimal digits alone. \return false for anything else and beyond 64 bits.
 bool ParseDecimal(std::string_view text, std::uint64_t& number);
+
+} // namespace ccrypto

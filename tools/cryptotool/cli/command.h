@@ -5,6 +5,8 @@
 #include <span>
 #include <string_view>
 
+namespace ccrypto {
+
 class Invocation;
 
 /// What stands behind an option.
@@ -55,3 +57,5 @@ struct Noun {
 /// Every command, verbs of a noun together, in the order of --help.
 std::span<const Command* const> Commands();
 std::span<const Noun> Nouns();
+
+} // namespace ccrypto

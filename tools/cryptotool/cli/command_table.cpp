@@ -2,6 +2,8 @@
 
 #include "tools/cryptotool/cli/command.h"
 
+namespace ccrypto {
+
 namespace {
 
 const Command* const commandTable[] = {
@@ -27,3 +29,5 @@ std::span<const Noun> Nouns()
 {
     return nounTable;
 }
+
+} // namespace ccrypto

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace ccrypto {
+
 struct Command;
 
 extern const Command asn1BuildCommand;
@@ -21,3 +23,5 @@ extern const Command macCommand;
 extern const Command oidCommand;
 extern const Command randomCommand;
 extern const Command speedCommand;
+
+} // namespace ccrypto

@@ -6,6 +6,8 @@
 #include <span>
 #include <string_view>
 
+namespace ccrypto {
+
 /// The three standard streams a command talks through, and the user behind them.
 class Console {
 public:
@@ -24,3 +26,5 @@ public:
     virtual bool outputIsTerminal() const = 0;
     virtual bool errorIsTerminal() const = 0;
 };
+
+} // namespace ccrypto

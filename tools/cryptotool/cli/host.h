@@ -9,6 +9,8 @@
 
 // What the program asks of the system it runs on. Texts are UTF-8.
 
+namespace ccrypto {
+
 /// The words of the command line behind the program's name.
 std::vector<std::string> CommandLineWords(int count, char** words);
 
@@ -52,3 +54,5 @@ private:
     static constexpr std::intptr_t closed = -1;
     std::intptr_t handle_ = closed;
 };
+
+} // namespace ccrypto

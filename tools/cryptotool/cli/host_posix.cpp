@@ -11,6 +11,8 @@
 #include <array>
 #include <atomic>
 
+namespace ccrypto {
+
 namespace {
 
 std::int64_t ReadSome(int file, std::span<std::uint8_t> target)
@@ -239,3 +241,5 @@ std::int64_t SequentialFile::size() const
     struct stat status = {};
     return fstat(Descriptor(handle_), &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : -1;
 }
+
+} // namespace ccrypto

@@ -11,6 +11,8 @@
 #include <array>
 #include <mutex>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::size_t mostAtOnce = std::size_t{1} << 20;
@@ -202,3 +204,5 @@ std::int64_t SequentialFile::size() const
     LARGE_INTEGER size{};
     return GetFileType(HandleOf(handle_)) == FILE_TYPE_DISK && GetFileSizeEx(HandleOf(handle_), &size) ? size.QuadPart : -1;
 }
+
+} // namespace ccrypto

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::size_t longestReason = 1000;
@@ -104,3 +106,5 @@ int RunCommandLine(std::span<const std::string> words, Console& console)
         return invocation.misuse("-o needs the name of a file");
     return command->run(invocation);
 }
+
+} // namespace ccrypto

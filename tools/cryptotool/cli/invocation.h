@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+namespace ccrypto {
+
 constexpr int exitDone = 0;
 constexpr int exitRefused = 1;
 constexpr int exitUsage = 2;
@@ -36,3 +38,5 @@ private:
 
 /// Finds the command that `words` begin with and runs it. \return the exit code.
 int RunCommandLine(std::span<const std::string> words, Console& console);
+
+} // namespace ccrypto

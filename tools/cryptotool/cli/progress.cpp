@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::chrono::milliseconds quietTime(500);
@@ -55,3 +57,5 @@ void Progress::show()
     line_.show("[" + std::string(filled, '#') + std::string(barWidth - filled, ' ') + "] " +
                std::to_string(static_cast<int>(part * 100)) + " % " + megabytes);
 }
+
+} // namespace ccrypto

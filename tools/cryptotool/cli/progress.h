@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string_view>
 
+namespace ccrypto {
+
 /// A line on a terminal for work that takes long, gone when the work is done; nothing where standard error is no terminal, or where
 /// the work is soon done.
 class ProgressLine {
@@ -44,3 +46,5 @@ private:
     std::int64_t total_;
     std::uint64_t done_ = 0;
 };
+
+} // namespace ccrypto

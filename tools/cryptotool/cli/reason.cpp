@@ -6,6 +6,8 @@
 
 #include <string_view>
 
+namespace ccrypto {
+
 namespace {
 
 /// How many characters of "Class::Operation:message" stand before the message.
@@ -50,3 +52,5 @@ std::string SystemReason()
         text.pop_back();
     return text.empty() ? "system error " + std::to_string(code) : text;
 }
+
+} // namespace ccrypto

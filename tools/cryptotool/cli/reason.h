@@ -5,6 +5,8 @@
 
 // Why something was refused, in words for the user.
 
+namespace ccrypto {
+
 /// Forgets what failed before, so that Reason tells of what comes now.
 void StartReason();
 
@@ -14,3 +16,5 @@ std::string Reason(const char* otherwise);
 
 /// The system's words for platform::LastError().
 std::string SystemReason();
+
+} // namespace ccrypto

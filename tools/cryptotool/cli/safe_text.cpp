@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstdio>
 
+namespace ccrypto {
+
 namespace {
 
 struct Range {
@@ -151,3 +153,5 @@ std::string EscapeDocument(std::string_view document, EscapeStyle style)
         });
     return escaped;
 }
+
+} // namespace ccrypto

@@ -9,6 +9,8 @@
 // Text for a terminal. A control character may steer a terminal, and a bidirectional control or a line separator may make a line
 // look like what it is not; both stand as escapes.
 
+namespace ccrypto {
+
 /// Control characters (C0, DEL, C1), line and paragraph separators, bidirectional controls, surrogates, and what is no character.
 bool IsUnsafe(std::uint32_t codePoint);
 
@@ -30,3 +32,5 @@ enum class EscapeStyle { templateText, json, xml };
 /// The same document of the given language, with every unsafe character that lies in it, line ends and tabs aside, as an escape of
 /// that language.
 std::string EscapeDocument(std::string_view document, EscapeStyle style);
+
+} // namespace ccrypto

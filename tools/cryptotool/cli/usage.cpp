@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <vector>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view programName = "cryptotool";
@@ -86,3 +88,5 @@ std::string CommandHelp(const Command& command)
     return FullName(command) + " [OPTION...] " + std::string(command.operands) + "\n\n" + std::string(command.details) + "\n" +
            Columns(rows);
 }
+
+} // namespace ccrypto

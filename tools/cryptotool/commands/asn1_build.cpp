@@ -8,6 +8,8 @@
 #include "tools/cryptotool/io/placeholder_values.h"
 #include "tools/cryptotool/io/template_input.h"
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::size_t mostValues = 10000;
@@ -111,3 +113,5 @@ const Command asn1BuildCommand = {"asn1",
                                   asn1BuildDetails,
                                   asn1BuildOptions,
                                   Build};
+
+} // namespace ccrypto

@@ -6,6 +6,8 @@
 #include "tools/cryptotool/io/output.h"
 #include "tools/cryptotool/io/value_text.h"
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view asn1GetDetails =
@@ -99,3 +101,5 @@ int Get(Invocation& invocation)
 
 const Command asn1GetCommand = {"asn1",         "get", "prints what stands at the end of a path", "PATH FILE", 2, 2, asn1GetDetails,
                                 asn1GetOptions, Get};
+
+} // namespace ccrypto

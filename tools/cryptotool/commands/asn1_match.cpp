@@ -8,6 +8,8 @@
 #include "tools/cryptotool/io/template_input.h"
 #include "tools/cryptotool/io/value_text.h"
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view asn1MatchDetails =
@@ -124,3 +126,5 @@ const Command asn1MatchCommand = {"asn1",
                                   asn1MatchDetails,
                                   asn1MatchOptions,
                                   Match};
+
+} // namespace ccrypto

@@ -6,6 +6,8 @@
 #include "tools/cryptotool/io/outline_report.h"
 #include "tools/cryptotool/io/output.h"
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view asn1ShowDetails =
@@ -121,3 +123,5 @@ int Show(Invocation& invocation)
 
 const Command asn1ShowCommand = {"asn1",          "show", "prints the elements of DER data", "FILE", 1, 1, asn1ShowDetails,
                                  asn1ShowOptions, Show};
+
+} // namespace ccrypto

@@ -10,6 +10,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view usualCipher = "aes-256-gcm";
@@ -274,3 +276,5 @@ int Decrypt(Invocation& invocation)
 
 const Command cipherEncCommand = {"cipher", "enc", "encrypts a file", "[FILE]", 0, 1, encryptDetails, cipherOptions, Encrypt};
 const Command cipherDecCommand = {"cipher", "dec", "decrypts a file", "[FILE]", 0, 1, decryptDetails, cipherOptions, Decrypt};
+
+} // namespace ccrypto

@@ -1,6 +1,8 @@
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/io/packed_transfer.h"
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view gzipDetails =
@@ -25,3 +27,5 @@ int Pack(Invocation& invocation)
 } // namespace
 
 const Command gzipCommand = {"gzip", "", "packs a file in the GZIP format", "[FILE]", 0, 1, gzipDetails, gzipOptions, Pack};
+
+} // namespace ccrypto

@@ -1,6 +1,8 @@
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/io/packed_transfer.h"
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view gunzipDetails =
@@ -35,3 +37,5 @@ int Unpack(Invocation& invocation)
 
 const Command gunzipCommand = {"gunzip",      "",    "unpacks a file in the GZIP format", "[FILE]", 0, 1, gunzipDetails,
                                gunzipOptions, Unpack};
+
+} // namespace ccrypto

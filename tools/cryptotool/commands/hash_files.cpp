@@ -11,6 +11,8 @@
 #include <limits>
 #include <utility>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view hashDetails =
@@ -136,3 +138,5 @@ int HashFiles(Invocation& invocation)
 const Command hashCommand = {"hash",        "",          "prints or checks digests of files",
                              "ALG FILE...", 2,           std::numeric_limits<std::size_t>::max(),
                              hashDetails,   hashOptions, HashFiles};
+
+} // namespace ccrypto

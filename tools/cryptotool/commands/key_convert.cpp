@@ -2,6 +2,8 @@
 #include "tools/cryptotool/io/key_input.h"
 #include "tools/cryptotool/io/key_output.h"
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view keyConvertDetails =
@@ -40,3 +42,5 @@ int Convert(Invocation& invocation)
 
 const Command keyConvertCommand = {
     "key", "convert", "writes a private key in another form", "FILE", 1, 1, keyConvertDetails, keyConvertOptions, Convert};
+
+} // namespace ccrypto

@@ -9,6 +9,8 @@
 
 #include <string>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view keyGenDetails =
@@ -82,3 +84,5 @@ int Generate(Invocation& invocation)
 } // namespace
 
 const Command keyGenCommand = {"key", "gen", "makes a new private key", "ALG", 1, 1, keyGenDetails, keyGenOptions, Generate};
+
+} // namespace ccrypto

@@ -2,6 +2,8 @@
 #include "tools/cryptotool/io/key_input.h"
 #include "tools/cryptotool/io/key_output.h"
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view keyPublicDetails =
@@ -42,3 +44,5 @@ int WritePublic(Invocation& invocation)
 
 const Command keyPublicCommand = {
     "key", "public", "writes the public half of a key", "FILE", 1, 1, keyPublicDetails, keyPublicOptions, WritePublic};
+
+} // namespace ccrypto

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view keyShowDetails =
@@ -153,3 +155,5 @@ int Show(Invocation& invocation)
 } // namespace
 
 const Command keyShowCommand = {"key", "show", "prints what a key is", "FILE", 1, 1, keyShowDetails, keyShowOptions, Show};
+
+} // namespace ccrypto

@@ -4,6 +4,8 @@
 #include "tools/cryptotool/io/output.h"
 #include "tools/cryptotool/io/secret_input.h"
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view keySignDetails =
@@ -45,3 +47,5 @@ int Sign(Invocation& invocation)
 } // namespace
 
 const Command keySignCommand = {"key", "sign", "signs a file", "KEY [FILE]", 1, 2, keySignDetails, keySignOptions, Sign};
+
+} // namespace ccrypto

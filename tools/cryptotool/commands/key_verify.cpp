@@ -4,6 +4,8 @@
 #include "tools/cryptotool/io/output.h"
 #include "tools/cryptotool/io/secret_input.h"
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view keyVerifyDetails =
@@ -48,3 +50,5 @@ int Verify(Invocation& invocation)
 
 const Command keyVerifyCommand = {
     "key", "verify", "holds a signature against a file", "KEY SIGNATURE [FILE]", 2, 3, keyVerifyDetails, keyVerifyOptions, Verify};
+
+} // namespace ccrypto

@@ -9,6 +9,8 @@
 
 #include <limits>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view macDetails =
@@ -60,3 +62,5 @@ int MACFiles(Invocation& invocation)
 const Command macCommand = {"mac",         "",         "prints message authentication codes of files",
                             "ALG FILE...", 2,          std::numeric_limits<std::size_t>::max(),
                             macDetails,    macOptions, MACFiles};
+
+} // namespace ccrypto

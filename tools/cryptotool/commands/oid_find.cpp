@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view oidDetails =
@@ -69,3 +71,5 @@ int FindOids(Invocation& invocation)
 
 const Command oidCommand = {"oid",      "",      "names an object identifier, or finds those of a name", "TEXT", 1, 1, oidDetails,
                             oidOptions, FindOids};
+
+} // namespace ccrypto

@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <limits>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view randomDetails =
@@ -96,3 +98,5 @@ int WriteRandom(Invocation& invocation)
 } // namespace
 
 const Command randomCommand = {"random", "", "writes random bytes", "N", 1, 1, randomDetails, randomOptions, WriteRandom};
+
+} // namespace ccrypto

@@ -12,6 +12,8 @@
 #include <chrono>
 #include <cstdio>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view speedDetails =
@@ -203,3 +205,5 @@ int MeasureSpeed(Invocation& invocation)
 
 const Command speedCommand = {"speed",      "",          "measures the library's algorithms", "[NAME...]", 0, 1000, speedDetails,
                               speedOptions, MeasureSpeed};
+
+} // namespace ccrypto

@@ -7,6 +7,8 @@
 #include <array>
 #include <memory>
 
+namespace ccrypto {
+
 namespace {
 
 using BlockCipher = std::shared_ptr<ICryptoBlockCipher>;
@@ -82,3 +84,5 @@ void AddCipherRows(SpeedRows& rows)
     rows.push_back({"RC4", "portable", true, true,
                     [](std::size_t size) -> SpeedRow::Call { return PrepareText(ICryptoCipher::Create(algorithm::rc4), size); }});
 }
+
+} // namespace ccrypto

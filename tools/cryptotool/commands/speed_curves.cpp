@@ -6,6 +6,8 @@
 
 #include <memory>
 
+namespace ccrypto {
+
 namespace {
 
 using CurveKey = std::shared_ptr<const CCryptoEC>;
@@ -72,3 +74,5 @@ void AddCurveRows(SpeedRows& rows)
         }
     }
 }
+
+} // namespace ccrypto

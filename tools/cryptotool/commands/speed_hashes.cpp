@@ -8,6 +8,8 @@
 #include <array>
 #include <cstring>
 
+namespace ccrypto {
+
 namespace {
 
 /// Hashes a message that leaves room for the padding in its last block.
@@ -65,3 +67,5 @@ void AddHashRows(SpeedRows& rows)
     rows.push_back({"HMAC_DRBG", sha256, true, true, PrepareRandom});
     rows.push_back({"PBKDF2-SHA-256 of 10000", sha256, true, false, PreparePbkdf2});
 }
+
+} // namespace ccrypto

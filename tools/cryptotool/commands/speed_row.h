@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+namespace ccrypto {
+
 /// One line of the table of speeds: an algorithm as one variant of its code computes it.
 struct SpeedRow {
     /// What is done once.
@@ -41,3 +43,5 @@ void ForEachUsable(std::span<const Variant<Calls>> variants, const Add& add)
         if ((variant.needs & ~cpu::AllowedFeatures()) == 0)
             add(variant, &variant == used);
 }
+
+} // namespace ccrypto

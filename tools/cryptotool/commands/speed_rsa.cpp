@@ -5,6 +5,8 @@
 
 #include <memory>
 
+namespace ccrypto {
+
 namespace {
 
 using RsaKey = std::shared_ptr<const CCryptoRSA>;
@@ -57,3 +59,5 @@ void AddRsaRows(SpeedRows& rows)
                             }});
     }
 }
+
+} // namespace ccrypto

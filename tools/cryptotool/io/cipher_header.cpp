@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view magic("CCIPHER\x01", 8);
@@ -59,3 +61,5 @@ std::size_t CipherHeader::read(std::span<const std::uint8_t> bytes)
     cipher.assign(name.begin(), name.end());
     return bytes.size() - rest.size();
 }
+
+} // namespace ccrypto

@@ -7,6 +7,8 @@
 #include <span>
 #include <string>
 
+namespace ccrypto {
+
 /// What stands in front of an encrypted file and tells how to decrypt it:
 ///
 ///     "CCIPHER" 0x01
@@ -34,3 +36,5 @@ struct CipherHeader {
     /// From the start of a file. \return the length of the header, 0 when this is none.
     std::size_t read(std::span<const std::uint8_t> bytes);
 };
+
+} // namespace ccrypto

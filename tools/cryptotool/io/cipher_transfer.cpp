@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::size_t cipherPieceSize = 1U << 18;
@@ -170,3 +172,5 @@ int DecryptTo(Invocation& invocation, CipherSetting& setting, CipherInput& input
         return invocation.refuse(output.name(), output.reason());
     return Finish(invocation, output, Run(invocation, cipher, input, &output, progress));
 }
+
+} // namespace ccrypto

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+namespace ccrypto {
+
 /// What a text is enciphered with.
 struct CipherSetting {
     std::unique_ptr<ICryptoCipher> cipher;
@@ -67,3 +69,5 @@ int EncryptTo(Invocation& invocation, CipherSetting& setting, CipherInput& input
 /// read twice, and a piece of it that changed in between is not decrypted; what cannot be read twice is kept in memory, up to
 /// CCryptoGCM::longestKept.
 int DecryptTo(Invocation& invocation, CipherSetting& setting, CipherInput& input, Output& output);
+
+} // namespace ccrypto

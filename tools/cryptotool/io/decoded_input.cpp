@@ -4,6 +4,8 @@
 #include "tools/cryptotool/cli/safe_text.h"
 #include "tools/cryptotool/io/input.h"
 
+namespace ccrypto {
+
 DerOptions DecodingOptions(const Arguments& arguments)
 {
     DerOptions options;
@@ -65,3 +67,5 @@ std::string BlockLabelJson(const DecodedBlock& block)
 {
     return block.data.label.empty() ? "null" : JsonString(block.data.label);
 }
+
+} // namespace ccrypto

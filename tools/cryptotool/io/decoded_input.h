@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+namespace ccrypto {
+
 /// One block of an input and the tree decoded from it.
 struct DecodedBlock {
     DataBlock data;
@@ -36,3 +38,5 @@ std::string BlockPrefix(const std::vector<DecodedBlock>& blocks, std::size_t ind
 std::string BlockHeading(const std::vector<DecodedBlock>& blocks, std::size_t index);
 /// The label as JSON, null where there is none.
 std::string BlockLabelJson(const DecodedBlock& block);
+
+} // namespace ccrypto

@@ -4,6 +4,8 @@
 #include "asn1/parser/parser.h"
 #include "asn1/template/bracket_list.h"
 
+namespace ccrypto {
+
 namespace {
 
 void CloseNode(elementNode& node)
@@ -28,3 +30,5 @@ void LimitDepth(elementNode* first, std::uint32_t levels)
             CloseNode(*node);
     }
 }
+
+} // namespace ccrypto

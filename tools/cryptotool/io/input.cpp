@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::uint32_t chunk = 1U << 16;
@@ -104,3 +106,5 @@ bool ReadBlocks(Console& console, const std::string& name, std::vector<DataBlock
     element bytes;
     return ReadWhole(console, name, bytes, reason) && SplitBlocks(std::move(bytes), blocks, reason);
 }
+
+} // namespace ccrypto

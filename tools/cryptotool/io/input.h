@@ -11,6 +11,8 @@
 #include <string_view>
 #include <vector>
 
+namespace ccrypto {
+
 /// What is read into memory as a whole is refused beyond this many bytes.
 constexpr std::uint64_t longestInput = std::uint64_t{256} << 20;
 
@@ -47,3 +49,5 @@ bool ReadBlocks(Console& console, const std::string& name, std::vector<DataBlock
 
 /// The same for bytes at hand, which are taken over.
 bool SplitBlocks(element bytes, std::vector<DataBlock>& blocks, std::string& reason);
+
+} // namespace ccrypto

@@ -4,6 +4,8 @@
 #include "tools/cryptotool/cli/reason.h"
 #include "tools/cryptotool/io/input.h"
 
+namespace ccrypto {
+
 namespace {
 
 /// The bytes that base64 stands for; DER and PEM stay as they are, without a byte order mark. \return false with `reason`.
@@ -48,3 +50,5 @@ int ReadKey(Invocation& invocation, const std::string& file, KeyInput& input)
     const std::string detail = keyFile.refusedContent() ? Reason("") : std::string();
     return invocation.refuse(file, detail.empty() ? reason : reason + ": " + detail);
 }
+
+} // namespace ccrypto

@@ -7,6 +7,8 @@
 #include <memory>
 #include <string>
 
+namespace ccrypto {
+
 /// A key that a file holds.
 struct KeyInput {
     std::unique_ptr<ICryptoKeyPair> key;
@@ -16,3 +18,5 @@ struct KeyInput {
 /// Reads a key of any form, DER, PEM or base64; of one that is encrypted, the password comes from the options of passwordSecret.
 /// \return exitDone, or the exit code after the reason was printed.
 int ReadKey(Invocation& invocation, const std::string& file, KeyInput& input);
+
+} // namespace ccrypto

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 namespace {
 
 struct NamedId {
@@ -136,3 +138,5 @@ int KeyOutput::write(const element& der)
     const bool isWritten = isDer_ ? output_.write(der.bytes()) : output_.write(CCryptoKeyFile::ToPem(form_, der).view());
     return isWritten && output_.finish() ? exitDone : invocation_.refuse(output_.name(), output_.reason());
 }
+
+} // namespace ccrypto

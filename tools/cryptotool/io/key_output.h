@@ -9,6 +9,8 @@
 
 // The options that say how a private key is written.
 
+namespace ccrypto {
+
 constexpr Option privateFormOption = {OptionKind::choice, 0, "form", "pkcs8|pkcs1|sec1|encrypted",
                                       "PKCS#8 (pkcs8), RSAPrivateKey, ECPrivateKey, or PKCS#8 encrypted\nwith a password"};
 constexpr Option keyEncodingOption = {OptionKind::choice, 0, "outform", "pem|der", "PEM (pem), or DER, which is binary"};
@@ -69,3 +71,5 @@ private:
     element password_;
     std::optional<KeyOutput> output_;
 };
+
+} // namespace ccrypto

@@ -5,6 +5,8 @@
 #include "tools/cryptotool/io/key_input.h"
 #include "tools/cryptotool/io/streamed_file.h"
 
+namespace ccrypto {
+
 namespace {
 
 /// The longest salt that an RSA key of 8192 bits has room for.
@@ -66,3 +68,5 @@ int HashFile(Invocation& invocation, const std::string& file, Signing& signing)
     signing.digest = hash->final();
     return exitDone;
 }
+
+} // namespace ccrypto

@@ -10,6 +10,8 @@
 
 // What signing and verifying have in common.
 
+namespace ccrypto {
+
 constexpr Option hashOption = {OptionKind::text, 0, "hash", "ALG",
                                "the hash function: sha256 (as without it), sha384, sha512, sha224, sha1,\nmd5 or md5-sha1"};
 constexpr Option pssOption = {OptionKind::flag, 0, "pss", "", "of RSA keys: RSASSA-PSS instead of PKCS#1 v1.5"};
@@ -28,3 +30,5 @@ int StartSigning(Invocation& invocation, const std::vector<std::string>& files, 
 
 /// Hashes a file of any length, with a bar on a terminal. \return exitDone, or the exit code after the reason was printed.
 int HashFile(Invocation& invocation, const std::string& file, Signing& signing);
+
+} // namespace ccrypto

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+namespace ccrypto {
+
 namespace {
 
 class StreamedHMAC : public StreamedMAC {
@@ -69,3 +71,5 @@ const MACAlgorithm* FindMACAlgorithm(std::string_view name)
     const auto found = std::ranges::find_if(algorithms, [=](const MACAlgorithm& algorithm) { return algorithm.isNamed(name); });
     return found != std::end(algorithms) ? &*found : nullptr;
 }
+
+} // namespace ccrypto

@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+namespace ccrypto {
+
 /// A message authentication code of one message after another, under one key.
 class StreamedMAC {
 public:
@@ -26,3 +28,5 @@ struct MACAlgorithm {
 
 /// \return null when there is none of this name.
 const MACAlgorithm* FindMACAlgorithm(std::string_view name);
+
+} // namespace ccrypto

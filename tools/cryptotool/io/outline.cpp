@@ -1,5 +1,7 @@
 #include "tools/cryptotool/io/outline.h"
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::uint32_t endOfContentsLength = 2;
@@ -157,3 +159,5 @@ void WalkOutline(std::span<const std::uint8_t> input, const elementNode* decoded
     else
         walk.cut(options);
 }
+
+} // namespace ccrypto

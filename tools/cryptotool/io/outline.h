@@ -8,6 +8,8 @@
 #include <span>
 #include <string_view>
 
+namespace ccrypto {
+
 /// One line of an outline.
 struct OutlineElement {
     enum class Kind {
@@ -36,3 +38,5 @@ struct OutlineElement {
 /// \param levels how many levels are shown, 0 for all.
 void WalkOutline(std::span<const std::uint8_t> input, const elementNode* decoded, const DerOptions& options, std::uint32_t levels,
                  const std::function<void(const OutlineElement&)>& visit);
+
+} // namespace ccrypto

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstdio>
 
+namespace ccrypto {
+
 namespace {
 
 using Kind = OutlineElement::Kind;
@@ -96,3 +98,5 @@ std::string OutlineJson(const OutlineElement& line)
         json += ",\"present\":" + std::to_string(line.value.size());
     return json + "}";
 }
+
+} // namespace ccrypto

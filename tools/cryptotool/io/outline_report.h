@@ -5,9 +5,13 @@
 #include <cstdint>
 #include <string>
 
+namespace ccrypto {
+
 /// The heading of a list of elements, with its line end.
 std::string OutlineHeading();
 /// One element on a line of its own: offset, header length, length ("inf" for an indefinite one), "cons" or "prim", type and value.
 std::string OutlineLine(const OutlineElement& line);
 /// The same as a JSON object without a line end.
 std::string OutlineJson(const OutlineElement& line);
+
+} // namespace ccrypto

@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <system_error>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::size_t bufferSize = 1U << 16;
@@ -152,3 +154,5 @@ bool Output::finish()
     temporary_.clear();
     return true;
 }
+
+} // namespace ccrypto

@@ -12,6 +12,8 @@
 #include <string>
 #include <string_view>
 
+namespace ccrypto {
+
 /// Where a command's result goes: standard output, or a file that appears when the result is complete.
 ///
 /// A file is written under another name in its folder and renamed by finish(), so that there never is half of one; without finish()
@@ -60,3 +62,5 @@ private:
     element buffer_;
     std::string reason_;
 };
+
+} // namespace ccrypto

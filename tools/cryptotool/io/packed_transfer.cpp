@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::size_t packedPieceSize = 1U << 16;
@@ -118,3 +120,5 @@ int TransferPacked(Invocation& invocation, Output::Content content,
     Output output(invocation.console(), arguments.value(outputOption.name), content);
     return Transfer(invocation, output, arguments.operands().empty() ? "-" : arguments.operand(0)).run(start);
 }
+
+} // namespace ccrypto

@@ -10,6 +10,8 @@
 
 #include <set>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view treeMark = "der:@";
@@ -142,3 +144,5 @@ std::vector<std::string> UnfilledNames(const CCryptoParser& tree)
     }
     return names;
 }
+
+} // namespace ccrypto

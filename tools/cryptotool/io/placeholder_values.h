@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+namespace ccrypto {
+
 /// What a value on the command line stands for could not be used.
 struct FillProblem {
     std::string file; ///< the file the value names, where it is at fault
@@ -28,3 +30,5 @@ std::string_view FileOfValue(std::string_view value);
 
 /// The names of placeholders that still stand where something is asked for, each once. Those inside OPTIONAL items are not meant.
 std::vector<std::string> UnfilledNames(const CCryptoParser& tree);
+
+} // namespace ccrypto

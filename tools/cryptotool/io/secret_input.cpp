@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <limits>
 
+namespace ccrypto {
+
 namespace {
 
 /// What is read at most: a secret that is too long is noticed behind the end of its line.
@@ -133,3 +135,5 @@ int ReadKey(Invocation& invocation, element& key)
     key = std::move(bytes);
     return isHex ? exitDone : invocation.refuse("key", "it is not made of hexadecimal digits");
 }
+
+} // namespace ccrypto

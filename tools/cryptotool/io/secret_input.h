@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+namespace ccrypto {
+
 class Arguments;
 class Invocation;
 
@@ -55,3 +57,5 @@ enum class Asking { once, twice };
 int ReadSecret(Invocation& invocation, const SecretKind& kind, Asking asking, element& secret);
 /// The same for a key, which hexKeyOption tells to be written in hexadecimal digits.
 int ReadKey(Invocation& invocation, element& key);
+
+} // namespace ccrypto

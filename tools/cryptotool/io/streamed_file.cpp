@@ -3,6 +3,8 @@
 #include "tools/cryptotool/cli/progress.h"
 #include "tools/cryptotool/io/input.h"
 
+namespace ccrypto {
+
 bool StreamFile(Console& console, const std::string& name, const std::function<void(std::span<const std::uint8_t>)>& take,
                 std::string& reason)
 {
@@ -24,3 +26,5 @@ bool StreamFile(Console& console, const std::string& name, const std::function<v
         progress.add(static_cast<std::uint64_t>(count));
     }
 }
+
+} // namespace ccrypto

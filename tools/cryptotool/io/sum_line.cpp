@@ -5,6 +5,8 @@
 
 #include <cstddef>
 
+namespace ccrypto {
+
 namespace {
 
 struct Escape {
@@ -115,3 +117,5 @@ bool SumLine::takeDigits(std::string_view text)
     }
     return !digits.empty();
 }
+
+} // namespace ccrypto

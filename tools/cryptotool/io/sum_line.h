@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+namespace ccrypto {
+
 /// A line as the sum programs of coreutils write and check them: digits, two blanks, a file's name. When the name has a line feed,
 /// a carriage return or a backslash, these stand as "\n", "\r" and "\\", and the line begins with a backslash.
 struct SumLine {
@@ -23,3 +25,5 @@ private:
     bool readTagged(std::string_view line, std::string_view& name);
     bool takeDigits(std::string_view text);
 };
+
+} // namespace ccrypto

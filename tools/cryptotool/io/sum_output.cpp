@@ -2,6 +2,8 @@
 
 #include "tools/cryptotool/cli/safe_text.h"
 
+namespace ccrypto {
+
 bool SumOutput::put(std::string line)
 {
     if (isTerminal_) {
@@ -10,3 +12,5 @@ bool SumOutput::put(std::string line)
     }
     return Output::write(std::string_view(line));
 }
+
+} // namespace ccrypto

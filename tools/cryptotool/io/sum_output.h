@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+namespace ccrypto {
+
 /// Lines as the sum programs print them. Names go to files and pipes as they are, so that the lines can be checked; on a terminal,
 /// what may steer it stands as an escape.
 class SumOutput : public Output {
@@ -24,3 +26,5 @@ private:
 
     bool isTerminal_;
 };
+
+} // namespace ccrypto

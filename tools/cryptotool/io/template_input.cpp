@@ -5,6 +5,8 @@
 #include "tools/cryptotool/cli/reason.h"
 #include "tools/cryptotool/io/input.h"
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::string_view blanks = " \t\r\n\f\v";
@@ -82,3 +84,5 @@ bool ReadTemplate(Console& console, const std::string& name, std::string form, C
     }
     return true;
 }
+
+} // namespace ccrypto

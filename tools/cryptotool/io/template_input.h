@@ -6,6 +6,8 @@
 
 #include <string>
 
+namespace ccrypto {
+
 constexpr Option fromOption = {OptionKind::choice, 0, "from", "template|json|xml",
                                "what TEMPLATE-FILE is; found out by its first character otherwise"};
 
@@ -13,3 +15,5 @@ constexpr Option fromOption = {OptionKind::choice, 0, "from", "template|json|xml
 /// \param form "template", "json" or "xml"; empty to find it out: JSON begins with "{" or "[", XML with "<". Files that template
 /// text includes are looked for in its own folder. \return false with `reason`; also for a document that describes no ASN.1.
 bool ReadTemplate(Console& console, const std::string& name, std::string form, CCryptoParser& tree, std::string& reason);
+
+} // namespace ccrypto

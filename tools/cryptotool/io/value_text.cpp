@@ -12,6 +12,8 @@
 #include <algorithm>
 #include <vector>
 
+namespace ccrypto {
+
 namespace {
 
 constexpr std::size_t longestDecimal = 8;
@@ -189,3 +191,5 @@ std::string NodeText(const elementNode& node, bool withSiblings)
         text.pop_back();
     return text;
 }
+
+} // namespace ccrypto

@@ -11,6 +11,8 @@
 
 // Values of elements as a person reads them: numbers in decimal, text in quotes, other bytes in hexadecimal behind "#".
 
+namespace ccrypto {
+
 /// How much of a value is shown, in bytes of it.
 constexpr std::size_t shortText = 96;
 constexpr std::size_t shortHex = 32;
@@ -34,3 +36,5 @@ element ValueOctets(const elementNode& node);
 /// A node that is nothing but a value, read in the light of the element it stands in; or template text on several lines.
 /// \param withSiblings whether the nodes behind it belong to what is shown.
 std::string NodeText(const elementNode& node, bool withSiblings);
+
+} // namespace ccrypto

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 TEST(RegistryView, FollowsVersionAndProcessor)
 {
     EXPECT_EQ(platform::RegistryViewFlag(6, 9), 0x100U);

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 using platform::Utf8ToWide;
 using platform::WideToUtf8;
 

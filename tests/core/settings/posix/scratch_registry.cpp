@@ -6,11 +6,15 @@
 
 #include <optional>
 
+using namespace ccrypto;
+
 namespace {
 
 std::optional<TemporaryDirectory> directory;
 
 } // namespace
+
+namespace ccrypto {
 
 ScratchRegistry::ScratchRegistry()
 {
@@ -25,3 +29,5 @@ ScratchRegistry::~ScratchRegistry()
     unsetenv("CRYPTO_REGISTRY_USER");
     directory.reset();
 }
+
+} // namespace ccrypto

@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+using namespace ccrypto;
+
 namespace {
 
 std::string root;
@@ -20,6 +22,8 @@ void Redirect(HKEY hive, const char* name)
 
 } // namespace
 
+namespace ccrypto {
+
 ScratchRegistry::ScratchRegistry()
 {
     root = "Software\\core_tests_" + std::to_string(GetCurrentProcessId());
@@ -34,3 +38,5 @@ ScratchRegistry::~ScratchRegistry()
     RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
     RegDeleteTreeA(HKEY_CURRENT_USER, root.c_str());
 }
+
+} // namespace ccrypto

@@ -9,6 +9,8 @@
 
 #include <ctime>
 
+using namespace ccrypto;
+
 TEST(SystemSettings, TheVariableTzMovesNowAndConversionsAlike)
 {
     ASSERT_EQ(_putenv("TZ=EST5"), 0);

@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+using namespace ccrypto;
+
 using platform::File;
 using platform::FileMode;
 

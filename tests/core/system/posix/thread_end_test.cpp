@@ -9,6 +9,8 @@
 #include <atomic>
 #include <thread>
 
+using namespace ccrypto;
+
 namespace {
 
 void HoldOffSignals()

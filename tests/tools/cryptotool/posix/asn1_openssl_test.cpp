@@ -9,6 +9,8 @@
 #include <map>
 #include <sstream>
 
+using namespace ccrypto;
+
 namespace {
 
 /// One file of every structure that openssl makes, as DER in *.der; what it writes with indefinite lengths in *.ber.

@@ -6,6 +6,8 @@
 
 #include <cstdlib>
 
+using namespace ccrypto;
+
 namespace {
 
 TEST(CryptotoolCipherBesideOpenSSL, ReadEachOther)

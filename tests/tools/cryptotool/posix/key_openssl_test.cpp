@@ -6,6 +6,8 @@
 
 #include <cstdlib>
 
+using namespace ccrypto;
+
 // Keys and signatures of one program, read by the other.
 
 namespace {

@@ -7,6 +7,8 @@
 
 #include <cstdlib>
 
+using namespace ccrypto;
+
 namespace {
 
 /// A folder in which shell commands run the built program as $T.

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace ccrypto;
+
 namespace {
 
 TEST(CryptotoolProgram, TakesForeignNamesAndWritesBytesAsTheyAre)

@@ -8,6 +8,8 @@
 #include <string>
 #include <thread>
 
+using namespace ccrypto;
+
 // Windows has them from version 1809 on, and the headers declare them for programs that ask for as much.
 extern "C" {
 __declspec(dllimport) HRESULT WINAPI CreatePseudoConsole(COORD size, HANDLE input, HANDLE output, DWORD flags, void** console);
