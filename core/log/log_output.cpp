@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <utility>
 
 namespace ccrypto {
@@ -15,6 +16,25 @@ namespace {
 constexpr std::uint32_t patienceMilliseconds = 1000;
 constexpr std::uint32_t patienceWithBusyFile = 10;
 constexpr std::size_t usualThreads = 16;
+
+struct Unlock {
+    void operator()(platform::NamedMutex* mutex) const { mutex->unlock(); }
+};
+
+/// \param guarded nobody else writes to the file meanwhile.
+void AppendLine(const char* path, std::string_view line, bool guarded)
+{
+    platform::File file;
+    if (!file.open(path, platform::FileMode::appendShared))
+        return;
+    const std::int64_t end = file.size();
+    if (file.append(line.data(), static_cast<std::uint32_t>(line.size())) || end < 0 || !guarded)
+        return;
+    // A full disk takes a part of the line, to which the next would be glued. A file opened to append cannot be cut on Windows.
+    platform::File cut;
+    if (cut.open(path, platform::FileMode::readWrite))
+        cut.truncate(static_cast<std::uint64_t>(end));
+}
 
 } // namespace
 
@@ -57,20 +77,15 @@ void LogOutput::callBack(const char* line)
 void LogOutput::append(std::string_view line)
 {
     openMutex();
-    const bool guarded = mutex_.isOpen();
-    if (guarded) {
+    std::unique_ptr<platform::NamedMutex, Unlock> held;
+    if (mutex_.isOpen()) {
         const bool had = mutex_.lock(busy_ ? patienceWithBusyFile : patienceMilliseconds);
         busy_ = !had;
         if (!had)
             return;
+        held.reset(&mutex_);
     }
-    {
-        platform::File file;
-        if (file.open(settings_.filePerThread ? threadPath().c_str() : settings_.path.c_str(), platform::FileMode::append))
-            file.append(line.data(), static_cast<std::uint32_t>(line.size()));
-    }
-    if (guarded)
-        mutex_.unlock();
+    AppendLine(settings_.filePerThread ? threadPath().c_str() : settings_.path.c_str(), line, held != nullptr);
 }
 
 std::string LogOutput::threadPath() const

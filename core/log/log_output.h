@@ -38,9 +38,10 @@ public:
     /// Makes the mutex that guards the file, named "AutoLogger_" and the tag; otherwise the first line does.
     void openMutex();
 
-    /// Hands the line to the callback and appends it to the file. A file that stays busy for a second loses the line, and so does
-    /// one that cannot be written; until it is free again, the lines after that one wait a hundredth of the time, so that a program
-    /// that holds the file does not hold up this one. Where the system has no mutex to give, the line is appended unguarded.
+    /// Hands the line to the callback and appends it to the file, which users share. A file that stays busy for a second loses the
+    /// line; until it is free again, the lines after that one wait a hundredth of the time, so that a program that holds the file
+    /// does not hold up this one. A file that cannot take the whole line, as on a full disk, takes none of it. Where the system has
+    /// no mutex to give, the line is appended unguarded.
     void deliver(LogLine& line);
 
 private:

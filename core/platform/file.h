@@ -13,6 +13,7 @@ enum class FileMode {
     readWrite,     ///< created when missing; contents kept
     create,        ///< must not exist, not even as a link; to be written
     createPrivate, ///< the same, for the file's owner alone; on Windows for those whom the folder grants it
+    appendShared,  ///< as append; on POSIX a file that is created may be written by every user, whatever the umask is
 };
 
 /// A file of bytes. Names are UTF-8 and may be longer than 260 characters on Windows too. Failures leave LastError(). Pipes,
@@ -25,7 +26,7 @@ public:
 
     /// \return the number of bytes read from `position`, fewer than `count` at the end of the file; -1 on failure.
     std::int64_t readAt(std::uint64_t position, void* target, std::uint32_t count);
-    /// All of it or failure. In mode append the bytes go to the end of the file, whatever `position` says.
+    /// All of it or failure. In the append modes the bytes go to the end of the file, whatever `position` says.
     bool writeAt(std::uint64_t position, const void* source, std::uint32_t count);
     bool append(const void* source, std::uint32_t count);
     /// -1 on failure.

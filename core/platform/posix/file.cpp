@@ -20,6 +20,7 @@ int FlagsOf(FileMode mode)
     case FileMode::write:
         return O_RDWR | O_CREAT | O_TRUNC;
     case FileMode::append:
+    case FileMode::appendShared:
         return O_WRONLY | O_CREAT | O_APPEND;
     case FileMode::create:
     case FileMode::createPrivate:
@@ -41,6 +42,24 @@ int RefusalOf(int file)
     return S_ISDIR(status.st_mode) ? EISDIR : ESPIPE;
 }
 
+int Open(const char* name, FileMode mode)
+{
+    // A pipe without a partner would hold up the caller for as long as nobody opens its other end.
+    const int flags = FlagsOf(mode) | O_CLOEXEC | O_NONBLOCK;
+    if (mode != FileMode::appendShared)
+        return ::open(name, flags, mode == FileMode::createPrivate ? 0600 : 0666);
+
+    // Linux refuses O_CREAT for a file that another user made in a folder such as /tmp, so a file that is there is opened without.
+    const int existing = ::open(name, flags & ~O_CREAT);
+    if (existing >= 0 || errno != ENOENT)
+        return existing;
+    const int created = ::open(name, flags | O_EXCL, 0666);
+    if (created < 0)
+        return errno == EEXIST ? ::open(name, flags & ~O_CREAT) : created;
+    fchmod(created, 0666);
+    return created;
+}
+
 int Descriptor(std::intptr_t handle)
 {
     return static_cast<int>(handle);
@@ -60,8 +79,7 @@ bool File::open(const char* name, FileMode mode)
         errno = EINVAL;
         return false;
     }
-    // A pipe without a partner would hold up the caller for as long as nobody opens its other end.
-    OwnedDescriptor file(::open(name, FlagsOf(mode) | O_CLOEXEC | O_NONBLOCK, mode == FileMode::createPrivate ? 0600 : 0666));
+    OwnedDescriptor file(Open(name, mode));
     if (!file)
         return false;
     if (const int reason = RefusalOf(file.get()); reason != 0) {

@@ -22,6 +22,7 @@ ModeFlags FlagsOf(FileMode mode)
         // Emptied once it is open, since a hidden file is not emptied by opening it without telling that it is hidden.
         return {GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS};
     case FileMode::append:
+    case FileMode::appendShared:
         // The right to append without the right to write makes the system move every write to the end, other processes' included.
         return {FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE, OPEN_ALWAYS};
     case FileMode::create:
