@@ -18,21 +18,27 @@ constexpr std::size_t maxSystemText = 255;
 
 std::string ErrorText(std::uint32_t code)
 {
-    std::string text = ErrorDescription(code);
-    if (text.empty())
-        text = platform::SystemErrorText(code);
-    if (text.empty()) {
+    const std::string described = ErrorDescription(code);
+    return ccrypto::internal::TextOfWindowsError(code, described.empty() ? platform::SystemErrorText(code) : described);
+}
+
+} // namespace
+
+namespace ccrypto {
+
+std::string ccrypto::internal::TextOfWindowsError(std::uint32_t code, std::string_view known)
+{
+    if (known.empty()) {
         char unknown[32];
         std::snprintf(unknown, sizeof unknown, " Last error (%08X)", static_cast<unsigned>(code));
         return unknown;
     }
-    if (text.size() > 2 && text.ends_with("\r\n"))
-        text.resize(text.size() - 2);
-    text.resize(Utf8Prefix(text, maxSystemText).size());
-    return text;
+    if (known.size() > 2 && known.ends_with("\r\n"))
+        known.remove_suffix(2);
+    return std::string(Utf8Prefix(known, maxSystemText));
 }
 
-} // namespace
+} // namespace ccrypto
 
 const CCryptoString& CCryptoErrorHandler::message() const
 {

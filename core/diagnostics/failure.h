@@ -35,8 +35,12 @@ void AddWindowsError(std::uint32_t code) noexcept;
 /// A failure without a reason: recorded when the calling thread has none.
 void RecordFailureWithoutReason(std::string_view operation) noexcept;
 
+/// The text that a failure takes from the system: `known`, at most 255 bytes, without the line end; " Last error (%08X)" when
+/// nothing is known of the code.
+[[nodiscard]] std::string TextOfWindowsError(std::uint32_t code, std::string_view known);
+
 /// The process-wide last-error text.
-std::string LastErrorText();
+[[nodiscard]] std::string LastErrorText();
 void SetLastErrorText(std::string_view text) noexcept;
 /// Sets the text when it is empty.
 void StartLastErrorText(std::string_view text) noexcept;

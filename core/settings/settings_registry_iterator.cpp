@@ -45,7 +45,7 @@ std::unique_ptr<CCryptoSettingsRegistryIter> CCryptoSettingsRegistryIter::Open(c
 
 bool CCryptoSettingsRegistryIter::GetNext(char* name, std::uint32_t size)
 {
-    CCryptoAutoLogger logger("CCryptoSettingsRegistryIter::GetNext", ccrypto::LoggerMode::quietResultExpected);
+    CCryptoAutoLogger logger("CCryptoSettingsRegistryIter::GetNext", ccrypto::LoggerMode::quietResultExpected, "%u", index_);
 
     item_.close();
     atItem_ = false;

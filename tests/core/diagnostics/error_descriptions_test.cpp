@@ -42,7 +42,7 @@ TEST(ErrorDescriptions, AreReadAndMalformedItemsSkipped)
 <settings>
     <ErrorCode_0x8010000C>No card &amp; no &#x72;e&#228;der</ErrorCode_0x8010000C>
     <ErrorCode_5>old</ErrorCode_5><ErrorCode_5>Access<!-- - --> denied</ErrorCode_5>
-    <other><nested>passed over</nested></other>
+    <other><nested>ignored</nested></other>
     <ErrorCode_7 a="b">attribute</ErrorCode_7>
     <ErrorCode_8><b>nested</b></ErrorCode_8>
     <ErrorCode_9/>
@@ -57,6 +57,8 @@ TEST(ErrorDescriptions, AreReadAndMalformedItemsSkipped)
     EXPECT_EQ(descriptions, (ErrorDescriptions{{0x8010000C, "No card & no re\xC3\xA4"
                                                             "der"},
                                                {5, "Access denied"}}));
+    ASSERT_TRUE(ParseErrorDescriptions(SettingsXml(Repeated("<a>", 15) + Repeated("</a>", 15)), descriptions));
+    EXPECT_TRUE(descriptions.empty());
     for (const char* item : {"7", "8", "9", "", "0x100000000", "-1", "12", "13", "14"})
         EXPECT_THAT(log.texts(),
                     Contains(HasSubstr("Incorrect format for error description item: ErrorCode_" + std::string(item))));
@@ -117,6 +119,8 @@ TEST(ErrorDescriptions, ComeBeforeTheTextsOfTheSystem)
     EXPECT_FALSE(load(SettingsXml("<ErrorCode_2>new</ErrorCode_2>") + std::string(1024 * 1024, ' ')));
     EXPECT_FALSE(load("<settings>"));
     EXPECT_EQ(textOf(2), "Insert the card");
-    EXPECT_TRUE(load(SettingsXml("")));
+    const std::string largest = SettingsXml(std::string(1024 * 1024 - SettingsXml("").size(), ' '));
+    EXPECT_FALSE(load(largest + ' '));
+    EXPECT_TRUE(load(largest));
     EXPECT_EQ(textOf(2), systemText);
 }

@@ -117,6 +117,25 @@ TEST(LastFailure, BelongsToItsThread)
     EXPECT_EQ(CCryptoErrorHandler::LastErrorText(), "");
 }
 
+TEST(LastFailure, TakesABoundedTextWithoutItsLineEndFromTheSystem)
+{
+    const struct {
+        std::string known;
+        std::string text;
+    } cases[] = {
+        {"Access is denied.\r\n", "Access is denied."},
+        {"No line end", "No line end"},
+        {"two\r\n\r\n", "two\r\n"},
+        {"\r\n", "\r\n"},
+        {std::string(255, 'x') + "\r\n", std::string(255, 'x')},
+        {std::string(256, 'x'), std::string(255, 'x')},
+        {std::string(254, 'x') + "\xC3\xA4", std::string(254, 'x')},
+        {"", " Last error (0000000A)"},
+    };
+    for (const auto& each : cases)
+        EXPECT_EQ(ccrypto::internal::TextOfWindowsError(10, each.known), each.text);
+}
+
 TEST(LastFailure, WithoutMemoryTheProcessEndsAsForAnyAllocation)
 {
     for (const char* stage : {"open", "reason", "close"})

@@ -1,7 +1,10 @@
 #include "core/base/build_date.h"
+#include "core/log/log.h"
 #include "core/log/log_writers.h"
 #include "core/platform/clock.h"
+#include "core/platform/log_place.h"
 #include "core/platform/process.h"
+#include "core/settings/log_settings.h"
 #include "core/settings/process_logger.h"
 #include "core/settings/settings_registry.h"
 #include "tests/core/settings/scratch_registry.h"
@@ -16,6 +19,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace ccrypto;
@@ -36,14 +40,24 @@ std::string DatedName(const char* suffix)
     return date;
 }
 
+void Set(const char* name, const std::string& value)
+{
+    CCryptoSettingsRegistry settings(nullptr, product, nullptr);
+    ASSERT_TRUE(settings.SetValue(element(name), element(value.c_str())));
+}
+
+struct SettingsCase {
+    const char* name;
+    std::vector<std::pair<const char*, std::string>> settings;
+    const char* directory;
+    std::uint32_t level;
+    bool profiling;
+    bool filePerThread;
+    std::string path;
+};
+
 class ProcessLogger : public testing::Test {
 protected:
-    void set(const char* name, const std::string& value)
-    {
-        CCryptoSettingsRegistry settings(nullptr, product, nullptr);
-        ASSERT_TRUE(settings.SetValue(element(name), element(value.c_str())));
-    }
-
     /// Without a separator at the end.
     std::string directory() const { return folder_.path().string(); }
 
@@ -69,8 +83,8 @@ private:
 
 TEST_F(ProcessLogger, FramesTheLogInBanners)
 {
-    set("debugLevel", "3");
-    set("debugDir", directory());
+    Set("debugLevel", "3");
+    Set("debugDir", directory());
     {
         const CCryptoProcessLogger process(nullptr, product, tag);
         CCryptoAutoLogger logger("Operation", ccrypto::LoggerMode::resultOptional);
@@ -100,8 +114,8 @@ TEST_F(ProcessLogger, TellsTheBuildDateAsMonthDayAndYear)
 
 TEST_F(ProcessLogger, RefusesASecondOne)
 {
-    set("debugLevel", "3");
-    set("debugDir", directory());
+    Set("debugLevel", "3");
+    Set("debugDir", directory());
     {
         const CCryptoProcessLogger process(nullptr, product, tag);
         {
@@ -119,8 +133,8 @@ TEST_F(ProcessLogger, RefusesASecondOne)
 
 TEST_F(ProcessLogger, DoesNothingWithLevelZero)
 {
-    set("debugDir", directory());
-    set("debugLevel", "0");
+    Set("debugDir", directory());
+    Set("debugLevel", "0");
     {
         const CCryptoProcessLogger process(CollectedLog::Callback, product, tag);
         CCryptoAutoLogger logger("Operation", ccrypto::LoggerMode::resultExpected, "%d", 1);
@@ -131,16 +145,16 @@ TEST_F(ProcessLogger, DoesNothingWithLevelZero)
 
 TEST_F(ProcessLogger, NamesTheFileAsTheSettingsSay)
 {
-    set("debugLevel", "1");
-    set("debugDir", directory());
-    set("debugProcessId", "1");
+    Set("debugLevel", "1");
+    Set("debugDir", directory());
+    Set("debugProcessId", "1");
     const CCryptoProcessLogger process(nullptr, product, tag);
     char ownId[32];
     std::snprintf(ownId, sizeof ownId, "_%04u", platform::CurrentProcessId());
     EXPECT_EQ(files(), (Names{DatedName(ownId)}));
 
-    set("debugProcessId", "0");
-    set("debugThreads", "1");
+    Set("debugProcessId", "0");
+    Set("debugThreads", "1");
     CCryptoProcessLogger::ReadLogSettings(product);
     WriteLog_G("own file");
     char ownThread[32];
@@ -148,7 +162,7 @@ TEST_F(ProcessLogger, NamesTheFileAsTheSettingsSay)
     EXPECT_EQ(texts(DatedName(ownThread)), (Lines{"own file"}));
 
     const TemporaryDirectory other;
-    set("debugThreads", "0");
+    Set("debugThreads", "0");
     CCryptoProcessLogger::ReadLogSettings(product, other.path().string().c_str());
     WriteLog_G("moved");
     EXPECT_EQ(TextsOfFile((other.path() / DatedName("")).string(), tag), Lines{"moved"});
@@ -156,7 +170,7 @@ TEST_F(ProcessLogger, NamesTheFileAsTheSettingsSay)
 
 TEST_F(ProcessLogger, PrefersTheInstalledSettings)
 {
-    set("debugLevel", "0");
+    Set("debugLevel", "0");
     CCryptoSettings settings(std::make_unique<CCryptoSettingsRegistry>("Company", "Other", nullptr));
     CCryptoSettings::Instance()->SetValue(element("debugLevel"), element("1"));
     CCryptoSettings::Instance()->SetValue(element("debugDir"), element(directory().c_str()));
@@ -164,10 +178,55 @@ TEST_F(ProcessLogger, PrefersTheInstalledSettings)
     EXPECT_EQ(files(), (Names{DatedName("")}));
 }
 
+TEST(LogSettings, AreReadWithTheirDefaultsAndLimits)
+{
+    const std::string fallback = platform::defaultLogDirectory + DatedName("");
+    const std::string separator(1, platform::pathSeparator);
+    const std::string fits = std::string(255 - 1 - DatedName("").size(), 'x');
+    char ownId[32];
+    std::snprintf(ownId, sizeof ownId, "_%04u", platform::CurrentProcessId());
+    const SettingsCase cases[] = {
+        {"none: the level in force stays", {}, nullptr, 7, false, false, fallback},
+        {"off", {{"debugLevel", "0"}}, nullptr, 0, false, false, fallback},
+        {"level", {{"debugLevel", "2"}}, nullptr, 2, false, false, fallback},
+        {"empty folder", {{"debugDir", ""}}, nullptr, 7, false, false, fallback},
+        {"folder", {{"debugDir", "d"}}, nullptr, 7, false, false, "d" + separator + DatedName("")},
+        {"folder with separator", {{"debugDir", "d" + separator}}, nullptr, 7, false, false, "d" + separator + DatedName("")},
+        {"the caller's folder", {{"debugDir", "d"}}, "e", 7, false, false, "e" + separator + DatedName("")},
+        {"the caller's empty folder", {{"debugDir", "d"}}, "", 7, false, false, fallback},
+        {"longest path", {{"debugDir", fits}}, nullptr, 7, false, false, fits + separator + DatedName("")},
+        {"path too long", {{"debugDir", fits + "x"}}, nullptr, 7, false, false, fallback},
+        {"profile", {{"debugProfile", "1"}}, nullptr, 7, true, false, fallback},
+        {"profile, negative", {{"debugProfile", "-1"}}, nullptr, 7, true, false, fallback},
+        {"threads", {{"debugThreads", "2"}}, nullptr, 7, false, true, fallback},
+        {"no number", {{"debugThreads", "x"}, {"debugProfile", "x"}, {"debugProcessId", "x"}}, nullptr, 7, false, false, fallback},
+        {"process", {{"debugProcessId", "2"}}, nullptr, 7, false, false, platform::defaultLogDirectory + DatedName(ownId)},
+    };
+    for (const SettingsCase& each : cases) {
+        SCOPED_TRACE(each.name);
+        const ScratchRegistry empty;
+        for (const auto& [name, value] : each.settings)
+            Set(name, value);
+        logging::Configure(7, false, nullptr);
+        logging::ReadSettings(nullptr, tag, product, each.directory);
+        EXPECT_EQ(logging::Level(), each.level);
+        EXPECT_EQ(logging::Profiling(), each.profiling);
+        const std::shared_ptr<LogOutput> output = logging::CurrentOutput();
+        EXPECT_EQ(output->settings().filePerThread, each.filePerThread);
+        EXPECT_EQ(output->settings().path, each.path);
+        logging::Configure(0, false, nullptr);
+    }
+    const ScratchRegistry empty;
+    logging::ReadSettings(nullptr, "a tag of twenty byte", product, nullptr);
+    EXPECT_EQ(logging::CurrentOutput()->settings().tag, "a tag of twenty byt");
+    EXPECT_TRUE(logging::CurrentOutput()->settings().path.find("a tag of twenty byt_") != std::string::npos);
+    logging::Configure(0, false, nullptr);
+}
+
 TEST_F(ProcessLogger, DoesNotUseAFolderWhosePathIsTooLong)
 {
-    set("debugLevel", "1");
-    set("debugDir", directory() + std::string(240 - directory().size(), 'x'));
+    Set("debugLevel", "1");
+    Set("debugDir", directory() + std::string(240 - directory().size(), 'x'));
     CollectedLog log(0);
     const CCryptoProcessLogger process(CollectedLog::Callback, product, tag);
     const std::string tooLong = "ERROR: The path of the log file is longer than 255 bytes";
