@@ -1,3 +1,4 @@
+#include "core/diagnostics/failure.h"
 #include "pki/keys/key_file.h"
 #include "pki/keys/password_objects.h"
 
@@ -17,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const std::unique_ptr<ICryptoKeyPair> again = file.Load(saved.bytes());
         if (again == nullptr || file.form() != form || !(again->publicKeyInfo() == key->publicKeyInfo()))
             std::abort();
-    } else if (file.reason().isEmpty()) {
+    } else if (const auto failure = ccrypto::LastFailure(); !failure || failure->text.empty()) {
         std::abort();
     }
 

@@ -3,6 +3,7 @@
 #include "asn1/der/der_parser.h"
 #include "asn1/der/pem.h"
 #include "core/diagnostics/auto_logger.h"
+#include "core/diagnostics/failure.h"
 #include "pki/keys/ec_key_pair.h"
 #include "pki/keys/key_encoding.h"
 #include "pki/keys/key_objects.h"
@@ -11,14 +12,17 @@
 #include <iterator>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace ccrypto;
 
 namespace {
 
-/// The longest file that is taken for a key, in bytes.
-constexpr std::size_t longestFile = 1 << 20;
+using KeyPair = std::unique_ptr<ICryptoKeyPair>;
+
+/// Bytes of a file that is taken for a key.
+constexpr std::size_t maxFile = 1 << 20;
 
 struct LabelledForm {
     KeyForm form;
@@ -76,119 +80,109 @@ std::optional<KeyForm> FormOfTree(const elementNode* tree)
     }
 }
 
-} // namespace
-
-std::nullptr_t CCryptoKeyFile::refuse(const char* reason)
+KeyPair LoadPlain(KeyForm form, const element& der)
 {
-    // What was found first is nearer to the cause.
-    if (reason_.isEmpty())
-        reason_ = CCryptoString(reason);
+    switch (form) {
+    case KeyForm::publicKeyInfo:
+        return LoadPublicKeyInfo(der);
+    case KeyForm::rsaPublicKey:
+        return LoadRSAPublicKey(der);
+    case KeyForm::privateKeyInfo:
+        return LoadPrivateKeyInfo(der);
+    case KeyForm::rsaPrivateKey:
+        return LoadRSAPrivateKey(der);
+    case KeyForm::ecPrivateKey:
+        return LoadECPrivateKey(der);
+    case KeyForm::encryptedPrivateKey:
+        break;
+    }
     return nullptr;
 }
 
-std::unique_ptr<ICryptoKeyPair> CCryptoKeyFile::Load(std::span<const std::uint8_t> bytes, const PasswordSource& password)
+} // namespace
+
+KeyPair CCryptoKeyFile::Load(std::span<const std::uint8_t> bytes, const PasswordSource& password)
 {
     CCryptoAutoLogger logger("CCryptoKeyFile::Load");
-    reason_ = {};
-    refusedContent_ = false;
-    std::unique_ptr<ICryptoKeyPair> key;
-    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    if (bytes.size() > longestFile) {
-        refuse("it is longer than any key");
-    } else if (!HasPemBlock(text)) {
-        key = loadDer(element(bytes.data(), static_cast<std::uint32_t>(bytes.size())), password);
-    } else {
-        std::vector<DataBlock> blocks;
-        std::string reason;
-        if (!ReadPem(text, blocks, reason))
-            refuse(reason.c_str());
-        for (const DataBlock& block : blocks) {
-            const std::optional<KeyForm> form = FormOfLabel(block.label);
-            if (!form)
-                continue;
-            key = loadAs(*form, block.bytes, password);
-            break;
-        }
-        if (key == nullptr)
-            refuse("it holds no key that can be read");
-    }
-    if (key == nullptr)
-        return logger.fail(std::unique_ptr<ICryptoKeyPair>(), "Key loading failed: %s", reason_.c_str());
-    logger.setResult(true);
+    // What failed before is not the reason for what fails now.
+    ccrypto::ForgetFailure();
+    KeyPair key = loadFile(bytes, password, logger);
+    if (key != nullptr)
+        logger.setResult(true);
     return key;
 }
 
-std::unique_ptr<ICryptoKeyPair> CCryptoKeyFile::loadDer(const element& der, const PasswordSource& password)
+KeyPair CCryptoKeyFile::loadFile(std::span<const std::uint8_t> bytes, const PasswordSource& password, CCryptoAutoLogger& logger)
+{
+    if (bytes.size() > maxFile)
+        return logger.fail(KeyPair(), "it is longer than any key");
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    if (HasPemBlock(text))
+        return loadPem(text, password, logger);
+    return loadDer(element(bytes.data(), static_cast<std::uint32_t>(bytes.size())), password, logger);
+}
+
+KeyPair CCryptoKeyFile::loadPem(std::string_view text, const PasswordSource& password, CCryptoAutoLogger& logger)
+{
+    std::vector<DataBlock> blocks;
+    std::string reason;
+    const bool isWhole = ReadPem(text, blocks, reason);
+    for (const DataBlock& block : blocks) {
+        if (const std::optional<KeyForm> form = FormOfLabel(block.label))
+            return loadAs(*form, block.bytes, password, logger);
+    }
+    return isWhole ? logger.fail(KeyPair(), "it holds no key that can be read") : logger.fail(KeyPair(), "%s", reason.c_str());
+}
+
+KeyPair CCryptoKeyFile::loadDer(const element& der, const PasswordSource& password, CCryptoAutoLogger& logger)
 {
     const ElementNodePtr tree = CCryptoDERParser().Decode(der.bytes());
     const std::optional<KeyForm> form = FormOfTree(tree.get());
-    return form ? loadAs(*form, der, password) : refuse("it is neither DER nor PEM of a key");
+    return form ? loadAs(*form, der, password, logger) : logger.fail(KeyPair(), "it is neither DER nor PEM of a key");
 }
 
-std::unique_ptr<ICryptoKeyPair> CCryptoKeyFile::loadAs(KeyForm form, const element& der, const PasswordSource& password)
+KeyPair CCryptoKeyFile::loadAs(KeyForm form, const element& der, const PasswordSource& password, CCryptoAutoLogger& logger)
 {
     form_ = form;
-    std::unique_ptr<ICryptoKeyPair> key;
-    switch (form) {
-    case KeyForm::publicKeyInfo:
-        key = LoadPublicKeyInfo(der);
-        break;
-    case KeyForm::rsaPublicKey:
-        key = LoadRSAPublicKey(der);
-        break;
-    case KeyForm::privateKeyInfo:
-        key = LoadPrivateKeyInfo(der);
-        break;
-    case KeyForm::encryptedPrivateKey:
-        key = loadEncrypted(der, password);
-        break;
-    case KeyForm::rsaPrivateKey:
-        key = LoadRSAPrivateKey(der);
-        break;
-    case KeyForm::ecPrivateKey:
-        key = LoadECPrivateKey(der);
-        break;
-    }
-    if (key == nullptr && reason_.isEmpty()) {
-        refusedContent_ = true;
-        refuse("it is no key of a supported algorithm, or its numbers do not make a valid key");
-    }
-    return key;
+    if (form == KeyForm::encryptedPrivateKey)
+        return loadEncrypted(der, password, logger);
+    KeyPair key = LoadPlain(form, der);
+    if (key != nullptr)
+        return key;
+    const std::optional<ccrypto::Failure> cause = ccrypto::LastFailure();
+    return logger.fail(KeyPair(), "it is not a valid key of a supported algorithm%s%s", cause ? ": " : "",
+                       cause ? cause->text.c_str() : "");
 }
 
-std::unique_ptr<ICryptoKeyPair> CCryptoKeyFile::loadEncrypted(const element& der, const PasswordSource& password)
+KeyPair CCryptoKeyFile::loadEncrypted(const element& der, const PasswordSource& password, CCryptoAutoLogger& logger)
 {
     CCryptoEncryptedPrivateKeyInfo info;
     if (!info.ParseDer(der) || !CCryptoPasswordEncryption::Understands(info.algorithm))
-        return refuse("its encryption is not supported");
+        return logger.fail(KeyPair(), "its encryption is not supported");
     element secret;
     if (!password || !password(secret))
-        return refuse("it is encrypted, and there is no password");
+        return logger.fail(KeyPair(), "it is encrypted, and there is no password");
     element plain;
     if (!CCryptoPasswordEncryption::Decrypt(info.algorithm, secret.view(), info.encryptedData.bytes(), plain))
-        return refuse("the password is wrong, or what is encrypted is damaged");
-    std::unique_ptr<ICryptoKeyPair> key = LoadPrivateKeyInfo(plain);
-    if (key == nullptr)
-        refuse("the password is wrong, or what is encrypted is no valid key");
-    return key;
+        return logger.fail(KeyPair(), "the password is wrong, or what is encrypted is damaged");
+    KeyPair key = LoadPrivateKeyInfo(plain);
+    return key != nullptr ? std::move(key) : logger.fail(KeyPair(), "the password is wrong, or what is encrypted is no valid key");
 }
 
 element CCryptoKeyFile::Save(const ICryptoKeyPair& key, KeyForm form, std::string_view password,
                              const SCryptoPasswordEncryption& encryption)
 {
     CCryptoAutoLogger logger("CCryptoKeyFile::Save");
-    reason_ = {};
-    element der = save(key, form, password, encryption);
-    if (der.isEmpty()) {
-        refuse("the key does not have this form");
-        return logger.fail(element(), "Key saving failed: %s", reason_.c_str());
-    }
-    logger.setResult(true);
+    element der = save(key, form, password, encryption, logger);
+    if (!der.isEmpty())
+        logger.setResult(true);
+    else if (logger.status() != ResultStatus::error)
+        logger.fail(false, "the key does not have this form");
     return der;
 }
 
 element CCryptoKeyFile::save(const ICryptoKeyPair& key, KeyForm form, std::string_view password,
-                             const SCryptoPasswordEncryption& encryption)
+                             const SCryptoPasswordEncryption& encryption, CCryptoAutoLogger& logger)
 {
     const auto* rsa = dynamic_cast<const CCryptoRSAKeyPair*>(&key);
     const auto* ec = dynamic_cast<const CCryptoECKeyPair*>(&key);
@@ -211,10 +205,8 @@ element CCryptoKeyFile::save(const ICryptoKeyPair& key, KeyForm form, std::strin
         return {};
     CCryptoEncryptedPrivateKeyInfo info;
     info.encryptedData = CCryptoPasswordEncryption::Encrypt(encryption, password, plain.bytes(), info.algorithm);
-    if (info.encryptedData.isEmpty()) {
-        refuse("it cannot be encrypted so");
-        return {};
-    }
+    if (info.encryptedData.isEmpty())
+        return logger.fail(element(), "it cannot be encrypted so");
     return info.BuildDer();
 }
 

@@ -9,6 +9,8 @@
 #include <span>
 #include <string_view>
 
+class CCryptoAutoLogger;
+
 namespace ccrypto {
 
 /// The forms in which keys are kept in files.
@@ -30,19 +32,15 @@ public:
     /// is none.
     using PasswordSource = std::function<bool(element& password)>;
 
-    /// A key in whatever form: DER, or PEM (RFC 7468), of which the first block that is a key counts. \return null, logged with the
-    /// reason, which reason() gives, too.
+    /// A key in whatever form: DER, or PEM (RFC 7468), of which the first block that is a key counts.
+    /// \return null, with the reason in the log and in ccrypto::LastFailure().
     std::unique_ptr<ICryptoKeyPair> Load(std::span<const std::uint8_t> bytes, const PasswordSource& password = {});
 
     /// The form of the key that was loaded last.
     ccrypto::KeyForm form() const { return form_; }
-    /// Why the last operation failed, for people.
-    const CCryptoString& reason() const { return reason_; }
-    /// The last Load found a key and refused its algorithm or its numbers: the error text of the operation that did tells which.
-    bool refusedContent() const { return refusedContent_; }
 
-    /// A key in a form; encryptedPrivateKey wants `password` and `encryption`. \return DER; empty, logged, when the key does not
-    /// have the form.
+    /// A key in a form; encryptedPrivateKey needs `password` and `encryption`.
+    /// \return DER; empty, with the reason as above, when the key does not have the form.
     element Save(const ICryptoKeyPair& key, ccrypto::KeyForm form, std::string_view password = {},
                  const SCryptoPasswordEncryption& encryption = {});
 
@@ -52,14 +50,15 @@ public:
     static CCryptoString ToPem(ccrypto::KeyForm form, const element& der);
 
 private:
-    std::unique_ptr<ICryptoKeyPair> loadDer(const element& der, const PasswordSource& password);
-    std::unique_ptr<ICryptoKeyPair> loadAs(ccrypto::KeyForm form, const element& der, const PasswordSource& password);
-    std::unique_ptr<ICryptoKeyPair> loadEncrypted(const element& der, const PasswordSource& password);
+    std::unique_ptr<ICryptoKeyPair> loadFile(std::span<const std::uint8_t> bytes, const PasswordSource& password,
+                                             CCryptoAutoLogger& logger);
+    std::unique_ptr<ICryptoKeyPair> loadPem(std::string_view text, const PasswordSource& password, CCryptoAutoLogger& logger);
+    std::unique_ptr<ICryptoKeyPair> loadDer(const element& der, const PasswordSource& password, CCryptoAutoLogger& logger);
+    std::unique_ptr<ICryptoKeyPair> loadAs(ccrypto::KeyForm form, const element& der, const PasswordSource& password,
+                                           CCryptoAutoLogger& logger);
+    std::unique_ptr<ICryptoKeyPair> loadEncrypted(const element& der, const PasswordSource& password, CCryptoAutoLogger& logger);
     element save(const ICryptoKeyPair& key, ccrypto::KeyForm form, std::string_view password,
-                 const SCryptoPasswordEncryption& encryption);
-    std::nullptr_t refuse(const char* reason);
+                 const SCryptoPasswordEncryption& encryption, CCryptoAutoLogger& logger);
 
     ccrypto::KeyForm form_ = ccrypto::KeyForm::publicKeyInfo;
-    bool refusedContent_ = false;
-    CCryptoString reason_;
 };

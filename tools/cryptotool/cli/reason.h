@@ -7,11 +7,10 @@
 
 namespace ccrypto {
 
-/// Forgets what failed before, so that Reason tells of what comes now.
+/// Forgets what failed before, so that Reason is about what comes now.
 void StartReason();
 
-/// The message of the library operation that failed first since StartReason, without the operation's name. `otherwise` when it gave
-/// none.
+/// The reason that the library recorded last since StartReason. \param otherwise stands in when it recorded none.
 std::string Reason(const char* otherwise);
 
 /// The system's words for platform::LastError().

@@ -1,4 +1,5 @@
 #include "tools/cryptotool/cli/command_table.h"
+#include "tools/cryptotool/cli/reason.h"
 #include "tools/cryptotool/io/key_input.h"
 #include "tools/cryptotool/io/key_output.h"
 
@@ -34,7 +35,7 @@ int WritePublic(Invocation& invocation)
     CCryptoKeyFile keyFile;
     const element der = keyFile.Save(*input.key, form);
     if (der.isEmpty())
-        return invocation.refuse(file, keyFile.reason().view());
+        return invocation.refuse(file, Reason("the key cannot be saved"));
     KeyOutput output(invocation, form);
     exit = output.open();
     return exit == exitDone ? output.write(der) : exit;

@@ -36,7 +36,6 @@ int ReadKey(Invocation& invocation, const std::string& file, KeyInput& input)
         return invocation.refuse(file, reason);
     int passwordExit = exitDone;
     CCryptoKeyFile keyFile;
-    StartReason();
     input.key = keyFile.Load(bytes.bytes(), [&](element& password) {
         passwordExit = ReadSecret(invocation, passwordSecret, Asking::once, password);
         return passwordExit == exitDone;
@@ -46,9 +45,7 @@ int ReadKey(Invocation& invocation, const std::string& file, KeyInput& input)
         return passwordExit;
     if (input.key != nullptr)
         return exitDone;
-    reason = keyFile.reason().view();
-    const std::string detail = keyFile.refusedContent() ? Reason("") : std::string();
-    return invocation.refuse(file, detail.empty() ? reason : reason + ": " + detail);
+    return invocation.refuse(file, Reason("it holds no key"));
 }
 
 } // namespace ccrypto

@@ -1,6 +1,7 @@
 #include "tools/cryptotool/io/key_output.h"
 
 #include "core/base/any_case.h"
+#include "tools/cryptotool/cli/reason.h"
 
 #include <algorithm>
 
@@ -116,7 +117,7 @@ int PrivateKeyTarget::write(Invocation& invocation, const ICryptoKeyPair& key, s
 {
     CCryptoKeyFile file;
     const element der = file.Save(key, form_, password_.view(), encryption_);
-    return der.isEmpty() ? invocation.refuse(source, file.reason().view()) : output_->write(der);
+    return der.isEmpty() ? invocation.refuse(source, Reason("the key cannot be saved")) : output_->write(der);
 }
 
 KeyOutput::KeyOutput(Invocation& invocation, KeyForm form)
