@@ -3,7 +3,6 @@
 #include "core/base/bounded_text.h"
 #include "core/diagnostics/failure.h"
 #include "core/diagnostics/log_nesting.h"
-#include "core/log/overlong_texts.h"
 #include "core/memory/out_of_memory.h"
 #include "core/platform/clock.h"
 
@@ -15,8 +14,14 @@ using namespace ccrypto;
 
 namespace {
 
-/// Leaves room for the longest word in front of the message.
-constexpr std::size_t longestExitMessage = 1011;
+// Written in place of a text beyond logTextLimit.
+constexpr std::string_view overlongArguments =
+    "00:00:00 CCryptoAutoLogger::CCryptoAutoLogger big log message. It will not be displayed. Please check your code.";
+constexpr std::string_view overlongResult =
+    "00:00:00 CCryptoAutoLogger::setRetValue Very big log message. It will not be displayed. Please check your code.";
+
+/// With the longest word before it, such a message fits the limit of a line.
+constexpr std::size_t maxExitMessage = 1011;
 
 constexpr std::string_view outerRule = "========================================";
 constexpr std::string_view innerRule = "----------------------------------------";
@@ -83,7 +88,7 @@ void CCryptoAutoLogger::openWithArguments(const char* format, std::va_list argum
     enter();
 
     BoundedText formatted;
-    const std::string_view text = formatted.appendFormatted(format, arguments) ? formatted.view() : overlong::arguments;
+    const std::string_view text = formatted.appendFormatted(format, arguments) ? formatted.view() : overlongArguments;
     if (quiet()) {
         shown_->nameWithArgs.append(name()).append("(").append(text).append(") : ");
     } else {
@@ -152,7 +157,7 @@ void CCryptoAutoLogger::writeMessage()
         return;
     BoundedText text;
     text.append(word);
-    text.append(message().view().substr(0, longestExitMessage));
+    text.append(message().view().substr(0, maxExitMessage));
     writeLine(text.view());
 }
 
@@ -194,5 +199,5 @@ void CCryptoAutoLogger::setStatusFormatted(ResultStatus level, const char* forma
     }
     BoundedText text;
     const bool fits = text.appendFormatted(format, arguments);
-    setStatus(level, CCryptoString(fits ? text.view() : overlong::result));
+    setStatus(level, CCryptoString(fits ? text.view() : overlongResult));
 }

@@ -24,7 +24,7 @@ enum class LoggerMode : std::uint32_t {
 } // namespace ccrypto
 
 /// The scoped logger that every operation opens on entry, named with its qualified name: an entry line, messages, and an exit line
-/// that tells how the operation ended; nesting is indentation. It carries the operation's result, too, whether logging is on or
+/// that says how the operation ended; nesting is indentation. It carries the operation's result, too, whether logging is on or
 /// off.
 ///
 /// | mode                | entry line | status at first | exit line ends with                                  | message at exit |

@@ -1,16 +1,23 @@
 #include "core/base/bounded_text.h"
 #include "core/diagnostics/auto_logger.h"
-#include "core/diagnostics/hex_dump.h"
 #include "core/log/log_writers.h"
-#include "core/log/overlong_texts.h"
 
 #include <algorithm>
+#include <string>
 
 using namespace ccrypto;
 
 namespace {
 
-constexpr std::uint32_t longestTextLine = 255;
+// Written in place of a text beyond logTextLimit.
+constexpr std::string_view overlongLog = "CCryptoAutoLogger::WriteLog: Very log message that is not displayed.";
+constexpr std::string_view overlongError = "CCryptoAutoLogger::WriteError: Very log message that is not displayed.";
+constexpr std::string_view overlongErrorEx = "CCryptoAutoLogger::WriteErrorEx: Very log message that is not displayed.,";
+
+/// Bytes of a full row of a hex dump.
+constexpr std::size_t hexDumpRow = 32;
+
+constexpr std::uint32_t maxTextLine = 255;
 
 bool IsText(std::string_view bytes)
 {
@@ -18,6 +25,52 @@ bool IsText(std::string_view bytes)
         const auto byte = static_cast<unsigned char>(character);
         return byte == '\t' || byte == '\r' || byte == '\n' || (byte >= ' ' && byte != 0x7F);
     });
+}
+
+constexpr std::size_t columnsOfFullRow = 98;
+constexpr std::size_t columnsOfLastRow = 50;
+
+void AppendHexByte(std::uint8_t byte, const char* digits, std::string& text)
+{
+    text += digits[byte >> 4];
+    text += digits[byte & 0x0F];
+}
+
+char CharacterColumn(std::uint8_t byte)
+{
+    const bool shown = (byte >= ' ' && byte <= 'Z' && byte != '%') || (byte >= 'a' && byte <= 'z');
+    return shown ? static_cast<char>(byte) : '.';
+}
+
+/// One row of a hex dump of 1 to 32 bytes: `depth` times "-", the bytes as two upper-case digits and a space each, spaces up to
+/// column 98, a space, and the bytes as characters, "." for all but space to "Z" without "%" and "a" to "z". A row of fewer than
+/// 32 bytes is padded to column 50 only, so its characters are not aligned with those of a full row.
+void AppendHexDumpRow(std::uint32_t depth, std::span<const std::uint8_t> bytes, BoundedText& row)
+{
+    std::string text(depth, '-');
+    for (const std::uint8_t byte : bytes) {
+        AppendHexByte(byte, "0123456789ABCDEF", text);
+        text += ' ';
+    }
+    const std::size_t columns = bytes.size() == hexDumpRow ? columnsOfFullRow : columnsOfLastRow;
+    if (text.size() < columns)
+        text.resize(columns, ' ');
+    text += ' ';
+    for (const std::uint8_t byte : bytes)
+        text += CharacterColumn(byte);
+    row.append(text);
+}
+
+/// The bytes as two lower-case digits each. \return false when they do not fit.
+bool AppendHexadecimal(std::span<const std::uint8_t> bytes, BoundedText& text)
+{
+    std::string digits;
+    if (bytes.size() < logTextLimit / 2) {
+        for (const std::uint8_t byte : bytes)
+            AppendHexByte(byte, "0123456789abcdef", digits);
+        return text.append(digits);
+    }
+    return false;
 }
 
 } // namespace
@@ -31,7 +84,7 @@ void CCryptoAutoLogger::WriteLog(const char* format, ...)
     va_start(arguments, format);
     const bool fits = text.appendFormatted(format, arguments);
     va_end(arguments);
-    writeLine(fits ? text.view() : overlong::writeLog);
+    writeLine(fits ? text.view() : overlongLog);
 }
 
 void CCryptoAutoLogger::WriteError(const char* format, ...)
@@ -45,7 +98,7 @@ void CCryptoAutoLogger::WriteError(const char* format, ...)
     const bool fits = text.append("ERROR in ") && text.append(name()) && text.append(": ") &&
                       text.appendFormatted(format, arguments) && text.length() + 3 <= logTextLimit;
     va_end(arguments);
-    writeLine(fits ? text.view() : overlong::writeError);
+    writeLine(fits ? text.view() : overlongError);
 }
 
 void CCryptoAutoLogger::WriteErrorEx(const char* format, ...)
@@ -57,7 +110,7 @@ void CCryptoAutoLogger::WriteErrorEx(const char* format, ...)
     va_start(arguments, format);
     const bool fits = text.append("ERROR: ") && text.appendFormatted(format, arguments);
     va_end(arguments);
-    writeLine(fits ? text.view() : overlong::writeErrorEx);
+    writeLine(fits ? text.view() : overlongErrorEx);
 }
 
 void CCryptoAutoLogger::WriteBytes(std::span<const std::uint8_t> bytes, bool inLine)
@@ -66,7 +119,7 @@ void CCryptoAutoLogger::WriteBytes(std::span<const std::uint8_t> bytes, bool inL
         return;
     if (inLine) {
         BoundedText text;
-        writeLine(AppendHexadecimal(bytes, text) ? text.view() : overlong::writeLog);
+        writeLine(AppendHexadecimal(bytes, text) ? text.view() : overlongLog);
         return;
     }
     for (; !bytes.empty(); bytes = bytes.subspan(std::min(bytes.size(), hexDumpRow))) {
@@ -80,7 +133,7 @@ void CCryptoAutoLogger::WriteText(const CCryptoString& text)
 {
     if (!logging::Shows(depth_))
         return;
-    if (text.length() <= longestTextLine && IsText(text.view()))
+    if (text.length() <= maxTextLine && IsText(text.view()))
         WriteLog("%s", text.c_str());
     else
         WriteBytes(text.data().bytes(), false);

@@ -18,9 +18,9 @@ using namespace ccrypto;
 
 namespace {
 
-constexpr std::int64_t largestDocument = 1024 * 1024;
-constexpr std::size_t deepestNesting = 16;
-constexpr std::size_t longestDescription = 255;
+constexpr std::int64_t maxDocument = 1024 * 1024;
+constexpr std::size_t maxNesting = 16;
+constexpr std::size_t maxDescription = 255;
 constexpr std::string_view itemPrefix = "ErrorCode_";
 
 /// Null until a document was loaded.
@@ -40,7 +40,7 @@ struct Markup {
     bool hasAttributes = false;
 };
 
-/// Cuts a document into tags and the texts between them; comments and processing instructions are passed over.
+/// Splits a document into tags and the texts between them; comments and processing instructions are ignored.
 class MarkupReader {
 public:
     explicit MarkupReader(std::string_view document) : rest_(document)
@@ -206,7 +206,7 @@ private:
 
     bool begin(const Markup& markup)
     {
-        if (open_.size() >= deepestNesting)
+        if (open_.size() >= maxNesting)
             return false;
         if (open_.empty() && (seenSettings_ || markup.content != "settings"))
             return false;
@@ -235,7 +235,7 @@ private:
     {
         const std::optional<std::uint32_t> code = CodeOf(name);
         const std::optional<std::string> text = ResolveReferences(rawText_);
-        if (plain_ && code && text && !IsBlank(*text) && text->size() <= longestDescription)
+        if (plain_ && code && text && !IsBlank(*text) && text->size() <= maxDescription)
             descriptions_[*code] = *text;
         else
             logger_.WriteError("Incorrect format for error description item: %s", std::string(name.substr(0, 255)).c_str());
@@ -255,7 +255,7 @@ bool ReadDocument(const char* fileName, std::string& document)
     if (!file.open(fileName, platform::FileMode::read))
         return false;
     const std::int64_t size = file.size();
-    if (size < 0 || size > largestDocument)
+    if (size < 0 || size > maxDocument)
         return false;
     document.resize(static_cast<std::size_t>(size));
     return file.readAt(0, document.data(), static_cast<std::uint32_t>(size)) == size;

@@ -13,7 +13,7 @@ enum class ResultStatus : std::int32_t { none = 0, info = 1, warning = 2, error 
 
 } // namespace ccrypto
 
-/// The result of one operation: a status, a text and the last system error. Texts given one after the other are joined by a blank.
+/// The result of one operation: a status, a text and the last system error. Texts given in turn are joined by a space.
 class CCryptoErrorHandler {
 public:
     CCryptoErrorHandler() = default;
@@ -21,11 +21,11 @@ public:
     CCryptoErrorHandler(const CCryptoErrorHandler&) = delete;
     CCryptoErrorHandler& operator=(const CCryptoErrorHandler&) = delete;
 
-    ccrypto::ResultStatus status() const { return status_; }
+    [[nodiscard]] ccrypto::ResultStatus status() const { return status_; }
     /// Empty when no text was given.
-    const CCryptoString& message() const;
+    [[nodiscard]] const CCryptoString& message() const;
     /// The last system error code recorded; 0 when none was.
-    std::uint32_t errorCode() const { return errorCode_; }
+    [[nodiscard]] std::uint32_t errorCode() const { return errorCode_; }
 
     void setInfo(const CCryptoString& text);
     void setWarning(const CCryptoString& text);
@@ -40,16 +40,16 @@ public:
 
     /// The first error since the text was last cleared: "operation:message" of the innermost operation that failed, or the text
     /// that the last failing operation gave for itself. A copy.
-    static CCryptoString LastErrorText();
+    [[nodiscard]] static CCryptoString LastErrorText();
     static void ClearLastErrorText();
 
     /// Reads texts for error codes from a document of the form
     /// `<settings><ErrorCode_0x8010000C>No card in the reader</ErrorCode_0x8010000C></settings>`; codes are decimal, or hexadecimal
-    /// behind "0x". setWindowsError prefers these texts to the system's. They take the place of those loaded before. A malformed
-    /// item is reported as "Incorrect format for error description item: %s" and skipped.
-    /// \return false, logged, when the file cannot be read, is above 1 MiB or holds no well-formed settings; what was loaded before
-    /// then stays.
-    static bool LoadXmlErrorsDesriptions(const CCryptoString& fileName);
+    /// after "0x". setWindowsError prefers these texts to the system's. They replace those loaded before. A malformed item is
+    /// reported as "Incorrect format for error description item: %s" and skipped.
+    /// \return false, logged, when the file cannot be read, is longer than 1 MiB or holds no well-formed settings; what was loaded
+    /// before is then kept.
+    [[nodiscard]] static bool LoadXmlErrorsDesriptions(const CCryptoString& fileName);
 
 protected:
     /// The operation whose result this is.

@@ -47,7 +47,7 @@ void StartLastErrorText(std::string_view text) noexcept;
 
 /// Calls `end`, which ends the thread `threadId` by force, while that thread cannot have the records in hand, and drops its record.
 /// \return what `end` returns; the record stays when that is false.
-bool EndByForceOutsideOfFailures(std::uint32_t threadId, const std::function<bool()>& end);
+[[nodiscard]] bool EndByForceOutsideOfFailures(std::uint32_t threadId, const std::function<bool()>& end);
 
 /// Gives back all that is recorded, so that a library that is unloaded leaves nothing after it.
 void ForgetFailures();

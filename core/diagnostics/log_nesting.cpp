@@ -13,8 +13,8 @@ namespace ccrypto::logging {
 
 namespace {
 
-constexpr std::uint32_t deepest = 255;
-constexpr std::uint32_t fewestThreads = 64;
+constexpr std::uint32_t maxDepth = 255;
+constexpr std::uint32_t minThreads = 64;
 
 constexpr char lockName[] = "logNesting";
 
@@ -23,13 +23,13 @@ using DepthTree = CAvlTree<std::uint32_t, std::uint32_t>;
 struct NestingTable {
     CCryptoCS guard{lockName};
     std::unique_ptr<DepthTree> depths;
-    /// So many counters are kept before the idle ones are dropped.
-    std::uint32_t room = fewestThreads;
+    /// When there are as many counters, the idle ones are dropped.
+    std::uint32_t capacity = minThreads;
 };
 
 constinit NeverDestroyed<NestingTable> nesting;
 
-// The three below want the guard held.
+// The three below need the guard held.
 
 void DropIdleThreads(NestingTable& table)
 {
@@ -39,7 +39,7 @@ void DropIdleThreads(NestingTable& table)
             busy->Insert(thread, depth);
     });
     table.depths = std::move(busy);
-    table.room = std::max(fewestThreads, 2 * table.depths->Count());
+    table.capacity = std::max(minThreads, 2 * table.depths->Count());
 }
 
 std::uint32_t& DepthOfThisThread(NestingTable& table)
@@ -49,12 +49,12 @@ std::uint32_t& DepthOfThisThread(NestingTable& table)
         table.depths = std::make_unique<DepthTree>();
     if (std::uint32_t* const known = table.depths->Find(thread))
         return *known;
-    if (table.depths->Count() >= table.room)
+    if (table.depths->Count() >= table.capacity)
         DropIdleThreads(table);
     return table.depths->FindOrInsert(thread);
 }
 
-/// Null for a thread without a counter, as one whose operation outlives the log.
+/// Null for a thread without a counter, such as one whose operation outlives the log.
 std::uint32_t* KnownDepth(NestingTable& table, std::uint32_t thread)
 {
     return table.depths != nullptr ? table.depths->Find(thread) : nullptr;
@@ -65,7 +65,7 @@ std::uint32_t* KnownDepth(NestingTable& table, std::uint32_t thread)
 std::uint32_t EnterOperation()
 {
     const CCryptoCSLock lock(&nesting->guard, LockMode::quiet);
-    return std::min(DepthOfThisThread(*nesting)++, deepest);
+    return std::min(DepthOfThisThread(*nesting)++, maxDepth);
 }
 
 void LeaveOperation()
@@ -89,7 +89,7 @@ void ForgetNesting()
 {
     const CCryptoCSLock lock(&nesting->guard, LockMode::quiet);
     nesting->depths.reset();
-    nesting->room = fewestThreads;
+    nesting->capacity = minThreads;
 }
 
 void ReleaseNestingLock()

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string_view>
 
-/// Calendar times as text and back, by a pattern; neither way allocates or logs.
+/// Calendar times as text and back, by a pattern; neither direction allocates or logs.
 ///
 /// | token          | written as                                | read as                                     |
 /// |----------------|-------------------------------------------|---------------------------------------------|
@@ -17,8 +17,8 @@
 /// | "mm" "ss"      | minute, second, at least 2 digits         | exactly 2 digits                            |
 /// | "f" to "ffff"  | 1 to 4 decimals of the second             | as many digits; what is below 1 ms is lost  |
 ///
-/// No pattern (null) is the empty one. The longest token that fits is taken. A letter of a token that makes none, such as a single
-/// "y", is malformed. All other characters stand for themselves.
+/// A null pattern is an empty one. Of the tokens that fit, the longest is taken. A token letter that forms no token, such as a
+/// single "y", is malformed. All other characters stand for themselves.
 
 namespace ccrypto {
 
@@ -32,6 +32,6 @@ std::string_view FormatCalendarTime(const platform::CalendarTime& time, const ch
 
 /// Reads `text`, which must fit the whole pattern; fields without a token become 0. The calendar is not consulted.
 /// \return false, `time` untouched, when the text does not fit or the pattern is malformed.
-bool ParseCalendarTime(std::string_view text, const char* pattern, platform::CalendarTime& time);
+[[nodiscard]] bool ParseCalendarTime(std::string_view text, const char* pattern, platform::CalendarTime& time);
 
 } // namespace ccrypto

@@ -7,9 +7,9 @@
 #include <memory>
 #include <string_view>
 
-/// The state of the log, one a process. It is there before any constructor has run and after every destructor has, so static
-/// objects may log at any time. But for the callback, nothing below a line takes a lock of the library (CCryptoCS) or
-/// writes a line in turn.
+/// The state of the log, one per process. It exists before any constructor has run and after every destructor has, so static
+/// objects may log at any time. Except for the callback, writing a line neither takes a lock of the library (CCryptoCS) nor writes
+/// another line.
 namespace ccrypto::logging {
 
 namespace state {
@@ -18,18 +18,18 @@ inline constinit std::atomic<bool> profiling{false};
 } // namespace state
 
 /// An operation writes when its depth is below the level: 0 is off, 1 shows the outermost operations alone.
-inline std::uint32_t Level()
+[[nodiscard]] inline std::uint32_t Level()
 {
     return state::level.load(std::memory_order_relaxed);
 }
 
-inline bool Shows(std::uint32_t depth)
+[[nodiscard]] inline bool Shows(std::uint32_t depth)
 {
     return depth < Level();
 }
 
-/// Whether lines tell how long operations took.
-inline bool Profiling()
+/// Whether lines give the time that operations took.
+[[nodiscard]] inline bool Profiling()
 {
     return state::profiling.load(std::memory_order_relaxed);
 }
@@ -38,16 +38,16 @@ inline bool Profiling()
 /// \param timingPrefix empty, or the elapsed time that takes the place of the time of day.
 void WriteLine(std::uint32_t depth, std::string_view timingPrefix, std::string_view text) noexcept;
 
-/// Puts new settings in force; lines under way still go to the output they began with. \param output may be null with level 0.
+/// Puts new settings in force; lines being written still go to the previous output. \param output may be null with level 0.
 void Configure(std::uint32_t level, bool profiling, std::shared_ptr<LogOutput> output);
 
-/// Nothing is written any more; takes no lock.
+/// From now on nothing is written; takes no lock.
 inline void TurnOff()
 {
     state::level = 0;
 }
 
 /// The output in force; null before the first Configure.
-std::shared_ptr<LogOutput> CurrentOutput();
+[[nodiscard]] std::shared_ptr<LogOutput> CurrentOutput();
 
 } // namespace ccrypto::logging

@@ -12,13 +12,13 @@ namespace ccrypto {
 
 namespace {
 
-constexpr std::uint32_t deepestIndentation = 30;
+constexpr std::uint32_t maxIndentation = 30;
 constexpr std::string_view dashes = "------------------------------";
-static_assert(dashes.size() == deepestIndentation);
+static_assert(dashes.size() == maxIndentation);
 
-constexpr std::size_t longestTimingPrefix = 19;
+constexpr std::size_t maxTimingPrefix = 19;
 
-/// A character that would end a line or steer a terminal, and how it is shown.
+/// How a character is shown that would end a line or control a terminal.
 struct VisibleForm {
     std::size_t length = 0; ///< bytes of the character; 0 when it is shown as it is
     char text[8] = {};
@@ -63,9 +63,9 @@ LogLine::LogLine(const LogLineHead& head, std::string_view text)
                                         static_cast<unsigned>(platform::CurrentThreadId()));
     add({ids, static_cast<std::size_t>(idsLength)});
 
-    add(head.tag.substr(0, longestLogTag));
+    add(head.tag.substr(0, maxLogTag));
     add(" ");
-    add(dashes.substr(0, std::min(head.depth, deepestIndentation)));
+    add(dashes.substr(0, std::min(head.depth, maxIndentation)));
     addVisibly(text.substr(0, logTextLimit));
     bytes_[length_] = '\0';
 }
@@ -73,7 +73,7 @@ LogLine::LogLine(const LogLineHead& head, std::string_view text)
 void LogLine::addTime(const LogLineHead& head)
 {
     if (head.profiling && !head.timingPrefix.empty()) {
-        add(head.timingPrefix.substr(0, longestTimingPrefix));
+        add(head.timingPrefix.substr(0, maxTimingPrefix));
         return;
     }
     TimeTextBuffer time;

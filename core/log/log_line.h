@@ -9,7 +9,7 @@
 namespace ccrypto {
 
 /// Bytes of an application tag; what is longer is cut.
-constexpr std::size_t longestLogTag = 19;
+constexpr std::size_t maxLogTag = 19;
 
 /// What stands before the text of a line.
 struct LogLineHead {
@@ -48,10 +48,10 @@ private:
     void addVisibly(std::string_view text);
 
     /// No byte of a text becomes more than 4.
-    static constexpr std::size_t room = 128 + 4 * logTextLimit;
+    static constexpr std::size_t capacity = 128 + 4 * logTextLimit;
 
     std::size_t length_ = 0;
-    char bytes_[room];
+    char bytes_[capacity];
 };
 
 } // namespace ccrypto

@@ -40,7 +40,7 @@ void AppendLine(const char* path, std::string_view line, bool guarded)
 
 LogOutput::LogOutput(Settings settings) : settings_(std::move(settings))
 {
-    settings_.tag.resize(std::min(settings_.tag.size(), longestLogTag));
+    settings_.tag.resize(std::min(settings_.tag.size(), maxLogTag));
     // The callback hears even of a process without memory.
     threadsInCallback_.reserve(usualThreads);
 }

@@ -2,11 +2,19 @@
 
 #include "core/base/bounded_text.h"
 #include "core/log/log.h"
-#include "core/log/overlong_texts.h"
 
 #include <cstdarg>
+#include <string_view>
 
 using namespace ccrypto;
+
+namespace {
+
+// Written in place of a text beyond logTextLimit.
+constexpr std::string_view overlongLogG = "CCryptoAutoLogger::WriteLog_G: Very log message that is not displayed.";
+constexpr std::string_view overlongErrorG = "CCryptoAutoLogger::WriteErrorEx_G: Very log message that is not displayed.";
+
+} // namespace
 
 void WriteLog_G(const char* format, ...)
 {
@@ -17,7 +25,7 @@ void WriteLog_G(const char* format, ...)
     va_start(arguments, format);
     const bool fits = text.appendFormatted(format, arguments);
     va_end(arguments);
-    logging::WriteLine(0, {}, fits ? text.view() : overlong::writeLogG);
+    logging::WriteLine(0, {}, fits ? text.view() : overlongLogG);
 }
 
 void WriteErrorEx_G(const char* format, ...)
@@ -29,5 +37,5 @@ void WriteErrorEx_G(const char* format, ...)
     va_start(arguments, format);
     const bool fits = text.append("ERROR: ") && text.appendFormatted(format, arguments);
     va_end(arguments);
-    logging::WriteLine(0, {}, fits ? text.view() : overlong::writeErrorExG);
+    logging::WriteLine(0, {}, fits ? text.view() : overlongErrorG);
 }

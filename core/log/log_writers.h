@@ -7,5 +7,5 @@
 
 void WriteLog_G(const char* format, ...) CORE_PRINTF_FORMAT(1, 2);
 
-/// The debug channel: the text behind "ERROR: ".
+/// The debug channel: "ERROR: " and the text.
 void WriteErrorEx_G(const char* format, ...) CORE_PRINTF_FORMAT(1, 2);

@@ -17,7 +17,7 @@ namespace ccrypto::logging {
 
 namespace {
 
-constexpr std::size_t longestPath = 255;
+constexpr std::size_t maxLogPath = 255;
 
 /// The values, as far as there are settings to ask.
 class LogSettingsReader {
@@ -50,7 +50,7 @@ std::string FileName(std::string_view tag, bool withProcessId)
     const platform::CalendarTime today = platform::LocalNow();
     char date[64];
     std::snprintf(date, sizeof date, "_%04d%02d%02d", today.year, today.month, today.day);
-    std::string name = std::string(tag.substr(0, longestLogTag)) + date;
+    std::string name = std::string(tag.substr(0, maxLogTag)) + date;
     if (withProcessId) {
         std::snprintf(date, sizeof date, "_%04u", static_cast<unsigned>(platform::CurrentProcessId()));
         name += date;
@@ -79,7 +79,7 @@ void ReadSettings(LogCallback callback, std::string_view tag, const char* settin
     const bool filePerThread = reader.integer("debugThreads", 0) != 0;
 
     std::string path = InDirectory(wanted, fileName);
-    const bool tooLong = path.size() > longestPath;
+    const bool tooLong = path.size() > maxLogPath;
     if (tooLong)
         path = InDirectory({}, fileName);
 
@@ -89,7 +89,7 @@ void ReadSettings(LogCallback callback, std::string_view tag, const char* settin
         output->openMutex();
     Configure(level, profiling, std::move(output));
     if (tooLong)
-        WriteErrorEx_G("The path of the log file is longer than %u bytes", static_cast<unsigned>(longestPath));
+        WriteErrorEx_G("The path of the log file is longer than %u bytes", static_cast<unsigned>(maxLogPath));
 }
 
 } // namespace ccrypto::logging

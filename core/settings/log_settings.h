@@ -14,7 +14,7 @@ namespace ccrypto::logging {
 /// | "debugLevel"     | operations nested less deep than this are shown; 0 is off; as it was when missing           |
 /// | "debugDir"       | the folder of the log files; "C:\" ("/var/log/" on POSIX) when missing                      |
 /// | "debugProcessId" | above 0 the process id in decimal is a part of the file's name                              |
-/// | "debugProfile"   | not 0: lines tell elapsed times                                                             |
+/// | "debugProfile"   | not 0: lines give elapsed times                                                             |
 /// | "debugThreads"   | not 0: one file a thread                                                                    |
 ///
 /// The file is "%s_%04d%02d%02d.LOG" of tag and today's date; a process that runs past midnight stays with it. A path beyond 255

@@ -17,8 +17,8 @@ using namespace ccrypto;
 
 namespace {
 
-constexpr std::size_t longestPath = 128;
-constexpr std::size_t longestCommandLine = 200;
+constexpr std::size_t maxShownPath = 128;
+constexpr std::size_t maxCommandLine = 200;
 
 constinit std::atomic<bool> oneLives{false};
 
@@ -70,19 +70,19 @@ void CCryptoProcessLogger::writeBegin()
     std::string program;
     std::uint32_t error = 0;
     if (platform::HostExecutablePath(program, error))
-        writeBeginning("Module file name", program, longestPath);
+        writeBeginning("Module file name", program, maxShownPath);
     else
         WriteLog("GetModuleFileName query failed: %08X", static_cast<unsigned>(error));
 
     const std::string directory = platform::CurrentDirectory();
     if (!directory.empty())
-        writeBeginning("Current directory", directory, longestPath);
-    writeBeginning("Command line", platform::CommandLine(), longestCommandLine);
+        writeBeginning("Current directory", directory, maxShownPath);
+    writeBeginning("Command line", platform::CommandLine(), maxCommandLine);
 }
 
-void CCryptoProcessLogger::writeBeginning(const char* what, std::string_view text, std::size_t most)
+void CCryptoProcessLogger::writeBeginning(const char* what, std::string_view text, std::size_t limit)
 {
-    const std::string_view beginning = Utf8Prefix(text, most);
+    const std::string_view beginning = Utf8Prefix(text, limit);
     WriteLog("%s: %.*s", what, static_cast<int>(beginning.size()), beginning.data());
 }
 

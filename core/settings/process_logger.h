@@ -11,8 +11,8 @@ public:
     /// \param callback may be null. \param settingsName the product name of the registry settings that are read when no settings
     /// are installed. \param tag at most 19 characters; names the log file and the mutex and stands in every line.
     CCryptoProcessLogger(ccrypto::LogCallback callback, const char* settingsName, const char* tag);
-    /// Turns the log off behind the END banner and gives back the mutex and the depth counters, so that nothing of it stays in a
-    /// host that goes on without the library.
+    /// Turns the log off after the END banner and frees the mutex, the depth counters and the recorded failures, so that nothing of
+    /// them stays in a host that goes on without the library.
     ~CCryptoProcessLogger() override;
 
     /// Reads the log settings again. \param directory takes the place of "debugDir" when it is not null.
@@ -21,8 +21,8 @@ public:
 private:
     void end();
     void writeBegin();
-    /// One line of `what` and at most `most` bytes of the text.
-    void writeBeginning(const char* what, std::string_view text, std::size_t most);
+    /// One line of `what` and at most `limit` bytes of the text.
+    void writeBeginning(const char* what, std::string_view text, std::size_t limit);
 
     bool isTheOne_;
 };
