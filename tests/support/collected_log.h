@@ -24,14 +24,14 @@ public:
     void clear() const;
     /// Whole lines.
     std::vector<std::string> lines() const;
-    /// What stands behind the tag: indentation and text.
+    /// What follows the tag: indentation and text.
     std::vector<std::string> texts() const;
 };
 
-/// What stands behind the tag of a line.
+/// What follows the tag of a line.
 std::string TextOfLine(const std::string& line, std::string_view tag);
 
-/// What stands behind the tag of each line of a file.
+/// What follows the tag of each line of a file.
 std::vector<std::string> TextsOfFile(const std::string& path, std::string_view tag);
 
 } // namespace ccrypto
