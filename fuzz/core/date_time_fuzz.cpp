@@ -32,7 +32,8 @@ void CheckText(std::string_view text)
 void CheckPattern(const std::string& pattern, std::string_view text)
 {
     platform::CalendarTime time{-2147483647, 2147483647, -1, 12, 34, 56, 2147483647};
-    ParseCalendarTime(text, pattern.c_str(), time);
+    if (!ParseCalendarTime(text, pattern.c_str(), time))
+        Require(time.year == -2147483647 && time.millisecond == 2147483647);
     TimeTextBuffer buffer;
     const std::string_view written = FormatCalendarTime(time, pattern.c_str(), buffer);
     Require(written.size() <= maximumTimeText && buffer[written.size()] == '\0');
