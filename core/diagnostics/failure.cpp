@@ -6,6 +6,7 @@
 #include "core/platform/process.h"
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -16,6 +17,7 @@ namespace ccrypto {
 namespace {
 
 constexpr std::size_t maxRememberedThreads = 64;
+constexpr const char* failureLockName = "failures";
 
 struct FailureOfThread {
     std::uint32_t thread;
@@ -23,7 +25,7 @@ struct FailureOfThread {
 };
 
 struct FailureTable {
-    CCryptoCS guard{"failures"};
+    CCryptoCS guard{failureLockName};
     /// The thread that failed last comes last.
     std::vector<FailureOfThread> threads;
     std::string lastErrorText;
@@ -125,6 +127,12 @@ bool internal::EndByForceOutsideOfFailures(std::uint32_t threadId, const std::fu
     if (ended)
         DropFailure(threadId);
     return ended;
+}
+
+void internal::ReleaseFailureLock()
+{
+    std::destroy_at(&failures->guard);
+    std::construct_at(&failures->guard, failureLockName);
 }
 
 void internal::ForgetFailures()

@@ -49,6 +49,9 @@ void StartLastErrorText(std::string_view text) noexcept;
 /// \return what `end` returns; the record stays when that is false.
 [[nodiscard]] bool EndByForceOutsideOfFailures(std::uint32_t threadId, const std::function<bool()>& end);
 
+/// Gives the system back what the lock of the records holds; a later failure makes a new one. No thread may be in an operation.
+void ReleaseFailureLock();
+
 /// Gives back all that is recorded, so that a library that is unloaded leaves nothing after it.
 void ForgetFailures();
 

@@ -96,6 +96,7 @@ void ReleaseNestingLock()
 {
     std::destroy_at(&nesting->guard);
     std::construct_at(&nesting->guard, lockName);
+    internal::ReleaseFailureLock();
 }
 
 std::uint32_t CountedThreads()

@@ -20,8 +20,8 @@ void LeaveOperation();
 /// Drops the counters of all threads and frees their storage.
 void ForgetNesting();
 
-/// Gives the system back what the lock of the counters holds, for a library that is being unloaded: no thread may be in an
-/// operation. An operation that is begun later makes a new lock.
+/// Gives the system back what the locks of the counters and of the failures hold, for a library that is being unloaded: no thread
+/// may be in an operation. An operation that is begun later makes new locks.
 void ReleaseNestingLock();
 
 /// How many threads have a counter. The counters of threads outside of every operation are dropped from time to time, so a host
