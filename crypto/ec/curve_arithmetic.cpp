@@ -100,6 +100,27 @@ public:
         StoreLimbs(y, result.y);
     }
 
+    bool add(Target x, Target y, const Coordinates& left, const Coordinates& right) const override
+    {
+        const Wiped<AffinePoint<N>> p{entered(left)};
+        const Wiped<AffinePoint<N>> q{entered(right)};
+        // The slope of the line through both, or of the tangent of one; the run of opposite points is 0 in both ways.
+        const std::uint64_t same = fixed_limbs::Equal(p.x, q.x);
+        const Limbs<N> square = field_.square(p.x);
+        const Limbs<N> tangentRise = field_.add(field_.add(square, field_.add(square, square)), field_.enter(domain_.a));
+        const Limbs<N> rise = fixed_limbs::Select(same, tangentRise, field_.subtract(q.y, p.y));
+        const Limbs<N> run = fixed_limbs::Select(same, field_.add(p.y, q.y), field_.subtract(q.x, p.x));
+        const Wiped<Limbs<N>> slope{field_.multiply(rise, field_.invert(run))};
+
+        Wiped<AffinePoint<N>> sum;
+        sum.x = field_.subtract(field_.square(slope), field_.add(p.x, q.x));
+        sum.y = field_.leave(field_.subtract(field_.multiply(slope, field_.subtract(p.x, sum.x)), p.y));
+        sum.x = field_.leave(sum.x);
+        StoreLimbs(x, sum.x);
+        StoreLimbs(y, sum.y);
+        return constant_time::Declassify(fixed_limbs::IsZero(run)) == 0;
+    }
+
     void digestToNumber(Target number, Bytes digest) const override { StoreLimbs(number, order_.leave(enteredDigest(digest))); }
 
     void bitsToNumber(Target number, Bytes bits) const override
@@ -188,6 +209,15 @@ private:
         const Limbs<N> entered = field_.enter(x);
         const Limbs<N> factor = field_.add(field_.square(entered), field_.enter(domain_.a));
         return field_.add(field_.multiply(factor, entered), field_.enter(domain_.b));
+    }
+
+    /// In Montgomery form.
+    AffinePoint<N> entered(const Coordinates& point) const
+    {
+        Wiped<AffinePoint<N>> plain;
+        LoadLimbs(plain.x, point.x);
+        LoadLimbs(plain.y, point.y);
+        return {field_.enter(plain.x), field_.enter(plain.y)};
     }
 
     bool isInOrder(const Limbs<N>& number) const

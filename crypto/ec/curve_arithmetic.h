@@ -11,6 +11,9 @@ class CurveArithmetic {
 public:
     using Bytes = std::span<const std::uint8_t>;
     using Target = std::span<std::uint8_t>;
+    struct Coordinates {
+        Bytes x, y;
+    };
 
     /// Null for an id that is not that of a Weierstrass curve.
     static const CurveArithmetic* Of(std::uint32_t curve);
@@ -28,6 +31,9 @@ public:
     virtual void multiplyBase(Target x, Target y, Bytes scalar) const = 0;
     /// scalar times a point of the curve.
     virtual void multiply(Target x, Target y, Bytes pointX, Bytes pointY, Bytes scalar) const = 0;
+
+    /// The sum of two points of the curve. \return false when it is infinity, which may be known; the target then has no meaning.
+    [[nodiscard]] virtual bool add(Target x, Target y, const Coordinates& left, const Coordinates& right) const = 0;
 
     /// The number of a digest, which may be of any length: its first bits, as many as the order has (FIPS 186-5, 6.4.1), modulo the
     /// order.

@@ -5,6 +5,7 @@
 #include "core/diagnostics/auto_logger.h"
 #include "crypto/base/constant_time.h"
 #include "crypto/ec/curve_arithmetic.h"
+#include "crypto/ec/curve_point.h"
 #include "crypto/ec/ecdsa_nonce.h"
 #include "crypto/ec/x25519.h"
 #include "crypto/ec/x448.h"
@@ -187,15 +188,12 @@ bool CCryptoEC::setPoint(std::span<const std::uint8_t> point)
         return true;
     }
 
-    const CurveArithmetic& arithmetic = *CurveArithmetic::Of(facts_.id);
-    if (point.size() != 1 + length && point.size() != 1 + 2 * length)
+    const std::optional<ccrypto::CurvePoint> valid = ccrypto::CurvePoint::FromBytes(facts_.id, point);
+    if (!valid.has_value())
         return false;
-    std::ranges::copy(point.subspan(1, length), x_.begin());
-    if (point.size() == 1 + length)
-        return (point[0] & ~1u) == compressedForm &&
-               arithmetic.findY(std::span(y_).first(length), point.subspan(1), (point[0] & 1) != 0);
-    std::ranges::copy(point.subspan(1 + length), y_.begin());
-    return point[0] == uncompressedForm && arithmetic.isPoint(point.subspan(1, length), point.subspan(1 + length));
+    std::ranges::copy(valid->x(), x_.begin());
+    std::ranges::copy(valid->y(), y_.begin());
+    return true;
 }
 
 bool CCryptoEC::setScalar(std::span<const std::uint8_t> scalar)

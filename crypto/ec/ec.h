@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/base/algorithm.h"
 #include "core/memory/wiped.h"
 #include "core/text/element.h"
 #include "crypto/ec/ecdsa_signature.h"
@@ -15,7 +16,7 @@ namespace ccrypto {
 
 /// What everybody may know of a curve.
 struct CurveFacts {
-    std::uint32_t id;         ///< algorithm::Id
+    algorithm::Id id;
     const char* name;         ///< "prime256v1"; "X25519"
     std::uint32_t bits;       ///< of the prime: 256
     std::uint32_t fieldBytes; ///< of a coordinate

@@ -2,6 +2,7 @@
 #include "crypto/base/constant_time.h"
 #include "crypto/bigint/modular_inverse.h"
 #include "crypto/ec/curve_domains.h"
+#include "crypto/ec/curve_point.h"
 #include "crypto/ec/ec.h"
 #include "crypto/ec/montgomery_field.h"
 #include "tests/crypto/base/sequence_random.h"
@@ -27,6 +28,14 @@ TEST_P(CurveSecrets, DecideNothing)
     const auto key = CCryptoEC::Generate(GetParam().id, random);
     const auto other = CCryptoEC::Generate(GetParam().id, random);
     ASSERT_TRUE(key != nullptr && other != nullptr);
+    if (GetParam().signs) {
+        // A point that is as secret as the scalars it comes of.
+        const auto base = ccrypto::MultiplyBase(GetParam().id, key->privateScalar().bytes());
+        const auto sum = ccrypto::Add(*base, *ccrypto::Multiply(*base, other->privateScalar().bytes()));
+        ASSERT_TRUE(sum.has_value());
+        const auto product = ccrypto::Multiply(*sum, key->privateScalar().bytes());
+        EXPECT_NE(CCryptoEC::FromPublic(GetParam().id, Known(product->bytes())), nullptr);
+    }
     const Bytes ours = Known(key->agree(other->publicPoint().bytes()));
     const Bytes theirs = Known(other->agree(key->publicPoint().bytes()));
     EXPECT_EQ(ours, theirs);
