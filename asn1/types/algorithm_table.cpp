@@ -103,6 +103,8 @@ constexpr AlgorithmRow rowsBeside[] = {
     {algorithm::brainpoolP320r1, "1.3.36.3.3.2.8.1.1.9"},
     {algorithm::brainpoolP384t1, "1.3.36.3.3.2.8.1.1.12"},
     {algorithm::brainpoolP512r1, "1.3.36.3.3.2.8.1.1.13"},
+    {algorithm::ed25519, "1.3.101.112"},
+    {algorithm::ed448, "1.3.101.113"},
 };
 
 } // namespace

@@ -99,6 +99,8 @@ enum Id : std::uint32_t {
     brainpoolP320r1 = 1123,
     brainpoolP384t1 = 1124,
     brainpoolP512r1 = 1125,
+    ed25519 = 1130,
+    ed448 = 1131,
 };
 
 } // namespace ccrypto::algorithm

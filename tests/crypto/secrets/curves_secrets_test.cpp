@@ -4,6 +4,7 @@
 #include "crypto/ec/curve_domains.h"
 #include "crypto/ec/curve_point.h"
 #include "crypto/ec/ec.h"
+#include "crypto/ec/eddsa.h"
 #include "crypto/ec/montgomery_field.h"
 #include "tests/crypto/base/sequence_random.h"
 #include "tests/crypto/secrets/marked.h"
@@ -48,6 +49,19 @@ TEST_P(CurveSecrets, DecideNothing)
 
 INSTANTIATE_TEST_SUITE_P(Table, CurveSecrets, ::testing::ValuesIn(Curves().begin(), Curves().end()),
                          [](const auto& curve) { return std::string(curve.param.name); });
+
+TEST(EddsaSecrets, DecideNothing)
+{
+    for (const algorithm::Id curve : {algorithm::ed25519, algorithm::ed448}) {
+        SequenceRandom source(3);
+        SecretRandom random(source);
+        const auto key = ccrypto::EddsaKey::Generate(curve, random);
+        ASSERT_NE(key, nullptr);
+        const std::array<std::uint8_t, 32> message = {1, 2, 3};
+        const Bytes signature = Known(key->sign(message));
+        EXPECT_TRUE(key->verify(message, signature));
+    }
+}
 
 TEST(InversionSecrets, DecideNothing)
 {
