@@ -154,7 +154,7 @@ public:
         return true;
     }
 
-    bool isOwnSignature(Bytes digest, Bytes r, Bytes s, Bytes key, Bytes x, Bytes y) const override
+    bool isOwnSignature(Bytes digest, Bytes r, Bytes s, Bytes key) const override
     {
         Limbs<N> first;
         Limbs<N> second;
@@ -163,22 +163,15 @@ public:
         if (!isInOrder(first) || !isInOrder(second))
             return false;
 
-        // The public point is the key's, and the nonce that belongs to such a signature leads to r.
-        AffinePoint<N> given{};
-        LoadLimbs(given.x, x);
-        LoadLimbs(given.y, y);
+        // The nonce that belongs to such a signature leads to r.
         Wiped<Limbs<N>> d;
         LoadLimbs(d, key);
-        Wiped<AffinePoint<N>> point;
-        points_.multiplyBase(point, d);
-        std::uint64_t right = fixed_limbs::Equal(point.x, given.x) & fixed_limbs::Equal(point.y, given.y);
-
         Wiped<Limbs<N>> nonce{order_.multiply(order_.enter(d), order_.enter(first))};
         static_cast<Limbs<N>&>(nonce) = order_.add(nonce, enteredDigest(digest));
         static_cast<Limbs<N>&>(nonce) = order_.leave(order_.multiply(nonce, order_.invert(order_.enter(second))));
+        Wiped<AffinePoint<N>> point;
         points_.multiplyBase(point, nonce);
-        right &= fixed_limbs::Equal(order_.leave(order_.enter(point.x)), first);
-        return constant_time::Declassify(right) != 0;
+        return constant_time::Declassify(fixed_limbs::Equal(order_.leave(order_.enter(point.x)), first)) != 0;
     }
 
     bool verify(Bytes digest, Bytes r, Bytes s, Bytes x, Bytes y) const override

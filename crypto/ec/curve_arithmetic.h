@@ -42,9 +42,9 @@ public:
     virtual void bitsToNumber(Target number, Bytes bits) const = 0;
     /// ECDSA with this scalar as nonce. \return false when r or s is 0, which may be known: another nonce is needed.
     virtual bool sign(Target r, Target s, Bytes digest, Bytes key, Bytes nonce) const = 0;
-    /// Whether r and s are a signature over the digest with this key, whose public point is (x, y): what verify() answers, but for
-    /// the owner of the key, who finds it out in less time. The answer may be known. False for anything else, after whatever fault.
-    virtual bool isOwnSignature(Bytes digest, Bytes r, Bytes s, Bytes key, Bytes x, Bytes y) const = 0;
+    /// Whether r and s are a signature over the digest with this key: what verify() says of its public point, but for the owner of
+    /// the key, who finds it out in less time. The answer is public.
+    [[nodiscard]] virtual bool isOwnSignature(Bytes digest, Bytes r, Bytes s, Bytes key) const = 0;
     /// For a point of the curve. Everything may be known. r and s may be any numbers.
     virtual bool verify(Bytes digest, Bytes r, Bytes s, Bytes x, Bytes y) const = 0;
 };

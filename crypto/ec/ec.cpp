@@ -199,6 +199,7 @@ bool CCryptoEC::setPoint(std::span<const std::uint8_t> point)
 bool CCryptoEC::setScalar(std::span<const std::uint8_t> scalar)
 {
     std::ranges::copy(scalar, scalar_.begin());
+    std::ranges::copy(scalar, scalarCopy_.begin());
     if (facts_.id == algorithm::x25519) {
         X25519Public(x_.data(), scalar_.data());
     } else if (facts_.id == algorithm::x448) {
@@ -294,9 +295,9 @@ element CCryptoEC::sign(std::span<const std::uint8_t> digest, SignatureForm form
     do
         nonces.next(std::span(nonce).first(length));
     while (!arithmetic.sign(both.first(length), both.subspan(length), digest, scalar, std::span(nonce).first(length)));
-    // A signature that a fault has spoilt, or one by a spoilt key, can give the key away.
-    if (!arithmetic.isOwnSignature(digest, both.first(length), both.subspan(length), scalar, std::span(x_).first(facts_.fieldBytes),
-                                   std::span(y_).first(facts_.fieldBytes)))
+    // A signature that a fault has spoilt, or one by a spoilt key, can give the key away. The other copy of the scalar would not be
+    // spoilt in the same way.
+    if (!arithmetic.isOwnSignature(digest, both.first(length), both.subspan(length), std::span(scalarCopy_).first(length)))
         return logger.fail(element(), "Signature does not verify: a fault in memory or in the processor");
     logger.setResult(true);
     return form == SignatureForm::pair ? pair : EcdsaPairToDer(pair.bytes());

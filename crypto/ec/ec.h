@@ -73,7 +73,7 @@ public:
     /// The nonce comes of scalar, digest and fresh random bytes (RFC 6979, 3.6), so that neither a bad source nor a fault that
     /// repeats the digest gives the key away. \return empty, logged, without a private scalar, for X25519 and X448, for a digest of
     /// no or more than 64 bytes, when there are no random bytes, and when the signature does not verify: it is checked before it
-    /// leaves, as is the public point it belongs to, since a faulty one can give the key away.
+    /// leaves, since a faulty one can give the key away.
     element signHash(std::span<const std::uint8_t> digest, ccrypto::SignatureForm form,
                      ICryptoRandom& random = ICryptoRandom::Instance()) const;
     /// Without random bytes: RFC 6979 unchanged, with HMAC over the hash of this id, which is the digest's own. For tests and those
@@ -105,4 +105,6 @@ private:
     Padded x_{};
     Padded y_{};
     ccrypto::Wiped<Padded> scalar_{};
+    /// What signatures are checked with.
+    ccrypto::Wiped<Padded> scalarCopy_{};
 };

@@ -4,6 +4,7 @@
 #include "tests/crypto/base/vector_file.h"
 
 #include <initializer_list>
+#include <memory>
 #include <random>
 
 // The bytes of the tests as the library takes and gives them.
@@ -31,6 +32,17 @@ inline Bytes Joined(std::initializer_list<Bytes> parts)
 inline std::string HexOf(const element& value)
 {
     return Hex(BytesOf(value));
+}
+
+/// Ends the life of an object and says whether its memory still holds the bytes. The object came of `new`.
+template <typename Object>
+bool HoldsAfterItsEnd(std::unique_ptr<Object> object, const Bytes& bytes)
+{
+    Object* const place = object.release();
+    std::destroy_at(place);
+    const bool holds = Holds(*place, Hex(bytes));
+    ::operator delete(place);
+    return holds;
 }
 
 /// The same for the same state of the engine, on every machine.

@@ -78,6 +78,16 @@ TEST_P(PointOfCurve, IsWhatBothSidesAgreeOn)
     EXPECT_EQ(TextOf(CurvePoint::FromBytes(GetParam().id, product->bytes().bytes())), TextOf(product));
 }
 
+TEST_P(PointOfCurve, IsWipedAtTheEnd)
+{
+    for (const bool first : {true, false}) {
+        auto point = std::make_unique<CurvePoint>(*MultiplyBase(GetParam().id, SmallScalar(GetParam(), 5)));
+        const auto coordinate = first ? std::as_const(*point).x() : std::as_const(*point).y();
+        const Bytes bytes(coordinate.begin(), coordinate.end());
+        EXPECT_FALSE(HoldsAfterItsEnd(std::move(point), bytes));
+    }
+}
+
 TEST_P(PointOfCurve, RefusesScalarsOutOfRange)
 {
     const CurveFacts& facts = GetParam();

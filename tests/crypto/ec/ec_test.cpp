@@ -77,12 +77,6 @@ Bytes Added(const Bytes& a, const Bytes& b)
     return carry == 0 ? sum : Bytes();
 }
 
-/// All but the first byte.
-Bytes Tail(const Bytes& bytes)
-{
-    return {bytes.begin() + 1, bytes.end()};
-}
-
 std::pair<Bytes, Bytes> Halves(const Bytes& bytes)
 {
     const auto middle = bytes.begin() + static_cast<std::ptrdiff_t>(bytes.size() / 2);
@@ -157,32 +151,48 @@ TEST_P(EveryCurve, SignsNothingAfterAFault)
     const Bytes digest(32, 1);
     SequenceRandom random(GetParam().id);
     const auto key = CCryptoEC::Generate(GetParam().id, random);
-    const auto [x, y] = Halves(Tail(BytesOf(key->publicPoint())));
     const Bytes scalar = BytesOf(key->privateScalar());
     const auto [r, s] = Halves(BytesOf(key->signHash(digest, SignatureForm::pair, random)));
 
-    // The key as it lies in memory, one bit of it another.
-    const std::span<std::uint8_t> memory(reinterpret_cast<std::uint8_t*>(key.get()), sizeof *key);
-    for (const Bytes& part : {scalar, x, y}) {
-        const auto place = std::ranges::search(memory, part);
-        ASSERT_FALSE(place.empty());
+    // The key as it lies in memory, one bit of a copy of the scalar another.
+    std::span<std::uint8_t> memory(reinterpret_cast<std::uint8_t*>(key.get()), sizeof *key);
+    int copies = 0;
+    for (auto place = std::ranges::search(memory, scalar); !place.empty(); place = std::ranges::search(memory, scalar)) {
         place.back() ^= 2;
         EXPECT_TRUE(key->signHash(digest, SignatureForm::pair, random).isEmpty());
         EXPECT_TRUE(key->signHashDeterministically(digest, SignatureForm::der, algorithm::sha256).isEmpty());
         place.back() ^= 2;
+        EXPECT_FALSE(key->signHash(digest, SignatureForm::pair, random).isEmpty());
+        memory = {place.end(), memory.end()};
+        ++copies;
     }
+    EXPECT_EQ(copies, 2);
 
     // The check itself.
     const CurveArithmetic& arithmetic = *CurveArithmetic::Of(GetParam().id);
-    std::array<Bytes, 6> parts = {digest, r, s, scalar, x, y};
-    const auto check = [&] { return arithmetic.isOwnSignature(parts[0], parts[1], parts[2], parts[3], parts[4], parts[5]); };
+    std::array<Bytes, 4> parts = {digest, r, s, scalar};
+    const auto check = [&] { return arithmetic.isOwnSignature(parts[0], parts[1], parts[2], parts[3]); };
     EXPECT_TRUE(check());
     for (Bytes& part : parts) {
-        // The digest is cut to the length of the order.
+        // The first byte, since a digest is cut to the length of the order.
         part.front() ^= 1;
         EXPECT_FALSE(check()) << &part - parts.data();
         part.front() ^= 1;
     }
+    for (const std::size_t zero : {1, 2}) {
+        const Bytes number = std::exchange(parts[zero], Bytes(r.size()));
+        EXPECT_FALSE(check());
+        parts[zero] = number;
+    }
+}
+
+TEST_P(EveryCurve, IsWipedAtTheEnd)
+{
+    SequenceRandom random(GetParam().id);
+    auto key = CCryptoEC::Generate(GetParam().id, random);
+    const Bytes scalar = BytesOf(key->privateScalar());
+    EXPECT_TRUE(Holds(*key, Hex(scalar)));
+    EXPECT_FALSE(HoldsAfterItsEnd(std::move(key), scalar));
 }
 
 TEST_P(EveryCurve, RefusesLengthsOffByOne)

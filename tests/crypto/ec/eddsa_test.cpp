@@ -123,6 +123,15 @@ TEST_P(EveryEdwardsCurve, SignsNothingAfterAFault)
     }
 }
 
+TEST_P(EveryEdwardsCurve, IsWipedAtTheEnd)
+{
+    SequenceRandom random(GetParam());
+    auto key = EddsaKey::Generate(GetParam(), random);
+    const Bytes seed = BytesOf(key->seed());
+    EXPECT_TRUE(Holds(*key, Hex(seed)));
+    EXPECT_FALSE(HoldsAfterItsEnd(std::move(key), seed));
+}
+
 TEST_P(EveryEdwardsCurve, RefusesKeysOfAnotherLength)
 {
     SequenceRandom random(GetParam());
