@@ -49,7 +49,7 @@ Limbs Difference(const Limbs& larger, const Limbs& smaller)
     return difference;
 }
 
-/// result += number, whose carry result has room for.
+/// result += number, whose carry result has scratch for.
 void AddAt(Limb* result, std::size_t resultCount, const Limb* number, std::size_t count)
 {
     const Limb carry = limbs::Add(result, result, number, count);
@@ -65,8 +65,8 @@ bool Distance(Limb* result, const Limb* left, const Limb* right, std::size_t cou
     return true;
 }
 
-/// result = left * right, of the same length, in 2 * count limbs. `room` has 4 * count + 128 limbs.
-void MultiplyKaratsuba(Limb* result, const Limb* left, const Limb* right, std::size_t count, Limb* room)
+/// result = left * right, of the same length, in 2 * count limbs. `scratch` has 4 * count + 128 limbs.
+void MultiplyKaratsuba(Limb* result, const Limb* left, const Limb* right, std::size_t count, Limb* scratch)
 {
     if (count < karatsubaLimbs) {
         limbs::Multiply(result, left, count, right, count);
@@ -76,10 +76,10 @@ void MultiplyKaratsuba(Limb* result, const Limb* left, const Limb* right, std::s
     // as the high ones or one limb longer; the high ones are then taken as having a zero on top.
     const std::size_t half = (count + 1) / 2;
     const std::size_t high = count - half;
-    Limb* leftDistance = room;
-    Limb* rightDistance = room + half;
-    Limb* middle = room + 2 * half;
-    Limb* next = room + 4 * half;
+    Limb* leftDistance = scratch;
+    Limb* rightDistance = scratch + half;
+    Limb* middle = scratch + 2 * half;
+    Limb* next = scratch + 4 * half;
 
     Limb* padded = result; // free until the products go there
     std::copy_n(left + half, high, padded);
@@ -116,18 +116,18 @@ Limbs Product(const Limbs& left, const Limbs& right)
         return product;
     }
     // The longer one in pieces of the shorter one's length.
-    Limbs room(4 * piece + 128);
+    Limbs scratch(4 * piece + 128);
     Limbs part(2 * piece);
     std::size_t at = 0;
     for (; at + piece <= longer.size(); at += piece) {
-        MultiplyKaratsuba(part.data(), longer.data() + at, shorter.data(), piece, room.data());
+        MultiplyKaratsuba(part.data(), longer.data() + at, shorter.data(), piece, scratch.data());
         AddAt(product.data() + at, product.size() - at, part.data(), 2 * piece);
     }
     if (const std::size_t rest = longer.size() - at; rest != 0) {
         limbs::Multiply(part.data(), shorter.data(), piece, longer.data() + at, rest);
         AddAt(product.data() + at, product.size() - at, part.data(), piece + rest);
     }
-    platform::SecureWipe(room.data(), room.size() * sizeof(Limb));
+    platform::SecureWipe(scratch.data(), scratch.size() * sizeof(Limb));
     platform::SecureWipe(part.data(), part.size() * sizeof(Limb));
     return product;
 }
@@ -146,7 +146,7 @@ CCryptoBigInteger::CCryptoBigInteger(Limbs limbs, bool negative) : limbs_(std::m
         limbs_.pop_back();
     if (limbs_.empty())
         negative_ = false;
-    if (bits() > mostBits)
+    if (bits() > maxBits)
         *this = Refuse("it is too long");
 }
 
@@ -200,7 +200,7 @@ CCryptoBigInteger CCryptoBigInteger::FromBytes(std::span<const std::uint8_t> byt
 {
     while (!bytes.empty() && bytes.front() == 0)
         bytes = bytes.subspan(1);
-    if (bytes.size() > mostBits / 8)
+    if (bytes.size() > maxBits / 8)
         return Refuse("it is too long");
     Limbs limbs(limbs::CountFor(8 * bytes.size()));
     limbs::FromBytes(limbs.data(), limbs.size(), bytes);
@@ -269,7 +269,7 @@ CCryptoBigInteger CCryptoBigInteger::operator*(const CCryptoBigInteger& other) c
 {
     if (!valid_ || !other.valid_)
         return Invalid();
-    if (bits() + other.bits() > mostBits + 1)
+    if (bits() + other.bits() > maxBits + 1)
         return Refuse("a product is too long");
     return CCryptoBigInteger(Product(limbs_, other.limbs_), negative_ != other.negative_);
 }
@@ -278,7 +278,7 @@ CCryptoBigInteger CCryptoBigInteger::operator<<(std::uint32_t count) const
 {
     if (!valid_ || limbs_.empty())
         return *this;
-    if (count > mostBits - bits())
+    if (count > maxBits - bits())
         return Refuse("it is too long");
     const std::size_t whole = count / bitsOfLimb;
     const std::size_t part = count % bitsOfLimb;

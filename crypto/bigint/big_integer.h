@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-/// A whole number of any sign, up to mostBits long, for general use: its operations take time that depends on the values. Numbers
-/// that are secret while others watch the clock are for MontgomeryModulus (crypto/montgomery.h).
+/// A whole number of any sign, up to maxBits long, for general use: its operations take time that depends on the values. Numbers
+/// that are secret while others watch the clock are for MontgomeryModulus (crypto/bigint/montgomery.h).
 ///
 /// What has no result (a division by zero, a number that grows too long, text that is no number, an inverse that does not exist)
 /// gives a number that is not valid, logged; every operation with such a number gives another, and it is equal to nothing, itself
@@ -18,7 +18,7 @@
 class CCryptoBigInteger {
 public:
     /// 32 KiB.
-    static constexpr std::uint32_t mostBits = 262144;
+    static constexpr std::uint32_t maxBits = 262144;
 
     /// 0
     CCryptoBigInteger() = default;
@@ -48,8 +48,8 @@ public:
     std::uint64_t toWord() const { return limbs_.empty() ? 0 : limbs_[0]; }
     /// The magnitude without leading zero bytes; of 0, and of what is not valid, no bytes.
     element toBytes() const;
-    /// The magnitude with zero bytes before it. \return false, `bytes` all zeros, when there is no room for it.
-    bool toBytes(std::span<std::uint8_t> bytes) const;
+    /// The magnitude with leading zero bytes. \return false, `bytes` all zeros, when it does not fit.
+    [[nodiscard]] bool toBytes(std::span<std::uint8_t> bytes) const;
     /// Lower-case digits, "-" first when negative; "invalid" when it is.
     CCryptoString toHex() const;
     CCryptoString toDecimal() const;

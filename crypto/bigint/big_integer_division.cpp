@@ -188,7 +188,7 @@ CCryptoBigInteger CCryptoBigInteger::modPower(const CCryptoBigInteger& exponent,
         return Invalid();
     if (modulus <= CCryptoBigInteger() || exponent.isNegative())
         return Refuse("a power needs a modulus above zero and an exponent that is not negative");
-    if (modulus.bits() > MontgomeryModulus::mostBits)
+    if (modulus.bits() > MontgomeryModulus::maxBits)
         return Refuse("the modulus of a power is too long");
     const CCryptoBigInteger base = modulo(modulus);
     if (modulus.isOdd() && modulus.bits() > 1) {

@@ -46,7 +46,7 @@ CCryptoBigInteger CCryptoBigInteger::FromHex(std::string_view digits)
         return Refuse("the text is no hexadecimal number");
     while (digits.size() > 1 && digits.front() == '0')
         digits.remove_prefix(1);
-    if (digits.size() > mostBits / 4)
+    if (digits.size() > maxBits / 4)
         return Refuse("it is too long");
     Limbs limbs(digits.size() / 16 + 1);
     for (std::size_t i = 0; i < digits.size(); ++i)
@@ -62,7 +62,7 @@ CCryptoBigInteger CCryptoBigInteger::FromDecimal(std::string_view digits)
     while (digits.size() > 1 && digits.front() == '0')
         digits.remove_prefix(1);
     // More than 3.3 bits a digit.
-    if (digits.size() > mostBits / 3)
+    if (digits.size() > maxBits / 3)
         return Refuse("it is too long");
     CCryptoBigInteger result;
     while (!digits.empty() && result.isValid()) {

@@ -18,7 +18,7 @@ using Limbs = std::array<std::uint64_t, N>;
 
 namespace fixed_limbs {
 
-/// Of which the compiler knows nothing any more, except in a constant expression.
+/// The same word, opaque to the optimiser except in a constant expression.
 constexpr std::uint64_t Opaque(std::uint64_t word)
 {
     if (std::is_constant_evaluated())
@@ -135,5 +135,10 @@ consteval Limbs<N> FromHex(const char* digits)
 }
 
 } // namespace fixed_limbs
+
+/// 1 / number mod `modulus`, which is odd and has no factor in common with it; 0 for 0. `negative` is -1 / modulus mod 2^64. The
+/// time depends on N alone, which is one of those of the curves.
+template <std::size_t N>
+[[nodiscard]] Limbs<N> ModularInverse(const Limbs<N>& number, const Limbs<N>& modulus, std::uint64_t negative);
 
 } // namespace ccrypto

@@ -178,8 +178,8 @@ void Reduce(Limb* remainder, const Limb* number, std::size_t count, const Limb* 
 // a is 0, and b, which stays odd, is the greatest common divisor.
 Mask Invert(Limb* inverse, const Limb* number, const Limb* modulus, std::size_t count)
 {
-    WipedArray<Limb> room(4 * count);
-    Limb* a = room.data();
+    WipedArray<Limb> scratch(4 * count);
+    Limb* a = scratch.data();
     Limb* b = a + count;
     Limb* u = b + count;
     Limb* v = u + count;
@@ -205,8 +205,8 @@ Mask Invert(Limb* inverse, const Limb* number, const Limb* modulus, std::size_t 
 
 void Gcd(Limb* divisor, const Limb* left, const Limb* right, std::size_t count)
 {
-    WipedArray<Limb> room(2 * count);
-    Limb* a = room.data();
+    WipedArray<Limb> scratch(2 * count);
+    Limb* a = scratch.data();
     Limb* b = a + count;
     std::copy_n(left, count, a);
     std::copy_n(right, count, b);
@@ -218,10 +218,10 @@ void Gcd(Limb* divisor, const Limb* left, const Limb* right, std::size_t count)
     for (std::size_t round = 0; round < bits; ++round) {
         const Mask bothEven = ~Mask::FromBit(a[0] | b[0]);
         twos += bothEven.select<Limb>(1, 0);
-        std::copy_n(room.data(), 2 * count, half.data());
+        std::copy_n(scratch.data(), 2 * count, half.data());
         HalveWith(0, half.data(), count);
         HalveWith(0, half.data() + count, count);
-        CopyIf(bothEven, room.data(), half.data(), 2 * count);
+        CopyIf(bothEven, scratch.data(), half.data(), 2 * count);
     }
     SwapIf(~Mask::FromBit(b[0]), a, b, count);
     for (std::size_t round = 0; round < 2 * bits; ++round) {

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <span>
 
-/// Natural numbers as arrays of 64-bit limbs, lowest first, of a length the caller knows. None of these looks at a value to decide
-/// what to do: time depends on the lengths alone. Results may lie where an operand lies, from the same limb on, unless told
+/// Natural numbers as arrays of 64-bit limbs, lowest first, of a length the caller gives. No branch and no address
+/// depends on a value: time depends on the lengths alone. A result may overwrite an operand, from its first limb on, unless said
 /// otherwise.
 namespace ccrypto::limbs {
 
@@ -36,7 +36,7 @@ Limb SubtractProduct(Limb* result, const Limb* number, std::size_t count, Limb w
 void Multiply(Limb* result, const Limb* left, std::size_t leftCount, const Limb* right, std::size_t rightCount);
 /// One bit to the right; `top` becomes the highest bit.
 void HalveWith(Limb top, Limb* number, std::size_t count);
-/// \return the bit that fell out.
+/// \return the bit shifted out.
 Limb Double(Limb* number, std::size_t count);
 
 constant_time::Mask IsZero(const Limb* number, std::size_t count);
@@ -49,7 +49,7 @@ Limb SubtractIf(constant_time::Mask mask, Limb* result, const Limb* number, std:
 /// result += number when the mask is true. \return the carry.
 Limb AddIf(constant_time::Mask mask, Limb* result, const Limb* number, std::size_t count);
 
-/// remainder = number mod modulus, of modulusCount limbs, at the pace of a bit after the other; modulus is not 0.
+/// remainder = number mod modulus, of modulusCount limbs; modulus is not 0. Works bit by bit, so it is for a number now and then.
 void Reduce(Limb* remainder, const Limb* number, std::size_t count, const Limb* modulus, std::size_t modulusCount);
 /// inverse = number^-1 mod modulus, which is odd; number < modulus. \return true when there is one: otherwise `inverse` has no
 /// meaning.
@@ -63,9 +63,9 @@ Limb InverseModuloLimb(Limb odd);
 
 /// Big-endian. The bytes fit: no more than 8 * count of them.
 void FromBytes(Limb* number, std::size_t count, std::span<const std::uint8_t> bytes);
-/// The lowest bytes, when there are more than `bytes` has room for.
+/// The lowest bytes of the number when `bytes` is too short for all.
 void ToBytes(std::span<std::uint8_t> bytes, const Limb* number, std::size_t count);
-/// Bits of the number without its leading zeros. Its own time does not tell; the result does.
+/// Bits of the number without its leading zeros. The time does not depend on the number; the result does.
 std::size_t BitLength(const Limb* number, std::size_t count);
 
 } // namespace ccrypto::limbs

@@ -1,6 +1,5 @@
-#include "crypto/bigint/modular_inverse.h"
-
 #include "core/memory/wiped.h"
+#include "crypto/bigint/fixed_limbs.h"
 
 namespace ccrypto {
 

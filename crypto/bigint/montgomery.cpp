@@ -89,31 +89,31 @@ MontgomeryModulus::MontgomeryModulus(std::span<const Limb> modulus)
     std::copy_n(one, limbs_, squareOfR);
     for (std::size_t i = 0; i < odd; ++i)
         add(squareOfR, squareOfR, squareOfR);
-    Room room(*this);
+    Scratch scratch(*this);
     for (std::size_t i = 0; i < squarings; ++i)
-        square(squareOfR, squareOfR, room);
+        square(squareOfR, squareOfR, scratch);
 }
 
-void MontgomeryModulus::multiply(Limb* result, const Limb* left, const Limb* right, Room& room) const
+void MontgomeryModulus::multiply(Limb* result, const Limb* left, const Limb* right, Scratch& scratch) const
 {
-    Calls().multiply(room.limbs_.data(), left, right, limbs_);
-    Calls().reduce(result, room.limbs_.data(), modulus(), negativeInverse_, limbs_);
+    Calls().multiply(scratch.limbs_.data(), left, right, limbs_);
+    Calls().reduce(result, scratch.limbs_.data(), modulus(), negativeInverse_, limbs_);
 }
 
-void MontgomeryModulus::square(Limb* result, const Limb* number, Room& room) const
+void MontgomeryModulus::square(Limb* result, const Limb* number, Scratch& scratch) const
 {
-    Calls().square(room.limbs_.data(), number, limbs_);
-    Calls().reduce(result, room.limbs_.data(), modulus(), negativeInverse_, limbs_);
+    Calls().square(scratch.limbs_.data(), number, limbs_);
+    Calls().reduce(result, scratch.limbs_.data(), modulus(), negativeInverse_, limbs_);
 }
 
-void MontgomeryModulus::enter(Limb* result, const Limb* number, Room& room) const
+void MontgomeryModulus::enter(Limb* result, const Limb* number, Scratch& scratch) const
 {
-    multiply(result, number, modulus() + 2 * limbs_, room);
+    multiply(result, number, modulus() + 2 * limbs_, scratch);
 }
 
-void MontgomeryModulus::leave(Limb* result, const Limb* number, Room& room) const
+void MontgomeryModulus::leave(Limb* result, const Limb* number, Scratch& scratch) const
 {
-    Limb* const product = room.limbs_.data();
+    Limb* const product = scratch.limbs_.data();
     std::copy_n(number, limbs_, product);
     std::fill_n(product + limbs_, limbs_, 0);
     Calls().reduce(result, product, modulus(), negativeInverse_, limbs_);
@@ -132,17 +132,17 @@ void MontgomeryModulus::subtract(Limb* result, const Limb* left, const Limb* rig
     limbs::AddIf(Mask::FromBit(borrow), result, modulus(), limbs_);
 }
 
-void MontgomeryModulus::enterWide(Limb* result, std::span<const Limb> number, Room& room) const
+void MontgomeryModulus::enterWide(Limb* result, std::span<const Limb> number, Scratch& scratch) const
 {
     // Horner's rule with digits of limbs_ limbs: each step multiplies by R.
     WipedArray<Limb> digit(limbs_);
     std::fill_n(result, limbs_, 0);
     for (std::size_t end = (number.size() + limbs_ - 1) / limbs_ * limbs_; end > 0; end -= limbs_) {
-        enter(result, result, room);
+        enter(result, result, scratch);
         const std::span<const Limb> from = number.subspan(end - limbs_, std::min(limbs_, number.size() - (end - limbs_)));
         std::fill_n(digit.data(), limbs_, 0);
         std::copy(from.begin(), from.end(), digit.data());
-        enter(digit.data(), digit.data(), room);
+        enter(digit.data(), digit.data(), scratch);
         add(result, result, digit.data());
     }
 }
@@ -150,15 +150,15 @@ void MontgomeryModulus::enterWide(Limb* result, std::span<const Limb> number, Ro
 void MontgomeryModulus::powerMontgomery(Limb* result, const Limb* base, std::span<const Limb> exponent,
                                         std::size_t exponentBits) const
 {
-    Room room(*this);
+    Scratch scratch(*this);
     WipedArray<Limb> table(tableEntries * limbs_);
     WipedArray<Limb> entry(limbs_);
     const auto at = [&](std::size_t index) { return table.data() + index * limbs_; };
     std::copy_n(one(), limbs_, at(0));
     std::copy_n(base, limbs_, at(1));
     for (std::size_t i = 2; i < tableEntries; i += 2) {
-        square(at(i), at(i / 2), room);
-        multiply(at(i + 1), at(i), base, room);
+        square(at(i), at(i / 2), scratch);
+        multiply(at(i + 1), at(i), base, scratch);
     }
     std::size_t index = exponentBits == 0 ? 0 : (exponentBits - 1) / windowBits * windowBits;
     Gather(entry.data(), table.data(), BitsAt(exponent, index, windowBits), limbs_);
@@ -166,41 +166,41 @@ void MontgomeryModulus::powerMontgomery(Limb* result, const Limb* base, std::spa
     while (index > 0) {
         index -= windowBits;
         for (std::size_t i = 0; i < windowBits; ++i)
-            square(result, result, room);
+            square(result, result, scratch);
         Gather(entry.data(), table.data(), BitsAt(exponent, index, windowBits), limbs_);
-        multiply(result, result, entry.data(), room);
+        multiply(result, result, entry.data(), scratch);
     }
 }
 
 void MontgomeryModulus::power(Limb* result, const Limb* base, std::span<const Limb> exponent) const
 {
-    Room room(*this);
+    Scratch scratch(*this);
     WipedArray<Limb> entered(limbs_);
-    enter(entered.data(), base, room);
+    enter(entered.data(), base, scratch);
     powerMontgomery(result, entered.data(), exponent, exponent.size() * bitsOfLimb);
-    leave(result, result, room);
+    leave(result, result, scratch);
 }
 
 void MontgomeryModulus::powerPublic(Limb* result, const Limb* base, std::uint64_t exponent) const
 {
-    Room room(*this);
+    Scratch scratch(*this);
     WipedArray<Limb> plain(limbs_);
     WipedArray<Limb> entered(limbs_);
     std::copy_n(base, limbs_, plain.data());
-    enter(entered.data(), base, room);
+    enter(entered.data(), base, scratch);
     std::copy_n(entered.data(), limbs_, result);
     int bit = 63;
     while ((exponent >> bit & 1) == 0)
         --bit;
     while (bit-- > 0) {
-        square(result, result, room);
+        square(result, result, scratch);
         if ((exponent >> bit & 1) == 0)
             continue;
         // The last multiplication of an odd exponent leaves Montgomery's form on the way.
-        multiply(result, result, bit == 0 ? plain.data() : entered.data(), room);
+        multiply(result, result, bit == 0 ? plain.data() : entered.data(), scratch);
     }
     if (exponent == 1 || (exponent & 1) == 0)
-        leave(result, result, room);
+        leave(result, result, scratch);
 }
 
 bool MontgomeryModulus::invert(Limb* result, const Limb* number) const

@@ -62,13 +62,14 @@ Limb RemainderFromBelow(const Limb* number, std::size_t count, Limb modulus, Lim
 }
 
 /// A base from 2 to n - 2, in Montgomery's form.
-bool DrawBase(Limb* base, const MontgomeryModulus& n, const Limb* minusOne, MontgomeryModulus::Room& room, ICryptoRandom& random)
+bool DrawBase(Limb* base, const MontgomeryModulus& n, const Limb* minusOne, MontgomeryModulus::Scratch& scratch,
+              ICryptoRandom& random)
 {
     WipedArray<Limb> bits(n.limbs() + 1);
     for (;;) {
         if (!random.generate({reinterpret_cast<std::uint8_t*>(bits.data()), bits.size() * sizeof(Limb)}))
             return false;
-        n.enterWide(base, {bits.data(), bits.size()}, room);
+        n.enterWide(base, {bits.data(), bits.size()}, scratch);
         const Mask useless =
             limbs::IsZero(base, n.limbs()) | limbs::Equal(base, n.one(), n.limbs()) | limbs::Equal(base, minusOne, n.limbs());
         if (!Declassify(useless))
@@ -96,7 +97,7 @@ Mask HasSmallDivisor(const Limb* number, std::size_t count)
 Verdict MillerRabin(const MontgomeryModulus& number, std::uint32_t rounds, ICryptoRandom& random)
 {
     const std::size_t count = number.limbs();
-    MontgomeryModulus::Room room(number);
+    MontgomeryModulus::Scratch scratch(number);
     WipedArray<Limb> minusOne(count);
     WipedArray<Limb> power(count);
     number.subtract(minusOne.data(), minusOne.data(), number.one());
@@ -111,12 +112,12 @@ Verdict MillerRabin(const MontgomeryModulus& number, std::uint32_t rounds, ICryp
         ++twos;
     }
     for (std::uint32_t round = 0; round < rounds; ++round) {
-        if (!DrawBase(power.data(), number, minusOne.data(), room, random))
+        if (!DrawBase(power.data(), number, minusOne.data(), scratch, random))
             return Verdict::noRandomBytes;
         number.powerMontgomery(power.data(), power.data(), {odd.data(), count}, number.bits());
         Mask passed = limbs::Equal(power.data(), number.one(), count) | limbs::Equal(power.data(), minusOne.data(), count);
         for (std::size_t i = 1; i < twos; ++i) {
-            number.square(power.data(), power.data(), room);
+            number.square(power.data(), power.data(), scratch);
             passed |= limbs::Equal(power.data(), minusOne.data(), count);
         }
         if (!Declassify(passed))
@@ -136,7 +137,7 @@ std::uint32_t RoundsFor(std::size_t bits)
 
 bool IsProbablePrime(const CCryptoBigInteger& number, ICryptoRandom& random)
 {
-    if (!number.isValid() || number.isNegative() || number.bits() > MontgomeryModulus::mostBits)
+    if (!number.isValid() || number.isNegative() || number.bits() > MontgomeryModulus::maxBits)
         return false;
     if (number < CCryptoBigInteger(sieveLimit)) {
         const std::uint64_t small = number.toWord();

@@ -10,12 +10,12 @@
 namespace ccrypto {
 
 /// Whether a number from anywhere is a prime: division by small primes, then 64 rounds of the test of Miller and Rabin with random
-/// bases. A number that somebody chose to pass as a prime does so with a chance of 2^-128. Not for secrets. \return false, also,
+/// bases. A composite number chosen to pass does so with a chance of 2^-128. Not for secrets. \return false, also,
 /// without random bytes, and for numbers of more than 16384 bits.
 bool IsProbablePrime(const CCryptoBigInteger& number, ICryptoRandom& random = ICryptoRandom::Instance());
 
-/// The parts of it for a secret candidate. What they tell of one that is rejected is nothing to anybody; of one that passes, they
-/// tell the clock how many zeros its predecessor has at its low end, two bits or so.
+/// The parts of it for a secret candidate. What their time reveals of a rejected candidate is of no use to anybody; of an accepted
+/// one it reveals how many zeros its predecessor ends with, about two bits.
 namespace primality {
 
 /// True when one of the odd primes below 8192 divides the number. Takes time that depends on the count of limbs.

@@ -15,7 +15,7 @@ template <std::size_t N>
 CompletePoints<N>::Table::Table(const CompletePoints& curve, const Point& point)
 {
     multiples[0] = curve.infinity();
-    for (std::size_t i = 1; i <= most; ++i)
+    for (std::size_t i = 1; i <= maxDigit; ++i)
         multiples[i] = curve.add(multiples[i - 1], point);
 }
 
@@ -112,7 +112,7 @@ typename CompletePoints<N>::Point CompletePoints<N>::add(const Point& p, const P
 template <std::size_t N>
 void CompletePoints<N>::select(Point& chosen, const Table& table, const SignedDigit& digit) const
 {
-    for (std::size_t entry = 0; entry <= most; ++entry) {
+    for (std::size_t entry = 0; entry <= maxDigit; ++entry) {
         const std::uint64_t mask = constant_time::Mask::Equal(entry, digit.magnitude).word();
         chosen.x = fixed_limbs::Select(mask, table.multiples[entry].x, chosen.x);
         chosen.y = fixed_limbs::Select(mask, table.multiples[entry].y, chosen.y);

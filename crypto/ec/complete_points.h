@@ -25,17 +25,17 @@ public:
 private:
     using Element = Limbs<N>;
     static constexpr std::size_t width = 5;
-    static constexpr std::size_t most = 1u << (width - 1);
+    static constexpr std::size_t maxDigit = 1u << (width - 1);
 
     /// (x / z, y / z); (0, 1, 0) is infinity.
     struct Point {
         Element x, y, z;
     };
 
-    /// A point times 0 to `most`.
+    /// A point times 0 to `maxDigit`.
     struct Table {
         Table(const CompletePoints& curve, const Point& point);
-        std::array<Point, most + 1> multiples;
+        std::array<Point, maxDigit + 1> multiples;
     };
 
     std::size_t digitCount() const { return SignedDigitCount(domain_.n.bits, width); }

@@ -12,7 +12,7 @@ namespace ccrypto {
 
 namespace {
 
-/// `limbs` have room for the bytes.
+/// The bytes fit into `limbs`.
 void LoadLimbs(std::span<std::uint64_t> limbs, CurveArithmetic::Bytes bytes)
 {
     std::ranges::fill(limbs, 0);

@@ -4,7 +4,7 @@
 
 namespace ccrypto {
 
-/// A point that is not infinity: its coordinates, below the prime. As it is written, not as Montgomery writes it.
+/// A point other than infinity. The coordinates are plain numbers below the prime, not in Montgomery form.
 template <std::size_t N>
 struct AffinePoint {
     Limbs<N> x;
@@ -19,12 +19,12 @@ public:
 
     /// scalar times the base point. The scalar is from 1 to order - 1; the time does not depend on it.
     virtual void multiplyBase(AffinePoint<N>& result, const Limbs<N>& scalar) const = 0;
-    /// scalar times a point of the curve, of which the same holds.
+    /// scalar times a point of the curve, with a scalar as above.
     virtual void multiply(AffinePoint<N>& result, const AffinePoint<N>& point, const Limbs<N>& scalar) const = 0;
-    /// baseScalar times the base point and scalar times `point`, all of which may be known; scalars are below the order.
+    /// baseScalar times the base point and scalar times `point`, all of them public; scalars are below the order.
     /// \return false, with `result` untouched, when the sum is infinity.
-    virtual bool multiplyAndAdd(AffinePoint<N>& result, const Limbs<N>& baseScalar, const AffinePoint<N>& point,
-                                const Limbs<N>& scalar) const = 0;
+    [[nodiscard]] virtual bool multiplyAndAdd(AffinePoint<N>& result, const Limbs<N>& baseScalar, const AffinePoint<N>& point,
+                                              const Limbs<N>& scalar) const = 0;
 };
 
 } // namespace ccrypto

@@ -7,8 +7,7 @@
 #include "crypto/ec/curve_arithmetic.h"
 #include "crypto/ec/curve_point.h"
 #include "crypto/ec/ecdsa_nonce.h"
-#include "crypto/ec/x25519.h"
-#include "crypto/ec/x448.h"
+#include "crypto/ec/montgomery_curves.h"
 
 #include <algorithm>
 #include <cstring>
@@ -62,7 +61,7 @@ bool MontgomeryLadder(const CurveFacts& facts, std::uint8_t* result, const std::
     return facts.id == algorithm::x25519 ? X25519(result, scalar, point) : X448(result, scalar, point);
 }
 
-/// The id of the hash behind the nonces of signHash(): as strong as the curve.
+/// The hash that signHash() makes its nonces with: as strong as the curve.
 std::uint32_t NonceHash(const CurveFacts& facts)
 {
     return facts.bits <= 256 ? algorithm::sha256 : algorithm::sha512;
@@ -70,7 +69,7 @@ std::uint32_t NonceHash(const CurveFacts& facts)
 
 constexpr std::uint32_t freshBytes = 32;
 // Of a sound source, each one fits with a probability of a half or more.
-constexpr int mostDraws = 256;
+constexpr int maxDraws = 256;
 
 element Joined(Bytes first, Bytes second)
 {
@@ -115,9 +114,9 @@ KeyPointer CCryptoEC::Generate(std::uint32_t curve, ICryptoRandom& random)
         return logger.fail(KeyPointer(), "Unsupported curve: %u", curve);
 
     const CurveArithmetic* arithmetic = CurveArithmetic::Of(curve);
-    Wiped<std::array<std::uint8_t, mostBytes>> drawn{};
+    Wiped<std::array<std::uint8_t, maxBytes>> drawn{};
     const std::span<std::uint8_t> scalar = std::span(drawn).first(facts->orderBytes);
-    for (int draws = 0; draws < mostDraws; ++draws) {
+    for (int draws = 0; draws < maxDraws; ++draws) {
         if (!random.generate(scalar))
             return logger.fail(KeyPointer(), "No random bytes for a private key");
         // Bits above the order's would only make most draws useless.

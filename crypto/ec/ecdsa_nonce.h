@@ -10,12 +10,12 @@
 
 namespace ccrypto {
 
-/// The nonces of ECDSA by RFC 6979, 3.2: numbers that come of key and digest by HMAC and that nobody without the key can tell from
-/// random ones.
+/// The nonces of ECDSA by RFC 6979, 3.2: numbers derived from key and digest by HMAC, which nobody without the key can
+/// distinguish from random ones.
 class EcdsaNonce {
 public:
     /// `key` and `digestNumber` (the digest's number modulo the order) are as long as the order. With `fresh` random bytes the
-    /// nonces are others each time (3.6). The curve is not owned.
+    /// nonces differ each time (3.6). The curve is not owned.
     EcdsaNonce(std::unique_ptr<CCryptoHMAC> mac, const CurveArithmetic& curve, std::span<const std::uint8_t> key,
                std::span<const std::uint8_t> digestNumber, std::span<const std::uint8_t> fresh);
     ~EcdsaNonce();

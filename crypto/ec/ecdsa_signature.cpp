@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::uint8_t sequenceTag = 0x30;
 constexpr std::uint8_t integerTag = 0x02;
-constexpr std::size_t longestNumber = 72;
+constexpr std::size_t maxNumberBytes = 72;
 
 using Bytes = std::span<const std::uint8_t>;
 
@@ -69,7 +69,7 @@ bool TakeInteger(Bytes& der, element& target, std::size_t length)
 element EcdsaPairToDer(Bytes pair)
 {
     CCryptoAutoLogger logger("EcdsaPairToDer");
-    if (pair.empty() || pair.size() % 2 != 0 || pair.size() > 2 * longestNumber)
+    if (pair.empty() || pair.size() % 2 != 0 || pair.size() > 2 * maxNumberBytes)
         return logger.fail(element(), "A signature of %zu bytes is no pair", pair.size());
 
     element body;
@@ -90,7 +90,7 @@ element EcdsaDerToPair(Bytes der, std::uint32_t length)
     CCryptoAutoLogger logger("EcdsaDerToPair");
     element pair;
     std::size_t size = 0;
-    if (length > longestNumber || !TakeHeader(der, sequenceTag, size) || size != der.size() || !TakeInteger(der, pair, length) ||
+    if (length > maxNumberBytes || !TakeHeader(der, sequenceTag, size) || size != der.size() || !TakeInteger(der, pair, length) ||
         !TakeInteger(der, pair, length) || !der.empty())
         return logger.fail(element(), "Signature is not the DER of two numbers of the order's length");
     logger.setResult(true);

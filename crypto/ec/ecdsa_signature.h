@@ -14,10 +14,10 @@ enum class SignatureForm {
 };
 
 /// The DER form of a pair of two big-endian numbers of one length, at most 72 bytes each. \return empty, logged, for anything else.
-element EcdsaPairToDer(std::span<const std::uint8_t> pair);
+[[nodiscard]] element EcdsaPairToDer(std::span<const std::uint8_t> pair);
 
 /// The pair of two numbers of `length` bytes of a signature in DER. \return empty, logged, when it is not exactly the DER of two
 /// numbers that are positive and fit.
-element EcdsaDerToPair(std::span<const std::uint8_t> der, std::uint32_t length);
+[[nodiscard]] element EcdsaDerToPair(std::span<const std::uint8_t> der, std::uint32_t length);
 
 } // namespace ccrypto

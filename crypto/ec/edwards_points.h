@@ -123,7 +123,7 @@ public:
 
 private:
     static constexpr std::size_t width = 5;
-    static constexpr std::size_t most = 1u << (width - 1);
+    static constexpr std::size_t maxDigit = 1u << (width - 1);
     static constexpr std::size_t digits = ccrypto::SignedDigitCount(Curve::order.bits, width);
 
     struct Affine {
@@ -189,9 +189,9 @@ private:
     void selectEntry(Affine& entry, std::size_t i, const ccrypto::SignedDigit& digit) const
     {
         entry = {Element{}, Element{1}};
-        for (std::size_t each = 0; each < most; ++each) {
+        for (std::size_t each = 0; each < maxDigit; ++each) {
             const std::uint64_t mask = ccrypto::constant_time::Mask::Equal(each + 1, digit.magnitude).word();
-            const Affine& source = table_[i * most + each];
+            const Affine& source = table_[i * maxDigit + each];
             entry.x = ccrypto::fixed_limbs::Select(mask, source.x, entry.x);
             entry.y = ccrypto::fixed_limbs::Select(mask, source.y, entry.y);
         }
@@ -200,15 +200,15 @@ private:
 
     void fillTable()
     {
-        table_.reset(new Affine[digits * most]);
+        table_.reset(new Affine[digits * maxDigit]);
         Point first = {loaded(Curve::x), loaded(Curve::y), Element{1}};
         for (std::size_t i = 0; i < digits; ++i) {
             Point multiple = first;
-            for (std::size_t each = 0; each < most; ++each) {
+            for (std::size_t each = 0; each < maxDigit; ++each) {
                 const Element inverse = Field::invert(multiple.z);
-                table_[i * most + each] = {canonical(Field::multiply(multiple.x, inverse)),
-                                           canonical(Field::multiply(multiple.y, inverse))};
-                if (each + 1 < most)
+                table_[i * maxDigit + each] = {canonical(Field::multiply(multiple.x, inverse)),
+                                               canonical(Field::multiply(multiple.y, inverse))};
+                if (each + 1 < maxDigit)
                     multiple = add(multiple, first);
             }
             first = twice(multiple);

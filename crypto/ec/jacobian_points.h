@@ -88,7 +88,7 @@ public:
         for (std::size_t i = 0; i < baseDigits; ++i) {
             const SignedDigit digit = SignedDigitAt(baseScalar, i, baseWidth);
             if (digit.magnitude != 0) {
-                const Affine& entry = table_[i * baseMost + digit.magnitude - 1];
+                const Affine& entry = table_[i * baseMax + digit.magnitude - 1];
                 addKnown(sum, negatedIf(Point{entry.x, entry.y, Field::one()}, digit.negative));
             }
         }
@@ -100,17 +100,17 @@ public:
 
 private:
     using Element = Limbs<N>;
-    static constexpr std::size_t most = 1u << (width - 1);
+    static constexpr std::size_t maxDigit = 1u << (width - 1);
     static constexpr std::size_t digits = SignedDigitCount(domain.n.bits, width);
-    static constexpr std::size_t baseMost = 1u << (baseWidth - 1);
+    static constexpr std::size_t baseMax = 1u << (baseWidth - 1);
     static constexpr std::size_t baseDigits = SignedDigitCount(domain.n.bits, baseWidth);
 
     /// (x / z^2, y / z^3); z = 0 is infinity.
     struct Point {
         Element x, y, z;
     };
-    /// A point times 1 to `most`.
-    using Multiples = std::array<Point, most>;
+    /// A point times 1 to `maxDigit`.
+    using Multiples = std::array<Point, maxDigit>;
 
     /// A point times 1, 3, 5 to 15, for the digits of SparseDigits.
     using OddMultiples = std::array<Point, 8>;
@@ -185,11 +185,11 @@ private:
 
     /// sum += entry, unless `skip` is all ones.
     ///
-    /// Here the two are never the same or opposite. The digits below place i make at most 2^(baseWidth * i - 1), in which the digit
-    /// at place i is at least 1, so neither their sum nor their difference is 0. Nor is it the order n: below the last place since
-    /// it is too small. At the last one the sum is the scalar itself, which is below n; and for the difference to be n, what the
-    /// digits below make would be negative and n that much above a multiple of 2^(baseWidth * i), while all of the bits that n has
-    /// there and some 30 below them are ones.
+    /// Here the two are never the same or opposite. The digits below place i make at most 2^(baseWidth * i - 1), in which the
+    /// digit at place i is at least 1, so neither their sum nor their difference is 0. Nor is it the order n: below the last place
+    /// since it is too small. At the last one the sum is the scalar itself, which is below n; and for the difference to be n, what
+    /// the digits below make would be negative and n that much above a multiple of 2^(baseWidth * i), while all of the bits that n
+    /// has there and some 30 below them are ones.
     static void addMasked(Point& sum, const Affine& entry, std::uint64_t skip)
     {
         const std::uint64_t empty = fixed_limbs::IsZero(sum.z);
@@ -203,7 +203,7 @@ private:
     /// The same for any multiple. The sum so far is 2^width times a number that is not negative, so only at the last digit d it
     /// comes near the order n. The two are opposite for the scalars 0 and n alone, which there are not, and they would be the same
     /// if n were that sum and |d|, for a d below 0; but then n modulo 2^width would be a digit.
-    static_assert(domain.n.value[0] % (2 * most) > most);
+    static_assert(domain.n.value[0] % (2 * maxDigit) > maxDigit);
     static void addMasked(Point& sum, const Point& entry, std::uint64_t skip)
     {
         const std::uint64_t empty = fixed_limbs::IsZero(sum.z);
@@ -230,7 +230,7 @@ private:
     {
         const Affine entered = {Field::enter(point.x), Field::enter(point.y)};
         table[0] = {entered.x, entered.y, Field::one()};
-        for (std::size_t i = 2; i <= most; ++i)
+        for (std::size_t i = 2; i <= maxDigit; ++i)
             table[i - 1] = i % 2 == 0 ? twice(table[i / 2 - 1]) : sumOf(difference(table[i - 2], entered));
     }
 
@@ -248,9 +248,9 @@ private:
     void selectEntry(Affine& entry, std::size_t i, std::uint64_t magnitude) const
     {
         entry = {};
-        for (std::size_t each = 0; each < baseMost; ++each) {
+        for (std::size_t each = 0; each < baseMax; ++each) {
             const std::uint64_t mask = constant_time::Mask::Equal(each + 1, magnitude).word();
-            const Affine& source = table_[i * baseMost + each];
+            const Affine& source = table_[i * baseMax + each];
             for (std::size_t limb = 0; limb < N; ++limb) {
                 entry.x[limb] |= source.x[limb] & mask;
                 entry.y[limb] |= source.y[limb] & mask;
@@ -261,12 +261,12 @@ private:
     void fillTable()
     {
         std::vector<Point> points;
-        points.reserve(baseDigits * baseMost);
+        points.reserve(baseDigits * baseMax);
         Point first = {Field::enter(domain.x), Field::enter(domain.y), Field::one()};
         for (std::size_t i = 0; i < baseDigits; ++i) {
             points.push_back(first);
-            for (std::size_t each = 2; each <= baseMost; ++each)
-                points.push_back(each % 2 == 0 ? twice(points[i * baseMost + each / 2 - 1])
+            for (std::size_t each = 2; each <= baseMax; ++each)
+                points.push_back(each % 2 == 0 ? twice(points[i * baseMax + each / 2 - 1])
                                                : sumOf(difference(points.back(), first)));
             first = twice(points.back());
         }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "crypto/bigint/fixed_limbs.h"
-#include "crypto/bigint/modular_inverse.h"
 
 namespace ccrypto {
 
@@ -10,7 +9,7 @@ struct Modulus;
 template <std::size_t N>
 constexpr Limbs<N> MontgomeryProduct(const Limbs<N>& a, const Limbs<N>& b, const Modulus<N>& modulus);
 
-/// An odd modulus of at most 64 * N bits and what Montgomery's arithmetic wants to know of it; R is 2^(64 * N).
+/// An odd modulus of at most 64 * N bits and the constants of Montgomery's arithmetic; R is 2^(64 * N).
 template <std::size_t N>
 struct Modulus {
     Limbs<N> value{};
@@ -79,11 +78,11 @@ template <std::size_t N>
     return fixed_limbs::ReduceOnce(t, top, modulus.value);
 }
 
-/// The same for the moduli of the curves, out of line: where the time of a call is not worth the room of many copies.
+/// The same for the moduli of the curves, out of line: where saving a call is not worth the size of many copies.
 template <std::size_t N>
 Limbs<N> MontgomeryMultiply(const Limbs<N>& a, const Limbs<N>& b, const Modulus<N>& modulus);
 
-/// Numbers modulo a prime as Montgomery writes them, that is x * R mod m. All of them are below m.
+/// Numbers modulo a prime in Montgomery form, x * R mod m, below m.
 template <std::size_t N>
 class MontgomeryField {
 public:
@@ -133,7 +132,7 @@ public:
     Element enter(const Element& number) const { return multiply(number, modulus_.square); }
     /// The number itself, below m.
     Element leave(const Element& a) const { return multiply(a, Element{1}); }
-    /// a to the power of `exponent`, which everybody may know.
+    /// a to the power of `exponent`, which is public.
     Element power(const Element& a, const Limbs<N>& exponent) const
     {
         Element result = one();

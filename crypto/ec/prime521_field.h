@@ -1,6 +1,6 @@
 #pragma once
 
-#include "crypto/bigint/modular_inverse.h"
+#include "crypto/bigint/fixed_limbs.h"
 #include "crypto/ec/curve_domains.h"
 
 namespace ccrypto {

@@ -5,7 +5,7 @@
 namespace ccrypto {
 
 /// Scalars as digits from -2^(width - 1) to 2^(width - 1) of the base 2^width (Booth's recoding): half as many multiples of a point
-/// to choose from, since the negative of a point costs next to nothing.
+/// to choose from, since negating a point costs next to nothing.
 struct SignedDigit {
     std::uint64_t magnitude;
     std::uint64_t negative; ///< all ones or zeros
@@ -40,8 +40,8 @@ inline SignedDigit SignedDigitAt(const Limbs<N>& scalar, std::size_t index, std:
     return {(folded >> 1) + (folded & 1), negative};
 }
 
-/// A scalar that may be known as digits of the base 2, odd ones from -15 to 15 of which no two stand within five places, and zeros:
-/// fewer additions than digits of a fixed width need. There is room for one digit more than bits.
+/// A public scalar as digits of the base 2: odd ones from -15 to 15, no two of them within five places, and zeros. That takes fewer
+/// additions than digits of a fixed width. There is one digit more than bits.
 template <std::size_t N>
 void SparseDigits(std::array<std::int8_t, 64 * N + 1>& digits, Limbs<N> scalar)
 {

@@ -4,7 +4,7 @@
 
 namespace ccrypto {
 
-/// Square roots modulo an odd prime by the algorithm of Tonelli and Shanks. The time depends on the numbers, which may be known.
+/// Square roots modulo an odd prime by the algorithm of Tonelli and Shanks. The time depends on the numbers, which are public.
 template <std::size_t N>
 class SquareRoot {
 public:
@@ -29,8 +29,7 @@ public:
         unity_ = field_.power(nonSquare, odd);
     }
 
-    /// One of the two roots of `square`, which is as Montgomery writes it, and so is the root. \return false for 0 and when there
-    /// is none.
+    /// One of the two roots of `square`, both in Montgomery form. \return false for 0 and when there is no root.
     [[nodiscard]] bool find(Element& root, const Element& square) const
     {
         const Element half = field_.power(square, halfOdd_);

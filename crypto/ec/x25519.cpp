@@ -1,8 +1,6 @@
-#include "crypto/ec/x25519.h"
-
 #include "crypto/ec/field25519.h"
+#include "crypto/ec/montgomery_curves.h"
 #include "crypto/ec/montgomery_ladder.h"
-#include "crypto/ec/x25519_variants.h"
 
 #include <array>
 #include <cstring>

@@ -1,7 +1,7 @@
 #include "crypto/bigint/adx_rows.h"
+#include "crypto/ec/montgomery_curves.h"
 #include "crypto/ec/montgomery_field.h"
 #include "crypto/ec/montgomery_ladder.h"
-#include "crypto/ec/x25519_variants.h"
 
 #include <cstring>
 

@@ -1,6 +1,5 @@
-#include "crypto/ec/x448.h"
-
 #include "crypto/ec/field448.h"
+#include "crypto/ec/montgomery_curves.h"
 #include "crypto/ec/montgomery_ladder.h"
 
 #include <array>

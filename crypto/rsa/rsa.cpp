@@ -112,7 +112,7 @@ const char* Assemble(RSAPrivateNumbers& secret, const CCryptoRSANumbers& numbers
     if (!Declassify(fitsP & fitsQ))
         return "the exponents are not each other's inverse";
 
-    MontgomeryModulus::Room room(p);
+    MontgomeryModulus::Scratch room(p);
     WipedArray<Limb> qModuloP(p.limbs());
     p.enterWide(qModuloP.data(), {q.modulus(), q.limbs()}, room);
     p.leave(qModuloP.data(), qModuloP.data(), room);

@@ -26,7 +26,7 @@ bool RandomBits(Limb& bits, std::size_t count)
 }
 
 /// A random number modulo n, in Montgomery's form: 64 bits more than n has are reduced.
-bool RandomBelow(Limb* result, const MontgomeryModulus& n, MontgomeryModulus::Room& room)
+bool RandomBelow(Limb* result, const MontgomeryModulus& n, MontgomeryModulus::Scratch& room)
 {
     WipedArray<Limb> bits(n.limbs() + 1);
     if (!ICryptoRandom::Instance().generate({reinterpret_cast<std::uint8_t*>(bits.data()), bits.size() * sizeof(Limb)}))
@@ -48,7 +48,7 @@ bool RaisePrivately(Limb* result, std::span<const Limb> number, const RSAPrivate
     exponent[p.limbs()] = limbs::AddProduct(exponent.data(), prime.lessOne.data(), p.limbs(), multiple);
     platform::SecureWipe(&multiple, sizeof multiple);
 
-    MontgomeryModulus::Room room(p);
+    MontgomeryModulus::Scratch room(p);
     WipedArray<Limb> base(p.limbs());
     p.enterWide(base.data(), number, room);
     p.powerMontgomery(result, base.data(), {exponent.data(), exponent.size()}, p.bits() + exponentBlindingBits);
@@ -65,8 +65,8 @@ bool RaiseByPrimes(Limb* result, std::span<const Limb> number, const RSAPrivateN
     WipedArray<Limb> other(p.limbs());
     if (!RaisePrivately(byP.data(), number, secret.p) || !RaisePrivately(byQ.data(), number, secret.q))
         return false;
-    MontgomeryModulus::Room roomP(p);
-    MontgomeryModulus::Room roomQ(q);
+    MontgomeryModulus::Scratch roomP(p);
+    MontgomeryModulus::Scratch roomQ(q);
     q.leave(byQ.data(), byQ.data(), roomQ);
     p.enterWide(other.data(), {byQ.data(), byQ.size()}, roomP);
     p.subtract(byP.data(), byP.data(), other.data());
@@ -83,7 +83,7 @@ namespace ccrypto {
 
 bool RSABlinding::renew(const MontgomeryModulus& n, std::uint64_t publicExponent)
 {
-    MontgomeryModulus::Room room(n);
+    MontgomeryModulus::Scratch room(n);
     if (!RandomBelow(factor_.data(), n, room))
         return false;
     n.leave(factor_.data(), factor_.data(), room);
@@ -103,7 +103,7 @@ bool RSABlinding::next(const MontgomeryModulus& n, std::uint64_t publicExponent,
         if (!renew(n, publicExponent))
             return false;
     } else {
-        MontgomeryModulus::Room room(n);
+        MontgomeryModulus::Scratch room(n);
         n.square(factor_.data(), factor_.data(), room);
         n.square(remover_.data(), remover_.data(), room);
     }
@@ -118,7 +118,7 @@ bool RSABlinding::next(const MontgomeryModulus& n, std::uint64_t publicExponent,
 bool CCryptoRSA::Key::privateOperation(Limb* result, const Limb* number)
 {
     const std::size_t count = n.limbs();
-    MontgomeryModulus::Room room(n);
+    MontgomeryModulus::Scratch room(n);
     WipedArray<Limb> factor(count);
     WipedArray<Limb> remover(count);
     WipedArray<Limb> blinded(count);

@@ -49,13 +49,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(CCryptoBigInteger::Divide(a, b, q, r));
     Require(q * b + r == a && r < b);
     // The twin divides by subtracting, for which long numbers leave no patience.
-    constexpr std::size_t longestOfDivision = 64;
-    if (first.size() > longestOfDivision)
+    constexpr std::size_t maxBytesOfDivision = 64;
+    if (first.size() > maxBytesOfDivision)
         return 0;
     const auto [quotient, rest] = slow::Divide(slowA, slowB);
     Require(Same(q, quotient) && Same(r, rest));
-    constexpr std::size_t longestOfPower = 24;
-    if (third.size() <= 8 && first.size() <= longestOfPower && second.size() <= longestOfPower) {
+    constexpr std::size_t maxBytesOfPower = 24;
+    if (third.size() <= 8 && first.size() <= maxBytesOfPower && second.size() <= maxBytesOfPower) {
         const slow::Number power = slow::Power(rest, slow::FromBytes(third), slowB);
         Require(Same(a.modPower(CCryptoBigInteger::FromBytes(third), b), power));
     }

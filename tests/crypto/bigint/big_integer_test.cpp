@@ -190,15 +190,15 @@ TEST(BigInteger, ReadsAndWritesText)
 TEST(BigInteger, HasNoValueWhereThereIsNone)
 {
     const CCryptoBigInteger one = 1;
-    const CCryptoBigInteger longest = (one << (CCryptoBigInteger::mostBits - 1)) - 1 + (one << (CCryptoBigInteger::mostBits - 1));
+    const CCryptoBigInteger longest = (one << (CCryptoBigInteger::maxBits - 1)) - 1 + (one << (CCryptoBigInteger::maxBits - 1));
     EXPECT_TRUE(longest.isValid());
-    EXPECT_EQ(longest.bits(), CCryptoBigInteger::mostBits);
+    EXPECT_EQ(longest.bits(), CCryptoBigInteger::maxBits);
     const CCryptoBigInteger none[] = {
         longest + 1,
         -longest - 1,
         longest * 2,
         longest * longest,
-        one << CCryptoBigInteger::mostBits,
+        one << CCryptoBigInteger::maxBits,
         one << 0xFFFFFFFF,
         one / 0,
         one % 0,
@@ -210,9 +210,9 @@ TEST(BigInteger, HasNoValueWhereThereIsNone)
         one.modPower(1, 0),
         one.modPower(-1, 7),
         one.modPower(1, (one << 16384) + 1),
-        CCryptoBigInteger::FromHex(std::string(CCryptoBigInteger::mostBits / 4 + 1, '1')),
-        CCryptoBigInteger::FromDecimal(std::string(CCryptoBigInteger::mostBits / 3 + 1, '1')),
-        CCryptoBigInteger::FromBytes(Bytes(CCryptoBigInteger::mostBits / 8 + 1, 1)),
+        CCryptoBigInteger::FromHex(std::string(CCryptoBigInteger::maxBits / 4 + 1, '1')),
+        CCryptoBigInteger::FromDecimal(std::string(CCryptoBigInteger::maxBits / 3 + 1, '1')),
+        CCryptoBigInteger::FromBytes(Bytes(CCryptoBigInteger::maxBits / 8 + 1, 1)),
     };
     for (const CCryptoBigInteger& number : none) {
         SCOPED_TRACE(&number - none);
@@ -222,9 +222,9 @@ TEST(BigInteger, HasNoValueWhereThereIsNone)
         EXPECT_STREQ(number.toDecimal().c_str(), "invalid");
         EXPECT_TRUE(number.toBytes().isEmpty());
     }
-    std::uint8_t room[2] = {7, 7};
-    EXPECT_FALSE(CCryptoBigInteger(0x10000).toBytes(room));
-    EXPECT_EQ(room[0] | room[1], 0);
-    EXPECT_TRUE(CCryptoBigInteger(0x1234).toBytes(room));
-    EXPECT_EQ(room[0], 0x12);
+    std::uint8_t target[2] = {7, 7};
+    EXPECT_FALSE(CCryptoBigInteger(0x10000).toBytes(target));
+    EXPECT_EQ(target[0] | target[1], 0);
+    EXPECT_TRUE(CCryptoBigInteger(0x1234).toBytes(target));
+    EXPECT_EQ(target[0], 0x12);
 }

@@ -133,21 +133,21 @@ TEST(Montgomery, ComputesModuloNumbersOfAnyLength)
             const std::size_t count = m.limbs();
             ASSERT_EQ(count % 8, 0u);
             SCOPED_TRACE(testing::Message() << length << " limbs, " << i);
-            MontgomeryModulus::Room room(m);
+            MontgomeryModulus::Scratch scratch(m);
             const LimbVector a = Modulo(source.limbs(length), modulus, count);
             const LimbVector b = Modulo(source.limbs(length), modulus, count);
             LimbVector x(count);
             LimbVector y(count);
-            m.enter(x.data(), a.data(), room);
-            m.enter(y.data(), b.data(), room);
+            m.enter(x.data(), a.data(), scratch);
+            m.enter(y.data(), b.data(), scratch);
             LimbVector product(count);
-            m.multiply(product.data(), x.data(), y.data(), room);
-            m.leave(product.data(), product.data(), room);
+            m.multiply(product.data(), x.data(), y.data(), scratch);
+            m.leave(product.data(), product.data(), scratch);
             EXPECT_EQ(Slow(product), slow::Divide(slow::Multiply(Slow(a), Slow(b)), Slow(modulus)).second);
 
             const LimbVector wide = source.limbs(2 * count + 3);
-            m.enterWide(product.data(), wide, room);
-            m.leave(product.data(), product.data(), room);
+            m.enterWide(product.data(), wide, scratch);
+            m.leave(product.data(), product.data(), scratch);
             EXPECT_EQ(Slow(product), slow::Divide(Slow(wide), Slow(modulus)).second);
             LimbVector slowly(length);
             limbs::Reduce(slowly.data(), wide.data(), wide.size(), modulus.data(), length);

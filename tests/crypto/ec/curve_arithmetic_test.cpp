@@ -1,6 +1,6 @@
 #include "crypto/ec/complete_points.h"
+#include "crypto/ec/montgomery_curves.h"
 #include "crypto/ec/prime_curves.h"
-#include "crypto/ec/x25519_variants.h"
 
 #include <gtest/gtest.h>
 

@@ -249,13 +249,13 @@ TEST(EllipticCurves, RefuseNumbersOutOfRange)
             }
         }
 
-        // A number with the order added stands for the same one and is refused all the same, where there is room for it.
+        // A number with the order added stands for the same one and is refused, too, where it fits.
         for (const Bytes& pair : {Joined({Added(r, limits.order), s}), Joined({r, Added(s, limits.order)})}) {
             EXPECT_FALSE(one->verifyHash(digest, pair, SignatureForm::pair));
             congruent += pair.size() == signature.size() ? 1 : 0;
         }
 
-        // So does a coordinate with the prime added: of the point with the smallest x, so that there is room for it.
+        // So does a coordinate with the prime added: of the point with the smallest x, so that it fits.
         Bytes x(limits.prime.size());
         while (CCryptoEC::FromPublic(limits.id, Joined({{2}, x})) == nullptr)
             x = Plus(x, 1);
@@ -351,8 +351,8 @@ TEST(EcdsaSignature, IsReadAsStrictDer)
         {"a long form for a short length", {0x30, 0x81, 6, 2, 1, 1, 2, 1, 2}, ""},
         {"an indefinite length", {0x30, 0x80, 2, 1, 1, 2, 1, 2, 0, 0}, ""},
         {"a length of two bytes", {0x30, 0x82, 0, 6, 2, 1, 1, 2, 1, 2}, ""},
-        {"a byte behind it", {0x30, 6, 2, 1, 1, 2, 1, 2, 0}, ""},
-        {"a byte behind the numbers", {0x30, 7, 2, 1, 1, 2, 1, 2, 0}, ""},
+        {"a byte after it", {0x30, 6, 2, 1, 1, 2, 1, 2, 0}, ""},
+        {"a byte after the numbers", {0x30, 7, 2, 1, 1, 2, 1, 2, 0}, ""},
         {"one number", {0x30, 3, 2, 1, 1}, ""},
         {"three numbers", {0x30, 9, 2, 1, 1, 2, 1, 2, 2, 1, 3}, ""},
         {"cut", {0x30, 6, 2, 1, 1, 2, 1}, ""},

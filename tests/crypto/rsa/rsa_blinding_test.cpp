@@ -77,8 +77,8 @@ public:
 private:
     CCryptoBigInteger plain(std::vector<limbs::Limb>& number) const
     {
-        MontgomeryModulus::Room room(n_);
-        n_.leave(number.data(), number.data(), room);
+        MontgomeryModulus::Scratch scratch(n_);
+        n_.leave(number.data(), number.data(), scratch);
         Bytes bytes(number.size() * sizeof(limbs::Limb));
         limbs::ToBytes(bytes, number.data(), number.size());
         return CCryptoBigInteger::FromBytes(bytes);

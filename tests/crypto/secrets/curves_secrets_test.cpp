@@ -1,6 +1,6 @@
 #include "core/base/algorithm.h"
 #include "crypto/base/constant_time.h"
-#include "crypto/bigint/modular_inverse.h"
+#include "crypto/bigint/fixed_limbs.h"
 #include "crypto/ec/curve_domains.h"
 #include "crypto/ec/curve_point.h"
 #include "crypto/ec/ec.h"

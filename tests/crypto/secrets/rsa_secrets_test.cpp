@@ -7,7 +7,7 @@
 
 using namespace ccrypto;
 
-// No number of a private key, nothing it decrypts and no random byte behind a key decides a branch or an address.
+// No number of a private key, nothing it decrypts and no random byte that a key is made of decides a branch or an address.
 
 namespace {
 

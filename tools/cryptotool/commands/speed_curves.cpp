@@ -1,7 +1,7 @@
 #include "core/base/algorithm.h"
 #include "crypto/ec/ec.h"
+#include "crypto/ec/montgomery_curves.h"
 #include "crypto/ec/prime_curves.h"
-#include "crypto/ec/x25519_variants.h"
 #include "tools/cryptotool/commands/speed_row.h"
 
 #include <memory>
@@ -14,26 +14,28 @@ using CurveKey = std::shared_ptr<const CCryptoEC>;
 
 SpeedRow::Call PrepareCurveSign(const CurveKey& key)
 {
-    return [key] { key->signHash(digestToSign, SignatureForm::der); };
+    return [key] { static_cast<void>(key->signHash(digestToSign, SignatureForm::der)); };
 }
 
 SpeedRow::Call PrepareCurveVerify(const CurveKey& key)
 {
     return [key, signature = key->signHash(digestToSign, SignatureForm::der)] {
-        key->verifyHash(digestToSign, signature.bytes(), SignatureForm::der);
+        static_cast<void>(key->verifyHash(digestToSign, signature.bytes(), SignatureForm::der));
     };
 }
 
 SpeedRow::Call PrepareCurveAgree(const CurveKey& key)
 {
-    return [key, point = key->publicPoint()] { key->agree(point.bytes()); };
+    return [key, point = key->publicPoint()] { static_cast<void>(key->agree(point.bytes())); };
 }
 
 const char* VariantOf(std::uint32_t curve)
 {
     if (curve == algorithm::prime256v1)
         return ChooseVariant<PointCalls256>(Prime256Variants()).name;
-    return curve == algorithm::secp384r1 ? ChooseVariant<PointCalls384>(Prime384Variants()).name : "portable";
+    if (curve == algorithm::secp384r1)
+        return ChooseVariant<PointCalls384>(Prime384Variants()).name;
+    return curve == algorithm::secp521r1 ? ChooseVariant<PointCalls521>(Prime521Variants()).name : "portable";
 }
 
 void AddOperation(SpeedRows& rows, const CurveFacts& curve, const char* name, SpeedRow::Call (*prepare)(const CurveKey& key))
