@@ -5,14 +5,12 @@
 
 #include <algorithm>
 
-using namespace ccrypto;
-
 namespace ccrypto {
 
 namespace {
 
-constexpr std::uint8_t uncompressedForm = 4;
-constexpr std::uint8_t compressedForm = 2; // 3 when y is odd
+constexpr std::uint8_t bothCoordinatesForm = 4;
+constexpr std::uint8_t evenYForm = 2; // and 3 for an odd y, without y
 
 /// Whether a scalar may multiply a point of the curve.
 bool IsScalar(const CurveFacts& facts, std::span<const std::uint8_t> scalar)
@@ -33,10 +31,10 @@ std::optional<CurvePoint> CurvePoint::FromBytes(algorithm::Id curve, std::span<c
     CurvePoint point(*FindCurve(curve));
     const std::size_t length = point.facts_->fieldBytes;
     bool valid = false;
-    if (bytes.size() == 1 + length && (bytes[0] & ~1u) == compressedForm) {
+    if (bytes.size() == 1 + length && (bytes[0] & ~1u) == evenYForm) {
         std::ranges::copy(bytes.subspan(1), point.x_.begin());
         valid = arithmetic->findY(point.y(), bytes.subspan(1), (bytes[0] & 1) != 0);
-    } else if (bytes.size() == 1 + 2 * length && bytes[0] == uncompressedForm) {
+    } else if (bytes.size() == 1 + 2 * length && bytes[0] == bothCoordinatesForm) {
         std::ranges::copy(bytes.subspan(1, length), point.x_.begin());
         std::ranges::copy(bytes.subspan(1 + length), point.y_.begin());
         valid = arithmetic->isPoint(point.x(), point.y());
@@ -50,7 +48,7 @@ std::optional<CurvePoint> CurvePoint::FromBytes(algorithm::Id curve, std::span<c
 element CurvePoint::bytes(bool compressed) const
 {
     element whole;
-    whole.append(static_cast<std::uint8_t>(compressed ? compressedForm | (y().back() & 1) : uncompressedForm));
+    whole.append(static_cast<std::uint8_t>(compressed ? evenYForm | (y().back() & 1) : bothCoordinatesForm));
     whole.append(x().data(), facts_->fieldBytes);
     if (!compressed)
         whole.append(y().data(), facts_->fieldBytes);

@@ -9,8 +9,6 @@
 
 #include <algorithm>
 
-using namespace ccrypto;
-
 namespace ccrypto {
 
 namespace internal {

@@ -70,12 +70,8 @@ public:
         return sum;
     }
 
-    /// True when eight times the point is the neutral one: its order is not a multiple of the order of the base point.
-    [[nodiscard]] static bool isOfLowOrder(const Point& point)
-    {
-        const Point eightfold = twice(twice(twice(point)));
-        return IsZero(eightfold.x);
-    }
+    /// True when the order of the point divides 8. Four times such a point is the neutral one or that of order 2, whose x is 0.
+    [[nodiscard]] static bool isOfLowOrder(const Point& point) { return IsZero(twice(twice(point)).x); }
 
     /// The bytes of a point: y, and the lowest bit of x as the highest bit (RFC 8032, 5.1.2).
     static void encode(Encoded& bytes, const Point& point)

@@ -6,11 +6,6 @@
 
 using namespace ccrypto;
 
-using ccrypto::Add;
-using ccrypto::CurvePoint;
-using ccrypto::Multiply;
-using ccrypto::MultiplyBase;
-
 namespace {
 
 Bytes SmallScalar(const CurveFacts& facts, std::uint8_t value)

@@ -8,9 +8,6 @@
 
 using namespace ccrypto;
 
-using ccrypto::EddsaKey;
-using ccrypto::EddsaMode;
-
 namespace {
 
 algorithm::Id EdwardsCurveOf(const TestVector& vector)
