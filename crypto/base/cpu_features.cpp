@@ -19,7 +19,7 @@ struct Word {
 };
 
 constexpr Word words[] = {
-    {"shani", shaNi}, {"avx2", avx2}, {"aesni", aesNi}, {"pclmul", pclmul}, {"vaes", vaes}, {"adx", adx},
+    {"shani", shaNi}, {"avx2", avx2}, {"aesni", aesNi}, {"pclmul", pclmul}, {"vaes", vaes}, {"adx", adx}, {"avx512", avx512},
 };
 
 constexpr bool HasAll(std::uint32_t bits, std::uint32_t wanted)
@@ -27,17 +27,19 @@ constexpr bool HasAll(std::uint32_t bits, std::uint32_t wanted)
     return (bits & wanted) == wanted;
 }
 
-/// True when the operating system keeps the 256-bit registers of a thread.
-bool SavesWideRegisters(std::uint32_t leaf1c)
+// Registers that the operating system saves, bits of XCR0.
+constexpr std::uint32_t sseAndAvxRegisters = 0x6;
+constexpr std::uint32_t avx512Registers = 0xE0;
+
+std::uint32_t SavedRegisters(std::uint32_t leaf1c)
 {
     constexpr std::uint32_t osxsave = 1u << 27;
     if (!HasAll(leaf1c, osxsave))
-        return false;
+        return 0;
     std::uint32_t low = 0;
     std::uint32_t high = 0;
     asm volatile("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
-    constexpr std::uint32_t sseAndAvx = 0x6;
-    return HasAll(low, sseAndAvx);
+    return low;
 }
 
 std::uint32_t AskProcessor()
@@ -66,10 +68,13 @@ std::uint32_t AskProcessor()
         if (HasAll(leaf1c, 1u << 1))
             found |= pclmul;
     }
-    if (SavesWideRegisters(leaf1c) && HasAll(leaf1c, 1u << 28) && HasAll(b, 1u << 5 | bmi1AndBmi2)) {
+    const std::uint32_t saved = SavedRegisters(leaf1c);
+    if (HasAll(saved, sseAndAvxRegisters) && HasAll(leaf1c, 1u << 28) && HasAll(b, 1u << 5 | bmi1AndBmi2)) {
         found |= avx2;
         if (HasAll(found, aesNi | pclmul) && HasAll(c, 1u << 9 | 1u << 10))
             found |= vaes;
+        if (HasAll(saved, avx512Registers) && HasAll(b, 1u << 16 | 1u << 31))
+            found |= avx512;
     }
     if (HasAll(b, 1u << 8 | 1u << 19))
         found |= adx;
@@ -119,9 +124,11 @@ std::uint32_t LimitFeatures(std::uint32_t present, std::string_view text, std::s
             unknown = item;
         text = comma == std::string_view::npos ? std::string_view{} : text.substr(comma + 1);
     }
-    // Code for 256-bit AES uses the other groups, too.
+    // Code for wide AES and for AVX-512 uses the other features, too.
     if (!HasAll(present, avx2 | aesNi | pclmul))
         present &= ~std::uint32_t{vaes};
+    if (!HasAll(present, avx2))
+        present &= ~std::uint32_t{avx512};
     return present;
 }
 

@@ -17,24 +17,25 @@ enum Feature : std::uint32_t {
     pclmul = 1u << 3, ///< carry-less products (PCLMULQDQ, SSSE3)
     vaes = 1u << 4,   ///< AES rounds and carry-less products of 256 bits (VAES, VPCLMULQDQ, AVX2)
     adx = 1u << 5,    ///< MULX, ADCX and ADOX (BMI2, ADX)
+    avx512 = 1u << 6, ///< rotations and three-operand logic of 256 bits (AVX512F, AVX512VL, AVX2)
 };
 
-/// What this process may use: what the processor has and the operating system saves, less what the environment forbids. Asked of
-/// the processor once.
+/// The features that this process may use: those that the processor has and whose registers the operating system saves, without
+/// those that the environment forbids. The processor is asked once.
 ///
-/// The environment variable CRYPTO_CPU is read once: "portable" forbids all of them, any other text is a list of words separated
-/// by commas, "-avx2" for a group that is forbidden. Unknown words are logged and forbid nothing. It is for tests and measurements:
-/// nothing can be allowed that the processor lacks.
+/// The environment variable CRYPTO_CPU is read once: "portable" forbids all features, any other text is a list of words separated
+/// by commas, such as "-avx2", each of which forbids one. Unknown words are logged and ignored. The variable is for tests and
+/// measurements: it cannot allow what the processor lacks.
 std::uint32_t AllowedFeatures();
 
-/// The same without the environment.
+/// The features of the processor, whatever the environment forbids.
 std::uint32_t PresentFeatures();
 
-/// What `text`, the environment variable's, leaves of `present`. \param unknown the first word that means nothing, empty when all
-/// mean something.
+/// The features of `present` that `text`, the value of the environment variable, does not forbid. \param unknown the first word
+/// that is not known, else empty.
 std::uint32_t LimitFeatures(std::uint32_t present, std::string_view text, std::string_view& unknown);
 
-/// The word of the environment variable that means nothing; empty when there is none.
+/// The first word of the environment variable that is not known, else empty.
 std::string_view UnknownWord();
 
 } // namespace cpu

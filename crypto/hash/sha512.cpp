@@ -24,9 +24,10 @@ void Compress(Word* state, const std::uint8_t* blocks, std::size_t count)
     SHA2Rounds<Word, 80, Sigmas>::Compress(state, blocks, count, sha512Constants);
 }
 
-constexpr std::array<Variant<CompressBlocks<Word>>, 2> variants = {{
+constexpr std::array<Variant<CompressBlocks<Word>>, 3> variants = {{
     {"portable", cpu::none, Compress},
     {"avx2", cpu::avx2, CompressSHA512WithAvx2},
+    {"avx512", cpu::avx2 | cpu::avx512, CompressSHA512WithAvx512},
 }};
 
 CompressBlocks<Word> ChosenCompress()
