@@ -107,6 +107,11 @@ constexpr AlgorithmRow rowsBeside[] = {
     {algorithm::ed448, "1.3.101.113"},
 };
 
+/// Other OIDs of algorithms that have a row, accepted on reading.
+constexpr AlgorithmRow alternativeOids[] = {
+    {algorithm::hmacSha1, "1.2.840.113549.2.7"}, // RFC 8018, B.1.1
+};
+
 } // namespace
 
 std::span<const AlgorithmRow> AlgorithmTable()
@@ -121,7 +126,8 @@ std::span<const AlgorithmRow> AlgorithmsBesideTable()
 
 algorithm::Id AlgorithmOfOid(std::string_view oid)
 {
-    for (const std::span<const AlgorithmRow> list : {AlgorithmTable(), AlgorithmsBesideTable()}) {
+    for (const std::span<const AlgorithmRow> list :
+         {AlgorithmTable(), AlgorithmsBesideTable(), std::span<const AlgorithmRow>(alternativeOids)}) {
         const auto found = std::ranges::find_if(list, [oid](const AlgorithmRow& row) { return row.oid == oid; });
         if (found != list.end())
             return found->id;

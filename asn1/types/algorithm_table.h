@@ -18,7 +18,8 @@ struct AlgorithmRow {
 /// Further algorithms, which are looked up after the table: none of them shares an id or an OID with it.
 [[nodiscard]] std::span<const AlgorithmRow> AlgorithmsBesideTable();
 
-/// The id of the first row of exactly this dotted text; 0 for none and for empty text.
+/// The id of the first row of exactly this dotted text; 0 for none and for empty text. hmacWithSHA1 is found by its OID of RFC
+/// 8018, too, while OidOfAlgorithm() gives the table's.
 [[nodiscard]] algorithm::Id AlgorithmOfOid(std::string_view oid);
 
 /// Empty for an id that neither list has.

@@ -78,6 +78,13 @@ TEST(AlgorithmIdentifier, PutsNullInThePlaceOfParametersThatWereThere)
     EXPECT_EQ(Hex(identifier.BuildDer()), "300706052b0e03021a");
 }
 
+TEST(AlgorithmIds, HmacWithSha1IsReadByBothOfItsOids)
+{
+    EXPECT_EQ(AlgorithmOfOid("1.2.840.113549.2.7"), algorithm::hmacSha1);
+    EXPECT_EQ(AlgorithmOfOid("1.3.6.1.5.5.8.1.2"), algorithm::hmacSha1);
+    EXPECT_STREQ(OidOfAlgorithm(algorithm::hmacSha1), "1.3.6.1.5.5.8.1.2");
+}
+
 TEST(AlgorithmIds, BesideTheTableShareNothingWithIt)
 {
     for (const AlgorithmRow& row : AlgorithmsBesideTable()) {
