@@ -7,10 +7,10 @@
 #include <type_traits>
 
 /// Decisions on secrets without branches and without addresses: a condition is a mask of all ones or all zeros, and a barrier keeps
-/// the compiler from finding out that there are only two of them.
+/// the compiler from turning it back into a branch.
 namespace ccrypto::constant_time {
 
-/// The value as it is, of which the compiler knows nothing any more.
+/// The same value, opaque to the optimiser.
 template <std::unsigned_integral Word>
 inline Word Barrier(Word value)
 {
@@ -25,7 +25,7 @@ public:
 
     static Mask True() { return Mask(~Word{0}); }
     static Mask False() { return Mask(0); }
-    /// From the lowest bit; the others are passed over.
+    /// From the lowest bit; the others are ignored.
     static Mask FromBit(Word bit) { return Mask(Word{0} - (Barrier(bit) & 1)); }
     /// True when the highest bit is set.
     static Mask FromTop(Word value) { return FromBit(value >> 63); }
@@ -58,16 +58,16 @@ private:
 };
 
 #ifdef CCRYPTO_SECRETS_MARKED
-/// Tells the checker, which sees to it that no secret decides a branch or an address, that these bytes may be known from here on.
+/// Marks the bytes as public for valgrind, which reports every branch and every address that depends on a secret.
 void DeclassifyBytes(const void* bytes, std::size_t count);
-/// Tells the checker that these bytes are secret from here on.
+/// Marks the bytes as secret.
 void ClassifyBytes(const void* bytes, std::size_t count);
 #else
 inline void DeclassifyBytes(const void*, std::size_t) {}
 inline void ClassifyBytes(const void*, std::size_t) {}
 #endif
 
-/// A result that everybody may learn: that a signature was made, that a tag did not fit.
+/// A result that may become public: that a signature was made, that a tag was wrong.
 inline bool Declassify(Mask mask)
 {
     Mask::Word word = mask.word();
@@ -75,7 +75,7 @@ inline bool Declassify(Mask mask)
     return word != 0;
 }
 
-/// A plain value that everybody may learn from here on.
+/// A plain value that may become public.
 template <typename Value>
 requires std::is_trivially_copyable_v<Value>
 inline Value Declassify(Value value)
@@ -85,8 +85,8 @@ inline Value Declassify(Value value)
 }
 
 /// True when the `count` bytes are the same.
-Mask EqualBytes(const void* left, const void* right, std::size_t count);
-/// Copies `count` bytes to `target` when `mask` is true, and otherwise leaves it as it is; reads and writes all of them either way.
+[[nodiscard]] Mask EqualBytes(const void* left, const void* right, std::size_t count);
+/// Copies `count` bytes to `target` when `mask` is true, else leaves it unchanged; reads and writes all of them either way.
 void CopyBytesIf(Mask mask, void* target, const void* source, std::size_t count);
 
 } // namespace ccrypto::constant_time

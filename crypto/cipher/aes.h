@@ -4,12 +4,12 @@
 #include "crypto/cipher/aes_variants.h"
 #include "crypto/cipher/block_cipher.h"
 
-/// AES (FIPS 197) with keys of 16, 24 or 32 bytes. Takes time that depends on the lengths of key and text alone.
+/// AES (FIPS 197) with keys of 16, 24 or 32 bytes. Takes time that depends on the lengths of key and text only.
 class CCryptoAES final : public ICryptoBlockCipher {
 public:
-    /// The fastest way that this process may use.
+    /// The fastest variant that this process may use.
     CCryptoAES();
-    /// One way of several, for tests and measurements.
+    /// A given variant, for tests and measurements.
     explicit CCryptoAES(const ccrypto::Variant<ccrypto::aes::Calls>& variant) : calls_(&variant.calls) {}
 
     bool setKey(std::span<const std::uint8_t> key) override;

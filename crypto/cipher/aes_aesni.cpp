@@ -3,7 +3,7 @@
 
 #include <immintrin.h>
 
-// AES-NI. The schedule holds the round keys of encryption, and behind them those of decryption (FIPS 197, 5.3.5), first round
+// AES-NI. The schedule holds the round keys of encryption, and after them those of decryption (FIPS 197, 5.3.5), first round
 // first.
 
 namespace ccrypto {
@@ -15,7 +15,7 @@ struct Lane {
 };
 using Eight = EightRegisters<Lane>;
 
-constexpr std::size_t decryptionOffset = aes::mostRoundKeys * aes::blockSize;
+constexpr std::size_t decryptionOffset = aes::maxRoundKeys * aes::blockSize;
 constexpr std::size_t parallel = 8;
 
 [[gnu::always_inline]] inline __m128i Load(const std::uint8_t* bytes)

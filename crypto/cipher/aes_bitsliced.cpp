@@ -72,7 +72,7 @@ void UndoAffine(Planes& planes)
         planes.bit[bit] = in.bit[(bit + 2) % 8] ^ in.bit[(bit + 5) % 8] ^ in.bit[(bit + 7) % 8];
 }
 
-/// The S-box is the affine map behind an inversion, so its inverse is the S-box between two inverse maps.
+/// The S-box is the affine map after an inversion, so its inverse is the S-box between two inverse maps.
 void InverseSubstitute(Planes& planes)
 {
     UndoAffine(planes);
@@ -161,7 +161,7 @@ void StoreColumn(std::uint8_t* bytes, std::uint32_t column)
         bytes[row] = static_cast<std::uint8_t>(column >> 8 * row);
 }
 
-/// The bytes of a column, with room for one between them.
+/// The bytes of a column, each followed by an empty one.
 std::uint64_t Spread(std::uint32_t column)
 {
     std::uint64_t x = column;
@@ -274,7 +274,7 @@ void ExpandKey(aes::Key& key, const std::uint8_t* bytes, std::size_t length)
     const std::size_t allWords = 4 * (key.rounds + 1);
 
     struct Words {
-        std::uint32_t words[4 * aes::mostRoundKeys];
+        std::uint32_t words[4 * aes::maxRoundKeys];
     };
     Wiped<Words> schedule;
     std::uint32_t* const w = schedule.words;

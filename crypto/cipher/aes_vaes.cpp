@@ -15,7 +15,7 @@ struct Lane {
 };
 using Eight = EightRegisters<Lane>;
 
-constexpr std::size_t decryptionOffset = aes::mostRoundKeys * aes::blockSize;
+constexpr std::size_t decryptionOffset = aes::maxRoundKeys * aes::blockSize;
 constexpr std::size_t parallel = 16;
 constexpr std::size_t stride = parallel * aes::blockSize;
 

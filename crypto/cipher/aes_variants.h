@@ -10,11 +10,11 @@ namespace ccrypto::aes {
 
 constexpr std::size_t blockSize = 16;
 /// Round keys of AES-256, the first included.
-constexpr std::size_t mostRoundKeys = 15;
+constexpr std::size_t maxRoundKeys = 15;
 
 /// An expanded key, in a form that only the variant that made it understands.
 struct Key {
-    alignas(16) std::uint8_t schedule[mostRoundKeys * 64];
+    alignas(16) std::uint8_t schedule[maxRoundKeys * 64];
     std::uint32_t rounds; ///< 10, 12 or 14
 };
 

@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t batchBytes = 2048;
 
 using Batch = Wiped<std::array<std::uint8_t, batchBytes>>;
-using Block = Wiped<std::array<std::uint8_t, longestCipherBlock>>;
+using Block = Wiped<std::array<std::uint8_t, maxCipherBlock>>;
 
 } // namespace
 

@@ -7,7 +7,7 @@
 namespace ccrypto {
 
 /// The longest block of all ciphers here, in bytes.
-constexpr std::size_t longestCipherBlock = 16;
+constexpr std::size_t maxCipherBlock = 16;
 
 } // namespace ccrypto
 

@@ -19,7 +19,7 @@ bool BlockCipherMode::start(CipherDirection direction, std::span<const std::uint
     CCryptoAutoLogger logger("BlockCipherMode::start");
 
     forget();
-    if (key.size() < description_.shortestKey || key.size() > description_.longestKey)
+    if (key.size() < description_.minKey || key.size() > description_.maxKey)
         return logger.fail(false, "%s has no keys of %zu bytes", name(), key.size());
     if (iv.size() != ivSize())
         return logger.fail(false, "%s needs an initialisation vector of %zu bytes, not %zu", name(), ivSize(), iv.size());

@@ -13,13 +13,13 @@ namespace ccrypto {
 struct CipherDescription {
     const char* name;
     std::uint32_t id;
-    std::size_t keySize;     ///< usual length in bytes
-    std::size_t shortestKey; ///< lengths the block cipher may have besides are refused
-    std::size_t longestKey;
+    std::size_t keySize; ///< usual length in bytes
+    std::size_t minKey;  ///< lengths the block cipher may have besides are refused
+    std::size_t maxKey;
 };
 
 /// One block of text or chain, wiped at the end.
-using CipherBlock = Wiped<std::array<std::uint8_t, longestCipherBlock>>;
+using CipherBlock = Wiped<std::array<std::uint8_t, maxCipherBlock>>;
 
 /// What all modes over a block cipher share: lengths, names and the life of a text.
 class BlockCipherMode : public ICryptoCipher {

@@ -11,11 +11,11 @@ using namespace ccrypto;
 namespace {
 
 /// Room that ends a text of an element, at most.
-constexpr std::size_t longestEnd = 64;
+constexpr std::size_t maxEnd = 64;
 
 bool FitsElement(const element& out, std::size_t more)
 {
-    constexpr std::size_t longest = std::numeric_limits<std::uint32_t>::max() - longestEnd;
+    constexpr std::size_t longest = std::numeric_limits<std::uint32_t>::max() - maxEnd;
     return more <= longest - std::min<std::size_t>(longest, out.length());
 }
 

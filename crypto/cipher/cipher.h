@@ -18,13 +18,13 @@ enum class CipherDirection { encrypt, decrypt };
 ///
 ///     start(direction, key, iv), update(...)..., final(...)
 ///
-/// or encrypt() and decrypt() for a text that is all there. ECB and CBC pad with PKCS#7 (RFC 5652, 6.3) unless told otherwise; the
-/// other modes take any length as it is. CFB feeds back whole blocks. Galois/counter mode is one of them, too, with the tag of 16
-/// bytes behind the cipher text (RFC 5116, 5.1), and never lets plain text out before the tag was found right: see crypto/gcm.h for
+/// or encrypt() and decrypt() for a whole text. ECB and CBC pad with PKCS#7 (RFC 5652, 6.3) unless told otherwise; the
+/// other modes take any length unpadded. CFB feeds back whole blocks. Galois/counter mode is one of them, too, with the tag of 16
+/// bytes after the cipher text (RFC 5116, 5.1), and never lets plain text out before the tag was found right: see crypto/gcm.h for
 /// that, for further data that is authenticated, and for other tags.
 ///
-/// AES takes time that depends on lengths alone, and so does removing the padding; whether padding was right, everybody may learn.
-/// DES, 3DES, RC2 and RC4 look secrets up in tables. Modes other than GCM do not tell whether a text was changed: authenticate the
+/// AES takes time that depends on lengths only, and so does removing the padding; whether padding was right becomes public.
+/// DES, 3DES, RC2 and RC4 look secrets up in tables. Modes other than GCM do not detect a changed text: authenticate the
 /// cipher text before decrypting it.
 ///
 /// Failures are logged and give false; what was held is then wiped, and a new text must be started. Nothing secret stays in the
@@ -45,10 +45,10 @@ public:
     /// Begins a text; one that was not finished is forgotten. \return false for a key or an initialisation vector of a wrong
     /// length.
     virtual bool start(ccrypto::CipherDirection direction, std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv) = 0;
-    /// Takes the next bytes. `out` must have room for updateSize(in.size()) bytes and not overlap `in`. \return false, with nothing
+    /// Takes the next bytes. `out` must hold updateSize(in.size()) bytes and not overlap `in`. \return false, with nothing
     /// written, when no text was started or a limit is passed.
     virtual bool update(std::span<const std::uint8_t> in, std::uint8_t* out, std::size_t& written) = 0;
-    /// Ends the text. `out` must have room for finalSize() bytes. \return false, with nothing written, when no text was started,
+    /// Ends the text. `out` must hold finalSize() bytes. \return false, with nothing written, when no text was started,
     /// the length does not fit, or padding or tag are wrong.
     virtual bool final(std::uint8_t* out, std::size_t& written) = 0;
 
@@ -86,7 +86,7 @@ protected:
     ICryptoCipher(const ICryptoCipher&) = default;
     ICryptoCipher& operator=(const ICryptoCipher&) = default;
 
-    /// Wipes what the text left behind, key included; none is started any more.
+    /// Wipes the state of the text, key included; no text is started then.
     virtual void forget() = 0;
 
 private:

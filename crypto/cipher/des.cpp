@@ -11,7 +11,7 @@
 using namespace ccrypto;
 
 // A single block goes through tables. Both halves are kept expanded (E) to eight groups of six bits, one to a byte, so that a byte
-// is an index as it stands; an entry is the output of an S-box, permuted (P) and expanded again. With the keys folded into what is
+// is an index unchanged; an entry is the output of an S-box, permuted (P) and expanded again. With the keys folded into what is
 // added off the chain, a round is a look-up and a sum.
 
 namespace {
@@ -231,7 +231,7 @@ bool CCryptoDES::setKey(std::span<const std::uint8_t> key)
         clearKey();
         return logger.fail(false, "DES and 3DES have no keys of %zu bytes", key.size());
     }
-    const std::size_t passes = key.size() == 8 ? 1 : des::mostPasses;
+    const std::size_t passes = key.size() == 8 ? 1 : des::maxPasses;
     encryption_.passes = decryption_.passes = passes;
     for (std::size_t pass = 0; pass < passes; ++pass) {
         std::uint64_t* const keys = encryption_.keys + pass * des::rounds;

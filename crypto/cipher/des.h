@@ -5,12 +5,12 @@
 #include "crypto/cipher/des_variants.h"
 
 /// DES (FIPS 46-3) with keys of 8 bytes, and 3DES (SP 800-67) with keys of 16 (the first third again as the last) or 24 bytes.
-/// Parity bits are not looked at. Short texts and chains look secrets up in tables: this is not constant-time. Many blocks at once
+/// Parity bits are ignored. Short texts and chains look secrets up in tables: this is not constant-time. Many blocks at once
 /// are enciphered as bit planes.
 class CCryptoDES final : public ICryptoBlockCipher {
 public:
     CCryptoDES();
-    /// One way of several, for tests and measurements.
+    /// A given variant, for tests and measurements.
     explicit CCryptoDES(const ccrypto::Variant<ccrypto::des::Calls>& variant) : calls_(&variant.calls) {}
 
     bool setKey(std::span<const std::uint8_t> key) override;

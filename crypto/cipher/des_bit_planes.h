@@ -5,7 +5,7 @@
 #include "crypto/cipher/des_variants.h"
 
 // DES over as many blocks as a register has bits: word b of a half holds its bit b of all blocks, so permutations are names of
-// words, and S-boxes are circuits. For the files of the variants alone; everything here is inlined into them.
+// words, and S-boxes are circuits. Only the files of the variants include this, and all of it is inlined into them.
 //
 // Lane::Register is a word of Lane::words times 64 bits with the operators ^ & | ~, and Lane::Load, Store and Broadcast move it. A
 // run of 64 registers lies in memory as 64 times Lane::words plain words.
@@ -128,7 +128,7 @@ struct Planes {
         for (std::size_t round = 0; round < schedule.passes * rounds; ++round) {
             SpreadKey(key, schedule.keys[round]);
             AddRound<Lane>(halves[left], halves[1 - left], key);
-            // The two halves are not exchanged behind the last round of a pass.
+            // The two halves are not exchanged after the last round of a pass.
             if (round % rounds != rounds - 1)
                 left = 1 - left;
         }

@@ -9,16 +9,16 @@
 namespace ccrypto::des {
 
 constexpr std::size_t rounds = 16;
-constexpr std::size_t mostPasses = 3;
+constexpr std::size_t maxPasses = 3;
 
 /// Round keys in the order in which they are used, eight groups of six bits, one to a byte, that of the first S-box in the highest.
 struct Schedule {
-    std::uint64_t keys[mostPasses * rounds];
+    std::uint64_t keys[maxPasses * rounds];
     /// What the rounds of a single block add, so that no key is added on the chain from one round to the next: the sum of the keys
     /// of the round before and the round after.
-    std::uint64_t between[mostPasses * rounds];
-    /// The same between two passes, behind the last pass for a next block.
-    std::uint64_t turn[mostPasses];
+    std::uint64_t between[maxPasses * rounds];
+    /// The same between two passes, after the last pass for a next block.
+    std::uint64_t turn[maxPasses];
     std::size_t passes; ///< 1 or 3
 };
 

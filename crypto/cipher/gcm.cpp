@@ -13,8 +13,8 @@ namespace {
 
 constexpr std::size_t blockBytes = aes::blockSize;
 /// SP 800-38D, 5.2.1.1, in bytes.
-constexpr std::uint64_t longestText = (std::uint64_t{1} << 36) - 32;
-constexpr std::uint64_t longestData = (std::uint64_t{1} << 61) - 1;
+constexpr std::uint64_t maxText = (std::uint64_t{1} << 36) - 32;
+constexpr std::uint64_t maxData = (std::uint64_t{1} << 61) - 1;
 
 const Variant<gcm::Calls>& ChosenVariant()
 {
@@ -54,7 +54,7 @@ bool CCryptoGCM::setTagLength(std::size_t length)
 {
     CCryptoAutoLogger logger("CCryptoGCM::setTagLength");
 
-    if (length != 4 && length != 8 && (length < 12 || length > longestTag))
+    if (length != 4 && length != 8 && (length < 12 || length > maxTag))
         return logger.fail(false, "A tag has 4, 8 or 12 to 16 bytes, not %zu", length);
     nextTagLength_ = length;
     return logger.setResult(true);
@@ -77,7 +77,7 @@ bool CCryptoGCM::begin(State state, std::span<const std::uint8_t> key, std::span
     forget();
     if (key.size() != keySize_)
         return logger.fail(false, "%s has no keys of %zu bytes", name_, key.size());
-    if (iv.empty() || iv.size() > longestData)
+    if (iv.empty() || iv.size() > maxData)
         return logger.fail(false, "%s needs an initialisation vector of 1 byte at least", name_);
     tagLength_ = nextTagLength_;
     calls_->cipher->expandKey(cipherKey_, key.data(), key.size());
@@ -142,7 +142,7 @@ bool CCryptoGCM::addAuthenticated(std::span<const std::uint8_t> data)
     CCryptoAutoLogger logger("CCryptoGCM::addAuthenticated");
 
     const bool begun = state_ == State::encrypting || state_ == State::keeping || state_ == State::checking;
-    if (!begun || text_.textBegun || data.size() > longestData - text_.dataLength) {
+    if (!begun || text_.textBegun || data.size() > maxData - text_.dataLength) {
         forget();
         return logger.fail(false, "Authenticated data comes after the start and before the text, and has an end");
     }
@@ -236,7 +236,7 @@ bool CCryptoGCM::takes(std::size_t length) const
 {
     const std::uint64_t sofar = text_.textLength + text_.endCount + kept_.length();
     const std::uint64_t tag = state_ == State::encrypting ? 0 : tagLength_;
-    const std::uint64_t longest = (state_ == State::keeping ? longestKept : longestText) + tag;
+    const std::uint64_t longest = (state_ == State::keeping ? maxKept : maxText) + tag;
     return length <= longest - std::min(longest, sofar);
 }
 
@@ -251,7 +251,7 @@ bool CCryptoGCM::update(std::span<const std::uint8_t> in, std::uint8_t* out, std
         CCryptoAutoLogger logger("CCryptoGCM::update");
         const bool keeping = state_ == State::keeping;
         forget();
-        return keeping ? logger.fail(false, "More than %zu bytes: check the text first, then decrypt it", longestKept)
+        return keeping ? logger.fail(false, "More than %zu bytes: check the text first, then decrypt it", maxKept)
                        : logger.fail(false, "The text is too long for one initialisation vector");
     }
     beginText();

@@ -7,26 +7,26 @@
 #include <array>
 
 /// AES in Galois/counter mode (SP 800-38D): encrypts and authenticates. The cipher text ends with the tag (RFC 5116, 5.1). Takes
-/// time that depends on lengths alone.
+/// time that depends on lengths only.
 ///
 /// The same key and initialisation vector must never encrypt two texts. The vector may have any length from 1 byte; 12 are usual.
 /// A text has at most 2^36 - 32 bytes.
 ///
 /// No plain text leaves it before the tag was found right. start() with CipherDirection::decrypt therefore keeps the cipher text
-/// until final(), and refuses more than longestKept bytes: what is kept in memory must have an end. A longer text is read twice:
+/// until final(), and refuses more than maxKept bytes: what is kept in memory has a bound. A longer text is read twice:
 ///
-///     startCheck(key, iv), addAuthenticated(...), update(...)..., final()   gives no text, and tells whether the tag is right
+///     startCheck(key, iv), addAuthenticated(...), update(...)..., final()   gives no text, but says whether the tag is right
 ///     startChecked(), update(...)..., final()                               gives the plain text of the same bytes at once
 ///
-/// The second pass checks the tag again, since a file may change in between: its text counts for nothing until final() said yes.
+/// The second pass checks the tag again, since a file may change in between: its text is not authentic until final() succeeds.
 class CCryptoGCM final : public ICryptoCipher {
 public:
-    static constexpr std::size_t longestKept = std::size_t{64} << 20;
-    static constexpr std::size_t longestTag = 16;
+    static constexpr std::size_t maxKept = std::size_t{64} << 20;
+    static constexpr std::size_t maxTag = 16;
 
     /// Name and id are those of the table of ciphers; the key has 16, 24 or 32 bytes.
     CCryptoGCM(const char* name, std::uint32_t id, std::size_t keySize);
-    /// One way of several, for tests and measurements.
+    /// A given variant, for tests and measurements.
     CCryptoGCM(const char* name, std::uint32_t id, std::size_t keySize, const ccrypto::Variant<ccrypto::gcm::Calls>& variant);
     ~CCryptoGCM() override;
 
@@ -93,7 +93,7 @@ private:
     ccrypto::Wiped<Text> first_{};         ///< as it was before the first byte of text, for the second pass
     ccrypto::Wiped<Block> firstCounter_{}; ///< a secret, too, when it is a hash of a vector
     element kept_;
-    std::size_t nextTagLength_ = longestTag;
-    std::size_t tagLength_ = longestTag;
+    std::size_t nextTagLength_ = maxTag;
+    std::size_t tagLength_ = maxTag;
     State state_ = State::idle;
 };

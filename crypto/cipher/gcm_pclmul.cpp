@@ -5,7 +5,7 @@
 
 // AES-NI and PCLMULQDQ, eight blocks side by side: their products with the eighth to the first power of the hash key are summed up
 // and reduced once. The key's powers are stored sixteenth first, byte-reversed and times x (so that the products need no shift),
-// and behind them, in the same order, the sum of both halves of each, twice. (gcm_vaes.cpp takes sixteen blocks.)
+// and after them, in the same order, the sum of both halves of each, twice. (gcm_vaes.cpp takes sixteen blocks.)
 
 namespace ccrypto {
 

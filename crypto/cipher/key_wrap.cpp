@@ -131,7 +131,7 @@ element CCryptoKeyWrap::WrapPadded(Bytes key, Bytes secret)
     if (!cipher.setKey(key))
         return logger.fail(element());
     element all = WithCheckValue(std::uint64_t{paddedCheck} << 32 | secret.size(), secret);
-    // RFC 5649, 4.1: one half block alone is enciphered with the check value as one block.
+    // RFC 5649, 4.1: a single half block is enciphered with the check value as one block.
     if (all.length() == 2 * halfBlock)
         cipher.encrypt(all.data(), all.data(), 1);
     else

@@ -9,8 +9,8 @@ using namespace ccrypto;
 
 namespace {
 
-constexpr std::size_t longestKey = 128;
-constexpr std::uint32_t mostEffectiveBits = 1024;
+constexpr std::size_t maxKey = 128;
+constexpr std::uint32_t maxEffectiveBits = 1024;
 
 /// RFC 2268, 2, PITABLE: a permutation from the digits of pi.
 constexpr std::uint8_t digits[256] = {
@@ -65,7 +65,7 @@ constexpr bool MashesBehind(int round)
 
 bool CCryptoRC2::setEffectiveKeyBits(std::uint32_t bits)
 {
-    if (bits > mostEffectiveBits)
+    if (bits > maxEffectiveBits)
         return false;
     effectiveBits_ = bits;
     return true;
@@ -76,16 +76,16 @@ bool CCryptoRC2::setKey(std::span<const std::uint8_t> key)
     CCryptoAutoLogger logger("CCryptoRC2::setKey");
 
     clearKey();
-    if (key.empty() || key.size() > longestKey)
+    if (key.empty() || key.size() > maxKey)
         return logger.fail(false, "RC2 has no keys of %zu bytes", key.size());
     const std::size_t bits = effectiveBits_ != 0 ? effectiveBits_ : 8 * key.size();
     const std::size_t bytes = (bits + 7) / 8;
     const unsigned lastMask = 0xFFu >> (8 * bytes - bits);
-    Wiped<std::array<std::uint8_t, longestKey>> buffer;
+    Wiped<std::array<std::uint8_t, maxKey>> buffer;
     std::ranges::copy(key, buffer.begin());
-    for (std::size_t i = key.size(); i < longestKey; ++i)
+    for (std::size_t i = key.size(); i < maxKey; ++i)
         buffer[i] = digits[(buffer[i - 1] + buffer[i - key.size()]) & 0xFF];
-    std::size_t i = longestKey - bytes;
+    std::size_t i = maxKey - bytes;
     buffer[i] = digits[buffer[i] & lastMask];
     while (i-- > 0)
         buffer[i] = digits[buffer[i + 1] ^ buffer[i + bytes]];

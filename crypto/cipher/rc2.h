@@ -6,7 +6,7 @@
 #include <array>
 
 /// RC2 (RFC 2268) with keys of 1 to 128 bytes, of whose strength the effective bits leave as much as they say. Looks secrets up in
-/// tables: this is not constant-time. For old files alone.
+/// tables: this is not constant-time. For old files only.
 class CCryptoRC2 final : public ICryptoBlockCipher {
 public:
     bool setKey(std::span<const std::uint8_t> key) override;

@@ -5,7 +5,7 @@
 
 #include <array>
 
-/// RC4, with keys of 1 to 256 bytes, 16 as a rule. Looks secrets up in tables: this is not constant-time. For old files alone.
+/// RC4, with keys of 1 to 256 bytes, 16 as a rule. Looks secrets up in tables: this is not constant-time. For old files only.
 class CCryptoRC4 final : public ICryptoCipher {
 public:
     CCryptoRC4(const char* name, std::uint32_t id) : name_(name), id_(id) {}

@@ -47,7 +47,7 @@ struct BlockHashKind {
         std::memset(last, 0, lengthSize);
         if (order == std::endian::big) {
             StoreWord<std::uint64_t, std::endian::big>(last + lengthSize - 8, length << 3);
-            // SHA-512 alone has room for it.
+            // Only SHA-512 has a longer field.
             if (lengthSize > 8)
                 last[lengthSize - 9] = static_cast<std::uint8_t>(length >> 61);
         } else {

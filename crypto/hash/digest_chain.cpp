@@ -22,7 +22,7 @@ State<Word> Initial(const BlockHashKind<Word>& kind)
     return state;
 }
 
-/// The last block of a message that ends with a digest alone in it; `before` bytes stand in the blocks ahead of it.
+/// The last block of a message, which holds a digest and the padding; the blocks before it have `before` bytes.
 template <typename Word>
 Block<Word> BlockOfDigest(const BlockHashKind<Word>& kind, const std::uint8_t* digest, std::uint32_t before)
 {
@@ -33,7 +33,7 @@ Block<Word> BlockOfDigest(const BlockHashKind<Word>& kind, const std::uint8_t* d
     return block;
 }
 
-/// The state behind the block of the key.
+/// The state after the block of the key.
 template <typename Word>
 State<Word> Keyed(const BlockHashKind<Word>& kind, const std::uint8_t* key, std::uint32_t keyLength, std::uint8_t pad)
 {

@@ -2,17 +2,17 @@
 
 #include <cstdint>
 
-/// What key derivation repeats thousands of times, on the words of the hash functions themselves. The ids are those of hash
-/// functions (100 to 105); any other one is not known, changes nothing and gives false.
+/// The loops of key derivation, on the words of the hash functions themselves. The ids are 100 to 105; for any other id nothing
+/// changes and the result is false.
 namespace ccrypto::digest_chain {
 
-bool Knows(std::uint32_t hashId);
+[[nodiscard]] bool Knows(std::uint32_t hashId);
 
-/// Replaces `digest` by its digest, and this by its own, `times` times.
+/// Hashes `digest` in place `times` times.
 bool Rehash(std::uint32_t hashId, std::uint8_t* digest, std::uint32_t times);
 
-/// A step of PBKDF2's chain: `digest` is replaced by its HMAC under the key, and that by its own, `times` times, and each of them
-/// is xor-ed to `sum`, a digest long, too. \param key at most a block of the hash.
+/// The chain of PBKDF2 (RFC 8018, 5.2): takes the HMAC of `digest` under the key, then that of the result, `times` times, and xors
+/// each of them to `sum`, which is as long as a digest. \param key at most a block of the hash.
 bool SumOfMACs(std::uint32_t hashId, const std::uint8_t* key, std::uint32_t keyLength, const std::uint8_t* digest,
                std::uint8_t* sum, std::uint32_t times);
 

@@ -22,11 +22,11 @@ class ICryptoHash {
 public:
     /// A new hash for an id: 100 to 106 (106 is MD5 followed by SHA-1, as TLS 1.0 signs), 110 to 115 (SHA-3, SHAKE). Owned by the
     /// caller. \return null, logged as "Unsupported hash function: %d", for any other id.
-    static std::unique_ptr<ICryptoHash> Create(std::uint32_t id);
+    [[nodiscard]] static std::unique_ptr<ICryptoHash> Create(std::uint32_t id);
     /// By name, in any case, with or without "-": "sha256", "SHA-256", "sha3-256", "shake128", "md5", "md4", "md5-sha1". MD4 has no
     /// id of its own. The digests of SHAKE128 and SHAKE256 are 32 and 64 bytes long (RFC 8702, 3.1); for others see CCryptoSHAKE.
     /// \return null, logged, for any other name.
-    static std::unique_ptr<ICryptoHash> CreateByName(std::string_view name);
+    [[nodiscard]] static std::unique_ptr<ICryptoHash> CreateByName(std::string_view name);
 
     virtual ~ICryptoHash() = default;
 
@@ -46,15 +46,15 @@ public:
     /// True for SHAKE, whose digest is the beginning of a longer output: HMAC, MGF1 and DigestInfo are not defined over it.
     bool isExtendable() const;
     /// A new hash that has taken the same bytes so far. Owned by the caller.
-    virtual std::unique_ptr<ICryptoHash> clone() const = 0;
+    [[nodiscard]] virtual std::unique_ptr<ICryptoHash> clone() const = 0;
     /// Takes over the state of `other`, without a new object. \return false, unchanged, when `other` is another function.
     virtual bool assign(const ICryptoHash& other) = 0;
 
     void update(std::span<const std::uint8_t> bytes) { update(bytes.data(), bytes.size()); }
     /// The digest as raw bytes; then resets.
-    element final();
-    /// The digest of these bytes alone.
-    element digestOf(std::span<const std::uint8_t> bytes);
+    [[nodiscard]] element final();
+    /// The digest of these bytes; resets before and after.
+    [[nodiscard]] element digestOf(std::span<const std::uint8_t> bytes);
 
 protected:
     ICryptoHash() = default;

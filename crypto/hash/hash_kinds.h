@@ -14,7 +14,7 @@ std::unique_ptr<ICryptoHash> NewSpongeHash(std::uint32_t id);
 
 namespace ccrypto {
 
-/// Calls `use` with the BlockHashKind of an id. \return what `use` returns; `otherwise` for an id that is none of them.
+/// Calls `use` with the BlockHashKind of an id. \return what `use` returns; `otherwise` for any other id.
 template <typename Result, typename Use>
 Result WithHashKind(std::uint32_t id, Result otherwise, const Use& use)
 {

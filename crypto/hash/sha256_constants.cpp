@@ -1,6 +1,6 @@
 #include "crypto/hash/sha256_variants.h"
 
-// FIPS 180-4, 4.2.2: of the cube roots of the first 64 primes, the first 32 bits behind the point.
+// FIPS 180-4, 4.2.2: of the cube roots of the first 64 primes, the first 32 bits after the point.
 
 namespace ccrypto {
 

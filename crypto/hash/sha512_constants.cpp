@@ -1,6 +1,6 @@
 #include "crypto/hash/sha512_variants.h"
 
-// FIPS 180-4, 4.2.3: of the cube roots of the first 80 primes, the first 64 bits behind the point.
+// FIPS 180-4, 4.2.3: of the cube roots of the first 80 primes, the first 64 bits after the point.
 
 namespace ccrypto {
 

@@ -9,7 +9,7 @@
 
 /// SHAKE128 and SHAKE256 (FIPS 202, 6.2): hash functions whose output is as long as the caller wants. The message is taken in
 /// pieces by update(), the output is given in pieces by squeeze(). Time depends on lengths only, what it holds is wiped when it is
-/// destroyed. A copy goes on by itself. Not for use by two threads at once.
+/// destroyed. A copy is independent. Not for use by two threads at once.
 ///
 /// For a digest of the fixed length that RFC 8702 gives it, see ICryptoHash.
 class CCryptoSHAKE {
@@ -26,7 +26,7 @@ public:
     /// The next bytes of the output: in pieces, the same bytes as at once.
     void squeeze(std::span<std::uint8_t> bytes) { sponge_.squeeze(bytes); }
 
-    /// The first `length` bytes for this message alone; reset() before and after.
+    /// The first `length` bytes for this message; resets before and after.
     [[nodiscard]] element outputOf(std::span<const std::uint8_t> message, std::uint32_t length);
 
 private:

@@ -6,12 +6,12 @@
 #include <span>
 #include <string_view>
 
-/// Keys from passwords and from other keys. Hash functions are named by their ids of the algorithm table, 100 to 105, or by those
-/// of the HMACs over them, 600 to 604.
+/// Keys from passwords and from other keys. Hash functions are named by their ids, 100 to 105, or by those of the HMACs over
+/// them, 600 to 604.
 ///
-/// Each gives raw bytes, or none, with the reason logged: for a hash function that is none of these, for 0 or too many iterations,
+/// Each gives raw bytes, or none, with the reason logged: for any other hash function, for 0 or too many iterations,
 /// and for texts and keys whose length is out of bounds. What they compute with is wiped; their time depends on lengths and
-/// iterations alone.
+/// iterations only.
 class CCryptoKeyDerivation {
 public:
     /// Iterations of one key, those of all its digests together.
@@ -38,7 +38,7 @@ public:
     /// RFC 7292, appendix B. \param password as PKCS12Password() gives it; may be empty.
     static element PKCS12(std::uint32_t hashId, PKCS12Use use, Bytes password, Bytes salt, std::uint32_t iterations,
                           std::uint32_t length);
-    /// UTF-8 text as UTF-16, big-endian, with two zero bytes behind it (RFC 7292, B.1). \return empty, logged, for text that is
+    /// UTF-8 text as UTF-16, big-endian, followed by two zero bytes (RFC 7292, B.1). \return empty, logged, for text that is
     /// not valid.
     static element PKCS12Password(std::string_view text);
 

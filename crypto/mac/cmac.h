@@ -9,7 +9,7 @@
 #include <string_view>
 
 /// CMAC (SP 800-38B, RFC 4493): a message authentication code made with a block cipher. What it holds is wiped when it is
-/// destroyed. With AES it takes time that depends on lengths alone. Not for use by two threads at once.
+/// destroyed. With AES it takes time that depends on lengths only. Not for use by two threads at once.
 class CCryptoCMAC {
 public:
     /// For the id of AES or 3DES in any mode but GCM (202, 300 to 311). Owned by the caller; it has no key yet. \return null,
@@ -47,7 +47,7 @@ public:
     std::size_t keySize() const { return maxKey_; }
 
 private:
-    using Block = ccrypto::Wiped<std::array<std::uint8_t, ccrypto::longestCipherBlock>>;
+    using Block = ccrypto::Wiped<std::array<std::uint8_t, ccrypto::maxCipherBlock>>;
 
     void doubled(Block& block) const;
 

@@ -10,7 +10,7 @@
 #include <span>
 
 /// The retail MAC: MAC algorithm 3 of ISO/IEC 9797-1 with DES and padding method 2, as smart cards use it for secure messaging. A
-/// message is chained through DES with the first half of the key, its last block in addition through the second half. For old
+/// message is chained through DES with the first half of the key, its last block also through the second half. For old
 /// cards: see CCryptoDES for what its time depends on. What it holds is wiped when it is destroyed. Not for use by two threads at
 /// once.
 class CCryptoRetailMAC {

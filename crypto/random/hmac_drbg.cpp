@@ -11,7 +11,7 @@ using namespace ccrypto;
 
 namespace {
 
-constexpr std::size_t leastEntropy = 16;
+constexpr std::size_t minEntropy = 16;
 
 bool Refuse(const char* reason)
 {
@@ -48,9 +48,9 @@ bool CCryptoHMACDRBG::instantiate(std::span<const std::uint8_t> entropy, std::sp
                                   std::span<const std::uint8_t> personalization)
 {
     uninstantiate();
-    if (entropy.size() < leastEntropy || entropy.size() + nonce.size() < seedBytes)
+    if (entropy.size() < minEntropy || entropy.size() + nonce.size() < seedBytes)
         return Refuse("too little entropy");
-    if (entropy.size() > longestInput || nonce.size() > longestInput || personalization.size() > longestInput)
+    if (entropy.size() > maxInput || nonce.size() > maxInput || personalization.size() > maxInput)
         return Refuse("the input is too long");
     mac_ = CCryptoHMAC::Create(algorithm::sha256);
     if (mac_ == nullptr)
@@ -67,9 +67,9 @@ bool CCryptoHMACDRBG::reseed(std::span<const std::uint8_t> entropy, std::span<co
 {
     if (!isInstantiated())
         return Refuse("not instantiated");
-    if (entropy.size() < leastEntropy)
+    if (entropy.size() < minEntropy)
         return Refuse("too little entropy");
-    if (entropy.size() > longestInput || additional.size() > longestInput)
+    if (entropy.size() > maxInput || additional.size() > maxInput)
         return Refuse("the input is too long");
     update(entropy, additional);
     requests_ = 0;
@@ -81,16 +81,16 @@ bool CCryptoHMACDRBG::generate(std::span<std::uint8_t> bytes, std::span<const st
     const char* wrong = nullptr;
     if (!isInstantiated())
         wrong = "not instantiated";
-    else if (additional.size() > longestInput)
+    else if (additional.size() > maxInput)
         wrong = "the input is too long";
     const std::span<std::uint8_t> all = bytes;
     while (wrong == nullptr && !bytes.empty()) {
-        if (requests_ >= mostRequests) {
+        if (requests_ >= maxRequests) {
             wrong = "it must be reseeded";
             break;
         }
         ++requests_;
-        std::span<std::uint8_t> request = bytes.first(std::min(bytes.size(), mostBytesOfRequest));
+        std::span<std::uint8_t> request = bytes.first(std::min(bytes.size(), maxBytesOfRequest));
         bytes = bytes.subspan(request.size());
         if (!additional.empty())
             update(additional);

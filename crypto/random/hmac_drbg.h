@@ -7,20 +7,20 @@
 #include <memory>
 #include <span>
 
-/// HMAC_DRBG with SHA-256 (NIST SP 800-90A revision 1, 10.1.2): bytes that follow from a seed, and from which nobody can tell those
-/// before or after them without it. For a seed that is known, tests and signatures without chance; random bytes for everybody
-/// else come from ICryptoRandom::Instance().
+/// HMAC_DRBG with SHA-256 (NIST SP 800-90A revision 1, 10.1.2): bytes that are determined by a seed
+/// and cannot be predicted without it. For tests and for deterministic signatures; random bytes come from
+/// ICryptoRandom::Instance().
 ///
-/// Not for use by two threads at once. What it holds is wiped when it goes.
+/// Not for use by two threads at once. What it holds is wiped when it is destroyed.
 class CCryptoHMACDRBG : public ICryptoRandom {
 public:
     /// Bytes of entropy that the strength of 256 bits asks for.
     static constexpr std::size_t seedBytes = 32;
     /// A request for more is answered as several.
-    static constexpr std::size_t mostBytesOfRequest = 65536;
-    static constexpr std::uint64_t mostRequests = std::uint64_t{1} << 48;
+    static constexpr std::size_t maxBytesOfRequest = 65536;
+    static constexpr std::uint64_t maxRequests = std::uint64_t{1} << 48;
     /// Of a seed and of additional input.
-    static constexpr std::size_t longestInput = 65536;
+    static constexpr std::size_t maxInput = 65536;
 
     /// Not instantiated: generates nothing.
     CCryptoHMACDRBG() = default;
@@ -28,7 +28,7 @@ public:
     CCryptoHMACDRBG(const CCryptoHMACDRBG&) = delete;
     CCryptoHMACDRBG& operator=(const CCryptoHMACDRBG&) = delete;
 
-    /// `entropy` is at least 16 bytes, `entropy` and `nonce` together at least 32; all are bounded by longestInput. \return false,
+    /// `entropy` is at least 16 bytes, `entropy` and `nonce` together at least 32; all are bounded by maxInput. \return false,
     /// logged, not instantiated, otherwise.
     bool instantiate(std::span<const std::uint8_t> entropy, std::span<const std::uint8_t> nonce,
                      std::span<const std::uint8_t> personalization = {});

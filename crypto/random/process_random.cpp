@@ -61,7 +61,7 @@ bool SeededGenerator::takeSeed()
     };
     if (!GeneratorGivesKnownAnswer())
         return refuse("the generator does not give the answer that is known");
-    // A child does without what its parent knows.
+    // A child must not share a state with its parent.
     if (const std::uint64_t fork = platform::ForkGeneration(); fork != fork_) {
         generator_.uninstantiate();
         fork_ = fork;
@@ -100,8 +100,8 @@ bool BytesOfTheSystem(std::span<std::uint8_t> bytes)
     return false;
 }
 
-/// Who finds the generator busy, be it with another thread or with one that a fork left behind, takes one of its own for the
-/// moment: nobody waits, and no child can hang.
+/// A thread that finds the generator busy makes one for its request, so none waits, and none hangs in a child that was forked while
+/// another thread held the generator.
 class ProcessRandom : public ICryptoRandom {
 public:
     bool generate(std::span<std::uint8_t> bytes) override

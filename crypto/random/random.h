@@ -9,9 +9,8 @@ class ICryptoRandom {
 public:
     virtual ~ICryptoRandom() = default;
 
-    /// Fills `bytes`. \return false, logged, with the bytes wiped, when there are none to be had: then nothing that needs them may
-    /// go on.
-    virtual bool generate(std::span<std::uint8_t> bytes) = 0;
+    /// Fills `bytes`. \return false, logged, with the bytes wiped, when the source fails: what needs them must fail, too.
+    [[nodiscard]] virtual bool generate(std::span<std::uint8_t> bytes) = 0;
 
     /// The process's own generator: HMAC_DRBG with SHA-256 (NIST SP 800-90A) that takes new entropy from the operating system for
     /// every request, so that neither a forked child nor a restored virtual machine repeats what was given before. Any thread may

@@ -38,7 +38,7 @@ namespace ccrypto::internal {
 /// next request on. Not for use by two threads at once.
 class SeededGenerator final : public ICryptoRandom {
 public:
-    /// Fills the bytes with entropy. \return false when there is none.
+    /// Fills the bytes with entropy. \return false when it cannot.
     using Source = std::function<bool(std::span<std::uint8_t>)>;
 
     explicit SeededGenerator(Source source) : source_(std::move(source)) {}

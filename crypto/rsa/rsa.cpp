@@ -14,7 +14,7 @@ using limbs::Limb;
 namespace {
 
 /// A prime shorter than a quarter of the modulus is no prime of a key that anybody made in earnest.
-constexpr std::size_t shortestPrimePart = 4;
+constexpr std::size_t minPrimePart = 4;
 
 std::span<const std::uint8_t> WithoutZeros(const element& number)
 {
@@ -49,9 +49,9 @@ element Shortest(const Limb* number, std::size_t count)
 
 const char* WrongPublicNumbers(std::span<const std::uint8_t> n, std::span<const std::uint8_t> e)
 {
-    if (BitsOf(n) < CCryptoRSA::fewestBits)
+    if (BitsOf(n) < CCryptoRSA::minBits)
         return "the modulus is too short";
-    if (BitsOf(n) > CCryptoRSA::mostBits)
+    if (BitsOf(n) > CCryptoRSA::maxBits)
         return "the modulus is too long";
     if ((n.back() & 1) == 0)
         return "the modulus is even";
@@ -138,7 +138,7 @@ const char* WrongLengths(const CCryptoRSANumbers& numbers, std::size_t bits)
     const std::size_t sum = BitsOf(p) + BitsOf(q);
     if (sum < bits || sum > bits + 1)
         return "the modulus is not the product of the primes";
-    if (std::min(BitsOf(p), BitsOf(q)) < bits / shortestPrimePart)
+    if (std::min(BitsOf(p), BitsOf(q)) < bits / minPrimePart)
         return "a prime is too short";
     if (Declassify(static_cast<std::uint8_t>(p.back() & q.back() & 1)) == 0)
         return "a prime is even";

@@ -25,18 +25,19 @@ struct CCryptoRSANumbers {
 /// 110 to 113.
 struct CCryptoRSAPadding {
     static constexpr std::int32_t saltAsLongAsDigest = -1;
-    static constexpr std::int32_t saltOfAnyLength = -2; ///< when verifying alone
+    static constexpr std::int32_t saltOfAnyLength = -2; ///< only when verifying
 
     std::uint32_t hash = 102;
     std::uint32_t maskHash = 0;                   ///< of MGF1; 0 for the same as `hash`
     std::int32_t saltLength = saltAsLongAsDigest; ///< PSS; bytes
-    std::span<const std::uint8_t> label = {};     ///< OAEP
+    std::span<const std::uint8_t> label = {};     ///< OAEP; not owned: it must outlive the call
 };
 
 /// An RSA key, public or private (RFC 8017, FIPS 186-5), of 1024 to 8192 bits, its public exponent odd, from 3 to 2^64 - 1.
 ///
-/// An object is a valid key: numbers that do not make one are refused, logged with the reason, before anything is computed with
-/// them. Keys do not change. Any thread may use one at any time.
+/// Every object passed the checks of FromPublic() or FromPrivate(), which do not include that p and q are primes. A private key
+/// whose primes are composite gives nothing: its results are wrong, and are checked. Keys do not change. Any thread may use one at
+/// any time.
 ///
 /// Operations with the private key take time that depends on the lengths of the numbers and on public values only; they are blinded
 /// (base and exponents), use the two primes, and their result is checked with the public exponent before it leaves. Public
@@ -45,11 +46,11 @@ struct CCryptoRSAPadding {
 /// A failed operation gives false or an empty element, logged.
 class CCryptoRSA {
 public:
-    static constexpr std::uint32_t fewestBits = 1024;
-    static constexpr std::uint32_t mostBits = 8192;
+    static constexpr std::uint32_t minBits = 1024;
+    static constexpr std::uint32_t maxBits = 8192;
 
     /// \return null, logged, when these are not the numbers of a public key: modulus even, too short or too long, exponent even, 1
-    /// or above 2^64 - 1. Leading zero bytes are passed over.
+    /// or above 2^64 - 1. Leading zero bytes are ignored.
     static std::unique_ptr<CCryptoRSA> FromPublic(const element& modulus, const element& publicExponent);
     /// All numbers must belong together: p q = n, d e = 1 modulo p - 1 and q - 1, and so on; `exponent1`, `exponent2` and
     /// `coefficient` may be empty and are then computed. That p and q are primes is not tested. \return null, logged, otherwise.
@@ -103,8 +104,8 @@ public:
     /// RSAES-PKCS1-v1_5; at most bytes() - 11 bytes.
     element encryptPKCS1(std::span<const std::uint8_t> message, ICryptoRandom& random = ICryptoRandom::Instance()) const;
     /// The message; for a ciphertext with a wrong padding, a message that the key and the ciphertext determine and that is random
-    /// to anybody without the key, in the same time (implicit rejection). So nobody learns from the answer whether the padding was
-    /// right, and the caller must not expect to. `message` may be empty after success. \return false when the ciphertext is not
+    /// to anybody without the key, in the same time (implicit rejection). So the answer does not say whether the padding was
+    /// right. `message` may be empty after success. \return false when the ciphertext is not
     /// bytes() long or not below the modulus, which are public.
     bool decryptPKCS1(std::span<const std::uint8_t> ciphertext, element& message) const;
     /// For a wrapped key whose length is known: always gives `length` bytes, of the message when the padding is right and the
@@ -115,7 +116,7 @@ public:
     /// RSAES-OAEP; at most bytes() - 2 - 2 * digest size bytes.
     element encryptOAEP(const CCryptoRSAPadding& padding, std::span<const std::uint8_t> message,
                         ICryptoRandom& random = ICryptoRandom::Instance()) const;
-    /// \return false, `message` empty, for a ciphertext that does not decode; why is told to nobody, by time or by log.
+    /// \return false, `message` empty, for a ciphertext that does not decode; neither time nor log says why.
     bool decryptOAEP(const CCryptoRSAPadding& padding, std::span<const std::uint8_t> ciphertext, element& message) const;
 
 private:

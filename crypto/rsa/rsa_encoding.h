@@ -11,32 +11,33 @@
 /// as long as the modulus; where an encoding is one byte shorter, the first byte is zero.
 namespace ccrypto::rsa_encoding {
 
-/// Fills `block`. \return false, logged, for a hash without a prefix here, a digest of another length than the hash's, or a block
+/// Fills `block`. \return false, logged, for a hash without a prefix, a digest of another length than the hash's, or a block
 /// too short for them.
-bool EncodePKCS1Signature(std::span<std::uint8_t> block, std::uint32_t hash, std::span<const std::uint8_t> digest);
+[[nodiscard]] bool EncodePKCS1Signature(std::span<std::uint8_t> block, std::uint32_t hash, std::span<const std::uint8_t> digest);
 
 /// The same for a DigestInfo that is ready. \return false, logged, for none and for one that is too long for the block.
 [[nodiscard]] bool EncodeDigestInfo(std::span<std::uint8_t> block, std::span<const std::uint8_t> digestInfo);
 
 /// `bits` are those of the modulus. \return false, logged.
-bool EncodePSS(std::span<std::uint8_t> block, std::uint32_t bits, const CCryptoRSAPadding& padding,
-               std::span<const std::uint8_t> digest, ICryptoRandom& random);
+[[nodiscard]] bool EncodePSS(std::span<std::uint8_t> block, std::uint32_t bits, const CCryptoRSAPadding& padding,
+                             std::span<const std::uint8_t> digest, ICryptoRandom& random);
 /// Changes the block. Nothing here is secret.
-bool VerifyPSS(std::span<std::uint8_t> block, std::uint32_t bits, const CCryptoRSAPadding& padding,
-               std::span<const std::uint8_t> digest);
+[[nodiscard]] bool VerifyPSS(std::span<std::uint8_t> block, std::uint32_t bits, const CCryptoRSAPadding& padding,
+                             std::span<const std::uint8_t> digest);
 
 constexpr std::uint32_t overheadOfPKCS1 = 11;
 
 /// \return false, logged, when the message is too long or there are no random bytes.
-bool EncodePKCS1Message(std::span<std::uint8_t> block, std::span<const std::uint8_t> message, ICryptoRandom& random);
-/// Whether the block, whose content is secret, is a message with its padding; `length` is then the message's, which ends the block,
-/// and else 0.
-constant_time::Mask DecodePKCS1Message(std::span<const std::uint8_t> block, std::uint64_t& length);
+[[nodiscard]] bool EncodePKCS1Message(std::span<std::uint8_t> block, std::span<const std::uint8_t> message, ICryptoRandom& random);
+/// Whether the block, whose content is secret, is a padded message. `length` is that of the message at the end of the block, 0 when
+/// the padding is wrong.
+[[nodiscard]] constant_time::Mask DecodePKCS1Message(std::span<const std::uint8_t> block, std::uint64_t& length);
 
-bool EncodeOAEP(std::span<std::uint8_t> block, const CCryptoRSAPadding& padding, std::span<const std::uint8_t> message,
-                ICryptoRandom& random);
-/// Changes the block. \return false, logged, when the parameters do not suit the block: otherwise `good` and `length` say as
-/// DecodePKCS1Message what is there.
-bool DecodeOAEP(std::span<std::uint8_t> block, const CCryptoRSAPadding& padding, constant_time::Mask& good, std::uint64_t& length);
+[[nodiscard]] bool EncodeOAEP(std::span<std::uint8_t> block, const CCryptoRSAPadding& padding,
+                              std::span<const std::uint8_t> message, ICryptoRandom& random);
+/// Changes the block. `good` and `length` are those of DecodePKCS1Message. \return false, logged, and neither is set, when the
+/// parameters do not suit the block.
+[[nodiscard]] bool DecodeOAEP(std::span<std::uint8_t> block, const CCryptoRSAPadding& padding, constant_time::Mask& good,
+                              std::uint64_t& length);
 
 } // namespace ccrypto::rsa_encoding

@@ -125,7 +125,7 @@ bool CCryptoRSA::decryptPKCS1(std::span<const std::uint8_t> ciphertext, element&
     std::uint64_t length = 0;
     const Mask good = rsa_encoding::DecodePKCS1Message(block.bytes(), length);
     constant_time::CopyBytesIf(~good, block.data(), substitute.message().data(), block.length());
-    // Of the message or of the substitute: nobody can tell which.
+    // Of the message or of the substitute: which one stays secret.
     length = Declassify(good.select(length, substitute.length()));
     message = LastBytes(block.bytes(), length);
     return logger.setResult(true);

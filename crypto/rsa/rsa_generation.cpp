@@ -18,9 +18,9 @@ using limbs::Limb;
 namespace {
 
 /// The square root of 2, times 2^63, rounded up: no prime begins with less, so that the product has all its bits.
-constexpr Limb leastTopLimb = 0xB504F333F9DE6485;
+constexpr Limb minTopLimb = 0xB504F333F9DE6485;
 /// FIPS 186-5, A.1.3: the primes differ by more than 2^(bits / 2 - 100).
-constexpr std::size_t mostEqualBits = 100;
+constexpr std::size_t maxEqualBits = 100;
 /// Candidates looked at before the generator must be taken for broken: A.1.3 gives the second prime more than the first.
 constexpr std::uint32_t candidatesPerBit = 20;
 
@@ -108,7 +108,7 @@ private:
             // The highest limb decides while it is full.
             Limb& top = candidate[count_ - 1];
             top |= Limb{1} << 63;
-            const bool taken = !Declassify(Mask::Less(top, leastTopLimb));
+            const bool taken = !Declassify(Mask::Less(top, minTopLimb));
             for (std::size_t i = 0; i < shift; ++i)
                 limbs::HalveWith(0, candidate.data(), count_);
             candidate[0] |= 1;
@@ -124,7 +124,7 @@ private:
         const Limb below = limbs::Subtract(distance.data(), left.data(), right.data(), count_);
         limbs::Subtract(opposite.data(), right.data(), left.data(), count_);
         limbs::CopyIf(Mask::FromBit(below), distance.data(), opposite.data(), count_);
-        return Declassify(limbs::BitLength(distance.data(), count_) <= bits_ - mostEqualBits);
+        return Declassify(limbs::BitLength(distance.data(), count_) <= bits_ - maxEqualBits);
     }
 
     /// Whether p - 1 and e have no divisor in common.
@@ -198,7 +198,7 @@ std::unique_ptr<CCryptoRSA> CCryptoRSA::Generate(std::uint32_t bits, std::uint32
     const auto refuse = [&](const char* reason) {
         return logger.fail(std::unique_ptr<CCryptoRSA>(), "No RSA key was generated: %s", reason);
     };
-    if (bits < fewestBits || bits > mostBits || bits % 2 != 0)
+    if (bits < minBits || bits > maxBits || bits % 2 != 0)
         return refuse("the size is not allowed");
     if (publicExponent <= 65536 || publicExponent % 2 == 0)
         return refuse("the public exponent is not allowed");

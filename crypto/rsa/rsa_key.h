@@ -31,7 +31,7 @@ struct RSAPrivateNumbers {
     WipedArray<Limb> coefficient; ///< q^-1 mod p
 };
 
-/// r^e and r^-1 modulo n for a random r. The pair is squared from use to use, and made anew now and then.
+/// r^e and r^-1 modulo n for a random r. The pair is squared from use to use, and renewed after 64 uses.
 class RSABlinding {
 public:
     using Limb = limbs::Limb;
@@ -44,7 +44,7 @@ public:
 private:
     bool renew(const MontgomeryModulus& n, std::uint64_t publicExponent);
 
-    static constexpr std::uint32_t mostUses = 64;
+    static constexpr std::uint32_t maxUses = 64;
 
     CCryptoCS lock_{"RSA blinding"};
     WipedArray<Limb> factor_;

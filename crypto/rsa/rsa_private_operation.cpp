@@ -92,7 +92,7 @@ bool RSABlinding::renew(const MontgomeryModulus& n, std::uint64_t publicExponent
     n.enter(remover_.data(), remover_.data(), room);
     n.powerPublic(factor_.data(), factor_.data(), publicExponent);
     n.enter(factor_.data(), factor_.data(), room);
-    usesLeft_ = mostUses;
+    usesLeft_ = maxUses;
     return true;
 }
 
@@ -134,7 +134,7 @@ bool CCryptoRSA::Key::privateOperation(Limb* result, const Limb* number)
     }
     n.multiply(raised.data(), raised.data(), remover.data(), room);
 
-    // A result with a fault in it would tell the primes.
+    // A faulty result would reveal the primes.
     n.powerPublic(blinded.data(), raised.data(), e);
     if (!constant_time::Declassify(limbs::Equal(blinded.data(), number, count))) {
         WriteErrorEx_G("RSA: the result of a private operation is wrong, and is not given away");

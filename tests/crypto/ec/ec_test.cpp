@@ -114,7 +114,7 @@ TEST_P(EveryCurve, VerifiesWhatItSigns)
     for (const std::size_t length : {1, 20, 32, 64}) {
         SCOPED_TRACE(length);
         Bytes digest(length);
-        random.generate(digest);
+        ASSERT_TRUE(random.generate(digest));
         const element pair = key->signHash(digest, SignatureForm::pair, random);
         const element der = key->signHash(digest, SignatureForm::der, random);
         EXPECT_EQ(pair.isEmpty(), !GetParam().signs);

@@ -75,7 +75,7 @@ TEST_P(CurveBesideOpenSSL, AgreesAndSigns)
     for (const std::size_t length : {20, 32, 64}) {
         SCOPED_TRACE(length);
         Bytes digest(length);
-        random.generate(digest);
+        ASSERT_TRUE(random.generate(digest));
         const std::string digestFile = folder / u8"digest";
         const std::string signatureFile = folder / u8"signature";
         WriteBytes(digestFile, digest);

@@ -33,7 +33,7 @@ TEST(HMACDRBG, RefusesWhatTheStandardForbids)
 {
     CCryptoHMACDRBG generator;
     Bytes bytes(40, 1);
-    const Bytes tooLong(CCryptoHMACDRBG::longestInput + 1, 1);
+    const Bytes tooLong(CCryptoHMACDRBG::maxInput + 1, 1);
     EXPECT_FALSE(generator.generate(bytes));
     EXPECT_EQ(bytes, Bytes(40, 0));
     EXPECT_FALSE(generator.reseed(Bytes(32, 1)));
@@ -58,7 +58,7 @@ TEST(HMACDRBG, AnswersALongRequestAsSeveral)
     CCryptoHMACDRBG one;
     CCryptoHMACDRBG other;
     ASSERT_TRUE(one.instantiate(Bytes(32, 1), Bytes(16, 2)) && other.instantiate(Bytes(32, 1), Bytes(16, 2)));
-    constexpr std::size_t limit = CCryptoHMACDRBG::mostBytesOfRequest;
+    constexpr std::size_t limit = CCryptoHMACDRBG::maxBytesOfRequest;
     Bytes whole(limit + 5);
     ASSERT_TRUE(one.generate(whole));
     Bytes first(limit);

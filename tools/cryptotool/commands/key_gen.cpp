@@ -62,7 +62,7 @@ int Generate(Invocation& invocation)
     const std::uint64_t bits = arguments.number("bits", usualBits);
     if (!isRsa && arguments.has("bits"))
         return invocation.misuse("--bits goes with rsa");
-    if (bits < CCryptoRSA::fewestBits || bits > CCryptoRSA::mostBits || bits % 2 != 0)
+    if (bits < CCryptoRSA::minBits || bits > CCryptoRSA::maxBits || bits % 2 != 0)
         return invocation.misuse("--bits is an even number from 1024 to 8192");
 
     PrivateKeyTarget target;

@@ -32,7 +32,7 @@ SpeedRow::Call PrepareBlocks(const BlockCipher& cipher, const Mode& mode, std::s
 {
     if (!cipher->setKey(Bytes(keySize, 0x5A)))
         return {};
-    return [cipher, run = mode.run, bytes = Bytes(size), chain = Bytes(longestCipherBlock),
+    return [cipher, run = mode.run, bytes = Bytes(size), chain = Bytes(maxCipherBlock),
             blocks = size / cipher->blockSize()]() mutable { run(*cipher, bytes.data(), blocks, chain.data()); };
 }
 
@@ -51,7 +51,7 @@ void AddBlockCipher(SpeedRows& rows, const std::string& name, const Mode& mode, 
 SpeedRow::Call PrepareText(const std::shared_ptr<ICryptoCipher>& cipher, std::size_t size)
 {
     return [cipher, key = Bytes(cipher->keySize(), 0x5A), iv = Bytes(cipher->ivSize()), in = Bytes(size),
-            out = Bytes(size + CCryptoGCM::longestTag)]() mutable {
+            out = Bytes(size + CCryptoGCM::maxTag)]() mutable {
         std::size_t written = 0;
         cipher->start(CipherDirection::encrypt, key, iv);
         cipher->update(in, out.data(), written);

@@ -43,7 +43,7 @@ void AddHash(SpeedRows& rows, const BlockHashKind<Word>& kind, std::span<const V
 
 SpeedRow::Call PrepareRandom(std::size_t size)
 {
-    return [bytes = std::vector<std::uint8_t>(size)]() mutable { ICryptoRandom::Instance().generate(bytes); };
+    return [bytes = std::vector<std::uint8_t>(size)]() mutable { static_cast<void>(ICryptoRandom::Instance().generate(bytes)); };
 }
 
 SpeedRow::Call PreparePbkdf2(std::size_t)

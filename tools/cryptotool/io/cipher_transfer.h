@@ -67,7 +67,7 @@ int EncryptTo(Invocation& invocation, CipherSetting& setting, CipherInput& input
               std::span<const std::uint8_t> header);
 /// Sends the decrypted input to the output. In Galois/counter mode nothing is written before the tag was found right: a file is
 /// read twice, and a piece of it that changed in between is not decrypted; what cannot be read twice is kept in memory, up to
-/// CCryptoGCM::longestKept.
+/// CCryptoGCM::maxKept.
 int DecryptTo(Invocation& invocation, CipherSetting& setting, CipherInput& input, Output& output);
 
 } // namespace ccrypto
