@@ -52,7 +52,21 @@ TEST(AesKeyWrap, NoticesEveryChangedBit)
     }
 }
 
-// What the other form wraps, opened by an attacker who knows the key, has paddings that no wrapping makes.
+/// RFC 3394, 2.2.1, with any check value in the first 8 bytes.
+void WrapWithAnyCheck(const CCryptoAES& cipher, Bytes& all)
+{
+    for (std::size_t step = 0; step < 6 * (all.size() / 8 - 1); ++step) {
+        const std::size_t at = 8 + step % (all.size() / 8 - 1) * 8;
+        Bytes block(all.begin(), all.begin() + 8);
+        block.insert(block.end(), all.begin() + static_cast<std::ptrdiff_t>(at), all.begin() + static_cast<std::ptrdiff_t>(at) + 8);
+        cipher.encrypt(block.data(), block.data(), 1);
+        block[7] ^= static_cast<std::uint8_t>(step + 1);
+        std::copy_n(block.begin(), 8, all.begin());
+        std::copy_n(block.begin() + 8, 8, all.begin() + static_cast<std::ptrdiff_t>(at));
+    }
+}
+
+// Blocks with check values and paddings that no wrapping makes.
 TEST(AesKeyWrap, RefusesWrongPaddings)
 {
     const Bytes key(16, 1);
@@ -75,6 +89,12 @@ TEST(AesKeyWrap, RefusesWrongPaddings)
             block[i] = static_cast<std::uint8_t>(std::stoi(std::string(row.block + 2 * i, 2), nullptr, 16));
         cipher.encrypt(block.data(), block.data(), 1);
         EXPECT_EQ(!CCryptoKeyWrap::UnwrapPadded(key, block).isEmpty(), row.valid) << row.name;
+    }
+    for (const std::uint8_t length : Bytes{7, 8, 9, 15, 16, 17}) {
+        Bytes all = {0xA6, 0x59, 0x59, 0xA6, 0, 0, 0, length};
+        all.resize(24, 0);
+        WrapWithAnyCheck(cipher, all);
+        EXPECT_EQ(CCryptoKeyWrap::UnwrapPadded(key, all).length(), length > 8 && length <= 16 ? length : 0u) << int{length};
     }
 }
 

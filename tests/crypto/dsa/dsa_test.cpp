@@ -14,6 +14,17 @@ CCryptoDSANumbers DSANumbersOf(const TestVector& vector)
     return {number("P"), number("Q"), number("G"), number("Y")};
 }
 
+// A group that is whole but for the prime's length, 1016 bits.
+constexpr const char* shortPrime =
+    "a4eebb06eac9c293c9210f20829b592a90743dc5ca4a4f7efb2d58dcccd97f9b8ca16a65ba1199afdccc48ca2e06fc71d6579f55"
+    "eb9e40fd0651044b558c758124051f22b76de757eb490ba108b03fb647f45506e4de73d607a745a48240ad59d354b3c7615cfd89"
+    "7408979297f84160e8e03597adac4471cbbcc9e52fe815";
+constexpr const char* orderOfShortPrime = "d685d62404fcd5555daf106db8dee081179a071f";
+constexpr const char* generatorOfShortPrime =
+    "2137e3778faaa04c55a231dece7667cd10c8a485e39dd4286f02777704dabec42d5e7d970df02a44467c0a2b074dc72286cdeef8"
+    "49f77773dabb1a6b3ab3eefbdb0e8315a8f64629f97fceaf44673c86c06e2dbe8f7c6ddcf3c8afd0b6c7f937d4dd057962d20e99"
+    "768a8f1c2ef298c2dcaacebb587362d6f853a168b77556";
+
 /// As long as the order.
 Bytes Filled(const Bytes& number, std::size_t length)
 {
@@ -22,7 +33,15 @@ Bytes Filled(const Bytes& number, std::size_t length)
     return filled;
 }
 
-/// A vector that is valid, its key and what was signed.
+/// number + q in as many bytes; empty when it does not fit.
+Bytes PlusOrder(const Bytes& number, const CCryptoDSANumbers& numbers)
+{
+    Bytes bytes(numbers.order.length());
+    const auto sum = CCryptoBigInteger::FromBytes(number) + CCryptoBigInteger::FromBytes(numbers.order.bytes());
+    return sum.toBytes(bytes) ? bytes : Bytes();
+}
+
+/// A vector that is valid, its key and what was signed; both numbers of the signature can have the order added.
 struct Signed {
     Signed()
     {
@@ -34,7 +53,8 @@ struct Signed {
             digest = BytesOf(ICryptoHash::CreateByName(vector.text("Hash"))->digestOf(vector.bytes("Msg")));
             r = Filled(vector.bytes("R"), key->orderBytes());
             s = Filled(vector.bytes("S"), key->orderBytes());
-            return;
+            if (!PlusOrder(r, numbers).empty() && !PlusOrder(s, numbers).empty())
+                return;
         }
     }
 
@@ -70,17 +90,15 @@ TEST(DSA, RefusesSignaturesOutOfRange)
     ASSERT_TRUE(good.key->verifyHash(good.digest, Joined({good.r, good.s}), SignatureForm::pair));
     const Bytes zero(good.r.size(), 0);
     const Bytes q = BytesOf(good.numbers.order);
-    const auto plusQ = [&](const Bytes& number) {
-        const auto sum = CCryptoBigInteger::FromBytes(number) + CCryptoBigInteger::FromBytes(q);
-        Bytes bytes(good.r.size());
-        return sum.toBytes(bytes) ? bytes : q;
-    };
+    const Bytes largeR = PlusOrder(good.r, good.numbers);
+    const Bytes largeS = PlusOrder(good.s, good.numbers);
+    ASSERT_TRUE(largeR.size() == q.size() && largeS.size() == q.size());
     const Bytes wrong[] = {Joined({zero, good.s}),
                            Joined({good.r, zero}),
                            Joined({q, good.s}),
                            Joined({good.r, q}),
-                           Joined({plusQ(good.r), good.s}),
-                           Joined({good.r, plusQ(good.s)}),
+                           Joined({largeR, good.s}),
+                           Joined({good.r, largeS}),
                            Joined({good.s, good.r}),
                            Joined({good.r, good.s, {0}}),
                            good.r,
@@ -102,7 +120,6 @@ TEST(DSA, RefusesNumbersThatMakeNoKey)
     };
     using Number = CCryptoBigInteger;
     const Case cases[] = {
-        {"a short prime", &CCryptoDSANumbers::prime, [](const Number& n, const Number&) { return n >> 8; }},
         {"a long prime", &CCryptoDSANumbers::prime, [](const Number& n, const Number&) { return (n << 2049) + Number(1); }},
         {"an enormous prime", &CCryptoDSANumbers::prime, [](const Number& n, const Number&) { return (n << 8000) + Number(1); }},
         {"an even prime", &CCryptoDSANumbers::prime, [](const Number& n, const Number&) { return n - Number(1); }},
@@ -125,6 +142,25 @@ TEST(DSA, RefusesNumbersThatMakeNoKey)
             row.change(Number::FromBytes((numbers.*row.number).bytes()), Number::FromBytes(numbers.prime.bytes())).toBytes();
         EXPECT_EQ(CCryptoDSA::FromPublic(numbers), nullptr) << row.name;
     }
+    // An order that is no prime: its divisor 3 is the order of the generator, but it does not divide p - 1.
+    CCryptoDSANumbers composite = good.numbers;
+    const Number p = Number::FromBytes(good.numbers.prime.bytes());
+    const Number third = (p - Number(1)) / Number(3);
+    const Number generator = Number(2).modPower(third, p);
+    ASSERT_TRUE(generator != Number(1) && generator.modPower(Number(3), p) == Number(1));
+    Number order = Number::FromBytes(good.numbers.order.bytes());
+    while (!(order % Number(3)).isZero())
+        order += Number(2);
+    composite.order = order.toBytes();
+    composite.generator = generator.toBytes();
+    composite.publicValue = composite.generator;
+    EXPECT_EQ(CCryptoDSA::FromPublic(composite), nullptr);
+
+    const element shortGenerator = Number::FromHex(generatorOfShortPrime).toBytes();
+    EXPECT_EQ(CCryptoDSA::FromPublic({Number::FromHex(shortPrime).toBytes(), Number::FromHex(orderOfShortPrime).toBytes(),
+                                      shortGenerator, shortGenerator}),
+              nullptr);
+
     CCryptoDSANumbers withZero = good.numbers;
     withZero.prime = ElementOf(Joined({{0}, BytesOf(good.numbers.prime)}));
     const auto key = CCryptoDSA::FromPublic(withZero);
