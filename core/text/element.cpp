@@ -14,7 +14,7 @@ using namespace ccrypto;
 
 namespace {
 
-constexpr std::uint32_t leastGrowth = 256;
+constexpr std::uint32_t minGrowth = 256;
 /// Storage of this size is doubled when it has to grow again.
 constexpr std::uint32_t doubledFrom = 4096;
 
@@ -29,7 +29,7 @@ element::element(const void* bytes, std::uint32_t length, ElementType type) : el
     append(bytes, length);
 }
 
-element::element(std::uint32_t number) : element(ElementType::integer)
+void element::appendNumber(std::uint32_t number)
 {
     const std::uint8_t bytes[] = {static_cast<std::uint8_t>(number >> 24), static_cast<std::uint8_t>(number >> 16),
                                   static_cast<std::uint8_t>(number >> 8), static_cast<std::uint8_t>(number)};
@@ -85,7 +85,7 @@ void element::grow(std::uint32_t size)
     std::uint64_t room = 0;
     std::uint64_t wanted = size;
     if (data_ != nullptr) {
-        capacity = std::min<std::uint64_t>(size + std::max<std::uint64_t>(leastGrowth, size / 5), longestLength);
+        capacity = std::min<std::uint64_t>(size + std::max<std::uint64_t>(minGrowth, size / 5), maxLength);
         room = isInline() ? sizeof inline_ : platform::HeapBlockSize(data_);
         wanted = room < doubledFrom ? capacity : std::max(capacity, 2 * room);
     } else if (size <= sizeof inline_) {

@@ -4,18 +4,29 @@
 #include "core/text/element_type.h"
 
 #include <atomic>
+#include <concepts>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <span>
 #include <string_view>
+#include <type_traits>
+
+namespace ccrypto {
+
+/// An arithmetic type other than `Number`, which the compiler would convert to it unasked.
+template <typename Type, typename Number>
+concept ArithmeticBut = std::is_arithmetic_v<Type> && !std::same_as<Type, Number>;
+
+} // namespace ccrypto
 
 class CCryptoString;
 
 /// One token or value: a type code and an owned run of bytes. It is the byte buffer of the whole library and the storage of every
 /// string. Lengths are in bytes and fit 32 bits.
 ///
-/// Storage that is given up (released, or left behind by growth) is overwritten with zeros first, unless WipeReleasedBuffers(false)
-/// was called. Up to 22 bytes lie in the element itself, so a pointer to them ends with the element they are moved out of. A failed
+/// Storage that is released, or replaced by growth, is overwritten with zeros first, unless WipeReleasedBuffers(false)
+/// was called. Up to 22 bytes lie in the element itself, so moving the element invalidates pointers to them. A failed
 /// allocation ends the process with "FATAL MEMORY ALLOCATION ERROR" and exit code 1.
 class element {
 public:
@@ -29,13 +40,15 @@ public:
     /// A copy of `length` bytes.
     element(const void* bytes, std::uint32_t length, ccrypto::ElementType type = ccrypto::ElementType::bytes);
     /// A number: its big-endian bytes, none of them leading zeros; 0 is one zero byte.
-    explicit element(std::uint32_t number);
+    explicit element(std::same_as<std::uint32_t> auto number) : element(ccrypto::ElementType::integer) { appendNumber(number); }
+    /// A character, a truth value or a number of another type is not converted: FromTruth, or a cast that says what is meant.
+    explicit element(ccrypto::ArithmeticBut<std::uint32_t> auto number) = delete;
 
     static element FromTruth(bool value);
     /// Text of UTF-8 bytes made from 16-bit units. A surrogate without its partner is kept as a sequence of its own, so that every
     /// Windows file name comes back unchanged from toUtf16.
     static element FromUtf16(const char16_t* units, std::uint32_t count);
-    /// The bytes that standard base64 text (RFC 4648, 4) stands for. White space is passed over.
+    /// The bytes that standard base64 text (RFC 4648, 4) stands for. White space is ignored.
     /// A last group without its padding is accepted; wrong padding is logged and changes nothing; a group cut inside a byte is
     /// logged and gives the whole bytes before the cut. \return empty, with a logged error, when another character stands in the
     /// text.
@@ -65,23 +78,23 @@ public:
     /// The byte at `index`; past the end 0, logged as "Const buffer overflow access: %d>%d".
     std::uint8_t operator[](std::uint32_t index) const;
 
-    /// Room behind the last byte.
+    /// Room after the last byte.
     std::uint32_t spare() const { return capacity_ - length_; }
-    /// Room for `count` bytes behind the last byte.
+    /// Makes room for `count` more bytes.
     void makeRoom(std::uint64_t count) { reserve(LengthOf(length_ + count)); }
-    /// Counts `count` bytes, at most spare(), that were written behind the last byte.
+    /// Extends the length over `count` bytes, at most spare(), already written past the end.
     void lengthen(std::uint32_t count) { length_ += count; }
-    /// Room for `size` bytes in all. A capacity that must grow becomes exactly `size` the first time and
-    /// size + max(256, 0.2 * size) after that. The storage behind a capacity that grows on and on is doubled, so that a long text
-    /// put together of pieces is moved seldom.
+    /// Makes room for `size` bytes in all. A capacity that must grow becomes exactly `size` the first time and
+    /// size + max(256, 0.2 * size) after that. Large storage that has to grow again is doubled, so that a long text made of many
+    /// pieces is seldom moved.
     void reserve(std::uint32_t size)
     {
         if (size > capacity_)
             grow(size);
     }
-    /// Cuts, or lengthens with zero bytes.
+    /// Truncates, or appends zero bytes.
     void resize(std::uint32_t length);
-    /// The bytes may be the element's own; a null pointer stands for none. `spare` more bytes have room behind them afterwards.
+    /// The bytes may be the element's own; a null pointer stands for none. Afterwards there is room for `spare` more bytes.
     void append(const void* bytes, std::uint32_t length, std::uint32_t spare = 0)
     {
         if (std::uint64_t{length_} + length + spare > capacity_) {
@@ -98,20 +111,24 @@ public:
     void erase(std::uint32_t index, std::uint32_t count);
     /// Wipes the bytes and keeps the storage and the type.
     void clear();
-    /// Puts a zero byte behind the last byte without counting it. \return the bytes as text; never null.
+    /// Puts a zero byte after the last byte without counting it. \return the bytes as text; never null.
     const char* terminate();
 
-    /// The value as people read it: text as it stands, a number in decimal (above 512 bytes in hexadecimal behind "0x", a "-" first
+    /// The value as people read it: text unchanged, a number in decimal (above 512 bytes in hexadecimal after "0x", a "-" first
     /// when it is negative), truth as "TRUE" or "FALSE", other bytes in lower-case hexadecimal, a token as it is written.
     CCryptoString toString() const;
-    /// The last bytes of the value as a big-endian number; of text, its decimal number. An empty value is 0.
+    /// The last bytes of the value as a big-endian number; of text, its decimal number. An empty value is 0. What does not fit is
+    /// cut off: exactWord32 and exactInt say so.
     std::uint32_t toWord32() const;
     std::uint64_t toWord64() const;
     /// Signed: the negative flag counts.
     std::int32_t toInt() const;
+    /// The same numbers; none when the value is outside their range.
+    [[nodiscard]] std::optional<std::uint32_t> exactWord32() const;
+    [[nodiscard]] std::optional<std::int32_t> exactInt() const;
     bool toTruth() const;
     element toBase64() const;
-    /// 16-bit units of the text in this machine's byte order with a zero unit behind the last; the zero is not counted in the
+    /// 16-bit units of the text in this machine's byte order with a zero unit after the last; the zero is not counted in the
     /// length. UTF-8 text is decoded, other text is taken as Latin-1. \return false, logged, and `units` empty when the text is not
     /// valid.
     bool toUtf16(element& units) const;
@@ -123,16 +140,18 @@ public:
     static void WipeReleasedBuffers(bool wipe);
 
 private:
-    static constexpr std::uint32_t longestLength = 0xFFFFFFFF;
+    static constexpr std::uint32_t maxLength = 0xFFFFFFFF;
 
     static std::uint32_t LengthOf(std::uint64_t length)
     {
-        if (length > longestLength) [[unlikely]]
+        if (length > maxLength) [[unlikely]]
             EndTooLong();
         return static_cast<std::uint32_t>(length);
     }
     [[noreturn]] static void EndTooLong();
 
+    void appendNumber(std::uint32_t number);
+    std::optional<std::int64_t> exactInt64() const;
     bool isInline() const { return data_ == inline_; }
     void grow(std::uint32_t size);
     void appendGrowing(const void* bytes, std::uint32_t length, std::uint32_t spare);

@@ -13,7 +13,7 @@ using namespace ccrypto;
 namespace {
 
 /// Decimal conversion takes time that grows with the square of the length; longer numbers are nothing that people read.
-constexpr std::uint32_t longestDecimal = 512;
+constexpr std::uint32_t maxDecimalBytes = 512;
 
 bool IsText(ElementType type)
 {
@@ -58,12 +58,12 @@ element Negated(std::span<const std::uint8_t> bytes)
     return magnitude;
 }
 
-/// The digits of at most `longestDecimal` bytes. Limbs of nine digits, the lowest first.
+/// The digits of at most `maxDecimalBytes` bytes. Limbs of nine digits, the lowest first.
 element DecimalOf(std::span<const std::uint8_t> magnitude)
 {
     constexpr std::uint32_t limbBase = 1000000000;
-    constexpr std::size_t mostLimbs = longestDecimal * 8 / 29 + 1;
-    std::uint32_t limbs[mostLimbs];
+    constexpr std::size_t maxLimbs = maxDecimalBytes * 8 / 29 + 1;
+    std::uint32_t limbs[maxLimbs];
     limbs[0] = 0;
     std::size_t count = 1;
     for (const std::uint8_t byte : magnitude) {
@@ -92,13 +92,14 @@ CCryptoString IntegerText(const element& number)
 {
     const bool twosComplement = number.negative() && !number.isEmpty() && number.data()[0] >= 0x80;
     const element magnitude = twosComplement ? Negated(number.bytes()) : number;
-    const bool isLong = number.length() > longestDecimal;
+    const bool isZero = std::ranges::none_of(number.bytes(), [](std::uint8_t byte) { return byte != 0; });
+    const bool isLong = number.length() > maxDecimalBytes;
     const element digits = isLong ? HexOf(magnitude.bytes()) : DecimalOf(magnitude.bytes());
-    CCryptoString text(number.negative() ? "-" : "");
+    CCryptoString text(isZero || !number.negative() ? "" : "-");
     return text.append(isLong ? "0x" : "").append(digits.view());
 }
 
-/// The decimal number at the start of a text, behind blanks and a sign, as far as 64 bits hold it.
+/// The decimal number at the start of a text, after blanks and a sign, as far as 64 bits hold it.
 struct ParsedNumber {
     bool negative = false;
     std::uint64_t magnitude = 0;
@@ -177,6 +178,39 @@ std::int32_t element::toInt() const
         return static_cast<std::int32_t>(0 - word);
     const std::uint32_t signBits = length_ < 4 ? ~0u << (8 * length_) : 0;
     return static_cast<std::int32_t>(word | signBits);
+}
+
+std::optional<std::int64_t> element::exactInt64() const
+{
+    const bool text = IsText(type());
+    const ParsedNumber parsed = text ? ParseDecimal(view()) : ParsedNumber{.negative = negative_};
+    const bool twosComplement = !text && negative_ && length_ != 0 && data_[0] >= 0x80;
+    const element magnitude = twosComplement ? Negated(bytes()) : element();
+    const std::span<const std::uint8_t> octets = twosComplement ? magnitude.bytes() : bytes();
+    const auto isZero = [](std::uint8_t byte) { return byte == 0; };
+    if (!text && octets.size() > 8 && !std::ranges::all_of(octets.first(octets.size() - 8), isZero))
+        return std::nullopt;
+    const std::uint64_t size = text ? parsed.magnitude : LastBytes(octets);
+    if (size > INT64_MAX)
+        return std::nullopt;
+    const auto value = static_cast<std::int64_t>(size);
+    return parsed.negative ? -value : value;
+}
+
+std::optional<std::uint32_t> element::exactWord32() const
+{
+    const std::optional<std::int64_t> value = exactInt64();
+    if (!value || *value < 0 || *value > UINT32_MAX)
+        return std::nullopt;
+    return static_cast<std::uint32_t>(*value);
+}
+
+std::optional<std::int32_t> element::exactInt() const
+{
+    const std::optional<std::int64_t> value = exactInt64();
+    if (!value || *value < INT32_MIN || *value > INT32_MAX)
+        return std::nullopt;
+    return static_cast<std::int32_t>(*value);
 }
 
 bool element::toTruth() const

@@ -28,13 +28,14 @@ std::uint8_t CCryptoStream::ReadByte()
 
 bool CCryptoStream::Read(element& target, std::uint32_t count)
 {
+    const bool remains = hasData();
     const std::uint32_t available = std::min(count, remaining());
     // Of a buffer that is read into itself nothing but what was read remains.
     element bytes(target.type());
     bytes.append(buffer_->data() + position_, available);
     position_ += available;
     target = std::move(bytes);
-    return available != 0;
+    return remains;
 }
 
 bool CCryptoStream::ReadExactly(std::uint8_t* target, std::uint32_t count)

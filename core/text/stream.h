@@ -26,7 +26,8 @@ public:
 
     /// The next byte; 0 at end of data.
     std::uint8_t ReadByte();
-    /// The next `count` bytes, or all that remain when there are fewer. \return false when none remain.
+    /// The next `count` bytes, or all that remain when there are fewer. \return false when none remain, whatever
+    /// `count` is.
     bool Read(element& target, std::uint32_t count);
     /// Copies the next `count` bytes to `target`, which must hold that many. \return false when fewer remain.
     bool ReadExactly(std::uint8_t* target, std::uint32_t count);

@@ -1,5 +1,6 @@
 #include "core/text/string.h"
 
+#include "core/memory/out_of_memory.h"
 #include "core/text/stream.h"
 #include "core/text/utf8.h"
 
@@ -111,7 +112,7 @@ CCryptoString::CCryptoString(const char* bytes, std::int32_t length)
 {
 }
 
-CCryptoString::CCryptoString(std::int32_t number)
+void CCryptoString::appendNumber(std::int32_t number)
 {
     if (number == 0)
         return;
@@ -313,9 +314,15 @@ bool CCryptoString::readLine(CCryptoStream& stream)
 
 const char16_t* CCryptoString::toUtf16()
 {
-    if (!data_.toUtf16(scratch_))
+    element units;
+    if (!data_.toUtf16(units))
         return nullptr;
-    return reinterpret_cast<const char16_t*>(scratch_.data());
+    auto kept = std::ranges::find(scratch_, units.view(), &element::view);
+    if (kept == scratch_.end()) {
+        ccrypto::internal::OrEndOutOfMemory([&] { scratch_.push_front(std::move(units)); });
+        kept = scratch_.begin();
+    }
+    return reinterpret_cast<const char16_t*>(kept->data());
 }
 
 CCryptoString operator+(const CCryptoString& first, const CCryptoString& second)

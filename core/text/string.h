@@ -5,6 +5,7 @@
 #include <compare>
 #include <concepts>
 #include <cstdint>
+#include <forward_list>
 #include <string_view>
 
 class CCryptoChar;
@@ -20,7 +21,7 @@ enum class TextKind : std::uint32_t { Plain = 4, Utf8 = 6 };
 /// The library's text value: 8-bit bytes, normally UTF-8. Lengths are in bytes.
 ///
 /// The kind follows the bytes: complete multi-byte sequences and no sequence cut short make UTF-8; a stray byte above 0x7F is
-/// passed over, so Latin-1 text is judged by its well-formed sequences alone.
+/// ignored, so Latin-1 text is judged by its well-formed sequences alone.
 ///
 /// A literal string converts by itself; the other sources are named, and only a std::int32_t itself becomes its digits, so that a
 /// number or a character never becomes text by accident. Where a std::string_view is taken a null pointer is not allowed; a `const
@@ -35,7 +36,9 @@ public:
     /// A negative length counts as 0.
     CCryptoString(const char* bytes, std::int32_t length);
     /// The decimal text; 0 gives the empty string, since an unset number prints as nothing.
-    explicit CCryptoString(std::int32_t number);
+    explicit CCryptoString(std::same_as<std::int32_t> auto number) { appendNumber(number); }
+    /// A character, a truth value or a number of another type is not text.
+    explicit CCryptoString(ccrypto::ArithmeticBut<std::int32_t> auto number) = delete;
     /// Text kinds and values without a kind are taken as bytes; any other element as its toString().
     explicit CCryptoString(const element& value);
     /// The character in UTF-8. This and the other two operations on characters are defined with CCryptoChar.
@@ -86,9 +89,9 @@ public:
     /// The next line of the stream, without its terminator. \return false at end of data; the string is then empty.
     bool readLine(CCryptoStream& stream);
 
-    /// 16-bit units, zero-terminated, kept by this string, whatever is assigned to it, until the next call. \return null, logged,
-    /// when the text is not valid.
-    const char16_t* toUtf16();
+    /// 16-bit units, zero-terminated. The pointer stays valid as long as the string lives, whatever is assigned to it: each text
+    /// that was asked for is kept, once. \return null, logged, when the text is not valid.
+    [[nodiscard]] const char16_t* toUtf16();
 
     bool operator==(const CCryptoString& other) const { return view() == other.view(); }
     bool operator==(const char* other) const { return view() == (other != nullptr ? std::string_view(other) : std::string_view()); }
@@ -102,14 +105,16 @@ private:
         bool broken = false;
     };
 
+    void appendNumber(std::int32_t number);
     CCryptoString& appendLong(std::string_view text);
     CCryptoString& classify(const char* appended, std::size_t count, bool ascii);
     void scan(std::string_view appended);
     void copyBytes(const CCryptoString& other);
 
-    // With storage, a zero byte always stands behind the last byte.
+    // With storage, a zero byte always stands after the last byte.
     element data_{ccrypto::ElementType::text};
-    element scratch_;
+    /// Forms derived from the text, for which pointers were handed out.
+    std::forward_list<element> scratch_;
     Scan scan_;
 };
 

@@ -37,7 +37,7 @@ TEST(ElementGrowth, AppendsItsOwnBytes)
 
 TEST(Element, KeepsTypeSignAndBytesThroughCopyMoveAndAssignment)
 {
-    element number(0x01020304);
+    element number(0x01020304u);
     number.setNegative(true);
     const element copy = number;
     element moved = std::move(number);
@@ -101,6 +101,7 @@ TEST(ElementText, RendersEveryKindAsPeopleReadIt)
         {"true", element::FromTruth(true), "TRUE"},
         {"false", element::FromTruth(false), "FALSE"},
         {"zero", element(0u), "0"},
+        {"zero below zero", Integer(std::string(1, '\0'), true), "0"},
         {"word", element(0xFFFFFFFFu), "4294967295"},
         {"no bytes at all", Integer("", false), "0"},
         {"two's complement -128", Integer("\x80", true), "-128"},
@@ -123,28 +124,38 @@ struct NumberCase {
     element value;
     std::uint64_t word64;
     std::int32_t integer;
+    std::optional<std::uint32_t> exactWord32;
+    std::optional<std::int32_t> exactInt;
 };
 
 TEST(ElementNumber, ReadsBytesAndDecimalText)
 {
     const NumberCase cases[] = {
-        {element("1234"), 1234, 1234},
-        {element(" -7x"), static_cast<std::uint64_t>(-7), -7},
-        {element("18446744073709551612"), 18446744073709551612u, -4},
-        {element("99999999999999999999999"), UINT64_MAX, -1},
-        {element("none"), 0, 0},
-        {element(0x80000000u), 0x80000000, INT32_MIN},
-        {Integer("\x80", true), 0x80, -128},
-        {Integer("\x05", true), 5, -5},
-        {Integer("\xFF\xFF\xFF\xFE", true), 0xFFFFFFFE, -2},
-        {element("\x01\x02\x03\x04\x05\x06\x07\x08\x09", 9), 0x0203040506070809, 0x06070809},
-        {element(), 0, 0},
+        {element("1234"), 1234, 1234, 1234, 1234},
+        {element(" -7x"), static_cast<std::uint64_t>(-7), -7, {}, -7},
+        {element("18446744073709551612"), 18446744073709551612u, -4, {}, {}},
+        {element("99999999999999999999999"), UINT64_MAX, -1, {}, {}},
+        {element("none"), 0, 0, 0, 0},
+        {element(0x80000000u), 0x80000000, INT32_MIN, 0x80000000, {}},
+        {element("4294967295"), 0xFFFFFFFF, -1, 0xFFFFFFFF, {}},
+        {element("4294967296"), 0x100000000, 0, {}, {}},
+        {element("-2147483648"), 0xFFFFFFFF80000000, INT32_MIN, {}, INT32_MIN},
+        {element("-2147483649"), 0xFFFFFFFF7FFFFFFF, INT32_MAX, {}, {}},
+        {element(0x7FFFFFFFu), 0x7FFFFFFF, INT32_MAX, 0x7FFFFFFF, INT32_MAX},
+        {Integer("\x80", true), 0x80, -128, {}, -128},
+        {Integer("\x05", true), 5, -5, {}, -5},
+        {Integer("\xFF\xFF\xFF\xFE", true), 0xFFFFFFFE, -2, {}, -2},
+        {element("\x01\x02\x03\x04\x05\x06\x07\x08\x09", 9), 0x0203040506070809, 0x06070809, {}, {}},
+        {element("\0\0\0\0\0\0\0\0\x09", 9), 9, 9, 9, 9},
+        {element(), 0, 0, 0, 0},
     };
     for (const NumberCase& each : cases) {
         SCOPED_TRACE(each.value.toString().c_str());
         EXPECT_EQ(each.value.toWord64(), each.word64);
         EXPECT_EQ(each.value.toWord32(), static_cast<std::uint32_t>(each.word64));
         EXPECT_EQ(each.value.toInt(), each.integer);
+        EXPECT_EQ(each.value.exactWord32(), each.exactWord32);
+        EXPECT_EQ(each.value.exactInt(), each.exactInt);
     }
 }
 

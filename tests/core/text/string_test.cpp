@@ -9,6 +9,7 @@
 
 #include <cstring>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 using namespace ccrypto;
@@ -90,6 +91,28 @@ TEST(String, IsTerminatedWhenItIsJoinedOfNothing)
     EXPECT_STREQ(CCryptoString(nullptr, 4u).c_str(), "");
 }
 
+TEST(String, KeepsTheWideUnitsOfEveryTextItHad)
+{
+    CCryptoString text("\xC3\xA4 and more than an element holds by itself");
+    const char16_t* const first = text.toUtf16();
+    EXPECT_EQ(text.toUtf16(), first);
+    text = "b";
+    const std::u16string_view second(text.toUtf16());
+    text = "another text";
+    EXPECT_EQ(std::u16string_view(text.toUtf16()), u"another text");
+    EXPECT_EQ(std::u16string_view(first), u"\u00E4 and more than an element holds by itself");
+    EXPECT_EQ(second, u"b");
+}
+
+template <typename... Numbers>
+constexpr bool noneMakesText = !(std::is_constructible_v<CCryptoString, Numbers> || ...);
+template <typename... Numbers>
+constexpr bool noneMakesAnElement = !(std::is_constructible_v<element, Numbers> || ...);
+
+static_assert(std::is_constructible_v<CCryptoString, std::int32_t> && std::is_constructible_v<element, std::uint32_t>);
+static_assert(noneMakesText<char, bool, double, std::size_t, std::uint32_t, std::int64_t, char16_t>);
+static_assert(noneMakesAnElement<char, bool, double, std::size_t, std::int32_t, std::int64_t, char16_t>);
+
 TEST(String, KeepsWideUnitsThroughAssignment)
 {
     CCryptoString text("\xC3\xA4");
@@ -152,6 +175,8 @@ TEST(Stream, ReadsAndWritesAndStaysPutOnFailure)
     stream.WriteWord32(0x0708090A);
     stream.WriteWord64(0x0B0C0D0E0F101112);
     ASSERT_EQ(stream.remaining(), 18u);
+    element nothing;
+    EXPECT_TRUE(stream.Read(nothing, 0));
     for (std::uint8_t byte = 1; byte <= 15; ++byte)
         EXPECT_EQ(stream.ReadByte(), byte);
     std::uint8_t four[4] = {};
