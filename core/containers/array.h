@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/memory/out_of_memory.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <initializer_list>
@@ -17,7 +19,8 @@ void ReportAccessPastEnd(std::uint32_t index, std::uint32_t size);
 /// A resizable array of values, each of which has a default. It grows to exactly the size asked for and keeps its storage when it
 /// shrinks, so a caller that knows the final size sets it once instead of appending.
 ///
-/// It carries no lock. References and iterators hold until the array grows.
+/// It carries no lock. References and iterators hold until the array grows. setSize and append answer false when there is no
+/// memory; a copy that finds none ends the process, since nothing could report it.
 template <typename T>
 class CCryptoArray {
 public:
@@ -25,7 +28,6 @@ public:
     CCryptoArray(std::initializer_list<T> values) { assign(values.begin(), static_cast<std::uint32_t>(values.size())); }
     CCryptoArray(const CCryptoArray& other) { assign(other.begin(), other.size_); }
     CCryptoArray(CCryptoArray&& other) noexcept { swap(other); }
-    /// When there is no memory for the copy the array becomes empty.
     CCryptoArray& operator=(const CCryptoArray& other)
     {
         if (this != &other) {
@@ -47,7 +49,7 @@ public:
 
     /// Items that fall away are reset to the default value; items that are new have it.
     /// \return false, the array unchanged, when there is no memory.
-    bool setSize(std::uint32_t size)
+    [[nodiscard]] bool setSize(std::uint32_t size)
     {
         if (size > capacity_)
             return grow(size);
@@ -67,7 +69,7 @@ public:
     }
 
     /// Keeps the storage.
-    void clear() { setSize(0); }
+    void clear() { static_cast<void>(setSize(0)); }
 
     /// The item at `index`. Past the end, which is logged, a default value that belongs to no item: what is written to it is lost.
     T& operator[](std::uint32_t index) { return index < size_ ? items_[index] : stray(index); }
@@ -104,17 +106,21 @@ private:
 
     void assign(const T* values, std::uint32_t count)
     {
-        if (setSize(count))
-            std::copy_n(values, count, items_.get());
+        if (!setSize(count))
+            ccrypto::EndOutOfMemory();
+        std::copy_n(values, count, items_.get());
     }
 
     T& stray(std::uint32_t index)
     {
         ccrypto::ReportAccessPastEnd(index, size_);
-        if (stray_)
+        if (stray_) {
             *stray_ = T();
-        else
-            stray_ = std::make_unique<T>();
+        } else {
+            stray_.reset(new (std::nothrow) T());
+            if (!stray_)
+                ccrypto::EndOutOfMemory();
+        }
         return *stray_;
     }
 

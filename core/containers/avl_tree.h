@@ -2,6 +2,7 @@
 
 #include "core/containers/array.h"
 #include "core/containers/critical_section.h"
+#include "core/memory/out_of_memory.h"
 
 #include <algorithm>
 #include <array>
@@ -9,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <utility>
 
 /// A node of CAvlTree with the subtree below it.
@@ -70,7 +72,7 @@ private:
 
 /// A map ordered by key, in a balanced tree that carries its own lock: every operation holds it from beginning to end, so any
 /// number of threads may use one tree. Keys are ordered by `<=>`, or by `<` and `==` where they have no more. Nodes are never
-/// removed.
+/// removed. Without memory for a node the process ends.
 ///
 /// A value found stays where it is until the tree is destroyed, but is used outside the lock: threads that share the value of one
 /// key, and of which one changes it, go through WithValue.
@@ -156,15 +158,17 @@ public:
         return true;
     }
 
-    /// Copies all keys and all values, each in the order of Traverse, to two arrays. \return false, and neither array has its
-    /// contents any more, when there is no memory for them.
-    bool CopyTo(CCryptoArray<K>& keys, CCryptoArray<V>& values) const
+    /// Copies all keys and all values, each in the order of Traverse, to two arrays. \return false, and both arrays lose their
+    /// contents, when there is no memory for them.
+    [[nodiscard]] bool CopyTo(CCryptoArray<K>& keys, CCryptoArray<V>& values) const
     {
         const CCryptoCSLock lock(&section_);
         keys.clear();
         values.clear();
-        if (!lock.held() || !keys.setSize(count_) || !values.setSize(count_))
+        if (!lock.held() || !keys.setSize(count_) || !values.setSize(count_)) {
+            keys.clear();
             return false;
+        }
         std::uint32_t index = 0;
         return Traverse([&](const K& key, const V& value) {
             keys[index] = key;
@@ -212,7 +216,9 @@ private:
 
     V& addLeaf(Path& path, K key, V value)
     {
-        auto leaf = std::make_unique<Node>(std::move(key), std::move(value));
+        Slot leaf(new (std::nothrow) Node(std::move(key), std::move(value)));
+        if (!leaf)
+            ccrypto::EndOutOfMemory();
         V& stored = leaf->value;
         path.attach(std::move(leaf));
         ++count_;

@@ -1,9 +1,14 @@
 #pragma once
 
+#include "core/memory/out_of_memory.h"
+
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
 #include <memory>
+#include <new>
+#include <type_traits>
 #include <utility>
 
 namespace ccrypto {
@@ -20,6 +25,9 @@ public:
 
     ListIterator() = default;
     explicit ListIterator(Node* node) : node_(node) {}
+    /// An iterator converts to the one that leaves the values alone.
+    template <typename Mutable>
+    requires std::same_as<Value, const Mutable> ListIterator(const ListIterator<Node, Mutable>& other) : node_(other.node()) {}
 
     Value& operator*() const { return node_->value; }
     Value* operator->() const { return &node_->value; }
@@ -47,7 +55,7 @@ private:
 /// The plain list: values chained from head to tail, with one link a value. It does not know its length.
 ///
 /// It carries no lock. Values stay where they are until they are removed; a list of any length is copied and destroyed in constant
-/// stack.
+/// stack. Without memory for a node the process ends.
 template <typename T>
 class CList {
     struct Node {
@@ -79,7 +87,9 @@ public:
     T& append(T value)
     {
         std::unique_ptr<Node>& slot = last_ != nullptr ? last_->next : head_;
-        slot.reset(new Node{std::move(value), nullptr});
+        slot.reset(new (std::nothrow) Node{std::move(value), nullptr});
+        if (!slot)
+            ccrypto::EndOutOfMemory();
         last_ = slot.get();
         return last_->value;
     }
@@ -138,7 +148,7 @@ private:
 /// and gives up a value met while walking without looking for it again.
 ///
 /// It carries no lock. Values stay where they are until they are removed; a list of any length is copied and destroyed in constant
-/// stack.
+/// stack. Without memory for a node the process ends.
 template <typename T>
 class CCryptoList {
     struct Node {
@@ -210,7 +220,7 @@ public:
         }
         return false;
     }
-    /// Removes the value at `place`, which is not the end. \return the place behind it.
+    /// Removes the value at `place`, which is not the end. \return the place after it.
     iterator erase(iterator place) { return iterator(unlink(place.node())); }
 
     void clear()
@@ -227,16 +237,18 @@ public:
     const_iterator end() const { return const_iterator(); }
 
 private:
-    /// The slot that owns the node behind `previous`; null stands for the place before the head.
-    std::unique_ptr<Node>& slotBehind(Node* previous) { return previous != nullptr ? previous->next : head_; }
-    /// The link that leads back from `node`; null stands for the place behind the tail.
+    /// The slot that owns the node after `previous`; null stands for the place before the head.
+    std::unique_ptr<Node>& slotAfter(Node* previous) { return previous != nullptr ? previous->next : head_; }
+    /// The link that leads back from `node`; null stands for the place after the tail.
     Node*& linkBackFrom(Node* node) { return node != nullptr ? node->previous : last_; }
 
     T& insert(Node* before, T value)
     {
         Node* const previous = linkBackFrom(before);
-        std::unique_ptr<Node>& slot = slotBehind(previous);
-        std::unique_ptr<Node> node(new Node{std::move(value), nullptr, previous});
+        std::unique_ptr<Node>& slot = slotAfter(previous);
+        std::unique_ptr<Node> node(new (std::nothrow) Node{std::move(value), nullptr, previous});
+        if (!node)
+            ccrypto::EndOutOfMemory();
         node->next = std::move(slot);
         slot = std::move(node);
         linkBackFrom(before) = slot.get();
@@ -249,7 +261,7 @@ private:
         Node* const previous = node->previous;
         Node* const next = node->next.get();
         linkBackFrom(next) = previous;
-        std::unique_ptr<Node>& slot = slotBehind(previous);
+        std::unique_ptr<Node>& slot = slotAfter(previous);
         const std::unique_ptr<Node> removed = std::move(slot);
         slot = std::move(removed->next);
         --count_;

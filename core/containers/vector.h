@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/memory/out_of_memory.h"
+
 #include <cstdint>
 #include <memory>
 #include <utility>
@@ -8,7 +10,8 @@
 /// A vector of objects that it owns and destroys, of class T or derived from it, in the order in which they were added. An object
 /// stays where it is until it is removed, however the vector grows.
 ///
-/// It can be moved, not copied, since the objects may be of derived classes. It carries no lock.
+/// It can be moved, not copied, since the objects may be of derived classes. It carries no lock. Without memory for the pointers
+/// the process ends.
 template <typename T>
 class CCryptoVector {
 public:
@@ -25,7 +28,7 @@ public:
     {
         if (!object)
             return nullptr;
-        objects_.push_back(std::move(object));
+        ccrypto::internal::OrEndOutOfMemory([&] { objects_.push_back(std::move(object)); });
         return objects_.back().get();
     }
 
@@ -34,7 +37,7 @@ public:
     const T* operator[](std::uint32_t index) const { return index < objects_.size() ? objects_[index].get() : nullptr; }
 
     /// Removes the object at `index` and gives it to the caller; null past the end.
-    std::unique_ptr<T> take(std::uint32_t index)
+    [[nodiscard]] std::unique_ptr<T> take(std::uint32_t index)
     {
         if (index >= objects_.size())
             return nullptr;

@@ -1,6 +1,10 @@
 #include "core/text/string_array.h"
 
+#include "core/memory/out_of_memory.h"
+
 #include <algorithm>
+
+using namespace ccrypto;
 
 namespace {
 
@@ -37,7 +41,7 @@ CCryptoStringArray::CCryptoStringArray(const CCryptoString& text, std::string_vi
     std::uint32_t count = 0;
     ForEachPart(text.view(), separator, skipEmpty, trim, [&](std::string_view) { ++count; });
     if (!setSize(count))
-        return;
+        EndOutOfMemory();
     CCryptoString* next = begin();
     ForEachPart(text.view(), separator, skipEmpty, trim, [&](std::string_view part) { (next++)->append(part); });
 }

@@ -73,7 +73,7 @@ TEST(Array, StaysAsItIsWithoutMemory)
 TEST(Array, AccessPastTheEndTouchesNoItem)
 {
     CCryptoArray<int> array{1, 2, 3};
-    array.setSize(2);
+    ASSERT_TRUE(array.setSize(2));
     array[2] = 9;
     {
         const CapturedLog log;
@@ -83,7 +83,7 @@ TEST(Array, AccessPastTheEndTouchesNoItem)
     int& outside = array[UINT32_MAX];
     outside = array[7];
     EXPECT_EQ(std::as_const(array)[2], 0);
-    array.setSize(3);
+    ASSERT_TRUE(array.setSize(3));
     EXPECT_EQ(array, (CCryptoArray<int>{1, 2, 0}));
 }
 
@@ -117,7 +117,7 @@ TEST(Array, IsDestroyedThroughItsBaseWhenItIsAnElement)
         named->witness = witness;
         CCryptoArray<std::unique_ptr<CCryptoArray<std::string>>> arrays;
         arrays.append(std::move(named));
-        arrays.setSize(8);
+        ASSERT_TRUE(arrays.setSize(8));
         EXPECT_EQ(witness.use_count(), 2);
     }
     EXPECT_EQ(witness.use_count(), 1);

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+using namespace ccrypto;
+
 namespace {
 
 template <typename List>
@@ -142,6 +144,18 @@ private:
 };
 
 } // namespace
+
+TEST(ListIterator, ConvertsToTheOneThatChangesNothing)
+{
+    using List = CCryptoList<int>;
+    static_assert(std::is_convertible_v<List::iterator, List::const_iterator>);
+    static_assert(!std::is_convertible_v<List::const_iterator, List::iterator>);
+    List list;
+    list.append(1);
+    const List::const_iterator first = list.begin();
+    EXPECT_EQ(*first, 1);
+    EXPECT_TRUE(first == list.begin());
+}
 
 TEST(Vector, OwnsItsObjects)
 {
