@@ -1,5 +1,6 @@
 #pragma once
 
+#include <compare>
 #include <cstdint>
 
 namespace ccrypto::platform {
@@ -14,7 +15,8 @@ struct CalendarTime {
     std::int32_t second = 0;
     std::int32_t millisecond = 0;
 
-    bool operator==(const CalendarTime& other) const = default;
+    /// By the fields, the year first.
+    auto operator<=>(const CalendarTime& other) const = default;
 };
 
 /// The present in the zone of this machine.
@@ -24,10 +26,11 @@ CalendarTime LocalNow();
 std::int64_t MonotonicMilliseconds();
 
 /// Seconds since 1970-01-01 00:00:00 UTC of a local calendar time, daylight saving found out by the system; milliseconds are left
-/// out. \return false when the system cannot represent it.
-bool LocalToUnixSeconds(const CalendarTime& local, std::int64_t& seconds);
+/// out. A year that the system cannot convert is taken for one within its reach that is a multiple of 400 years away.
+/// \return false when the time cannot be represented.
+[[nodiscard]] bool LocalToUnixSeconds(const CalendarTime& local, std::int64_t& seconds);
 
-/// The two ways back; `millisecond` of the result is 0. \return false when the system cannot represent it.
+/// The two ways back; `millisecond` of the result is 0. \return false for a year beyond 32 bits.
 bool UnixSecondsToLocal(std::int64_t seconds, CalendarTime& local);
 bool UnixSecondsToUtc(std::int64_t seconds, CalendarTime& utc);
 

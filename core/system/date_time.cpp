@@ -16,14 +16,14 @@ struct TextForm {
     bool utc;
 };
 
-/// The forms that are read. GeneralizedTime comes first, by the number of its fraction digits, and UTCTime behind it.
+/// The forms that are read. GeneralizedTime comes first, by the number of its fraction digits, and UTCTime after it.
 constexpr TextForm forms[] = {
     {"yyyyMMddHHmmssZ", true},          {"yyyyMMddHHmmss.fZ", true},    {"yyyyMMddHHmmss.ffZ", true},
     {"yyyyMMddHHmmss.fffZ", true},      {"yyyyMMddHHmmss.ffffZ", true}, {"yyMMddHHmmssZ", true},
     {"yyyyMMddHHmmss.fff", false},      {"yyyyMMddHHmmss", false},      {"yyyy-MM-dd HH:mm:ss:fff ", false},
     {"yyyy-MM-dd HH:mm:ss:fff", false}, {"yyyy-MM-dd HH:mm:ss", false}, {"yyyy-MM-dd", false},
 };
-constexpr std::uint32_t mostFractionDigits = 4;
+constexpr std::uint32_t maxFractionDigits = 4;
 constexpr std::uint32_t utcTimeForm = 5;
 
 /// X.509 ends UTCTime a year earlier. Stored data was written with 2050 in it and must read back.
@@ -103,6 +103,17 @@ CCryptoString CCryptoDateTime::format(const char* pattern) const
     return CCryptoString(FormatCalendarTime(fields_, pattern, buffer));
 }
 
+std::partial_ordering CCryptoDateTime::operator<=>(const CCryptoDateTime& other) const
+{
+    if (utc_ == other.utc_)
+        return fields_ <=> other.fields_;
+    const std::optional<std::int64_t> moment = toMilliseconds();
+    const std::optional<std::int64_t> otherMoment = moment ? other.toMilliseconds() : std::nullopt;
+    if (!otherMoment)
+        return std::partial_ordering::unordered;
+    return *moment <=> *otherMoment;
+}
+
 std::optional<std::int64_t> CCryptoDateTime::toMilliseconds() const
 {
     const CCryptoDateTime utc = toUtcDateTime();
@@ -126,7 +137,7 @@ CCryptoDateTime CCryptoDateTime::toUtcDateTime() const
 CCryptoString CCryptoDateTime::toGeneralizedTime(std::uint32_t fractionDigits) const
 {
     const CCryptoDateTime utc = toUtcDateTime();
-    if (!utc.isValid() || fractionDigits > mostFractionDigits)
+    if (!utc.isValid() || fractionDigits > maxFractionDigits)
         return {};
     return utc.format(forms[fractionDigits].pattern);
 }

@@ -3,6 +3,7 @@
 #include "core/platform/clock.h"
 #include "core/text/string.h"
 
+#include <compare>
 #include <cstdint>
 #include <optional>
 
@@ -18,7 +19,7 @@ public:
     /// | GeneralizedTime with 0 to 4 fraction digits              | UTC   |
     /// | UTCTime, two-digit years are 1951 to 2050                | UTC   |
     /// | "yyyyMMddHHmmss.fff" and "yyyyMMddHHmmss"                | local |
-    /// | "yyyy-MM-dd HH:mm:ss:fff", with a blank behind it or not | local |
+    /// | "yyyy-MM-dd HH:mm:ss:fff", with or without a blank after it | local |
     /// | "yyyy-MM-dd HH:mm:ss" and "yyyy-MM-dd"                   | local |
     ///
     /// Any other text, or a date that the calendar does not have, gives an invalid time.
@@ -36,7 +37,7 @@ public:
     bool isUtc() const { return utc_; }
     const ccrypto::platform::CalendarTime& fields() const { return fields_; }
 
-    /// The fields by a pattern, which core/date_format.h explains; at most 50 characters. An invalid time is written as it is.
+    /// The fields by a pattern, which core/log/date_format.h explains; at most 50 characters. An invalid time is written unchanged.
     CCryptoString format(const char* pattern) const;
 
     /// Milliseconds since 1970-01-01 00:00:00 UTC; none when toUtcDateTime() fails or the time is invalid.
@@ -53,7 +54,10 @@ public:
     /// of 1950 or earlier reads back as one of 1951 to 2050. \return empty as above.
     CCryptoString toUtcTime() const;
 
-    bool operator==(const CCryptoDateTime& other) const { return fields_ == other.fields_ && utc_ == other.utc_; }
+    /// Two times of one form by their fields, a local and a UTC time by the moments they mean; an invalid time has no order with
+    /// one of the other form.
+    std::partial_ordering operator<=>(const CCryptoDateTime& other) const;
+    bool operator==(const CCryptoDateTime& other) const { return (*this <=> other) == 0; }
 
 private:
     ccrypto::platform::CalendarTime fields_;

@@ -1,18 +1,35 @@
 #include "core/platform/clock.h"
 
+#include "core/platform/runtime_calendar.h"
+
 #include <errno.h>
 #include <time.h>
 
+#include <limits>
+
 namespace ccrypto::platform {
 
-namespace {
+const std::int64_t runtimeFirstYear = std::numeric_limits<std::int32_t>::min();
+const std::int64_t runtimeLastYear = std::numeric_limits<std::int32_t>::max();
+const std::int64_t runtimeFirstSecond = std::numeric_limits<std::int64_t>::min();
+const std::int64_t runtimeLastSecond = std::numeric_limits<std::int64_t>::max();
 
-void FromFields(const tm& fields, CalendarTime& time)
+std::int64_t RuntimeMktime(tm& fields)
 {
-    time = {fields.tm_year + 1900, fields.tm_mon + 1, fields.tm_mday, fields.tm_hour, fields.tm_min, fields.tm_sec, 0};
+    return mktime(&fields);
 }
 
-} // namespace
+bool RuntimeLocalTime(std::int64_t seconds, tm& fields)
+{
+    const time_t time = seconds;
+    return localtime_r(&time, &fields) != nullptr;
+}
+
+bool RuntimeUtcTime(std::int64_t seconds, tm& fields)
+{
+    const time_t time = seconds;
+    return gmtime_r(&time, &fields) != nullptr;
+}
 
 CalendarTime LocalNow()
 {
@@ -29,46 +46,6 @@ std::int64_t MonotonicMilliseconds()
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
     return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1000000;
-}
-
-bool LocalToUnixSeconds(const CalendarTime& local, std::int64_t& seconds)
-{
-    tm fields{};
-    if (__builtin_sub_overflow(local.year, 1900, &fields.tm_year) || __builtin_sub_overflow(local.month, 1, &fields.tm_mon))
-        return false;
-    fields.tm_mday = local.day;
-    fields.tm_hour = local.hour;
-    fields.tm_min = local.minute;
-    fields.tm_sec = local.second;
-    fields.tm_isdst = -1;
-    // -1 is a time, too; only a success sets the day of the week.
-    fields.tm_wday = -1;
-    const time_t result = mktime(&fields);
-    if (result == -1 && fields.tm_wday == -1)
-        return false;
-    seconds = result;
-    return true;
-}
-
-bool UnixSecondsToLocal(std::int64_t seconds, CalendarTime& local)
-{
-    const time_t time = seconds;
-    tm fields{};
-    // The runtime counts years from 1900, so the last ones it knows do not fit when counted from 0.
-    if (localtime_r(&time, &fields) == nullptr || fields.tm_year > INT32_MAX - 1900)
-        return false;
-    FromFields(fields, local);
-    return true;
-}
-
-bool UnixSecondsToUtc(std::int64_t seconds, CalendarTime& utc)
-{
-    const time_t time = seconds;
-    tm fields{};
-    if (gmtime_r(&time, &fields) == nullptr || fields.tm_year > INT32_MAX - 1900)
-        return false;
-    FromFields(fields, utc);
-    return true;
 }
 
 void SleepMilliseconds(std::uint32_t milliseconds)

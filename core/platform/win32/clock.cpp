@@ -1,19 +1,33 @@
 #include "core/platform/clock.h"
 
+#include "core/platform/runtime_calendar.h"
+
 #include <windows.h>
 
 #include <time.h>
 
 namespace ccrypto::platform {
 
-namespace {
+// The runtime knows the years 1970 to 3000 in UTC; local times at their edges lie outside in some zones.
+const std::int64_t runtimeFirstYear = 1971;
+const std::int64_t runtimeLastYear = 2999;
+const std::int64_t runtimeFirstSecond = 31'536'000;    // 1971-01-01
+const std::int64_t runtimeLastSecond = 32'472'144'000; // 2999-01-01
 
-void FromFields(const tm& fields, CalendarTime& time)
+std::int64_t RuntimeMktime(tm& fields)
 {
-    time = {fields.tm_year + 1900, fields.tm_mon + 1, fields.tm_mday, fields.tm_hour, fields.tm_min, fields.tm_sec, 0};
+    return _mktime64(&fields);
 }
 
-} // namespace
+bool RuntimeLocalTime(std::int64_t seconds, tm& fields)
+{
+    return _localtime64_s(&fields, &seconds) == 0;
+}
+
+bool RuntimeUtcTime(std::int64_t seconds, tm& fields)
+{
+    return _gmtime64_s(&fields, &seconds) == 0;
+}
 
 CalendarTime LocalNow()
 {
@@ -32,45 +46,6 @@ CalendarTime LocalNow()
 std::int64_t MonotonicMilliseconds()
 {
     return static_cast<std::int64_t>(GetTickCount64());
-}
-
-bool LocalToUnixSeconds(const CalendarTime& local, std::int64_t& seconds)
-{
-    tm fields{};
-    if (__builtin_sub_overflow(local.year, 1900, &fields.tm_year) || __builtin_sub_overflow(local.month, 1, &fields.tm_mon))
-        return false;
-    fields.tm_mday = local.day;
-    fields.tm_hour = local.hour;
-    fields.tm_min = local.minute;
-    fields.tm_sec = local.second;
-    fields.tm_isdst = -1;
-    // -1 is a time, too; only a success sets the day of the week.
-    fields.tm_wday = -1;
-    const __time64_t result = _mktime64(&fields);
-    if (result == -1 && fields.tm_wday == -1)
-        return false;
-    seconds = result;
-    return true;
-}
-
-bool UnixSecondsToLocal(std::int64_t seconds, CalendarTime& local)
-{
-    const __time64_t time = seconds;
-    tm fields{};
-    if (_localtime64_s(&fields, &time) != 0)
-        return false;
-    FromFields(fields, local);
-    return true;
-}
-
-bool UnixSecondsToUtc(std::int64_t seconds, CalendarTime& utc)
-{
-    const __time64_t time = seconds;
-    tm fields{};
-    if (_gmtime64_s(&fields, &time) != 0)
-        return false;
-    FromFields(fields, utc);
-    return true;
 }
 
 void SleepMilliseconds(std::uint32_t milliseconds)

@@ -25,10 +25,10 @@ TEST(Clock, SecondsBecomeUtc)
         std::int64_t seconds;
         const char* text;
     } const cases[] = {
-        {0, "1970-1-1 0:0:0.0"},
-        {951782399, "2000-2-28 23:59:59.0"},
-        {951782400, "2000-2-29 0:0:0.0"},
-        {2147483648, "2038-1-19 3:14:8.0"},
+        {0, "1970-1-1 0:0:0.0"},           {951782399, "2000-2-28 23:59:59.0"},
+        {951782400, "2000-2-29 0:0:0.0"},  {2147483648, "2038-1-19 3:14:8.0"},
+        {-1, "1969-12-31 23:59:59.0"},     {-62167219200, "0-1-1 0:0:0.0"},
+        {32535216000, "3001-1-1 0:0:0.0"}, {253402300799, "9999-12-31 23:59:59.0"},
     };
     for (const auto& [seconds, text] : cases) {
         CalendarTime utc;
@@ -40,7 +40,8 @@ TEST(Clock, SecondsBecomeUtc)
 TEST(Clock, LocalTimeComesBack)
 {
     // Half a year apart, so that one of them is in summer time where there is one.
-    for (const std::int64_t seconds : {1700000000LL, 1715000000LL, 2200000000LL}) {
+    for (const std::int64_t seconds :
+         {1700000000LL, 1715000000LL, 2200000000LL, 0LL, -1LL, -2208988800LL, -2190000000LL, 32503680000LL, 253402300799LL}) {
         CalendarTime local;
         ASSERT_TRUE(platform::UnixSecondsToLocal(seconds, local));
         std::int64_t back = 0;

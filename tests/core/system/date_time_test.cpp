@@ -28,6 +28,21 @@ std::string Text(const CCryptoString& text)
 
 } // namespace
 
+TEST(DateTime, IsOrderedByFieldsOrByTheMoment)
+{
+    const auto time = [](const char* text) { return CCryptoDateTime(CCryptoString(text)); };
+    const CCryptoDateTime utc = time("20240115120000.5Z");
+    EXPECT_LT(time("19491231235959Z"), time("20000101000000Z"));
+    EXPECT_LT(time("2024-01-15 12:00:00:499"), time("2024-01-15 12:00:00:500"));
+    EXPECT_EQ(utc.toLocalDateTime(), utc);
+    EXPECT_LT(utc.toLocalDateTime(), time("20240115120000.6Z"));
+    EXPECT_GT(time("9999-12-30"), utc);
+    EXPECT_LT(time("1900-01-01"), utc);
+    const CCryptoDateTime none;
+    EXPECT_EQ(none, CCryptoDateTime());
+    EXPECT_FALSE(none < utc || none > utc || none == utc);
+}
+
 TEST(DateTime, ReadsTheFormsItWrites)
 {
     constexpr struct {
