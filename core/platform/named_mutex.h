@@ -7,18 +7,19 @@
 namespace ccrypto::platform {
 
 /// A mutex that processes of every user share by its name. One object may be used by several threads at once; the thread that owns
-/// the mutex may take it again and gives it back as often. On POSIX it is a lock on the file NAME.mutex in /tmp.
+/// the mutex may take it again and gives it back as often. On POSIX it is a lock on the file NAME.mutex in /tmp; when that file is
+/// removed the next lock makes it again, and a forked child owns none of its parent's mutexes.
 class NamedMutex {
 public:
     /// Opens the mutex of that name, or creates it, not owned and open to everyone. `name` has 1 to 200 bytes and
     /// holds neither "/" nor "\".
-    /// \return false when neither is possible; LastError() tells why.
+    /// \return false when neither is possible; LastError() says why.
     bool open(const char* name);
     bool isOpen() const { return static_cast<bool>(state_); }
     void close() { state_.reset(); }
 
     /// Waits at most `milliseconds`. A mutex left behind by a dead owner counts as obtained. \return false on time-out or failure.
-    bool lock(std::uint32_t milliseconds);
+    [[nodiscard]] bool lock(std::uint32_t milliseconds);
     /// Does nothing when the calling thread is not the owner.
     void unlock();
 

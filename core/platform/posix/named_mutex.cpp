@@ -6,6 +6,7 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <pthread.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -16,7 +17,9 @@
 #include <cstring>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <string>
+#include <utility>
 
 namespace ccrypto::platform {
 
@@ -24,11 +27,58 @@ namespace {
 
 /// The file lock keeps processes (and other objects of the same name) apart, `threads` the threads that use this object.
 struct MutexState {
+    explicit MutexState(std::string lockFile);
+    ~MutexState();
+    MutexState(const MutexState&) = delete;
+    MutexState& operator=(const MutexState&) = delete;
+
+    const std::string path;
     OwnedDescriptor file;
     std::recursive_timed_mutex threads;
     std::atomic<std::uint32_t> owner{0};
     std::uint32_t depth = 0;
+
+    MutexState* next = nullptr;
 };
+
+constinit std::mutex openMutexesGuard;
+/// All that are open in this process, for a child made by fork.
+constinit MutexState* openMutexes = nullptr;
+
+/// A forked child inherits the open files, and with them the parent's file locks. It forgets them and opens its own at its next
+/// lock; it owns no mutex, whatever the parent owned. No other thread is there yet.
+void StartAnew()
+{
+    for (MutexState* state = openMutexes; state != nullptr; state = state->next) {
+        state->file.reset();
+        new (&state->threads) std::recursive_timed_mutex;
+        state->owner = 0;
+        state->depth = 0;
+    }
+    openMutexesGuard.unlock();
+}
+
+void WatchForForks()
+{
+    [[maybe_unused]] static const int registered =
+        pthread_atfork([] { openMutexesGuard.lock(); }, [] { openMutexesGuard.unlock(); }, StartAnew);
+}
+
+MutexState::MutexState(std::string lockFile) : path(std::move(lockFile))
+{
+    WatchForForks();
+    const std::lock_guard guard(openMutexesGuard);
+    next = std::exchange(openMutexes, this);
+}
+
+MutexState::~MutexState()
+{
+    const std::lock_guard guard(openMutexesGuard);
+    MutexState** link = &openMutexes;
+    while (*link != this)
+        link = &(*link)->next;
+    *link = next;
+}
 
 bool IsUsableName(const char* name)
 {
@@ -70,8 +120,8 @@ bool LockFile(int file, std::int64_t deadline, bool forever)
         }
         return true;
     }
-    constexpr std::int64_t longestInterval = 8;
-    for (std::int64_t interval = 1;; interval = std::min(interval * 2, longestInterval)) {
+    constexpr std::int64_t maxInterval = 8;
+    for (std::int64_t interval = 1;; interval = std::min(interval * 2, maxInterval)) {
         if (flock(file, LOCK_EX | LOCK_NB) == 0)
             return true;
         if (errno != EWOULDBLOCK && errno != EINTR)
@@ -81,6 +131,31 @@ bool LockFile(int file, std::int64_t deadline, bool forever)
             return false;
         SleepMilliseconds(static_cast<std::uint32_t>(std::min(interval, left)));
     }
+}
+
+/// Whether the path still leads to the open file. Once the file is removed, others lock a new one of the same name.
+bool IsInPlace(const MutexState& state)
+{
+    struct stat opened = {};
+    struct stat named = {};
+    return fstat(state.file.get(), &opened) == 0 && lstat(state.path.c_str(), &named) == 0 && opened.st_dev == named.st_dev &&
+           opened.st_ino == named.st_ino;
+}
+
+bool LockFileInPlace(MutexState& state, std::int64_t deadline, bool forever)
+{
+    // So often the file may vanish between opening and locking.
+    constexpr int maxAttempts = 100;
+    for (int attempt = 0; attempt < maxAttempts; ++attempt) {
+        if (!state.file)
+            state.file = OpenLockFile(state.path);
+        if (!state.file || !LockFile(state.file.get(), deadline, forever))
+            return false;
+        if (IsInPlace(state))
+            return true;
+        state.file.reset();
+    }
+    return false;
 }
 
 } // namespace
@@ -97,11 +172,10 @@ bool NamedMutex::open(const char* name)
         errno = EINVAL;
         return false;
     }
-    OwnedDescriptor file = OpenLockFile("/tmp/" + std::string(name) + ".mutex");
-    if (!file)
+    auto state = std::make_unique<MutexState>("/tmp/" + std::string(name) + ".mutex");
+    state->file = OpenLockFile(state->path);
+    if (!state->file)
         return false;
-    auto state = std::make_unique<MutexState>();
-    state->file = std::move(file);
     state_.reset(state.release());
     return true;
 }
@@ -117,7 +191,7 @@ bool NamedMutex::lock(std::uint32_t milliseconds)
         state->threads.lock();
     else if (!state->threads.try_lock_for(std::chrono::milliseconds(milliseconds)))
         return false;
-    if (state->depth == 0 && !LockFile(state->file.get(), deadline, forever)) {
+    if (state->depth == 0 && !LockFileInPlace(*state, deadline, forever)) {
         state->threads.unlock();
         return false;
     }
