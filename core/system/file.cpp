@@ -10,6 +10,7 @@ using namespace ccrypto;
 namespace {
 
 constexpr std::uint64_t lastIndex = std::numeric_limits<std::uint32_t>::max();
+constexpr std::uint64_t maxOfUnknownSize = 64 << 20;
 constexpr const char* notOpen = "File is not open";
 constexpr const char* notWritable = "File is not open in a mode for this";
 constexpr const char* unusableName = "File name is empty or contains a zero byte";
@@ -23,6 +24,24 @@ bool IsUsable(const CCryptoString& fileName)
 int Shown(std::uint64_t number)
 {
     return static_cast<int>(static_cast<std::uint32_t>(number));
+}
+
+/// Reads up to `count` bytes, piece by piece, since a file of unknown size may hold far fewer.
+bool ReadPart(platform::File& file, std::uint64_t index, std::uint32_t count, element& content)
+{
+    constexpr std::uint32_t pieceSize = 0x100000;
+    for (std::uint32_t before = 0; before < count;) {
+        const std::uint32_t wanted = std::min(count - before, pieceSize);
+        content.resize(before + wanted);
+        const std::int64_t done = file.readAt(index + before, content.data() + before, wanted);
+        if (done < 0)
+            return false;
+        before += static_cast<std::uint32_t>(done);
+        content.resize(before);
+        if (done < wanted)
+            break;
+    }
+    return true;
 }
 
 /// Moves the bytes between `from` and `end` to `to`, which lies before `from`. Failures go to `logger`.
@@ -92,19 +111,25 @@ bool CCryptoFile::Read(std::uint32_t index, std::uint32_t length, element& conte
         logger.setLastWindowsError();
         return false;
     }
-    if (size < index)
+    const bool sizeKnown = size != 0;
+    if (sizeKnown && size < index)
         return logger.fail(false, "size<index");
-    const auto count =
-        static_cast<std::uint32_t>(std::min<std::uint64_t>({length, static_cast<std::uint64_t>(size) - index, lastIndex - index}));
-    content.resize(count);
-    const std::int64_t done = file_.readAt(index, content.data(), count);
-    if (done < 0) {
+    const std::uint64_t available = sizeKnown ? static_cast<std::uint64_t>(size) - index : maxOfUnknownSize + 1;
+    const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>({length, available, lastIndex - index}));
+    if (sizeKnown)
+        content.reserve(count);
+    if (!ReadPart(file_, index, count, content)) {
         logger.setLastWindowsError();
         content.clear();
         return false;
     }
-    content.resize(static_cast<std::uint32_t>(done));
-    position_ = index + static_cast<std::uint32_t>(done);
+    if (!sizeKnown && content.isEmpty() && index != 0)
+        return logger.fail(false, "size<index");
+    if (!sizeKnown && content.length() > maxOfUnknownSize) {
+        content.clear();
+        return logger.fail(false, "The file has no size and does not end within 64 MiB");
+    }
+    position_ = index + content.length();
     return logger.setResult(true);
 }
 

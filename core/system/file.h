@@ -19,10 +19,11 @@ public:
     using Mode = ccrypto::platform::FileMode;
 
     CCryptoFile() = default;
-    /// As Open; isOpen() tells how it ended.
+    /// As Open; isOpen() says whether it succeeded.
     CCryptoFile(const CCryptoString& fileName, Mode mode);
-    CCryptoFile(const CCryptoFile&) = delete;
-    CCryptoFile& operator=(const CCryptoFile&) = delete;
+    /// Leaves `other` closed.
+    CCryptoFile(CCryptoFile&& other) noexcept = default;
+    CCryptoFile& operator=(CCryptoFile&& other) noexcept = default;
 
     /// A file held so far is closed first.
     bool Open(const CCryptoString& fileName, Mode mode);
@@ -30,17 +31,21 @@ public:
     bool isOpen() const { return file_.isOpen(); }
 
     /// Reads `length` bytes from `index` on, or as many as remain, into `content`, whose type stays. An index past the end fails.
-    bool Read(std::uint32_t index, std::uint32_t length, element& content);
+    ///
+    /// A file that the system makes up while it is read, as those in /proc, has the size 0 and is read until it ends; one that has
+    /// more than 64 MiB of what was asked for fails.
+    [[nodiscard]] bool Read(std::uint32_t index, std::uint32_t length, element& content);
     /// Puts the bytes at `index`, over those there and beyond the end as need be. Mode append puts them at the end.
-    bool Write(std::span<const std::uint8_t> bytes, std::uint32_t index);
-    /// Takes `length` bytes, or as many as remain, out of the file at `index`; those behind move up. Needs mode write or readWrite.
-    bool Erase(std::uint32_t index, std::uint32_t length);
+    [[nodiscard]] bool Write(std::span<const std::uint8_t> bytes, std::uint32_t index);
+    /// Takes `length` bytes, or as many as remain, out of the file at `index`; those after them move up. Needs mode write or
+    /// readWrite.
+    [[nodiscard]] bool Erase(std::uint32_t index, std::uint32_t length);
 
     /// In bytes.
     std::int64_t Size() const;
     static std::int64_t Size(const CCryptoString& fileName);
 
-    /// The index behind the last byte that was read or written; where bytes were erased, the index of the first that moved up.
+    /// The index after the last byte that was read or written; where bytes were erased, the index of the first that moved up.
     std::uint32_t CurrentPos() const { return position_; }
 
     static bool Remove(const CCryptoString& fileName);

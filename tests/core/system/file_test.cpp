@@ -127,6 +127,17 @@ TEST(CryptoFile, FailuresAreToldAndChangeNothing)
     EXPECT_EQ(CCryptoFile::Size(Name(directory)), -1);
 }
 
+TEST(CryptoFile, IsMovedWithWhatItHasOpen)
+{
+    const TemporaryDirectory directory;
+    CCryptoFile file(Name(directory), CCryptoFile::Mode::readWrite);
+    ASSERT_TRUE(Put(file, "12345", 0));
+    CCryptoFile other = std::move(file);
+    EXPECT_FALSE(file.isOpen());
+    EXPECT_EQ(other.CurrentPos(), 5U);
+    EXPECT_EQ(Get(other, 1, 2), "23");
+}
+
 TEST(CryptoFile, OperationsShowInTheLog)
 {
     const TemporaryDirectory directory;
@@ -136,7 +147,7 @@ TEST(CryptoFile, OperationsShowInTheLog)
     Put(file, "12345", 0);
     Get(file, 1, 2);
     Get(file, 0, 0xFFFFFFFF);
-    file.Erase(6, 1);
+    EXPECT_FALSE(file.Erase(6, 1));
     CCryptoFile::Size(name);
     std::vector<std::string> entries;
     for (const std::string& text : log.texts())
