@@ -2,6 +2,7 @@
 
 #include "core/base/never_destroyed.h"
 #include "core/log/log_line.h"
+#include "core/platform/clock.h"
 #include "core/platform/process.h"
 
 #include <new>
@@ -12,6 +13,17 @@ namespace ccrypto::logging {
 namespace {
 
 constinit NeverDestroyed<std::atomic<std::shared_ptr<LogOutput>>> currentOutput;
+
+struct LineUnderWay {
+    LineUnderWay() { ++state::linesUnderWay; }
+    ~LineUnderWay()
+    {
+        --state::linesUnderWay;
+        constexpr std::uint32_t pause = 2;
+        if (state::forcesUnderWay != 0)
+            platform::SleepMilliseconds(pause);
+    }
+};
 
 } // namespace
 
@@ -31,6 +43,7 @@ void WriteLine(std::uint32_t depth, std::string_view timingPrefix, std::string_v
 {
     if (!Shows(depth))
         return;
+    const LineUnderWay underWay;
     const std::shared_ptr<LogOutput> output = CurrentOutput();
     if (output == nullptr)
         return;

@@ -13,18 +13,21 @@ class Thread {
 public:
     using Entry = void (*)(void* argument);
 
-    /// Starts `entry(argument)`; a thread held so far is closed first. \return false when the system refuses; LastError() tells
+    /// Starts `entry(argument)`; a thread held so far is closed first. \return false when the system refuses; LastError() says
     /// why.
-    bool start(Entry entry, void* argument);
+    [[nodiscard]] bool start(Entry entry, void* argument);
 
     /// \return true when the thread has ended within `milliseconds` (`waitForever` waits without limit), or none was started.
-    /// Otherwise LastError() tells why: the system's code for a time-out, as a rule.
-    bool wait(std::uint32_t milliseconds);
+    /// Otherwise LastError() says why: the system's code for a time-out, as a rule.
+    [[nodiscard]] bool wait(std::uint32_t milliseconds);
 
     /// Ends the thread by force; what it owned is lost. On POSIX the real-time signal SIGRTMAX - 3 is used for it, and the thread's
-    /// stack is lost, too. \return whether the thread has ended; false, after a second, of one that is stuck in the system or
-    /// holds off the signal: it may still end later.
-    bool terminate();
+    /// stack is lost, too.
+    /// \param mayEndNow asked while the thread stands still, and again each millisecond while it answers false: whether the thread
+    /// holds nothing that others need. It must not lock or allocate. Null for always.
+    /// \return whether the thread has ended; false, after a second, of one that is stuck in the system, holds off the signal, or
+    /// may not end: it may still end later.
+    [[nodiscard]] bool terminate(bool (*mayEndNow)() = nullptr);
 
     /// Gives the handle back; a thread that still runs goes on by itself.
     void close() { state_.reset(); }

@@ -2,10 +2,14 @@
 
 #include "core/diagnostics/auto_logger.h"
 #include "core/diagnostics/log_nesting.h"
+#include "core/log/log.h"
 #include "core/log/log_writers.h"
+#include "core/memory/out_of_memory.h"
 #include "core/platform/process.h"
 
 #include <algorithm>
+#include <exception>
+#include <new>
 
 using namespace ccrypto;
 
@@ -29,7 +33,7 @@ CCryptoThread::~CCryptoThread()
         objectOfThisThread = nullptr;
         return;
     }
-    thread_.wait(waitForever);
+    static_cast<void>(thread_.wait(waitForever));
 }
 
 bool CCryptoThread::isThisThread() const
@@ -43,12 +47,28 @@ void CCryptoThread::run()
         body_();
 }
 
+void CCryptoThread::runToItsEnd()
+{
+    try {
+        run();
+    } catch (const std::bad_alloc&) {
+        EndOutOfMemory();
+    } catch (const std::exception& failure) {
+        WriteErrorEx_G("CCryptoThread::run: An exception ended the thread: %s", failure.what());
+    } catch (...) {
+        // No exception of the language: the thread leaves by the system's call, which unwinds the stack.
+        if (std::current_exception() == nullptr)
+            throw;
+        WriteErrorEx_G("CCryptoThread::run: An exception ended the thread");
+    }
+}
+
 void CCryptoThread::Enter(void* argument)
 {
     CCryptoThread& self = *static_cast<CCryptoThread*>(argument);
     self.id_ = platform::CurrentThreadId();
     objectOfThisThread = &self;
-    self.run();
+    self.runToItsEnd();
     if (objectOfThisThread != &self)
         return;
     // From here on the owner may destroy the object.
@@ -106,7 +126,8 @@ bool CCryptoThread::wait(std::uint32_t totalTimeout, std::uint32_t responseTime)
     if (awaitEnd(remaining) || (!running_ && awaitEnd(leavingTime)))
         return logger.setResult(true);
     logger.setLastWindowsError();
-    if (!logging::EndByForce(id(), [this] { return thread_.terminate() && awaitEnd(0); }))
+    const logging::ForceUnderWay underWay;
+    if (!logging::EndByForce(id(), [this] { return thread_.terminate(logging::NoLineUnderWay) && awaitEnd(0); }))
         return logger.fail(false, "The thread cannot be ended");
     return false;
 }

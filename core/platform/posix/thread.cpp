@@ -22,6 +22,7 @@ namespace {
 struct ThreadState {
     pthread_t handle{};
     bool toldToLeave = false;
+    std::atomic<bool (*)()> mayEndNow = nullptr;
     /// Set by the thread when it leaves because it was told to.
     std::atomic<bool> leaves = false;
     /// Joined, or ended by force; there is no handle any more.
@@ -45,6 +46,8 @@ struct Start {
 void LeaveAtOnce(int)
 {
     if (stateOfThisThread == nullptr)
+        return;
+    if (bool (*const mayEndNow)() = stateOfThisThread->mayEndNow; mayEndNow != nullptr && !mayEndNow())
         return;
     stateOfThisThread->leaves = true;
     syscall(SYS_exit, 0);
@@ -103,7 +106,7 @@ bool HasLeftTheSystem(std::uint32_t id)
     return syscall(SYS_tgkill, getpid(), static_cast<pid_t>(id), 0) != 0 && errno == ESRCH;
 }
 
-/// Waits for a thread that was told to leave.
+/// Tells a thread to leave, again and again until it does.
 bool AwaitLeaving(ThreadState& state, std::uint32_t id, std::uint32_t milliseconds)
 {
     for (std::uint32_t waited = 0; !HasLeftTheSystem(id); ++waited) {
@@ -111,6 +114,8 @@ bool AwaitLeaving(ThreadState& state, std::uint32_t id, std::uint32_t millisecon
             errno = ETIMEDOUT;
             return false;
         }
+        if (!state.leaves)
+            pthread_kill(state.handle, TerminationSignal());
         SleepMilliseconds(1);
     }
     // One that left by force is not joined: that would hand its stack, with the thread-specific values no one has cleared, to the
@@ -173,15 +178,15 @@ bool Thread::wait(std::uint32_t milliseconds)
     return state->gone;
 }
 
-bool Thread::terminate()
+bool Thread::terminate(bool (*mayEndNow)())
 {
     auto* const state = static_cast<ThreadState*>(state_.get());
     if (wait(0))
         return true;
     // A thread that is stuck in the kernel must not hold up the caller.
     constexpr std::uint32_t deliveryTime = 1000;
+    state->mayEndNow = mayEndNow;
     state->toldToLeave = true;
-    pthread_kill(state->handle, TerminationSignal());
     return AwaitLeaving(*state, id_, deliveryTime);
 }
 

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <errno.h>
+#include <malloc.h>
 #include <process.h>
 
 #include <memory>
@@ -22,6 +23,41 @@ unsigned __stdcall Run(void* pointer)
     const Start start = *owned;
     start.entry(start.argument);
     return 0;
+}
+
+/// Keeps other threads out of the runtime's heap, whose lock must not stay with a thread that is ended.
+class HeapHeld {
+public:
+    HeapHeld() { HeapLock(heap_); }
+    ~HeapHeld() { HeapUnlock(heap_); }
+    HeapHeld(const HeapHeld&) = delete;
+    HeapHeld& operator=(const HeapHeld&) = delete;
+
+private:
+    const HANDLE heap_ = reinterpret_cast<HANDLE>(_get_heap_handle()); // the runtime returns the handle as a number
+};
+
+/// Ends a thread that stands still where it may end, as soon as it does.
+bool EndWhereItMay(HANDLE thread, bool (*mayEndNow)())
+{
+    constexpr DWORD patience = 1000;
+    for (DWORD waited = 0; waited < patience; ++waited) {
+        {
+            const HeapHeld heap;
+            if (SuspendThread(thread) == static_cast<DWORD>(-1))
+                return false;
+            // Asking for the context waits until the thread stands still.
+            CONTEXT context{};
+            context.ContextFlags = CONTEXT_CONTROL;
+            GetThreadContext(thread, &context);
+            if (mayEndNow == nullptr || mayEndNow())
+                return TerminateThread(thread, 0) != FALSE;
+            ResumeThread(thread);
+        }
+        if (WaitForSingleObject(thread, 1) == WAIT_OBJECT_0)
+            return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -58,11 +94,11 @@ bool Thread::wait(std::uint32_t milliseconds)
     return result == WAIT_OBJECT_0;
 }
 
-bool Thread::terminate()
+bool Thread::terminate(bool (*mayEndNow)())
 {
     // The call only begins the end.
     constexpr std::uint32_t endingTime = 1000;
-    return !isOpen() || (TerminateThread(state_.get(), 0) != FALSE && wait(endingTime)) || wait(0);
+    return !isOpen() || (EndWhereItMay(state_.get(), mayEndNow) && wait(endingTime)) || wait(0);
 }
 
 } // namespace ccrypto::platform

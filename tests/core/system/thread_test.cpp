@@ -1,3 +1,4 @@
+#include "core/log/log_writers.h"
 #include "core/platform/clock.h"
 #include "core/platform/process.h"
 #include "core/system/thread.h"
@@ -6,8 +7,12 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <chrono>
 #include <cstdio>
+#include <functional>
 #include <future>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -120,6 +125,49 @@ TEST(CryptoThreadDeathTest, IsEndedByForceAfterTheTotalTime)
         EXPECT_THAT(log.texts(), Contains(HasSubstr("CCryptoThread::wait - OUT WITH ERROR")));
         EXPECT_TRUE(thread.wait(0, 0));
     });
+}
+
+TEST(CryptoThread, AnExceptionEndsTheThreadAlone)
+{
+    struct {
+        std::function<void()> body;
+        const char* line;
+    } const cases[] = {
+        {[] { throw std::runtime_error("reason"); }, "CCryptoThread::run: An exception ended the thread: reason"},
+        {[] { throw 1; }, "CCryptoThread::run: An exception ended the thread"},
+    };
+    for (const auto& [body, line] : cases) {
+        const CapturedLog log;
+        CCryptoThread thread(body);
+        ASSERT_TRUE(thread.start());
+        EXPECT_TRUE(thread.wait(CCryptoThread::waitForever, 0));
+        EXPECT_FALSE(thread.isRunning());
+        EXPECT_THAT(log.texts(), Contains(std::string("ERROR: ") + line));
+    }
+}
+
+TEST(CryptoThreadDeathTest, ForceLeavesTheLogUsable)
+{
+    // A thread that writes all the time is met inside a line almost always.
+    for (int round = 0; round < 10; ++round) {
+        InChildProcess([] {
+            const CapturedLog log([](const std::string&) { std::this_thread::sleep_for(std::chrono::microseconds(50)); });
+            std::atomic<bool> begun = false;
+            CCryptoThread thread([&] {
+                for (;;) {
+                    WriteLog_G("a line");
+                    begun = true;
+                }
+            });
+            ASSERT_TRUE(thread.start());
+            while (!begun)
+                std::this_thread::yield();
+            EXPECT_FALSE(thread.wait(0, 0));
+            EXPECT_FALSE(thread.isRunning());
+            WriteLog_G("the log goes on");
+            EXPECT_EQ(log.texts().back(), "the log goes on");
+        });
+    }
 }
 
 TEST(CryptoThread, StartsAgainAndIsAwaitedByItsDestructor)
