@@ -25,7 +25,7 @@ constexpr bool IsAsciiLetter(char character)
     return IsCapital(character) || (character >= 'a' && character <= 'z');
 }
 
-/// A capital letter as a small one; any other character as it is.
+/// A capital letter as a small one; any other character unchanged.
 constexpr char ToSmall(char character)
 {
     return IsCapital(character) ? static_cast<char>(character - 'A' + 'a') : character;

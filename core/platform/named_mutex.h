@@ -7,7 +7,7 @@
 namespace ccrypto::platform {
 
 /// A mutex that processes of every user share by its name. One object may be used by several threads at once; the thread that owns
-/// the mutex may take it again and gives it back as often. On POSIX it is a lock on the file NAME.mutex in /tmp; when that file is
+/// the mutex may lock it again and unlocks it as often. On POSIX it is a lock on the file NAME.mutex in /tmp; when that file is
 /// removed the next lock makes it again, and a forked child owns none of its parent's mutexes.
 class NamedMutex {
 public:
@@ -18,7 +18,7 @@ public:
     bool isOpen() const { return static_cast<bool>(state_); }
     void close() { state_.reset(); }
 
-    /// Waits at most `milliseconds`. A mutex left behind by a dead owner counts as obtained. \return false on time-out or failure.
+    /// Waits at most `milliseconds`. A mutex whose owner has died counts as obtained. \return false on time-out or failure.
     [[nodiscard]] bool lock(std::uint32_t milliseconds);
     /// Does nothing when the calling thread is not the owner.
     void unlock();

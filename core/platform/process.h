@@ -20,13 +20,13 @@ std::string SystemErrorText(std::uint32_t code);
 /// The path of the executable that hosts the library. \return false with `error` set to the system's code when it is not known.
 bool HostExecutablePath(std::string& path, std::uint32_t& error);
 
-/// Empty when the system does not tell.
+/// Empty when the system does not know.
 std::string CurrentDirectory();
 
 /// The command line of the process as it was started; words are separated by blanks where the system hands them out one by one.
 std::string CommandLine();
 
-/// Empty when the system does not tell.
+/// Empty when the system does not know.
 std::string ComputerName();
 
 /// True once the system is taking the process down and has ended its other threads, which may have held any lock.

@@ -39,9 +39,9 @@ public:
     /// Creates the key when missing; a volatile key does not survive a restart (on POSIX it does, empty). Opened for writing.
     std::uint32_t create(RegistryHive hive, const char* path, bool isVolatile);
 
-    /// Reads the value `name` into `buffer` of `size` bytes; `size` becomes the number of bytes read, `isText` tells a REG_SZ. A
-    /// terminator stored with the text takes up room but is not counted. An empty or null name is the key's unnamed value.
-    /// A value that does not fit gives registryMoreData, the size it needs, and leaves the buffer undefined.
+    /// Reads the value `name` into `buffer` of `size` bytes; `size` becomes the number of bytes read, `isText` becomes true for a
+    /// REG_SZ. A terminator stored with the text needs space in the buffer but is not counted. An empty or null name is the key's
+    /// unnamed value. A value that does not fit gives registryMoreData, the size it needs, and leaves the buffer undefined.
     std::uint32_t queryValue(const char* name, void* buffer, std::uint32_t& size, bool& isText) const;
     /// Writes `length` bytes as a REG_SZ.
     std::uint32_t setText(const char* name, const char* text, std::uint32_t length);

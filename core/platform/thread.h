@@ -23,7 +23,7 @@ public:
 
     /// Ends the thread by force; what it owned is lost. On POSIX the real-time signal SIGRTMAX - 3 is used for it, and the thread's
     /// stack is lost, too.
-    /// \param mayEndNow asked while the thread stands still, and again each millisecond while it answers false: whether the thread
+    /// \param mayEndNow asked while the thread is suspended, and again each millisecond while it answers false: whether the thread
     /// holds nothing that others need. It must not lock or allocate. Null for always.
     /// \return whether the thread has ended; false, after a second, of one that is stuck in the system, holds off the signal, or
     /// may not end: it may still end later.

@@ -9,9 +9,9 @@
 class CCryptoRegistry {
 public:
     /// Reads a value of the key `path`, in the machine's hive or, with `userFirst`, in the user's hive before it. The buffer is
-    /// cleared; a value found stands in it with a zero byte behind, whether it was stored with one or not. A value without room for
+    /// cleared; a value found is terminated in it, whether it was stored with one or not. A value without room for
     /// the zero byte is an error, "Value is longer than %u bytes" and the system's text for ERROR_MORE_DATA.
-    /// \param size the room at `buffer`; becomes the number of bytes read, as stored.
+    /// \param size the size of `buffer`; becomes the number of bytes read, as stored.
     /// \return true when found. A missing value is an error with `reportMissing` alone.
     static bool getRegValue(const char* path, const char* name, char* buffer, std::uint32_t& size, bool reportMissing,
                             bool userFirst);

@@ -14,18 +14,18 @@ using namespace ccrypto;
 namespace {
 
 // One byte more than the value, for its terminator.
-constexpr std::uint32_t integerRoom = 20 + 1;
-constexpr std::uint32_t stringRoom = 255 + 1;
-constexpr std::uint32_t longStringRoom = 260 + 1;
-constexpr std::size_t longestComputerName = 255;
+constexpr std::uint32_t integerSize = 20 + 1;
+constexpr std::uint32_t stringSize = 255 + 1;
+constexpr std::uint32_t longStringSize = 260 + 1;
+constexpr std::size_t maxComputerName = 255;
 
 constinit NeverDestroyed<std::unique_ptr<ICryptoSettings>> installed;
 
-template <std::uint32_t room>
+template <std::uint32_t size>
 element TextValue(ICryptoSettings& settings, const char* name)
 {
-    char buffer[room];
-    return settings.GetValue(name, buffer, room, 0) ? element(buffer) : element();
+    char buffer[size];
+    return settings.GetValue(name, buffer, size, 0) ? element(buffer) : element();
 }
 
 } // namespace
@@ -53,8 +53,8 @@ std::int32_t IntegerOfText(std::string_view text)
 
 bool ICryptoSettings::GetInteger(const char* name, std::uint32_t& value, std::uint32_t flags)
 {
-    char text[integerRoom];
-    if (!GetValue(name, text, integerRoom, flags))
+    char text[integerSize];
+    if (!GetValue(name, text, integerSize, flags))
         return false;
     value = static_cast<std::uint32_t>(IntegerOfText(text));
     return true;
@@ -62,12 +62,12 @@ bool ICryptoSettings::GetInteger(const char* name, std::uint32_t& value, std::ui
 
 element ICryptoSettings::GetString(const char* name)
 {
-    return TextValue<stringRoom>(*this, name);
+    return TextValue<stringSize>(*this, name);
 }
 
 element ICryptoSettings::GetLongString(const char* name)
 {
-    return TextValue<longStringRoom>(*this, name);
+    return TextValue<longStringSize>(*this, name);
 }
 
 std::uint32_t ICryptoSettings::GetIntegerOrDefault(const char* name, std::uint32_t defaultValue)
@@ -104,7 +104,7 @@ CCryptoString CCryptoSettings::ComputerName()
 
     const std::string full = platform::ComputerName();
     if (full.empty())
-        return logger.fail(CCryptoString(), "The system does not tell the computer's name");
-    const CCryptoString name(std::string_view(full).substr(0, longestComputerName));
+        return logger.fail(CCryptoString(), "The system does not know the computer's name");
+    const CCryptoString name(std::string_view(full).substr(0, maxComputerName));
     return logger.setRetValue(ResultStatus::info, name, name);
 }

@@ -37,7 +37,7 @@ public:
 };
 
 /// Walks the items of a group: the settings answer for the item that GetNext reached last, or for the group before the first item
-/// and behind the last.
+/// and after the last.
 class ICryptoSettingsGroupIterator : public ICryptoSettings {
 public:
     /// Moves to the next item and writes its name to `name` of `size` bytes. \return false when no item remains.

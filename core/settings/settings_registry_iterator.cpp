@@ -14,7 +14,7 @@ using platform::RegistryAccess;
 namespace {
 
 // A key name has at most 255 characters, of at most 4 bytes each.
-constexpr std::size_t keyNameRoom = 255 * 4 + 1;
+constexpr std::size_t keyNameSize = 255 * 4 + 1;
 
 } // namespace
 
@@ -49,7 +49,7 @@ bool CCryptoSettingsRegistryIter::GetNext(char* name, std::uint32_t size)
 
     item_.close();
     atItem_ = false;
-    std::array<char, keyNameRoom> itemName{};
+    std::array<char, keyNameSize> itemName{};
     for (;;) {
         const std::uint32_t status = group_.enumerate(index_, itemName.data(), static_cast<std::uint32_t>(itemName.size()));
         if (status == platform::registryNoMoreItems)
@@ -75,7 +75,8 @@ bool CCryptoSettingsRegistryIter::GetValue(const char* name, char* buffer, std::
     CCryptoAutoLogger logger("CCryptoSettingsRegistryIter::GetValue", ccrypto::LoggerMode::quietResultExpected, "%s",
                              OrEmpty(name));
 
-    std::memset(buffer, 0, size);
+    if (buffer != nullptr)
+        std::memset(buffer, 0, size);
     if (name == nullptr)
         return logger.fail(false, "No key or value name defined");
     const std::uint32_t room = size;

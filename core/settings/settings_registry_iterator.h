@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <memory>
 
-/// The sub-keys of a registry key, one after the other, each of them settings. Items are read, not written.
+/// Walks the sub-keys of a registry key, each of them settings. Items are read, not written.
 class CCryptoSettingsRegistryIter : public ICryptoSettingsGroupIterator, private CCryptoRegistry {
 public:
     /// Opens the key `group` below `parent`, which was opened to read.
@@ -29,7 +29,7 @@ public:
     bool SetValue(const element& name, const element& value) override;
     /// A group below this one.
     std::unique_ptr<ICryptoSettingsGroupIterator> Group(const char* name) override;
-    /// Items whose name does not fit are passed over, logged. An item whose key cannot be opened is reached, but holds no values.
+    /// Items whose name does not fit are skipped, logged. An item whose key cannot be opened is reached, but holds no values.
     bool GetNext(char* name, std::uint32_t size) override;
 
 private:

@@ -27,8 +27,8 @@ bool FailRead(const char* reason)
     return Fail("CCryptoChar::Read", reason);
 }
 
-/// Half a unit at the end of the data: passed over, so that a reader who goes on to the end gets there.
-bool PassOddByte(CCryptoStream& stream)
+/// Skips half a unit at the end of the data, so that a reader that goes on reaches the end.
+bool SkipOddByte(CCryptoStream& stream)
 {
     stream.ReadByte();
     return false;
@@ -83,7 +83,7 @@ bool CCryptoChar::readUtf16(CCryptoStream& stream)
 {
     std::uint16_t unit = 0;
     if (!stream.ReadWord16(unit))
-        return PassOddByte(stream);
+        return SkipOddByte(stream);
     if (IsLowSurrogate(unit))
         return FailRead("Unpaired low surrogate");
     if (!IsHighSurrogate(unit)) {
@@ -92,7 +92,7 @@ bool CCryptoChar::readUtf16(CCryptoStream& stream)
     }
     std::uint16_t low = 0;
     if (!stream.ReadWord16(low))
-        PassOddByte(stream);
+        SkipOddByte(stream);
     if (!IsLowSurrogate(low))
         return FailRead("Unpaired high surrogate");
     codePoint_ = ((unit - 0xD800u) << 10) + (low - 0xDC00u) + 0x10000;
@@ -103,7 +103,7 @@ bool CCryptoChar::readWchar16(CCryptoStream& stream)
 {
     std::uint16_t unit = 0;
     if (!stream.ReadWord16LittleEndian(unit))
-        return PassOddByte(stream);
+        return SkipOddByte(stream);
     codePoint_ = IsSurrogate(unit) ? replacementCharacter : unit;
     return true;
 }
@@ -130,6 +130,7 @@ bool CCryptoChar::Write(CCryptoStream& stream, CharacterEncoding encoding) const
 
 bool CCryptoChar::writeLatin1(CCryptoStream& stream) const
 {
+    // The low byte is written all the same, as the stored data expects; the log is the only witness.
     if (codePoint_ > 0xFF)
         FailWrite("Can't encode as Latin1");
     stream.WriteByte(static_cast<std::uint8_t>(codePoint_));

@@ -20,7 +20,7 @@ public:
     /// too small.
     static std::uint32_t html_encode(const char* source, char* target, std::uint32_t size, bool keepQuotes);
 
-    /// The bytes that base64url text (RFC 4648, 5), with or without padding, stands for. A length that no bytes have is logged, and
+    /// The bytes that base64url text (RFC 4648, 5), with or without padding, encodes. A length that no bytes have is logged, and
     /// decoding goes on with the whole bytes that are there.
     static element base64url_decode(const CCryptoString& text);
 };

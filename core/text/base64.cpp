@@ -19,7 +19,7 @@ constexpr auto digitOf = [] {
     return digits;
 }();
 
-/// Collects digits of six bits and hands out whole bytes.
+/// Collects digits of six bits and appends whole bytes.
 class BitCollector {
 public:
     explicit BitCollector(element& target) : target_(target) {}

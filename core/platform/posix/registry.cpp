@@ -49,7 +49,7 @@ std::string FolderOf(RegistryHive hive)
     if (!redirected.empty())
         return redirected;
     const std::string configuration = Environment("XDG_CONFIG_HOME");
-    // Relative paths are to be passed over, says the XDG base directory specification.
+    // The XDG base directory specification has relative paths ignored.
     if (configuration.starts_with('/'))
         return configuration + "/crypto/registry";
     const std::string home = Environment("HOME");

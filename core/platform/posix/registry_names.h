@@ -7,7 +7,7 @@
 /// How names of the registry become names of files. They may come from outside, so a name that could leave the hive is refused.
 namespace ccrypto::platform {
 
-/// The components of a key path; "\" once or more often separates them and may stand at either end.
+/// The components of a key path; one or more "\" separate them and may come first and last.
 /// \return false when a component is not usable, there are more than 32 of them, or the path has more than 2048 bytes.
 bool SplitKeyPath(const char* path, std::vector<std::string>& components);
 

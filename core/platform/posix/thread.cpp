@@ -41,7 +41,7 @@ struct Start {
     sem_t taken;
 };
 
-// Cancellation would unwind the stack from wherever the thread stands, and end the process in any noexcept function on the way.
+// Cancellation would unwind the stack from wherever the thread is, and end the process in any noexcept function on the way.
 // Leaving by the system call stops the thread where it is, as TerminateThread does.
 void LeaveAtOnce(int)
 {
@@ -100,7 +100,7 @@ timespec Deadline(std::uint32_t milliseconds)
     return time;
 }
 
-/// Whether the system has the thread no more; tells it without joining.
+/// Whether the thread has ended, found out without joining it.
 bool HasLeftTheSystem(std::uint32_t id)
 {
     return syscall(SYS_tgkill, getpid(), static_cast<pid_t>(id), 0) != 0 && errno == ESRCH;

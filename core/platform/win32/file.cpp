@@ -19,7 +19,7 @@ ModeFlags FlagsOf(FileMode mode)
     case FileMode::read:
         return {GENERIC_READ, OPEN_EXISTING};
     case FileMode::write:
-        // Emptied once it is open, since a hidden file is not emptied by opening it without telling that it is hidden.
+        // Emptied once it is open, since opening a hidden file does not empty it unless the call says that it is hidden.
         return {GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS};
     case FileMode::append:
     case FileMode::appendShared:
@@ -34,7 +34,7 @@ ModeFlags FlagsOf(FileMode mode)
     return {GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS};
 }
 
-/// The name as system calls take it: absolute and behind "\\?\" when it is longer than they allow otherwise.
+/// The name as system calls take it: absolute and after "\\?\" when it is too long for them otherwise.
 std::wstring SystemName(const char* name)
 {
     std::wstring wide = Utf8ToWide(name);

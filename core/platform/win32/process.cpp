@@ -46,7 +46,7 @@ bool HostExecutablePath(std::string& path, std::uint32_t& error)
             error = GetLastError();
             return false;
         }
-        // A path that fills the buffer was cut; 32767 characters is the longest there is.
+        // A path that fills the buffer was cut; no path has more than 32767 characters.
         if (length < wide.size() || wide.size() > 0x8000) {
             path = WideToUtf8({wide.data(), length});
             return true;

@@ -37,7 +37,7 @@ private:
     const HANDLE heap_ = reinterpret_cast<HANDLE>(_get_heap_handle()); // the runtime returns the handle as a number
 };
 
-/// Ends a thread that stands still where it may end, as soon as it does.
+/// Suspends the thread, again and again, until it is where it may end, and ends it.
 bool EndWhereItMay(HANDLE thread, bool (*mayEndNow)())
 {
     constexpr DWORD patience = 1000;
@@ -46,7 +46,7 @@ bool EndWhereItMay(HANDLE thread, bool (*mayEndNow)())
             const HeapHeld heap;
             if (SuspendThread(thread) == static_cast<DWORD>(-1))
                 return false;
-            // Asking for the context waits until the thread stands still.
+            // Asking for the context waits until the thread is suspended.
             CONTEXT context{};
             context.ContextFlags = CONTEXT_CONTROL;
             GetThreadContext(thread, &context);

@@ -36,7 +36,8 @@ void AppendUtf8(std::string& utf8, std::uint32_t character)
     }
 }
 
-/// Surrogates count as characters. \return the number of bytes of the sequence at the start of `bytes`, 0 when there is none.
+/// Surrogates count as characters. \return the number of bytes of the sequence at the start of `bytes`, 0 when there is no valid
+/// one.
 std::size_t DecodeUtf8(std::string_view bytes, std::uint32_t& character)
 {
     const auto byte = [&](std::size_t index) { return static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[index])); };

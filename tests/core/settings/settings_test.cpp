@@ -198,6 +198,10 @@ TEST_F(Settings, WalkTheItemsOfAGroup)
     const auto items = parent.Group("readers");
     ASSERT_NE(items, nullptr);
     EXPECT_EQ(items->GetString("name").view(), "group");
+    EXPECT_FALSE(items->GetValue("name", nullptr, 4, 0));
+    char kept[] = "kept";
+    EXPECT_FALSE(items->GetValue(nullptr, kept, 4, 0));
+    EXPECT_EQ(kept[0], '\0');
 
     std::vector<std::string> names;
     for (char name[8]; items->GetNext(name, sizeof name);) {

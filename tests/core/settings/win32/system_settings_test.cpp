@@ -1,5 +1,8 @@
 #include "core/platform/clock.h"
 #include "core/platform/file.h"
+#include "core/platform/registry.h"
+#include "core/settings/settings_registry.h"
+#include "tests/core/settings/scratch_registry.h"
 #include "tests/support/temporary_directory.h"
 
 #include <windows.h>
@@ -8,6 +11,7 @@
 #include <stdlib.h>
 
 #include <ctime>
+#include <string>
 
 using namespace ccrypto;
 
@@ -22,6 +26,19 @@ TEST(SystemSettings, TheVariableTzMovesNowAndConversionsAlike)
     EXPECT_LE(now, std::time(nullptr));
     _putenv("TZ=");
     _tzset();
+}
+
+TEST(SystemSettings, TheKeyOfNewSettingsGoesWithTheRestart)
+{
+    const ScratchRegistry registry;
+    platform::RegistryKey software;
+    ASSERT_EQ(software.create(platform::RegistryHive::localMachine, "SOFTWARE", false), platform::registrySuccess);
+    const CCryptoSettingsRegistry settings("Company", "Volatile Tests", nullptr);
+    // The system refuses a lasting key below one that is volatile.
+    platform::RegistryKey below;
+    const std::string path = std::string(settings.path()) + "below";
+    EXPECT_EQ(below.create(platform::RegistryHive::localMachine, path.c_str(), false), std::uint32_t{ERROR_CHILD_MUST_BE_VOLATILE});
+    EXPECT_EQ(below.create(platform::RegistryHive::localMachine, path.c_str(), true), platform::registrySuccess);
 }
 
 TEST(SystemSettings, AHiddenFileIsEmptied)
