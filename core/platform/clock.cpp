@@ -46,12 +46,11 @@ bool FromSeconds(std::int64_t seconds, bool (*convert)(std::int64_t, tm&), Calen
 
 bool LocalToUnixSeconds(const CalendarTime& local, std::int64_t& seconds)
 {
-    const std::int64_t cycles = CyclesBeyond(local.year, runtimeFirstYear, runtimeLastYear, yearsPerCycle);
-    const std::int64_t year = local.year - cycles * yearsPerCycle - 1900;
     tm fields{};
-    fields.tm_year = static_cast<int>(year);
-    if (year != fields.tm_year || __builtin_sub_overflow(local.month, 1, &fields.tm_mon))
+    if (__builtin_sub_overflow(local.year, 1900, &fields.tm_year) || __builtin_sub_overflow(local.month, 1, &fields.tm_mon))
         return false;
+    const std::int64_t cycles = CyclesBeyond(local.year, runtimeFirstYear, runtimeLastYear, yearsPerCycle);
+    fields.tm_year -= static_cast<int>(cycles * yearsPerCycle);
     fields.tm_mday = local.day;
     fields.tm_hour = local.hour;
     fields.tm_min = local.minute;
