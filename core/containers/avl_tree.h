@@ -20,6 +20,11 @@ public:
     using Slot = std::unique_ptr<CAvlNode>;
 
     CAvlNode(K nodeKey, V nodeValue) : key(std::move(nodeKey)), value(std::move(nodeValue)) {}
+    CAvlNode(const CAvlNode&) = delete;
+    CAvlNode& operator=(const CAvlNode&) = delete;
+    /// Destroys both subtrees, as deep as the tree is high. Inlined, level into level, it would make each move of a slot thousands
+    /// of bytes long.
+    [[gnu::noinline]] ~CAvlNode() {}
 
     /// Brings the subtree in `slot` back into balance, when one of its sides has just grown by one.
     static void Rebalance(Slot& slot)
