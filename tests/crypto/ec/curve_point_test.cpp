@@ -100,7 +100,7 @@ INSTANTIATE_TEST_SUITE_P(Table, PointOfCurve, ::testing::ValuesIn(WeierstrassCur
 
 TEST(CurvePoint, IsOfWeierstrassCurvesAlone)
 {
-    for (const algorithm::Id id : {algorithm::x25519, algorithm::x448, algorithm::none}) {
+    for (const algorithm::Id id : {algorithm::x25519, algorithm::x448, algorithm::ed25519, algorithm::none}) {
         EXPECT_FALSE(CurvePoint::FromBytes(id, Bytes(32, 9)).has_value());
         EXPECT_FALSE(MultiplyBase(id, Bytes(32, 1)).has_value());
     }
