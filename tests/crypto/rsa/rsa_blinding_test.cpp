@@ -161,3 +161,57 @@ TEST(RSAEncoding, PSSWantsAZeroInTheOctetBeforeTheMessage)
         EXPECT_FALSE(rsa_encoding::VerifyPSS(copy, 1025, {}, digest));
     }
 }
+
+// The encoded message has one bit less than the modulus: the bits above it are zero.
+TEST(RSAEncoding, PSSWantsZerosAboveTheMessage)
+{
+    SequenceRandom random(1);
+    const Bytes digest(32, 7);
+    for (std::uint32_t bits = 1018; bits <= 1024; ++bits) {
+        Bytes block(128);
+        ASSERT_TRUE(rsa_encoding::EncodePSS(block, bits, {}, digest, random));
+        for (std::uint32_t bit = (bits - 1) % 8; bit < 8; ++bit) {
+            Bytes copy = block;
+            copy.front() ^= static_cast<std::uint8_t>(1u << bit);
+            EXPECT_FALSE(rsa_encoding::VerifyPSS(copy, bits, {}, digest)) << bits << ", bit " << bit;
+        }
+        EXPECT_TRUE(rsa_encoding::VerifyPSS(block, bits, {}, digest));
+    }
+}
+
+namespace {
+
+/// MGF1 with SHA-256 (RFC 8017, B.2.1), added to `target`.
+void AddMask(std::span<const std::uint8_t> seed, std::span<std::uint8_t> target)
+{
+    const auto hash = ICryptoHash::CreateByName("sha256");
+    for (std::size_t i = 0; i < target.size(); ++i) {
+        Bytes input(seed.begin(), seed.end());
+        input.insert(input.end(), {0, 0, 0, static_cast<std::uint8_t>(i / 32)});
+        target[i] ^= DigestOf(*hash, input)[i % 32];
+    }
+}
+
+} // namespace
+
+TEST(RSAEncoding, OAEPWantsZerosBeforeTheOne)
+{
+    SequenceRandom random(1);
+    Bytes encoded(128);
+    ASSERT_TRUE(rsa_encoding::EncodeOAEP(encoded, {}, Bytes(20, 9), random));
+    for (const std::uint8_t first : Bytes{0, 2, 0x80}) {
+        Bytes block = encoded;
+        const std::span<std::uint8_t> seed = std::span(block).subspan(1, 32);
+        const std::span<std::uint8_t> data = std::span(block).subspan(33);
+        AddMask(data, seed);
+        AddMask(seed, data);
+        data[32] = first;
+        AddMask(seed, data);
+        AddMask(data, seed);
+        constant_time::Mask good = constant_time::Mask::False();
+        std::uint64_t length = 0;
+        ASSERT_TRUE(rsa_encoding::DecodeOAEP(block, {}, good, length));
+        EXPECT_EQ(constant_time::Declassify(good), first == 0);
+        EXPECT_EQ(length, first == 0 ? 20u : 0u);
+    }
+}
