@@ -3,7 +3,7 @@
 #include "asn1/der/der_analyzer.h"
 #include "asn1/json/json_tree.h"
 #include "asn1/template/item_notation.h"
-#include "asn1/template/syntax_error.h"
+#include "asn1/template/keyword.h"
 #include "asn1/template/value_notation.h"
 #include "core/diagnostics/auto_logger.h"
 
@@ -87,7 +87,7 @@ bool CCryptoJSONParser::tooDeep()
 
 ElementNodePtr CCryptoJSONParser::parseItems(std::string_view text)
 {
-    CCryptoLexicalAnalyzer lexer(text, LexicalMode::json);
+    ccrypto::internal::JsonLexer lexer(text);
     ItemList list;
     refusal_ = CCryptoString();
     const bool isItems = start(lexer) && expect(ElementType::leftBrace) && parseItemsRoot(list);
@@ -163,14 +163,14 @@ bool CCryptoJSONParser::takeItemScalar(const elementNode* owner, element& value)
         return IsJsonItemString(value, owner, lookAhead_.view()) || unexpected();
     }
     if (lookAhead_.type() == ElementType::characterData && owner != nullptr && IsAsn1Type(owner->type()) && refusal_.isEmpty())
-        refusal_ = AtPlaceOf(*lexer_, "Parsing failed; A number is not whole or has more than 9864 digits");
+        refusal_ = AtPlaceOf(lexer_->cursor(), "Parsing failed; A number is not whole or has more than 9864 digits");
     value = std::move(lookAhead_);
     return true;
 }
 
 ElementNodePtr CCryptoJSONParser::parseOrdinary(std::string_view text)
 {
-    CCryptoLexicalAnalyzer lexer(text, LexicalMode::json);
+    ccrypto::internal::JsonLexer lexer(text);
     if (!start(lexer))
         return nullptr;
     ElementNodePtr root = elementNode::Make(ElementType::none);

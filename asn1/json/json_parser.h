@@ -1,5 +1,6 @@
 #pragma once
 
+#include "asn1/json/json_lexer.h"
 #include "asn1/template/token_reader.h"
 #include "asn1/tree/element_node.h"
 #include "asn1/tree/item_list.h"
@@ -14,7 +15,7 @@
 /// down, and is written as such trees are printed, gives the tree of that template; any other is an ordinary document.
 /// docs/template-language.md describes both. A document that starts with "{" is read up to its closing "}", any other to the end of
 /// input.
-class CCryptoJSONParser : private ccrypto::CTokenReader {
+class CCryptoJSONParser : private ccrypto::CTokenReader<ccrypto::internal::JsonLexer> {
 public:
     static constexpr std::uint32_t deepestNesting = 128;
 

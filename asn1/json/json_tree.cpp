@@ -1,9 +1,9 @@
 #include "asn1/json/json_tree.h"
 
 #include "asn1/der/decimal.h"
-#include "asn1/template/lexical_analyzer.h"
-#include "asn1/template/unicode_text.h"
+#include "asn1/json/json_lexer.h"
 #include "asn1/template/value_notation.h"
+#include "asn1/text/unicode_text.h"
 #include "asn1/tree/tree_depth.h"
 
 #include <algorithm>
@@ -76,7 +76,8 @@ bool HasPlainJsonValue(const elementNode& item)
 bool IsJsonNumberOfText(const element& value)
 {
     element number;
-    return value.type() == ElementType::characterData && IsJsonNumber(value.view()) && !SignedFromDecimal(value.view(), number);
+    return value.type() == ElementType::characterData && ccrypto::internal::IsJsonNumber(value.view()) &&
+           !SignedFromDecimal(value.view(), number);
 }
 
 bool IsPlainJsonTruth(const element& value)

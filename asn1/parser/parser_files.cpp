@@ -3,6 +3,7 @@
 #include "asn1/template/gen_parser.h"
 #include "asn1/xml/xml_parser.h"
 #include "core/diagnostics/auto_logger.h"
+#include "core/settings/settings.h"
 #include "core/system/file.h"
 
 using namespace ccrypto;
@@ -22,6 +23,13 @@ bool ReadFile(const CCryptoString& name, element& content, CCryptoAutoLogger& lo
     if (file.Size() != 0 && !file.Read(0, static_cast<std::uint32_t>(file.Size()), content))
         return logger.fail(false, "%s cannot be read", name.c_str());
     return true;
+}
+
+/// Where templates are included from.
+CCryptoString FolderOfSettings()
+{
+    ICryptoSettings* const settings = CCryptoSettings::InstanceOrNull();
+    return settings != nullptr ? CCryptoString(settings->GetLongString("includePath")) : CCryptoString();
 }
 
 bool WriteFile(const CCryptoString& name, const element& content, CCryptoAutoLogger& logger)
@@ -96,7 +104,7 @@ bool CCryptoParser::Load_ASCII_Memory(std::string_view text)
 {
     CCryptoAutoLogger logger("CCryptoParser::Load_ASCII_Memory");
     clear();
-    setRoot(CCryptoGENParser().Parse(text));
+    setRoot(CCryptoGENParser(FolderOfSettings).Parse(text));
     return logger.setResult(!isEmpty());
 }
 

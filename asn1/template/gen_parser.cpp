@@ -3,7 +3,6 @@
 #include "asn1/template/syntax_error.h"
 #include "asn1/tree/item_list.h"
 #include "core/diagnostics/auto_logger.h"
-#include "core/settings/settings.h"
 #include "core/system/file.h"
 
 #include <utility>
@@ -18,7 +17,7 @@ constexpr CCryptoGENClosure contentClosure = {rightBrace};
 constexpr CCryptoGENClosure bracketClosure = {rightBracket};
 constexpr CCryptoGENClosure modifierClosure = {rightParenthesis};
 constexpr CCryptoGENClosure textClosure = {endOfInput};
-/// No token: a value that has begun ends with its line.
+/// Not a token: a value that has begun ends with its line.
 constexpr auto lineEnd = static_cast<ElementType>(94);
 constexpr CCryptoGENClosure valueClosure = {comma,      colon,  semicolon, rightBrace, rightBracket, rightParenthesis,
                                             endOfInput, lineEnd};
@@ -33,7 +32,7 @@ const CCryptoGENClosure& ClosureOf(ElementType closer)
     return closer == rightBrace ? contentClosure : closer == rightBracket ? bracketClosure : modifierClosure;
 }
 
-/// A count that goes back when the scope ends.
+/// Counts a level up until the end of the scope.
 class Nested {
 public:
     explicit Nested(std::uint32_t& count) : count_(++count) {}
@@ -79,8 +78,13 @@ struct CCryptoGENParser::List {
     }
 };
 
-CCryptoGENParser::CCryptoGENParser(ICryptoIncludeLoader* loader, std::optional<CCryptoString> includePath)
-    : loader_(loader), includePath_(std::move(includePath))
+CCryptoGENParser::CCryptoGENParser(ICryptoIncludeLoader* loader, CCryptoString includeFolder)
+    : loader_(loader), folderSource_([folder = std::move(includeFolder)] { return folder; })
+{
+}
+
+CCryptoGENParser::CCryptoGENParser(std::function<CCryptoString()> includeFolder)
+    : loader_(nullptr), folderSource_(std::move(includeFolder))
 {
 }
 
@@ -136,30 +140,30 @@ bool CCryptoGENParser::advance()
 {
     if (lexer_->scan(lookAhead_))
         return true;
-    reason_ = lexer_->reason();
+    reason_ = lexer_->cursor().reason();
     return false;
 }
 
 bool CCryptoGENParser::fail(const CCryptoString& message)
 {
-    reason_ = AtPlaceOf(*lexer_, message);
+    reason_ = AtPlaceOf(lexer_->cursor(), message);
     return false;
 }
 
 bool CCryptoGENParser::unexpected()
 {
-    reason_ = NotExpected(*lexer_, lookAhead_);
+    reason_ = NotExpected(lexer_->cursor(), lookAhead_);
     return false;
 }
 
 bool CCryptoGENParser::isClosed(const CCryptoGENClosure& closure, const List& list) const
 {
-    return closure.contains(lookAhead_.type()) || (closure.contains(lineEnd) && list.first != nullptr && lexer_->behindLineEnd());
+    return closure.contains(lookAhead_.type()) || (closure.contains(lineEnd) && list.first != nullptr && lexer_->beginsLine());
 }
 
 bool CCryptoGENParser::parseNested(const CCryptoGENClosure& closure, List& list)
 {
-    // The items themselves are no nesting.
+    // The outermost items are not nested.
     if (nesting_ > deepestNesting)
         return fail("Parsing failed; More than 128 levels of nesting");
     const Nested nested(nesting_);
@@ -258,14 +262,13 @@ bool CCryptoGENParser::parseOperation(List& list)
 
 const CCryptoString& CCryptoGENParser::includeFolder()
 {
-    if (!includePath_) {
-        ICryptoSettings* const settings = loader_ == nullptr ? CCryptoSettings::InstanceOrNull() : nullptr;
-        includePath_ = settings != nullptr ? CCryptoString(settings->GetLongString("includePath")) : CCryptoString();
+    if (!includeFolder_) {
+        includeFolder_ = folderSource_();
+        includeFolder_->replaceAll("\\", "/");
+        if (!includeFolder_->isEmpty() && !includeFolder_->view().ends_with('/'))
+            *includeFolder_ += "/";
     }
-    includePath_->replaceAll("\\", "/");
-    if (!includePath_->isEmpty() && !includePath_->view().ends_with('/'))
-        *includePath_ += "/";
-    return *includePath_;
+    return *includeFolder_;
 }
 
 bool CCryptoGENParser::readInclude(const CCryptoString& name, element& text)

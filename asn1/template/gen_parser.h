@@ -6,6 +6,7 @@
 #include "core/text/string.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string_view>
 
@@ -39,16 +40,16 @@ public:
     static constexpr std::uint32_t mostIncludes = 256;
     static constexpr std::uint32_t longestIncludes = 64 << 20; ///< bytes of all included files together
 
-    /// \param loader null to read included files from disk; not owned. \param includePath the folder of names without "/"; when it
-    /// is not given, files from disk are looked for in the folder of the setting "includePath", which is read when the first of
-    /// them is met.
-    explicit CCryptoGENParser(ICryptoIncludeLoader* loader = nullptr, std::optional<CCryptoString> includePath = {});
+    /// \param loader null to read included files from disk; not owned. \param includeFolder the folder of names without "/".
+    explicit CCryptoGENParser(ICryptoIncludeLoader* loader = nullptr, CCryptoString includeFolder = {});
+    /// Included files are read from disk; the folder is asked for when the first name without "/" is met.
+    explicit CCryptoGENParser(std::function<CCryptoString()> includeFolder);
 
     /// \return the first item with the others as its siblings, an empty node for text without items; null, logged, on failure.
     ccrypto::ElementNodePtr Parse(std::string_view text);
-    /// The same for text that may well be none: nothing is logged.
+    /// The same for text that may not be a template: nothing is logged.
     ccrypto::ElementNodePtr TryParse(std::string_view text);
-    /// The same for a text that stands inside another one, whose items and these are at most `itemsLeft`, which is counted down.
+    /// The same for a text inside another one, which shares the limit on items: `itemsLeft` is counted down.
     ccrypto::ElementNodePtr TryParse(std::string_view text, std::uint32_t& itemsLeft);
 
 private:
@@ -72,7 +73,8 @@ private:
     bool fail(const CCryptoString& message);
 
     ICryptoIncludeLoader* loader_;
-    std::optional<CCryptoString> includePath_;
+    std::function<CCryptoString()> folderSource_;
+    std::optional<CCryptoString> includeFolder_; ///< with a "/" at its end
     CCryptoLexicalAnalyzer* lexer_ = nullptr;
     element lookAhead_;
     std::uint32_t nesting_ = 0;

@@ -1,4 +1,4 @@
-#include "asn1/template/lexical_analyzer.h"
+#include "asn1/template/keyword.h"
 
 #include <algorithm>
 #include <array>
@@ -12,7 +12,7 @@ struct Keyword {
     ElementType type;
 };
 
-/// In the order of their bytes.
+/// Sorted by the bytes of the words.
 constexpr Keyword keywords[] = {
     {"APPLICATION", ElementType::application},
     {"BIT_STRING", ElementType::bitString},

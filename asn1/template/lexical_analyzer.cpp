@@ -1,21 +1,16 @@
 #include "asn1/template/lexical_analyzer.h"
 
 #include "asn1/der/decimal.h"
+#include "asn1/template/keyword.h"
 #include "asn1/template/value_notation.h"
 #include "core/base/ascii.h"
 #include "core/text/hex.h"
-#include "core/text/utf8.h"
 
 #include <algorithm>
-#include <cstdio>
 
 using namespace ccrypto;
 
 namespace {
-
-constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
-constexpr std::string_view utf16BigEndianMark = "\xFE\xFF";
-constexpr std::string_view utf16LittleEndianMark = "\xFF\xFE";
 
 bool IsLetter(char character)
 {
@@ -27,25 +22,12 @@ bool IsWordCharacter(char character)
     return IsLetter(character) || IsDigit(character);
 }
 
-/// Text of 16-bit units in either byte order.
-element FromUtf16Bytes(std::string_view bytes, bool bigEndian)
-{
-    element units;
-    for (std::size_t index = 0; index + 1 < bytes.size(); index += 2) {
-        const auto first = static_cast<std::uint8_t>(bytes[index]);
-        const auto second = static_cast<std::uint8_t>(bytes[index + 1]);
-        const char16_t unit = static_cast<char16_t>(bigEndian ? first << 8 | second : second << 8 | first);
-        units.append(&unit, sizeof unit);
-    }
-    return element::FromUtf16(reinterpret_cast<const char16_t*>(units.data()), units.length() / 2);
-}
-
 struct Punctuation {
     std::string_view text;
     ElementType type;
 };
 
-/// The longer of two that begin alike stands first.
+/// Of two that begin alike, the longer one first.
 constexpr Punctuation punctuation[] = {
     {"==", ElementType::equal},
     {"!=", ElementType::notEqual},
@@ -77,7 +59,7 @@ constexpr Punctuation punctuation[] = {
     {")", ElementType::rightParenthesis},
 };
 
-/// Behind these a "-" subtracts; behind anything else it is the sign of a number.
+/// After these a "-" subtracts; after anything else it is the sign of a number.
 bool EndsOperand(ElementType type)
 {
     switch (type) {
@@ -100,76 +82,32 @@ bool EndsOperand(ElementType type)
 
 } // namespace
 
-CCryptoLexicalAnalyzer::CCryptoLexicalAnalyzer(std::string_view text, LexicalMode mode) : mode_(mode), text_(text)
-{
-    const bool bigEndian = text.starts_with(utf16BigEndianMark);
-    if (bigEndian || text.starts_with(utf16LittleEndianMark)) {
-        converted_ = FromUtf16Bytes(text.substr(2), bigEndian);
-        text_ = converted_.view();
-    } else if (text.starts_with(utf8Mark)) {
-        text_.remove_prefix(utf8Mark.size());
-    }
-}
-
-void CCryptoLexicalAnalyzer::notePlace()
-{
-    for (const std::size_t end = std::min(position_, text_.size()); placed_ < end; ++placed_) {
-        const char character = text_[placed_];
-        if (character == '\n') {
-            ++row_;
-            column_ = 1;
-        } else if (!IsUtf8Continuation(static_cast<std::uint8_t>(character))) {
-            ++column_;
-        }
-    }
-}
-
-bool CCryptoLexicalAnalyzer::fail(const char* what)
-{
-    notePlace();
-    char text[160];
-    std::snprintf(text, sizeof text, "CCryptoLexicalAnalyzer::scan; %s (row=%u,col=%u)", what, row_, column_);
-    reason_ = text;
-    return false;
-}
-
 void CCryptoLexicalAnalyzer::skipBlanksAndComments()
 {
-    behindLineEnd_ = false;
+    beginsLine_ = false;
     for (;;) {
-        for (; IsBlank(current()); ++position_)
-            behindLineEnd_ = behindLineEnd_ || current() == '\n' || current() == '\r';
-        if ((expression_ && !behindLineEnd_) || current() != '-' || following() != '-')
+        const std::string_view blanks = cursor_.takeWhile(IsBlank);
+        beginsLine_ = beginsLine_ || blanks.find_first_of("\r\n") != blanks.npos;
+        if ((expression_ && !beginsLine_) || !cursor_.lookingAt("--"))
             return;
-        position_ = std::min(text_.find_first_of("\r\n", position_), text_.size());
+        cursor_.skip(cursor_.rest().find_first_of("\r\n"));
     }
 }
 
 bool CCryptoLexicalAnalyzer::scan(element& token)
 {
-    if (text_.size() > UINT32_MAX)
-        return fail("Unknown error");
-    switch (mode_) {
-    case LexicalMode::json:
-        return scanJson(token);
-    case LexicalMode::xml:
-        return scanXml(token);
-    default:
-        return scanTemplate(token);
-    }
-}
-
-bool CCryptoLexicalAnalyzer::scanTemplate(element& token)
-{
+    if (cursor_.isTooLong())
+        return cursor_.fail("Unknown error");
     skipBlanksAndComments();
-    notePlace();
-    if (atEnd()) {
+    cursor_.markPlace();
+    if (cursor_.atEnd()) {
         token = element(ElementType::endOfInput);
         return true;
     }
-    const char character = current();
-    const bool negative = character == '-' && valueFollows_ && IsDigit(following());
-    const bool startsMarked = character == '%' && (IsLetter(following()) || following() == '-');
+    const char character = cursor_.current();
+    const char following = cursor_.following();
+    const bool negative = character == '-' && valueFollows_ && IsDigit(following);
+    const bool startsMarked = character == '%' && (IsLetter(following) || following == '-');
     const bool scanned = IsDigit(character) || negative ? scanNumber(token)
                          : IsLetter(character)          ? scanWord(token)
                          : character == '"'             ? scanDoubleQuoted(token)
@@ -184,11 +122,13 @@ bool CCryptoLexicalAnalyzer::scanTemplate(element& token)
 
 bool CCryptoLexicalAnalyzer::scanWord(element& token)
 {
-    const std::size_t start = position_;
-    // A dot or a hyphen belongs to the word when the word goes on behind it.
-    while (IsWordCharacter(current()) || ((current() == '.' || current() == '-') && IsWordCharacter(following())))
-        ++position_;
-    const std::string_view word = text_.substr(start, position_ - start);
+    const std::string_view rest = cursor_.rest();
+    std::size_t length = 1;
+    // A dot or a hyphen belongs to the word when the word goes on after it.
+    const auto goesOn = [rest](std::size_t index) { return index < rest.size() && IsWordCharacter(rest[index]); };
+    while (goesOn(length) || (length < rest.size() && (rest[length] == '.' || rest[length] == '-') && goesOn(length + 1)))
+        ++length;
+    const std::string_view word = cursor_.take(length);
     token = element(word);
     token.setType(KeywordType(word));
     return true;
@@ -196,33 +136,34 @@ bool CCryptoLexicalAnalyzer::scanWord(element& token)
 
 bool CCryptoLexicalAnalyzer::scanNumber(element& token)
 {
-    const std::size_t start = position_;
-    const bool negative = current() == '-';
-    position_ += negative ? 1 : 0;
+    const bool negative = cursor_.current() == '-';
+    const std::string_view rest = cursor_.rest();
+    std::size_t length = negative ? 1 : 0;
     bool dotted = false;
-    while (IsDigit(current()) || (current() == '.' && IsDigit(following()))) {
-        dotted = dotted || current() == '.';
-        ++position_;
+    const auto isDigit = [rest](std::size_t index) { return index < rest.size() && IsDigit(rest[index]); };
+    while (isDigit(length) || (length < rest.size() && rest[length] == '.' && isDigit(length + 1))) {
+        dotted = dotted || rest[length] == '.';
+        ++length;
     }
-    if (IsLetter(current()))
-        return fail("Unexpected character");
-    const std::string_view digits = text_.substr(start, position_ - start);
+    const std::string_view digits = cursor_.take(length);
+    if (IsLetter(cursor_.current()))
+        return cursor_.fail("Unexpected character");
     if (dotted) {
         // An object identifier without its quotes.
         token = element(digits);
         return true;
     }
     if (digits.size() > maxDecimalDigits)
-        return fail("A number has more than 1000000 digits");
+        return cursor_.fail("A number has more than 1000000 digits");
     token = IntegerFromDecimal(digits.substr(negative ? 1 : 0));
     token.setNegative(negative);
     return true;
 }
 
-bool CCryptoLexicalAnalyzer::readEscape(element& text)
+bool CCryptoLexicalAnalyzer::scanEscape(element& text)
 {
-    const char letter = current();
-    ++position_;
+    const char letter = cursor_.current();
+    cursor_.skip();
     switch (letter) {
     case 'n':
         text.append(std::uint8_t{'\n'});
@@ -240,9 +181,9 @@ bool CCryptoLexicalAnalyzer::readEscape(element& text)
         return true;
     case 'x': {
         std::uint8_t byte = 0;
-        if (!HexByte(text_.substr(std::min(position_, text_.size()), 2), byte))
+        if (!HexByte(cursor_.rest().substr(0, 2), byte))
             return false;
-        position_ += 2;
+        cursor_.skip(2);
         text.append(byte);
         return true;
     }
@@ -253,17 +194,18 @@ bool CCryptoLexicalAnalyzer::readEscape(element& text)
 
 bool CCryptoLexicalAnalyzer::scanEscaped(const char* stops, element& text)
 {
-    ++position_;
+    cursor_.skip();
     for (;;) {
-        const std::size_t stop = text_.find_first_of(stops, position_);
-        if (stop == std::string_view::npos)
-            return fail("String parsing error");
-        text.append(text_.substr(position_, stop - position_));
-        position_ = stop + 1;
-        if (text_[stop] != '\\')
+        const std::size_t length = cursor_.rest().find_first_of(stops);
+        if (length == std::string_view::npos)
+            return cursor_.fail("String parsing error");
+        text.append(cursor_.take(length));
+        const bool isEscape = cursor_.current() == '\\';
+        cursor_.skip();
+        if (!isEscape)
             return true;
-        if (!readEscape(text))
-            return fail("String parsing error");
+        if (!scanEscape(text))
+            return cursor_.fail("String parsing error");
     }
 }
 
@@ -284,43 +226,37 @@ bool CCryptoLexicalAnalyzer::scanBackquoted(element& token)
 
 bool CCryptoLexicalAnalyzer::scanSingleQuoted(element& token)
 {
-    const std::size_t start = ++position_;
-    while (!atEnd() && current() != '\'') {
-        if (static_cast<unsigned char>(current()) < 0x20)
-            return fail("Invalid string");
-        ++position_;
-    }
-    if (atEnd())
-        return fail("String parsing error");
-    token = element(text_.substr(start, position_ - start));
+    cursor_.skip();
+    const std::string_view text =
+        cursor_.takeWhile([](char character) { return character != '\'' && static_cast<unsigned char>(character) >= 0x20; });
+    if (cursor_.current() != '\'')
+        return cursor_.fail(cursor_.atEnd() ? "String parsing error" : "Invalid string");
+    token = element(text);
     token.setType(ElementType::quotedText);
-    ++position_;
+    cursor_.skip();
     return true;
 }
 
 bool CCryptoLexicalAnalyzer::scanHex(element& token)
 {
-    const std::size_t start = ++position_;
-    while (IsHexDigit(current()))
-        ++position_;
-    if (IsWordCharacter(current()) || !BytesFromHex(text_.substr(start, position_ - start), token))
-        return fail("Unexpected character");
-    return true;
+    cursor_.skip();
+    const std::string_view digits = cursor_.takeWhile(IsHexDigit);
+    return (!IsWordCharacter(cursor_.current()) && BytesFromHex(digits, token)) || cursor_.fail("Unexpected character");
 }
 
 bool CCryptoLexicalAnalyzer::scanMarked(element& token)
 {
-    const std::size_t start = position_ + 1;
-    const std::size_t end = std::min(text_.find_first_of("\"#", start), text_.size());
+    const std::string_view rest = cursor_.rest().substr(1);
+    const std::string_view kind = rest.substr(0, rest.find_first_of("\"#"));
     ElementType type = ElementType::none;
     bool negative = false;
-    if (!FindValueKind(text_.substr(start, end - start), type, negative))
-        return fail("Unexpected character");
-    position_ = end;
+    if (!FindValueKind(kind, type, negative))
+        return cursor_.fail("Unexpected character");
+    cursor_.skip(1 + kind.size());
     token = element();
-    const bool scanned = current() == '"'   ? scanEscaped("\"\\", token)
-                         : current() == '#' ? scanHex(token)
-                                            : fail("Unexpected character");
+    const bool scanned = cursor_.current() == '"'   ? scanEscaped("\"\\", token)
+                         : cursor_.current() == '#' ? scanHex(token)
+                                                    : cursor_.fail("Unexpected character");
     token.setType(type);
     token.setNegative(negative);
     return scanned;
@@ -328,28 +264,25 @@ bool CCryptoLexicalAnalyzer::scanMarked(element& token)
 
 bool CCryptoLexicalAnalyzer::scanPunctuation(element& token)
 {
-    const std::string_view rest = text_.substr(position_);
     for (const Punctuation& each : punctuation) {
-        if (rest.starts_with(each.text)) {
+        if (cursor_.lookingAt(each.text)) {
             token = element(each.type);
-            position_ += each.text.size();
+            cursor_.skip(each.text.size());
             return true;
         }
     }
-    return fail("Unexpected character");
+    return cursor_.fail("Unexpected character");
 }
 
 std::string_view CCryptoLexicalAnalyzer::scanFileName()
 {
-    while (IsBlank(current()))
-        ++position_;
-    const char quote = current() == '"' || current() == '\'' ? current() : '\0';
-    position_ += quote != '\0' ? 1 : 0;
-    const std::size_t start = position_;
-    while (!atEnd() &&
-           (quote != '\0' ? current() != quote : !IsBlank(current()) && current() != ',' && current() != ';' && current() != '}'))
-        ++position_;
-    const std::string_view name = text_.substr(start, position_ - start);
-    position_ += quote != '\0' && !atEnd() ? 1 : 0;
+    cursor_.takeWhile(IsBlank);
+    const char quote = cursor_.current();
+    if (quote != '"' && quote != '\'')
+        return cursor_.takeWhile(
+            [](char character) { return !IsBlank(character) && character != ',' && character != ';' && character != '}'; });
+    cursor_.skip();
+    const std::string_view name = cursor_.takeWhile([quote](char character) { return character != quote; });
+    cursor_.skip();
     return name;
 }

@@ -6,10 +6,10 @@
 
 namespace ccrypto {
 
-CCryptoString AtPlaceOf(const CCryptoLexicalAnalyzer& lexer, const CCryptoString& message)
+CCryptoString AtPlaceOf(const ccrypto::internal::TextCursor& cursor, const CCryptoString& message)
 {
     char place[48];
-    std::snprintf(place, sizeof place, "; row=%u,col=%u", lexer.row(), lexer.column());
+    std::snprintf(place, sizeof place, "; row=%u,col=%u", cursor.row(), cursor.column());
     return message + place;
 }
 
@@ -35,15 +35,15 @@ CCryptoString TextOf(const element& token)
 
 } // namespace
 
-CCryptoString NotExpected(const CCryptoLexicalAnalyzer& lexer, const element& token)
+CCryptoString NotExpected(const ccrypto::internal::TextCursor& cursor, const element& token)
 {
     const CCryptoString text = TextOf(token);
     if (text.isEmpty())
-        return AtPlaceOf(lexer, "Parsing failed; Token not expected?");
+        return AtPlaceOf(cursor, "Parsing failed; Token not expected?");
     char message[128];
     std::snprintf(message, sizeof message, "Parsing failed; Token not expected: %s (token=%d)", text.c_str(),
                   static_cast<int>(token.type()));
-    return AtPlaceOf(lexer, message);
+    return AtPlaceOf(cursor, message);
 }
 
 } // namespace ccrypto

@@ -1,6 +1,8 @@
 #pragma once
 
-#include "asn1/template/lexical_analyzer.h"
+#include "asn1/template/syntax_error.h"
+#include "asn1/tree/item_list.h"
+#include "core/text/element.h"
 #include "core/text/string.h"
 
 #include <cstdint>
@@ -9,22 +11,50 @@ namespace ccrypto {
 
 /// What the parsers of JSON and XML share: the tokens of a text, of which one is read ahead, a count of the nodes made of them, and
 /// the reason of a failure. Operations that return false have set the reason.
+template <typename Lexer>
 class CTokenReader {
 protected:
     CTokenReader() = default;
     ~CTokenReader() = default;
 
-    /// Reads the first token. \param lexer not owned; lasts as long as the parse.
-    bool start(CCryptoLexicalAnalyzer& lexer);
-    bool advance();
-    /// \return false when the text holds more than an input may.
-    bool countItem();
-    /// The token read ahead has no place here. \return false.
-    bool unexpected();
-    /// Keeps the message with the place of that token. \return false.
-    bool fail(const CCryptoString& message);
+    /// Reads the first token. \param lexer not owned; must outlive the parse.
+    bool start(Lexer& lexer)
+    {
+        lexer_ = &lexer;
+        itemsLeft_ = mostItems;
+        return advance();
+    }
 
-    CCryptoLexicalAnalyzer* lexer_ = nullptr;
+    bool advance()
+    {
+        if (lexer_->scan(lookAhead_))
+            return true;
+        reason_ = lexer_->cursor().reason();
+        return false;
+    }
+
+    /// \return false when the text holds more than `mostItems`.
+    bool countItem()
+    {
+        itemsLeft_ -= itemsLeft_ != 0 ? 1 : 0;
+        return itemsLeft_ != 0 || fail(tooManyItems);
+    }
+
+    /// The token read ahead is not expected here. \return false.
+    bool unexpected()
+    {
+        reason_ = NotExpected(lexer_->cursor(), lookAhead_);
+        return false;
+    }
+
+    /// Keeps the message with the place of that token. \return false.
+    bool fail(const CCryptoString& message)
+    {
+        reason_ = AtPlaceOf(lexer_->cursor(), message);
+        return false;
+    }
+
+    Lexer* lexer_ = nullptr;
     element lookAhead_;
     std::uint32_t itemsLeft_ = 0;
     CCryptoString reason_;

@@ -1,7 +1,7 @@
 #include "asn1/template/value_notation.h"
 
 #include "asn1/der/decimal.h"
-#include "asn1/template/unicode_text.h"
+#include "asn1/text/unicode_text.h"
 #include "core/text/hex.h"
 
 #include <algorithm>

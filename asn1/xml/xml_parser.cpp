@@ -1,8 +1,8 @@
 #include "asn1/xml/xml_parser.h"
 
 #include "asn1/template/item_notation.h"
-#include "asn1/template/unicode_text.h"
 #include "asn1/template/value_notation.h"
+#include "asn1/text/unicode_text.h"
 #include "asn1/xml/xml_tree.h"
 #include "core/diagnostics/auto_logger.h"
 
@@ -10,6 +10,12 @@
 #include <utility>
 
 using namespace ccrypto;
+
+namespace ccrypto {
+
+namespace markup = ccrypto::internal::markup;
+
+} // namespace ccrypto
 
 namespace {
 
@@ -47,7 +53,7 @@ bool CCryptoXMLParser::skipBlankText()
 
 ElementNodePtr CCryptoXMLParser::parseDocument(std::string_view text)
 {
-    CCryptoLexicalAnalyzer lexer(text, LexicalMode::xml);
+    ccrypto::internal::XmlLexer lexer(text);
     isTemplate_ = false;
     if (!start(lexer) || !skipBlankText())
         return nullptr;

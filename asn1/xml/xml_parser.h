@@ -3,6 +3,7 @@
 #include "asn1/template/token_reader.h"
 #include "asn1/tree/element_node.h"
 #include "asn1/tree/item_list.h"
+#include "asn1/xml/xml_lexer.h"
 #include "core/text/string.h"
 
 #include <cstdint>
@@ -13,7 +14,7 @@
 /// A document whose root declares the namespace of templates gives the tree of that template; any other is an ordinary document,
 /// whose text is kept to the last blank. docs/template-language.md describes both. Comments, processing instructions and the
 /// document type are passed over; entities that a document declares are not known.
-class CCryptoXMLParser : private ccrypto::CTokenReader {
+class CCryptoXMLParser : private ccrypto::CTokenReader<ccrypto::internal::XmlLexer> {
 public:
     static constexpr std::uint32_t deepestNesting = 128;
     static constexpr std::uint32_t deepestTemplate = deepestNesting + 2; ///< around its items a <list>, inside a value's <item>

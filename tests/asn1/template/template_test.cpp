@@ -180,18 +180,19 @@ TEST(Template, LooksForIncludesInTheFolderThatIsGiven)
         Files files(Files::Texts{{each.file, "NULL"}});
         EXPECT_NE(CCryptoGENParser(&files, each.folder).Parse(each.text), nullptr);
     }
-    // From disk, when it is not given, in that of the setting.
+    // The class that loads trees takes it from the setting, and nothing else does.
     const std::string folder = testing::TempDir();
     const std::string name = "asn1_included_template.txt";
     std::ofstream(folder + "/" + name) << "NULL";
     const CCryptoSettings settings(std::make_unique<FolderSetting>(folder));
-    const elementNode* const cached = ParsedTemplate("SEQUENCE { include asn1_included_template.txt }");
-    EXPECT_EQ(Hex(CCryptoParser::ToDer(cached)), "30020500");
     CCryptoParser parser;
-    EXPECT_TRUE(parser.Load_ASCII_Memory("include " + name));
-    Files none({});
-    EXPECT_EQ(CCryptoGENParser(&none).Parse("include " + name), nullptr);
-    EXPECT_EQ(ParseInlineTemplate("include " + name), nullptr);
+    EXPECT_TRUE(parser.Load_ASCII_Memory("SEQUENCE { include " + name + " }"));
+    EXPECT_EQ(Hex(parser.ToDer()), "30020500");
+    const std::string text = "include " + name;
+    EXPECT_NE(CCryptoGENParser(nullptr, folder.c_str()).Parse(text), nullptr);
+    EXPECT_EQ(CCryptoGENParser().Parse(text), nullptr);
+    EXPECT_EQ(ParsedTemplate(text), nullptr);
+    EXPECT_EQ(ParseInlineTemplate(text), nullptr);
     std::filesystem::remove(folder + "/" + name);
 }
 

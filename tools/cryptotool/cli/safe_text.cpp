@@ -1,6 +1,6 @@
 #include "tools/cryptotool/cli/safe_text.h"
 
-#include "asn1/template/unicode_text.h"
+#include "asn1/text/unicode_text.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,6 +1,7 @@
+#include "asn1/json/json_lexer.h"
+
 #include "asn1/der/decimal.h"
-#include "asn1/template/lexical_analyzer.h"
-#include "asn1/template/unicode_text.h"
+#include "asn1/text/unicode_text.h"
 #include "core/base/ascii.h"
 #include "core/text/hex.h"
 #include "core/text/utf8.h"
@@ -10,19 +11,19 @@
 
 using namespace ccrypto;
 
-// The JSON mode of the lexical analyzer (RFC 8259).
+namespace ccrypto::internal {
 
 namespace {
 
 constexpr std::uint32_t surrogateBase = 0x10000;
 
-/// How long the run of digits at the start of the text is.
+/// The length of the run of digits at the start of the text.
 std::size_t DigitCount(std::string_view text)
 {
     return static_cast<std::size_t>(std::ranges::find_if_not(text, IsDigit) - text.begin());
 }
 
-/// How long the number at the start of the text is; 0 when there is none.
+/// The length of the number at the start of the text; 0 when there is none.
 std::size_t NumberLength(std::string_view text)
 {
     std::size_t length = text.starts_with('-') ? 1 : 0;
@@ -49,26 +50,18 @@ std::size_t NumberLength(std::string_view text)
 
 } // namespace
 
-namespace ccrypto {
-
 bool IsJsonNumber(std::string_view text)
 {
     return !text.empty() && NumberLength(text) == text.size();
 }
 
-} // namespace ccrypto
-
-void CCryptoLexicalAnalyzer::skipXmlBlanks()
+bool JsonLexer::scan(element& token)
 {
-    while (!atEnd() && IsXmlBlank(current()))
-        ++position_;
-}
-
-bool CCryptoLexicalAnalyzer::scanJson(element& token)
-{
-    skipXmlBlanks();
-    notePlace();
-    if (atEnd()) {
+    if (cursor_.isTooLong())
+        return cursor_.fail("Unknown error");
+    cursor_.takeWhile([](char character) { return IsXmlBlank(character); });
+    cursor_.markPlace();
+    if (cursor_.atEnd()) {
         token = element(ElementType::endOfInput);
         return true;
     }
@@ -76,78 +69,78 @@ bool CCryptoLexicalAnalyzer::scanJson(element& token)
         {'{', ElementType::leftBrace},    {'}', ElementType::rightBrace}, {'[', ElementType::leftBracket},
         {']', ElementType::rightBracket}, {':', ElementType::colon},      {',', ElementType::comma},
     };
+    const char first = cursor_.current();
     for (const auto& [character, type] : punctuation) {
-        if (current() == character) {
-            ++position_;
+        if (first == character) {
+            cursor_.skip();
             token = element(type);
             return true;
         }
     }
-    if (current() == '"')
-        return scanJsonString(token);
-    return IsDigit(current()) || current() == '-' ? scanJsonNumber(token) : scanJsonWord(token);
+    if (first == '"')
+        return scanString(token);
+    return IsDigit(first) || first == '-' ? scanNumber(token) : scanWord(token);
 }
 
-bool CCryptoLexicalAnalyzer::scanJsonWord(element& token)
+bool JsonLexer::scanWord(element& token)
 {
     constexpr std::string_view words[] = {"null", "true", "false"};
     for (const std::string_view word : words) {
-        if (!lookingAt(word))
+        if (!cursor_.lookingAt(word))
             continue;
-        position_ += word.size();
+        cursor_.skip(word.size());
         token = word == "null" ? element(ElementType::null) : element::FromTruth(word == "true");
         return true;
     }
-    return fail("Unexpected character");
+    return cursor_.fail("Unexpected character");
 }
 
-bool CCryptoLexicalAnalyzer::scanJsonNumber(element& token)
+bool JsonLexer::scanNumber(element& token)
 {
-    const std::size_t length = NumberLength(text_.substr(position_));
-    const std::string_view number = text_.substr(position_, length);
-    if (length == 0)
-        return fail("Unexpected character");
-    position_ += length;
+    const std::string_view number = cursor_.take(NumberLength(cursor_.rest()));
+    if (number.empty())
+        return cursor_.fail("Unexpected character");
     if (!SignedFromDecimal(number, token))
-        token = element(number.data(), static_cast<std::uint32_t>(length), ElementType::characterData);
+        token = element(number.data(), static_cast<std::uint32_t>(number.size()), ElementType::characterData);
     return true;
 }
 
-bool CCryptoLexicalAnalyzer::scanJsonString(element& token)
+bool JsonLexer::scanString(element& token)
 {
+    const auto isPlain = [](char character) {
+        return character != '"' && character != '\\' && static_cast<std::uint8_t>(character) >= 0x20;
+    };
     token = element(ElementType::text);
-    ++position_;
+    cursor_.skip();
     for (;;) {
-        const std::string_view rest = text_.substr(std::min(position_, text_.size()));
-        const auto stops = [](char character) {
-            return character == '"' || character == '\\' || static_cast<std::uint8_t>(character) < 0x20;
-        };
-        const auto length = static_cast<std::size_t>(std::ranges::find_if(rest, stops) - rest.begin());
-        const std::string_view run = rest.substr(0, length);
-        if (length == rest.size() || !IsUtf8(run))
-            return fail("String parsing error");
+        const std::string_view rest = cursor_.rest();
+        const std::string_view run =
+            rest.substr(0, static_cast<std::size_t>(std::ranges::find_if_not(rest, isPlain) - rest.begin()));
+        if (run.size() == rest.size() || !IsUtf8(run))
+            return cursor_.fail("String parsing error");
         token.append(run);
-        position_ += length;
-        if (static_cast<std::uint8_t>(current()) < 0x20)
-            return fail("Invalid string");
-        ++position_;
-        if (rest[length] == '"')
+        cursor_.skip(run.size());
+        const char stop = cursor_.current();
+        if (static_cast<std::uint8_t>(stop) < 0x20)
+            return cursor_.fail("Invalid string");
+        cursor_.skip();
+        if (stop == '"')
             break;
-        if (!scanJsonEscape(token))
-            return fail("String parsing error");
+        if (!scanEscape(token))
+            return cursor_.fail("String parsing error");
     }
     if (!IsAscii(token.view()))
         token.setType(ElementType::utf8Text);
     return true;
 }
 
-bool CCryptoLexicalAnalyzer::scanJsonEscape(element& text)
+bool JsonLexer::scanEscape(element& text)
 {
     constexpr std::string_view letters = "\"\\/bfnrt";
     constexpr std::string_view characters = "\"\\/\b\f\n\r\t";
-    const char letter = current();
+    const char letter = cursor_.current();
     const std::size_t index = letters.find(letter);
-    ++position_;
+    cursor_.skip();
     if (letter != 'u') {
         if (index == std::string_view::npos)
             return false;
@@ -156,25 +149,27 @@ bool CCryptoLexicalAnalyzer::scanJsonEscape(element& text)
     }
     std::uint32_t codePoint = 0;
     std::uint32_t second = 0;
-    if (!scanJsonUnit(codePoint) || IsLowSurrogate(codePoint))
+    if (!scanUnit(codePoint) || IsLowSurrogate(codePoint))
         return false;
     if (IsHighSurrogate(codePoint)) {
-        if (!lookingAt("\\u"))
+        if (!cursor_.lookingAt("\\u"))
             return false;
-        position_ += 2;
-        if (!scanJsonUnit(second) || !IsLowSurrogate(second))
+        cursor_.skip(2);
+        if (!scanUnit(second) || !IsLowSurrogate(second))
             return false;
         codePoint = surrogateBase + ((codePoint & 0x3FF) << 10) + (second & 0x3FF);
     }
     return EncodeUtf8(codePoint, text);
 }
 
-bool CCryptoLexicalAnalyzer::scanJsonUnit(std::uint32_t& unit)
+bool JsonLexer::scanUnit(std::uint32_t& unit)
 {
-    const std::string_view digits = text_.substr(std::min(position_, text_.size()), 4);
+    const std::string_view digits = cursor_.rest().substr(0, 4);
     if (digits.size() < 4 || !std::ranges::all_of(digits, IsHexDigit))
         return false;
     std::from_chars(digits.data(), digits.data() + digits.size(), unit, 16);
-    position_ += digits.size();
+    cursor_.skip(digits.size());
     return true;
 }
+
+} // namespace ccrypto::internal

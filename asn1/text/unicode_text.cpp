@@ -1,4 +1,4 @@
-#include "asn1/template/unicode_text.h"
+#include "asn1/text/unicode_text.h"
 
 #include "core/text/utf8.h"
 
