@@ -34,7 +34,7 @@ bool SameButForBlanks(std::string_view left, std::string_view right)
     }
 }
 
-/// Whether a name is what the item's head prints as, but for blanks.
+/// Whether a name is the item's printed head, ignoring blanks.
 bool IsPrintedHead(std::string_view name, const elementNode& item)
 {
     if (IsAsn1Type(KeywordType(name)))
@@ -159,7 +159,7 @@ bool CCryptoJSONParser::takeItemScalar(const elementNode* owner, element& value)
     if (!IsScalar(lookAhead_))
         return unexpected();
     if (IsString(lookAhead_)) {
-        value = FromStringNotation(lookAhead_.view());
+        value = FromStringNotation(lookAhead_.view(), owner);
         return IsJsonItemString(value, owner, lookAhead_.view()) || unexpected();
     }
     if (lookAhead_.type() == ElementType::characterData && owner != nullptr && IsAsn1Type(owner->type()) && refusal_.isEmpty())

@@ -66,6 +66,14 @@ bool IsOrdinaryList(const elementNode* first, bool isObject, std::uint32_t depth
     return true;
 }
 
+/// Whether the magnitude of a decimal number is below 2^53.
+bool IsExactAsDouble(std::string_view decimal)
+{
+    constexpr std::string_view largest = "9007199254740991";
+    const std::string_view digits = decimal.substr(decimal.starts_with('-') ? 1 : 0);
+    return digits.size() < largest.size() || (digits.size() == largest.size() && digits <= largest);
+}
+
 } // namespace
 
 bool HasPlainJsonValue(const elementNode& item)
@@ -85,9 +93,36 @@ bool IsPlainJsonTruth(const element& value)
     return value.type() == ElementType::truth && value == element::FromTruth(value.toTruth());
 }
 
+JsonScalar JsonItemScalar(const element& value, const elementNode* owner)
+{
+    if (value.type() == ElementType::null)
+        return {"null"};
+    if (IsPlainJsonTruth(value))
+        return {value.toTruth() ? "true" : "false"};
+    CCryptoString decimal = DecimalNotation(value, owner);
+    if (!decimal.isEmpty() && IsExactAsDouble(decimal.view()))
+        return {std::move(decimal)};
+    const bool isNumber = !decimal.isEmpty() && HoldsNumber(owner);
+    return {isNumber ? std::move(decimal) : StringNotation(value, owner), true};
+}
+
+JsonScalar JsonOrdinaryScalar(const element& value)
+{
+    if (value.type() == ElementType::null)
+        return {"null"};
+    if (IsPlainJsonTruth(value))
+        return {value.toTruth() ? "true" : "false"};
+    CCryptoString decimal = DecimalNotation(value, nullptr);
+    if (!decimal.isEmpty())
+        return {std::move(decimal)};
+    return {CCryptoString(value.view()), !IsJsonNumberOfText(value)};
+}
+
 bool IsJsonItemString(const element& value, const elementNode* owner, std::string_view text)
 {
-    return DecimalNotation(value, owner).isEmpty() && !IsPlainJsonTruth(value) && StringNotation(value, owner).view() == text;
+    const JsonScalar printed = JsonItemScalar(value, owner);
+    const bool isNumber = value.type() == ElementType::integer && HoldsNumber(owner);
+    return printed.text.view() == text && (printed.isString || isNumber);
 }
 
 bool IsJsonScalar(const elementNode& node)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "asn1/tree/element_node.h"
+#include "core/text/string.h"
 
 #include <string_view>
 
@@ -21,15 +22,26 @@ constexpr ElementType emptyJsonArray = ElementType::percent;
 /// Whether a tree is that of an ordinary document.
 bool IsOrdinaryJson(const elementNode* first);
 
-/// A value of an item that stands behind the item's name, without an array around it.
+/// Whether an item's value follows its name without an array around it.
 bool HasPlainJsonValue(const elementNode& item);
-bool IsPlainJsonTruth(const element& value);
 /// Character data that is a JSON number, and no integer.
 bool IsJsonNumberOfText(const element& value);
-/// Whether a value of an item is printed as this text in quotes.
-bool IsJsonItemString(const element& value, const elementNode* owner, std::string_view text);
 
-/// A node that stands by itself in an array: a value or null.
+/// A value as it is written: the text, and whether it is a JSON string.
+struct JsonScalar {
+    CCryptoString text;
+    bool isString = false;
+};
+/// A value of an item under `owner`, which may be null. Numbers of 2^53 and more in magnitude are strings, since other programs
+/// round them to a double (RFC 8259, 6).
+JsonScalar JsonItemScalar(const element& value, const elementNode* owner);
+/// The same of a value in an ordinary document, where a number keeps its notation.
+JsonScalar JsonOrdinaryScalar(const element& value);
+/// Whether a string of an item is written as its value prints, or is a decimal number for a number type.
+bool IsJsonItemString(const element& value, const elementNode* owner, std::string_view text);
+bool IsPlainJsonTruth(const element& value);
+
+/// A node that is an array element by itself: a value or null.
 bool IsJsonScalar(const elementNode& node);
 bool IsEmptyJsonArray(const elementNode* list);
 

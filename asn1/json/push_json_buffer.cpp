@@ -117,17 +117,11 @@ bool CPushJSONBuffer::pushEnd(const Place& place)
 
 void CPushJSONBuffer::pushScalar(const element& value, const elementNode* owner)
 {
-    const CCryptoString decimal = DecimalNotation(value, owner);
-    if (!decimal.isEmpty())
-        PushText(decimal.view());
-    else if (value.type() == ElementType::null)
-        PushText("null");
-    else if (IsPlainJsonTruth(value))
-        PushText(value.toTruth() ? "true" : "false");
-    else if (ordinary_ && IsJsonNumberOfText(value))
-        PushText(value.view());
+    const JsonScalar scalar = ordinary_ ? JsonOrdinaryScalar(value) : JsonItemScalar(value, owner);
+    if (scalar.isString)
+        pushString(scalar.text.view());
     else
-        pushString(ordinary_ ? value.view() : StringNotation(value, owner).view());
+        PushText(scalar.text.view());
 }
 
 void CPushJSONBuffer::pushString(std::string_view text)

@@ -67,7 +67,19 @@ bool SurvivesAsCharacters(const element& value, const elementNode* owner)
     return IsUtf8(value.view()) && (!isTwoByte || (value.type() == ElementType::utf8Text) != ascii);
 }
 
+/// Whether plain text would be read as a number.
+bool ReadsAsNumber(std::string_view text, const elementNode* owner)
+{
+    element number;
+    return HoldsNumber(owner) && SignedFromDecimal(text, number);
+}
+
 } // namespace
+
+bool HoldsNumber(const elementNode* owner)
+{
+    return owner != nullptr && IsNumberType(owner->type());
+}
 
 bool FindValueKind(std::string_view name, ElementType& type, bool& negative)
 {
@@ -122,7 +134,7 @@ CCryptoString StringNotation(const element& value, const elementNode* owner)
         return IsUtf8(text) ? CCryptoString(characterDataMark).append(text).append("'") : MarkedNotation(value);
     case ElementType::text:
     case ElementType::utf8Text:
-        if (SurvivesAsCharacters(value, owner))
+        if (SurvivesAsCharacters(value, owner) && !ReadsAsNumber(text, owner))
             return CCryptoString(LooksMarked(text) ? "\\" : "").append(text);
         return MarkedNotation(value);
     default:
@@ -130,9 +142,11 @@ CCryptoString StringNotation(const element& value, const elementNode* owner)
     }
 }
 
-element FromStringNotation(std::string_view text)
+element FromStringNotation(std::string_view text, const elementNode* owner)
 {
     element value;
+    if (HoldsNumber(owner) && SignedFromDecimal(text, value))
+        return value;
     if (const KindName* const kind = MarkedKind(text)) {
         BytesFromHex(text.substr(text.find('#') + 1), value);
         value.setType(kind->type);

@@ -221,11 +221,11 @@ bool CCryptoXMLParser::takeText(elementNode& item, std::string_view text, const 
     if (item.content() != nullptr)
         return IsXmlBlank(text);
     if (owner != &item) {
-        item.token() = ValueOfXmlText(text, owner);
+        item.token() = FromStringNotation(text, owner);
         return true;
     }
     if (item.shortValue() != nullptr)
         return IsXmlBlank(text);
-    item.set(LinkKind::shortValue, ValueOfXmlText(text, owner));
+    item.set(LinkKind::shortValue, FromStringNotation(text, owner));
     return true;
 }

@@ -59,11 +59,6 @@ bool IsItemWord(ElementType keyword)
     return keyword != ElementType::caseWord && keyword != ElementType::include;
 }
 
-bool HoldsNumber(const elementNode* owner)
-{
-    return owner != nullptr && IsNumberType(owner->type());
-}
-
 } // namespace
 
 bool NamesDiffer(const elementNode* attributes)
@@ -114,20 +109,11 @@ element TokenOfXmlTag(std::string_view tag)
 
 CCryptoString XmlText(const element& value, const elementNode* owner)
 {
-    element number;
-    const bool isNumberType = HoldsNumber(owner);
-    const CCryptoString decimal = isNumberType ? DecimalNotation(value, owner) : CCryptoString();
+    const CCryptoString decimal = HoldsNumber(owner) ? DecimalNotation(value, owner) : CCryptoString();
     if (!decimal.isEmpty())
         return decimal;
     CCryptoString text = StringNotation(value, owner);
-    const bool readsBack = !text.isEmpty() && IsXmlText(text.view()) && !(isNumberType && SignedFromDecimal(text.view(), number));
-    return readsBack ? text : MarkedNotation(value);
-}
-
-element ValueOfXmlText(std::string_view text, const elementNode* owner)
-{
-    element number;
-    return HoldsNumber(owner) && SignedFromDecimal(text, number) ? number : FromStringNotation(text);
+    return !text.isEmpty() && IsXmlText(text.view()) ? text : MarkedNotation(value);
 }
 
 } // namespace ccrypto

@@ -40,8 +40,7 @@ CCryptoString XmlItemTag(const element& token);
 /// The token of a tag other than "item".
 element TokenOfXmlTag(std::string_view tag);
 
-/// The text of a value under `owner`, which may be null.
+/// The text of a value under `owner`, which may be null. FromStringNotation reads it.
 CCryptoString XmlText(const element& value, const elementNode* owner);
-element ValueOfXmlText(std::string_view text, const elementNode* owner);
 
 } // namespace ccrypto

@@ -168,6 +168,74 @@ TEST(Json, ReadsEveryNotationAndStopsBehindTheClosingBrace)
     EXPECT_EQ(parser.ToDer().toString(), element("\x30\x09\x02\x02\xFF\x7F\x01\x01\xFF\x05\x00", 11).toString());
 }
 
+// A decimal number in an INTEGER or ENUMERATED is a number in both forms, quoted or not. From 2^53 on it is a JSON string, as other
+// programs would round it.
+TEST(Forms, WriteNumbersInDecimal)
+{
+    const struct {
+        const char *json, *printed, *xml, *der;
+    } cases[] = {
+        {R"({"INTEGER": "200"})", R"({"INTEGER":200})", "<INTEGER>200</INTEGER>", "020200c8"},
+        {R"({"INTEGER": "-129"})", R"({"INTEGER":-129})", "<INTEGER>-129</INTEGER>", "0202ff7f"},
+        {R"({"ENUMERATED": "0"})", R"({"ENUMERATED":0})", "<ENUMERATED>0</ENUMERATED>", "0a0100"},
+        {R"({"INTEGER": ["7"]})", R"({"INTEGER":[7]})", "<INTEGER><item>7</item></INTEGER>", "020107"},
+        {R"({"INTEGER": 9007199254740991})", R"({"INTEGER":9007199254740991})", "<INTEGER>9007199254740991</INTEGER>",
+         "02071fffffffffffff"},
+        {R"({"INTEGER": 9007199254740992})", R"({"INTEGER":"9007199254740992"})", "<INTEGER>9007199254740992</INTEGER>",
+         "020720000000000000"},
+        {R"({"INTEGER": -9007199254740991})", R"({"INTEGER":-9007199254740991})", "<INTEGER>-9007199254740991</INTEGER>",
+         "0207e0000000000001"},
+        {R"({"INTEGER": "-9007199254740992"})", R"({"INTEGER":"-9007199254740992"})", "<INTEGER>-9007199254740992</INTEGER>",
+         "0207e0000000000000"},
+        {R"({"ENUMERATED": "18446744073709551616"})", R"({"ENUMERATED":"18446744073709551616"})",
+         "<ENUMERATED>18446744073709551616</ENUMERATED>", "0a09010000000000000000"},
+        // Elsewhere digits are text, and a number that is a string needs its kind.
+        {R"({"PrintableString": "200"})", R"({"PrintableString":"200"})", "<PrintableString>200</PrintableString>", "1303323030"},
+        {R"({"OCTET_STRING": 9007199254740992})", R"({"OCTET_STRING":"integer#20000000000000"})",
+         "<OCTET_STRING>integer#20000000000000</OCTET_STRING>", "040720000000000000"},
+        {R"({"INTEGER": "text#323030"})", R"({"INTEGER":"text#323030"})", "<INTEGER>text#323030</INTEGER>", "0203323030"},
+        {R"({"INTEGER": "0200"})", R"({"INTEGER":"0200"})", "<INTEGER>0200</INTEGER>", "020430323030"},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.json);
+        CCryptoParser json, xml;
+        ASSERT_TRUE(json.Load_JSON_Memory(each.json));
+        EXPECT_EQ(Json(json), each.printed);
+        EXPECT_EQ(Hex(json.ToDer()), each.der);
+        std::string text = each.xml;
+        text.insert(text.find('>'), " xmlns='urn:x-asn1:template'");
+        ASSERT_TRUE(xml.Load_XML_Memory(text));
+        EXPECT_EQ(Json(xml), each.printed);
+        EXPECT_EQ(Hex(xml.ToDer()), each.der);
+        ExpectReadsBack(json, jsonForm, {jsonForm, xmlForm});
+    }
+}
+
+// The zero octet that DER puts before a magnitude with its top bit set is not part of the number.
+TEST(Forms, WriteANumberOfDerWithoutItsSignOctet)
+{
+    const struct {
+        std::string_view der;
+        const char *text, *json, *xml;
+    } cases[] = {
+        {"\x02\x02\0\xC8"sv, "INTEGER = 200\n", "200", "200"},
+        {"\x02\x03\0\x80\0"sv, "INTEGER = 32768\n", "32768", "32768"},
+        {"\x02\x09\0\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"sv, "INTEGER = 18446744073709551615\n", "\"18446744073709551615\"",
+         "18446744073709551615"},
+        // Not as DER has it: only the bytes give it back.
+        {"\x02\x02\0\x7F"sv, "INTEGER = %integer#007f\n", "\"integer#007f\"", "integer#007f"},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.text);
+        CCryptoParser parser;
+        ASSERT_TRUE(parser.Load_DER_Memory(Der(each.der)));
+        EXPECT_EQ(parser.ToText(), each.text);
+        EXPECT_EQ(Json(parser), std::string("{\"INTEGER\":") + each.json + "}");
+        EXPECT_EQ(Xml(parser), std::string("<INTEGER xmlns=\"urn:x-asn1:template\">") + each.xml + "</INTEGER>\n");
+        ExpectReadsBack(parser, jsonForm, {templateForm, jsonForm, xmlForm});
+    }
+}
+
 // Through each of the other forms, an ordinary document comes back as it was.
 TEST(Json, AnOrdinaryDocumentKeepsItsValuesInEveryForm)
 {

@@ -76,7 +76,8 @@ std::string IntegerText(std::span<const std::uint8_t> value, std::size_t mostHex
 {
     element number(value.data(), static_cast<std::uint32_t>(value.size()), ElementType::integer);
     number.setNegative(!value.empty() && value[0] >= 0x80);
-    const CCryptoString decimal = value.size() <= longestDecimal ? DecimalFromSigned(number) : CCryptoString();
+    const element magnitude = WithoutSignOctet(number, ElementType::asn1Integer);
+    const CCryptoString decimal = magnitude.length() <= longestDecimal ? DecimalFromSigned(magnitude) : CCryptoString();
     return decimal.isEmpty() ? Hexadecimal(value, mostHex) : std::string(decimal.view());
 }
 
