@@ -5,15 +5,17 @@
 #include "core/platform/secure_wipe.h"
 #include "deflate/inflate_output.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <utility>
 
 namespace ccrypto {
 
-/// Bits on their way to a sink, least significant first, gathered in pieces of at most 64 KiB. Once the sink has stopped, what
-/// comes is dropped.
+/// Collects bits, least significant first, and gives them to a sink in pieces of at most 64 KiB. After the sink has stopped,
+/// further bits are dropped.
 class BitOutput {
 public:
     explicit BitOutput(DeflateSink sink) : sink_(std::move(sink)), bytes_(pieceSize + sizeof(std::uint64_t)) {}
@@ -39,12 +41,12 @@ public:
         if (count_ != 0)
             put(0, 8 - count_);
     }
-    /// Whole bytes, behind alignToByte().
+    /// Whole bytes, after alignToByte().
     void putBytes(std::span<const std::uint8_t> bytes);
-    /// Bits of the last byte that are taken, 0 to 7.
+    /// Used bits of the last byte, 0 to 7.
     std::uint32_t pendingBits() const { return count_; }
 
-    /// Hands over the whole bytes. \return false when the sink has stopped.
+    /// Gives the whole bytes to the sink. \return false when the sink has stopped.
     bool flush();
     bool stopped() const { return stopped_; }
 
@@ -58,5 +60,25 @@ private:
     std::uint32_t count_ = 0;
     bool stopped_ = false;
 };
+
+inline void BitOutput::putBytes(std::span<const std::uint8_t> bytes)
+{
+    while (!bytes.empty()) {
+        const std::size_t count = std::min(bytes.size(), pieceSize - position_);
+        std::memcpy(bytes_.data() + position_, bytes.data(), count);
+        position_ += count;
+        bytes = bytes.subspan(count);
+        if (position_ >= pieceSize - sizeof(std::uint64_t))
+            flush();
+    }
+}
+
+inline bool BitOutput::flush()
+{
+    if (!stopped_ && position_ != 0)
+        stopped_ = !sink_({bytes_.data(), position_});
+    position_ = 0;
+    return !stopped_;
+}
 
 } // namespace ccrypto

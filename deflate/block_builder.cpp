@@ -13,7 +13,7 @@ constexpr std::uint64_t codesCost = 600;
 constexpr std::uint32_t fractionBits = 8;
 constexpr std::uint32_t tableBits = 7;
 
-/// log2(1 + index / 128), with 8 bits behind the point: each squaring of the number gives one.
+/// log2(1 + index / 128), with 8 fraction bits: each squaring of the number gives one.
 constexpr auto MakeFractions()
 {
     std::array<std::uint16_t, 1U << tableBits> fractions{};
@@ -32,7 +32,7 @@ constexpr auto MakeFractions()
 }
 constexpr auto fractions = MakeFractions();
 
-/// n * log2(n), with 8 bits behind the point.
+/// n * log2(n), with 8 fraction bits.
 std::uint64_t TimesOwnLogarithm(std::uint32_t number)
 {
     if (number < 2)
@@ -43,7 +43,7 @@ std::uint64_t TimesOwnLogarithm(std::uint32_t number)
     return std::uint64_t{number} * logarithm;
 }
 
-/// The fewest bits that symbols which occur this often, each of the `codes` its count, can be coded in; 8 bits behind the point.
+/// A lower bound on the bits that code symbols with these counts, with 8 fraction bits.
 template <typename CountOf>
 std::uint64_t Entropy(std::size_t codes, CountOf countOf)
 {
@@ -85,7 +85,7 @@ void BlockBuilder::check()
     length_ += recentLength_;
     recentLength_ = 0;
     checked_ = count_;
-    if (count_ == mostSymbols)
+    if (count_ == maxSymbols)
         write(count_, false);
     nextCheck_ = count_ + checkEvery;
 }

@@ -13,7 +13,7 @@ namespace ccrypto::deflate {
 class BlockBuilder {
 public:
     /// `window` holds the bytes that the symbols stand for, from its beginning on; both must outlive the builder.
-    BlockBuilder(const std::uint8_t* window, BitOutput& output) : output_(output), window_(window), symbols_(mostSymbols) {}
+    BlockBuilder(const std::uint8_t* window, BitOutput& output) : output_(output), window_(window), symbols_(maxSymbols) {}
 
     void add(Symbol symbol)
     {
@@ -35,7 +35,7 @@ private:
     void check();
     void write(std::size_t symbols, bool last);
 
-    static constexpr std::size_t mostSymbols = 32768;
+    static constexpr std::size_t maxSymbols = 32768;
     static constexpr std::size_t checkEvery = 2048;
 
     BitOutput& output_;

@@ -1,6 +1,6 @@
 #include "deflate/code_lengths_text.h"
 
-#include "deflate/huffman_lengths.h"
+#include "deflate/huffman.h"
 
 #include <algorithm>
 
@@ -26,14 +26,14 @@ CodeLengthsText::CodeLengthsText(std::span<const std::uint8_t> literals, std::sp
     : literalCount_(WithoutTail(literals, firstLengthCode)), distanceCount_(WithoutTail(distances, 1))
 {
     Wiped<std::array<std::uint8_t, usedLiteralCodes + usedDistanceCodes>> all;
-    const auto behind = std::copy_n(literals.begin(), literalCount_, all.begin());
-    std::copy_n(distances.begin(), distanceCount_, behind);
+    const auto next = std::copy_n(literals.begin(), literalCount_, all.begin());
+    std::copy_n(distances.begin(), distanceCount_, next);
     shorten({all.data(), literalCount_ + distanceCount_});
 
     Wiped<std::array<std::uint32_t, codeLengthCodes>> frequencies{};
     for (std::size_t index = 0; index < itemCount_; ++index)
         ++frequencies[items_[index].code];
-    MakeCodeLengths(frequencies, longestCodeLengthCode, lengths_);
+    MakeCodeLengths(frequencies, maxCodeLengthCode, lengths_);
     MakeCodeWords(lengths_, words_);
     while (codeCount_ > 4 && lengths_[codeLengthOrder[codeCount_ - 1]] == 0)
         --codeCount_;

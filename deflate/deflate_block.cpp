@@ -1,7 +1,7 @@
 #include "deflate/deflate_block.h"
 
 #include "deflate/code_lengths_text.h"
-#include "deflate/huffman_lengths.h"
+#include "deflate/huffman.h"
 
 #include <algorithm>
 
@@ -44,19 +44,19 @@ Codes FixedCodes()
 Codes OwnCodes(const Frequencies& frequencies)
 {
     Codes codes;
-    MakeCodeLengths(frequencies.literals, longestCode, std::span(codes.literalLengths).first(usedLiteralCodes));
-    MakeCodeLengths(frequencies.distances, longestCode, std::span(codes.distanceLengths).first(usedDistanceCodes));
+    MakeCodeLengths(frequencies.literals, maxCode, std::span(codes.literalLengths).first(usedLiteralCodes));
+    MakeCodeLengths(frequencies.distances, maxCode, std::span(codes.distanceLengths).first(usedDistanceCodes));
     return codes;
 }
 
 /// The words for all lengths, extra bits included.
 struct LengthWords {
-    Wiped<std::array<std::uint32_t, longestMatch + 1>> words{};
-    Wiped<std::array<std::uint8_t, longestMatch + 1>> bits{};
+    Wiped<std::array<std::uint32_t, maxMatch + 1>> words{};
+    Wiped<std::array<std::uint8_t, maxMatch + 1>> bits{};
 
     explicit LengthWords(const Codes& codes)
     {
-        for (std::uint32_t length = shortestMatch; length <= longestMatch; ++length) {
+        for (std::uint32_t length = minMatch; length <= maxMatch; ++length) {
             const std::uint32_t code = lengthCodeOf[length];
             const ValueRun& run = lengthRuns[code];
             const std::uint8_t codeBits = codes.literalLengths[firstLengthCode + code];
@@ -95,7 +95,7 @@ void WriteStored(const Block& block, BitOutput& output)
 {
     std::size_t written = 0;
     do {
-        const std::size_t count = std::min<std::size_t>(block.length - written, longestStored);
+        const std::size_t count = std::min<std::size_t>(block.length - written, maxStored);
         const bool ends = written + count == block.length;
         WriteHeader(block.last && ends, BlockType::stored, output);
         output.alignToByte();
@@ -107,7 +107,7 @@ void WriteStored(const Block& block, BitOutput& output)
 
 std::uint64_t StoredBits(const Block& block, std::uint32_t pendingBits)
 {
-    const std::uint64_t blocks = std::max<std::uint64_t>(1, (block.length + longestStored - 1) / longestStored);
+    const std::uint64_t blocks = std::max<std::uint64_t>(1, (block.length + maxStored - 1) / maxStored);
     const std::uint32_t toByte = (8 - (pendingBits + 3) % 8) % 8;
     return toByte + blocks * 40 - 5 + std::uint64_t{block.length} * 8;
 }

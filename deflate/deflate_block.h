@@ -22,15 +22,15 @@ struct Symbol {
     std::uint32_t literal() const { return packed & 0xFF; }
     std::uint32_t length() const { return packed & 0x1FF; }
     std::uint32_t distance() const { return packed >> 9; }
-    /// How many bytes it stands for.
+    /// The number of bytes that it represents.
     std::uint32_t covers() const { return isMatch() ? length() : 1; }
 };
 
-constexpr std::array<std::uint8_t, longestMatch + 1> MakeLengthCodes()
+constexpr std::array<std::uint8_t, maxMatch + 1> MakeLengthCodes()
 {
-    std::array<std::uint8_t, longestMatch + 1> codes{};
+    std::array<std::uint8_t, maxMatch + 1> codes{};
     for (std::size_t code = 0; code < lengthRuns.size(); ++code) {
-        for (std::size_t length = lengthRuns[code].base; length <= longestMatch; ++length)
+        for (std::size_t length = lengthRuns[code].base; length <= maxMatch; ++length)
             codes[length] = static_cast<std::uint8_t>(code);
     }
     return codes;

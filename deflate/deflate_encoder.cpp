@@ -104,7 +104,7 @@ void DeflateEncoder::packLazily(std::size_t limit)
         hasPendingByte_ = true;
         ++position_;
     }
-    // At the end of the input the position may stand behind it, with a match that reaches up to there.
+    // At the end of the input the position may be past it, after a match that ends there.
     if (limit == finder_.end() && pending_.length != 0)
         takePending();
 }

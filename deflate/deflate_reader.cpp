@@ -66,7 +66,7 @@ bool DeflateReader::readPadding(std::span<const std::uint8_t>& input)
         const auto other = std::find_if(input.begin(), input.end(), [](std::uint8_t byte) { return byte != 0; });
         input = {other, input.end()};
     }
-    return input.empty() ? true : fail("Bytes behind the end of the data");
+    return input.empty() ? true : fail("Bytes after the end of the data");
 }
 
 bool DeflateReader::readHeader(std::span<const std::uint8_t>& input)
@@ -95,7 +95,7 @@ bool DeflateReader::readBody(std::span<const std::uint8_t>& input)
         return fail(decoder_.reason());
     case InflateDecoder::Result::done:
         trailerRead_ = 0;
-        step_ = format_ == DeflateFormat::raw ? Step::behind : Step::trailer;
+        step_ = format_ == DeflateFormat::raw ? Step::afterMember : Step::trailer;
         break;
     default:
         break;
@@ -114,8 +114,8 @@ bool DeflateReader::readTrailer(std::span<const std::uint8_t>& input)
     if (LoadLittleEndian<std::uint32_t>(trailer_.data()) != output_.memberChecksum())
         return fail("The CRC-32 does not match the data");
     if (LoadLittleEndian<std::uint32_t>(trailer_.data() + 4) != output_.memberLength())
-        return fail("The length behind the data does not match it");
-    step_ = Step::behind;
+        return fail("The length after the data does not match it");
+    step_ = Step::afterMember;
     return true;
 }
 
@@ -135,7 +135,7 @@ const char* DeflateReader::cutShort() const
 
 bool DeflateReader::Finish()
 {
-    if (step_ == Step::behind || step_ == Step::padding)
+    if (step_ == Step::afterMember || step_ == Step::padding)
         step_ = Step::finished;
     if (step_ == Step::finished)
         return true;

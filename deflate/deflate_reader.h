@@ -1,6 +1,5 @@
 #pragma once
 
-#include "deflate/deflate_format.h"
 #include "deflate/gzip_header.h"
 #include "deflate/inflate_decoder.h"
 #include "deflate/inflate_output.h"
@@ -11,8 +10,8 @@
 
 namespace ccrypto {
 
-/// Unpacks a whole input that arrives in pieces of any size: one Deflate stream, or GZIP members one behind the
-/// other. Zeros behind the last member, with which some media fill their last record, are passed over.
+/// Unpacks a whole input that arrives in pieces of any size: one Deflate stream, or consecutive GZIP
+/// members. Zeros after the last member, with which some media fill their last record, are ignored.
 class DeflateReader {
 public:
     DeflateReader(DeflateFormat format, DeflateSink sink, const InflateLimits& limits);
@@ -29,7 +28,7 @@ public:
     const CCryptoGZIPHeader& header() const { return header_; }
 
 private:
-    enum class Step { start, header, body, trailer, behind, padding, finished, failed };
+    enum class Step { start, header, body, trailer, afterMember, padding, finished, failed };
 
     bool fail(const char* reason);
     bool step(std::span<const std::uint8_t>& input);

@@ -155,7 +155,7 @@ bool CDeflateStream::Inflate(std::span<const std::uint8_t> input, DeflateFormat 
     // What the element cannot hold exceeds a limit of the size, too; one of 0 would be none.
     InflateLimits within = limits;
     const std::uint64_t room = std::max<std::uint64_t>(UINT32_MAX - before, 1);
-    within.mostOutput = limits.mostOutput == 0 ? room : std::min(limits.mostOutput, room);
+    within.maxOutput = limits.maxOutput == 0 ? room : std::min(limits.maxOutput, room);
     CDeflateStream stream;
     stream.StartInflate(format, AppendTo(output), within);
     if (stream.Write(copy.isEmpty() ? input : copy.bytes()) && stream.Finish())

@@ -7,24 +7,24 @@
 /// The numbers of RFC 1951, 3.2.5 to 3.2.7.
 namespace ccrypto::deflate {
 
-inline constexpr std::size_t literalCodes = 288; ///< 286 and 287 take part in the fixed code and stand for nothing
+inline constexpr std::size_t literalCodes = 288; ///< 286 and 287 are part of the fixed code but not used
 inline constexpr std::size_t usedLiteralCodes = 286;
 inline constexpr std::size_t distanceCodes = 32; ///< 30 and 31 likewise
 inline constexpr std::size_t usedDistanceCodes = 30;
 inline constexpr std::size_t codeLengthCodes = 19;
 inline constexpr std::uint32_t endOfBlock = 256;
 inline constexpr std::uint32_t firstLengthCode = 257;
-inline constexpr std::uint32_t longestCode = 15;
-inline constexpr std::uint32_t longestCodeLengthCode = 7;
+inline constexpr std::uint32_t maxCode = 15;
+inline constexpr std::uint32_t maxCodeLengthCode = 7;
 
-inline constexpr std::uint32_t shortestMatch = 3;
-inline constexpr std::uint32_t longestMatch = 258;
+inline constexpr std::uint32_t minMatch = 3;
+inline constexpr std::uint32_t maxMatch = 258;
 inline constexpr std::uint32_t windowSize = 32768;
-inline constexpr std::uint32_t longestStored = 65535;
+inline constexpr std::uint32_t maxStored = 65535;
 
 enum class BlockType : std::uint32_t { stored = 0, fixed = 1, dynamic = 2 };
 
-/// A code that stands for a run of values: the first of them, and how many bits choose one.
+/// A code for a run of values: the first of them, and the number of bits that select one.
 struct ValueRun {
     std::uint16_t base;
     std::uint8_t extraBits;
@@ -51,7 +51,7 @@ inline constexpr std::array<ValueRun, 3> repeatRuns = {{{3, 2}, {3, 3}, {11, 7}}
 inline constexpr std::array<std::uint8_t, codeLengthCodes> codeLengthOrder = {16, 17, 18, 0, 8,  7, 9,  6, 10, 5,
                                                                               11, 4,  12, 3, 13, 2, 14, 1, 15};
 
-/// Codes are written from their most significant bit on, everything else from the least: the code as it stands in the input.
+/// A code in the order of bits of the input: codes are written from their most significant bit, everything else from the least.
 constexpr std::uint32_t Reversed(std::uint32_t code, std::uint32_t length)
 {
     code = ((code & 0x5555) << 1) | ((code >> 1) & 0x5555);

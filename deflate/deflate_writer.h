@@ -3,7 +3,6 @@
 #include "deflate/bit_output.h"
 #include "deflate/crc32.h"
 #include "deflate/deflate_encoder.h"
-#include "deflate/deflate_format.h"
 #include "deflate/gzip_header.h"
 
 #include <cstdint>

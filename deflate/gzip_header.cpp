@@ -16,8 +16,8 @@ constexpr std::uint8_t nameFlag = 0x08;
 constexpr std::uint8_t commentFlag = 0x10;
 constexpr std::uint8_t reservedFlags = 0xE0;
 
-constexpr const char* nameTooLong = "A GZIP file name of more than 65535 bytes";
-constexpr const char* commentTooLong = "A GZIP comment of more than 65535 bytes";
+constexpr const char* nameTooLong = "A GZIP file name of more than 1 MiB";
+constexpr const char* commentTooLong = "A GZIP comment of more than 1 MiB";
 
 bool HoldsZero(const element& text)
 {
@@ -104,7 +104,7 @@ CCryptoGZIPHeader::Result CCryptoGZIPHeader::readText(std::uint8_t byte, element
 {
     if (byte == 0)
         return openNext(step_);
-    if (text.length() == longestText)
+    if (text.length() == maxTextLength)
         return fail(tooLong);
     text.append(byte);
     return Result::more;
@@ -159,11 +159,11 @@ CCryptoGZIPHeader::Result CCryptoGZIPHeader::openNext(Step step)
 
 const char* CCryptoGZIPHeader::Write(element& target) const
 {
-    if (extra && extra->length() > longestExtra)
+    if (extra && extra->length() > maxExtraLength)
         return "A GZIP extra field of more than 65535 bytes";
-    if (name && name->length() > longestText)
+    if (name && name->length() > maxTextLength)
         return nameTooLong;
-    if (comment && comment->length() > longestText)
+    if (comment && comment->length() > maxTextLength)
         return commentTooLong;
     if ((name && HoldsZero(*name)) || (comment && HoldsZero(*comment)))
         return "A GZIP file name or comment with a zero byte";

@@ -6,33 +6,44 @@
 #include <cstdint>
 #include <optional>
 
+namespace ccrypto {
+
+/// How Deflate data is framed.
+enum class DeflateFormat {
+    raw,  ///< not at all: the data alone
+    gzip, ///< as one or more GZIP members, each with a header and a checksum
+};
+
+} // namespace ccrypto
+
 /// The header of one GZIP member (RFC 1952, 2.3): read a byte at a time, or filled and written.
 class CCryptoGZIPHeader {
 public:
     enum class Result { more, complete, failed };
 
-    static constexpr std::uint32_t longestText = 65535; ///< bytes of a file name or a comment, terminator left out
-    static constexpr std::uint32_t longestExtra = 65535;
+    /// Bytes of a file name or a comment without the terminator. The format has no limit; this one bounds the memory.
+    static constexpr std::uint32_t maxTextLength = 1 << 20;
+    static constexpr std::uint32_t maxExtraLength = 65535;
     static constexpr std::uint8_t unknownSystem = 255;
-    static constexpr std::uint8_t firstMark = 0x1F; ///< the byte that every header begins with
+    static constexpr std::uint8_t firstMark = 0x1F; ///< the first byte of every header
 
     bool isText = false;                ///< FTEXT
     bool hasChecksum = false;           ///< FHCRC: the header carries a checksum of itself
     std::uint32_t modificationTime = 0; ///< MTIME, seconds since 1970 in UTC; 0 is unknown
     std::uint8_t extraFlags = 0;        ///< XFL: 2 for the best compression, 4 for the fastest
     std::uint8_t operatingSystem = unknownSystem;
-    std::optional<element> extra;   ///< FEXTRA, with the subfields as they stand
+    std::optional<element> extra;   ///< FEXTRA, subfields included
     std::optional<element> name;    ///< FNAME, Latin-1
     std::optional<element> comment; ///< FCOMMENT, Latin-1
 
     /// Takes the next byte of a header; after `complete` or `failed` the next one begins another header, whose fields replace
     /// these.
-    Result Read(std::uint8_t byte);
+    [[nodiscard]] Result Read(std::uint8_t byte);
     /// Why the last header failed.
     const char* reason() const { return reason_; }
 
     /// Appends the header to `target`. \return null, or why the fields cannot be written; nothing is appended then.
-    const char* Write(element& target) const;
+    [[nodiscard]] const char* Write(element& target) const;
 
 private:
     enum class Step { idle, fixedPart, extraLength, extraBytes, name, comment, checksum };
@@ -41,7 +52,7 @@ private:
     Result readFixedPart(std::uint8_t byte);
     Result readText(std::uint8_t byte, element& text, const char* tooLong);
     Result readChecksum(std::uint8_t byte);
-    /// Opens the part behind `step`, of those the flags announce.
+    /// Starts the part after `step`, of those that the flags announce.
     Result openNext(Step step);
 
     Step step_ = Step::idle;

@@ -22,7 +22,7 @@ public:
     /// `output` must outlive the decoder.
     explicit InflateDecoder(InflateOutput& output);
 
-    /// Unpacks from the front of `input`, which is cut to what stands behind the end of the stream. What the input yields, up to a
+    /// Unpacks from the front of `input`, which is cut to what follows the end of the stream. What the input yields, up to a
     /// fault if there is one, has been delivered on return. After `done` or `failed` only Restart() goes on.
     ///
     /// How the stream was cut changes nothing: not where it fails, nor for what reason, nor what is delivered in all.
@@ -61,7 +61,7 @@ private:
     /// Goes through symbols while there is plenty of input and room.
     Progress readManySymbols();
 
-    /// Makes sure, behind each symbol or run of stored bytes, that another one may start.
+    /// After each symbol or run of stored bytes: makes sure that another one may start.
     bool keepRoom() { return position_ <= lastStart_ || makeRoom(); }
     /// Delivers, judges, and keeps the window's worth of history.
     bool makeRoom();
@@ -69,11 +69,11 @@ private:
     bool deliver();
     bool judge();
 
-    /// History and output behind it; a symbol that starts in time fits whole.
+    /// History, then output; a symbol that starts in time fits whole.
     static constexpr std::size_t capacity = std::size_t{96} * 1024;
-    static constexpr std::size_t latestStart = capacity - deflate::longestMatch;
-    /// What the fast loop may write in one round: two literals, and a match with up to 15 bytes behind it.
-    static constexpr std::size_t roundOutput = 2 + deflate::longestMatch + 15;
+    static constexpr std::size_t latestStart = capacity - deflate::maxMatch;
+    /// What the fast loop may write in one round: two literals, and a match with up to 15 bytes after it.
+    static constexpr std::size_t roundOutput = 2 + deflate::maxMatch + 15;
 
     InflateOutput& output_;
     BitInput input_;

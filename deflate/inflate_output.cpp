@@ -25,7 +25,7 @@ const char* InflateOutput::deliver(std::span<const std::uint8_t> bytes)
 
 const char* InflateOutput::judge(std::uint64_t consumed) const
 {
-    if (limits_.mostRatio == 0 || total_ <= limits_.freeOutput || total_ / limits_.mostRatio <= consumed)
+    if (limits_.maxRatio == 0 || total_ <= limits_.freeOutput || total_ / limits_.maxRatio <= consumed)
         return nullptr;
     return InflateLimits::ratioReason;
 }

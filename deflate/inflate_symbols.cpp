@@ -6,14 +6,14 @@ namespace ccrypto {
 
 namespace {
 
-constexpr const char* badLiteral = "A code that stands for no literal or length";
-constexpr const char* badDistance = "A code that stands for no distance";
+constexpr const char* badLiteral = "A code that is not a literal or length";
+constexpr const char* badDistance = "A code that is not a distance";
 constexpr const char* distanceTooFar = "A distance beyond the start of the data";
 
 /// What the fast loop may read in one round.
 constexpr std::size_t roundInput = 24;
 
-/// Copies 16 bytes at a time; up to 15 bytes behind the match are overwritten.
+/// Copies 16 bytes at a time; up to 15 bytes after the match are overwritten.
 inline void CopyWide(std::uint8_t* target, const std::uint8_t* source, std::uint32_t length)
 {
     const std::uint8_t* const end = target + length;
@@ -24,7 +24,7 @@ inline void CopyWide(std::uint8_t* target, const std::uint8_t* source, std::uint
     } while (target < end);
 }
 
-/// A match that overlaps itself within 16 bytes; up to 15 bytes behind it are overwritten.
+/// A match that overlaps itself within 16 bytes; up to 15 bytes after it are overwritten.
 inline void CopyNear(std::uint8_t* target, std::uint32_t distance, std::uint32_t length)
 {
     const std::uint8_t* const source = target - distance;

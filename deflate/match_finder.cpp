@@ -68,7 +68,7 @@ void MatchFinder::slide()
 MatchFinder::Match MatchFinder::find(std::size_t position, std::uint32_t shortest, const Effort& effort)
 {
     Match best;
-    const auto most = static_cast<std::uint32_t>(std::min<std::size_t>(deflate::longestMatch, end_ - position));
+    const auto most = static_cast<std::uint32_t>(std::min<std::size_t>(deflate::maxMatch, end_ - position));
     if (most < sizeof(std::uint32_t))
         return best;
     const std::uint8_t* const window = window_.data();
@@ -84,10 +84,10 @@ MatchFinder::Match MatchFinder::find(std::size_t position, std::uint32_t shortes
     before_[position & windowMask] = static_cast<std::uint16_t>(candidate);
 
     const std::size_t oldest = position > farthest ? position - farthest : 1;
-    std::uint32_t length = std::max(shortest, deflate::shortestMatch);
-    if (shortest < deflate::shortestMatch && shortCandidate >= oldest && position - shortCandidate <= farthestShort &&
+    std::uint32_t length = std::max(shortest, deflate::minMatch);
+    if (shortest < deflate::minMatch && shortCandidate >= oldest && position - shortCandidate <= farthestShort &&
         ((LoadLittleEndian<std::uint32_t>(window + shortCandidate) ^ word) & threeBytes) == 0)
-        best = {deflate::shortestMatch, static_cast<std::uint32_t>(position - shortCandidate)};
+        best = {deflate::minMatch, static_cast<std::uint32_t>(position - shortCandidate)};
     if (length >= most)
         return best;
 

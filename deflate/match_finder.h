@@ -16,7 +16,7 @@ namespace ccrypto {
 class MatchFinder {
 public:
     /// Bytes before the end of the window that are packed only when more has come or none will.
-    static constexpr std::size_t lookahead = deflate::longestMatch + 4;
+    static constexpr std::size_t lookahead = deflate::maxMatch + 4;
     /// What is referred to at most; a slide always leaves that much.
     static constexpr std::size_t farthest = deflate::windowSize - lookahead;
 
@@ -40,14 +40,14 @@ public:
     std::size_t end() const { return end_; }
     const std::uint8_t* bytes() const { return window_.data(); }
 
-    /// The longest match for what stands at `position`, when longer than `shortest`; the position is entered.
+    /// The longest match for the bytes at `position`, when longer than `shortest`; the position is entered.
     Match find(std::size_t position, std::uint32_t shortest, const Effort& effort);
     /// Enters a position that is not matched.
     void enter(std::size_t position);
 
 private:
     static constexpr std::size_t capacity = std::size_t{2} * deflate::windowSize;
-    static constexpr std::size_t slack = 16; ///< comparisons may read, and disregard, so much behind the end
+    static constexpr std::size_t slack = 16; ///< comparisons may read, and ignore, this many bytes after the end
     static constexpr std::uint32_t chainHashBits = 15;
     static constexpr std::size_t chainHashes = std::size_t{1} << chainHashBits;
     static constexpr std::uint32_t shortHashBits = 14;

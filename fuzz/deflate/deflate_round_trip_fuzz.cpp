@@ -51,7 +51,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* input, std::size_t siz
     Require(stream.Finish());
 
     element unpacked;
-    Require(CDeflateStream::Inflate(packed, DeflateFormat::gzip, unpacked, {.mostRatio = 0}));
+    Require(CDeflateStream::Inflate(packed, DeflateFormat::gzip, unpacked, {.maxRatio = 0}));
     Require(std::equal(plain.begin(), plain.end(), unpacked.data(), unpacked.data() + unpacked.length()));
     return 0;
 }

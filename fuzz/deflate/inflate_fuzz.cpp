@@ -14,8 +14,8 @@ using namespace ccrypto;
 
 namespace {
 
-constexpr InflateLimits sizeAlone{.mostOutput = 1 << 20, .mostRatio = 0};
-constexpr InflateLimits sizeAndRatio{.mostOutput = 300000, .mostRatio = 20, .freeOutput = 100000};
+constexpr InflateLimits sizeAlone{.maxOutput = 1 << 20, .maxRatio = 0};
+constexpr InflateLimits sizeAndRatio{.maxOutput = 300000, .maxRatio = 20, .freeOutput = 100000};
 
 void Require(bool condition)
 {
@@ -64,7 +64,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* input, std::size_t siz
         const Outcome whole = Unpack(packed, format, limits, SIZE_MAX);
         const Outcome pieces = Unpack(packed, format, limits, input[0] / 2U + 1);
         Require(whole.good == (whole.reason[0] == '\0') && whole.offset <= packed.size());
-        Require(whole.output.size() <= limits.mostOutput);
+        Require(whole.output.size() <= limits.maxOutput);
         Require(whole.good == pieces.good && std::string_view(whole.reason) == pieces.reason && whole.offset == pieces.offset);
         Require(whole.output == pieces.output);
     }

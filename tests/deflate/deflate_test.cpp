@@ -2,7 +2,6 @@
 #include "deflate/block_builder.h"
 #include "deflate/code_lengths_text.h"
 #include "deflate/huffman.h"
-#include "deflate/huffman_lengths.h"
 #include "tests/deflate/deflate_data.h"
 #include "tests/support/captured_log.h"
 
@@ -51,7 +50,7 @@ TEST(Deflate, EveryLevelComesBack)
         for (int level = CDeflateStream::fastest; level <= CDeflateStream::best; ++level) {
             SCOPED_TRACE(testing::Message() << sample.name << ", level " << level);
             const std::string packed = Packed(sample.plain, DeflateFormat::gzip, level);
-            const Outcome outcome = Unpacked(packed, DeflateFormat::gzip, SIZE_MAX, SIZE_MAX, {.mostRatio = 0});
+            const Outcome outcome = Unpacked(packed, DeflateFormat::gzip, SIZE_MAX, SIZE_MAX, {.maxRatio = 0});
             ASSERT_TRUE(outcome.good) << outcome.reason;
             ASSERT_TRUE(outcome.output == sample.plain);
             EXPECT_LE(packed.size(), sample.plain.size() + 5 * (sample.plain.size() / 16384 + 1) + 18);

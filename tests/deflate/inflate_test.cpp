@@ -98,13 +98,13 @@ TEST(Inflate, NamesWhatIsMalformed)
         {"An over-subscribed set of distance codes", FromBits(CodesOf(twoLiterals, {1, 1, 1}))},
         {"An incomplete set of distance codes", FromBits(CodesOf(twoLiterals, {2, 2}))},
         {"An incomplete set of distance codes", FromBits(CodesOf(twoLiterals, {2}))},
-        {"A code that stands for no literal or length", FromBits(fixedBlock + "11000110")},
-        {"A code that stands for no literal or length", FromBits(CodesOf(Lengths({{256, 1}}), {0}) + "1")},
-        {"A code that stands for no distance", FromBits(fixedBlock + letterA + length3 + "11110")},
-        {"A code that stands for no distance", FromBits(CodesOf(Lengths({{'a', 1}, {256, 2}, {257, 2}}, 258), {0}) + "0 11 0")},
+        {"A code that is not a literal or length", FromBits(fixedBlock + "11000110")},
+        {"A code that is not a literal or length", FromBits(CodesOf(Lengths({{256, 1}}), {0}) + "1")},
+        {"A code that is not a distance", FromBits(fixedBlock + letterA + length3 + "11110")},
+        {"A code that is not a distance", FromBits(CodesOf(Lengths({{'a', 1}, {256, 2}, {257, 2}}, 258), {0}) + "0 11 0")},
         {"A distance beyond the start of the data", FromBits(fixedBlock + length3 + "00000")},
         {"A distance beyond the start of the data", FromBits(fixedBlock + letterA + length3 + "00001")},
-        {"Bytes behind the end of the data", FromBits(fixedBlock + "0000000") + "x"},
+        {"Bytes after the end of the data", FromBits(fixedBlock + "0000000") + "x"},
         {"The data ends before a block", ""},
         {"The data ends inside a stored block", std::string("\x01\x06\x00\xF9"sv)},
         {"The data ends inside a stored block", std::string("\x01\x06\x00\xF9\xFFstore"sv)},
@@ -162,19 +162,19 @@ TEST(Inflate, HoldsOutputToItsLimits)
     constexpr const char* tooDense = "The output exceeds the limit of its ratio to the input";
     const auto zeros = [](std::size_t count) { return std::string(count, '\0'); };
     const LimitCase cases[] = {
-        {"exactly the size", {.mostOutput = 100000}, zeros(100000), ""},
-        {"a byte more", {.mostOutput = 99999}, zeros(100000), tooLarge},
-        {"stored, exactly the size", {.mostOutput = 100000}, Noise(100000), ""},
-        {"stored, a byte more", {.mostOutput = 99999}, Noise(100000), tooLarge},
-        {"the size at the end of a window", {.mostOutput = 98304}, zeros(98305), tooLarge},
+        {"exactly the size", {.maxOutput = 100000}, zeros(100000), ""},
+        {"a byte more", {.maxOutput = 99999}, zeros(100000), tooLarge},
+        {"stored, exactly the size", {.maxOutput = 100000}, Noise(100000), ""},
+        {"stored, a byte more", {.maxOutput = 99999}, Noise(100000), tooLarge},
+        {"the size at the end of a window", {.maxOutput = 98304}, zeros(98305), tooLarge},
         {"dense, but small", {}, zeros(2000000), ""},
         {"dense, up to what is free", {}, zeros(1 << 24), ""},
         {"dense and large", {}, zeros(18 << 20), tooDense},
-        {"a ratio that fits", {.mostRatio = 1032, .freeOutput = 1 << 20}, zeros(3 << 20), ""},
+        {"a ratio that fits", {.maxRatio = 1032, .freeOutput = 1 << 20}, zeros(3 << 20), ""},
         {"dense at first", {.freeOutput = 1 << 20}, zeros(1060000) + Noise(12000), ""},
         {"dense for too long", {.freeOutput = 1 << 20}, zeros(1300000) + Noise(12000), tooDense},
-        {"no room free of the ratio", {.mostRatio = 10, .freeOutput = 0}, zeros(100000), tooDense},
-        {"no limits", {.mostOutput = 0, .mostRatio = 0, .freeOutput = 1 << 20}, zeros(3 << 20), ""},
+        {"no room free of the ratio", {.maxRatio = 10, .freeOutput = 0}, zeros(100000), tooDense},
+        {"no limits", {.maxOutput = 0, .maxRatio = 0, .freeOutput = 1 << 20}, zeros(3 << 20), ""},
     };
     for (const LimitCase& each : cases) {
         SCOPED_TRACE(each.name);
@@ -195,7 +195,7 @@ TEST(Inflate, AnEndAnywhereMakesTheSameOfEveryCut)
     const std::string plain = Noise(70000) + Prose(40000) + std::string(100000, 'r') + Prose(40000);
     const std::string packed = Packed(plain, DeflateFormat::raw, 6);
     for (std::size_t limit = 1; limit < plain.size(); limit += 7919) {
-        const InflateLimits limits{.mostOutput = limit};
+        const InflateLimits limits{.maxOutput = limit};
         const Outcome whole = Unpacked(packed, DeflateFormat::raw, SIZE_MAX, SIZE_MAX, limits);
         ASSERT_EQ(whole.output.size(), limit);
         for (const std::size_t piece : {std::size_t{1}, std::size_t{29}})
@@ -240,7 +240,7 @@ TEST(Inflate, LogsTheReasonAndKeepsTheOutput)
         EXPECT_FALSE(CDeflateStream::Inflate(BytesOf("\x01\x03\x00\xFC\xFF"
                                                      "abc!"sv),
                                              DeflateFormat::raw, output));
-        EXPECT_THAT(log.texts(), testing::Contains("ERROR: Bytes behind the end of the data (offset 8)"));
+        EXPECT_THAT(log.texts(), testing::Contains("ERROR: Bytes after the end of the data (offset 8)"));
     }
     EXPECT_EQ(output.view(), "kept");
     EXPECT_TRUE(CDeflateStream::Inflate(BytesOf("\x01\x01\x00\xFE\xFF!"sv), DeflateFormat::raw, output));

@@ -22,11 +22,11 @@ int Unpack(Invocation& invocation)
 {
     const Arguments& arguments = invocation.arguments();
     InflateLimits limits;
-    limits.mostOutput = arguments.number("max-output", limits.mostOutput);
-    const std::uint64_t ratio = arguments.number("max-ratio", limits.mostRatio);
+    limits.maxOutput = arguments.number("max-output", limits.maxOutput);
+    const std::uint64_t ratio = arguments.number("max-ratio", limits.maxRatio);
     if (ratio > UINT32_MAX)
         return invocation.misuse("--max-ratio needs a number of at most 4294967295");
-    limits.mostRatio = static_cast<std::uint32_t>(ratio);
+    limits.maxRatio = static_cast<std::uint32_t>(ratio);
     return TransferPacked(invocation, Output::Content::text, [&limits](CDeflateStream& stream, const DeflateSink& sink) {
         stream.StartInflate(DeflateFormat::gzip, sink, limits);
         return true;
