@@ -98,12 +98,12 @@ bool CCryptoJSONParser::parseItemsRoot(ItemList& list)
 {
     if (IsString(lookAhead_) && lookAhead_.view() == jsonItemsName)
         return advance() && expect(ElementType::colon) && parseItemArray(list, nullptr, 0) && list.first != nullptr;
-    return parseItemBehindBrace(list, 0) && IsAsn1Type(list.first->type());
+    return parseItemAfterBrace(list, 0) && IsAsn1Type(list.first->type());
 }
 
 bool CCryptoJSONParser::parseItemArray(ItemList& list, const elementNode* owner, std::uint32_t depth)
 {
-    if (depth > deepestNesting)
+    if (depth > maxNesting)
         return tooDeep();
     if (!expect(ElementType::leftBracket))
         return false;
@@ -119,12 +119,12 @@ bool CCryptoJSONParser::parseItemArray(ItemList& list, const elementNode* owner,
 bool CCryptoJSONParser::parseItem(ItemList& list, const elementNode* owner, std::uint32_t depth)
 {
     if (lookAhead_.type() == ElementType::leftBrace)
-        return advance() && parseItemBehindBrace(list, depth) && expect(ElementType::rightBrace);
+        return advance() && parseItemAfterBrace(list, depth) && expect(ElementType::rightBrace);
     element value;
     return takeItemScalar(owner, value) && add(list, elementNode::Make(std::move(value))) != nullptr && advance();
 }
 
-bool CCryptoJSONParser::parseItemBehindBrace(ItemList& list, std::uint32_t depth)
+bool CCryptoJSONParser::parseItemAfterBrace(ItemList& list, std::uint32_t depth)
 {
     ElementNodePtr head = IsString(lookAhead_) ? ParseHead(lookAhead_.view(), itemsLeft_) : nullptr;
     if (head == nullptr)
@@ -186,7 +186,7 @@ ElementNodePtr CCryptoJSONParser::parseOrdinary(std::string_view text)
 // Up to the "}", which stays the look-ahead: what follows a document's last one is not read.
 bool CCryptoJSONParser::parseMembers(elementNode& object, std::uint32_t depth)
 {
-    if (depth > deepestNesting)
+    if (depth > maxNesting)
         return tooDeep();
     ItemList members;
     while (lookAhead_.type() != ElementType::rightBrace) {
@@ -205,7 +205,7 @@ bool CCryptoJSONParser::parseMembers(elementNode& object, std::uint32_t depth)
 
 bool CCryptoJSONParser::parseArray(elementNode& array, std::uint32_t depth)
 {
-    if (depth > deepestNesting)
+    if (depth > maxNesting)
         return tooDeep();
     ItemList items;
     while (lookAhead_.type() != ElementType::rightBracket) {

@@ -11,18 +11,19 @@
 
 /// Parses JSON (RFC 8259) into the tree that templates and DER give.
 ///
-/// A document that is an object of one member with the head of an item as its name ("SEQUENCE", "CONTEXT_SPECIFIC[0]"), all the way
-/// down, and is written as such trees are printed, gives the tree of that template; any other is an ordinary document.
-/// docs/template-language.md describes both. A document that starts with "{" is read up to its closing "}", any other to the end of
-/// input.
+/// A document of items, in which every object has one member named by the head of an item ("SEQUENCE", "CONTEXT_SPECIFIC[0]"),
+/// gives the tree of that template; any other is an ordinary document. docs/template-language.md describes both. A document that
+/// starts with "{" is read up to its closing "}", any other to the end of input.
+///
+/// Work and memory are linear in the text: a document that is not one of items is read twice.
 class CCryptoJSONParser : private ccrypto::CTokenReader<ccrypto::internal::JsonLexer> {
 public:
-    static constexpr std::uint32_t deepestNesting = 128;
+    static constexpr std::uint32_t maxNesting = 128; ///< levels of objects and arrays
 
     /// \return the first item or member with the others as its siblings; null, logged, on failure.
-    ccrypto::ElementNodePtr Parse(std::string_view text);
-    /// Whether a document is one of items.
-    bool IsItems(std::string_view text);
+    [[nodiscard]] ccrypto::ElementNodePtr Parse(std::string_view text);
+    /// Whether a document is one of items. Nothing is logged.
+    [[nodiscard]] bool IsItems(std::string_view text);
 
 private:
     ccrypto::ElementNodePtr parseItems(std::string_view text);
@@ -31,7 +32,7 @@ private:
     bool parseItemsRoot(ccrypto::ItemList& list);
     bool parseItemArray(ccrypto::ItemList& list, const elementNode* owner, std::uint32_t depth);
     bool parseItem(ccrypto::ItemList& list, const elementNode* owner, std::uint32_t depth);
-    bool parseItemBehindBrace(ccrypto::ItemList& list, std::uint32_t depth);
+    bool parseItemAfterBrace(ccrypto::ItemList& list, std::uint32_t depth);
     bool parseItemValue(elementNode& item, std::uint32_t depth);
     bool takeItemScalar(const elementNode* owner, element& value);
 
@@ -43,5 +44,5 @@ private:
     bool expect(ccrypto::ElementType type);
     bool tooDeep();
 
-    CCryptoString refusal_; ///< why a document of items is none that DER can hold
+    CCryptoString refusal_; ///< why DER cannot hold a document of items
 };

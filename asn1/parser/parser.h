@@ -21,52 +21,52 @@ public:
     void setRoot(ccrypto::ElementNodePtr root) { root_ = std::move(root); }
     ccrypto::ElementNodePtr takeRoot() { return std::move(root_); }
 
-    bool Load_ASCII_File(const CCryptoString& name);
-    bool Load_DER_File(const CCryptoString& name, const ccrypto::DerOptions& options = {});
-    bool Load_JSON_File(const CCryptoString& name);
-    bool Load_XML_File(const CCryptoString& name);
+    [[nodiscard]] bool Load_ASCII_File(const CCryptoString& name);
+    [[nodiscard]] bool Load_DER_File(const CCryptoString& name, const ccrypto::DerOptions& options = {});
+    [[nodiscard]] bool Load_JSON_File(const CCryptoString& name);
+    [[nodiscard]] bool Load_XML_File(const CCryptoString& name);
     /// One value element, the file's bytes, under a fresh root.
-    bool Load_RAW_File(const CCryptoString& name);
+    [[nodiscard]] bool Load_RAW_File(const CCryptoString& name);
     /// The file's bytes; null, logged, when it cannot be read.
-    static std::unique_ptr<element> SLoad_RAW_Element(const CCryptoString& name);
+    [[nodiscard]] static std::unique_ptr<element> SLoad_RAW_Element(const CCryptoString& name);
 
-    bool Load_ASCII_Memory(std::string_view text);
-    bool Load_DER_Memory(const element& der, const ccrypto::DerOptions& options = {});
-    bool Load_JSON_Memory(std::string_view text);
-    bool Load_XML_Memory(std::string_view text);
+    [[nodiscard]] bool Load_ASCII_Memory(std::string_view text);
+    [[nodiscard]] bool Load_DER_Memory(const element& der, const ccrypto::DerOptions& options = {});
+    [[nodiscard]] bool Load_JSON_Memory(std::string_view text);
+    [[nodiscard]] bool Load_XML_Memory(std::string_view text);
 
-    bool Save_ASCII_File(const CCryptoString& name) const;
-    static bool Save_ASCII_File(const CCryptoString& name, const elementNode* node);
-    bool Save_DER_File(const CCryptoString& name) const;
-    static bool Save_DER_File(const CCryptoString& name, const elementNode* node);
-    bool Save_JSON_File(const CCryptoString& name) const;
-    static bool Save_JSON_File(const CCryptoString& name, const elementNode* node);
-    bool Save_XML_File(const CCryptoString& name) const;
-    static bool Save_XML_File(const CCryptoString& name, const elementNode* node);
+    [[nodiscard]] bool Save_ASCII_File(const CCryptoString& name) const;
+    [[nodiscard]] static bool Save_ASCII_File(const CCryptoString& name, const elementNode* node);
+    [[nodiscard]] bool Save_DER_File(const CCryptoString& name) const;
+    [[nodiscard]] static bool Save_DER_File(const CCryptoString& name, const elementNode* node);
+    [[nodiscard]] bool Save_JSON_File(const CCryptoString& name) const;
+    [[nodiscard]] static bool Save_JSON_File(const CCryptoString& name, const elementNode* node);
+    [[nodiscard]] bool Save_XML_File(const CCryptoString& name) const;
+    [[nodiscard]] static bool Save_XML_File(const CCryptoString& name, const elementNode* node);
     /// The bytes of the root's value.
-    bool Save_RAW_File(const CCryptoString& name) const;
+    [[nodiscard]] bool Save_RAW_File(const CCryptoString& name) const;
 
     /// The tree, or the list that begins at `node`, as DER, template text, JSON or XML; empty, logged, when it cannot be written
     /// so.
-    element ToDer() const { return ToDer(root_.get()); }
-    static element ToDer(const elementNode* node);
-    CCryptoString ToText() const { return ToText(root_.get()); }
-    static CCryptoString ToText(const elementNode* node);
-    CCryptoString ToJson() const { return ToJson(root_.get()); }
-    static CCryptoString ToJson(const elementNode* node);
-    CCryptoString ToXml() const { return ToXml(root_.get()); }
-    static CCryptoString ToXml(const elementNode* node);
+    [[nodiscard]] element ToDer() const { return ToDer(root_.get()); }
+    [[nodiscard]] static element ToDer(const elementNode* node);
+    [[nodiscard]] CCryptoString ToText() const { return ToText(root_.get()); }
+    [[nodiscard]] static CCryptoString ToText(const elementNode* node);
+    [[nodiscard]] CCryptoString ToJson() const { return ToJson(root_.get()); }
+    [[nodiscard]] static CCryptoString ToJson(const elementNode* node);
+    [[nodiscard]] CCryptoString ToXml() const { return ToXml(root_.get()); }
+    [[nodiscard]] static CCryptoString ToXml(const elementNode* node);
 
-    /// Destroys `node` without its siblings, which close the gap. The way from the node to the root, along each list, is walked to
-    /// see whose it is. \return false, logged, for a node of another tree.
-    bool remove_node(elementNode* node);
-    /// Puts `replacement`, which has no parent, into `old`'s place; what `old` had as content follows behind it, then `old`'s own
-    /// siblings, and `old` is destroyed. \return the replacement; null, logged, when either condition is not met.
+    /// Destroys `node` without its siblings, which close the gap. Whether the node belongs to this tree is found by walking to the
+    /// root. \return false, logged, for a node of another tree.
+    [[nodiscard]] bool remove_node(elementNode* node);
+    /// Puts `replacement`, which has no parent, into `old`'s place; the content of `old` follows it, then the siblings of
+    /// `old`, and `old` is destroyed. \return the replacement; null, logged, when either condition is not met.
     elementNode* replace_node(elementNode* old, ccrypto::ElementNodePtr replacement);
 
     /// Walks from `start`, a step a character: "{" content (or short value), "=" short value (or content), "[" brackets,
     /// "(" modifiers, "," next sibling, "P" parent; a run between "|" is a template that the node reached must match.
-    /// \return null when a step has no node or is none of these.
+    /// \return null for a step without a node or with another character.
     static elementNode* find_path(elementNode* start, std::string_view path);
     elementNode* find_path(std::string_view path) const { return find_path(root_.get(), path); }
     static const element* find_path_element(elementNode* start, std::string_view path);
@@ -83,12 +83,12 @@ public:
     ccrypto::ElementNodePtr get_tree(std::string_view name) const;
 
     /// Replaces the token of the first node of this name; its brackets and content stay. \return false, logged, when there is none.
-    bool fill(std::string_view name, const element& value);
+    [[nodiscard]] bool fill(std::string_view name, const element& value);
     /// A word: a keyword becomes its token ("NULL" the type), anything else text.
-    bool fill_word(std::string_view name, std::string_view word);
+    [[nodiscard]] bool fill_word(std::string_view name, std::string_view word);
     /// Puts a copy of `tree`, with its siblings, in place of the first node of this name; the node's siblings follow. A null tree
     /// leaves the placeholder.
-    bool fill_tree(std::string_view name, const elementNode* tree);
+    [[nodiscard]] bool fill_tree(std::string_view name, const elementNode* tree);
 
 private:
     bool owns(const elementNode* node) const;

@@ -10,14 +10,14 @@ using namespace ccrypto;
 
 namespace {
 
-constexpr std::int64_t longestFile = 256 << 20;
+constexpr std::int64_t maxFileSize = 256 << 20;
 
 bool ReadFile(const CCryptoString& name, element& content, CCryptoAutoLogger& logger)
 {
     CCryptoFile file;
     if (!file.Open(name, platform::FileMode::read))
         return logger.fail(false, "%s cannot be opened", name.c_str());
-    if (file.Size() > longestFile)
+    if (file.Size() > maxFileSize)
         return logger.fail(false, "%s is longer than 256 MiB", name.c_str());
     content = element();
     if (file.Size() != 0 && !file.Read(0, static_cast<std::uint32_t>(file.Size()), content))

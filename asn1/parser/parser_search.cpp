@@ -6,21 +6,21 @@ elementNode* CCryptoParserSearch::find(const std::function<bool(const elementNod
 {
     while (next_ != nullptr) {
         elementNode* const node = next_;
-        next_ = behind(node);
+        next_ = nodeAfter(node);
         if (matches(*node))
             return node;
     }
     return nullptr;
 }
 
-elementNode* CCryptoParserSearch::behind(elementNode* node) const
+elementNode* CCryptoParserSearch::nodeAfter(elementNode* node) const
 {
     if (inDepth_ && node->firstPart() != nullptr)
         return node->firstPart();
     for (;;) {
         if (node->next() != nullptr && (node != start_ || followSiblings_))
             return node->next();
-        // Back along the list, and up to the node that it hangs on unless another of its parts comes first.
+        // Back along the list, and up to its owner unless another slot of the owner comes first.
         for (bool isFirst = false; !isFirst; node = node->parent()) {
             if (node == start_)
                 return nullptr;

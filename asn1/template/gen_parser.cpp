@@ -119,7 +119,7 @@ ElementNodePtr CCryptoGENParser::TryParse(std::string_view text, std::uint32_t& 
 ElementNodePtr CCryptoGENParser::parseText(std::string_view text)
 {
     included_ = 0;
-    includeRoom_ = longestIncludes;
+    includeBytesLeft_ = maxIncludeBytes;
     innerReason_ = CCryptoString();
     List list(itemsLeft_);
     if (!parseInto(text, list))
@@ -164,7 +164,7 @@ bool CCryptoGENParser::isClosed(const CCryptoGENClosure& closure, const List& li
 bool CCryptoGENParser::parseNested(const CCryptoGENClosure& closure, List& list)
 {
     // The outermost items are not nested.
-    if (nesting_ > deepestNesting)
+    if (nesting_ > maxNesting)
         return fail("Parsing failed; More than 128 levels of nesting");
     const Nested nested(nesting_);
     while (!isClosed(closure, list)) {
@@ -276,7 +276,7 @@ bool CCryptoGENParser::readInclude(const CCryptoString& name, element& text)
     if (loader_ != nullptr)
         return loader_->Load(name, text);
     CCryptoFile file;
-    if (!file.Open(name, platform::FileMode::read) || file.Size() > includeRoom_)
+    if (!file.Open(name, platform::FileMode::read) || file.Size() > includeBytesLeft_)
         return false;
     return file.Size() == 0 || file.Read(0, static_cast<std::uint32_t>(file.Size()), text);
 }
@@ -291,18 +291,18 @@ bool CCryptoGENParser::parseInclude(List& list)
 
 bool CCryptoGENParser::parseIncluded(const CCryptoString& name, List& list)
 {
-    if (including_ >= deepestInclude)
+    if (including_ >= maxIncludeDepth)
         return fail("Parsing failed; More than 16 include files inside each other");
-    if (++included_ > mostIncludes)
+    if (++included_ > maxIncludes)
         return fail("Parsing failed; More than 256 include files");
     const Nested including(including_);
 
     element text;
     if (name.isEmpty() || !readInclude(name, text))
         return fail(CCryptoString("Failed to read include file: '") + name + "'");
-    if (text.length() > includeRoom_)
+    if (text.length() > includeBytesLeft_)
         return fail("Parsing failed; More than 64 MiB of include files");
-    includeRoom_ -= text.length();
+    includeBytesLeft_ -= text.length();
     if (parseInto(text.view(), list))
         return true;
     // The innermost reason says most.

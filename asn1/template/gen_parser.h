@@ -1,26 +1,51 @@
 #pragma once
 
-#include "asn1/template/gen_closure.h"
 #include "asn1/template/lexical_analyzer.h"
 #include "asn1/tree/element_node.h"
+#include "core/text/element_type.h"
 #include "core/text/string.h"
 
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <optional>
 #include <string_view>
 
-/// Where the text of an included file comes from.
+/// The tokens at which a nested parse stops.
+class CCryptoGENClosure {
+public:
+    constexpr CCryptoGENClosure(std::initializer_list<ccrypto::ElementType> types)
+    {
+        for (const ccrypto::ElementType type : types)
+            bits_[wordOf(type)] |= bitOf(type);
+    }
+
+    constexpr bool contains(ccrypto::ElementType type) const
+    {
+        return static_cast<std::uint32_t>(type) < 128 && (bits_[wordOf(type)] & bitOf(type)) != 0;
+    }
+
+private:
+    static constexpr std::size_t wordOf(ccrypto::ElementType type) { return static_cast<std::uint32_t>(type) / 64 % 2; }
+    static constexpr std::uint64_t bitOf(ccrypto::ElementType type)
+    {
+        return std::uint64_t{1} << static_cast<std::uint32_t>(type) % 64;
+    }
+
+    std::uint64_t bits_[2] = {};
+};
+
+/// The source of the text of included files.
 class ICryptoIncludeLoader {
 public:
     virtual ~ICryptoIncludeLoader() = default;
     /// \return false when there is no such text.
-    virtual bool Load(const CCryptoString& name, element& text) = 0;
+    [[nodiscard]] virtual bool Load(const CCryptoString& name, element& text) = 0;
 };
 
 namespace ccrypto {
 
-/// For text from outside, in which "include" has no meaning.
+/// For text from outside: every "include" fails.
 class NoIncludes : public ICryptoIncludeLoader {
 public:
     bool Load(const CCryptoString&, element&) override { return false; }
@@ -30,15 +55,15 @@ public:
 
 /// Parses template text into the tree that DER of the same structure decodes to. docs/template-language.md describes the language.
 ///
-/// An item is a word followed, in any order, by at most one each of a bracket list, a modifier list, a value behind "=", a content
+/// An item is a word followed, in any order, by at most one each of a bracket list, a modifier list, a value after "=", a content
 /// block in braces, and an operator with its operand. Separators are optional: a new item starts when a word or a part arrives that
 /// the current item already has.
 class CCryptoGENParser {
 public:
-    static constexpr std::uint32_t deepestNesting = 128;
-    static constexpr std::uint32_t deepestInclude = 16;
-    static constexpr std::uint32_t mostIncludes = 256;
-    static constexpr std::uint32_t longestIncludes = 64 << 20; ///< bytes of all included files together
+    static constexpr std::uint32_t maxNesting = 128;
+    static constexpr std::uint32_t maxIncludeDepth = 16;
+    static constexpr std::uint32_t maxIncludes = 256;
+    static constexpr std::uint32_t maxIncludeBytes = 64 << 20; ///< bytes of all included files together
 
     /// \param loader null to read included files from disk; not owned. \param includeFolder the folder of names without "/".
     explicit CCryptoGENParser(ICryptoIncludeLoader* loader = nullptr, CCryptoString includeFolder = {});
@@ -46,11 +71,11 @@ public:
     explicit CCryptoGENParser(std::function<CCryptoString()> includeFolder);
 
     /// \return the first item with the others as its siblings, an empty node for text without items; null, logged, on failure.
-    ccrypto::ElementNodePtr Parse(std::string_view text);
+    [[nodiscard]] ccrypto::ElementNodePtr Parse(std::string_view text);
     /// The same for text that may not be a template: nothing is logged.
-    ccrypto::ElementNodePtr TryParse(std::string_view text);
+    [[nodiscard]] ccrypto::ElementNodePtr TryParse(std::string_view text);
     /// The same for a text inside another one, which shares the limit on items: `itemsLeft` is counted down.
-    ccrypto::ElementNodePtr TryParse(std::string_view text, std::uint32_t& itemsLeft);
+    [[nodiscard]] ccrypto::ElementNodePtr TryParse(std::string_view text, std::uint32_t& itemsLeft);
 
 private:
     struct List;
@@ -80,7 +105,7 @@ private:
     std::uint32_t nesting_ = 0;
     std::uint32_t including_ = 0;
     std::uint32_t included_ = 0;
-    std::uint32_t includeRoom_ = longestIncludes;
+    std::uint32_t includeBytesLeft_ = maxIncludeBytes;
     std::uint32_t itemsLeft_ = 0;
     CCryptoString reason_;
     CCryptoString innerReason_; ///< why an included file does not parse

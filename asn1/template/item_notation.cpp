@@ -16,7 +16,7 @@ namespace ccrypto {
 
 namespace {
 
-constexpr std::uint32_t mostDecimalBytes = 8;
+constexpr std::uint32_t maxDecimalBytes = 8;
 
 CCryptoString Hex(std::span<const std::uint8_t> bytes)
 {
@@ -56,13 +56,13 @@ CCryptoString Quoted(std::string_view text, char quote = '"')
     return quoted.append({&quote, 1});
 }
 
-/// Words, quotes or bytes behind the name of their kind, where the notation alone would be read as another.
+/// Words, quotes or bytes after the name of their kind, where the notation alone would be read as another kind.
 CCryptoString Marked(const element& value, const CCryptoString& notation)
 {
     return CCryptoString("%").append(ValueKindName(value)).append(notation.view());
 }
 
-/// Whether the bytes read back from quotes, and so classified anew, are written by the owner as they stood.
+/// Whether the bytes, classified again when they are read back from quotes, are written the same by the owner.
 bool SurvivesQuotes(const element& value, ElementType owner)
 {
     const bool sameKind = (CCryptoString(value.view()).kind() == TextKind::Utf8) == (value.type() == ElementType::utf8Text);
@@ -80,18 +80,18 @@ CCryptoString TextNotation(const element& value, ElementType owner)
     return isPlain && SurvivesQuotes(value, owner) ? Quoted(value.view()) : Marked(value, Quoted(value.view()));
 }
 
-/// A number reads back as its shortest magnitude, so the bytes must be just that. Below zero they are that for certain when they
-/// are not what DER holds.
+/// A number reads back as its shortest magnitude, so only such bytes are written in decimal. Below zero, bytes with the top bit set
+/// may be two's complement from DER.
 CCryptoString IntegerNotation(const element& value, ElementType owner)
 {
     const element number = WithoutSignOctet(value, owner);
     const std::uint32_t length = number.length();
     const bool shortest = length == 1 || (length > 1 && number.data()[0] != 0);
-    const bool isDecimal = shortest && length <= mostDecimalBytes && !(number.negative() && number.data()[0] >= 0x80);
+    const bool isDecimal = shortest && length <= maxDecimalBytes && !(number.negative() && number.data()[0] >= 0x80);
     return isDecimal ? number.toString() : Marked(value, Hex(value.bytes()));
 }
 
-/// A name that the lexical analyzer does not read as one word, from a JSON document for example, goes into backquotes.
+/// A name that the lexer does not read as one word, for example from a JSON document, is written in backquotes.
 CCryptoString WordNotation(std::string_view name)
 {
     CCryptoLexicalAnalyzer lexer(name);
@@ -100,7 +100,7 @@ CCryptoString WordNotation(std::string_view name)
     return isWord ? CCryptoString(name) : Quoted(name, '`');
 }
 
-/// Whether "\" stands where an item has no word.
+/// Whether an item without a word needs a "\" in its place.
 bool NeedsMark(const elementNode& item, ItemPlace place)
 {
     if (place == ItemPlace::alone || item.type() != ElementType::none)
@@ -111,7 +111,7 @@ bool NeedsMark(const elementNode& item, ItemPlace place)
 bool AppendBlock(const elementNode* list, const char* before, const char* after, CCryptoString& text, std::uint32_t depth)
 {
     text += before;
-    // What stands in brackets and parentheses is not the node's value.
+    // The lists in brackets and parentheses are not the node's value.
     const bool appended = AppendList(list, nullptr, ",", text, depth + 1);
     text += after;
     return appended;
@@ -160,7 +160,7 @@ bool AppendList(const elementNode* first, const elementNode* owner, const char* 
             return false;
         if (node->next() == nullptr)
             break;
-        // Behind a blank alone, a "-" would subtract.
+        // After only a blank, a "-" would subtract.
         text += node->next()->token().negative() && separator[0] == ' ' ? " . " : separator;
     }
     return true;

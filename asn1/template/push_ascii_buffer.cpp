@@ -23,7 +23,7 @@ bool CPushAsciiBuffer::pushValue(const Place& place)
 
 const elementNode* CPushAsciiBuffer::listOf(const Place& place) const
 {
-    return place.depth < deepest_ ? place.node.content() : nullptr;
+    return place.depth < maxDepth_ ? place.node.content() : nullptr;
 }
 
 bool CPushAsciiBuffer::pushEnd(const Place& place)

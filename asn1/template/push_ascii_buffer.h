@@ -5,11 +5,11 @@
 #include <cstdint>
 
 /// Writes a tree as template text that parses back to a tree of the same DER. One item a line, indented by four blanks a level; a
-/// value stands behind "=" where it is short. docs/template-language.md describes the notation.
+/// short value follows a "=". docs/template-language.md describes the notation.
 class CPushAsciiBuffer : public ccrypto::CPushTextBuffer {
 public:
-    /// \param deepest levels below this one are written as "{ … }", for looking at a tree; such text does not parse back.
-    explicit CPushAsciiBuffer(std::uint32_t deepest = UINT32_MAX) : deepest_(deepest) {}
+    /// \param maxDepth levels below this one are written as "{ … }", for looking at a tree; such text does not parse back.
+    explicit CPushAsciiBuffer(std::uint32_t maxDepth = UINT32_MAX) : maxDepth_(maxDepth) {}
 
 protected:
     bool pushDocument(const elementNode* first) override { return pushList(first, nullptr, 0); }
@@ -20,5 +20,5 @@ protected:
     const char* name() const override { return "CPushAsciiBuffer"; }
 
 private:
-    std::uint32_t deepest_;
+    std::uint32_t maxDepth_;
 };

@@ -1,12 +1,13 @@
 #pragma once
 
 #include "asn1/tree/element_node.h"
+#include "core/log/log_writers.h"
 #include "core/text/element.h"
 
 #include <cstdint>
 #include <string_view>
 
-/// Where a tree is written: a growable buffer of bytes, and one form of writing for each subclass.
+/// A growable buffer of bytes into which a tree is written, in the form of the subclass.
 class CPushBuffer {
 public:
     CPushBuffer() = default;
@@ -14,9 +15,9 @@ public:
     CPushBuffer& operator=(const CPushBuffer&) = delete;
     virtual ~CPushBuffer() = default;
 
-    /// Writes `first` and its siblings behind what the buffer holds. A null list writes nothing.
-    /// \return false, logged, when the tree cannot be written in this form; the buffer is then as it was.
-    virtual bool Push(const elementNode* first) = 0;
+    /// Appends `first` and its siblings. A null list writes nothing.
+    /// \return false, logged, when the tree cannot be written in this form; the buffer is unchanged then.
+    [[nodiscard]] virtual bool Push(const elementNode* first) = 0;
 
     void PushByte(std::uint8_t byte) { buffer_.append(byte); }
     void PushBytes(const void* bytes, std::uint32_t length) { buffer_.append(bytes, length); }
@@ -25,7 +26,13 @@ public:
 
     /// \return false, logged as "expected length %d > buffer length%d", when the buffer holds fewer bytes than a reader was
     /// promised.
-    bool CheckLength(std::uint32_t expected) const;
+    [[nodiscard]] bool CheckLength(std::uint32_t expected) const
+    {
+        if (expected <= buffer_.length())
+            return true;
+        WriteErrorEx_G("expected length %d > buffer length%d", static_cast<int>(expected), static_cast<int>(buffer_.length()));
+        return false;
+    }
 
     const element& buffer() const { return buffer_; }
     element takeBuffer() { return std::move(buffer_); }

@@ -8,7 +8,7 @@
 namespace ccrypto {
 
 /// Writes a tree as text: the walk that template text, JSON and XML share. A form decides how a node's head, value and end are
-/// written, and which of its slots holds the list that stands between value and end.
+/// written, and which of its slots holds the list between value and end.
 ///
 /// Siblings are walked; levels are recursed, `deepestTree` of them at most.
 class CPushTextBuffer : public CPushBuffer {
@@ -18,14 +18,14 @@ public:
 protected:
     static constexpr const char* tooDeep = "The tree is more than 256 levels deep";
 
-    /// A node, the node whose list it stands in, which may be null, and the level of that list.
+    /// A node, the node that owns its list, which may be null, and the level of that list.
     struct Place {
         const elementNode& node;
         const elementNode* owner;
         std::uint32_t depth;
     };
 
-    /// The whole text; the form begins with what stands around the root's list.
+    /// The whole text: the root's list and what the form writes around it.
     virtual bool pushDocument(const elementNode* first) = 0;
     virtual bool pushHead(const Place& place) = 0;
     virtual bool pushValue(const Place& place) = 0;

@@ -15,10 +15,10 @@ CCryptoString AtPlaceOf(const ccrypto::internal::TextCursor& cursor, const CCryp
 
 namespace {
 
-/// The token as it stands in the text, for a line of the log: of a long value its beginning, and no characters that are not plain.
+/// The text of a token for the log: the beginning of a long value, with "?" for what is not plain ASCII.
 CCryptoString TextOf(const element& token)
 {
-    constexpr std::size_t longestText = 40;
+    constexpr std::size_t maxLength = 40;
     const char* const word = TokenText(token.type());
     if (word != nullptr)
         return word;
@@ -27,7 +27,7 @@ CCryptoString TextOf(const element& token)
     const bool isText =
         token.type() != ElementType::integer && token.type() != ElementType::truth && token.type() != ElementType::bytes;
     const CCryptoString text = isText ? CCryptoString(token.view()) : token.toString();
-    std::string plain(text.view().substr(0, longestText));
+    std::string plain(text.view().substr(0, maxLength));
     std::ranges::replace_if(
         plain, [](char character) { return character < 0x20 || character > 0x7E; }, '?');
     return CCryptoString(std::string_view(plain));

@@ -6,13 +6,13 @@
 
 namespace ccrypto {
 
-/// The parsed form of a template that is a constant of the code. Each text is parsed once a process, at first use, by whichever
-/// thread comes first, and kept: a text that comes from elsewhere does not belong here.
-/// \return the first item, which lives as long as the process; null, logged, for text that is no template.
-const elementNode* ParsedTemplate(std::string_view text);
+/// The parsed form of a template that is a constant of the code. Each text is parsed at its first use and kept until the process
+/// ends, so this is not for text from outside. Any thread may call it.
+/// \return the first item; null, logged, for text that is not a template.
+[[nodiscard]] const elementNode* ParsedTemplate(std::string_view text);
 
-/// A template out of text that is put together at run time, such as a path: it is not kept, and "include" fails in it.
-/// \return null, logged, for text that is no template.
-ElementNodePtr ParseInlineTemplate(std::string_view text);
+/// Parses a template that is put together at run time, such as a path. It is not kept, and "include" fails in it.
+/// \return null, logged, for text that is not a template.
+[[nodiscard]] ElementNodePtr ParseInlineTemplate(std::string_view text);
 
 } // namespace ccrypto

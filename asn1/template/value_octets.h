@@ -13,4 +13,10 @@ bool ValueOctets(const elementNode& owner, const elementNode* value, element& oc
 /// The same of the one node, whatever follows it.
 bool SingleValueOctets(const elementNode& owner, const elementNode& value, element& octets);
 
+/// The bytes of a value without its kind: a text that is filled in or found as an OCTET STRING.
+inline element Octets(const element& value)
+{
+    return {value.data(), value.length()};
+}
+
 } // namespace ccrypto

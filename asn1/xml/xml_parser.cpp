@@ -81,7 +81,7 @@ ElementNodePtr CCryptoXMLParser::parseDocument(std::string_view text)
 
 ElementNodePtr CCryptoXMLParser::parseElement(const elementNode* owner, std::uint32_t depth)
 {
-    if (depth > (isTemplate_ ? deepestTemplate : deepestNesting)) {
+    if (depth > (isTemplate_ ? maxTemplateNesting : maxNesting)) {
         fail("Parsing failed; More than 128 levels of nesting");
         return nullptr;
     }

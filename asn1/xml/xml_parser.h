@@ -13,14 +13,16 @@
 ///
 /// A document whose root declares the namespace of templates gives the tree of that template; any other is an ordinary document,
 /// whose text is kept to the last blank. docs/template-language.md describes both. Comments, processing instructions and the
-/// document type are passed over; entities that a document declares are not known.
+/// document type are ignored; entities that a document declares are refused.
+///
+/// Work and memory are linear in the text, but for the sort of one element's attributes.
 class CCryptoXMLParser : private ccrypto::CTokenReader<ccrypto::internal::XmlLexer> {
 public:
-    static constexpr std::uint32_t deepestNesting = 128;
-    static constexpr std::uint32_t deepestTemplate = deepestNesting + 2; ///< around its items a <list>, inside a value's <item>
+    static constexpr std::uint32_t maxNesting = 128;                    ///< levels of elements
+    static constexpr std::uint32_t maxTemplateNesting = maxNesting + 2; ///< a <list> around the items, an <item> inside
 
     /// \return the root, or the items of a template as siblings; null, logged, on failure.
-    ccrypto::ElementNodePtr Parse(std::string_view text);
+    [[nodiscard]] ccrypto::ElementNodePtr Parse(std::string_view text);
 
 private:
     ccrypto::ElementNodePtr parseDocument(std::string_view text);

@@ -42,13 +42,13 @@ bool IsElement(const elementNode& node, std::uint32_t depth)
     if (depth >= deepestTree || !IsNamed(node) || node.modifiers() != nullptr || node.shortValue() != nullptr ||
         node.operation() != nullptr || !AreAttributes(node.brackets()))
         return false;
-    bool behindText = false;
+    bool afterText = false;
     for (const elementNode* child = node.content(); child != nullptr; child = child->next()) {
         const bool isText = IsXmlTextOfKind(*child, false);
         // Texts side by side would be one when they are read back.
-        if ((isText && behindText) || (!isText && !IsElement(*child, depth + 1)))
+        if ((isText && afterText) || (!isText && !IsElement(*child, depth + 1)))
             return false;
-        behindText = isText;
+        afterText = isText;
     }
     return true;
 }

@@ -11,8 +11,8 @@
 // value; child elements and text, as characterData, are its content.
 //
 // The tree of a template: an element of the namespace is an item, named for its word; its parts are attributes, a single short
-// value is its text. What cannot be the name of an element is one named "item": a value, whose notation is its text, or an item
-// whose word stands in the attribute "token".
+// value is its text. What cannot name an element is an element "item": a value, with its notation as text, or an item with its
+// word in the attribute "token".
 
 namespace ccrypto {
 
@@ -30,7 +30,7 @@ constexpr std::string_view xmlOperationAttribute = "operation";
 
 /// Whether no two attributes have the same name.
 bool NamesDiffer(const elementNode* attributes);
-/// Whether the attributes of a root tell a template.
+/// Whether the attributes of a root declare a template.
 bool DeclaresTemplate(const elementNode* attributes);
 /// Whether a tree is that of an ordinary document.
 bool IsOrdinaryXml(const elementNode* first);

@@ -59,9 +59,9 @@ const element& Certificate()
 element RevocationList(std::uint32_t bytes, bool withReasons)
 {
     CCryptoParser list;
-    list.Load_ASCII_Memory(listHead);
     CCryptoParser entry;
-    entry.Load_ASCII_Memory(withReasons ? listEntryWithReason : listEntry);
+    if (!list.Load_ASCII_Memory(listHead) || !entry.Load_ASCII_Memory(withReasons ? listEntryWithReason : listEntry))
+        return {};
     elementNode* const revoked = list.root()->content()->last();
     elementNode* last = nullptr;
     const std::uint32_t entries = bytes / (withReasons ? entryLength + reasonLength : entryLength);

@@ -49,7 +49,7 @@ inline void RequireStableJson(const CCryptoParser& tree)
 inline void RequireSameInText(const CCryptoParser& tree, std::size_t size)
 {
     const CCryptoParser again(ParseTemplate(tree.ToText().view()));
-    Require(again.isEmpty() ? size >= CCryptoGENParser::deepestNesting : again.ToJson() == tree.ToJson());
+    Require(again.isEmpty() ? size >= CCryptoGENParser::maxNesting : again.ToJson() == tree.ToJson());
 }
 
 inline void RequireStableXml(const CCryptoParser& tree)

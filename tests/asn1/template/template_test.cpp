@@ -92,7 +92,7 @@ TEST(Template, PrintsWhatItMeans)
     for (const auto& [text, printed] : cases) {
         SCOPED_TRACE(text);
         CCryptoParser parser;
-        parser.Load_ASCII_Memory(text);
+        EXPECT_EQ(parser.Load_ASCII_Memory(text), *printed != '\0');
         std::string line;
         const CCryptoString layout = parser.ToText();
         for (const char character : layout.view()) {

@@ -96,10 +96,11 @@ bool FillPlaceholders(CCryptoParser& tree, std::string_view name, std::string_vi
         CCryptoParser subTree;
         if (!ReadTree(value.substr(treeMark.size()), console, subTree, problem))
             return false;
-        // What hangs on a placeholder goes with it, others of the name included.
+        // The parts of a placeholder are replaced with it, and others of the name inside them.
         for (; placeholder != nullptr; placeholder = CCryptoParser::find_name(tree.root(), name, true, true)) {
             KeepPrimitive(*placeholder);
-            tree.fill_tree(name, subTree.root());
+            if (!tree.fill_tree(name, subTree.root()))
+                return Fail(problem, "the template has no name " + std::string(name));
         }
         return true;
     }
