@@ -51,14 +51,22 @@ element BytesOf(const elementNode& node)
     return IsBareValue(node) ? ValueOctets(node) : CCryptoParser::ToDer(node.value());
 }
 
-/// Empty, with Reason() set, when the node cannot be written so.
-std::string Form(const elementNode& node, const std::string& form)
+/// Takes a node out of its tree, without its siblings: a copy of a large one would take as much memory again.
+ElementNodePtr TakeOut(CCryptoParser& tree, elementNode& node)
+{
+    ElementNodePtr taken = &node == tree.root() ? tree.takeRoot() : node.detach();
+    taken->set(LinkKind::sibling, nullptr);
+    return taken;
+}
+
+/// Empty, with Reason() set, when the node cannot be written so. The tree may lose the node.
+std::string Form(CCryptoParser& tree, elementNode& node, const std::string& form)
 {
     if (form == "value")
         return NodeText(node, false) + "\n";
     if (form == "bytes")
         return std::string(BytesOf(node).view());
-    const CCryptoParser part(node.clone());
+    const CCryptoParser part(TakeOut(tree, node));
     if (form == "template")
         return EscapeDocument(part.ToText().view(), EscapeStyle::templateText);
     if (form == "json")
@@ -84,10 +92,10 @@ int Get(Invocation& invocation)
     for (std::size_t index = 0; index < blocks.size(); ++index) {
         elementNode* const root = blocks[index].tree.root();
         StartReason();
-        const elementNode* const node = CCryptoParser::find_path(root, path);
+        elementNode* const node = CCryptoParser::find_path(root, path);
         if (node == nullptr)
             return invocation.refuse(file, BlockPrefix(blocks, index) + FailedStep(root, path));
-        const std::string shown = Form(*node, form);
+        const std::string shown = Form(blocks[index].tree, *node, form);
         if (shown.empty() && form != "bytes")
             return invocation.refuse(file, BlockPrefix(blocks, index) + Reason("it cannot be printed so"));
         text += shown;
