@@ -283,6 +283,9 @@ TEST(Json, SaysWhyAndWhereTextIsRefused)
         {"{\"a\" \"\\u001b\xC3\xA4\"}", "Parsing failed; Token not expected: ??? (token=6); row=1,col=6"},
         {"{1:2}", "Parsing failed; Token not expected: 1 (token=13); row=1,col=2"},
         {"[1] \"two\"", "Parsing failed; Token not expected: two (token=4); row=1,col=5"},
+        {"[1] \"~\x7F"
+         "abcdefghijklmnopqrstuvwxyz0123456789ABCDEFGHIJ\"",
+         "Parsing failed; Token not expected: ~?abcdefghijklmnopqrstuvwxyz0123456789AB (token=4); row=1,col=5"},
         {"[\n 01]", "CCryptoLexicalAnalyzer::scan; Unexpected character (row=2,col=2)"},
         {"[nul]", "CCryptoLexicalAnalyzer::scan; Unexpected character (row=1,col=2)"},
         {"[1.]", "CCryptoLexicalAnalyzer::scan; Unexpected character (row=1,col=2)"},
@@ -413,6 +416,7 @@ TEST(Forms, RefuseNestingBeyond128Levels)
         {"[", "1", "]", "Parsing failed; More than 128 levels of nesting; row=1,col=130", &CCryptoParser::Load_JSON_Memory},
         {"{\"a\":", "1", "}", "Parsing failed; More than 128 levels of nesting; row=1,col=647", &CCryptoParser::Load_JSON_Memory},
         {"<a>", "", "</a>", "Parsing failed; More than 128 levels of nesting; row=1,col=388", &CCryptoParser::Load_XML_Memory},
+        {"a{", "b", "}", "Parsing failed; More than 128 levels of nesting; row=1,col=259", &CCryptoParser::Load_ASCII_Memory},
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.open);

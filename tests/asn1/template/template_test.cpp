@@ -4,11 +4,13 @@
 #include "core/diagnostics/error_handler.h"
 #include "core/settings/settings.h"
 #include "tests/asn1/parser/text_forms.h"
+#include "tests/support/captured_log.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -104,6 +106,17 @@ TEST(Template, PrintsWhatItMeans)
     }
 }
 
+::testing::AssertionResult HasLine(const CapturedLog& log, std::string_view wanted)
+{
+    std::string all;
+    for (const std::string& text : log.texts()) {
+        if (text.find(wanted) != text.npos)
+            return ::testing::AssertionSuccess();
+        all += text + '\n';
+    }
+    return ::testing::AssertionFailure() << all;
+}
+
 /// Included files by name.
 class Files : public ICryptoIncludeLoader {
 public:
@@ -196,6 +209,35 @@ TEST(Template, LooksForIncludesInTheFolderThatIsGiven)
     std::filesystem::remove(folder + "/" + name);
 }
 
+/// Blanks of this many bytes for every name but "many", which includes two of them.
+class LargeFiles : public ICryptoIncludeLoader {
+public:
+    explicit LargeFiles(std::uint32_t bytes) : blanks_(bytes, ' ') {}
+    bool Load(const CCryptoString& name, element& text) override
+    {
+        text = element(name == "many" ? std::string_view("include a include b") : std::string_view(blanks_));
+        return true;
+    }
+
+private:
+    std::string blanks_;
+};
+
+TEST(Template, BoundsTheSizeOfIncludedFilesTogether)
+{
+    LargeFiles halves(CCryptoGENParser::maxIncludeBytes / 2);
+    const CapturedLog log;
+    EXPECT_EQ(CCryptoGENParser(&halves).Parse("include many"), nullptr);
+    EXPECT_TRUE(HasLine(log, "Parsing failed; More than 64 MiB of include files; row=1,col=11"));
+    // A file on disk is not even read.
+    const std::filesystem::path file = std::filesystem::path(testing::TempDir()) / "asn1_large_template.txt";
+    std::ofstream(file) << "";
+    std::filesystem::resize_file(file, CCryptoGENParser::maxIncludeBytes + 1);
+    EXPECT_EQ(CCryptoGENParser().Parse("include " + file.string()), nullptr);
+    EXPECT_TRUE(HasLine(log, "Failed to read include file: '" + file.string() + "'; row=1,col=1"));
+    std::filesystem::remove(file);
+}
+
 TEST(Template, SaysWhyAnIncludeIsRefused)
 {
     std::string twenty;
@@ -217,9 +259,23 @@ TEST(Template, SaysWhyAnIncludeIsRefused)
     std::string many;
     for (int index = 0; index < 20; ++index)
         many += "include twenty ";
-    files.loaded = 0;
-    EXPECT_EQ(CCryptoGENParser(&files, "p").Parse(many), nullptr);
-    EXPECT_EQ(files.loaded, 256);
+    // The reason of the innermost file is in the log.
+    const struct {
+        std::string_view text, reason;
+        int loaded;
+    } limits[] = {
+        {"include bad", "Parsing failed; Token not expected: } (token=53); row=1,col=3", 1},
+        {"include self", "Parsing failed; More than 16 include files inside each other; row=1,col=1", 16},
+        {many, "Parsing failed; More than 256 include files; row=1,col=40", 256},
+    };
+    for (const auto& each : limits) {
+        SCOPED_TRACE(each.text);
+        const CapturedLog log;
+        files.loaded = 0;
+        EXPECT_EQ(CCryptoGENParser(&files, "p").Parse(each.text), nullptr);
+        EXPECT_EQ(files.loaded, each.loaded);
+        EXPECT_TRUE(HasLine(log, each.reason));
+    }
 }
 
 TEST(Template, IsWrittenAsDer)
@@ -288,6 +344,40 @@ TEST(Parser, WalksPathsAndEditsTrees)
     EXPECT_TRUE(parser.remove_node(parser.find_path("{,")));
     EXPECT_NE(parser.replace_node(parser.find_path("{"), other.takeRoot()), nullptr);
     EXPECT_EQ(Hex(parser.ToDer()), "300b020107a003020102020107");
+}
+
+TEST(Parser, SaysWhatItCannotDo)
+{
+    CCryptoParser parser;
+    ASSERT_TRUE(parser.Load_ASCII_Memory("SEQUENCE { a, INTEGER = b }"));
+    CCryptoParser other(elementNode::Make(ElementType::asn1Null));
+    const std::string missing = (std::filesystem::path(testing::TempDir()) / "asn1_no_such_file").string();
+    const std::string large = (std::filesystem::path(testing::TempDir()) / "asn1_large_file").string();
+    std::ofstream(large) << "";
+    std::filesystem::resize_file(large, (std::uintmax_t{256} << 20) + 1);
+    const struct {
+        std::string reason;
+        std::function<bool()> act;
+    } cases[] = {
+        {"This is not our tree!", [&] { return parser.remove_node(other.root()); }},
+        {"This is not our tree!",
+         [&] { return parser.replace_node(other.root(), elementNode::Make(ElementType::asn1Null)) != nullptr; }},
+        {"This is not our tree!", [&] { return parser.replace_node(parser.root(), nullptr) != nullptr; }},
+        {"replace_node; newNode has parent",
+         [&] { return parser.replace_node(parser.root(), ElementNodePtr(parser.root()->content())) != nullptr; }},
+        {"Index node not found: c", [&] { return parser.fill("c", element(1u)); }},
+        {"Index node has no value: a", [&] { return parser.get_tree("a") != nullptr; }},
+        {missing + " cannot be opened", [&] { return parser.Load_JSON_File(missing.c_str()); }},
+        {large + " is longer than 256 MiB", [&] { return CCryptoParser::SLoad_RAW_Element(large.c_str()) != nullptr; }},
+        {missing + "/x cannot be written", [&] { return other.Save_ASCII_File((missing + "/x").c_str()); }},
+        {"There is no tree to save", [&] { return CCryptoParser().Save_XML_File(missing.c_str()); }},
+    };
+    for (const auto& each : cases) {
+        const CapturedLog log;
+        EXPECT_FALSE(each.act()) << each.reason;
+        EXPECT_TRUE(HasLine(log, each.reason)) << each.reason;
+    }
+    std::filesystem::remove(large);
 }
 
 } // namespace
