@@ -1,5 +1,6 @@
 #include "asn1/parser/parser.h"
 #include "asn1/template/gen_parser.h"
+#include "asn1/template/push_ascii_buffer.h"
 #include "asn1/template/template_cache.h"
 #include "core/diagnostics/error_handler.h"
 #include "core/settings/settings.h"
@@ -370,6 +371,12 @@ TEST(Parser, SaysWhatItCannotDo)
         {missing + " cannot be opened", [&] { return parser.Load_JSON_File(missing.c_str()); }},
         {large + " is longer than 256 MiB", [&] { return CCryptoParser::SLoad_RAW_Element(large.c_str()) != nullptr; }},
         {missing + "/x cannot be written", [&] { return other.Save_ASCII_File((missing + "/x").c_str()); }},
+        {"expected length 4 > buffer length3",
+         [] {
+             CPushAsciiBuffer buffer;
+             buffer.PushText("abc");
+             return buffer.CheckLength(4);
+         }},
         {"There is no tree to save", [&] { return CCryptoParser().Save_XML_File(missing.c_str()); }},
     };
     for (const auto& each : cases) {
