@@ -5,6 +5,7 @@
 #include "core/diagnostics/auto_logger.h"
 #include "pki/keys/ec_key_pair.h"
 #include "pki/keys/key_objects.h"
+#include "pki/keys/pss_limits.h"
 #include "pki/keys/rsa_key_pair.h"
 
 namespace ccrypto {
@@ -29,12 +30,14 @@ KeyPair PairOf(std::unique_ptr<CCryptoEC> key)
     return key != nullptr ? std::make_unique<CCryptoECKeyPair>(std::move(key)) : nullptr;
 }
 
-/// The kind of key that an AlgorithmIdentifier tells: rsaEncryption, or the curve. \return 0, logged, for algorithms and curves
+/// The kind of key that an AlgorithmIdentifier says: rsaEncryption, or the curve. \return 0, logged, for algorithms and curves
 /// that are none here, and for parameters that the algorithm does not have (RFC 8017, A.1; RFC 5480, 2.1.1; RFC 8410, 3).
 std::uint32_t KindOf(CCryptoAutoLogger& logger, const CCryptoAlgorithmIdentifier& identifier)
 {
     const std::uint32_t id = identifier.id();
     const elementNode* const parameters = identifier.parameters();
+    if (IsPss(identifier))
+        return algorithm::rsaEncryption;
     if (!identifier.isSupported())
         return logger.fail(0u, "Unsupported algorithm: %s", identifier.oid().c_str());
     if (id == algorithm::ecPublicKey) {
@@ -64,10 +67,49 @@ void SetAlgorithm(CCryptoAlgorithmIdentifier& identifier, const CurveFacts& curv
             CCryptoASN1ObjectIdentifier(CCryptoString(OidOfAlgorithm(static_cast<algorithm::Id>(curve.id)))).BuildTree().get());
 }
 
-void SetRSAAlgorithm(CCryptoAlgorithmIdentifier& identifier)
+bool SetRSAAlgorithm(CCryptoAlgorithmIdentifier& identifier, const element* encoded)
 {
+    if (encoded != nullptr)
+        return identifier.ParseDer(*encoded);
     identifier.setId(algorithm::rsaEncryption);
     identifier.setNullParameters(true);
+    return true;
+}
+
+/// The key, limited as its algorithm says. \return null for null, and, logged, for limits that are not supported.
+KeyPair PairOf(std::unique_ptr<CCryptoRSA> key, const CCryptoAlgorithmIdentifier& identifier)
+{
+    if (key == nullptr || !IsPss(identifier))
+        return PairOf(std::move(key));
+    std::optional<PssLimits> limits = ReadPssLimits(identifier);
+    return limits ? std::make_unique<CCryptoRSAKeyPair>(std::move(key), std::move(limits)) : nullptr;
+}
+
+std::unique_ptr<CCryptoRSA> ReadRSAPublicKey(CCryptoAutoLogger& logger, const element& der)
+{
+    CCryptoRSAPublicKeyObject object;
+    if (!object.ParseDer(der))
+        return logger.fail(std::unique_ptr<CCryptoRSA>(), "Not an RSAPublicKey");
+    return CCryptoRSA::FromPublic(object.numbers.modulus, object.numbers.publicExponent);
+}
+
+std::unique_ptr<CCryptoRSA> ReadRSAPrivateKey(CCryptoAutoLogger& logger, const element& der)
+{
+    CCryptoRSAPrivateKeyObject object;
+    if (!object.ParseDer(der))
+        return logger.fail(std::unique_ptr<CCryptoRSA>(), "Not an RSAPrivateKey of two primes");
+    return CCryptoRSA::FromPrivate(object.numbers);
+}
+
+/// The scalar with the leading zero bytes that some writers leave out, against RFC 5915, 3.
+element WholeScalar(const element& scalar, std::uint32_t length)
+{
+    if (scalar.isEmpty() || scalar.length() >= length)
+        return scalar;
+    element whole;
+    whole.resize(length - scalar.length());
+    whole.append(scalar.data(), scalar.length());
+    return whole;
 }
 
 /// An ECPrivateKey whose curve is `curve`, or is named in it when `curve` is 0; both must be the same when both are there.
@@ -75,7 +117,7 @@ KeyPair PairOfECPrivateKey(CCryptoAutoLogger& logger, const element& der, std::u
 {
     CCryptoECPrivateKeyObject object;
     if (!object.ParseDer(der))
-        return logger.fail(KeyPair(), "It is no ECPrivateKey");
+        return logger.fail(KeyPair(), "Not an ECPrivateKey");
     if (!object.curveOid.isEmpty()) {
         const CurveFacts* named = FindCurve(AlgorithmOfOid(object.curveOid.view()));
         if (named == nullptr || !named->signs || (curve != 0 && named->id != curve))
@@ -84,9 +126,10 @@ KeyPair PairOfECPrivateKey(CCryptoAutoLogger& logger, const element& der, std::u
     }
     if (curve == 0)
         return logger.fail(KeyPair(), "The curve is not named");
+    const element scalar = WholeScalar(object.scalar, FindCurve(curve)->orderBytes);
     if (object.publicPoint.isEmpty())
-        return PairOf(CCryptoEC::FromPrivate(curve, object.scalar.bytes()));
-    return PairOf(CCryptoEC::FromPrivate(curve, object.scalar.bytes(), object.publicPoint.bytes()));
+        return PairOf(CCryptoEC::FromPrivate(curve, scalar.bytes()));
+    return PairOf(CCryptoEC::FromPrivate(curve, scalar.bytes(), object.publicPoint.bytes()));
 }
 
 /// The private key of X25519 and X448 is an OCTET STRING in the OCTET STRING (RFC 8410, 7).
@@ -94,7 +137,7 @@ KeyPair PairOfCurvePrivateKey(CCryptoAutoLogger& logger, const element& der, std
 {
     CCryptoASN1OctetStringObject object;
     if (!object.ParseDer(der))
-        return logger.fail(KeyPair(), "It is no CurvePrivateKey");
+        return logger.fail(KeyPair(), "Not a CurvePrivateKey");
     return PairOf(CCryptoEC::FromPrivate(curve, object.bytes().bytes()));
 }
 
@@ -115,20 +158,21 @@ std::unique_ptr<ICryptoKeyPair> LoadPublicKeyInfo(const element& der)
     CCryptoAutoLogger logger("LoadPublicKeyInfo");
     CCryptoSubjectPublicKeyInfo info;
     if (!info.ParseDer(der))
-        return logger.fail(KeyPair(), "It is no SubjectPublicKeyInfo");
+        return logger.fail(KeyPair(), "Not a SubjectPublicKeyInfo");
     const std::uint32_t kind = KindOf(logger, info.algorithm);
     if (kind == 0)
         return nullptr;
-    KeyPair key = kind == algorithm::rsaEncryption ? LoadRSAPublicKey(info.publicKey)
+    KeyPair key = kind == algorithm::rsaEncryption ? PairOf(ReadRSAPublicKey(logger, info.publicKey), info.algorithm)
                                                    : PairOf(CCryptoEC::FromPublic(kind, info.publicKey.bytes()));
     logger.setResult(key != nullptr);
     return key;
 }
 
-element PublicKeyInfoOf(const CCryptoRSA& key)
+element PublicKeyInfoOf(const CCryptoRSA& key, const element* algorithm)
 {
     CCryptoSubjectPublicKeyInfo info;
-    SetRSAAlgorithm(info.algorithm);
+    if (!SetRSAAlgorithm(info.algorithm, algorithm))
+        return {};
     info.publicKey = RSAPublicKeyOf(key);
     return info.BuildDer();
 }
@@ -146,13 +190,13 @@ std::unique_ptr<ICryptoKeyPair> LoadPrivateKeyInfo(const element& der)
     CCryptoAutoLogger logger("LoadPrivateKeyInfo");
     CCryptoPrivateKeyInfo info;
     if (!info.ParseDer(der))
-        return logger.fail(KeyPair(), "It is no PrivateKeyInfo");
+        return logger.fail(KeyPair(), "Not a PrivateKeyInfo");
     const std::uint32_t kind = KindOf(logger, info.algorithm);
     if (kind == 0)
         return nullptr;
     KeyPair key;
     if (kind == algorithm::rsaEncryption)
-        key = LoadRSAPrivateKey(info.privateKey);
+        key = PairOf(ReadRSAPrivateKey(logger, info.privateKey), info.algorithm);
     else if (IsCurveByItself(kind))
         key = PairOfCurvePrivateKey(logger, info.privateKey, kind);
     else
@@ -161,13 +205,14 @@ std::unique_ptr<ICryptoKeyPair> LoadPrivateKeyInfo(const element& der)
     return key;
 }
 
-element PrivateKeyInfoOf(const CCryptoRSA& key)
+element PrivateKeyInfoOf(const CCryptoRSA& key, const element* algorithm)
 {
     CCryptoAutoLogger logger("PrivateKeyInfoOf");
     if (!key.isPrivate())
         return logger.fail(element(), "The key has no private half");
     CCryptoPrivateKeyInfo info;
-    SetRSAAlgorithm(info.algorithm);
+    if (!SetRSAAlgorithm(info.algorithm, algorithm))
+        return logger.fail(element(), "Not an AlgorithmIdentifier");
     info.privateKey = RSAPrivateKeyOf(key);
     logger.setResult(true);
     return info.BuildDer();
@@ -189,10 +234,7 @@ element PrivateKeyInfoOf(const CCryptoEC& key)
 std::unique_ptr<ICryptoKeyPair> LoadRSAPublicKey(const element& der)
 {
     CCryptoAutoLogger logger("LoadRSAPublicKey");
-    CCryptoRSAPublicKeyObject object;
-    if (!object.ParseDer(der))
-        return logger.fail(KeyPair(), "It is no RSAPublicKey");
-    KeyPair key = PairOf(CCryptoRSA::FromPublic(object.numbers.modulus, object.numbers.publicExponent));
+    KeyPair key = PairOf(ReadRSAPublicKey(logger, der));
     logger.setResult(key != nullptr);
     return key;
 }
@@ -200,10 +242,7 @@ std::unique_ptr<ICryptoKeyPair> LoadRSAPublicKey(const element& der)
 std::unique_ptr<ICryptoKeyPair> LoadRSAPrivateKey(const element& der)
 {
     CCryptoAutoLogger logger("LoadRSAPrivateKey");
-    CCryptoRSAPrivateKeyObject object;
-    if (!object.ParseDer(der))
-        return logger.fail(KeyPair(), "It is no RSAPrivateKey of two primes");
-    KeyPair key = PairOf(CCryptoRSA::FromPrivate(object.numbers));
+    KeyPair key = PairOf(ReadRSAPrivateKey(logger, der));
     logger.setResult(key != nullptr);
     return key;
 }

@@ -13,14 +13,16 @@
 
 namespace ccrypto {
 
-/// SubjectPublicKeyInfo (RFC 5280, 4.1.2.7; curves as RFC 5480 and RFC 8410 have them).
+/// SubjectPublicKeyInfo (RFC 5280, 4.1.2.7; curves by RFC 5480 and RFC 8410, RSA by RFC 8017 and, for keys limited to PSS, RFC
+/// 4055).
 std::unique_ptr<ICryptoKeyPair> LoadPublicKeyInfo(const element& der);
-element PublicKeyInfoOf(const CCryptoRSA& key);
+/// \param algorithm the AlgorithmIdentifier, DER; null for rsaEncryption.
+element PublicKeyInfoOf(const CCryptoRSA& key, const element* algorithm = nullptr);
 element PublicKeyInfoOf(const CCryptoEC& key);
 
 /// PrivateKeyInfo (RFC 5958), neither encrypted nor with attributes that count.
 std::unique_ptr<ICryptoKeyPair> LoadPrivateKeyInfo(const element& der);
-element PrivateKeyInfoOf(const CCryptoRSA& key);
+element PrivateKeyInfoOf(const CCryptoRSA& key, const element* algorithm = nullptr);
 element PrivateKeyInfoOf(const CCryptoEC& key);
 
 /// RSAPublicKey and RSAPrivateKey (RFC 8017, A.1): PKCS#1.
@@ -29,7 +31,8 @@ std::unique_ptr<ICryptoKeyPair> LoadRSAPrivateKey(const element& der);
 element RSAPublicKeyOf(const CCryptoRSA& key);
 element RSAPrivateKeyOf(const CCryptoRSA& key);
 
-/// ECPrivateKey (RFC 5915): SEC1. The curve must be named in it, and X25519 and X448 do not have the form.
+/// ECPrivateKey (RFC 5915): SEC1. The curve must be named in it, and X25519 and X448 do not have the form. A scalar may lack its
+/// leading zero bytes when read, and has them when written.
 std::unique_ptr<ICryptoKeyPair> LoadECPrivateKey(const element& der);
 element ECPrivateKeyOf(const CCryptoEC& key);
 

@@ -190,11 +190,11 @@ element CCryptoKeyFile::save(const ICryptoKeyPair& key, KeyForm form, std::strin
     case KeyForm::publicKeyInfo:
         return key.publicKeyInfo();
     case KeyForm::rsaPublicKey:
-        return rsa != nullptr ? RSAPublicKeyOf(rsa->key()) : element();
+        return rsa != nullptr && !rsa->isForPss() ? RSAPublicKeyOf(rsa->key()) : element();
     case KeyForm::privateKeyInfo:
         return key.privateKeyInfo();
     case KeyForm::rsaPrivateKey:
-        return rsa != nullptr ? RSAPrivateKeyOf(rsa->key()) : element();
+        return rsa != nullptr && !rsa->isForPss() ? RSAPrivateKeyOf(rsa->key()) : element();
     case KeyForm::ecPrivateKey:
         return ec != nullptr ? ECPrivateKeyOf(ec->key()) : element();
     case KeyForm::encryptedPrivateKey:

@@ -1,5 +1,6 @@
 #include "pki/keys/key_objects.h"
 
+#include "asn1/der/der_parser.h"
 #include "asn1/template/value_octets.h"
 #include "asn1/types/asn1_values.h"
 #include "core/diagnostics/auto_logger.h"
@@ -88,9 +89,11 @@ bool HasTaggedItemsBehind(const elementNode* sequence, std::uint32_t count)
     return count == 0;
 }
 
+/// An algorithm that was read and that the table lacks is written as it was read.
 bool FillAlgorithm(CCryptoParser& parser, CCryptoAlgorithmIdentifier& algorithm)
 {
-    const ElementNodePtr tree = algorithm.BuildTree();
+    const ElementNodePtr tree =
+        algorithm.isSupported() ? algorithm.BuildTree() : CCryptoDERParser().Decode(algorithm.readOctets().bytes());
     return tree != nullptr && parser.fill_tree("algorithmIdentifier", tree.get());
 }
 

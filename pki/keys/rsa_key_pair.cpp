@@ -13,21 +13,27 @@ std::uint32_t CCryptoRSAKeyPair::algorithmId() const
 
 element CCryptoRSAKeyPair::publicKeyInfo() const
 {
-    return PublicKeyInfoOf(*key_);
+    return PublicKeyInfoOf(*key_, limits_ ? &limits_->algorithm : nullptr);
 }
 
 element CCryptoRSAKeyPair::privateKeyInfo() const
 {
-    return PrivateKeyInfoOf(*key_);
+    return PrivateKeyInfoOf(*key_, limits_ ? &limits_->algorithm : nullptr);
 }
 
 std::unique_ptr<ICryptoKeyPair> CCryptoRSAKeyPair::publicHalf() const
 {
     std::unique_ptr<CCryptoRSA> half = key_->publicKey();
-    return half != nullptr ? std::make_unique<CCryptoRSAKeyPair>(std::move(half)) : nullptr;
+    return half != nullptr ? std::make_unique<CCryptoRSAKeyPair>(std::move(half), limits_) : nullptr;
 }
 
 namespace {
+
+bool Encrypts(const std::optional<PssLimits>& limits)
+{
+    CCryptoAutoLogger logger("Encrypts");
+    return limits ? logger.fail(false, "The key is for signatures with PSS alone") : logger.setResult(true);
+}
 
 /// The masking of a signature is over the hash of the digest unless it names another.
 CCryptoRSAPadding MaskingFor(const SCryptoPadding& padding, std::uint32_t hash)
@@ -43,6 +49,8 @@ CCryptoRSAPadding MaskingFor(const SCryptoPadding& padding, std::uint32_t hash)
 
 element CCryptoRSAKeyPair::signHash(std::uint32_t hash, std::span<const std::uint8_t> digest, const SCryptoPadding& padding)
 {
+    if (limits_ && !limits_->allow(hash, padding))
+        return {};
     if (padding.scheme == SCryptoPadding::Scheme::masked)
         return key_->signPSS(MaskingFor(padding, hash), digest);
     return key_->signPKCS1(hash, digest);
@@ -51,6 +59,8 @@ element CCryptoRSAKeyPair::signHash(std::uint32_t hash, std::span<const std::uin
 bool CCryptoRSAKeyPair::verifyHash(std::uint32_t hash, std::span<const std::uint8_t> digest,
                                    std::span<const std::uint8_t> signature, const SCryptoPadding& padding) const
 {
+    if (limits_ && !limits_->allow(hash, padding))
+        return false;
     if (padding.scheme == SCryptoPadding::Scheme::masked)
         return key_->verifyPSS(MaskingFor(padding, hash), digest, signature);
     return key_->verifyPKCS1(hash, digest, signature);
@@ -58,11 +68,16 @@ bool CCryptoRSAKeyPair::verifyHash(std::uint32_t hash, std::span<const std::uint
 
 element CCryptoRSAKeyPair::encrypt(std::span<const std::uint8_t> text, const SCryptoPadding& padding) const
 {
+    if (!Encrypts(limits_))
+        return {};
     return padding.scheme == SCryptoPadding::Scheme::masked ? key_->encryptOAEP(padding.masking, text) : key_->encryptPKCS1(text);
 }
 
 bool CCryptoRSAKeyPair::decrypt(std::span<const std::uint8_t> ciphertext, element& text, const SCryptoPadding& padding)
 {
+    text.clear();
+    if (!Encrypts(limits_))
+        return false;
     if (padding.scheme == SCryptoPadding::Scheme::masked)
         return key_->decryptOAEP(padding.masking, ciphertext, text);
     return key_->decryptPKCS1(ciphertext, text);
@@ -70,6 +85,9 @@ bool CCryptoRSAKeyPair::decrypt(std::span<const std::uint8_t> ciphertext, elemen
 
 bool CCryptoRSAKeyPair::unwrap(std::span<const std::uint8_t> ciphertext, std::uint32_t length, element& text)
 {
+    text.clear();
+    if (!Encrypts(limits_))
+        return false;
     return key_->unwrapPKCS1(ciphertext, length, text);
 }
 

@@ -57,6 +57,14 @@ std::unique_ptr<ICryptoKeyPair> KeyOf(std::uint32_t kind)
     return nullptr;
 }
 
+Bytes BytesOfHex(std::string_view digits)
+{
+    Bytes bytes;
+    for (; digits.size() >= 2; digits.remove_prefix(2))
+        bytes.push_back(static_cast<std::uint8_t>(std::stoul(std::string(digits.substr(0, 2)), nullptr, 16)));
+    return bytes;
+}
+
 template <algorithm::Id id>
 ElementNodePtr Oid()
 {
@@ -261,6 +269,109 @@ TEST(KeyFile, AlgorithmsHaveTheirOwnParametersAlone)
         }
         EXPECT_EQ(LoadPublicKeyInfo(half.BuildDer()) != nullptr, test.isKey);
         EXPECT_EQ(LoadPrivateKeyInfo(whole.BuildDer()) != nullptr, test.isKey);
+    }
+}
+
+TEST(KeyFile, ScalarsMayLackTheirLeadingZeros)
+{
+    for (const algorithm::Id curve : {algorithm::prime256v1, algorithm::secp521r1}) {
+        const std::uint32_t length = FindCurve(curve)->orderBytes;
+        element padded;
+        padded.resize(length);
+        padded.data()[length - 1] = 5;
+        const std::unique_ptr<CCryptoEC> key = CCryptoEC::FromPrivate(curve, padded.bytes());
+        ASSERT_NE(key, nullptr);
+        CCryptoECPrivateKeyObject object;
+        for (std::uint32_t zeros = 0; zeros < length; ++zeros) {
+            ASSERT_TRUE(object.ParseDer(ECPrivateKeyOf(*key)));
+            object.scalar = element(padded.data() + zeros, length - zeros);
+            const std::unique_ptr<ICryptoKeyPair> sec1 = LoadECPrivateKey(object.BuildDer());
+            ASSERT_NE(sec1, nullptr) << zeros;
+            EXPECT_EQ(HexOf(sec1->privateKeyInfo()), HexOf(PrivateKeyInfoOf(*key)));
+            CCryptoPrivateKeyInfo info;
+            ASSERT_TRUE(info.ParseDer(PrivateKeyInfoOf(*key)));
+            info.privateKey = object.BuildDer();
+            EXPECT_NE(LoadPrivateKeyInfo(info.BuildDer()), nullptr) << zeros;
+        }
+        for (const Bytes& wrong : {Bytes{0}, Joined({Bytes{0}, BytesOf(padded)})}) {
+            object.scalar = ElementOf(wrong);
+            EXPECT_EQ(LoadECPrivateKey(object.BuildDer()), nullptr) << wrong.size();
+        }
+    }
+}
+
+TEST(KeyFile, KeysLimitedToPssStaySo)
+{
+    for (const TestVector& vector : ReadVectors("rsa_pss_keys.txt")) {
+        SCOPED_TRACE(vector.text("Name"));
+        CCryptoKeyFile file;
+        const std::unique_ptr<ICryptoKeyPair> key = file.Load(vector.bytes("PrivateKeyInfo"));
+        const std::unique_ptr<ICryptoKeyPair> half = file.Load(vector.bytes("PublicKeyInfo"));
+        ASSERT_TRUE(key != nullptr && half != nullptr) << ReasonOfFailure().c_str();
+        EXPECT_EQ(HexOf(key->privateKeyInfo()), vector.text("PrivateKeyInfo"));
+        EXPECT_EQ(HexOf(half->publicKeyInfo()), vector.text("PublicKeyInfo"));
+        EXPECT_EQ(HexOf(key->publicHalf()->publicKeyInfo()), vector.text("PublicKeyInfo"));
+        for (const KeyForm form : {KeyForm::rsaPrivateKey, KeyForm::rsaPublicKey})
+            EXPECT_TRUE(file.Save(*key, form).isEmpty());
+
+        const std::uint32_t hash = static_cast<std::uint32_t>(vector.number("Hash"));
+        const std::int32_t minSalt = static_cast<std::int32_t>(vector.number("MinSalt"));
+        const element digest = ICryptoHash::Create(hash)->digestOf(vector.bytes("Message"));
+        SCryptoPadding padding;
+        padding.scheme = SCryptoPadding::Scheme::masked;
+        EXPECT_TRUE(half->verifyHash(hash, digest.bytes(), vector.bytes("Signature"), padding));
+        EXPECT_TRUE(half->verifyHash(hash, digest.bytes(), key->signHash(hash, digest.bytes(), padding).bytes(), padding));
+        padding.masking.saltLength = minSalt;
+        EXPECT_FALSE(key->signHash(hash, digest.bytes(), padding).isEmpty());
+        if (minSalt != 0) {
+            padding.masking.saltLength = minSalt - 1;
+            EXPECT_TRUE(key->signHash(hash, digest.bytes(), padding).isEmpty()) << "the salt is too short";
+            padding.masking.saltLength = minSalt;
+            padding.masking.maskHash = algorithm::sha384;
+            EXPECT_TRUE(key->signHash(hash, digest.bytes(), padding).isEmpty()) << "another hash in the mask";
+            EXPECT_TRUE(key->signHash(algorithm::sha224, Bytes(28, 1), padding).isEmpty()) << "another hash";
+        }
+        EXPECT_TRUE(key->signHash(hash, digest.bytes()).isEmpty()) << "PKCS#1";
+        const Bytes ciphertext(key->keySize() / 8, 1);
+        element text;
+        EXPECT_TRUE(half->encrypt(Bytes(16, 1), padding).isEmpty());
+        EXPECT_FALSE(key->decrypt(ciphertext, text));
+        EXPECT_FALSE(key->unwrap(ciphertext, 16, text));
+    }
+}
+
+TEST(KeyFile, ParametersOfPssAreChecked)
+{
+    // AlgorithmIdentifier of id-RSASSA-PSS with these parameters, in front of the key of a vector.
+    const struct {
+        const char* name;
+        const char* parameters;
+        bool isKey;
+    } cases[] = {
+        {"none", "", true},
+        {"all defaults", "3000", true},
+        {"NULL", "0500", false},
+        {"SHA-256 without NULL", "300fa00d300b0609608648016503040201", true},
+        {"a hash that is a cipher", "300fa00d300b0609608648016503040102", false},
+        {"an unknown hash", "3009a007300506032a0304", false},
+        {"another mask function", "3018a116301406092a864886f70d010107300706052b0e03021a", false},
+        {"a salt below zero", "3005a2030201ff", false},
+        {"a salt longer than any", "3006a20402020401", false},
+        {"a number of five bytes", "3009a20702050100000014", false},
+        {"the trailer 1", "3005a303020101", true},
+        {"another trailer", "3005a303020102", false},
+        {"an item too many", "3005a403020101", false},
+    };
+    CCryptoSubjectPublicKeyInfo info;
+    ASSERT_TRUE(info.ParseDer(KeyOf(algorithm::rsaEncryption)->publicKeyInfo()));
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.name);
+        Bytes inner = BytesOfHex("06092a864886f70d01010a");
+        for (const std::uint8_t byte : BytesOfHex(test.parameters))
+            inner.push_back(byte);
+        inner.insert(inner.begin(), {0x30, static_cast<std::uint8_t>(inner.size())});
+        ASSERT_TRUE(info.algorithm.ParseDer(ElementOf(inner)));
+        EXPECT_EQ(LoadPublicKeyInfo(info.BuildDer()) != nullptr, test.isKey);
     }
 }
 

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "asn1/types/algorithm_identifier.h"
+#include "pki/keys/key_pair.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace ccrypto {
+
+/// What an RSA key is limited to by the algorithm id-RSASSA-PSS (RFC 4055, 3.1): signatures with PSS and, when the algorithm has
+/// parameters, the hashes that they name and the shortest salt.
+struct PssLimits {
+    element algorithm;              ///< the AlgorithmIdentifier as it was read, DER
+    std::uint32_t hash = 0;         ///< 0 for any
+    std::uint32_t maskHash = 0;     ///< of MGF1; 0 for any
+    std::int32_t minSaltLength = 0; ///< bytes
+
+    /// False, logged, for what the key must not be used for. A salt of any length is allowed: its length is not known yet.
+    [[nodiscard]] bool allow(std::uint32_t signedHash, const SCryptoPadding& padding) const;
+};
+
+/// Whether the algorithm is id-RSASSA-PSS.
+[[nodiscard]] bool IsPss(const CCryptoAlgorithmIdentifier& identifier);
+/// \return empty, logged, for parameters that are not RSASSA-PSS-params, and for hashes and mask functions that are not supported.
+[[nodiscard]] std::optional<PssLimits> ReadPssLimits(const CCryptoAlgorithmIdentifier& identifier);
+
+} // namespace ccrypto
