@@ -29,6 +29,8 @@ REFUSED = [
     ("list-files *.nosuch", 1, "no file matches *.nosuch"),
     ("make-icon --png 0 build/x.png", 2, "--png SIZE FILE"),
     ("make-icon --png 16 no/such/folder.png", 1, "scripts/make-icon: "),
+    ("make-menu-picture en --bogus", 2, "not understood: --bogus"),
+    ("make-menu-picture de", 2, "not understood: de"),
     ("make-pdf --bogus", 2, "scripts/make-pdf TITLE"),
     ("make-pdf \u03a9", 1, "has no '\u03a9'"),
     ("setup --bogus", 2, "not understood: --bogus"),
