@@ -4,10 +4,8 @@
 #include "asn1/der/pem.h"
 #include "core/diagnostics/auto_logger.h"
 #include "core/diagnostics/failure.h"
-#include "pki/keys/ec_key_pair.h"
 #include "pki/keys/key_encoding.h"
 #include "pki/keys/key_objects.h"
-#include "pki/keys/rsa_key_pair.h"
 
 #include <iterator>
 #include <optional>
@@ -184,19 +182,15 @@ element CCryptoKeyFile::Save(const ICryptoKeyPair& key, KeyForm form, std::strin
 element CCryptoKeyFile::save(const ICryptoKeyPair& key, KeyForm form, std::string_view password,
                              const SCryptoPasswordEncryption& encryption, CCryptoAutoLogger& logger)
 {
-    const auto* rsa = dynamic_cast<const CCryptoRSAKeyPair*>(&key);
-    const auto* ec = dynamic_cast<const CCryptoECKeyPair*>(&key);
     switch (form) {
     case KeyForm::publicKeyInfo:
         return key.publicKeyInfo();
-    case KeyForm::rsaPublicKey:
-        return rsa != nullptr && !rsa->isForPss() ? RSAPublicKeyOf(rsa->key()) : element();
     case KeyForm::privateKeyInfo:
         return key.privateKeyInfo();
+    case KeyForm::rsaPublicKey:
     case KeyForm::rsaPrivateKey:
-        return rsa != nullptr && !rsa->isForPss() ? RSAPrivateKeyOf(rsa->key()) : element();
     case KeyForm::ecPrivateKey:
-        return ec != nullptr ? ECPrivateKeyOf(ec->key()) : element();
+        return key.ownForm(form);
     case KeyForm::encryptedPrivateKey:
         break;
     }

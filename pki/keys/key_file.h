@@ -11,20 +11,6 @@
 
 class CCryptoAutoLogger;
 
-namespace ccrypto {
-
-/// The forms in which keys are kept in files.
-enum class KeyForm {
-    publicKeyInfo,       ///< SubjectPublicKeyInfo, "PUBLIC KEY"
-    rsaPublicKey,        ///< PKCS#1, "RSA PUBLIC KEY"
-    privateKeyInfo,      ///< PKCS#8, "PRIVATE KEY"
-    encryptedPrivateKey, ///< PKCS#8, "ENCRYPTED PRIVATE KEY"
-    rsaPrivateKey,       ///< PKCS#1, "RSA PRIVATE KEY"
-    ecPrivateKey,        ///< SEC1, "EC PRIVATE KEY"
-};
-
-} // namespace ccrypto
-
 /// Keys in DER and PEM.
 class CCryptoKeyFile {
 public:

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "asn1/types/algorithm_identifier.h"
-#include "pki/keys/key_pair.h"
+#include "pki/keys/key_abilities.h"
 
 #include <cstdint>
 #include <optional>

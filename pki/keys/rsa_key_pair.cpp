@@ -1,12 +1,11 @@
 #include "pki/keys/rsa_key_pair.h"
 
 #include "core/base/algorithm.h"
-#include "core/diagnostics/auto_logger.h"
 #include "pki/keys/key_encoding.h"
 
 using namespace ccrypto;
 
-std::uint32_t CCryptoRSAKeyPair::algorithmId() const
+algorithm::Id CCryptoRSAKeyPair::algorithmId() const
 {
     return algorithm::rsaEncryption;
 }
@@ -21,6 +20,16 @@ element CCryptoRSAKeyPair::privateKeyInfo() const
     return PrivateKeyInfoOf(*key_, limits_ ? &limits_->algorithm : nullptr);
 }
 
+element CCryptoRSAKeyPair::ownForm(KeyForm form) const
+{
+    // The forms of PKCS#1 cannot say that a key is limited to PSS.
+    if (isForPss())
+        return {};
+    if (form == KeyForm::rsaPublicKey)
+        return RSAPublicKeyOf(*key_);
+    return form == KeyForm::rsaPrivateKey ? RSAPrivateKeyOf(*key_) : element();
+}
+
 std::unique_ptr<ICryptoKeyPair> CCryptoRSAKeyPair::publicHalf() const
 {
     std::unique_ptr<CCryptoRSA> half = key_->publicKey();
@@ -28,12 +37,6 @@ std::unique_ptr<ICryptoKeyPair> CCryptoRSAKeyPair::publicHalf() const
 }
 
 namespace {
-
-bool Encrypts(const std::optional<PssLimits>& limits)
-{
-    CCryptoAutoLogger logger("Encrypts");
-    return limits ? logger.fail(false, "The key is for signatures with PSS alone") : logger.setResult(true);
-}
 
 /// The masking of a signature is over the hash of the digest unless it names another.
 CCryptoRSAPadding MaskingFor(const SCryptoPadding& padding, std::uint32_t hash)
@@ -47,7 +50,7 @@ CCryptoRSAPadding MaskingFor(const SCryptoPadding& padding, std::uint32_t hash)
 
 } // namespace
 
-element CCryptoRSAKeyPair::signHash(std::uint32_t hash, std::span<const std::uint8_t> digest, const SCryptoPadding& padding)
+element CCryptoRSAKeyPair::sign(algorithm::Id hash, std::span<const std::uint8_t> digest, const SCryptoPadding& padding)
 {
     if (limits_ && !limits_->allow(hash, padding))
         return {};
@@ -56,8 +59,8 @@ element CCryptoRSAKeyPair::signHash(std::uint32_t hash, std::span<const std::uin
     return key_->signPKCS1(hash, digest);
 }
 
-bool CCryptoRSAKeyPair::verifyHash(std::uint32_t hash, std::span<const std::uint8_t> digest,
-                                   std::span<const std::uint8_t> signature, const SCryptoPadding& padding) const
+bool CCryptoRSAKeyPair::verify(algorithm::Id hash, std::span<const std::uint8_t> digest, std::span<const std::uint8_t> signature,
+                               const SCryptoPadding& padding) const
 {
     if (limits_ && !limits_->allow(hash, padding))
         return false;
@@ -68,16 +71,11 @@ bool CCryptoRSAKeyPair::verifyHash(std::uint32_t hash, std::span<const std::uint
 
 element CCryptoRSAKeyPair::encrypt(std::span<const std::uint8_t> text, const SCryptoPadding& padding) const
 {
-    if (!Encrypts(limits_))
-        return {};
     return padding.scheme == SCryptoPadding::Scheme::masked ? key_->encryptOAEP(padding.masking, text) : key_->encryptPKCS1(text);
 }
 
 bool CCryptoRSAKeyPair::decrypt(std::span<const std::uint8_t> ciphertext, element& text, const SCryptoPadding& padding)
 {
-    text.clear();
-    if (!Encrypts(limits_))
-        return false;
     if (padding.scheme == SCryptoPadding::Scheme::masked)
         return key_->decryptOAEP(padding.masking, ciphertext, text);
     return key_->decryptPKCS1(ciphertext, text);
@@ -85,14 +83,5 @@ bool CCryptoRSAKeyPair::decrypt(std::span<const std::uint8_t> ciphertext, elemen
 
 bool CCryptoRSAKeyPair::unwrap(std::span<const std::uint8_t> ciphertext, std::uint32_t length, element& text)
 {
-    text.clear();
-    if (!Encrypts(limits_))
-        return false;
     return key_->unwrapPKCS1(ciphertext, length, text);
-}
-
-element CCryptoRSAKeyPair::agree(const ICryptoKeyPair&)
-{
-    CCryptoAutoLogger logger("CCryptoRSAKeyPair::agree");
-    return logger.fail(element(), "An RSA key does not agree on secrets");
 }

@@ -6,8 +6,8 @@
 #include <optional>
 #include <utility>
 
-/// An RSA key in memory.
-class CCryptoRSAKeyPair : public ICryptoKeyPair {
+/// An RSA key in memory: signs and, unless it is limited to PSS, encrypts and decrypts.
+class CCryptoRSAKeyPair final : public ICryptoKeyPair, public ICryptoSigner, public ICryptoDecrypter {
 public:
     /// Takes the key, which must not be null.
     explicit CCryptoRSAKeyPair(std::unique_ptr<CCryptoRSA> key, std::optional<ccrypto::PssLimits> limits = {})
@@ -15,30 +15,38 @@ public:
     {
     }
 
-    const CCryptoRSA& key() const { return *key_; }
+    [[nodiscard]] const CCryptoRSA& key() const { return *key_; }
     /// Whether the key is of the algorithm id-RSASSA-PSS: it signs with PSS and does nothing else.
-    bool isForPss() const { return limits_.has_value(); }
+    [[nodiscard]] bool isForPss() const { return limits_.has_value(); }
 
-    std::uint32_t algorithmId() const override;
-    std::uint32_t curveId() const override { return 0; }
+    ccrypto::algorithm::Id algorithmId() const override;
+    ccrypto::algorithm::Id curveId() const override { return ccrypto::algorithm::none; }
     const char* name() const override { return isForPss() ? "RSA-PSS" : "RSA"; }
     std::uint32_t keySize() const override { return key_->bits(); }
-    std::uint32_t signatureSize() const override { return key_->bytes(); }
     bool hasPrivate() const override { return key_->isPrivate(); }
 
     element publicKeyInfo() const override;
     element privateKeyInfo() const override;
+    element ownForm(ccrypto::KeyForm form) const override;
     std::unique_ptr<ICryptoKeyPair> publicHalf() const override;
 
-    element signHash(std::uint32_t hash, std::span<const std::uint8_t> digest, const SCryptoPadding& padding = {}) override;
-    bool verifyHash(std::uint32_t hash, std::span<const std::uint8_t> digest, std::span<const std::uint8_t> signature,
-                    const SCryptoPadding& padding = {}) const override;
+    ICryptoSigner* signer() override { return this; }
+    /// Null when isForPss().
+    ICryptoDecrypter* decrypter() override { return isForPss() ? nullptr : this; }
+    ICryptoKeyAgreement* agreement() override { return nullptr; }
+
+    std::uint32_t signatureSize() const override { return key_->bytes(); }
+    bool signsMessages() const override { return false; }
+    element sign(ccrypto::algorithm::Id hash, std::span<const std::uint8_t> digest, const SCryptoPadding& padding = {}) override;
+    bool verify(ccrypto::algorithm::Id hash, std::span<const std::uint8_t> digest, std::span<const std::uint8_t> signature,
+                const SCryptoPadding& padding = {}) const override;
+
+private:
+    // Reached through decrypter(), which keys limited to PSS do not give.
     element encrypt(std::span<const std::uint8_t> text, const SCryptoPadding& padding = {}) const override;
     bool decrypt(std::span<const std::uint8_t> ciphertext, element& text, const SCryptoPadding& padding = {}) override;
     bool unwrap(std::span<const std::uint8_t> ciphertext, std::uint32_t length, element& text) override;
-    element agree(const ICryptoKeyPair& peer) override;
 
-private:
     std::unique_ptr<CCryptoRSA> key_;
     std::optional<ccrypto::PssLimits> limits_;
 };

@@ -314,29 +314,27 @@ TEST(KeyFile, KeysLimitedToPssStaySo)
         for (const KeyForm form : {KeyForm::rsaPrivateKey, KeyForm::rsaPublicKey})
             EXPECT_TRUE(file.Save(*key, form).isEmpty());
 
-        const std::uint32_t hash = static_cast<std::uint32_t>(vector.number("Hash"));
+        const auto hash = static_cast<algorithm::Id>(vector.number("Hash"));
         const std::int32_t minSalt = static_cast<std::int32_t>(vector.number("MinSalt"));
         const element digest = ICryptoHash::Create(hash)->digestOf(vector.bytes("Message"));
         SCryptoPadding padding;
         padding.scheme = SCryptoPadding::Scheme::masked;
-        EXPECT_TRUE(half->verifyHash(hash, digest.bytes(), vector.bytes("Signature"), padding));
-        EXPECT_TRUE(half->verifyHash(hash, digest.bytes(), key->signHash(hash, digest.bytes(), padding).bytes(), padding));
+        EXPECT_TRUE(half->signer()->verify(hash, digest.bytes(), vector.bytes("Signature"), padding));
+        EXPECT_TRUE(
+            half->signer()->verify(hash, digest.bytes(), key->signer()->sign(hash, digest.bytes(), padding).bytes(), padding));
         padding.masking.saltLength = minSalt;
-        EXPECT_FALSE(key->signHash(hash, digest.bytes(), padding).isEmpty());
+        EXPECT_FALSE(key->signer()->sign(hash, digest.bytes(), padding).isEmpty());
         if (minSalt != 0) {
             padding.masking.saltLength = minSalt - 1;
-            EXPECT_TRUE(key->signHash(hash, digest.bytes(), padding).isEmpty()) << "the salt is too short";
+            EXPECT_TRUE(key->signer()->sign(hash, digest.bytes(), padding).isEmpty()) << "the salt is too short";
             padding.masking.saltLength = minSalt;
             padding.masking.maskHash = algorithm::sha384;
-            EXPECT_TRUE(key->signHash(hash, digest.bytes(), padding).isEmpty()) << "another hash in the mask";
-            EXPECT_TRUE(key->signHash(algorithm::sha224, Bytes(28, 1), padding).isEmpty()) << "another hash";
+            EXPECT_TRUE(key->signer()->sign(hash, digest.bytes(), padding).isEmpty()) << "another hash in the mask";
+            EXPECT_TRUE(key->signer()->sign(algorithm::sha224, Bytes(28, 1), padding).isEmpty()) << "another hash";
         }
-        EXPECT_TRUE(key->signHash(hash, digest.bytes()).isEmpty()) << "PKCS#1";
-        const Bytes ciphertext(key->keySize() / 8, 1);
-        element text;
-        EXPECT_TRUE(half->encrypt(Bytes(16, 1), padding).isEmpty());
-        EXPECT_FALSE(key->decrypt(ciphertext, text));
-        EXPECT_FALSE(key->unwrap(ciphertext, 16, text));
+        EXPECT_TRUE(key->signer()->sign(hash, digest.bytes()).isEmpty()) << "PKCS#1";
+        EXPECT_EQ(key->decrypter(), nullptr);
+        EXPECT_EQ(half->decrypter(), nullptr);
     }
 }
 
@@ -432,41 +430,63 @@ TEST(KeyPair, SignsVerifiesAndRefusesWhatItIsNotFor)
         for (const auto scheme : {SCryptoPadding::Scheme::pkcs1, SCryptoPadding::Scheme::masked}) {
             SCryptoPadding padding;
             padding.scheme = scheme;
-            element signature = key->signHash(algorithm::sha256, digest, padding);
+            element signature = key->signer()->sign(algorithm::sha256, digest, padding);
             ASSERT_FALSE(signature.isEmpty());
-            EXPECT_LE(signature.length(), key->signatureSize());
-            EXPECT_TRUE(half->verifyHash(algorithm::sha256, digest, signature.bytes(), padding));
+            EXPECT_LE(signature.length(), key->signer()->signatureSize());
+            EXPECT_TRUE(half->signer()->verify(algorithm::sha256, digest, signature.bytes(), padding));
             signature.data()[signature.length() - 1] ^= 1;
-            EXPECT_FALSE(half->verifyHash(algorithm::sha256, digest, signature.bytes(), padding));
+            EXPECT_FALSE(half->signer()->verify(algorithm::sha256, digest, signature.bytes(), padding));
         }
-        EXPECT_TRUE(half->signHash(algorithm::sha256, digest).isEmpty());
-        for (const std::uint32_t other : {algorithm::none, algorithm::sha1, algorithm::sha384, algorithm::sha512}) {
-            EXPECT_TRUE(key->signHash(other, digest).isEmpty()) << other;
-            EXPECT_FALSE(half->verifyHash(other, digest, key->signHash(algorithm::sha256, digest).bytes())) << other;
+        EXPECT_TRUE(half->signer()->sign(algorithm::sha256, digest).isEmpty());
+        for (const algorithm::Id other : {algorithm::none, algorithm::sha1, algorithm::sha384, algorithm::sha512}) {
+            EXPECT_TRUE(key->signer()->sign(other, digest).isEmpty()) << other;
+            EXPECT_FALSE(half->signer()->verify(other, digest, key->signer()->sign(algorithm::sha256, digest).bytes())) << other;
         }
         EXPECT_TRUE(half->privateKeyInfo().isEmpty());
     }
 }
 
-TEST(KeyPair, DeciphersWithRsaAlone)
+TEST(KeyPair, OfRSADecryptsWithBothPaddings)
 {
     const std::unique_ptr<ICryptoKeyPair> key = KeyOf(algorithm::rsaEncryption);
-    const std::unique_ptr<ICryptoKeyPair> curve = KeyOf(algorithm::prime256v1);
-    ASSERT_TRUE(key != nullptr && curve != nullptr);
+    ASSERT_NE(key, nullptr);
     const Bytes text(16, 7);
     for (const auto scheme : {SCryptoPadding::Scheme::pkcs1, SCryptoPadding::Scheme::masked}) {
         SCryptoPadding padding;
         padding.scheme = scheme;
-        const element ciphertext = key->publicHalf()->encrypt(text, padding);
+        const element ciphertext = key->publicHalf()->decrypter()->encrypt(text, padding);
         element plain;
-        ASSERT_TRUE(key->decrypt(ciphertext.bytes(), plain, padding));
+        ASSERT_TRUE(key->decrypter()->decrypt(ciphertext.bytes(), plain, padding));
         EXPECT_EQ(HexOf(plain), Hex(text));
-        EXPECT_FALSE(key->publicHalf()->decrypt(ciphertext.bytes(), plain, padding));
-        EXPECT_FALSE(curve->decrypt(ciphertext.bytes(), plain, padding));
+        EXPECT_FALSE(key->publicHalf()->decrypter()->decrypt(ciphertext.bytes(), plain, padding));
         EXPECT_TRUE(plain.isEmpty());
     }
-    EXPECT_TRUE(curve->encrypt(text).isEmpty());
-    EXPECT_TRUE(key->agree(*key).isEmpty());
+}
+
+TEST(KeyPair, HasTheAbilitiesOfItsAlgorithm)
+{
+    const struct {
+        algorithm::Id kind;
+        bool signs;
+        bool decrypts;
+        bool agrees;
+    } cases[] = {
+        {algorithm::rsaEncryption, true, true, false},
+        {algorithm::prime256v1, true, false, true},
+        {algorithm::x25519, false, false, true},
+        {algorithm::x448, false, false, true},
+    };
+    for (const auto& test : cases) {
+        const std::unique_ptr<ICryptoKeyPair> key = KeyOf(test.kind);
+        ASSERT_NE(key, nullptr);
+        const std::unique_ptr<ICryptoKeyPair> publicHalf = key->publicHalf();
+        ASSERT_NE(publicHalf, nullptr);
+        for (ICryptoKeyPair* const half : {key.get(), publicHalf.get()}) {
+            EXPECT_EQ(half->signer() != nullptr, test.signs) << half->name();
+            EXPECT_EQ(half->decrypter() != nullptr, test.decrypts) << half->name();
+            EXPECT_EQ(half->agreement() != nullptr, test.agrees) << half->name();
+        }
+    }
 }
 
 TEST(KeyPair, OfRSAWorksWithTheLongestModuli)
@@ -480,15 +500,15 @@ TEST(KeyPair, OfRSAWorksWithTheLongestModuli)
         EXPECT_EQ(HexOf(key->privateKeyInfo()), vector.text("PrivateKeyInfo"));
 
         const element digest = ICryptoHash::Create(algorithm::sha256)->digestOf(vector.bytes("Message"));
-        EXPECT_EQ(HexOf(key->signHash(algorithm::sha256, digest.bytes())), vector.text("Signature"));
+        EXPECT_EQ(HexOf(key->signer()->sign(algorithm::sha256, digest.bytes())), vector.text("Signature"));
         SCryptoPadding masked;
         masked.scheme = SCryptoPadding::Scheme::masked;
         masked.masking.saltLength = static_cast<std::int32_t>(key->keySize() / 8 - 32 - 2);
-        EXPECT_TRUE(key->verifyHash(algorithm::sha256, digest.bytes(), vector.bytes("SignaturePSS"), masked));
+        EXPECT_TRUE(key->signer()->verify(algorithm::sha256, digest.bytes(), vector.bytes("SignaturePSS"), masked));
         element plain;
-        EXPECT_TRUE(key->decrypt(vector.bytes("Ciphertext"), plain, masked));
+        EXPECT_TRUE(key->decrypter()->decrypt(vector.bytes("Ciphertext"), plain, masked));
         EXPECT_EQ(HexOf(plain), Hex(vector.bytes("Plain")));
-        EXPECT_TRUE(key->decrypt(vector.bytes("CiphertextPKCS1"), plain));
+        EXPECT_TRUE(key->decrypter()->decrypt(vector.bytes("CiphertextPKCS1"), plain));
         EXPECT_EQ(HexOf(plain), Hex(vector.bytes("Plain")));
     }
 }

@@ -38,7 +38,7 @@ int Sign(Invocation& invocation)
     if (exit != exitDone)
         return exit;
     StartReason();
-    const element signature = signing.key->signHash(signing.hash, signing.digest.bytes(), signing.padding);
+    const element signature = signing.key->signer()->sign(signing.hash, signing.digest.bytes(), signing.padding);
     if (signature.isEmpty())
         return invocation.refuse(key, Reason("it does not sign so"));
     return output.write(signature.bytes()) && output.finish() ? exitDone : invocation.refuse(output.name(), output.reason());

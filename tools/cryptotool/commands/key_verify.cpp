@@ -38,7 +38,7 @@ int Verify(Invocation& invocation)
         exit = HashFile(invocation, file, signing);
     if (exit != exitDone)
         return exit;
-    const bool isRight = signing.key->verifyHash(signing.hash, signing.digest.bytes(), signature.bytes(), signing.padding);
+    const bool isRight = signing.key->signer()->verify(signing.hash, signing.digest.bytes(), signature.bytes(), signing.padding);
     Output output(invocation.console(), arguments.value(outputOption.name), Output::Content::text);
     const bool written = output.open() && output.write(isRight ? "OK\n" : "FAILED\n") && output.finish();
     if (!written)

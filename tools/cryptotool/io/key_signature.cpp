@@ -18,7 +18,7 @@ int ReadPadding(Invocation& invocation, Signing& signing)
     const Arguments& arguments = invocation.arguments();
     const bool isPss = arguments.has(pssOption.name);
     const std::unique_ptr<ICryptoHash> hash = ICryptoHash::CreateByName(arguments.value(hashOption.name, "sha256"));
-    signing.hash = hash != nullptr ? hash->algorithmId() : std::uint32_t{algorithm::none};
+    signing.hash = hash != nullptr ? static_cast<algorithm::Id>(hash->algorithmId()) : algorithm::none;
     if (signing.hash == algorithm::none)
         return invocation.misuse("there are no signatures with " + arguments.value(hashOption.name));
     if (arguments.has("salt-length")) {
@@ -50,7 +50,7 @@ int StartSigning(Invocation& invocation, const std::vector<std::string>& files, 
     if (exit != exitDone)
         return exit;
     signing.key = std::move(input.key);
-    if (signing.key->signatureSize() == 0)
+    if (signing.key->signer() == nullptr)
         return invocation.refuse(name, std::string(signing.key->name()) + " keys do not sign");
     if (signing.padding.scheme == SCryptoPadding::Scheme::masked && signing.key->algorithmId() != algorithm::rsaEncryption)
         return invocation.refuse(name, "it is no RSA key, which --pss is for");

@@ -19,7 +19,7 @@ constexpr Option pssOption = {OptionKind::flag, 0, "pss", "", "of RSA keys: RSAS
 /// What is signed, with what, and how.
 struct Signing {
     std::unique_ptr<ICryptoKeyPair> key;
-    std::uint32_t hash = 0;
+    algorithm::Id hash = algorithm::none;
     element digest;
     SCryptoPadding padding;
 };
