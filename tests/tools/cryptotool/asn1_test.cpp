@@ -100,65 +100,6 @@ TEST(CryptotoolInput, RefusesFilesThatCannotBeReadWhole)
     EXPECT_FALSE(std::filesystem::exists(folder.path() / "none"));
 }
 
-TEST(CryptotoolUsage, WrongWordsGetOneLineAndAPointer)
-{
-    const std::vector<std::string> cases[] = {
-        {},
-        {"nonsense"},
-        {"asn1"},
-        {"asn1", "nonsense"},
-        {"asn1", "show"},
-        {"asn1", "show", "a", "b"},
-        {"asn1", "show", "--as", "pdf", "a"},
-        {"asn1", "show", "--as"},
-        {"asn1", "show", "--inside=x", "a"},
-        {"asn1", "show", "--depth", "0", "a"},
-        {"asn1", "show", "--depth", "99999999999999999999", "a"},
-        {"asn1", "show", "--json", "--as", "xml", "a"},
-        {"asn1", "show", "--level", "a"},
-        {"asn1", "build", "a", "no-value"},
-        {"asn1", "build", "a", "=x"},
-        {"asn1", "build", "-", "v=@-"},
-        {"asn1", "build", "a", "v=@-", "w=der:@-"},
-        {"asn1", "build", "--pem", "a--b", "a"},
-        {"asn1", "match", "-", "-"},
-        {"oid"},
-        {"gzip", "-0", "a"},
-        {"gzip", "-c", "-o", "a", "b"},
-        {"gunzip", "--max-ratio", "4294967296"},
-        {"oid", "--\n\x1b"},
-        {"random", "10T"},
-    };
-    for (const auto& words : cases) {
-        const ToolResult result = RunTool(words);
-        SCOPED_TRACE(result.error);
-        EXPECT_EQ(result.code, exitUsage);
-        EXPECT_EQ(result.output, "");
-        EXPECT_TRUE(result.error.starts_with("cryptotool: ") && result.error.ends_with("--help)\n"));
-        EXPECT_EQ(result.error.find('\n'), result.error.size() - 1);
-    }
-}
-
-TEST(CryptotoolUsage, OptionsMayBeWrittenInEveryUsualWay)
-{
-    const TemporaryDirectory folder;
-    const std::string file = folder / u8"-out";
-    PutFile(file, "data");
-    const std::string packed = RunTool({"gzip", "-9", file}).output;
-    EXPECT_NE(packed, "");
-    for (const std::vector<std::string>& words :
-         {std::vector<std::string>{"gzip", "-9c", file}, {"gzip", file, "-c", "-9"}, {"gzip", "-1", "-9", "--stdout", "--", file}})
-        EXPECT_EQ(RunTool(words).output, packed);
-    const std::string out = folder / u8"other";
-    for (const std::vector<std::string>& words : {std::vector<std::string>{"gzip", "-9o", out, file},
-                                                  {"gzip", "-9o" + out, file},
-                                                  {"gzip", "-9", "--output=" + out, file}}) {
-        EXPECT_EQ(RunTool(words).error, "");
-        EXPECT_EQ(GetFile(out), packed);
-        std::filesystem::remove(folder.path() / "other");
-    }
-}
-
 TEST(CryptotoolOutline, TellsWhereEverythingLies)
 {
     EXPECT_EQ(RunTool({"asn1", "show", "-"}, Bytes("3080"

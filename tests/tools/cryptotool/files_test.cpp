@@ -102,10 +102,10 @@ TEST(CryptotoolGzip, LimitsAreTheCallers)
         std::vector<std::string> words;
         const char* reason; ///< empty where it is unpacked
     } cases[] = {
-        {{"gunzip"}, "; --max-ratio sets another\n"},
+        {{"gunzip"}, "; --max-ratio changes the limit\n"},
         {{"gunzip", "--max-ratio", "2000"}, ""},
         {{"gunzip", "--max-ratio=0"}, ""},
-        {{"gunzip", "--max-ratio=0", "--max-output=16999999"}, "; --max-output sets another\n"},
+        {{"gunzip", "--max-ratio=0", "--max-output=16999999"}, "; --max-output changes the limit\n"},
         {{"gunzip", "--max-ratio=0", "--max-output=17000000"}, ""},
         {{"gunzip", "--max-ratio=0", "--max-output=0"}, ""},
     };

@@ -110,7 +110,7 @@ TEST_F(CryptotoolKey, ShowsNumbersAndKeepsTheSecretOnesUnlessAsked)
     EXPECT_NE(RunTool({"key", "show", "--private", key}).output.find(publishedScalar), std::string::npos);
     const ToolResult half = RunTool({"key", "show", "--private", "-"}, RunTool({"key", "public", key}).output);
     EXPECT_EQ(half.code, exitRefused);
-    EXPECT_EQ(half.error, "cryptotool: -: it holds no private key\n");
+    EXPECT_EQ(half.error, "cryptotool: -: it holds no private key; --private needs one\n");
 
     const std::string rsa = RunTool({"key", "show", "--json", Generate("rsa", u8"rsa")}).output;
     EXPECT_EQ(rsa.find("prime1"), std::string::npos);
@@ -155,7 +155,7 @@ TEST_F(CryptotoolKey, PasswordsAreAskedForAndCompared)
 {
     const std::string out = File(u8"out");
     const Words make = {"key", "gen", "P-256", "--form", "encrypted", "--iterations", "1000", "-o", out};
-    EXPECT_EQ(RunTyping(make, {"a", "b"}).error, "cryptotool: password: the two lines are not the same\n");
+    EXPECT_EQ(RunTyping(make, {"a", "b"}).error, "cryptotool: password: the two lines differ\n");
     EXPECT_EQ(RunTyping(make, {"", ""}).error, "cryptotool: password: it is empty\n");
     EXPECT_EQ(RunTool(make).code, exitRefused);
     EXPECT_FALSE(std::filesystem::exists(FilePath(out)));
@@ -279,12 +279,12 @@ TEST_F(CryptotoolKey, RefusesWithAReason)
          File(u8"unknown") + ": it is not a valid key of a supported algorithm: Unsupported algorithm: 1.3.101.114\n"},
         {{"key", "show", encrypted}, "password: no line came from a terminal"},
         {{"key", "show", encrypted, "--password-file", missing}, missing + ": "},
-        {{"key", "show", encrypted, "--password-fd", "4000000000"}, "descriptor 4000000000: there is no such descriptor"},
+        {{"key", "show", encrypted, "--password-fd", "4000000000"}, "descriptor 4000000000: no such descriptor"},
         {{"key", "show", encrypted, "--password-file", curve}, encrypted + ": the password is wrong"},
         {{"key", "convert", half}, half + ": it holds no private key"},
         {{"key", "sign", half, junk}, half + ": it holds no private key"},
         {{"key", "sign", agreeing, junk}, agreeing + ": X25519 keys do not sign"},
-        {{"key", "sign", curve, junk, "--pss"}, curve + ": it is no RSA key, which --pss is for"},
+        {{"key", "sign", curve, junk, "--pss"}, curve + ": not an RSA key; --pss requires one"},
         {{"key", "sign", rsa, missing}, missing + ": "},
         {{"key", "sign", rsa, junk, "--pss", "--salt-length", "100"}, rsa + ": "},
         {{"key", "verify", curve, missing, junk}, missing + ": "},

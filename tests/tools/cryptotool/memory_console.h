@@ -20,6 +20,8 @@ public:
     std::string output;
     std::string error;
     bool isTerminal = false;
+    bool isErrorTerminal = false;
+    bool takesColor = true;
     /// What is typed, a line each time; without any there is no terminal.
     std::vector<std::string> hiddenLines;
     std::string prompts;
@@ -49,7 +51,8 @@ public:
         return true;
     }
     bool outputIsTerminal() const override { return isTerminal; }
-    bool errorIsTerminal() const override { return false; }
+    bool errorIsTerminal() const override { return isErrorTerminal; }
+    bool enableColor() override { return takesColor; }
 
 private:
     std::size_t read_ = 0;

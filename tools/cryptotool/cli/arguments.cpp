@@ -1,5 +1,8 @@
 #include "tools/cryptotool/cli/arguments.h"
 
+#include "tools/cryptotool/cli/suggestion.h"
+
+#include <algorithm>
 #include <charconv>
 
 namespace ccrypto {
@@ -11,19 +14,18 @@ bool IsLevel(const Option& option, char letter)
     return option.kind == OptionKind::level && letter >= '1' && letter <= '9';
 }
 
-bool IsChoice(std::string_view choices, std::string_view word)
-{
-    for (;;) {
-        const std::size_t end = choices.find('|');
-        if (choices.substr(0, end) == word)
-            return true;
-        if (end == std::string_view::npos)
-            return false;
-        choices.remove_prefix(end + 1);
-    }
-}
-
 } // namespace
+
+std::vector<std::string_view> ccrypto::SplitChoices(std::string_view choices)
+{
+    std::vector<std::string_view> words;
+    while (!choices.empty()) {
+        const std::size_t end = choices.find('|');
+        words.push_back(choices.substr(0, end));
+        choices.remove_prefix(end == std::string_view::npos ? choices.size() : end + 1);
+    }
+    return words;
+}
 
 bool ParseDecimal(std::string_view text, std::uint64_t& number)
 {
@@ -53,12 +55,32 @@ bool Arguments::read(const Command& command, std::span<const std::string> words,
         else
             understood = word.starts_with("--") ? readLong(word) : readLetters(word);
     }
-    if (understood && operands_.size() < command.leastOperands)
+    if (understood && operands_.size() < command.minOperands)
         understood = fail("an operand is missing: " + std::string(command.operands));
-    else if (understood && operands_.size() > command.mostOperands)
-        understood = fail("one operand too many: " + operands_[command.mostOperands]);
+    else if (understood && operands_.size() > command.maxOperands)
+        understood = fail("unexpected operand: " + operands_[command.maxOperands]);
     problem = problem_;
     return understood;
+}
+
+bool Arguments::failUnknown(std::string_view shown, std::string_view name)
+{
+    std::vector<std::string_view> known;
+    for (const auto& options : {command_->options, std::span<const Option>(commonOptions)})
+        for (const Option& option : options)
+            if (option.kind != OptionKind::level)
+                known.push_back(option.name);
+    return fail("unknown option " + std::string(shown) + ccrypto::DidYouMean(name, known, "--"));
+}
+
+/// The option of the command, or of all commands, that `matches`; null when there is none.
+template <typename Matches>
+const Option* Arguments::find(const Matches& matches) const
+{
+    for (const auto& options : {command_->options, std::span<const Option>(commonOptions)})
+        if (const auto found = std::ranges::find_if(options, matches); found != options.end())
+            return &*found;
+    return nullptr;
 }
 
 bool Arguments::readLong(std::string_view word)
@@ -67,25 +89,21 @@ bool Arguments::readLong(std::string_view word)
     const std::string_view name = word.substr(2, equals == std::string_view::npos ? equals : equals - 2);
     const bool hasValue = equals != std::string_view::npos;
     const std::string value(hasValue ? word.substr(equals + 1) : std::string_view());
-    for (const Option& option : command_->options) {
-        if (option.kind != OptionKind::level && option.name == name)
-            return take(option, word.substr(0, equals), hasValue ? &value : nullptr);
-    }
-    return fail("there is no option " + std::string(word.substr(0, equals)));
+    const Option* const option = find([=](const Option& row) { return row.kind != OptionKind::level && row.name == name; });
+    if (option == nullptr)
+        return failUnknown(word.substr(0, equals), name);
+    return take(*option, word.substr(0, equals), hasValue ? &value : nullptr);
 }
 
 bool Arguments::readLetters(std::string_view word)
 {
     for (std::size_t index = 1; index < word.size(); ++index) {
         const char letter = word[index];
-        const Option* found = nullptr;
-        for (const Option& option : command_->options) {
-            if ((option.letter != 0 && option.letter == letter) || IsLevel(option, letter))
-                found = &option;
-        }
+        const Option* const found =
+            find([=](const Option& row) { return (row.letter != 0 && row.letter == letter) || IsLevel(row, letter); });
         const std::string shown = {'-', letter};
         if (found == nullptr)
-            return fail("there is no option " + (letter < ' ' || letter > '~' ? std::string(word) : shown));
+            return failUnknown(letter < ' ' || letter > '~' ? word : shown, word.substr(1));
         if (found->kind == OptionKind::level) {
             values_[std::string(found->name)] = letter;
         } else if (found->kind == OptionKind::flag) {
@@ -113,9 +131,12 @@ bool Arguments::take(const Option& option, std::string_view shown, const std::st
     std::uint64_t number = 0;
     if (option.kind == OptionKind::number && !ParseDecimal(place, number))
         return fail(std::string(shown) + " needs a number, not " + place);
-    if (option.kind == OptionKind::choice && !IsChoice(option.value, place))
-        return fail(std::string(shown) + " is one of " + std::string(option.value) + ", not " + place);
-    return true;
+    if (option.kind != OptionKind::choice)
+        return true;
+    const std::vector<std::string_view> choices = ccrypto::SplitChoices(option.value);
+    const bool isChoice = std::ranges::find(choices, place) != choices.end();
+    return isChoice || fail(std::string(shown) + " must be one of " + std::string(option.value) + ", not " + place +
+                            ccrypto::DidYouMean(place, choices));
 }
 
 std::string Arguments::value(std::string_view name, std::string_view otherwise) const

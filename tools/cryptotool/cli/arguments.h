@@ -11,7 +11,7 @@
 
 namespace ccrypto {
 
-/// The words behind a command, held against its options.
+/// The words after a command, checked against its options.
 class Arguments {
 public:
     /// Options may stand between the operands; "--" ends them, and "-" is an operand. \return false with `problem` for the user.
@@ -21,15 +21,18 @@ public:
     /// The value given last; `otherwise` when the option was not given.
     std::string value(std::string_view name, std::string_view otherwise = {}) const;
     std::uint64_t number(std::string_view name, std::uint64_t otherwise) const;
-    /// As given, counted from 0; empty beyond the last.
+    /// As given, counted from 0; empty after the last.
     std::string operand(std::size_t index) const { return index < operands_.size() ? operands_[index] : std::string(); }
     const std::vector<std::string>& operands() const { return operands_; }
 
 private:
+    template <typename Matches>
+    const Option* find(const Matches& matches) const;
     bool readLong(std::string_view word);
     bool readLetters(std::string_view word);
     bool take(const Option& option, std::string_view shown, const std::string* value);
     bool fail(std::string problem);
+    bool failUnknown(std::string_view shown, std::string_view name);
 
     const Command* command_ = nullptr;
     std::span<const std::string> rest_;
@@ -40,5 +43,12 @@ private:
 
 /// Decimal digits alone. \return false for anything else and beyond 64 bits.
 bool ParseDecimal(std::string_view text, std::uint64_t& number);
+
+} // namespace ccrypto
+
+namespace ccrypto {
+
+/// The words between the "|" of Option::value and Command::firstOperands.
+std::vector<std::string_view> SplitChoices(std::string_view choices);
 
 } // namespace ccrypto

@@ -9,7 +9,7 @@ namespace ccrypto {
 
 class Invocation;
 
-/// What stands behind an option.
+/// What follows an option.
 enum class OptionKind {
     flag,   ///< nothing
     text,   ///< any text
@@ -24,28 +24,38 @@ struct Option {
     char letter;            ///< "-o"; 0 when it has none
     std::string_view name;  ///< "output" for "--output"; of a level, what its value is asked for by
     std::string_view value; ///< what --help calls the value
-    std::string_view text;  ///< what it does, on lines that fit behind the option
+    std::string_view text;  ///< what it does
 };
 
 constexpr Option outputOption = {OptionKind::text, 'o', "output", "FILE",
                                  "write to FILE, in one step when all is done; \"-\" is stdout"};
 constexpr Option jsonOption = {OptionKind::flag, 0, "json", "", "print JSON"};
-constexpr Option insideOption = {OptionKind::flag, 0, "inside", "", "look into OCTET and BIT STRINGs that hold DER"};
+constexpr Option insideOption = {OptionKind::flag, 0, "inside", "", "decode OCTET and BIT STRINGs that hold DER"};
 constexpr Option lenientOption = {OptionKind::flag, 0, "lenient", "",
-                                  "take unknown tags, and show what can be read of broken data"};
+                                  "accept unknown tags, and show what can be read of broken data"};
 
-/// What a noun and a verb stand for: the one place that its usage, its help and its reading of the command line come from.
+// What every command takes besides its own options.
+constexpr Option quietOption = {OptionKind::flag, 'q', "quiet", "", "print errors only: no progress, remarks or warnings"};
+constexpr Option colorOption = {OptionKind::choice, 0, "color", "auto|always|never",
+                                "colour the output; auto does so on a terminal (auto)"};
+constexpr Option helpOption = {OptionKind::flag, 'h', "help", "", "print this help"};
+constexpr Option commonOptions[] = {quietOption, colorOption, helpOption};
+
+/// What a noun and a verb stand for: its usage, help, manual page, completion and the reading of its command line are made of this.
 struct Command {
     std::string_view noun;
     std::string_view verb; ///< empty for a noun that is a command by itself
     std::string_view summary;
     std::string_view operands; ///< as the usage line shows them
-    std::size_t leastOperands;
-    std::size_t mostOperands;
-    std::string_view details; ///< what --help says besides, lines with their ends
-    std::span<const Option> options;
+    std::size_t minOperands;
+    std::size_t maxOperands;
+    /// What --help says besides. Lines that belong together are filled to its width; those that begin with blanks stay unchanged.
+    std::string_view details;
+    std::span<const Option> options; ///< its own
     /// \return the exit code.
     int (*run)(Invocation& invocation);
+    /// What the first operand may be, separated by "|", where it is one of a few words; otherwise empty.
+    std::string_view firstOperands = {};
 };
 
 /// A noun with several verbs, and what --help says of it.

@@ -13,9 +13,9 @@ const Command* const commandTable[] = {
 };
 
 constexpr Noun nounTable[] = {
-    {"asn1", "look into DER, build it, match it against templates"},
+    {"asn1", "show, build and match DER"},
     {"cipher", "encrypt and decrypt files with a password or a key"},
-    {"key", "make keys, look into them, convert them, sign and verify with them"},
+    {"key", "make, show and convert keys, sign and verify with them"},
 };
 
 } // namespace

@@ -1,16 +1,20 @@
 #pragma once
 
 #include "core/text/element.h"
+#include "tools/cryptotool/cli/color.h"
 
+#include <chrono>
 #include <cstdint>
 #include <span>
 #include <string_view>
 
 namespace ccrypto {
 
-/// The three standard streams a command talks through, and the user behind them.
+/// The three standard streams of a command, and its user.
 class Console {
 public:
+    using Clock = std::chrono::steady_clock;
+
     virtual ~Console() = default;
 
     /// \return how many bytes came, 0 at the end; -1 on failure, with the reason in platform::LastError().
@@ -25,6 +29,22 @@ public:
 
     virtual bool outputIsTerminal() const = 0;
     virtual bool errorIsTerminal() const = 0;
+    /// Makes the terminals understand colour sequences, where they must be told to. \return false when one of them does not.
+    virtual bool enableColor() { return true; }
+    /// The time by which progress is shown.
+    virtual Clock::time_point now() const { return Clock::now(); }
+
+    /// What --quiet and --color say. \param when the word of --color.
+    void setManner(bool isQuiet, std::string_view when);
+    /// Only errors are printed: no progress, no remarks.
+    bool isQuiet() const { return isQuiet_; }
+    const ccrypto::Paint& outputPaint() const { return outputPaint_; }
+    const ccrypto::Paint& errorPaint() const { return errorPaint_; }
+
+private:
+    bool isQuiet_ = false;
+    ccrypto::Paint outputPaint_;
+    ccrypto::Paint errorPaint_;
 };
 
 } // namespace ccrypto

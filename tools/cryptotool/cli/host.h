@@ -2,6 +2,7 @@
 
 #include "tools/cryptotool/cli/console.h"
 
+#include <chrono>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -11,13 +12,16 @@
 
 namespace ccrypto {
 
-/// The words of the command line behind the program's name.
+/// The words of the command line after the program's name.
 std::vector<std::string> CommandLineWords(int count, char** words);
 
 /// From here on, a user or system that ends the process before its time has this file removed; an empty name for none.
 void RemoveWhenInterrupted(const std::string& name);
 
-/// The process's own streams, bytes as they are.
+/// How much processor time the calling thread has used. On Windows it advances in steps of some 16 ms.
+[[nodiscard]] std::chrono::nanoseconds ProcessorTime();
+
+/// The process's own streams, bytes unchanged.
 class SystemConsole : public Console {
 public:
     SystemConsole();
@@ -28,6 +32,7 @@ public:
     bool readHiddenLine(std::string_view prompt, element& line) override;
     bool outputIsTerminal() const override;
     bool errorIsTerminal() const override;
+    bool enableColor() override;
 };
 
 /// A file, pipe or device that is read from front to back. Failures leave platform::LastError().

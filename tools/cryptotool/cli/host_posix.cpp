@@ -6,6 +6,7 @@
 #include <signal.h>
 #include <sys/stat.h>
 #include <termios.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <array>
@@ -37,7 +38,7 @@ bool WriteAll(int file, std::span<const std::uint8_t> bytes)
     return true;
 }
 
-// What a signal handler may look at: the name stands before the flag is set, and stays while it is.
+// What a signal handler may look at: the name is complete before the flag is set, and does not change while it is.
 char unfinishedFile[PATH_MAX];
 std::atomic<bool> hasUnfinishedFile = false;
 static_assert(std::atomic<bool>::is_always_lock_free);
@@ -102,9 +103,9 @@ private:
 /// \return false when a signal or the end comes before the end of the line, and for a line longer than a terminal keeps by itself.
 bool ReadLine(int terminal, element& line)
 {
-    constexpr std::uint32_t longestLine = 4096;
-    line.reserve(longestLine);
-    while (line.length() < longestLine) {
+    constexpr std::uint32_t maxLine = 4096;
+    line.reserve(maxLine);
+    while (line.length() < maxLine) {
         std::uint8_t byte = 0;
         if (signalWhileHidden != 0 || ::read(terminal, &byte, 1) != 1)
             return false;
@@ -144,6 +145,13 @@ void RemoveWhenInterrupted(const std::string& name)
         if (sigaction(signalNumber, nullptr, &present) == 0 && present.sa_handler == SIG_DFL)
             sigaction(signalNumber, &action, nullptr);
     }
+}
+
+std::chrono::nanoseconds ProcessorTime()
+{
+    timespec time = {};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
 SystemConsole::SystemConsole()
@@ -200,6 +208,11 @@ bool SystemConsole::outputIsTerminal() const
 bool SystemConsole::errorIsTerminal() const
 {
     return isatty(STDERR_FILENO) != 0;
+}
+
+bool SystemConsole::enableColor()
+{
+    return true;
 }
 
 SequentialFile::~SequentialFile()

@@ -15,7 +15,7 @@ namespace ccrypto {
 
 namespace {
 
-constexpr std::size_t mostAtOnce = std::size_t{1} << 20;
+constexpr std::size_t maxAtOnce = std::size_t{1} << 20;
 
 HANDLE HandleOf(std::intptr_t handle)
 {
@@ -25,7 +25,7 @@ HANDLE HandleOf(std::intptr_t handle)
 std::int64_t ReadSome(HANDLE file, std::span<std::uint8_t> target)
 {
     DWORD count = 0;
-    if (ReadFile(file, target.data(), static_cast<DWORD>(std::min(target.size(), mostAtOnce)), &count, nullptr))
+    if (ReadFile(file, target.data(), static_cast<DWORD>(std::min(target.size(), maxAtOnce)), &count, nullptr))
         return count;
     // The other end of a pipe was closed: that is how one ends.
     return GetLastError() == ERROR_BROKEN_PIPE || GetLastError() == ERROR_HANDLE_EOF ? 0 : -1;
@@ -35,14 +35,14 @@ bool WriteAll(HANDLE file, std::span<const std::uint8_t> bytes)
 {
     while (!bytes.empty()) {
         DWORD count = 0;
-        if (!WriteFile(file, bytes.data(), static_cast<DWORD>(std::min(bytes.size(), mostAtOnce)), &count, nullptr) || count == 0)
+        if (!WriteFile(file, bytes.data(), static_cast<DWORD>(std::min(bytes.size(), maxAtOnce)), &count, nullptr) || count == 0)
             return false;
         bytes = bytes.subspan(count);
     }
     return true;
 }
 
-// The event comes on a thread of the system's.
+// The event arrives on a thread of the system's.
 std::mutex unfinishedFileLock;
 std::wstring unfinishedFile;
 
@@ -73,6 +73,32 @@ private:
     UINT before_;
 };
 
+/// The console takes colour sequences while one lives.
+class ColorOutput {
+public:
+    explicit ColorOutput(DWORD stream) : handle_(GetStdHandle(stream))
+    {
+        isConsole_ = GetConsoleMode(handle_, &before_) != FALSE;
+        isOn_ = !isConsole_ || SetConsoleMode(handle_, before_ | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+    }
+    ~ColorOutput()
+    {
+        if (isConsole_)
+            SetConsoleMode(handle_, before_);
+    }
+    ColorOutput(const ColorOutput&) = delete;
+    ColorOutput& operator=(const ColorOutput&) = delete;
+
+    /// False for a console that cannot be switched: Windows before version 1511.
+    bool isOn() const { return isOn_; }
+
+private:
+    HANDLE handle_;
+    DWORD before_ = 0;
+    bool isConsole_;
+    bool isOn_;
+};
+
 std::intptr_t Open(const std::string& name, DWORD access)
 {
     return reinterpret_cast<std::intptr_t>(CreateFileW(platform::Utf8ToWide(name).c_str(), access,
@@ -99,6 +125,15 @@ void RemoveWhenInterrupted(const std::string& name)
     [[maybe_unused]] static const BOOL isAdded = SetConsoleCtrlHandler(RemoveUnfinishedFile, TRUE);
     const std::lock_guard lock(unfinishedFileLock);
     unfinishedFile = platform::Utf8ToWide(name);
+}
+
+std::chrono::nanoseconds ProcessorTime()
+{
+    FILETIME created, ended, kernel, user;
+    if (!GetThreadTimes(GetCurrentThread(), &created, &ended, &kernel, &user))
+        return {};
+    const auto ticks = [](const FILETIME& time) { return std::int64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime; };
+    return std::chrono::nanoseconds((ticks(kernel) + ticks(user)) * 100);
 }
 
 SystemConsole::SystemConsole()
@@ -157,6 +192,13 @@ bool SystemConsole::errorIsTerminal() const
     return IsTerminal(STD_ERROR_HANDLE);
 }
 
+bool SystemConsole::enableColor()
+{
+    static const ColorOutput output(STD_OUTPUT_HANDLE);
+    static const ColorOutput error(STD_ERROR_HANDLE);
+    return output.isOn() && error.isOn();
+}
+
 SequentialFile::~SequentialFile()
 {
     if (handle_ != closed)
@@ -177,7 +219,7 @@ bool SequentialFile::openToWrite(const std::string& name)
 
 bool SequentialFile::openDescriptor(int number)
 {
-    // -1 stands for a descriptor that there is not, -2 for one without a stream behind it; as a handle, -1 is this process.
+    // -1 stands for a descriptor that does not exist, -2 for one without a stream; as a handle, -1 is this process.
     const std::intptr_t handle = _get_osfhandle(number);
     if (handle == -1 || handle == -2)
         return false;

@@ -2,25 +2,44 @@
 
 #include "tools/cryptotool/cli/reason.h"
 #include "tools/cryptotool/cli/safe_text.h"
+#include "tools/cryptotool/cli/suggestion.h"
 #include "tools/cryptotool/cli/usage.h"
+#include "tools/cryptotool/cli/version.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace ccrypto {
 
 namespace {
 
-constexpr std::size_t longestReason = 1000;
+constexpr std::size_t maxReason = 1000;
 
 bool IsHelp(std::string_view word)
 {
     return word == "--help" || word == "-h";
 }
 
+bool IsVersion(std::string_view word)
+{
+    return word == "--version" || word == "-V";
+}
+
+/// One line: the program's name, the file, the text after a word that says what kind of line it is.
+void Print(Console& console, ccrypto::Color color, std::string_view kind, std::string_view file, std::string_view text)
+{
+    const ccrypto::Paint& paint = console.errorPaint();
+    std::string line = paint(color, "cryptotool:") + " ";
+    if (!file.empty())
+        line += OneLine(file) + ": ";
+    if (!kind.empty())
+        line += paint(color, kind) + " ";
+    console.writeError(line + OneLine(text.substr(0, maxReason)) + "\n");
+}
+
 void Complain(Console& console, std::string_view file, std::string_view text)
 {
-    const std::string name = file.empty() ? std::string() : OneLine(file) + ": ";
-    console.writeError("cryptotool: " + name + OneLine(text.substr(0, longestReason)) + "\n");
+    Print(console, ccrypto::Color::bad, {}, file, text);
 }
 
 int Misuse(Console& console, std::string_view problem, const std::string& whatToAsk)
@@ -53,20 +72,51 @@ const Noun* FindNoun(std::string_view noun)
     return found != nouns.end() ? &*found : nullptr;
 }
 
-/// The words name no command: help, or what is wrong with them.
+int UnknownNoun(Console& console, const std::string& word)
+{
+    std::vector<std::string_view> known = {"help"};
+    for (const Command* const command : Commands())
+        known.push_back(command->noun);
+    return Misuse(console, "unknown command " + word + ccrypto::DidYouMean(word, known), "cryptotool");
+}
+
+int UnknownVerb(Console& console, const Noun& noun, const std::string& word)
+{
+    std::vector<std::string_view> known;
+    for (const Command* const command : Commands())
+        if (command->noun == noun.noun)
+            known.push_back(command->verb);
+    const std::string name(noun.noun);
+    return Misuse(console, name + " has no verb " + word + ccrypto::DidYouMean(word, known), "cryptotool " + name);
+}
+
+/// "cryptotool help ...": the words after it name nothing, a noun, or a command.
+int ExplainWords(std::span<const std::string> words, Console& console)
+{
+    if (words.empty() || IsHelp(words[0]))
+        return Help(console, ProgramHelp());
+    const Command* const command = FindCommand(words[0], words.size() > 1 ? words[1] : std::string());
+    if (command != nullptr)
+        return Help(console, CommandHelp(*command));
+    const Noun* const noun = FindNoun(words[0]);
+    if (noun == nullptr)
+        return UnknownNoun(console, words[0]);
+    return words.size() == 1 || IsHelp(words[1]) ? Help(console, NounHelp(*noun)) : UnknownVerb(console, *noun, words[1]);
+}
+
+/// The words do not begin with a command: help, or what is wrong with them.
 int ExplainNoun(std::span<const std::string> words, Console& console)
 {
-    const Noun* const noun = words.empty() ? nullptr : FindNoun(words[0]);
-    if (noun == nullptr && !words.empty() && IsHelp(words[0]))
-        return Help(console, ProgramHelp());
-    if (noun == nullptr && !words.empty() && words[0] == "--version")
-        return Help(console, "cryptotool " CRYPTOTOOL_VERSION "\n");
-    if (noun == nullptr)
-        return Misuse(console, words.empty() ? "no command given" : "there is no command " + words[0], "cryptotool");
-    if (words.size() > 1 && IsHelp(words[1]))
-        return Help(console, NounHelp(*noun));
-    const std::string name(noun->noun);
-    return Misuse(console, words.size() == 1 ? name + " needs a verb" : name + " has no verb " + words[1], "cryptotool " + name);
+    if (words.empty())
+        return Misuse(console, "no command given", "cryptotool");
+    if (IsVersion(words[0]))
+        return Help(console, ccrypto::VersionText());
+    if (words[0] == "help")
+        return ExplainWords(words.subspan(1), console);
+    const Noun* const noun = FindNoun(words[0]);
+    if (noun != nullptr && words.size() == 1)
+        return Misuse(console, words[0] + " needs a verb", "cryptotool " + words[0]);
+    return ExplainWords(words, console);
 }
 
 } // namespace
@@ -84,11 +134,19 @@ int Invocation::misuse(std::string_view problem)
 
 void Invocation::warn(std::string_view file, std::string_view remark)
 {
-    Complain(console_, file, "warning: " + std::string(remark));
+    if (!console_.isQuiet())
+        Print(console_, ccrypto::Color::warning, "warning:", file, remark);
+}
+
+void Invocation::remark(std::string_view file, std::string_view text)
+{
+    if (!console_.isQuiet())
+        Print(console_, ccrypto::Color::note, {}, file, text);
 }
 
 int RunCommandLine(std::span<const std::string> words, Console& console)
 {
+    console.setManner(false, "auto");
     const Command* const command = words.empty() ? nullptr : FindCommand(words[0], words.size() > 1 ? words[1] : std::string());
     if (command == nullptr)
         return ExplainNoun(words, console);
@@ -101,7 +159,8 @@ int RunCommandLine(std::span<const std::string> words, Console& console)
     Invocation invocation(*command, arguments, console);
     if (!arguments.read(*command, rest, problem))
         return invocation.misuse(problem);
-    // Of a variable that was never set: what was to go into a file does not go to standard output instead.
+    console.setManner(arguments.has(quietOption.name), arguments.value(colorOption.name, "auto"));
+    // The name may come from a variable that was never set: what was to go to a file does not go to standard output instead.
     if (arguments.has(outputOption.name) && arguments.value(outputOption.name).empty())
         return invocation.misuse("-o needs the name of a file");
     return command->run(invocation);

@@ -27,8 +27,10 @@ public:
     int refuse(std::string_view file, std::string_view reason);
     /// Prints what is wrong with the words, and where to read about them. \return exitUsage.
     int misuse(std::string_view problem);
-    /// Prints a remark that changes nothing about how the command ends.
+    /// Prints "cryptotool: FILE: warning: remark", unless --quiet is given; the exit code does not change.
     void warn(std::string_view file, std::string_view remark);
+    /// The same without the word "warning".
+    void remark(std::string_view file, std::string_view text);
 
 private:
     const Command& command_;

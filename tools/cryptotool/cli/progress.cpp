@@ -1,6 +1,7 @@
 #include "tools/cryptotool/cli/progress.h"
 
 #include <algorithm>
+#include <chrono>
 #include <string>
 
 namespace ccrypto {
@@ -15,7 +16,7 @@ constexpr std::size_t lineWidth = barWidth + 30;
 } // namespace
 
 ProgressLine::ProgressLine(Console& console)
-    : console_(console), isTerminal_(console.errorIsTerminal()), next_(Clock::now() + quietTime)
+    : console_(console), isVisible_(console.errorIsTerminal() && !console.isQuiet()), next_(console.now() + quietTime)
 {
 }
 
@@ -27,14 +28,14 @@ ProgressLine::~ProgressLine()
 
 bool ProgressLine::isDue()
 {
-    return isTerminal_ && Clock::now() >= next_;
+    return isVisible_ && console_.now() >= next_;
 }
 
 void ProgressLine::show(std::string_view text)
 {
-    next_ = Clock::now() + interval;
+    next_ = console_.now() + interval;
     isShown_ = true;
-    // What stood there before may have been longer.
+    // Blanks cover a longer text that was there before.
     console_.writeError("\r" + std::string(text) + std::string(lineWidth - std::min(lineWidth, text.size()), ' '));
 }
 

@@ -2,14 +2,13 @@
 
 #include "tools/cryptotool/cli/console.h"
 
-#include <chrono>
 #include <cstdint>
 #include <string_view>
 
 namespace ccrypto {
 
-/// A line on a terminal for work that takes long, gone when the work is done; nothing where standard error is no terminal, or where
-/// the work is soon done.
+/// A line on a terminal for work that takes long, gone when the work is done. Nothing is shown with --quiet, where standard error
+/// is not a terminal, and for work that is done within half a second.
 class ProgressLine {
 public:
     explicit ProgressLine(Console& console);
@@ -23,12 +22,10 @@ public:
     void show(std::string_view text);
 
 private:
-    using Clock = std::chrono::steady_clock;
-
     Console& console_;
     bool isShown_ = false;
-    bool isTerminal_;
-    Clock::time_point next_;
+    bool isVisible_;
+    Console::Clock::time_point next_;
 };
 
 /// A bar on such a line.

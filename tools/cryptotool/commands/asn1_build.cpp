@@ -12,10 +12,11 @@ namespace ccrypto {
 
 namespace {
 
-constexpr std::size_t mostValues = 10000;
+constexpr std::size_t maxValues = 10000;
 
 constexpr std::string_view asn1BuildDetails =
     R"(Reads a template (or the JSON or XML that "cryptotool asn1 show" prints), gives its names the values, and writes DER. VALUE is
+
     #00ff      bytes
     @FILE      the bytes of FILE
     der:@FILE  the elements of FILE, which holds DER, PEM or base64
@@ -39,7 +40,7 @@ void WarnOfUnfilled(Invocation& invocation, const std::string& file, const CCryp
     for (const std::string& name : UnfilledNames(tree))
         list += (list.empty() ? "" : ", ") + name;
     if (!list.empty())
-        invocation.warn(file, "no value was given for " + list);
+        invocation.warn(file, "no value given for " + list);
 }
 
 void WarnOfConstructedStrings(Invocation& invocation, const std::string& file, const CCryptoParser& tree)
@@ -56,7 +57,7 @@ int Write(Invocation& invocation, const std::string& file, const element& der)
     const bool isPem = arguments.has("pem");
     Output output(invocation.console(), arguments.value("output"), isPem ? Output::Content::text : Output::Content::binary);
     if (der.isEmpty())
-        return invocation.refuse(file, Reason("it makes no elements"));
+        return invocation.refuse(file, Reason("the template describes no elements"));
     const bool written = output.open() &&
                          (isPem ? output.write(WritePem(arguments.value("pem"), der).view()) : output.write(der.bytes())) &&
                          output.finish();
@@ -68,16 +69,16 @@ int Build(Invocation& invocation)
     const Arguments& arguments = invocation.arguments();
     const std::vector<std::string>& operands = arguments.operands();
     if (arguments.has("pem") && !IsPemLabel(arguments.value("pem")))
-        return invocation.misuse("this cannot be a PEM label: " + arguments.value("pem"));
+        return invocation.misuse("not a PEM label: " + arguments.value("pem"));
     bool usesInput = operands[0] == "-";
     for (std::size_t index = 1; index < operands.size(); ++index) {
         const std::string_view word = operands[index];
         const std::size_t equals = word.find('=');
         if (equals == std::string::npos || equals == 0)
-            return invocation.misuse("not of the form NAME=VALUE: " + operands[index]);
+            return invocation.misuse("not in the form NAME=VALUE: " + operands[index]);
         const bool isInput = FileOfValue(word.substr(equals + 1)) == "-";
         if (usesInput && isInput)
-            return invocation.misuse("standard input is one file only");
+            return invocation.misuse("standard input can be one file only");
         usesInput = usesInput || isInput;
     }
 
@@ -109,7 +110,7 @@ const Command asn1BuildCommand = {"asn1",
                                   "writes the DER that a template describes",
                                   "TEMPLATE-FILE [NAME=VALUE...]",
                                   1,
-                                  mostValues + 1,
+                                  maxValues + 1,
                                   asn1BuildDetails,
                                   asn1BuildOptions,
                                   Build};

@@ -11,16 +11,18 @@ namespace ccrypto {
 namespace {
 
 constexpr std::string_view asn1GetDetails =
-    R"(Walks PATH from the first element of every block of FILE, and prints what stands there. A step is one character:
+    R"(Follows PATH from the first element of every block of FILE, and prints what is there. A step is one character:
+
     {   the content, or a short value       ,   the next element
     =   the value, or the content           P   the parent, or the element before
     [   the bracket list                    (   the modifier list
-and "|TEMPLATE|" goes on only where the element agrees with the template.
+
+"|TEMPLATE|" goes on only where the element matches the template.
 )";
 
 constexpr Option asn1GetOptions[] = {
     {OptionKind::choice, 0, "as", "value|template|json|xml|der|bytes",
-     "how to print it (value); der is the element,\nbytes what it holds, both binary"},
+     "how to print it (value); der is the element, bytes its value, both binary"},
     insideOption,
     lenientOption,
     outputOption,
@@ -97,7 +99,7 @@ int Get(Invocation& invocation)
             return invocation.refuse(file, BlockPrefix(blocks, index) + FailedStep(root, path));
         const std::string shown = Form(blocks[index].tree, *node, form);
         if (shown.empty() && form != "bytes")
-            return invocation.refuse(file, BlockPrefix(blocks, index) + Reason("it cannot be printed so"));
+            return invocation.refuse(file, BlockPrefix(blocks, index) + Reason("it cannot be printed in this form"));
         text += shown;
     }
     Output output(invocation.console(), arguments.value("output"), isBinary ? Output::Content::binary : Output::Content::text);
@@ -107,7 +109,7 @@ int Get(Invocation& invocation)
 
 } // namespace
 
-const Command asn1GetCommand = {"asn1",         "get", "prints what stands at the end of a path", "PATH FILE", 2, 2, asn1GetDetails,
+const Command asn1GetCommand = {"asn1",         "get", "prints the element at the end of a path", "PATH FILE", 2, 2, asn1GetDetails,
                                 asn1GetOptions, Get};
 
 } // namespace ccrypto

@@ -13,9 +13,8 @@ namespace ccrypto {
 namespace {
 
 constexpr std::string_view asn1MatchDetails =
-    R"(Holds every block of FILE against the template in TEMPLATE-FILE, and prints what its names stand for: "NAME = VALUE", or an
-element as template text, or several of them in braces. Of a block that does not agree the reason tells the item of the template
-where it failed.
+    R"(Compares every block of FILE with the template in TEMPLATE-FILE, and prints what its names stand for: "NAME = VALUE", or an element as
+template text, or several of them in braces. For a block that does not match, the reason names the item of the template that failed.
 )";
 
 constexpr Option asn1MatchOptions[] = {
@@ -83,7 +82,7 @@ int Match(Invocation& invocation)
     const std::string templateFile = arguments.operand(0);
     const std::string file = arguments.operand(1);
     if (templateFile == "-" && file == "-")
-        return invocation.misuse("standard input is one file only");
+        return invocation.misuse("standard input can be one file only");
     CCryptoParser pattern;
     std::vector<DecodedBlock> blocks;
     std::string reason;
@@ -119,7 +118,7 @@ int Match(Invocation& invocation)
 
 const Command asn1MatchCommand = {"asn1",
                                   "match",
-                                  "holds DER against a template and prints what its names stand for",
+                                  "compares DER with a template and prints what its names stand for",
                                   "TEMPLATE-FILE FILE",
                                   2,
                                   2,

@@ -6,7 +6,7 @@ namespace ccrypto {
 namespace {
 
 constexpr std::string_view gzipDetails =
-    R"(Packs FILE, or standard input, in the GZIP format. FILE stays as it is; neither its name nor its time is kept, so that the same
+    R"(Packs FILE, or standard input, in the GZIP format. FILE stays unchanged; neither its name nor its time is stored, so that the same
 data always packs to the same bytes.
 )";
 

@@ -6,14 +6,14 @@ namespace ccrypto {
 namespace {
 
 constexpr std::string_view gunzipDetails =
-    R"(Unpacks FILE, or standard input, which holds one or more GZIP members; zeros behind the last are passed over. Standard output gets
-what was unpacked before damage was found; a file of -o appears only when all of it is as it was packed.
+    R"(Unpacks FILE, or standard input, which holds one or more GZIP members; zeros after the last are ignored. Standard output gets what was
+unpacked before damage was found; a file of -o appears only when all of it is intact.
 )";
 
 constexpr Option gunzipOptions[] = {
     {OptionKind::number, 0, "max-output", "BYTES", "refuse what unpacks to more (1073741824); 0 lifts the limit"},
     {OptionKind::number, 0, "max-ratio", "N",
-     "refuse what unpacks to more than N times its packed size (256),\nonce it is above 16 MiB; 0 lifts the limit"},
+     "refuse what unpacks to more than N times its packed size (256), once it is above 16 MiB; 0 lifts the limit"},
     stdoutOption,
     outputOption,
 };

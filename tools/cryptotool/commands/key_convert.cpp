@@ -7,8 +7,9 @@ namespace ccrypto {
 namespace {
 
 constexpr std::string_view keyConvertDetails =
-    R"(Reads the private key of FILE, in whatever form it is, and writes it in another one. A file of -o can be read by its owner alone
-(on Windows, by those whom its folder grants it). Passwords without an option are asked for, a new one twice.
+    R"(Reads the private key of FILE, in any form, and writes it in another one. Only its owner can read a file of -o
+(on Windows, those whom its directory grants access). Passwords without an option are asked
+for, a new one twice.
 )";
 
 constexpr Option keyConvertOptions[] = {

@@ -4,6 +4,7 @@
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/progress.h"
 #include "tools/cryptotool/cli/reason.h"
+#include "tools/cryptotool/cli/suggestion.h"
 #include "tools/cryptotool/io/key_input.h"
 #include "tools/cryptotool/io/key_output.h"
 
@@ -14,14 +15,18 @@ namespace ccrypto {
 namespace {
 
 constexpr std::string_view keyGenDetails =
-    R"(Makes a new private key. ALG is rsa, or a curve: secp112r1, secp160r1, prime192v1, prime256v1 (P-256), secp384r1 (P-384),
-secp521r1 (P-521), secp224r1 (P-224), secp256k1, brainpoolP160r1, brainpoolP224r1, brainpoolP256r1, brainpoolP320r1,
-brainpoolP384r1, brainpoolP384t1, brainpoolP512r1, x25519 or x448. A file of -o can be read by its owner alone
-(on Windows, by those whom its folder grants it). Without an option for it, the password of an encrypted key is asked for, twice.
+    R"(Makes a new private key. ALG is rsa, or a curve: secp112r1, secp160r1, prime192v1, prime256v1 (P-256), secp384r1 (P-384), secp521r1
+(P-521), secp224r1 (P-224), secp256k1, brainpoolP160r1, brainpoolP224r1, brainpoolP256r1, brainpoolP320r1, brainpoolP384r1,
+brainpoolP384t1, brainpoolP512r1, x25519 or x448. Only its owner can read a file of -o (on Windows, those whom its directory grants
+access). Without an option for it, the password of an encrypted key is asked for, twice.
 )";
 
+constexpr std::string_view keyNames =
+    "rsa|secp112r1|secp160r1|prime192v1|prime256v1|P-256|secp384r1|P-384|secp521r1|P-521|secp224r1|P-224|secp256k1|"
+    "brainpoolP160r1|brainpoolP224r1|brainpoolP256r1|brainpoolP320r1|brainpoolP384r1|brainpoolP384t1|brainpoolP512r1|x25519|x448";
+
 constexpr Option keyGenOptions[] = {
-    {OptionKind::number, 0, "bits", "N", "of rsa: the length of the modulus, 1024 to 8192 (3072)"},
+    {OptionKind::number, 0, "bits", "N", "for rsa: the length of the modulus, 1024 to 8192 (3072)"},
     privateFormOption,
     keyEncodingOption,
     keyCipherOption,
@@ -32,7 +37,7 @@ constexpr Option keyGenOptions[] = {
     outputOption,
 };
 
-constexpr std::uint64_t usualBits = 3072;
+constexpr std::uint64_t defaultBits = 3072;
 
 std::unique_ptr<ICryptoKeyPair> GenerateRsa(Console& console, std::uint32_t bits)
 {
@@ -58,12 +63,12 @@ int Generate(Invocation& invocation)
     const bool isRsa = SameInAnyCase(name, "rsa");
     const CurveFacts* const curve = isRsa ? nullptr : FindCurve(name);
     if (!isRsa && curve == nullptr)
-        return invocation.misuse("there is no algorithm " + name);
-    const std::uint64_t bits = arguments.number("bits", usualBits);
+        return invocation.misuse("unknown algorithm " + name + ccrypto::DidYouMean(name, ccrypto::SplitChoices(keyNames)));
+    const std::uint64_t bits = arguments.number("bits", defaultBits);
     if (!isRsa && arguments.has("bits"))
-        return invocation.misuse("--bits goes with rsa");
+        return invocation.misuse("--bits requires rsa");
     if (bits < CCryptoRSA::minBits || bits > CCryptoRSA::maxBits || bits % 2 != 0)
-        return invocation.misuse("--bits is an even number from 1024 to 8192");
+        return invocation.misuse("--bits must be an even number from 1024 to 8192");
 
     PrivateKeyTarget target;
     int exit = target.read(invocation, passwordSecret);
@@ -83,6 +88,7 @@ int Generate(Invocation& invocation)
 
 } // namespace
 
-const Command keyGenCommand = {"key", "gen", "makes a new private key", "ALG", 1, 1, keyGenDetails, keyGenOptions, Generate};
+const Command keyGenCommand = {"key",    "gen",   "makes a new private key", "ALG", 1, 1, keyGenDetails, keyGenOptions,
+                               Generate, keyNames};
 
 } // namespace ccrypto

@@ -31,7 +31,7 @@ int WritePublic(Invocation& invocation)
         return exit;
     const KeyForm form = arguments.value("form") == "pkcs1" ? KeyForm::rsaPublicKey : KeyForm::publicKeyInfo;
     if (form == KeyForm::rsaPublicKey && input.key->algorithmId() != algorithm::rsaEncryption)
-        return invocation.misuse("--form pkcs1 is for RSA keys");
+        return invocation.misuse("--form pkcs1 requires an RSA key");
     CCryptoKeyFile keyFile;
     const element der = keyFile.Save(*input.key, form);
     if (der.isEmpty())

@@ -14,12 +14,12 @@ namespace ccrypto {
 namespace {
 
 constexpr std::string_view keyShowDetails =
-    R"(Prints what the key in FILE is: its type, its size in bits, the form it is kept in, its public numbers in hexadecimal, and its
-fingerprint, the SHA-256 of its SubjectPublicKeyInfo. FILE may hold a private or a public key in any form.
+    R"(Describes the key in FILE: its type, its size in bits, the form it is stored in, its public numbers in hexadecimal, and its fingerprint,
+the SHA-256 of its SubjectPublicKeyInfo. FILE may hold a private or a public key in any form.
 )";
 
 constexpr Option keyShowOptions[] = {
-    {OptionKind::flag, 0, "private", "", "print the private numbers, too"},
+    {OptionKind::flag, 0, "private", "", "print the private numbers too"},
     jsonOption,
     passwordSecret.file,
     passwordSecret.descriptor,
@@ -142,7 +142,7 @@ int Show(Invocation& invocation)
     if (exit != exitDone)
         return exit;
     if (withPrivate && !input.key->hasPrivate())
-        return invocation.refuse(file, "it holds no private key");
+        return invocation.refuse(file, "it holds no private key; --private needs one");
     const Facts facts = FactsOf(input, withPrivate);
     Output output(invocation.console(), arguments.value(outputOption.name), Output::Content::text);
     if (withPrivate)
@@ -154,6 +154,6 @@ int Show(Invocation& invocation)
 
 } // namespace
 
-const Command keyShowCommand = {"key", "show", "prints what a key is", "FILE", 1, 1, keyShowDetails, keyShowOptions, Show};
+const Command keyShowCommand = {"key", "show", "describes a key", "FILE", 1, 1, keyShowDetails, keyShowOptions, Show};
 
 } // namespace ccrypto

@@ -15,7 +15,7 @@ constexpr std::string_view keySignDetails =
 constexpr Option keySignOptions[] = {
     hashOption,
     pssOption,
-    {OptionKind::number, 0, "salt-length", "N", "of --pss: bytes of salt (as many as the hash has)"},
+    {OptionKind::number, 0, "salt-length", "N", "with --pss: bytes of salt (as many as the hash has)"},
     passwordSecret.file,
     passwordSecret.descriptor,
     outputOption,
@@ -40,7 +40,7 @@ int Sign(Invocation& invocation)
     StartReason();
     const element signature = signing.key->signer()->sign(signing.hash, signing.digest.bytes(), signing.padding);
     if (signature.isEmpty())
-        return invocation.refuse(key, Reason("it does not sign so"));
+        return invocation.refuse(key, Reason("it cannot sign this"));
     return output.write(signature.bytes()) && output.finish() ? exitDone : invocation.refuse(output.name(), output.reason());
 }
 

@@ -9,14 +9,14 @@ namespace ccrypto {
 namespace {
 
 constexpr std::string_view keyVerifyDetails =
-    R"(Holds the signature in SIGNATURE, as "cryptotool key sign" writes it, against FILE, or standard input, and the key in KEY, which
-may be a private or a public one. Prints OK, or FAILED and ends with 1.
+    R"(Verifies the signature in SIGNATURE, as "cryptotool key sign" writes it, over FILE, or standard input, with the key in KEY, which may be
+a private or a public one. Prints OK and ends with 0, or prints FAILED and ends with 1.
 )";
 
 constexpr Option keyVerifyOptions[] = {
     hashOption,
     pssOption,
-    {OptionKind::number, 0, "salt-length", "N", "of --pss: bytes of salt (any)"},
+    {OptionKind::number, 0, "salt-length", "N", "with --pss: bytes of salt (any)"},
     passwordSecret.file,
     passwordSecret.descriptor,
     outputOption,
@@ -49,6 +49,6 @@ int Verify(Invocation& invocation)
 } // namespace
 
 const Command keyVerifyCommand = {
-    "key", "verify", "holds a signature against a file", "KEY SIGNATURE [FILE]", 2, 3, keyVerifyDetails, keyVerifyOptions, Verify};
+    "key", "verify", "verifies the signature of a file", "KEY SIGNATURE [FILE]", 2, 3, keyVerifyDetails, keyVerifyOptions, Verify};
 
 } // namespace ccrypto

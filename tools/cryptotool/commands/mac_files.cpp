@@ -1,6 +1,7 @@
 #include "core/text/hex.h"
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/invocation.h"
+#include "tools/cryptotool/cli/suggestion.h"
 #include "tools/cryptotool/io/mac_algorithms.h"
 #include "tools/cryptotool/io/secret_input.h"
 #include "tools/cryptotool/io/streamed_file.h"
@@ -14,10 +15,12 @@ namespace ccrypto {
 namespace {
 
 constexpr std::string_view macDetails =
-    R"(Prints the message authentication code of each FILE, "-" for standard input, as hash prints digests. ALG is hmac- with the name of
-a hash function (hmac-sha256), or aes-cmac, whose key has 16, 24 or 32 bytes, in either case. Without --key-file and --key-fd the
-key is asked for at the terminal, and is the line typed there.
+    R"(Prints the message authentication code of each FILE, "-" for standard input, in the line format of "cryptotool hash". ALG is hmac-
+with the name of a hash function (hmac-sha256), or aes-cmac, whose key has 16, 24 or 32 bytes, in either case. Without --key-file and
+--key-fd the key is asked for at the terminal: it is the line typed there.
 )";
+
+constexpr std::string_view macNames = "hmac-md5|hmac-sha1|hmac-sha224|hmac-sha256|hmac-sha384|hmac-sha512|aes-cmac";
 
 constexpr Option macOptions[] = {keySecret.file, keySecret.descriptor, hexKeyOption, outputOption};
 
@@ -48,7 +51,8 @@ int MACFiles(Invocation& invocation)
         return code;
     const MACAlgorithm* const algorithm = FindMACAlgorithm(arguments.operand(0));
     if (algorithm == nullptr)
-        return invocation.misuse("there is no MAC " + arguments.operand(0));
+        return invocation.misuse("unknown MAC " + arguments.operand(0) +
+                                 ccrypto::DidYouMean(arguments.operand(0), ccrypto::SplitChoices(macNames)));
     element key;
     if (const int code = ReadKey(invocation, key); code != exitDone)
         return code;
@@ -61,6 +65,7 @@ int MACFiles(Invocation& invocation)
 
 const Command macCommand = {"mac",         "",         "prints message authentication codes of files",
                             "ALG FILE...", 2,          std::numeric_limits<std::size_t>::max(),
-                            macDetails,    macOptions, MACFiles};
+                            macDetails,    macOptions, MACFiles,
+                            macNames};
 
 } // namespace ccrypto

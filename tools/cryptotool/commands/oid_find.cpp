@@ -12,8 +12,7 @@ namespace ccrypto {
 namespace {
 
 constexpr std::string_view oidDetails =
-    R"(Prints the name of the object identifier TEXT (2.5.4.3), or every object identifier whose name has TEXT in it, letters in either
-case.
+    R"(Prints the name of the object identifier TEXT (2.5.4.3), or every object identifier whose name contains TEXT, in either case.
 )";
 
 constexpr Option oidOptions[] = {jsonOption, outputOption};
@@ -60,7 +59,7 @@ int FindOids(Invocation& invocation)
     const std::string text = arguments.operand(0);
     const std::vector<OidName> names = Find(text);
     if (names.empty())
-        return invocation.refuse(text, IsDotted(text) ? "no name is known for it" : "no name of an object identifier has it");
+        return invocation.refuse(text, IsDotted(text) ? "no name is known for it" : "no name of an object identifier contains it");
     Output output(invocation.console(), arguments.value("output"), Output::Content::text);
     const bool written =
         output.open() && output.write(arguments.has("json") ? ListJson(names) : ListText(names)) && output.finish();
@@ -69,7 +68,7 @@ int FindOids(Invocation& invocation)
 
 } // namespace
 
-const Command oidCommand = {"oid",      "",      "names an object identifier, or finds those of a name", "TEXT", 1, 1, oidDetails,
+const Command oidCommand = {"oid",      "",      "names an object identifier, or finds one by its name", "TEXT", 1, 1, oidDetails,
                             oidOptions, FindOids};
 
 } // namespace ccrypto

@@ -15,8 +15,8 @@ namespace ccrypto {
 namespace {
 
 constexpr std::string_view randomDetails =
-    R"(Writes N random bytes, which are good for keys. N may end in k, M or G: times 1024, 1024^2 or 1024^3. A file of -o can be read by
-its owner alone (on Windows, by those whom its folder grants it).
+    R"(Writes N random bytes, which are good for keys. N may end in k, M or G: times 1024, 1024^2 or 1024^3. Only its owner can read a file
+of -o (on Windows, those whom its directory grants access).
 )";
 
 constexpr Option randomOptions[] = {
@@ -32,7 +32,7 @@ constexpr std::uint32_t pieceSize = 1024 * bytesInLine;
 
 enum class Form { binary, hex, base64 };
 
-/// \return false for what is no number of bytes, and above 2^63 - 1.
+/// \return false for what is not a number of bytes, and above 2^63 - 1.
 bool ParseCount(std::string_view text, std::uint64_t& count)
 {
     constexpr std::string_view suffixes = "kMG";
@@ -70,10 +70,10 @@ int WriteRandom(Invocation& invocation)
 {
     const Arguments& arguments = invocation.arguments();
     if (arguments.has("hex") && arguments.has("base64"))
-        return invocation.misuse("--hex and --base64: one of them");
+        return invocation.misuse("--hex and --base64 are mutually exclusive");
     std::uint64_t count = 0;
     if (!ParseCount(arguments.operand(0), count))
-        return invocation.misuse("N is a number of bytes, alone or with k, M or G, not " + arguments.operand(0));
+        return invocation.misuse("N must be a number of bytes, alone or with k, M or G, not " + arguments.operand(0));
     const Form form = arguments.has("hex") ? Form::hex : arguments.has("base64") ? Form::base64 : Form::binary;
     Output output(invocation.console(), arguments.value(outputOption.name),
                   form == Form::binary ? Output::Content::binary : Output::Content::text);
@@ -86,7 +86,7 @@ int WriteRandom(Invocation& invocation)
     for (std::uint64_t left = count; left != 0; left -= piece.length()) {
         piece.resize(static_cast<std::uint32_t>(std::min<std::uint64_t>(left, pieceSize)));
         if (!ICryptoRandom::Instance().generate({piece.data(), piece.length()}))
-            return invocation.refuse({}, Reason("there are no random bytes"));
+            return invocation.refuse({}, Reason("no random bytes are available"));
         if (!WritePiece(output, form, piece.bytes()))
             return invocation.refuse(output.name(), output.reason());
         progress.add(piece.length());

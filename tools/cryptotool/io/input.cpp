@@ -18,7 +18,7 @@ bool InputStream::open(const std::string& name)
     if (isConsole_)
         return true;
     if (name.empty() || name.find('\0') != std::string::npos) {
-        reason_ = "this is no file name";
+        reason_ = "not a file name";
         return false;
     }
     if (!file_.openToRead(name)) {
@@ -45,7 +45,7 @@ bool ReadWhole(Console& console, const std::string& name, element& bytes, std::s
     }
     bytes = element();
     const std::int64_t size = stream.size();
-    bool tooLong = size > static_cast<std::int64_t>(longestInput);
+    bool tooLong = size > static_cast<std::int64_t>(maxInput);
     if (!tooLong && size > 0)
         bytes.reserve(static_cast<std::uint32_t>(size) + chunk);
     while (!tooLong) {
@@ -58,7 +58,7 @@ bool ReadWhole(Console& console, const std::string& name, element& bytes, std::s
         if (count == 0)
             return true;
         bytes.lengthen(static_cast<std::uint32_t>(count));
-        tooLong = bytes.length() > longestInput;
+        tooLong = bytes.length() > maxInput;
     }
     reason = "it is longer than 256 MiB";
     return false;

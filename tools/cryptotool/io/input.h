@@ -14,7 +14,7 @@
 namespace ccrypto {
 
 /// What is read into memory as a whole is refused beyond this many bytes.
-constexpr std::uint64_t longestInput = std::uint64_t{256} << 20;
+constexpr std::uint64_t maxInput = std::uint64_t{256} << 20;
 
 /// A file, or standard input for "-", from front to back.
 class InputStream {

@@ -27,8 +27,8 @@ constexpr NamedId schemes[] = {
     {"sha1-rc4-128", algorithm::pkcs12Sha1Rc4_128},    {"sha1-rc4-40", algorithm::pkcs12Sha1Rc4_40},
 };
 
-constexpr std::uint64_t fewestIterations = 1000;
-constexpr std::uint64_t mostIterations = 50'000'000;
+constexpr std::uint64_t minIterations = 1000;
+constexpr std::uint64_t maxIterations = 50'000'000;
 
 KeyForm FormOf(std::string_view name)
 {
@@ -48,7 +48,7 @@ int ReadName(Invocation& invocation, const Option& option, std::span<const Named
     const std::string given = arguments.value(option.name);
     const auto found = std::ranges::find_if(names, [&](const NamedId& row) { return SameInAnyCase(row.name, given); });
     if (found == names.end())
-        return invocation.misuse("--" + std::string(option.name) + " does not know " + given);
+        return invocation.misuse("--" + std::string(option.name) + " does not support " + given);
     id = found->id;
     return exitDone;
 }
@@ -62,10 +62,10 @@ int PrivateKeyTarget::read(Invocation& invocation, const SecretKind& secret)
     secret_ = &secret;
     if (form_ == KeyForm::encryptedPrivateKey)
         return readEncryption(invocation);
-    // A password that goes nowhere would leave the key open to everybody, and the user none the wiser.
+    // Ignoring a password would leave a key unprotected that its user takes for encrypted.
     for (const Option& option : {keyCipherOption, keyIterationsOption, keySchemeOption, secret.file, secret.descriptor})
         if (arguments.has(option.name))
-            return invocation.misuse("--" + std::string(option.name) + " goes with --form encrypted");
+            return invocation.misuse("--" + std::string(option.name) + " requires --form encrypted");
     return exitDone;
 }
 
@@ -74,18 +74,18 @@ int PrivateKeyTarget::readEncryption(Invocation& invocation)
     const Arguments& arguments = invocation.arguments();
     const bool hasScheme = arguments.has(keySchemeOption.name);
     if (hasScheme && arguments.has(keyCipherOption.name))
-        return invocation.misuse("--cipher and --scheme: one of them");
+        return invocation.misuse("--cipher and --scheme are mutually exclusive");
     const std::uint64_t iterations = arguments.number(keyIterationsOption.name, encryption_.iterations);
-    if (iterations < fewestIterations || iterations > mostIterations)
-        return invocation.misuse("--iterations is from " + std::to_string(fewestIterations) + " to " +
-                                 std::to_string(mostIterations));
+    if (iterations < minIterations || iterations > maxIterations)
+        return invocation.misuse("--iterations must be from " + std::to_string(minIterations) + " to " +
+                                 std::to_string(maxIterations));
     encryption_.iterations = static_cast<std::uint32_t>(iterations);
     int exit = ReadName(invocation, keyCipherOption, ciphers, encryption_.cipher);
     if (exit == exitDone)
         exit = ReadName(invocation, keySchemeOption, schemes, encryption_.scheme);
     if (exit == exitDone && hasScheme)
-        invocation.warn({},
-                        arguments.value(keySchemeOption.name) + " is weak: who has the file may find the key without the password");
+        invocation.warn({}, arguments.value(keySchemeOption.name) +
+                                " is weak: anyone with the file may recover the key without the password");
     return exit;
 }
 
@@ -93,10 +93,10 @@ int PrivateKeyTarget::check(Invocation& invocation, std::uint32_t kind) const
 {
     const bool isRsa = kind == algorithm::rsaEncryption;
     if (form_ == KeyForm::rsaPrivateKey && !isRsa)
-        return invocation.misuse("--form pkcs1 is for RSA keys");
+        return invocation.misuse("--form pkcs1 requires an RSA key");
     const bool hasEcForm = !isRsa && kind != algorithm::x25519 && kind != algorithm::x448;
     if (form_ == KeyForm::ecPrivateKey && !hasEcForm)
-        return invocation.misuse("--form sec1 is for keys on curves other than X25519 and X448");
+        return invocation.misuse("--form sec1 requires a key on a curve other than X25519 and X448");
     return exitDone;
 }
 

@@ -12,22 +12,23 @@
 namespace ccrypto {
 
 constexpr Option privateFormOption = {OptionKind::choice, 0, "form", "pkcs8|pkcs1|sec1|encrypted",
-                                      "PKCS#8 (pkcs8), RSAPrivateKey, ECPrivateKey, or PKCS#8 encrypted\nwith a password"};
+                                      "PKCS#8 (pkcs8), RSAPrivateKey, ECPrivateKey, or PKCS#8 encrypted with a password"};
 constexpr Option keyEncodingOption = {OptionKind::choice, 0, "outform", "pem|der", "PEM (pem), or DER, which is binary"};
 constexpr Option keyCipherOption = {OptionKind::text, 0, "cipher", "NAME",
-                                    "of encrypted: aes-128-cbc, aes-192-cbc, aes-256-cbc (as without it)\nor des-ede3-cbc"};
+                                    "for encrypted: aes-128-cbc, aes-192-cbc, aes-256-cbc (the default) or des-ede3-cbc"};
 constexpr Option keyIterationsOption = {OptionKind::number, 0, "iterations", "N",
-                                        "of encrypted: how often the password is hashed, 1000 to 50000000\n(600000)"};
-constexpr Option keySchemeOption = {OptionKind::text, 0, "scheme", "NAME",
-                                    "of encrypted, weak, for those who read nothing newer: sha1-3des,\nsha1-2des, sha1-rc2-128, "
-                                    "sha1-rc2-40, sha1-rc4-128 or sha1-rc4-40\n(PKCS#12)"};
+                                        "for encrypted: iterations of PBKDF2, 1000 to 50000000 (600000)"};
+constexpr Option keySchemeOption = {
+    OptionKind::text, 0, "scheme", "NAME",
+    "for encrypted: an old, weak scheme of PKCS#12, for programs that read nothing newer: sha1-3des, "
+    "sha1-2des, sha1-rc2-128, sha1-rc2-40, sha1-rc4-128 or sha1-rc4-40"};
 
 /// The password of a key that is written where another one is read.
 constexpr SecretKind newPasswordSecret = {
     "new password",
     true,
-    {OptionKind::text, 0, "new-password-file", "FILE", "the password of the key that is written, as --password-file"},
-    {OptionKind::number, 0, "new-password-fd", "N", "the same, as --password-fd"},
+    {OptionKind::text, 0, "new-password-file", "FILE", "as --password-file, for the key that is written"},
+    {OptionKind::number, 0, "new-password-fd", "N", "as --password-fd, for the key that is written"},
 };
 
 /// Where a key goes: the place that the options of an invocation name, as PEM or DER; a private key's file is for its owner alone.

@@ -10,7 +10,7 @@ namespace ccrypto {
 namespace {
 
 /// The longest salt that an RSA key of 8192 bits has room for.
-constexpr std::uint64_t longestSalt = 1024;
+constexpr std::uint64_t maxSalt = 1024;
 
 /// What the options say by themselves. \return exitDone or exitUsage.
 int ReadPadding(Invocation& invocation, Signing& signing)
@@ -20,17 +20,17 @@ int ReadPadding(Invocation& invocation, Signing& signing)
     const std::unique_ptr<ICryptoHash> hash = ICryptoHash::CreateByName(arguments.value(hashOption.name, "sha256"));
     signing.hash = hash != nullptr ? static_cast<algorithm::Id>(hash->algorithmId()) : algorithm::none;
     if (signing.hash == algorithm::none)
-        return invocation.misuse("there are no signatures with " + arguments.value(hashOption.name));
+        return invocation.misuse("signatures do not support " + arguments.value(hashOption.name));
     if (arguments.has("salt-length")) {
         const std::uint64_t length = arguments.number("salt-length", 0);
         if (!isPss)
-            return invocation.misuse("--salt-length goes with --pss");
-        if (length > longestSalt)
-            return invocation.misuse("--salt-length is at most " + std::to_string(longestSalt));
+            return invocation.misuse("--salt-length requires --pss");
+        if (length > maxSalt)
+            return invocation.misuse("--salt-length must be at most " + std::to_string(maxSalt));
         signing.padding.masking.saltLength = static_cast<std::int32_t>(length);
     }
     if (isPss && signing.hash == algorithm::md5Sha1)
-        return invocation.misuse("--pss does not go with md5-sha1");
+        return invocation.misuse("--pss does not support md5-sha1");
     signing.padding.scheme = isPss ? SCryptoPadding::Scheme::masked : SCryptoPadding::Scheme::pkcs1;
     signing.padding.masking.hash = signing.hash;
     return exitDone;
@@ -53,7 +53,7 @@ int StartSigning(Invocation& invocation, const std::vector<std::string>& files, 
     if (signing.key->signer() == nullptr)
         return invocation.refuse(name, std::string(signing.key->name()) + " keys do not sign");
     if (signing.padding.scheme == SCryptoPadding::Scheme::masked && signing.key->algorithmId() != algorithm::rsaEncryption)
-        return invocation.refuse(name, "it is no RSA key, which --pss is for");
+        return invocation.refuse(name, "not an RSA key; --pss requires one");
     return exitDone;
 }
 

@@ -13,7 +13,7 @@ namespace {
 
 using Kind = OutlineElement::Kind;
 
-constexpr std::uint32_t deepestIndent = 40;
+constexpr std::uint32_t maxIndent = 40;
 
 /// The dotted text of an OBJECT_IDENTIFIER; empty for other elements and broken octets.
 std::string DottedText(const OutlineElement& line)
@@ -63,7 +63,7 @@ std::string OutlineLine(const OutlineElement& line)
     const std::string length = line.header.indefinite ? "inf" : std::to_string(line.header.length);
     std::snprintf(numbers, sizeof numbers, "%7u  %6u  %7s  %-4s  ", line.header.start, line.headerLength(), length.c_str(),
                   Form(line));
-    std::string text = numbers + std::string(std::size_t{2} * std::min(line.depth, deepestIndent), ' ');
+    std::string text = numbers + std::string(std::size_t{2} * std::min(line.depth, maxIndent), ' ');
     text += line.typeName();
     if (HasTagNumber(line))
         text += "[" + std::to_string(line.header.tagNumber()) + "]";

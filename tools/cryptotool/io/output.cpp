@@ -13,7 +13,7 @@ namespace ccrypto {
 namespace {
 
 constexpr std::size_t bufferSize = 1U << 16;
-constexpr int mostNames = 100;
+constexpr int maxNames = 100;
 
 std::filesystem::path PathOf(const std::string& name)
 {
@@ -52,15 +52,15 @@ bool Output::open()
 {
     if (name_ == "-") {
         const bool refused = content_ == Content::binary && console_.outputIsTerminal();
-        return !refused || fail("binary data does not go to a terminal; -o FILE writes it to a file");
+        return !refused || fail("binary data is not written to a terminal; use -o FILE");
     }
     if (name_.find('\0') != std::string::npos)
-        return fail("this is no file name");
+        return fail("not a file name");
     std::error_code error;
     const std::filesystem::path path = PathOf(name_);
     const std::filesystem::file_status status = std::filesystem::status(path, error);
     if (std::filesystem::is_directory(status))
-        return fail("it is a folder");
+        return fail("it is a directory");
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
         device_ = std::make_unique<SequentialFile>();
         return device_->openToWrite(name_) || fail(SystemReason());
@@ -72,7 +72,7 @@ bool Output::open()
 
 bool Output::openBeside()
 {
-    for (int number = 0; number < mostNames; ++number) {
+    for (int number = 0; number < maxNames; ++number) {
         const std::string name =
             target_ + "." + std::to_string(platform::CurrentProcessId()) + "." + std::to_string(number) + ".part";
         if (file_.open(name.c_str(), isPrivate_ ? platform::FileMode::createPrivate : platform::FileMode::create)) {
@@ -129,9 +129,9 @@ bool Output::put(std::span<const std::uint8_t> bytes)
     } else if (target_.empty()) {
         done = console_.writeOutput(bytes);
     } else {
-        constexpr std::size_t mostAtOnce = std::size_t{1} << 30;
+        constexpr std::size_t maxAtOnce = std::size_t{1} << 30;
         while (done && !bytes.empty()) {
-            const std::size_t count = std::min(bytes.size(), mostAtOnce);
+            const std::size_t count = std::min(bytes.size(), maxAtOnce);
             done = file_.writeAt(written_, bytes.data(), static_cast<std::uint32_t>(count));
             written_ += count;
             bytes = bytes.subspan(count);

@@ -17,7 +17,7 @@ namespace ccrypto {
 /// Where a command's result goes: standard output, or a file that appears when the result is complete.
 ///
 /// A file is written under another name in its folder and renamed by finish(), so that there never is half of one; without finish()
-/// nothing is left, nor when the process is interrupted. It takes the access rights of the file it replaces, and a link is
+/// nothing is left, not even when the process is interrupted. It takes the access rights of the file it replaces, and a link is
 /// followed. Devices and pipes are written to as they are.
 class Output {
 public:
@@ -39,6 +39,8 @@ public:
     bool flush();
     bool finish();
 
+    /// The colours of standard output; none for a file.
+    ccrypto::Paint paint() const { return name_ == "-" ? console_.outputPaint() : ccrypto::Paint(); }
     /// For messages: "-" for standard output.
     const std::string& name() const { return name_; }
     const std::string& reason() const { return reason_; }

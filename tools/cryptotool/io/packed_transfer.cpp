@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t packedPieceSize = 1U << 16;
 
-/// Whether a byte and the one before it are what text for a terminal does not have: a control character, C1 in UTF-8 among them.
+/// Whether a byte, after the one before it, is a control character, which text for a terminal does not have; C1 in UTF-8 included.
 bool IsControl(std::uint8_t before, std::uint8_t byte)
 {
     return (byte < 0x20 && (byte < '\t' || byte > '\r')) || byte == 0x7F || (before == 0xC2 && byte >= 0x80 && byte < 0xA0);
@@ -34,7 +34,7 @@ private:
     /// Takes what was packed or unpacked. \return false, with the reason kept, to stop.
     bool put(std::span<const std::uint8_t> bytes);
     int refuseStream(const CDeflateStream& stream);
-    /// What came before the fault is output all the same.
+    /// What came before the fault is still written.
     int refuseInput(std::string_view reason);
 
     Invocation& invocation_;
@@ -50,7 +50,7 @@ bool Transfer::put(std::span<const std::uint8_t> bytes)
 {
     const auto isControl = [this](std::uint8_t byte) { return IsControl(std::exchange(before_, byte), byte); };
     if (isTerminal_ && std::ranges::any_of(bytes, isControl)) {
-        outputReason_ = "binary data does not go to a terminal; -o FILE writes it to a file";
+        outputReason_ = "binary data is not written to a terminal; use -o FILE";
         return false;
     }
     if (output_.write(bytes))
@@ -70,7 +70,7 @@ int Transfer::refuseStream(const CDeflateStream& stream)
                                     : reason == InflateLimits::ratioReason ? "--max-ratio"
                                                                            : "";
     reason += " (offset " + std::to_string(stream.reasonOffset()) + ")";
-    return refuseInput(option.empty() ? reason : reason + "; " + std::string(option) + " sets another");
+    return refuseInput(option.empty() ? reason : reason + "; " + std::string(option) + " changes the limit");
 }
 
 int Transfer::refuseInput(std::string_view reason)
@@ -116,7 +116,7 @@ int TransferPacked(Invocation& invocation, Output::Content content,
 {
     const Arguments& arguments = invocation.arguments();
     if (arguments.has(stdoutOption.name) && arguments.has(outputOption.name))
-        return invocation.misuse("--stdout and --output: one of them");
+        return invocation.misuse("--stdout and --output are mutually exclusive");
     Output output(invocation.console(), arguments.value(outputOption.name), content);
     return Transfer(invocation, output, arguments.operands().empty() ? "-" : arguments.operand(0)).run(start);
 }

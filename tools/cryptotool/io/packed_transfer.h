@@ -9,7 +9,7 @@
 
 namespace ccrypto {
 
-constexpr Option stdoutOption = {OptionKind::flag, 'c', "stdout", "", "write to standard output, as without -o"};
+constexpr Option stdoutOption = {OptionKind::flag, 'c', "stdout", "", "write to standard output, which is the default"};
 
 /// Takes the file of the first operand through a stream that packs or unpacks, piece by piece, to the place the options name.
 /// \param start starts the stream with the sink it is given. \return the exit code.

@@ -13,15 +13,15 @@ namespace ccrypto {
 namespace {
 
 /// What is read at most: a secret that is too long is noticed behind the end of its line.
-constexpr std::uint32_t longestReading = longestSecret + 3;
+constexpr std::uint32_t maxReading = maxSecret + 3;
 
-/// All that `read` gives, up to longestReading, in one piece of memory. \return false with `reason`.
+/// All that `read` gives, up to maxReading, in one piece of memory. \return false with `reason`.
 template <typename Read>
 bool ReadAll(const Read& read, element& secret, std::string& reason)
 {
-    secret.reserve(longestReading);
-    while (secret.length() < longestReading) {
-        const std::int64_t count = read(std::span(secret.data() + secret.length(), longestReading - secret.length()));
+    secret.reserve(maxReading);
+    while (secret.length() < maxReading) {
+        const std::int64_t count = read(std::span(secret.data() + secret.length(), maxReading - secret.length()));
         if (count < 0) {
             reason = SystemReason();
             return false;
@@ -38,7 +38,7 @@ bool ReadDescriptor(std::uint64_t number, element& secret, std::string& reason)
     SequentialFile file;
     if (number <= std::numeric_limits<int>::max() && file.openDescriptor(static_cast<int>(number)))
         return ReadAll([&](std::span<std::uint8_t> target) { return file.read(target); }, secret, reason);
-    reason = "there is no such descriptor";
+    reason = "no such descriptor";
     return false;
 }
 
@@ -58,12 +58,12 @@ bool Ask(Console& console, const SecretKind& kind, Asking asking, element& secre
     if (!console.readHiddenLine("Enter the " + what + ": ", secret) ||
         (asking == Asking::twice && !console.readHiddenLine("Enter the " + what + " again: ", again))) {
         reason = "no line came from a terminal; --" + std::string(kind.file.name) + " or --" + std::string(kind.descriptor.name) +
-                 " gives it";
+                 " provides it";
         return false;
     }
     if (asking == Asking::once || secret == again)
         return true;
-    reason = "the two lines are not the same";
+    reason = "the two lines differ";
     return false;
 }
 
@@ -96,7 +96,7 @@ int ReadSecret(Invocation& invocation, const SecretKind& kind, Asking asking, el
     const bool hasDescriptor = arguments.has(kind.descriptor.name);
     if (hasFile && hasDescriptor)
         return invocation.misuse("--" + std::string(kind.file.name) + " and --" + std::string(kind.descriptor.name) +
-                                 ": one of them");
+                                 " are mutually exclusive");
 
     secret = element();
     std::string place(kind.what);
@@ -113,8 +113,8 @@ int ReadSecret(Invocation& invocation, const SecretKind& kind, Asking asking, el
     }
     if (isRead && kind.isText && (hasFile || hasDescriptor))
         DropLineEnd(secret);
-    if (isRead && secret.length() > longestSecret)
-        reason = "it is longer than " + std::to_string(longestSecret) + " bytes";
+    if (isRead && secret.length() > maxSecret)
+        reason = "it is longer than " + std::to_string(maxSecret) + " bytes";
     else if (isRead && secret.isEmpty() && (!kind.isText || asking == Asking::twice))
         reason = "it is empty";
     else if (isRead)

@@ -15,7 +15,7 @@ class Arguments;
 class Invocation;
 
 /// The longest key or password, in bytes.
-constexpr std::uint32_t longestSecret = 65536;
+constexpr std::uint32_t maxSecret = 65536;
 
 /// A key or a password, which never stands on the command line, where a list of processes would show it: it is the content of a
 /// file, or what a descriptor of the process gives until its end, or a line that is typed at the terminal without being shown.
@@ -29,16 +29,16 @@ struct SecretKind {
 constexpr SecretKind keySecret = {
     "key",
     false,
-    {OptionKind::text, 0, "key-file", "FILE", "the key is what FILE holds, byte for byte; \"-\" is stdin"},
-    {OptionKind::number, 0, "key-fd", "N", "the key is what descriptor N gives until its end"},
+    {OptionKind::text, 0, "key-file", "FILE", "read the key from FILE, byte for byte; \"-\" is stdin"},
+    {OptionKind::number, 0, "key-fd", "N", "read the key from descriptor N, to its end"},
 };
 /// For a key that is read with ReadKey().
 constexpr Option hexKeyOption = {OptionKind::flag, 0, "hex-key", "", "the key is written in hexadecimal digits"};
 constexpr SecretKind passwordSecret = {
     "password",
     true,
-    {OptionKind::text, 0, "password-file", "FILE", "the password is what FILE holds, less the end of its line; \"-\" is stdin"},
-    {OptionKind::number, 0, "password-fd", "N", "the same of what descriptor N gives until its end"},
+    {OptionKind::text, 0, "password-file", "FILE", "read the password from FILE, without the end of its line; \"-\" is stdin"},
+    {OptionKind::number, 0, "password-fd", "N", "read the password from descriptor N, to its end"},
 };
 
 /// Whether standard input is named as what gives the secret, as a file or as the descriptor 0.

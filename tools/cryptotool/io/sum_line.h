@@ -6,7 +6,7 @@
 namespace ccrypto {
 
 /// A line as the sum programs of coreutils write and check them: digits, two blanks, a file's name. When the name has a line feed,
-/// a carriage return or a backslash, these stand as "\n", "\r" and "\\", and the line begins with a backslash.
+/// a carriage return or a backslash, they are written as "\n", "\r" and "\\", and the line begins with a backslash.
 struct SumLine {
     std::string digits; ///< hexadecimal, in small letters
     std::string file;
@@ -14,10 +14,10 @@ struct SumLine {
 
     /// With its end.
     std::string text() const;
-    /// The name as it stands in such a line; \param text what follows it on a line of its own.
+    /// "NAME: text" with its end, the name escaped as in such a line.
     static std::string About(std::string_view file, std::string_view text);
-    /// Takes "*" in place of the second blank, and BSD's form, "SHA256 (NAME) = DIGITS", as well; the line stands without its end.
-    /// \return false when it is none.
+    /// Takes "*" in place of the second blank, and BSD's form, "SHA256 (NAME) = DIGITS", as well; `line` comes without its end.
+    /// \return false when it is not such a line.
     bool read(std::string_view line);
 
 private:

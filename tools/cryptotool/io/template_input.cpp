@@ -18,7 +18,7 @@ public:
     {
         platform::File file;
         if (!file.open(name.c_str(), platform::FileMode::read) || file.size() < 0 ||
-            file.size() > static_cast<std::int64_t>(longestInput))
+            file.size() > static_cast<std::int64_t>(maxInput))
             return false;
         const auto size = static_cast<std::uint32_t>(file.size());
         text = element(ElementType::text);

@@ -16,7 +16,7 @@ namespace ccrypto {
 
 namespace {
 
-constexpr std::size_t longestDecimal = 8;
+constexpr std::size_t maxDecimal = 8;
 
 std::string_view AsText(std::span<const std::uint8_t> value)
 {
@@ -72,13 +72,13 @@ std::string DecodeLatin(std::span<const std::uint8_t> value)
     return text;
 }
 
-std::string IntegerText(std::span<const std::uint8_t> value, std::size_t mostHex)
+std::string IntegerText(std::span<const std::uint8_t> value, std::size_t maxHex)
 {
     element number(value.data(), static_cast<std::uint32_t>(value.size()), ElementType::integer);
     number.setNegative(!value.empty() && value[0] >= 0x80);
     const element magnitude = WithoutSignOctet(number, ElementType::asn1Integer);
-    const CCryptoString decimal = magnitude.length() <= longestDecimal ? DecimalFromSigned(magnitude) : CCryptoString();
-    return decimal.isEmpty() ? Hexadecimal(value, mostHex) : std::string(decimal.view());
+    const CCryptoString decimal = magnitude.length() <= maxDecimal ? DecimalFromSigned(magnitude) : CCryptoString();
+    return decimal.isEmpty() ? Hexadecimal(value, maxHex) : std::string(decimal.view());
 }
 
 /// The element whose value a node is; none for a node that stands by itself.
@@ -101,22 +101,22 @@ bool OctetsOfDotted(const elementNode& node, element& octets)
 
 } // namespace
 
-std::string ValueText(ElementType type, std::span<const std::uint8_t> value, std::size_t mostText, std::size_t mostHex)
+std::string ValueText(ElementType type, std::span<const std::uint8_t> value, std::size_t maxText, std::size_t maxHex)
 {
     std::string decoded;
     switch (type) {
     case ElementType::boolean:
-        return value.size() != 1 ? Hexadecimal(value, mostHex) : value[0] != 0 ? "TRUE" : "FALSE";
+        return value.size() != 1 ? Hexadecimal(value, maxHex) : value[0] != 0 ? "TRUE" : "FALSE";
     case ElementType::integer:
     case ElementType::asn1Integer:
     case ElementType::enumerated:
-        return IntegerText(value, mostHex);
+        return IntegerText(value, maxHex);
     case ElementType::bmpString:
     case ElementType::universalString:
-        return DecodeWide(value, type == ElementType::bmpString ? 2 : 4, decoded) ? QuotedText(decoded, value.size(), mostText)
-                                                                                  : Hexadecimal(value, mostHex);
+        return DecodeWide(value, type == ElementType::bmpString ? 2 : 4, decoded) ? QuotedText(decoded, value.size(), maxText)
+                                                                                  : Hexadecimal(value, maxHex);
     case ElementType::teletexString:
-        return QuotedText(DecodeLatin(value), value.size(), mostText);
+        return QuotedText(DecodeLatin(value), value.size(), maxText);
     case ElementType::utf8String:
     case ElementType::numericString:
     case ElementType::printableString:
@@ -128,13 +128,13 @@ std::string ValueText(ElementType type, std::span<const std::uint8_t> value, std
     case ElementType::visibleString:
     case ElementType::generalString:
     case ElementType::objectDescriptor:
-        return QuotedText(AsText(value), value.size(), mostText);
+        return QuotedText(AsText(value), value.size(), maxText);
     case ElementType::bitString:
-        return Hexadecimal(value, mostHex);
+        return Hexadecimal(value, maxHex);
     default:
         // What has no type of its own may be text all the same.
-        return value.size() > 1 && IsSafeText(AsText(value)) ? QuotedText(AsText(value), value.size(), mostText)
-                                                             : Hexadecimal(value, mostHex);
+        return value.size() > 1 && IsSafeText(AsText(value)) ? QuotedText(AsText(value), value.size(), maxText)
+                                                             : Hexadecimal(value, maxHex);
     }
 }
 

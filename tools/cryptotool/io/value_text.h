@@ -18,10 +18,10 @@ constexpr std::size_t shortText = 96;
 constexpr std::size_t shortHex = 32;
 constexpr std::size_t everything = static_cast<std::size_t>(-1);
 
-/// The value octets of a primitive element of this type on one line; a longer value than `mostText` of text, or `mostHex` of other
+/// The value octets of a primitive element of this type on one line; a longer value than `maxText` of text, or `maxHex` of other
 /// bytes, ends in "..." and its length. Object identifiers are not meant.
-std::string ValueText(ElementType type, std::span<const std::uint8_t> value, std::size_t mostText = everything,
-                      std::size_t mostHex = everything);
+std::string ValueText(ElementType type, std::span<const std::uint8_t> value, std::size_t maxText = everything,
+                      std::size_t maxHex = everything);
 
 /// The dotted text of an object identifier as X.690, 8.19 has it, where the trees of the library take the first two arcs from the
 /// first octet alone: "2.999.1". Empty for octets that are no object identifier of arcs below 2^64.

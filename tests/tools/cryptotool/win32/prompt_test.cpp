@@ -142,7 +142,7 @@ TEST(CryptotoolPrompt, ANewPasswordIsTypedTwice)
     console.type("p\xC3\xA4iv\xC3\xA4\r");
     console.shownUntil("again:");
     console.type("paiva\r");
-    EXPECT_EQ(console.written(), "cryptotool: password: the two lines are not the same\n");
+    EXPECT_EQ(console.written(), "cryptotool: password: the two lines differ\n");
     EXPECT_EQ(console.exitCode(), 1U);
 }
 
