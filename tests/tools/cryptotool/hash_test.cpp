@@ -37,8 +37,8 @@ TEST(CryptotoolHash, PrintsAndChecksSums)
     checked = RunTool({"hash", "-c", "sha256", list});
     EXPECT_EQ(checked.code, exitRefused);
     EXPECT_EQ(checked.output, SumLine::About(first, "FAILED") + SumLine::About(second, "FAILED open or read"));
-    EXPECT_NE(checked.error.find(list + ": line 3 holds no SHA-256 sum\n"), std::string::npos) << checked.error;
-    EXPECT_NE(checked.error.find(list + ": line 4 holds no SHA-256 sum\n"), std::string::npos) << checked.error;
+    EXPECT_NE(checked.error.find(list + ": line 3 is not a line with a SHA-256 sum\n"), std::string::npos) << checked.error;
+    EXPECT_NE(checked.error.find(list + ": line 4 is not a line with a SHA-256 sum\n"), std::string::npos) << checked.error;
 
     PutFile(list, "");
     EXPECT_EQ(RunTool({"hash", "sha256", "--check", list}).code, exitRefused);
@@ -68,7 +68,7 @@ TEST(CryptotoolHash, ReadsStandardInputOnce)
     const ToolResult itself = RunTool({"hash", "--check", "sha256", "-"}, emptySum + "  -\n");
     EXPECT_EQ(itself.code, exitRefused);
     EXPECT_EQ(itself.output, "-: FAILED open or read\n");
-    EXPECT_EQ(itself.error, "cryptotool: -: standard input was read already\n");
+    EXPECT_EQ(itself.error, "cryptotool: -: standard input was read already\ncryptotool: 0 OK, 1 not readable\n");
 }
 
 TEST(CryptotoolHash, OddNamesAreEscapedAndReadBack)
@@ -115,6 +115,65 @@ TEST(CryptotoolHash, ChecksLinesThatNameTheAlgorithm)
         SCOPED_TRACE(test.line);
         EXPECT_EQ(RunTool({"hash", "--check", "sha256", "-"}, test.line + "\n").output, test.output);
     }
+}
+
+TEST(CryptotoolHash, ChecksWithASummaryAndWithoutWhatIsIgnored)
+{
+    const TemporaryDirectory folder;
+    const InFolder inFolder(folder.path());
+    PutFile("good", "abc");
+    PutFile("bad", "abd");
+    std::filesystem::create_directory("dir");
+    const std::string comments = "# made by hand\n\n   \r\n";
+    const std::string good = abcSum + "  good\n";
+    const std::string bad = abcSum + "  bad\n";
+    const std::string missing = abcSum + "  missing\n";
+    const struct {
+        std::vector<std::string> options;
+        std::string list;
+        int code;
+        std::string output;
+        const char* summary; ///< the last line of standard error; empty for none at all
+    } cases[] = {
+        {{}, comments + good, exitDone, "good: OK\n", "1 OK"},
+        {{},
+         good + bad + missing,
+         exitRefused,
+         "good: OK\nbad: FAILED\nmissing: FAILED open or read\n",
+         "1 OK, 1 failed, 1 missing"},
+        {{},
+         good + "x\n" + abcSum + "  dir\n",
+         exitRefused,
+         "good: OK\ndir: FAILED open or read\n",
+         "1 OK, 1 not readable, 1 malformed line"},
+        {{"-q"}, good, exitDone, "", ""},
+        {{"--ignore-missing"}, good + missing, exitDone, "good: OK\n", "1 OK"},
+        {{"--ignore-missing"}, missing, exitRefused, "", "0 OK"},
+        {{"--json"},
+         good + bad,
+         exitRefused,
+         "{\"files\":[\n{\"file\":\"good\",\"status\":\"OK\"},\n{\"file\":\"bad\",\"status\":\"failed\"}\n]}\n",
+         "1 OK, 1 failed"},
+        {{"--json"}, comments, exitRefused, "{\"files\":[]}\n", "0 OK"},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.list + testing::PrintToString(test.options));
+        std::vector<std::string> words = {"hash", "-c", "sha256", "-"};
+        words.insert(words.end(), test.options.begin(), test.options.end());
+        const ToolResult result = RunTool(words, test.list);
+        EXPECT_EQ(result.code, test.code);
+        EXPECT_EQ(result.output, test.output);
+        if (*test.summary == 0)
+            EXPECT_EQ(result.error, "");
+        else
+            EXPECT_TRUE(result.error.ends_with("cryptotool: " + std::string(test.summary) + "\n")) << result.error;
+    }
+    const ToolResult quiet = RunTool({"hash", "-cq", "sha256", "-"}, good + bad);
+    EXPECT_EQ(quiet.output, "bad: FAILED\n");
+    EXPECT_EQ(quiet.error, "");
+    EXPECT_EQ(RunTool({"hash", "--ignore-missing", "sha256", "good"}).code, exitUsage);
+    EXPECT_EQ(RunTool({"hash", "--json", "md4", "good", "missing"}).output,
+              "{\"files\":[\n{\"file\":\"good\",\"algorithm\":\"MD4\",\"digest\":\"a448017aaf21d8525fc10ae87aa6729d\"}\n]}\n");
 }
 
 TEST(CryptotoolHash, ATerminalIsNotSteeredByNames)
@@ -175,14 +234,14 @@ TEST(CryptotoolMac, RefusesWhatIsNoKey)
         {{"--key-file", key, "x"}, exitRefused, "it is longer than 65536 bytes"},
         {{"--key-file", "-", "x"}, exitRefused, "it is empty"},
         {{"--key-file", folder / u8"missing", "x"}, exitRefused, "missing: "},
-        {{"--key-fd", "99", "x"}, exitRefused, "there is no such descriptor"},
-        {{"--key-fd", "4294967296", "x"}, exitRefused, "there is no such descriptor"},
+        {{"--key-fd", "99", "x"}, exitRefused, "no such descriptor"},
+        {{"--key-fd", "4294967296", "x"}, exitRefused, "no such descriptor"},
         {{"--hex-key", "--key-file", folder / u8"odd", "x"}, exitRefused, "it is not made of hexadecimal digits"},
-        {{"x"}, exitRefused, "no line came from a terminal; --key-file or --key-fd gives it"},
+        {{"x"}, exitRefused, "no line came from a terminal; --key-file or --key-fd provides it"},
         {{"--key-file", "-", "-"}, exitUsage, "only one of the files can be standard input"},
         {{"--key-fd", "0", "-"}, exitUsage, "only one of the files can be standard input"},
         {{"--key-file", key, "-", "-"}, exitUsage, "only one of the files can be standard input"},
-        {{"--key-file", key, "--key-fd", "0", "x"}, exitUsage, "--key-file and --key-fd: one of them"},
+        {{"--key-file", key, "--key-fd", "0", "x"}, exitUsage, "--key-file and --key-fd are mutually exclusive"},
     };
     for (const auto& test : cases) {
         std::vector<std::string> words = {"mac", "hmac-sha1"};

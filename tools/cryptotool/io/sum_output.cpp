@@ -4,13 +4,15 @@
 
 namespace ccrypto {
 
-bool SumOutput::put(std::string line)
+bool SumOutput::write(std::string_view file, std::string_view finding, ccrypto::Color color)
 {
-    if (isTerminal_) {
-        line.pop_back();
-        line = OneLine(line) + "\n";
-    }
-    return Output::write(std::string_view(line));
+    return Output::write(shown(SumLine::About(file, {})) + paint()(color, finding) + "\n");
+}
+
+std::string SumOutput::shown(std::string line) const
+{
+    line.pop_back();
+    return isTerminal_ ? OneLine(line) : line;
 }
 
 } // namespace ccrypto

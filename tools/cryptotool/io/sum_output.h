@@ -8,8 +8,8 @@
 
 namespace ccrypto {
 
-/// Lines as the sum programs print them. Names go to files and pipes as they are, so that the lines can be checked; on a terminal,
-/// what may steer it stands as an escape.
+/// Lines as the sum programs print them. Names go to files and pipes unchanged, so that the lines can be checked; on a terminal,
+/// control characters become escapes.
 class SumOutput : public Output {
 public:
     SumOutput(Console& console, const std::string& name)
@@ -17,12 +17,13 @@ public:
     {
     }
 
-    bool write(const SumLine& sum) { return put(sum.text()); }
+    bool write(const SumLine& sum) { return Output::write(shown(sum.text()) + "\n"); }
     /// What was found about a file.
-    bool write(std::string_view file, std::string_view finding) { return put(SumLine::About(file, finding)); }
+    bool write(std::string_view file, std::string_view finding, ccrypto::Color color);
 
 private:
-    bool put(std::string line);
+    /// The line without its end, as it may be shown.
+    std::string shown(std::string line) const;
 
     bool isTerminal_;
 };
