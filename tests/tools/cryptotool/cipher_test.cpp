@@ -9,7 +9,6 @@ using namespace ccrypto;
 
 namespace {
 
-/// The tool with what is typed at the terminal.
 std::string Text(std::size_t length)
 {
     std::string text;
@@ -78,12 +77,20 @@ TEST_F(CryptotoolCipher, AsksForThePasswordAndShowsWhatItsKeyIsMadeWith)
     const std::vector<std::string> encrypt = {"cipher", "enc", "--iterations", "1000"};
     const ToolResult sealed = RunTyping(encrypt, {"open", "open"}, "text");
     ASSERT_EQ(sealed.code, exitDone) << sealed.error;
-    EXPECT_NE(sealed.error.find("PBKDF2 with HMAC-SHA-256, 1000 iterations, salt "), std::string::npos) << sealed.error;
+    EXPECT_TRUE(sealed.error.starts_with("cryptotool: PBKDF2 with HMAC-SHA-256, 1000 iterations, salt ")) << sealed.error;
     EXPECT_EQ(RunTyping({"cipher", "dec"}, {"open"}, sealed.output).output, "text");
     const ToolResult wrong = RunTyping({"cipher", "dec"}, {"other"}, sealed.output);
     EXPECT_EQ(wrong.code, exitRefused);
     EXPECT_EQ(wrong.output, "");
     EXPECT_NE(wrong.error.find("The tag is wrong"), std::string::npos) << wrong.error;
+    // The last block decrypts to a right padding once in 256 times.
+    const std::vector<std::string> foreign = {"cipher", "enc", "--openssl", "--iterations", "10"};
+    std::string said;
+    for (int turn = 0; turn < 8 && said.empty(); ++turn)
+        said = RunTyping({"cipher", "dec", "--openssl", "--iterations", "10", "--quiet"}, {"other"},
+                         RunTyping(foreign, {"open", "open"}, "text").output)
+                   .error;
+    EXPECT_EQ(said, "cryptotool: -: Wrong padding; the password may be wrong, or the file damaged\n");
     EXPECT_EQ(RunTyping(encrypt, {"open", "Open"}, "text").code, exitRefused);
 }
 
@@ -164,13 +171,14 @@ TEST_F(CryptotoolCipher, RefusesHeadersThatAskForTooMuch)
         std::string_view reason;
     } cases[] = {
         {iterations, std::string_view("\0\0\0\0", 4), "iterations"},
-        {iterations, "\x02\xFA\xF0\x81", "too many iterations"}, // 50,000,001
-        {iterations, "\xFF\xFF\xFF\xFF", "too many iterations"},
+        {iterations, std::string_view("\x00\x98\x96\x81", 4),
+         "asks for 10000001 iterations, more than --max-iterations allows (10000000)"},
+        {iterations, "\xFF\xFF\xFF\xFF", "asks for 4294967295 iterations"},
         {vectorLength, std::string_view("\0", 1), "cryptotool: "},
         {vectorLength, "\xFF", "header"},
         {nameLength, "\xFF", "header"},
-        {nameLength, "\x0A", "there is no cipher aes-256-gc"},
-        {nameLength + 1, "\x1B[2Jm", "there is no cipher"},
+        {nameLength, "\x0A", "unknown cipher aes-256-gc"},
+        {nameLength + 1, "\x1B[2Jm", "unknown cipher"},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(std::to_string(test.place) + " " + std::string(test.reason));
@@ -181,7 +189,24 @@ TEST_F(CryptotoolCipher, RefusesHeadersThatAskForTooMuch)
         EXPECT_EQ(result.output, "");
         EXPECT_NE(result.error.find(test.reason), std::string::npos) << result.error;
         EXPECT_EQ(result.error.find('\x1B'), std::string::npos) << "a name from outside moved the terminal's cursor";
+        // No time is spent on a key for what is refused by its header; the library itself refuses no iterations.
+        EXPECT_EQ(result.error.find("PBKDF2 with") != std::string::npos, test.reason == "iterations") << result.error;
     }
+    std::string shortVector = sealed;
+    shortVector[vectorLength] = 11;
+    shortVector.erase(vectorLength + 1, 1);
+    EXPECT_EQ(RunTool({"cipher", "dec", "--password-file", password}, shortVector).error,
+              "cryptotool: -: its header has an initialisation vector of the wrong length\n");
+    // The limit is the caller's, and holds to the last iteration.
+    const std::vector<std::string> decrypt = {"cipher", "dec", "--password-file", password, "--max-iterations"};
+    const auto limited = [&](const char* limit) {
+        std::vector<std::string> words = decrypt;
+        words.emplace_back(limit);
+        return RunTool(words, sealed);
+    };
+    EXPECT_EQ(limited("10").output, "text");
+    EXPECT_EQ(limited("9").code, exitRefused);
+    EXPECT_EQ(limited("50000001").code, exitUsage);
 }
 
 TEST_F(CryptotoolCipher, TakesACipherThatNoticesNothingOnlyWhenItIsExpected)
@@ -192,7 +217,8 @@ TEST_F(CryptotoolCipher, TakesACipherThatNoticesNothingOnlyWhenItIsExpected)
     const ToolResult refused = RunTool(decrypt, sealed);
     EXPECT_EQ(refused.code, exitRefused);
     EXPECT_EQ(refused.output, "");
-    EXPECT_EQ(refused.error, "cryptotool: -: it was encrypted with aes-256-ctr; --cipher aes-256-ctr takes it all the same\n");
+    EXPECT_EQ(refused.error,
+              "cryptotool: -: it was encrypted with aes-256-ctr, which does not detect changes; --cipher aes-256-ctr accepts it\n");
     EXPECT_EQ(RunTool({"cipher", "dec", "--key-file", key, "--cipher", "aes-256-cbc"}, sealed).code, exitRefused);
     EXPECT_EQ(RunTool({"cipher", "dec", "--key-file", key, "--cipher", "aes-256-ctr"}, sealed).output, "text");
 }

@@ -15,7 +15,7 @@ void AppendCounted(element& bytes, std::span<const std::uint8_t> text)
     bytes.append(text.data(), static_cast<std::uint32_t>(text.size()));
 }
 
-/// Takes the text behind its length from the front of `rest`.
+/// Takes a length and as much text from the front of `rest`.
 bool TakeCounted(std::span<const std::uint8_t>& rest, std::span<const std::uint8_t>& text)
 {
     if (rest.empty() || rest.size() - 1 < rest.front())

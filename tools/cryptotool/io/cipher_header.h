@@ -9,7 +9,7 @@
 
 namespace ccrypto {
 
-/// What stands in front of an encrypted file and tells how to decrypt it:
+/// The start of an encrypted file, which says how to decrypt it:
 ///
 ///     "CCIPHER" 0x01
 ///     1 byte   0 for a key, 1 for a password
@@ -23,7 +23,7 @@ struct CipherHeader {
     static constexpr std::size_t saltSize = 16;
     /// Without vector and name.
     static constexpr std::size_t fixedSize = 8 + 1 + 4 + saltSize;
-    static constexpr std::size_t longest = fixedSize + 1 + 255 + 1 + 255;
+    static constexpr std::size_t maxSize = fixedSize + 1 + 255 + 1 + 255;
 
     bool hasPassword = false;
     std::uint32_t iterations = 0;
@@ -33,7 +33,7 @@ struct CipherHeader {
 
     /// \return the bytes.
     element write() const;
-    /// From the start of a file. \return the length of the header, 0 when this is none.
+    /// From the start of a file. \return the length of the header, 0 when they are not one.
     std::size_t read(std::span<const std::uint8_t> bytes);
 };
 

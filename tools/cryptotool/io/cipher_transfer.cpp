@@ -18,9 +18,20 @@ int RefuseText(Invocation& invocation, const CipherInput& input)
     return invocation.refuse(input.name(), Reason("it cannot be processed"));
 }
 
-/// Takes the whole input through a cipher that was started. \param output null when no text comes out.
-int Run(Invocation& invocation, ICryptoCipher& cipher, CipherInput& input, Output* output, Progress& progress)
+/// The end of the text is not right. Of wrong padding the library does not know what it means; GCM says it by itself.
+int RefuseEnd(Invocation& invocation, const CipherSetting& setting, const CipherInput& input)
 {
+    if (dynamic_cast<const CCryptoGCM*>(setting.cipher.get()) != nullptr)
+        return RefuseText(invocation, input);
+    const char* const secret = setting.isFromPassword ? "password" : "key";
+    return invocation.refuse(input.name(),
+                             Reason("it cannot be processed") + "; the " + secret + " may be wrong, or the file damaged");
+}
+
+/// Takes the whole input through a cipher that was started. \param output null when no text comes out.
+int Run(Invocation& invocation, const CipherSetting& setting, CipherInput& input, Output* output, Progress& progress)
+{
+    ICryptoCipher& cipher = *setting.cipher;
     element text;
     text.reserve(cipherPieceSize + 64);
     const auto write = [&](std::size_t count) { return output == nullptr || output->write(std::span(text.data(), count)); };
@@ -37,7 +48,7 @@ int Run(Invocation& invocation, ICryptoCipher& cipher, CipherInput& input, Outpu
     } while (!piece.empty());
     text.reserve(static_cast<std::uint32_t>(cipher.finalSize()));
     if (!cipher.final(text.data(), written))
-        return RefuseText(invocation, input);
+        return RefuseEnd(invocation, setting, input);
     return write(written) ? exitDone : invocation.refuse(output->name(), output->reason());
 }
 
@@ -53,7 +64,7 @@ int Check(Invocation& invocation, CCryptoGCM& gcm, const CipherSetting& setting,
 {
     if (!gcm.startCheck(setting.key.bytes(), setting.iv.bytes()) || !gcm.addAuthenticated(setting.authenticated.bytes()))
         return RefuseText(invocation, input);
-    return Run(invocation, gcm, input, nullptr, progress);
+    return Run(invocation, setting, input, nullptr, progress);
 }
 
 } // namespace
@@ -97,7 +108,7 @@ bool CipherInput::fill(std::size_t count)
     return true;
 }
 
-/// Notes the digest of the piece, or holds it against the one noted before.
+/// Keeps the digest of the piece, or compares it with the one kept before.
 bool CipherInput::isAsBefore()
 {
     element digest = hash_->digestOf(piece_.bytes().first(held_));
@@ -143,7 +154,7 @@ int EncryptTo(Invocation& invocation, CipherSetting& setting, CipherInput& input
     if (!output.open() || !output.write(header))
         return invocation.refuse(output.name(), output.reason());
     Progress progress(invocation.console(), input.size());
-    return Finish(invocation, output, Run(invocation, *setting.cipher, input, &output, progress));
+    return Finish(invocation, output, Run(invocation, setting, input, &output, progress));
 }
 
 int DecryptTo(Invocation& invocation, CipherSetting& setting, CipherInput& input, Output& output)
@@ -170,7 +181,7 @@ int DecryptTo(Invocation& invocation, CipherSetting& setting, CipherInput& input
     }
     if (!output.open())
         return invocation.refuse(output.name(), output.reason());
-    return Finish(invocation, output, Run(invocation, cipher, input, &output, progress));
+    return Finish(invocation, output, Run(invocation, setting, input, &output, progress));
 }
 
 } // namespace ccrypto

@@ -13,27 +13,28 @@
 
 namespace ccrypto {
 
-/// What a text is enciphered with.
+/// What a text is encrypted or decrypted with.
 struct CipherSetting {
     std::unique_ptr<ICryptoCipher> cipher;
     element key;
     element iv;
     element authenticated; ///< in Galois/counter mode, what is authenticated besides the text
+    bool isFromPassword = false;
 };
 
-/// An input that was opened, with a piece from its front that was looked at already.
+/// An input whose front can be looked at before it is read.
 class CipherInput {
 public:
     CipherInput(Console& console, std::string name) : console_(console), name_(std::move(name)) {}
 
     /// \return false with reason().
     bool open();
-    /// Up to `count` bytes from the front, which next() gives once more unless skip() passes over them. \return false with
+    /// Up to `count` bytes from the front, which next() gives again unless skip() leaves them out. \return false with
     /// reason().
     bool peek(std::size_t count, std::span<const std::uint8_t>& front);
     void skip(std::size_t count) { skipped_ = count; }
     std::size_t skipped() const { return skipped_; }
-    /// The next piece behind what is skipped; empty at the end. \return false with reason().
+    /// The next piece after what is skipped; empty at the end. \return false with reason().
     bool next(std::span<const std::uint8_t>& piece);
     /// Keeps the digest of every piece from here on: what next() gives after rewind() is then what it gave before, or nothing.
     void remember();
