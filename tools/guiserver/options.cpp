@@ -6,27 +6,27 @@
 namespace ccrypto {
 
 const char* const guiServerUsage =
-    R"(guiserver: stands in for the GUI server of the signing client and shows what it is asked
+    R"(guiserver: stands in for the GUI server of the signing client and shows the requests
 
     guiserver [OPTION...]
 
 Answers every request of the session's pipe the way a user would who agrees to everything, and prints one block for each.
 
     --pin TEXT        the PIN to give; without it the PIN dialogs are answered as if the user had closed them
-    --puk TEXT        the PUK to give to the combined PIN and PUK dialog, which needs --pin as well
+    --puk TEXT        the PUK to give to the combined PIN and PUK dialog, which requires --pin
     --select N        the index chosen in selection dialogs (0)
     --deny            answer as a user who says no: confirmations, dialogs and transactions are turned down
     --grant-after N   turn down the first N requests for a transaction (0)
-    --secure          let programs of low integrity connect as well
+    --secure          let programs of low integrity connect too
     --pipe NAME       listen on this pipe, \\.\pipe\... in full, in place of the session's own
-    --once            end at the farewell that follows the first request that is more than a greeting
-    --timeout SECONDS end with 1 when no request comes for this long, 4294967 at most; 0, as without it: wait without end
+    --once            end at the farewell after the first request that is more than a greeting
+    --timeout SECONDS end with 1 when no request arrives for this long, 4294967 at most; 0, the default, waits forever
     --json            print one JSON object a line
     --hex             print the bytes of each body too
     --help            print this
 
-PINs and PUKs are never printed, those of --hex neither. Ends with 0 after --once or Ctrl+C, with 1 when the pipe could not be had
-or the time is over, with 2 when the options are not understood.
+PINs and PUKs are never printed, not even by --hex. The exit code is 0 after --once or Ctrl+C, 1 when the pipe could not be created
+or the time is over, 2 when the options are wrong.
 )";
 
 namespace {
@@ -117,10 +117,10 @@ bool ParseGuiServerOptions(const std::vector<std::string>& arguments, GuiServerO
         const std::string& name = arguments[index];
         if (SetSwitch(name, options))
             continue;
-        // What is no option's name may be a PIN and is not repeated.
+        // What is not an option's name may be a PIN and is not repeated.
         const std::string wanted = WantedValue(name);
         if (wanted.empty()) {
-            error = "argument " + std::to_string(index + 1) + " is not understood";
+            error = "argument " + std::to_string(index + 1) + " is not an option";
             return false;
         }
         ++index;
@@ -130,7 +130,7 @@ bool ParseGuiServerOptions(const std::vector<std::string>& arguments, GuiServerO
         }
     }
     if (options.hasPuk && !options.hasPin) {
-        error = "--puk needs --pin as well";
+        error = "--puk requires --pin";
         return false;
     }
     return true;

@@ -125,7 +125,7 @@ ReceivedRequest ReadGuiRequest(CCryptoPipeRequestData& message)
     message.StartMessage();
 
     ExpectedItems expected(request.known);
-    request.wellFormed = true;
+    request.wellFormed = request.known != nullptr;
     while (message.position() < message.body().size()) {
         if (request.items.size() == maxItems) {
             request.wellFormed = false;
@@ -145,7 +145,7 @@ ReceivedRequest ReadGuiRequest(CCryptoPipeRequestData& message)
             expected.SetListLength(item.integer);
         if (next.kind == GuiItemKind::fileNames)
             request.files = item.bytes.view();
-        request.wellFormed &= request.known == nullptr || Suits(item, next.kind);
+        request.wellFormed &= Suits(item, next.kind);
         request.items.push_back(std::move(item));
     }
 

@@ -28,7 +28,7 @@ struct ReceivedRequest {
     std::int32_t status = 0;
     const GuiRequest* known = nullptr; ///< null for a number that is not an operation
     std::vector<ReceivedItem> items;
-    bool wellFormed = false; ///< the items are those of the table, not too many, and nothing is left over
+    bool wellFormed = false; ///< the items are those of the table, not too many, and nothing is left; false for an unknown type
     std::string files;       ///< of a request with file names, "*" between them
     std::string body;        ///< as it was received, every byte of a secret an 'x'
 };

@@ -162,8 +162,8 @@ TEST_F(GuiServerProgram, SaysWhatItDidNotUnderstand)
         {"--timeout 4294968", "--timeout requires a number from 0 to 4294967\n"},
         {"--select", "--select requires a number from 0 to 4294967295\n"},
         {"--pipe name", "--pipe requires a name that begins with \\\\.\\pipe\\\n"},
-        {"--puk 1", "--puk needs --pin as well\n"},
-        {"-x", "argument 1 is not understood\n"},
+        {"--puk 1", "--puk requires --pin\n"},
+        {"-x", "argument 1 is not an option\n"},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(test.options);
