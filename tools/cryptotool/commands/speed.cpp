@@ -1,6 +1,7 @@
 #include "core/base/ascii.h"
 #include "crypto/base/cpu_features.h"
 #include "tools/cryptotool/cli/command_table.h"
+#include "tools/cryptotool/cli/host.h"
 #include "tools/cryptotool/cli/invocation.h"
 #include "tools/cryptotool/cli/progress.h"
 #include "tools/cryptotool/cli/safe_text.h"
@@ -17,24 +18,24 @@ namespace ccrypto {
 namespace {
 
 constexpr std::string_view speedDetails =
-    R"(Measures the library's algorithms on this processor, and prints how many million bytes of a text, or how many operations, each
-takes in a second. NAME is part of an algorithm's name, in either case, with or without "-"; without one all are measured, which
-takes about a quarter of a minute. Every variant that the processor has gets a line, and "*" stands at the one that the library
-uses; what works with keys, x25519 apart, is measured with that one alone. The environment variable CRYPTO_CPU, set to portable,
-makes it the portable one.
+    R"(Measures the library's algorithms on this processor, and prints how many million bytes of data, or how many operations, each processes
+in a second of processor time. NAME is part of an algorithm's name, in either case, with or without "-"; without one all are
+measured, which takes about a quarter of a minute. Every variant that the processor supports has a line, and "*" marks the one that
+the library uses; what works with keys, except x25519, is measured with that one alone. The environment variable CRYPTO_CPU, set to
+portable, makes it the portable one.
 )";
 
 constexpr Option speedOptions[] = {
-    {OptionKind::number, 0, "seconds", "N", "spend N seconds on each number, 1 to 60 (a tenth of a second)"},
+    {OptionKind::number, 0, "seconds", "N", "spend N seconds of processor time on each number, 1 to 60 (a tenth of a second)"},
     jsonOption,
     outputOption,
 };
 
-constexpr std::uint64_t mostSeconds = 60;
-constexpr double usualSeconds = 0.1;
+constexpr std::uint64_t maxSeconds = 60;
+constexpr double defaultSeconds = 0.1;
 constexpr std::array<std::size_t, 3> sizes = {16, 1024, 16384};
 
-/// What came out for a row: for texts, the bytes a second of each size, otherwise one number of operations a second.
+/// The result for a row: for texts, the bytes per second of each size, otherwise the operations per second.
 struct Measured {
     const SpeedRow* row;
     std::vector<double> perSecond;
@@ -59,17 +60,18 @@ bool Matches(const SpeedRow& row, const std::string& name)
 
 double CallsPerSecond(const SpeedRow::Call& call, double seconds)
 {
-    using Clock = std::chrono::steady_clock;
-    const auto since = [](Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); };
-    // The first call fills caches and what is made on first use.
-    call();
+    // The first call fills caches and what is made on first use; more of them wait for the next step of a coarse clock.
+    const std::chrono::nanoseconds before = ProcessorTime();
+    std::chrono::nanoseconds start = before;
+    for (; start == before; start = ProcessorTime())
+        call();
+    const auto since = [start] { return std::chrono::duration<double>(ProcessorTime() - start).count(); };
     std::uint64_t calls = 0;
     std::uint64_t batch = 1;
-    const Clock::time_point start = Clock::now();
-    for (double elapsed = 0;; elapsed = since(start)) {
+    for (double elapsed = 0;; elapsed = since()) {
         if (elapsed >= seconds)
             return static_cast<double>(calls) / elapsed;
-        // So that the clock is looked at now and then only.
+        // The clock is read rarely, since reading it takes time too.
         if (elapsed < seconds / 16)
             batch = std::max<std::uint64_t>(batch, calls / 2);
         for (std::uint64_t count = 0; count < batch; ++count)
@@ -129,7 +131,7 @@ std::string Table(const std::vector<Measured>& all, bool countsBytes)
         return lines;
     const std::string head = Left("algorithm", algorithmWidth) + Left("variant", variantWidth);
     if (!countsBytes)
-        return head + Right("a second", numberWidth) + "\n" + lines;
+        return head + Right("per second", numberWidth) + "\n" + lines;
     return head + Right("16 B", numberWidth) + Right("1 KiB", numberWidth) + Right("16 KiB", numberWidth) + "  MB/s\n" + lines;
 }
 
@@ -164,9 +166,9 @@ int MeasureSpeed(Invocation& invocation)
 {
     const Arguments& arguments = invocation.arguments();
     const std::uint64_t wholeSeconds = arguments.number("seconds", 1);
-    if (wholeSeconds < 1 || wholeSeconds > mostSeconds)
-        return invocation.misuse("--seconds is from 1 to " + std::to_string(mostSeconds));
-    const double seconds = arguments.has("seconds") ? static_cast<double>(wholeSeconds) : usualSeconds;
+    if (wholeSeconds < 1 || wholeSeconds > maxSeconds)
+        return invocation.misuse("--seconds must be from 1 to " + std::to_string(maxSeconds));
+    const double seconds = arguments.has("seconds") ? static_cast<double>(wholeSeconds) : defaultSeconds;
     SpeedRows rows;
     AddHashRows(rows);
     AddCipherRows(rows);
@@ -175,7 +177,7 @@ int MeasureSpeed(Invocation& invocation)
     const std::vector<std::string>& names = arguments.operands();
     for (const std::string& name : names)
         if (std::ranges::none_of(rows, [&](const SpeedRow& row) { return Matches(row, name); }))
-            return invocation.misuse("there is no algorithm " + name);
+            return invocation.misuse("unknown algorithm " + name);
     if (!names.empty())
         std::erase_if(rows, [&](const SpeedRow& row) {
             return std::ranges::none_of(names, [&](const std::string& name) { return Matches(row, name); });
