@@ -59,7 +59,21 @@ TEST(CryptotoolInput, FindsOutWhatItIs)
         {"empty", "", "", "it is empty"},
         {"blanks", " \n", "", "it is empty"},
         {"zero bytes", std::string(9, '\0'), "", "The data holds no element (offset 0)"},
-        {"text", "Just some words.\n", "", "(offset 0); it is text, but neither PEM nor base64"},
+        {"text", "Just some words.\n", "", "(offset 0); it is text, but not PEM, base64 or hexadecimal"},
+        {"hexadecimal", "020105", hex, ""},
+        {"hexadecimal in lines, in both cases", "\xEF\xBB\xBF 0c 02\n C3A4\r\n", "0c02c3a4", ""},
+        {"hexadecimal with colons", "02:01:05", hex, ""},
+        {"hexadecimal as of C", "0x02, 0x01,\n0X05,\n", hex, ""},
+        {"hexadecimal after one prefix", "0x020105", hex, ""},
+        {"an odd digit", "02:01:0", "", "hexadecimal text has an odd number of digits"},
+
+        {"a prefix in the middle", "020x105", "", "it is text, but not"},
+        // base64 of hexadecimal digits, that is DER as base64 alone: an OCTET STRING of one byte, an INTEGER
+        {"base64 that looks hexadecimal", "BAEA", "040100", ""},
+        {"base64 that looks hexadecimal, in lines", "AgE\nA", "020100", ""},
+        // DER as both: NULL, and as base64 an element of 28 bytes
+        {"DER both ways", "0500", "0500", ""},
+        {"DER neither way", "0202AA", "", "A length exceeds what remains of the data (offset 0)"},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(test.name);
@@ -133,6 +147,157 @@ TEST(CryptotoolOutline, TellsWhereEverythingLies)
         "\"constructed\":false,\"oid\":\"2.47\",\"name\":null}\n"
         "]}\n"
         "]}\n");
+}
+
+TEST(CryptotoolOutline, TimesAreReadable)
+{
+    const struct {
+        std::uint8_t tag;
+        const char* value;
+        const char* shown; ///< empty where there is no such time
+    } cases[] = {
+        {0x17, "261123123818Z", "2026-11-23 12:38:18 UTC"},
+        {0x17, "491231235959Z", "2049-12-31 23:59:59 UTC"},
+        {0x17, "500101000000Z", "1950-01-01 00:00:00 UTC"},
+        {0x17, "2611231238Z", "2026-11-23 12:38:00 UTC"},
+        {0x17, "261123123818+0230", "2026-11-23 12:38:18 UTC+02:30"},
+        {0x17, "26112312", ""},
+        {0x17, "261123123818", "2026-11-23 12:38:18 local time"},
+        {0x17, "270229000000Z", ""},
+        {0x17, "261323000000Z", ""},
+        {0x17, "261123240000Z", ""},
+        {0x17, "261123126000Z", ""},
+        {0x17, "261123123861Z", ""},
+        {0x17, "261123123818.5Z", ""},
+        {0x17, "261123123818Zx", ""},
+        {0x17, "261123123818+2400", ""},
+        {0x17, "261123123818*0200", ""},
+        {0x17, "2611231a3818Z", ""},
+        {0x18, "20240229000000Z", "2024-02-29 00:00:00 UTC"},
+        {0x18, "2024022911", "2024-02-29 11:00:00 local time"},
+        {0x18, "202402291130-05", "2024-02-29 11:30:00 UTC-05:00"},
+        {0x18, "20240229113000.125Z", "2024-02-29 11:30:00.125 UTC"},
+        {0x18, "20240229113000,5", "2024-02-29 11:30:00.5 local time"},
+        {0x18, "20240229113000.Z", ""},
+        {0x18, "240229000000Z", ""},
+        {0x13, "20240229000000Z", ""},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.value);
+        const std::string value(test.value);
+        const std::string der = std::string{static_cast<char>(test.tag), static_cast<char>(value.size())} + value;
+        const std::string meaning = *test.shown != 0 ? " (" + std::string(test.shown) + ")\n" : "\n";
+        const std::string line = RunTool({"asn1", "show", "-"}, der).output;
+        EXPECT_TRUE(line.ends_with("\"" + value + "\"" + meaning)) << line;
+        const std::string json = RunTool({"asn1", "show", "--json", "-"}, der).output;
+        EXPECT_EQ(json.find("\"time\":\"") != std::string::npos, *test.shown != 0) << json;
+    }
+    EXPECT_NE(RunTool({"asn1", "show", "--json", "-"}, "\x17\x0d"
+                                                       "261123123818Z")
+                  .output.find(",\"time\":\"2026-11-23T12:38:18Z\"}"),
+              std::string::npos);
+}
+
+TEST(CryptotoolOutline, AddressesOfExtensionsAreReadable)
+{
+    const struct {
+        const char* extension; ///< the last octet of 2.5.29
+        const char* value;
+        const char* shown; ///< empty where it is no address
+    } cases[] = {
+        {"11", "0a000001", "10.0.0.1"},
+        {"12", "ffffffff", "255.255.255.255"},
+        {"11", "0a0000", ""},
+        {"11", "0a000000ff000000", ""},
+        {"0e", "0a000001", ""},
+        {"1e", "0a000001", ""},
+        {"1e", "0a000000ff000000", "10.0.0.0/8"},
+        {"1e", "0a000000ff800000", "10.0.0.0/9"},
+        {"1e", "0a00000000000000", "10.0.0.0/0"},
+        {"1e", "0a000000ffffffff", "10.0.0.0/32"},
+        {"1e", "0a000000ff00ff00", "10.0.0.0/255.0.255.0"},
+        {"1e", "0a000000fd000000", "10.0.0.0/253.0.0.0"},
+        {"1e", "20010db8000000000000000000000000ffffffff000000000000000000000000", "2001:db8::/32"},
+        // RFC 5952, 4 and 5
+        {"11", "20010db8000000000000000000020001", "2001:db8::2:1"},
+        {"11", "20010db8000000010001000100010001", "2001:db8:0:1:1:1:1:1"},
+        {"11", "20010000000000010000000000000001", "2001:0:0:1::1"},
+        {"11", "20010db8000000000001000000000001", "2001:db8::1:0:0:1"},
+        {"11", "00000000000000000000000000000000", "::"},
+        {"11", "00000000000000000000000000000001", "::1"},
+        {"11", "fe800000000000000000000000000000", "fe80::"},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(std::string(test.extension) + " " + test.value);
+        const std::string value = Bytes(test.value);
+        const auto wrapped = [](std::uint8_t tag, const std::string& inner) {
+            return std::string{static_cast<char>(tag), static_cast<char>(inner.size())} + inner;
+        };
+        const std::string der =
+            wrapped(0x30, Bytes("0603551d" + std::string(test.extension)) + wrapped(0x04, wrapped(0x30, wrapped(0x87, value))));
+        const std::string lines = RunTool({"asn1", "show", "--inside", "-"}, der).output;
+        const std::string json = RunTool({"asn1", "show", "--inside", "--json", "-"}, der).output;
+        EXPECT_EQ(lines.find(" (" + std::string(test.shown) + ")\n") != std::string::npos, *test.shown != 0) << lines;
+        EXPECT_EQ(json.find(",\"address\":\"" + std::string(test.shown) + "\"}") != std::string::npos, *test.shown != 0) << json;
+        EXPECT_EQ(json.find("\"address\"") != std::string::npos, *test.shown != 0) << json;
+    }
+    // Outside of an extension the tag means nothing.
+    EXPECT_TRUE(RunTool({"asn1", "show", "-"}, Bytes("87040a000001")).output.ends_with(" #0a000001\n"));
+}
+
+TEST(CryptotoolShow, OneElementIsFoundByItsOffset)
+{
+    const std::string der = Bytes("300f"
+                                  "0603550403"
+                                  "0c03416461"
+                                  "a203020107");
+    const std::string openEnded = Bytes("3080"
+                                        "a0800201050000"
+                                        "020106"
+                                        "0000");
+    const struct {
+        std::string input;
+        std::vector<std::string> words;
+        std::string output; ///< empty where it is refused
+        const char* error;
+    } cases[] = {
+        {der, {"--at", "7", "--as", "template"}, "UTF8String = \"Ada\"\n", ""},
+        {der, {"--at", "0x7", "--as", "der"}, Bytes("0c03416461"), ""},
+        {der, {"--at", "0", "--as", "der"}, der, ""},
+        {der,
+         {"--at=12"},
+         " offset  header   length  form  element\n     12       2        3  cons  CONTEXT_SPECIFIC[2]\n"
+         "     14       2        1  prim    INTEGER 7\n",
+         ""},
+        {der,
+         {"--at=12", "--depth=1"},
+         " offset  header   length  form  element\n     12       2        3  cons  CONTEXT_SPECIFIC[2]\n",
+         ""},
+        {openEnded, {"--at", "2", "--as", "der"}, Bytes("a0800201050000"), ""},
+        {openEnded, {"--at", "9", "--as", "der"}, Bytes("020106"), ""},
+        {der.substr(0, 10),
+         {"--at", "7", "--lenient"},
+         " offset  header   length  form  element\n      7       2        3  prim  UTF8String \"A\" (cut short: 1 of 3 bytes)\n",
+         "warning: A length exceeds what remains of the data"},
+        {der, {"--at", "5"}, "", "no element starts at offset 5; the nearest is the UTF8String at 7\n"},
+        {der, {"--at", "1"}, "", "no element starts at offset 1; the nearest is the SEQUENCE at 0\n"},
+        {der, {"--at", "0xffffffff"}, "", "the nearest is the INTEGER at 14\n"},
+        {openEnded, {"--at", "7"}, "", "the nearest is the INTEGER at 9\n"},
+        {der, {"--at", "4294967296"}, "", "--at must be an offset like 60 or 0x3c, not 4294967296"},
+        {der, {"--at", "0x"}, "", "--at must be an offset"},
+        {der, {"--at", "7x"}, "", "--at must be an offset"},
+        {Pem("AgEF\n") + Pem("AgEG\n"), {"--at", "0"}, "", "--at requires one block, and it has 2\n"},
+        {der, {"--as", "der", "--depth", "1"}, "", "--depth and --as der are mutually exclusive"},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(testing::PrintToString(test.words));
+        std::vector<std::string> words = {"asn1", "show", "-"};
+        words.insert(words.end(), test.words.begin(), test.words.end());
+        const ToolResult shown = RunTool(words, test.input);
+        EXPECT_EQ(shown.output, test.output);
+        EXPECT_NE(shown.error.find(test.error), std::string::npos) << shown.error;
+        EXPECT_EQ(shown.code == exitDone, !test.output.empty());
+    }
 }
 
 TEST(CryptotoolOutline, OfCutDataTellsWhatIsThere)

@@ -60,6 +60,7 @@ TEST(CryptotoolOutput, BinaryDataDoesNotGoToATerminal)
         {{"asn1", "build", "--pem", "X", "-"}, "INTEGER = 5", false},
         {{"asn1", "get", "--as", "der", "", "-"}, number, true},
         {{"asn1", "get", "", "-"}, number, false},
+        {{"asn1", "show", "--as", "der", "-"}, number, true},
         {{"gzip"}, "x", true},
         {{"gunzip"}, packed, false},
         {{"gunzip"}, packedBytes, true},

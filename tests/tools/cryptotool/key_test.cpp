@@ -125,7 +125,10 @@ TEST_F(CryptotoolKey, ReadsBase64AndPemAmongOtherText)
     const std::string base64 = publishedKey.substr(31, publishedKey.size() - 31 - 29);
     const std::string half = RunTool({"key", "public", Put(u8"key", publishedKey)}).output;
     const std::string bag = std::string("Bag Attributes\r\n").append(publishedKey).append(half);
-    for (const std::string& input : {base64, bag, "\xEF\xBB\xBF" + base64, "\xEF\xBB\xBF" + publishedKey})
+    // ASN1 SEQUENCE { INTEGER 1, OCTET STRING, [0] prime256v1 }
+    const std::string hex = "30:31:02:01:01:04:20 c9afa9d845ba75166b5c215767b1d6934e50c3db36e89b127b8a622b120f6721\n"
+                            "0xa0 0x0a 06082A8648CE3D030107\n";
+    for (const std::string& input : {hex, base64, bag, "\xEF\xBB\xBF" + base64, "\xEF\xBB\xBF" + publishedKey})
         EXPECT_EQ(RunTool({"key", "public", "-"}, input).output, half) << input;
 }
 

@@ -91,7 +91,7 @@ TEST(CryptotoolUsage, AMistypedWordIsAnsweredWithTheNearestOne)
         {{"gzip", "--x"}, "unknown option --x (see cryptotool gzip --help)"},
         {{"gzip", "-z"}, "unknown option -z (see cryptotool gzip --help)"},
         {{"asn1", "show", "--as", "jason", "-"},
-         "--as must be one of template|json|xml|outline, not jason; did you mean json? (see cryptotool asn1 show --help)"},
+         "--as must be one of template|json|xml|der|outline, not jason; did you mean json? (see cryptotool asn1 show --help)"},
         {{"hash", "sha265", "-"}, "unknown hash function sha265; did you mean sha256? (see cryptotool hash --help)"},
         {{"key", "gen", "P-265"}, "unknown algorithm P-265; did you mean P-256? (see cryptotool key gen --help)"},
     };

@@ -6,47 +6,72 @@
 #include "tools/cryptotool/io/outline_report.h"
 #include "tools/cryptotool/io/output.h"
 
+#include <algorithm>
+#include <charconv>
+
 namespace ccrypto {
 
 namespace {
 
 constexpr std::string_view asn1ShowDetails =
-    R"(Prints the elements of FILE. The outline has one line an element: its offset in the block, the length of its header and of its
-value, whether it is constructed, its type and value, and the name of an object identifier. The other forms are the whole tree;
-"cryptotool asn1 build" makes the same DER of each of them.
+    R"(Prints the elements of FILE. The outline has one line per element: its offset in the block, the length of its header and of its
+value, whether it is constructed, its type and value, and what the value means: the name of an object identifier, a readable time,
+with --inside the IP addresses of certificates. The other forms are the whole tree; "cryptotool asn1 build" makes the same DER from
+each of them.
+
+OFFSET is decimal, or hexadecimal after 0x; only the element that starts there is shown, of a file with one block.
 )";
 
+constexpr Option atOption = {OptionKind::text, 0, "at", "OFFSET", "show the element at this offset alone"};
 constexpr Option asn1ShowOptions[] = {
-    {OptionKind::choice, 0, "as", "template|json|xml|outline", "how to print it (outline)"},
+    {OptionKind::choice, 0, "as", "template|json|xml|der|outline", "how to print it (outline); der is binary"},
+    atOption,
     insideOption,
     lenientOption,
-    {OptionKind::number, 0, "depth", "N", "take N levels apart; in a tree, what lies deeper stays bytes"},
+    {OptionKind::number, 0, "depth", "N", "show N levels; in a tree, what is deeper stays bytes"},
     {OptionKind::flag, 0, "json", "", "print the outline as JSON"},
     outputOption,
 };
 
 using Blocks = std::vector<DecodedBlock>;
 
-bool WriteOutline(const Blocks& blocks, const DerOptions& options, std::uint32_t levels, Output& output)
+/// How an outline is made.
+struct OutlineSetting {
+    DerOptions decoding;
+    std::uint32_t levels = 0;
+    std::uint32_t start = 0; ///< the offset of the first element in the file's block
+};
+
+/// Visits the elements of a block, with their offsets in the file's block.
+template <typename Visit>
+void ForEachElement(const DecodedBlock& block, const OutlineSetting& setting, const Visit& visit)
+{
+    WalkOutline(block.data.bytes.bytes(), block.root(), setting.decoding, setting.levels, [&](OutlineElement line) {
+        line.header.start += setting.start;
+        line.header.valueStart += setting.start;
+        visit(line);
+    });
+}
+
+bool WriteOutline(const Blocks& blocks, const OutlineSetting& setting, Output& output)
 {
     bool written = true;
     for (std::size_t index = 0; index < blocks.size(); ++index) {
-        const DecodedBlock& block = blocks[index];
         written = written && output.write(BlockHeading(blocks, index)) && output.write(OutlineHeading());
-        WalkOutline(block.data.bytes.bytes(), block.root(), options, levels,
-                    [&](const OutlineElement& line) { written = written && output.write(OutlineLine(line)); });
+        ForEachElement(blocks[index], setting,
+                       [&](const OutlineElement& line) { written = written && output.write(OutlineLine(line, output.paint())); });
     }
     return written;
 }
 
-bool WriteOutlineJson(const Blocks& blocks, const DerOptions& options, std::uint32_t levels, Output& output)
+bool WriteOutlineJson(const Blocks& blocks, const OutlineSetting& setting, Output& output)
 {
     bool written = output.write("{\"blocks\":[");
     const char* before = "\n";
     for (const DecodedBlock& block : blocks) {
         written = written && output.write(before + ("{\"label\":" + BlockLabelJson(block)) + ",\"elements\":[");
         before = "\n";
-        WalkOutline(block.data.bytes.bytes(), block.root(), options, levels, [&](const OutlineElement& line) {
+        ForEachElement(block, setting, [&](const OutlineElement& line) {
             written = written && output.write(before + OutlineJson(line));
             before = ",\n";
         });
@@ -54,6 +79,55 @@ bool WriteOutlineJson(const Blocks& blocks, const DerOptions& options, std::uint
         before = ",\n";
     }
     return written && output.write("\n]}\n");
+}
+
+/// An offset in decimal, or in hexadecimal after "0x".
+bool ParseOffset(std::string_view text, std::uint32_t& offset)
+{
+    const bool isHex = text.starts_with("0x") || text.starts_with("0X");
+    const std::string_view digits = text.substr(isHex ? 2 : 0);
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), offset, isHex ? 16 : 10);
+    return error == std::errc() && end == digits.data() + digits.size();
+}
+
+/// Leaves of the block the element that starts at `offset`. \return false with `reason`, which names the nearest element.
+bool KeepElementAt(std::uint32_t offset, const DerOptions& decoding, DecodedBlock& block, std::string& reason)
+{
+    OutlineElement nearest;
+    std::uint32_t end = 0;
+    bool isOpenEnded = false; ///< the end-of-contents octets have not come
+    std::uint32_t leastDistance = UINT32_MAX;
+    WalkOutline(block.data.bytes.bytes(), block.root(), decoding, 0, [&](const OutlineElement& line) {
+        const std::uint32_t start = line.header.start;
+        const std::uint32_t distance = start < offset ? offset - start : start - offset;
+        if (line.kind == OutlineElement::Kind::element && distance < leastDistance) {
+            leastDistance = distance;
+            nearest = line;
+            end = line.header.valueStart + std::min(line.header.length, static_cast<std::uint32_t>(line.value.size()));
+            isOpenEnded = line.header.indefinite;
+        } else if (isOpenEnded && line.kind == OutlineElement::Kind::endOfContents && line.depth == nearest.depth + 1) {
+            end = line.header.valueStart;
+            isOpenEnded = false;
+        }
+    });
+    if (leastDistance != 0) {
+        reason = "no element starts at offset " + std::to_string(offset) + "; the nearest is the " +
+                 std::string(nearest.typeName()) + " at " + std::to_string(nearest.header.start);
+        return false;
+    }
+    block.data.bytes = element(block.data.bytes.data() + offset, end - offset);
+    StartReason();
+    if (!block.tree.Load_DER_Memory(block.data.bytes, decoding) && block.problem.empty())
+        block.problem = Reason("it does not decode");
+    return true;
+}
+
+element BlockBytes(const Blocks& blocks)
+{
+    element bytes;
+    for (const DecodedBlock& block : blocks)
+        bytes.append(block.data.bytes.data(), block.data.bytes.length());
+    return bytes;
 }
 
 /// Empty, with Reason() set, when the tree cannot be written so.
@@ -78,44 +152,56 @@ std::string TreeText(Blocks& blocks, const std::string& form)
     return text;
 }
 
+bool WriteTree(Blocks& blocks, const std::string& form, std::uint32_t levels, Output& output, std::string& reason)
+{
+    if (form == "der")
+        return output.write(BlockBytes(blocks).bytes());
+    for (DecodedBlock& block : blocks)
+        if (levels != 0)
+            LimitDepth(block.tree.root(), levels);
+    const std::string text = TreeText(blocks, form);
+    if (text.empty())
+        reason = Reason("it cannot be printed in this form");
+    return !text.empty() && output.write(text);
+}
+
 int Show(Invocation& invocation)
 {
     const Arguments& arguments = invocation.arguments();
     const std::string form = arguments.value("as", "outline");
     const std::uint64_t levels = arguments.number("depth", 0);
+    std::uint32_t offset = 0;
     if (arguments.has("json") && form != "outline")
-        return invocation.misuse("--json prints an outline; --as " + form + " does not go with it");
-    if (arguments.has("depth") && (levels == 0 || levels > UINT32_MAX))
-        return invocation.misuse("--depth needs a number of at least 1");
+        return invocation.misuse("--json and --as " + form + " are mutually exclusive");
+    if (arguments.has("depth") && (levels == 0 || levels > UINT32_MAX || form == "der"))
+        return invocation.misuse(form == "der" ? "--depth and --as der are mutually exclusive" : "--depth must be at least 1");
+    if (arguments.has(atOption.name) && !ParseOffset(arguments.value(atOption.name), offset))
+        return invocation.misuse("--at must be an offset like 60 or 0x3c, not " + arguments.value(atOption.name));
 
-    const DerOptions decoding = DecodingOptions(arguments);
+    OutlineSetting setting = {DecodingOptions(arguments), static_cast<std::uint32_t>(levels), offset};
     const std::string file = arguments.operand(0);
     Blocks blocks;
     std::string reason;
-    const BrokenBlocks broken = form == "outline" && decoding.lenient ? BrokenBlocks::kept : BrokenBlocks::refused;
-    if (!ReadDecoded(invocation.console(), file, decoding, broken, blocks, reason))
+    const BrokenBlocks broken = form == "outline" && setting.decoding.lenient ? BrokenBlocks::kept : BrokenBlocks::refused;
+    if (!ReadDecoded(invocation.console(), file, setting.decoding, broken, blocks, reason))
         return invocation.refuse(file, reason);
-    Output output(invocation.console(), arguments.value("output"), Output::Content::text);
+    if (arguments.has(atOption.name) && blocks.size() > 1)
+        return invocation.refuse(file, "--at requires one block, and it has " + std::to_string(blocks.size()));
+    if (arguments.has(atOption.name) && !KeepElementAt(offset, setting.decoding, blocks.front(), reason))
+        return invocation.refuse(file, reason);
+    Output output(invocation.console(), arguments.value("output"), form == "der" ? Output::Content::binary : Output::Content::text);
     if (!output.open())
         return invocation.refuse(output.name(), output.reason());
 
-    bool written = false;
-    if (form == "outline") {
-        written =
-            (arguments.has("json") ? WriteOutlineJson : WriteOutline)(blocks, decoding, static_cast<std::uint32_t>(levels), output);
-        for (const DecodedBlock& block : blocks)
-            if (!block.problem.empty())
-                invocation.warn(file, block.problem);
-    } else {
-        if (levels != 0) {
-            for (DecodedBlock& block : blocks)
-                LimitDepth(block.tree.root(), static_cast<std::uint32_t>(levels));
-        }
-        const std::string text = TreeText(blocks, form);
-        if (text.empty())
-            return invocation.refuse(file, Reason("it cannot be printed so"));
-        written = output.write(text);
+    if (form != "outline") {
+        const bool written = WriteTree(blocks, form, setting.levels, output, reason) && output.finish();
+        return written ? exitDone
+                       : invocation.refuse(reason.empty() ? output.name() : file, reason.empty() ? output.reason() : reason);
     }
+    const bool written = (arguments.has("json") ? WriteOutlineJson : WriteOutline)(blocks, setting, output);
+    for (const DecodedBlock& block : blocks)
+        if (!block.problem.empty())
+            invocation.warn(file, block.problem);
     return written && output.finish() ? exitDone : invocation.refuse(output.name(), output.reason());
 }
 

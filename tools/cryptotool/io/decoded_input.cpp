@@ -32,7 +32,7 @@ bool ReadDecoded(Console& console, const std::string& name, const DerOptions& op
         if (!block.data.label.empty())
             block.problem.insert(0, PemBlockName(blocks.size(), block.data.label) + ": ");
         else if (isText)
-            block.problem += "; it is text, but neither PEM nor base64";
+            block.problem += "; it is text, but not PEM, base64 or hexadecimal";
         if (isText || broken == BrokenBlocks::refused) {
             reason = block.problem;
             return false;

@@ -1,6 +1,7 @@
 #include "tools/cryptotool/io/input.h"
 
 #include "tools/cryptotool/cli/reason.h"
+#include "tools/cryptotool/io/text_decoding.h"
 
 #include <algorithm>
 
@@ -89,14 +90,11 @@ bool SplitBlocks(element bytes, std::vector<DataBlock>& blocks, std::string& rea
     if (HasPemBlock(text) && (text.starts_with("-----BEGIN ") || IsText(text)))
         return ReadPem(text, blocks, reason);
     DataBlock block;
-    if (!IsBase64Text(text)) {
+    const ccrypto::TextDecoding decoding = ccrypto::DecodeText(text, block.bytes, reason);
+    if (decoding == ccrypto::TextDecoding::broken)
+        return false;
+    if (decoding == ccrypto::TextDecoding::none)
         block.bytes = std::move(bytes);
-    } else if (!DecodeBase64(text, block.bytes, reason)) {
-        return false;
-    } else if (block.bytes.isEmpty()) {
-        reason = "it is empty";
-        return false;
-    }
     blocks.push_back(std::move(block));
     return true;
 }

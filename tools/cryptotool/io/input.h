@@ -44,7 +44,8 @@ bool IsText(std::string_view bytes);
 /// Text of UTF-8 without the mark that some programs put in front of it.
 std::string_view WithoutByteOrderMark(std::string_view text);
 
-/// The DER of an input: every block of PEM, the bytes of base64, or the bytes as they are. \return false with `reason`.
+/// The DER of an input: every block of PEM, the bytes of base64 or hexadecimal text, or the bytes unchanged. \return false with
+/// `reason`.
 bool ReadBlocks(Console& console, const std::string& name, std::vector<DataBlock>& blocks, std::string& reason);
 
 /// The same for bytes at hand, which are taken over.

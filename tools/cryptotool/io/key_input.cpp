@@ -3,13 +3,15 @@
 #include "asn1/der/pem.h"
 #include "tools/cryptotool/cli/reason.h"
 #include "tools/cryptotool/io/input.h"
+#include "tools/cryptotool/io/text_decoding.h"
 
 namespace ccrypto {
 
 namespace {
 
-/// The bytes that base64 stands for; DER and PEM stay as they are, without a byte order mark. \return false with `reason`.
-bool DropBase64(element& bytes, std::string& reason)
+/// The bytes that base64 or hexadecimal text stands for; DER and PEM stay unchanged, without a byte order mark. \return false with
+/// `reason`.
+bool DropTextForm(element& bytes, std::string& reason)
 {
     bytes.erase(0, bytes.length() - static_cast<std::uint32_t>(WithoutByteOrderMark(bytes.view()).size()));
     const std::string_view text = bytes.view();
@@ -17,13 +19,13 @@ bool DropBase64(element& bytes, std::string& reason)
         reason = "it is empty";
         return false;
     }
-    if (HasPemBlock(text) || !IsBase64Text(text))
+    if (HasPemBlock(text))
         return true;
     element decoded;
-    if (!DecodeBase64(text, decoded, reason))
-        return false;
-    bytes = std::move(decoded);
-    return true;
+    const ccrypto::TextDecoding decoding = ccrypto::DecodeText(text, decoded, reason);
+    if (decoding == ccrypto::TextDecoding::decoded)
+        bytes = std::move(decoded);
+    return decoding != ccrypto::TextDecoding::broken;
 }
 
 } // namespace
@@ -32,7 +34,7 @@ int ReadKey(Invocation& invocation, const std::string& file, KeyInput& input)
 {
     element bytes;
     std::string reason;
-    if (!ReadWhole(invocation.console(), file, bytes, reason) || !DropBase64(bytes, reason))
+    if (!ReadWhole(invocation.console(), file, bytes, reason) || !DropTextForm(bytes, reason))
         return invocation.refuse(file, reason);
     int passwordExit = exitDone;
     CCryptoKeyFile keyFile;

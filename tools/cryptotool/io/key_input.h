@@ -15,8 +15,8 @@ struct KeyInput {
     KeyForm form = KeyForm::publicKeyInfo;
 };
 
-/// Reads a key of any form, DER, PEM or base64; of one that is encrypted, the password comes from the options of passwordSecret.
-/// \return exitDone, or the exit code after the reason was printed.
+/// Reads a key of any form, DER, PEM, base64 or hexadecimal; of one that is encrypted, the password comes from the options of
+/// passwordSecret. \return exitDone, or the exit code after the reason was printed.
 int ReadKey(Invocation& invocation, const std::string& file, KeyInput& input);
 
 } // namespace ccrypto

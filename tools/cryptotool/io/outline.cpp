@@ -6,6 +6,8 @@ namespace {
 
 constexpr std::uint32_t endOfContentsLength = 2;
 
+using Octets = std::span<const std::uint8_t>;
+
 class Walk {
 public:
     Walk(std::span<const std::uint8_t> input, bool lenient, std::uint32_t levels,
@@ -14,15 +16,15 @@ public:
     {
     }
 
-    /// \return the offset behind the last element.
-    std::uint32_t list(const elementNode* first, std::uint32_t position, std::uint32_t end, std::uint32_t depth);
+    /// \return the offset after the last element.
+    std::uint32_t list(const elementNode* first, std::uint32_t position, std::uint32_t end, std::uint32_t depth, Octets extension);
     void rest(std::uint32_t position, std::uint32_t end, std::uint32_t depth);
     void cut(const DerOptions& options);
 
 private:
     std::uint32_t whole(const DerOptions& options, std::uint32_t position, std::uint32_t depth, DerHeader& next);
-    std::uint32_t inside(const elementNode* first, const DerHeader& header, std::uint32_t depth);
-    void tell(const OutlineElement& line)
+    std::uint32_t inside(const elementNode* first, const DerHeader& header, std::uint32_t depth, Octets extension);
+    void visit(const OutlineElement& line)
     {
         if (levels_ == 0 || line.depth < levels_)
             visit_(line);
@@ -41,8 +43,9 @@ const elementNode* ElementsOf(const elementNode& node)
     return first != nullptr && (IsAsn1Type(first->type()) || first->type() == ElementType::none) ? first : nullptr;
 }
 
-std::uint32_t Walk::list(const elementNode* first, std::uint32_t position, std::uint32_t end, std::uint32_t depth)
+std::uint32_t Walk::list(const elementNode* first, std::uint32_t position, std::uint32_t end, std::uint32_t depth, Octets extension)
 {
+    Octets identifier;
     for (const elementNode* node = first; node != nullptr; node = node->next()) {
         OutlineElement line;
         if (analyzer_.read(position, end, line.header) != CCryptoDERAnalyzer::Result::element)
@@ -52,17 +55,22 @@ std::uint32_t Walk::list(const elementNode* first, std::uint32_t position, std::
         line.depth = depth;
         line.isOpen = elements != nullptr || isConstructed;
         line.value = analyzer_.value(line.header);
-        tell(line);
-        position = line.isOpen ? inside(elements, line.header, depth + 1) : line.header.valueStart + line.header.length;
+        line.extension = extension;
+        visit(line);
+        if (line.header.type() == ElementType::objectIdentifier)
+            identifier = line.value;
+        const bool isExtension = line.header.type() == ElementType::octetString && !identifier.empty();
+        position = line.isOpen ? inside(elements, line.header, depth + 1, isExtension ? identifier : extension)
+                               : line.header.valueStart + line.header.length;
     }
     return position;
 }
 
-std::uint32_t Walk::inside(const elementNode* first, const DerHeader& header, std::uint32_t depth)
+std::uint32_t Walk::inside(const elementNode* first, const DerHeader& header, std::uint32_t depth, Octets extension)
 {
     const std::uint32_t end = header.valueStart + header.length;
     const bool hasUnusedBits = header.type() == ElementType::bitString && !header.constructed();
-    const std::uint32_t position = list(first, header.valueStart + (hasUnusedBits ? 1 : 0), end, depth);
+    const std::uint32_t position = list(first, header.valueStart + (hasUnusedBits ? 1 : 0), end, depth, extension);
     const bool isEnded = header.indefinite && end - position >= endOfContentsLength && input_[position] == 0;
     if (!isEnded) {
         rest(position, end, depth);
@@ -73,7 +81,7 @@ std::uint32_t Walk::inside(const elementNode* first, const DerHeader& header, st
     line.depth = depth;
     line.header.start = position;
     line.header.valueStart = position + endOfContentsLength;
-    tell(line);
+    visit(line);
     return line.header.valueStart;
 }
 
@@ -88,10 +96,10 @@ void Walk::rest(std::uint32_t position, std::uint32_t end, std::uint32_t depth)
     line.header.valueStart = position;
     line.header.length = end - position;
     line.value = input_.subspan(position, end - position);
-    tell(line);
+    visit(line);
 }
 
-/// Tells the whole elements that follow each other. \return the offset behind them, with the header that was read there.
+/// Visits the whole elements that follow each other. \return the offset after them, with the header that was read there.
 std::uint32_t Walk::whole(const DerOptions& options, std::uint32_t position, std::uint32_t depth, DerHeader& next)
 {
     const std::uint32_t start = position;
@@ -100,7 +108,7 @@ std::uint32_t Walk::whole(const DerOptions& options, std::uint32_t position, std
         position = next.valueStart + next.length;
     CCryptoDERParser parser(options);
     const ElementNodePtr decoded = parser.Decode(input_.subspan(start, position - start));
-    return list(decoded.get(), start, position, depth);
+    return list(decoded.get(), start, position, depth, {});
 }
 
 void Walk::cut(const DerOptions& options)
@@ -117,7 +125,7 @@ void Walk::cut(const DerOptions& options)
         line.depth = depth;
         line.isOpen = isOpen;
         line.value = input_.subspan(line.header.valueStart);
-        tell(line);
+        visit(line);
         position = isOpen ? line.header.valueStart : end;
     }
     rest(position, end, depth);
@@ -155,7 +163,7 @@ void WalkOutline(std::span<const std::uint8_t> input, const elementNode* decoded
     Walk walk(input, options.lenient, levels, visit);
     const auto end = static_cast<std::uint32_t>(input.size());
     if (decoded != nullptr)
-        walk.rest(walk.list(decoded, 0, end, 0), end, 0);
+        walk.rest(walk.list(decoded, 0, end, 0, {}), end, 0);
     else
         walk.cut(options);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/cryptotool/cli/color.h"
 #include "tools/cryptotool/io/outline.h"
 
 #include <cstdint>
@@ -9,8 +10,9 @@ namespace ccrypto {
 
 /// The heading of a list of elements, with its line end.
 std::string OutlineHeading();
-/// One element on a line of its own: offset, header length, length ("inf" for an indefinite one), "cons" or "prim", type and value.
-std::string OutlineLine(const OutlineElement& line);
+/// One element on a line of its own: offset, header length, length ("inf" for an indefinite one), "cons" or "prim", type and value,
+/// and what the value means: the name of an object identifier, a readable time, the address of a GeneralName.
+std::string OutlineLine(const OutlineElement& line, const ccrypto::Paint& paint);
 /// The same as a JSON object without a line end.
 std::string OutlineJson(const OutlineElement& line);
 
