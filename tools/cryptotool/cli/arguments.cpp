@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <charconv>
 
-namespace ccrypto {
+using namespace ccrypto;
 
 namespace {
 
@@ -16,7 +16,9 @@ bool IsLevel(const Option& option, char letter)
 
 } // namespace
 
-std::vector<std::string_view> ccrypto::SplitChoices(std::string_view choices)
+namespace ccrypto {
+
+std::vector<std::string_view> SplitChoices(std::string_view choices)
 {
     std::vector<std::string_view> words;
     while (!choices.empty()) {
@@ -26,6 +28,10 @@ std::vector<std::string_view> ccrypto::SplitChoices(std::string_view choices)
     }
     return words;
 }
+
+} // namespace ccrypto
+
+namespace ccrypto {
 
 bool ParseDecimal(std::string_view text, std::uint64_t& number)
 {

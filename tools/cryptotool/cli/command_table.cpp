@@ -7,9 +7,9 @@ namespace ccrypto {
 namespace {
 
 const Command* const commandTable[] = {
-    &asn1ShowCommand, &asn1BuildCommand, &asn1MatchCommand,  &asn1GetCommand, &cipherEncCommand, &cipherDecCommand, &oidCommand,
-    &gzipCommand,     &gunzipCommand,    &hashCommand,       &macCommand,     &randomCommand,    &speedCommand,     &keyGenCommand,
-    &keyShowCommand,  &keyPublicCommand, &keyConvertCommand, &keySignCommand, &keyVerifyCommand,
+    &asn1ShowCommand, &asn1BuildCommand, &asn1MatchCommand,  &asn1GetCommand, &cipherEncCommand, &cipherDecCommand,  &oidCommand,
+    &gzipCommand,     &gunzipCommand,    &hashCommand,       &macCommand,     &randomCommand,    &speedCommand,      &keyGenCommand,
+    &keyShowCommand,  &keyPublicCommand, &keyConvertCommand, &keySignCommand, &keyVerifyCommand, &completionCommand, &manualCommand,
 };
 
 constexpr Noun nounTable[] = {

@@ -19,13 +19,14 @@ constexpr std::string_view asn1BuildDetails =
 
     #00ff      bytes
     @FILE      the bytes of FILE
-    der:@FILE  the elements of FILE, which holds DER, PEM or base64
-    text:TEXT  TEXT as it stands
-    42, -42    a number, where the template asks for one: in an INTEGER, an ENUMERATED and a bracket list
-    TRUE       truth, or FALSE, in a BOOLEAN
-    TEXT       text, everywhere else, digits too; in an OBJECT_IDENTIFIER dotted
-A name that is given no value writes nothing; a warning says so, unless it is in an OPTIONAL item. Another warning says when a string
-is written as constructed, which DER forbids: OCTET_STRING[PRIMITIVE]{SEQUENCE{...}} is not.
+    der:@FILE  the elements of FILE, which may be DER, PEM, base64 or hexadecimal text
+    text:TEXT  TEXT unchanged
+    42, -42    a number, in an INTEGER, an ENUMERATED and a bracket list
+    TRUE       a truth value, or FALSE, in a BOOLEAN
+    TEXT       text everywhere else, digits included; in an OBJECT_IDENTIFIER dotted
+
+A name without a value writes nothing; a warning says so, unless it is in an OPTIONAL item. Another warning says when a string is
+written as constructed, which DER forbids: OCTET_STRING[PRIMITIVE]{SEQUENCE{...}} is not.
 )";
 
 constexpr Option asn1BuildOptions[] = {

@@ -14,13 +14,13 @@ namespace {
 
 constexpr std::string_view hashDetails =
     R"(Prints the digest of each FILE, "-" for standard input, in the line format of sha256sum. ALG is md4, md5, sha1, sha224, sha256,
-sha384, sha512 or md5-sha1, in either case, with or without "-".
+sha384, sha512, md5-sha1, sha3-224, sha3-256, sha3-384 or sha3-512, in either case, with or without "-".
 
 With --check each FILE is a list of such lines, or of lines in the BSD format ("SHA256 (FILE) = ..."), and each file that they name
 is reported as OK or FAILED, with a summary on standard error; --quiet leaves out the summary and the files that are OK. Empty lines
 and lines that begin with "#" are ignored. The exit code is 1 when a file failed or a line is malformed.
 )";
-constexpr std::string_view hashNames = "md4|md5|sha1|sha224|sha256|sha384|sha512|md5-sha1";
+constexpr std::string_view hashNames = "md4|md5|sha1|sha224|sha256|sha384|sha512|md5-sha1|sha3-224|sha3-256|sha3-384|sha3-512";
 
 constexpr Option checkOption = {OptionKind::flag, 'c', "check", "", "check the files that the lines of each FILE name"};
 constexpr Option ignoreMissingOption = {OptionKind::flag, 0, "ignore-missing", "", "with --check, ignore files that do not exist"};
