@@ -12,16 +12,12 @@
 
 using namespace ccrypto;
 
-namespace ccrypto {
-
 namespace __gnu_cxx {
 
 /// Frees the memory that the runtime keeps for exceptions thrown without memory. Declared in no header.
 void __freeres();
 
 } // namespace __gnu_cxx
-
-} // namespace ccrypto
 
 namespace {
 

@@ -21,9 +21,7 @@ struct Footprint {
     Footprint operator-(const Footprint& before) const;
 };
 
-} // namespace ccrypto
-
-inline std::ostream& operator<<(std::ostream& stream, const ccrypto::Footprint& footprint)
+inline std::ostream& operator<<(std::ostream& stream, const Footprint& footprint)
 {
     return stream << "heap " << static_cast<std::ptrdiff_t>(footprint.heapBytes) << ", private "
                   << static_cast<std::ptrdiff_t>(footprint.privateBytes) << " bytes, GDI "
@@ -31,3 +29,5 @@ inline std::ostream& operator<<(std::ostream& stream, const ccrypto::Footprint& 
                   << static_cast<std::int32_t>(footprint.userObjects) << ", kernel "
                   << static_cast<std::int32_t>(footprint.kernelHandles);
 }
+
+} // namespace ccrypto

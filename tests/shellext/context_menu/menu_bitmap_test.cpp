@@ -47,10 +47,10 @@ HDC WINAPI NoContext(HWND)
 }
 
 /// A picture that no other test has had decoded, of the library's own icon.
-class MenuPicture : public ::testing::Test {
+class MenuPictureTest : public ::testing::Test {
 protected:
-    MenuPicture() { module::SetHandle(library_.module()); }
-    ~MenuPicture() override { module::SetHandle(nullptr); }
+    MenuPictureTest() { module::SetHandle(library_.module()); }
+    ~MenuPictureTest() override { module::SetHandle(nullptr); }
 
     /// Fails, with `line` in the log.
     void ExpectFailure(const char* line)
@@ -61,12 +61,12 @@ protected:
     }
 
     LoadedLibrary library_;
-    ccrypto::MenuPicture picture_;
+    MenuPicture picture_;
 };
 
 } // namespace
 
-TEST_F(MenuPicture, IsDecodedOnceButForFailures)
+TEST_F(MenuPictureTest, IsDecodedOnceButForFailures)
 {
     {
         const ReplacedImport load(nullptr, "LoadIconWithScaleDown", LoadNothing);
@@ -87,7 +87,7 @@ TEST_F(MenuPicture, IsDecodedOnceButForFailures)
     EXPECT_EQ(loadedIcons.size(), 1U);
 }
 
-TEST_F(MenuPicture, HandsTheIconToDeleteObject)
+TEST_F(MenuPictureTest, HandsTheIconToDeleteObject)
 {
     loadedIcons.clear();
     deletedObjects.clear();
@@ -98,7 +98,7 @@ TEST_F(MenuPicture, HandsTheIconToDeleteObject)
     EXPECT_THAT(deletedObjects, ::testing::ElementsAre(static_cast<HGDIOBJ>(loadedIcons[0])));
 }
 
-TEST_F(MenuPicture, IsDecodedByThreadsAtOnce)
+TEST_F(MenuPictureTest, IsDecodedByThreadsAtOnce)
 {
     std::vector<std::thread> threads(4);
     for (std::thread& thread : threads) {
