@@ -9,6 +9,7 @@
 #include <memory>
 #include <span>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 namespace ccrypto {
@@ -165,9 +166,18 @@ private:
     std::unique_ptr<Shown, DeleteShown> shown_;
 };
 
+namespace ccrypto::internal {
+
+// g++ for Windows finds the arguments after an empty class, such as std::nullopt, in the wrong places.
+template <typename Result>
+concept BeforeArguments = !std::is_empty_v<Result>;
+
+} // namespace ccrypto::internal
+
 template <typename Result>
 Result CCryptoAutoLogger::fail(Result result, const char* format, ...)
 {
+    static_assert(ccrypto::internal::BeforeArguments<Result>);
     std::va_list arguments;
     va_start(arguments, format);
     setStatusFormatted(ccrypto::ResultStatus::error, format, arguments);
@@ -178,6 +188,7 @@ Result CCryptoAutoLogger::fail(Result result, const char* format, ...)
 template <typename Result>
 Result CCryptoAutoLogger::warn(Result result, const char* format, ...)
 {
+    static_assert(ccrypto::internal::BeforeArguments<Result>);
     std::va_list arguments;
     va_start(arguments, format);
     setStatusFormatted(ccrypto::ResultStatus::warning, format, arguments);
@@ -188,6 +199,7 @@ Result CCryptoAutoLogger::warn(Result result, const char* format, ...)
 template <typename Result>
 Result CCryptoAutoLogger::setRetValue(ccrypto::ResultStatus level, Result result, const char* format, ...)
 {
+    static_assert(ccrypto::internal::BeforeArguments<Result>);
     std::va_list arguments;
     va_start(arguments, format);
     setStatusFormatted(level, format, arguments);

@@ -27,7 +27,7 @@ std::optional<CurvePoint> CurvePoint::FromBytes(algorithm::Id curve, std::span<c
     CCryptoAutoLogger logger("CurvePoint::FromBytes");
     const CurveArithmetic* arithmetic = CurveArithmetic::Of(curve);
     if (arithmetic == nullptr)
-        return logger.fail(std::nullopt, "Not a Weierstrass curve: %u", static_cast<unsigned>(curve));
+        return logger.fail(std::optional<CurvePoint>(), "Not a Weierstrass curve: %u", static_cast<unsigned>(curve));
     CurvePoint point(*FindCurve(curve));
     const std::size_t length = point.facts_->fieldBytes;
     bool valid = false;
@@ -40,7 +40,7 @@ std::optional<CurvePoint> CurvePoint::FromBytes(algorithm::Id curve, std::span<c
         valid = arithmetic->isPoint(point.x(), point.y());
     }
     if (!valid)
-        return logger.fail(std::nullopt, "Point is not on %s", point.facts_->name);
+        return logger.fail(std::optional<CurvePoint>(), "Point is not on %s", point.facts_->name);
     logger.setResult(true);
     return point;
 }
@@ -59,7 +59,7 @@ std::optional<CurvePoint> Multiply(const CurvePoint& point, std::span<const std:
 {
     CCryptoAutoLogger logger("Multiply");
     if (!IsScalar(point.curve(), scalar))
-        return logger.fail(std::nullopt, notAScalar, point.curve().name);
+        return logger.fail(std::optional<CurvePoint>(), notAScalar, point.curve().name);
     CurvePoint product(point.curve());
     CurveArithmetic::Of(point.curve().id)->multiply(product.x(), product.y(), point.x(), point.y(), scalar);
     logger.setResult(true);
@@ -71,10 +71,10 @@ std::optional<CurvePoint> MultiplyBase(algorithm::Id curve, std::span<const std:
     CCryptoAutoLogger logger("MultiplyBase");
     const CurveArithmetic* arithmetic = CurveArithmetic::Of(curve);
     if (arithmetic == nullptr)
-        return logger.fail(std::nullopt, "Not a Weierstrass curve: %u", static_cast<unsigned>(curve));
+        return logger.fail(std::optional<CurvePoint>(), "Not a Weierstrass curve: %u", static_cast<unsigned>(curve));
     CurvePoint product(*FindCurve(curve));
     if (!IsScalar(product.curve(), scalar))
-        return logger.fail(std::nullopt, notAScalar, product.curve().name);
+        return logger.fail(std::optional<CurvePoint>(), notAScalar, product.curve().name);
     arithmetic->multiplyBase(product.x(), product.y(), scalar);
     logger.setResult(true);
     return product;
@@ -84,10 +84,11 @@ std::optional<CurvePoint> Add(const CurvePoint& left, const CurvePoint& right)
 {
     CCryptoAutoLogger logger("Add");
     if (left.curve().id != right.curve().id)
-        return logger.fail(std::nullopt, "A point of %s has no sum with one of %s", left.curve().name, right.curve().name);
+        return logger.fail(std::optional<CurvePoint>(), "A point of %s has no sum with one of %s", left.curve().name,
+                           right.curve().name);
     CurvePoint sum(left.curve());
     if (!CurveArithmetic::Of(left.curve().id)->add(sum.x(), sum.y(), {left.x(), left.y()}, {right.x(), right.y()}))
-        return logger.fail(std::nullopt, "Sum of opposite points");
+        return logger.fail(std::optional<CurvePoint>(), "Sum of opposite points");
     logger.setResult(true);
     return sum;
 }
