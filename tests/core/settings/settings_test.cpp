@@ -211,7 +211,8 @@ TEST_F(Settings, WalkTheItemsOfAGroup)
         EXPECT_EQ(items->GetIntegerOrDefault("number", 9), first ? 1u : 9u);
     }
     EXPECT_THAT(names, UnorderedElementsAre("one", "two"));
-    EXPECT_THAT(log.texts(), Contains(testing::MatchesRegex("CCryptoSettingsRegistryIter::GetNext\\(\\d\\) : one")));
+    EXPECT_THAT(log.texts(), Contains(testing::AllOf(testing::StartsWith("CCryptoSettingsRegistryIter::GetNext("),
+                                                     testing::EndsWith(") : one"))));
     EXPECT_THAT(log.texts(), Contains(HasSubstr("Name is longer than 7 bytes: a name that does not fit")));
     EXPECT_FALSE(items->SetValue(element("name"), element("new")));
     EXPECT_THAT(log.texts(), Contains(HasSubstr("(name = new) : Function is not supported")));
