@@ -4,6 +4,7 @@
 #include "asn1/types/asn1_values.h"
 #include "core/diagnostics/auto_logger.h"
 #include "pki/keys/ec_key_pair.h"
+#include "pki/keys/eddsa_key_pair.h"
 #include "pki/keys/key_objects.h"
 #include "pki/keys/pss_limits.h"
 #include "pki/keys/rsa_key_pair.h"
@@ -14,10 +15,15 @@ namespace {
 
 using KeyPair = std::unique_ptr<ICryptoKeyPair>;
 
-/// X25519 and X448, whose algorithm is the curve and which have no parameters (RFC 8410).
+bool IsEddsa(std::uint32_t id)
+{
+    return id == algorithm::ed25519 || id == algorithm::ed448;
+}
+
+/// The algorithms of RFC 8410, which are the curve and have no parameters.
 bool IsCurveByItself(std::uint32_t id)
 {
-    return id == algorithm::x25519 || id == algorithm::x448;
+    return id == algorithm::x25519 || id == algorithm::x448 || IsEddsa(id);
 }
 
 KeyPair PairOf(std::unique_ptr<CCryptoRSA> key)
@@ -28,6 +34,11 @@ KeyPair PairOf(std::unique_ptr<CCryptoRSA> key)
 KeyPair PairOf(std::unique_ptr<CCryptoEC> key)
 {
     return key != nullptr ? std::make_unique<CCryptoECKeyPair>(std::move(key)) : nullptr;
+}
+
+KeyPair PairOf(std::unique_ptr<EddsaKey> key)
+{
+    return key != nullptr ? std::make_unique<CCryptoEddsaKeyPair>(std::move(key)) : nullptr;
 }
 
 /// The kind of key that an AlgorithmIdentifier says: rsaEncryption, or the curve. \return 0, logged, for algorithms and curves
@@ -132,13 +143,22 @@ KeyPair PairOfECPrivateKey(CCryptoAutoLogger& logger, const element& der, std::u
     return PairOf(CCryptoEC::FromPrivate(curve, scalar.bytes(), object.publicPoint.bytes()));
 }
 
-/// The private key of X25519 and X448 is an OCTET STRING in the OCTET STRING (RFC 8410, 7).
+/// The private key of the algorithms of RFC 8410 is an OCTET STRING in the OCTET STRING (RFC 8410, 7).
 KeyPair PairOfCurvePrivateKey(CCryptoAutoLogger& logger, const element& der, std::uint32_t curve)
 {
     CCryptoASN1OctetStringObject object;
     if (!object.ParseDer(der))
         return logger.fail(KeyPair(), "Not a CurvePrivateKey");
+    if (IsEddsa(curve))
+        return PairOf(EddsaKey::FromSeed(static_cast<algorithm::Id>(curve), object.bytes().bytes()));
     return PairOf(CCryptoEC::FromPrivate(curve, object.bytes().bytes()));
+}
+
+KeyPair PairOfPoint(const element& point, std::uint32_t curve)
+{
+    if (IsEddsa(curve))
+        return PairOf(EddsaKey::FromPublic(static_cast<algorithm::Id>(curve), point.bytes()));
+    return PairOf(CCryptoEC::FromPublic(curve, point.bytes()));
 }
 
 element ECPrivateKeyObjectOf(const CCryptoEC& key, bool withCurve)
@@ -163,7 +183,7 @@ std::unique_ptr<ICryptoKeyPair> LoadPublicKeyInfo(const element& der)
     if (kind == 0)
         return nullptr;
     KeyPair key = kind == algorithm::rsaEncryption ? PairOf(ReadRSAPublicKey(logger, info.publicKey), info.algorithm)
-                                                   : PairOf(CCryptoEC::FromPublic(kind, info.publicKey.bytes()));
+                                                   : PairOfPoint(info.publicKey, kind);
     logger.setResult(key != nullptr);
     return key;
 }
@@ -182,6 +202,15 @@ element PublicKeyInfoOf(const CCryptoEC& key)
     CCryptoSubjectPublicKeyInfo info;
     SetAlgorithm(info.algorithm, key.curve());
     info.publicKey = key.publicPoint();
+    return info.BuildDer();
+}
+
+element PublicKeyInfoOf(const EddsaKey& key)
+{
+    CCryptoSubjectPublicKeyInfo info;
+    info.algorithm.setId(key.curve());
+    info.algorithm.setNullParameters(false);
+    info.publicKey = key.publicKey();
     return info.BuildDer();
 }
 
@@ -227,6 +256,19 @@ element PrivateKeyInfoOf(const CCryptoEC& key)
     SetAlgorithm(info.algorithm, key.curve());
     info.privateKey =
         key.curve().signs ? ECPrivateKeyObjectOf(key, false) : CCryptoASN1OctetStringObject(key.privateScalar()).BuildDer();
+    logger.setResult(true);
+    return info.BuildDer();
+}
+
+element PrivateKeyInfoOf(const EddsaKey& key)
+{
+    CCryptoAutoLogger logger("PrivateKeyInfoOf");
+    if (!key.hasPrivate())
+        return logger.fail(element(), "The key has no private half");
+    CCryptoPrivateKeyInfo info;
+    info.algorithm.setId(key.curve());
+    info.algorithm.setNullParameters(false);
+    info.privateKey = CCryptoASN1OctetStringObject(key.seed()).BuildDer();
     logger.setResult(true);
     return info.BuildDer();
 }

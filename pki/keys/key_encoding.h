@@ -1,6 +1,7 @@
 #pragma once
 
 #include "crypto/ec/ec.h"
+#include "crypto/ec/eddsa.h"
 #include "crypto/rsa/rsa.h"
 #include "pki/keys/key_pair.h"
 
@@ -19,11 +20,13 @@ std::unique_ptr<ICryptoKeyPair> LoadPublicKeyInfo(const element& der);
 /// \param algorithm the AlgorithmIdentifier, DER; null for rsaEncryption.
 element PublicKeyInfoOf(const CCryptoRSA& key, const element* algorithm = nullptr);
 element PublicKeyInfoOf(const CCryptoEC& key);
+element PublicKeyInfoOf(const EddsaKey& key);
 
 /// PrivateKeyInfo (RFC 5958), neither encrypted nor with attributes that count.
 std::unique_ptr<ICryptoKeyPair> LoadPrivateKeyInfo(const element& der);
 element PrivateKeyInfoOf(const CCryptoRSA& key, const element* algorithm = nullptr);
 element PrivateKeyInfoOf(const CCryptoEC& key);
+element PrivateKeyInfoOf(const EddsaKey& key);
 
 /// RSAPublicKey and RSAPrivateKey (RFC 8017, A.1): PKCS#1.
 std::unique_ptr<ICryptoKeyPair> LoadRSAPublicKey(const element& der);

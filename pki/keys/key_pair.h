@@ -27,7 +27,7 @@ public:
     virtual ~ICryptoKeyPair() = default;
 
     /// The kind of key by the algorithm table: rsaEncryption (1100), ecPublicKey (1101), or the id of a curve that is an algorithm
-    /// by itself: x25519 (1112), x448 (1113).
+    /// by itself: x25519 (1112), x448 (1113), ed25519 (1130), ed448 (1131).
     [[nodiscard]] virtual ccrypto::algorithm::Id algorithmId() const = 0;
     /// The curve by the algorithm table; none for RSA.
     [[nodiscard]] virtual ccrypto::algorithm::Id curveId() const = 0;

@@ -463,6 +463,43 @@ TEST(KeyPair, OfRSADecryptsWithBothPaddings)
     }
 }
 
+TEST(KeyPair, OfEddsaSignsWholeMessages)
+{
+    for (const TestVector& vector : ReadVectors("eddsa_keys.txt")) {
+        SCOPED_TRACE(vector.place());
+        CCryptoKeyFile file;
+        const std::unique_ptr<ICryptoKeyPair> key = file.Load(vector.bytes("PrivateKeyInfo"));
+        const std::unique_ptr<ICryptoKeyPair> half = file.Load(vector.bytes("PublicKeyInfo"));
+        ASSERT_TRUE(key != nullptr && half != nullptr) << ReasonOfFailure().c_str();
+        EXPECT_EQ(key->algorithmId(), vector.number("Kind"));
+        EXPECT_TRUE(key->hasPrivate() && !half->hasPrivate() && !key->publicHalf()->hasPrivate());
+        EXPECT_EQ(HexOf(file.Save(*key, KeyForm::privateKeyInfo)), vector.text("PrivateKeyInfo"));
+        EXPECT_EQ(HexOf(file.Save(*key, KeyForm::publicKeyInfo)), vector.text("PublicKeyInfo"));
+        EXPECT_EQ(HexOf(key->publicHalf()->publicKeyInfo()), vector.text("PublicKeyInfo"));
+        EXPECT_TRUE(file.Save(*half, KeyForm::privateKeyInfo).isEmpty());
+        EXPECT_TRUE(file.Save(*key, KeyForm::ecPrivateKey).isEmpty());
+        EXPECT_TRUE(key->decrypter() == nullptr && key->agreement() == nullptr);
+        if (vector.has("OneAsymmetricKey")) {
+            const std::unique_ptr<ICryptoKeyPair> whole = file.Load(vector.bytes("OneAsymmetricKey"));
+            ASSERT_NE(whole, nullptr) << ReasonOfFailure().c_str();
+            EXPECT_EQ(HexOf(whole->privateKeyInfo()), vector.text("PrivateKeyInfo"));
+        }
+        if (!vector.has("Signature"))
+            continue;
+        const Bytes message = vector.bytes("Message");
+        const Bytes signature = vector.bytes("Signature");
+        EXPECT_TRUE(key->signer()->signsMessages());
+        EXPECT_EQ(key->signer()->signatureSize(), signature.size());
+        EXPECT_EQ(HexOf(key->signer()->sign(algorithm::none, message)), vector.text("Signature"));
+        EXPECT_TRUE(half->signer()->verify(algorithm::none, message, signature));
+        EXPECT_FALSE(half->signer()->verify(algorithm::none, Bytes(7, 1), signature));
+        EXPECT_TRUE(half->signer()->sign(algorithm::none, message).isEmpty());
+        // A digest is not taken for the message.
+        EXPECT_TRUE(key->signer()->sign(algorithm::sha256, Bytes(32, 1)).isEmpty());
+        EXPECT_FALSE(half->signer()->verify(algorithm::sha256, message, signature));
+    }
+}
+
 TEST(KeyPair, HasTheAbilitiesOfItsAlgorithm)
 {
     const struct {

@@ -248,6 +248,20 @@ TEST_F(CryptotoolKey, SignsAndVerifies)
         PutFile(File(u8"signature"), signature.substr(1));
         EXPECT_EQ(RunTool(Joined({"key", "verify", half, File(u8"signature"), file}, test.options)).output, "FAILED\n");
     }
+    for (const char* const name : {"Ed25519", "ed448"}) {
+        SCOPED_TRACE(name);
+        const std::string key = Generate(name, u8"edwards");
+        const ToolResult shown = RunTool({"key", "show", key});
+        EXPECT_NE(shown.output.find("publicKey"), std::string::npos) << shown.output;
+        EXPECT_EQ(shown.output.find("seed"), std::string::npos);
+        EXPECT_NE(RunTool({"key", "show", "--private", key}).output.find("seed"), std::string::npos);
+        const std::string half = Put(u8"half", RunTool({"key", "public", key}).output);
+        Put(u8"signature", RunTool({"key", "sign", key, file}).output);
+        EXPECT_EQ(RunTool({"key", "verify", half, File(u8"signature"), file}).output, "OK\n");
+        EXPECT_EQ(RunTool({"key", "verify", half, File(u8"signature")}, text + "x").output, "FAILED\n");
+        EXPECT_EQ(RunTool({"key", "sign", "--hash", "sha512", key, file}).code, exitRefused);
+        EXPECT_EQ(RunTool({"key", "convert", "--form", "sec1", key}).code, exitUsage);
+    }
     // A salt of any length is right unless one is asked for.
     const std::string salted = Put(u8"signature", RunTool({"key", "sign", "--pss", "--salt-length", "7", rsa, file}).output);
     EXPECT_EQ(RunTool({"key", "verify", "--pss", rsa, File(u8"signature"), file}).output, "OK\n");

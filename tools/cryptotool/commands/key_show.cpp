@@ -1,6 +1,7 @@
 #include "core/text/hex.h"
 #include "crypto/hash/hash.h"
 #include "pki/keys/ec_key_pair.h"
+#include "pki/keys/eddsa_key_pair.h"
 #include "pki/keys/rsa_key_pair.h"
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/io/key_input.h"
@@ -82,6 +83,7 @@ Facts FactsOf(const KeyInput& input, bool withPrivate)
     const ICryptoKeyPair& key = *input.key;
     const auto* const rsa = dynamic_cast<const CCryptoRSAKeyPair*>(&key);
     const auto* const ec = dynamic_cast<const CCryptoECKeyPair*>(&key);
+    const auto* const eddsa = dynamic_cast<const CCryptoEddsaKeyPair*>(&key);
     Facts facts = {
         {"type", key.algorithmId() == algorithm::ecPublicKey ? "EC" : key.name()},
         {"size", CCryptoString(std::to_string(key.keySize())), true},
@@ -95,6 +97,10 @@ Facts FactsOf(const KeyInput& input, bool withPrivate)
         Add(facts, "publicPoint", ec->key().publicPoint());
     if (ec != nullptr && withPrivate)
         Add(facts, "privateScalar", ec->key().privateScalar());
+    if (eddsa != nullptr)
+        Add(facts, "publicKey", eddsa->key().publicKey());
+    if (eddsa != nullptr && withPrivate)
+        Add(facts, "seed", eddsa->key().seed());
     Add(facts, "fingerprint", ICryptoHash::Create(algorithm::sha256)->digestOf(key.publicKeyInfo().bytes()));
     return facts;
 }

@@ -9,7 +9,8 @@ namespace ccrypto {
 namespace {
 
 constexpr std::string_view keySignDetails =
-    R"(Signs FILE, or standard input, with the private key in KEY. The signature is binary: the octets of RSA, or the DER of ECDSA.
+    R"(Signs FILE, or standard input, with the private key in KEY. The signature is binary: the octets of RSA, Ed25519 and Ed448, or the
+DER of ECDSA. Ed25519 and Ed448 sign the file itself, without --hash, and read it into memory.
 )";
 
 constexpr Option keySignOptions[] = {
@@ -34,11 +35,11 @@ int Sign(Invocation& invocation)
     if (exit == exitDone && !output.open())
         exit = invocation.refuse(output.name(), output.reason());
     if (exit == exitDone)
-        exit = HashFile(invocation, file, signing);
+        exit = ReadSigned(invocation, file, signing);
     if (exit != exitDone)
         return exit;
     StartReason();
-    const element signature = signing.key->signer()->sign(signing.hash, signing.digest.bytes(), signing.padding);
+    const element signature = signing.key->signer()->sign(signing.hash, signing.input.bytes(), signing.padding);
     if (signature.isEmpty())
         return invocation.refuse(key, Reason("it cannot sign this"));
     return output.write(signature.bytes()) && output.finish() ? exitDone : invocation.refuse(output.name(), output.reason());

@@ -35,10 +35,10 @@ int Verify(Invocation& invocation)
     if (exit == exitDone && !ReadWhole(invocation.console(), signatureFile, signature, reason))
         exit = invocation.refuse(signatureFile, reason);
     if (exit == exitDone)
-        exit = HashFile(invocation, file, signing);
+        exit = ReadSigned(invocation, file, signing);
     if (exit != exitDone)
         return exit;
-    const bool isRight = signing.key->signer()->verify(signing.hash, signing.digest.bytes(), signature.bytes(), signing.padding);
+    const bool isRight = signing.key->signer()->verify(signing.hash, signing.input.bytes(), signature.bytes(), signing.padding);
     Output output(invocation.console(), arguments.value(outputOption.name), Output::Content::text);
     const bool written = output.open() && output.write(isRight ? "OK\n" : "FAILED\n") && output.finish();
     if (!written)

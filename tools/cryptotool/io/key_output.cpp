@@ -1,6 +1,7 @@
 #include "tools/cryptotool/io/key_output.h"
 
 #include "core/base/any_case.h"
+#include "crypto/ec/ec.h"
 #include "tools/cryptotool/cli/reason.h"
 
 #include <algorithm>
@@ -94,9 +95,10 @@ int PrivateKeyTarget::check(Invocation& invocation, std::uint32_t kind) const
     const bool isRsa = kind == algorithm::rsaEncryption;
     if (form_ == KeyForm::rsaPrivateKey && !isRsa)
         return invocation.misuse("--form pkcs1 requires an RSA key");
-    const bool hasEcForm = !isRsa && kind != algorithm::x25519 && kind != algorithm::x448;
+    const CurveFacts* const curve = FindCurve(kind);
+    const bool hasEcForm = curve != nullptr && curve->signs;
     if (form_ == KeyForm::ecPrivateKey && !hasEcForm)
-        return invocation.misuse("--form sec1 requires a key on a curve other than X25519 and X448");
+        return invocation.misuse("--form sec1 requires a key for ECDSA");
     return exitDone;
 }
 

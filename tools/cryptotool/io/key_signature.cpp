@@ -2,6 +2,7 @@
 
 #include "core/base/algorithm.h"
 #include "crypto/hash/hash.h"
+#include "tools/cryptotool/io/input.h"
 #include "tools/cryptotool/io/key_input.h"
 #include "tools/cryptotool/io/streamed_file.h"
 
@@ -54,18 +55,24 @@ int StartSigning(Invocation& invocation, const std::vector<std::string>& files, 
         return invocation.refuse(name, std::string(signing.key->name()) + " keys do not sign");
     if (signing.padding.scheme == SCryptoPadding::Scheme::masked && signing.key->algorithmId() != algorithm::rsaEncryption)
         return invocation.refuse(name, "not an RSA key; --pss requires one");
+    if (signing.key->signer()->signsMessages() && invocation.arguments().has(hashOption.name))
+        return invocation.refuse(name, std::string(signing.key->name()) + " keys sign without --hash");
     return exitDone;
 }
 
-int HashFile(Invocation& invocation, const std::string& file, Signing& signing)
+int ReadSigned(Invocation& invocation, const std::string& file, Signing& signing)
 {
-    const std::unique_ptr<ICryptoHash> hash = ICryptoHash::Create(signing.hash);
     std::string reason;
+    if (signing.key->signer()->signsMessages()) {
+        signing.hash = algorithm::none;
+        return ReadWhole(invocation.console(), file, signing.input, reason) ? exitDone : invocation.refuse(file, reason);
+    }
+    const std::unique_ptr<ICryptoHash> hash = ICryptoHash::Create(signing.hash);
     const bool isRead = StreamFile(
         invocation.console(), file, [&](std::span<const std::uint8_t> piece) { hash->update(piece); }, reason);
     if (!isRead)
         return invocation.refuse(file, reason);
-    signing.digest = hash->final();
+    signing.input = hash->final();
     return exitDone;
 }
 

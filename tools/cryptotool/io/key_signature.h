@@ -20,7 +20,7 @@ constexpr Option pssOption = {OptionKind::flag, 0, "pss", "", "for RSA keys: RSA
 struct Signing {
     std::unique_ptr<ICryptoKeyPair> key;
     algorithm::Id hash = algorithm::none;
-    element digest;
+    element input; ///< the digest, or the message when the key signs messages
     SCryptoPadding padding;
 };
 
@@ -28,7 +28,8 @@ struct Signing {
 /// \return exitDone, or the exit code after the reason was printed.
 int StartSigning(Invocation& invocation, const std::vector<std::string>& files, Signing& signing);
 
-/// Hashes a file of any length, with a bar on a terminal. \return exitDone, or the exit code after the reason was printed.
-int HashFile(Invocation& invocation, const std::string& file, Signing& signing);
+/// Hashes a file of any length, with a bar on a terminal; reads it when the key signs messages. \return exitDone, or the exit code
+/// after the reason was printed.
+int ReadSigned(Invocation& invocation, const std::string& file, Signing& signing);
 
 } // namespace ccrypto
