@@ -28,7 +28,8 @@ struct FailureTable {
     CCryptoCS guard{failureLockName};
     /// The thread that failed last comes last.
     std::vector<FailureOfThread> threads;
-    std::string lastErrorText;
+    /// Not a std::string: clang 14 cannot initialise one of libstdc++ before the program runs.
+    std::vector<char> lastErrorText;
 };
 
 constinit NeverDestroyed<FailureTable> failures;
@@ -100,14 +101,14 @@ void internal::RecordFailureWithoutReason(std::string_view operation) noexcept
 std::string internal::LastErrorText()
 {
     const CCryptoCSLock lock(&failures->guard, LockMode::quiet);
-    return failures->lastErrorText;
+    return {failures->lastErrorText.begin(), failures->lastErrorText.end()};
 }
 
 void internal::SetLastErrorText(std::string_view text) noexcept
 {
     OrEndOutOfMemory([&] {
         const CCryptoCSLock lock(&failures->guard, LockMode::quiet);
-        failures->lastErrorText = text;
+        failures->lastErrorText.assign(text.begin(), text.end());
     });
 }
 
@@ -116,7 +117,7 @@ void internal::StartLastErrorText(std::string_view text) noexcept
     OrEndOutOfMemory([&] {
         const CCryptoCSLock lock(&failures->guard, LockMode::quiet);
         if (failures->lastErrorText.empty())
-            failures->lastErrorText = text;
+            failures->lastErrorText.assign(text.begin(), text.end());
     });
 }
 

@@ -13,13 +13,13 @@ using Words [[gnu::vector_size(32)]] = std::uint64_t;
 struct Lane {
     using Register = Words;
     static constexpr int words = 4;
-    [[gnu::always_inline]] static Register Load(const std::uint64_t* words)
+    [[gnu::always_inline]] static Register Load(const std::uint64_t* from)
     {
-        return reinterpret_cast<Words>(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(words)));
+        return reinterpret_cast<Words>(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(from)));
     }
-    [[gnu::always_inline]] static void Store(std::uint64_t* words, Register value)
+    [[gnu::always_inline]] static void Store(std::uint64_t* to, Register value)
     {
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(words), reinterpret_cast<__m256i>(value));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), reinterpret_cast<__m256i>(value));
     }
     [[gnu::always_inline]] static Register Broadcast(std::uint64_t word)
     {

@@ -8,8 +8,8 @@ namespace {
 struct Lane {
     using Register = std::uint64_t;
     static constexpr int words = 1;
-    static Register Load(const std::uint64_t* words) { return *words; }
-    static void Store(std::uint64_t* words, Register value) { *words = value; }
+    static Register Load(const std::uint64_t* from) { return *from; }
+    static void Store(std::uint64_t* to, Register value) { *to = value; }
     static Register Broadcast(std::uint64_t word) { return word; }
 };
 

@@ -2,6 +2,7 @@
 
 #include "asn1/template/value_octets.h"
 #include "asn1/types/algorithm_identifier.h"
+#include "asn1/types/algorithm_table.h"
 
 using namespace ccrypto;
 

@@ -138,7 +138,7 @@ void RemoveWhenInterrupted(const std::string& name)
     hasUnfinishedFile = true;
     struct sigaction action = {};
     action.sa_handler = RemoveUnfinishedFile;
-    action.sa_flags = SA_RESETHAND;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
     for (const int signalNumber : {SIGHUP, SIGINT, SIGPIPE, SIGTERM}) {
         struct sigaction present = {};
         // A signal the caller wants ignored stays so.

@@ -72,7 +72,7 @@ void AddGcm(SpeedRows& rows, const char* shown, const char* name, std::uint32_t 
 
 void AddCipherRows(SpeedRows& rows)
 {
-    for (const std::size_t keySize : {16, 32}) {
+    for (const std::size_t keySize : std::initializer_list<std::size_t>{16, 32}) {
         const std::string name = "AES-" + std::to_string(keySize * 8);
         for (const Mode* const mode : {&cbcEncrypt, &cbcDecrypt, &counter})
             AddBlockCipher<CCryptoAES>(rows, name, *mode, keySize, aes::Variants());

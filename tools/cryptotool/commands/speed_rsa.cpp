@@ -50,7 +50,7 @@ void AddRsaRows(SpeedRows& rows)
         const char* name;
         PrepareRsaCall prepare;
     } operations[] = {{" sign", PrepareRsaSign}, {" verify", PrepareRsaVerify}};
-    for (const std::uint32_t bits : {2048, 4096}) {
+    for (const std::uint32_t bits : {2048U, 4096U}) {
         const auto key = std::make_shared<LateKey>(bits);
         for (const auto& operation : operations)
             rows.push_back({"RSA-" + std::to_string(bits) + operation.name, variant, true, false,
