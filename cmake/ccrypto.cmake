@@ -21,6 +21,9 @@
 #   APART            those of the files that are never compiled together with others (see CCRYPTO_JOINED)
 # ccrypto_library and ccrypto_part take besides:
 #   IN_DLL           the DLL is made of it
+# ccrypto_library takes besides:
+#   PUBLIC_HEADERS   what clients may include, and what those headers include; installed below include/ccrypto
+#   WINDOWS_PUBLIC_HEADERS   the same for the Windows build alone
 # ccrypto_test takes besides:
 #   OWN_MAIN         the sources hold main(), which starts GoogleTest itself
 #   TIMEOUT seconds  180 when left out: Wine on a busy machine is slow
@@ -28,7 +31,16 @@
 #   PROGRAMS         targets the tests start; they are built first and stand in the directory PROGRAM_DIR names
 # Tests are compiled with two text constants: TEST_DATA_DIR (data/ beside the CMakeLists.txt) and PROGRAM_DIR (build/PRESET/bin).
 
-option(CCRYPTO_TESTS "Build the tests" ON)
+# As a part of another project only the library is built, and warnings are not errors, unless that project asks for more.
+option(BUILD_TESTING "Build the tests" ON)
+set(ccryptoTests OFF)
+if(PROJECT_IS_TOP_LEVEL AND BUILD_TESTING)
+    set(ccryptoTests ON)
+endif()
+option(CCRYPTO_BUILD_TESTS "Build the tests of the library, the programs and the DLL" ${ccryptoTests})
+option(CCRYPTO_BUILD_PROGRAMS "Build the programs and, for Windows, the DLL" ${PROJECT_IS_TOP_LEVEL})
+option(CCRYPTO_INSTALL "Install the library, its headers and its CMake package" ${PROJECT_IS_TOP_LEVEL})
+option(CCRYPTO_WARNINGS_AS_ERRORS "Stop at warnings of the compiler" ${PROJECT_IS_TOP_LEVEL})
 # Most of the time a file takes goes into the headers it includes: sixteen files at once take a third of it. Such a build hides an
 # #include that is missing; scripts/tidy finds that. It would make the DLL larger by a fifteenth, so the modules that are in it are
 # compiled file by file on Windows.
@@ -42,24 +54,31 @@ set(CCRYPTO_SANITIZE "" CACHE STRING "Sanitizers for everything we compile")
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
-set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
-set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
-set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 set(ccryptoRoot "${CMAKE_CURRENT_LIST_DIR}/..")
 cmake_path(NORMAL_PATH ccryptoRoot)
-set(ccryptoResults "${CMAKE_BINARY_DIR}/results")
-file(MAKE_DIRECTORY "${ccryptoResults}")
+set(ccryptoResults "${PROJECT_BINARY_DIR}/results")
+if(CCRYPTO_BUILD_TESTS OR CCRYPTO_FUZZ STREQUAL "REPLAY")
+    file(MAKE_DIRECTORY "${ccryptoResults}")
+endif()
 
+include(GNUInstallDirs)
 include("${CMAKE_CURRENT_LIST_DIR}/flags.cmake")
 include("${CMAKE_CURRENT_LIST_DIR}/packages.cmake")
 
 macro(ccrypto_module name)
     if(WIN32 OR NOT "${ARGN}" STREQUAL "WINDOWS_ONLY")
-        foreach(folder ${name} tests/${name} fuzz/${name} bench/${name})
+        set(ccryptoFolders ${name})
+        if(CCRYPTO_BUILD_TESTS OR CCRYPTO_FUZZ OR CCRYPTO_BENCH)
+            list(APPEND ccryptoFolders tests/${name} fuzz/${name} bench/${name})
+        endif()
+        foreach(folder ${ccryptoFolders})
             # A folder that appears later is noticed by the next build.
             file(GLOB found CONFIGURE_DEPENDS "${ccryptoRoot}/${folder}/CMakeLists.txt")
             if(found)
-                add_subdirectory("${ccryptoRoot}/${folder}" "${CMAKE_BINARY_DIR}/${folder}")
+                add_subdirectory("${ccryptoRoot}/${folder}" "${PROJECT_BINARY_DIR}/${folder}")
             endif()
         endforeach()
     endif()
@@ -93,10 +112,13 @@ function(ccrypto_join name batch)
 endfunction()
 
 function(ccrypto_part name)
-    ccrypto_arguments("IN_DLL" "" "APART" ${ARGN})
+    ccrypto_arguments("IN_DLL" "" "APART;PUBLIC_HEADERS;WINDOWS_PUBLIC_HEADERS" ${ARGN})
+    if(WIN32)
+        list(APPEND ccrypto_PUBLIC_HEADERS ${ccrypto_WINDOWS_PUBLIC_HEADERS})
+    endif()
     add_library(${name} STATIC ${ccrypto_FILES})
+    target_sources(${name} PUBLIC FILE_SET public TYPE HEADERS BASE_DIRS "${ccryptoRoot}" FILES ${ccrypto_PUBLIC_HEADERS})
     target_compile_features(${name} PUBLIC cxx_std_20)
-    target_include_directories(${name} PUBLIC "$<BUILD_INTERFACE:${ccryptoRoot}>")
     target_link_libraries(${name} PUBLIC ${ccrypto_LINKS} PRIVATE "$<BUILD_INTERFACE:ccrypto_flags>")
     if(NOT (ccrypto_IN_DLL AND WIN32))
         ccrypto_join(${name} 16 ${ccrypto_APART})
@@ -107,6 +129,27 @@ function(ccrypto_library name)
     ccrypto_part(ccrypto_${name} ${ARGN})
     add_library(CCrypto::${name} ALIAS ccrypto_${name})
     set_target_properties(ccrypto_${name} PROPERTIES EXPORT_NAME ${name})
+    if(CCRYPTO_INSTALL)
+        install(TARGETS ccrypto_${name} EXPORT CCryptoTargets
+            ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+            FILE_SET public DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/ccrypto")
+    endif()
+endfunction()
+
+# What find_package(CCrypto) reads; called once, after the last module of the library.
+function(ccrypto_install_package)
+    if(NOT CCRYPTO_INSTALL)
+        return()
+    endif()
+    include(CMakePackageConfigHelpers)
+    set(packageFolder "${CMAKE_INSTALL_LIBDIR}/cmake/CCrypto")
+    configure_package_config_file("${ccryptoRoot}/cmake/CCryptoConfig.cmake.in" "${PROJECT_BINARY_DIR}/CCryptoConfig.cmake"
+        INSTALL_DESTINATION "${packageFolder}")
+    write_basic_package_version_file("${PROJECT_BINARY_DIR}/CCryptoConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
+    install(EXPORT CCryptoTargets NAMESPACE CCrypto:: DESTINATION "${packageFolder}")
+    install(FILES "${PROJECT_BINARY_DIR}/CCryptoConfig.cmake" "${PROJECT_BINARY_DIR}/CCryptoConfigVersion.cmake"
+        DESTINATION "${packageFolder}")
+    install(FILES "${ccryptoRoot}/LICENSE" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 endfunction()
 
 function(ccrypto_dll name)
@@ -125,7 +168,7 @@ function(ccrypto_program name)
 endfunction()
 
 function(ccrypto_secrets_test name)
-    if(NOT CCRYPTO_TESTS OR NOT CCRYPTO_SECRETS_MARKED)
+    if(NOT CCRYPTO_BUILD_TESTS OR NOT CCRYPTO_SECRETS_MARKED)
         return()
     endif()
     ccrypto_arguments("" "" "" ${ARGN})
@@ -139,7 +182,7 @@ endfunction()
 #
 # Such a program once more, with other variables.
 function(ccrypto_secrets_test_again entry)
-    if(NOT CCRYPTO_TESTS OR NOT CCRYPTO_SECRETS_MARKED)
+    if(NOT CCRYPTO_BUILD_TESTS OR NOT CCRYPTO_SECRETS_MARKED)
         return()
     endif()
     cmake_parse_arguments(ccrypto "" "PROGRAM" "ENVIRONMENT" ${ARGN})
@@ -168,15 +211,15 @@ endif()
 function(ccrypto_test_headers)
     if(NOT TARGET ccrypto_test_headers)
         ccrypto_googletest()
-        file(GENERATE OUTPUT "${CMAKE_BINARY_DIR}/ccrypto_test_headers.cpp" CONTENT "")
-        add_library(ccrypto_test_headers OBJECT "${CMAKE_BINARY_DIR}/ccrypto_test_headers.cpp")
+        file(GENERATE OUTPUT "${PROJECT_BINARY_DIR}/ccrypto_test_headers.cpp" CONTENT "")
+        add_library(ccrypto_test_headers OBJECT "${PROJECT_BINARY_DIR}/ccrypto_test_headers.cpp")
         target_link_libraries(ccrypto_test_headers PRIVATE ccrypto_flags ccrypto_test_flags GTest::gmock)
         target_precompile_headers(ccrypto_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h> <string>)
     endif()
 endfunction()
 
 function(ccrypto_test name)
-    if(NOT CCRYPTO_TESTS OR CCRYPTO_SECRETS_MARKED)
+    if(NOT CCRYPTO_BUILD_TESTS OR CCRYPTO_SECRETS_MARKED)
         return()
     endif()
     ccrypto_arguments("OWN_MAIN" "TIMEOUT" "APART;PROGRAMS;ENVIRONMENT" ${ARGN})
@@ -201,13 +244,13 @@ function(ccrypto_test name)
     endif()
     set(drive "$<$<PLATFORM_ID:Windows>:Z:>")
     target_compile_definitions(${name} PRIVATE
-        "TEST_DATA_DIR=\"${drive}${CMAKE_CURRENT_SOURCE_DIR}/data\"" "PROGRAM_DIR=\"${drive}${CMAKE_BINARY_DIR}/bin\"")
+        "TEST_DATA_DIR=\"${drive}${CMAKE_CURRENT_SOURCE_DIR}/data\"" "PROGRAM_DIR=\"${drive}${PROJECT_BINARY_DIR}/bin\"")
 
     ccrypto_test_entry(${name} ${name} ${ccrypto_TIMEOUT} ${ccrypto_ENVIRONMENT})
 endfunction()
 
 function(ccrypto_test_again entry)
-    if(NOT CCRYPTO_TESTS OR CCRYPTO_SECRETS_MARKED)
+    if(NOT CCRYPTO_BUILD_TESTS OR CCRYPTO_SECRETS_MARKED)
         return()
     endif()
     cmake_parse_arguments(ccrypto "" "PROGRAM;FILTER;TIMEOUT" "ENVIRONMENT" ${ARGN})
@@ -259,14 +302,14 @@ function(ccrypto_bench name)
     ccrypto_benchmark()
     ccrypto_program(${name} SOURCES ${ccrypto_FILES} LINKS ${ccrypto_LINKS} benchmark::benchmark benchmark::benchmark_main)
     add_dependencies(benches ${name})
-    file(APPEND "${CMAKE_BINARY_DIR}/benches.txt" "${name}${CMAKE_EXECUTABLE_SUFFIX}\n")
+    file(APPEND "${PROJECT_BINARY_DIR}/benches.txt" "${name}${CMAKE_EXECUTABLE_SUFFIX}\n")
 endfunction()
 
-if(CCRYPTO_TESTS OR CCRYPTO_FUZZ STREQUAL "REPLAY")
+if(CCRYPTO_BUILD_TESTS OR CCRYPTO_FUZZ STREQUAL "REPLAY")
     enable_testing()
 endif()
 if(CCRYPTO_BENCH)
     # scripts/bench builds this target and runs the programs of this list.
     add_custom_target(benches)
-    file(WRITE "${CMAKE_BINARY_DIR}/benches.txt" "")
+    file(WRITE "${PROJECT_BINARY_DIR}/benches.txt" "")
 endif()

@@ -4,9 +4,8 @@ add_library(ccrypto_flags INTERFACE)
 set(cxx "$<COMPILE_LANGUAGE:CXX>")
 target_compile_options(ccrypto_flags INTERFACE
     $<${cxx}:-Wall> $<${cxx}:-Wextra> $<${cxx}:-Wpedantic> $<${cxx}:-Wconversion> $<${cxx}:-Wshadow>
-    # clang warns about more under the same names, and it only builds the fuzz targets.
-    $<$<AND:${cxx},$<CXX_COMPILER_ID:GNU>>:-Werror>
-    $<${cxx}:-ffile-prefix-map=${ccryptoRoot}=./> $<${cxx}:-ffile-prefix-map=${CMAKE_BINARY_DIR}=.>)
+    $<$<AND:${cxx},$<BOOL:${CCRYPTO_WARNINGS_AS_ERRORS}>>:-Werror>
+    $<${cxx}:-ffile-prefix-map=${ccryptoRoot}=./> $<${cxx}:-ffile-prefix-map=${PROJECT_BINARY_DIR}=.>)
 
 # Two clean builds are byte-identical: no times, users or modes in archives.
 set(CMAKE_CXX_ARCHIVE_CREATE "<CMAKE_AR> qcD <TARGET> <LINK_FLAGS> <OBJECTS>")
