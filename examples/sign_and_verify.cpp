@@ -1,0 +1,34 @@
+// Hashes a text, signs the digest with a new key, and verifies the signature with the key's public half as others receive it.
+
+#include "core/core.h"
+#include "crypto/crypto.h"
+#include "pki/pki.h"
+
+#include <cstdio>
+
+using ccrypto::algorithm::Id;
+
+int main()
+{
+    const std::string_view text = "To whom it may concern";
+    const auto hash = ICryptoHash::Create(Id::sha256);
+    const element digest = hash->digestOf({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+
+    auto made = CCryptoEC::Generate(Id::prime256v1);
+    if (made == nullptr) {
+        std::fputs("there are no random bytes\n", stderr);
+        return 1;
+    }
+    CCryptoECKeyPair own(std::move(made));
+    const element signature = own.signer()->sign(Id::sha256, digest.bytes());
+
+    CCryptoKeyFile file;
+    const auto received = file.Load(own.publicKeyInfo().bytes());
+    ICryptoSigner* const verifier = received == nullptr ? nullptr : received->signer();
+    if (verifier == nullptr || !verifier->verify(Id::sha256, digest.bytes(), signature.bytes())) {
+        std::fprintf(stderr, "not verified: %s\n", CCryptoErrorHandler::LastErrorText().c_str());
+        return 1;
+    }
+    std::printf("verified with a key of %u bits\n", received->keySize());
+    return 0;
+}
