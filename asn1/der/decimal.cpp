@@ -255,7 +255,7 @@ bool SignedFromDecimal(std::string_view text, element& number)
     const std::string_view digits = text.substr(negative ? 1 : 0);
     const bool needless = digits.starts_with('0') && (negative || digits.size() > 1);
     const bool isNumber = std::ranges::all_of(digits, IsDigit);
-    if (digits.empty() || digits.size() > longestSignedDecimal || needless || !isNumber)
+    if (digits.empty() || digits.size() > maxSignedDecimal || needless || !isNumber)
         return false;
     number = IntegerFromDecimal(digits);
     if (!negative)
@@ -270,13 +270,13 @@ bool SignedFromDecimal(std::string_view text, element& number)
 
 CCryptoString DecimalFromSigned(const element& number)
 {
-    if (number.length() > longestSignedInteger || !IsShortest(number) || (number.negative() && number.data()[0] < 0x80))
+    if (number.length() > maxSignedInteger || !IsShortest(number) || (number.negative() && number.data()[0] < 0x80))
         return {};
     element magnitude = number;
     if (number.negative())
         Negate(magnitude);
     const CCryptoString digits = DecimalFromMagnitude(magnitude.bytes());
-    if (digits.length() > longestSignedDecimal)
+    if (digits.length() > maxSignedDecimal)
         return {};
     return number.negative() ? CCryptoString("-") + digits : digits;
 }

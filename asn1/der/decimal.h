@@ -16,15 +16,15 @@ constexpr std::size_t maxDecimalDigits = 1000000;
 [[nodiscard]] element IntegerFromDecimal(std::string_view digits);
 
 /// What any text writes in decimal: longer numbers would take too long to convert.
-constexpr std::uint32_t longestSignedInteger = 4097; ///< bytes, a sign octet among them
-constexpr std::size_t longestSignedDecimal = 9864;   ///< digits, of which every number fits these bytes
+constexpr std::uint32_t maxSignedInteger = 4097; ///< bytes, a sign octet among them
+constexpr std::size_t maxSignedDecimal = 9864;   ///< digits, of which every number fits these bytes
 
 /// The integer element of a decimal number as DER holds it: below zero in two's complement. \return false unless the text is a "-"
-/// or nothing, followed by up to `longestSignedDecimal` digits without a needless zero.
+/// or nothing, followed by up to `maxSignedDecimal` digits without a needless zero.
 [[nodiscard]] bool SignedFromDecimal(std::string_view text, element& number);
 
 /// The decimal text from which SignedFromDecimal gives the same element; empty when there is none: for superfluous leading
-/// bytes, a sign with a magnitude, and more than `longestSignedInteger` bytes.
+/// bytes, a sign with a magnitude, and more than `maxSignedInteger` bytes.
 [[nodiscard]] CCryptoString DecimalFromSigned(const element& number);
 
 } // namespace ccrypto

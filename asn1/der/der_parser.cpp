@@ -235,7 +235,7 @@ bool CCryptoDERParser::Decoder::decodeConstructed(const DerHeader& header, eleme
     const std::uint32_t end = header.valueStart + header.length;
     position = end;
     Level level;
-    if (depth + 1 >= deepestLevel)
+    if (depth + 1 >= maxLevel)
         level.failed = !fail("The data is nested more than 128 levels deep", header.start);
     else
         level = decodeLevel(header.valueStart, end, depth + 1, probing);
@@ -295,7 +295,7 @@ void CCryptoDERParser::Decoder::decodeBitString(const DerHeader& header, element
 
 bool CCryptoDERParser::Decoder::decodeInside(std::uint32_t start, std::uint32_t end, elementNode& node, std::uint32_t depth)
 {
-    if (depth + 1 >= deepestLevel)
+    if (depth + 1 >= maxLevel)
         return false;
     const NodePool::Mark mark = pool_.mark();
     const bool keptOctets = keepsOctets_;

@@ -29,7 +29,7 @@ struct DerOptions {
 /// value, which is not written. isDer() says whether nothing of that kind was met.
 class CCryptoDERParser {
 public:
-    static constexpr std::uint32_t deepestLevel = 128;
+    static constexpr std::uint32_t maxLevel = 128;
     static constexpr std::uint32_t shortValueLimit = 40;
 
     explicit CCryptoDERParser(const ccrypto::DerOptions& options = {}) : options_(options) {}

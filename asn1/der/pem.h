@@ -21,7 +21,7 @@ std::string PemBlockName(std::size_t number, std::string_view label);
 /// Whether a line of the text begins a PEM block (RFC 7468).
 bool HasPemBlock(std::string_view text);
 
-/// Takes every block out of the text; what stands between them is passed over, as are headers of a block.
+/// Takes every block out of the text; text between them is ignored, as are headers of a block.
 /// \return false with `reason`.
 bool ReadPem(std::string_view text, std::vector<DataBlock>& blocks, std::string& reason);
 

@@ -53,7 +53,7 @@ bool HoldsOrdinaryValue(const elementNode& node, bool isMember, std::uint32_t de
 
 bool IsOrdinaryList(const elementNode* first, bool isObject, std::uint32_t depth)
 {
-    if (depth >= deepestTree)
+    if (depth >= maxTreeDepth)
         return false;
     for (const elementNode* node = first; node != nullptr; node = node->next()) {
         const bool isMember = node->type() == ElementType::identifier && IsUtf8(node->token().view());

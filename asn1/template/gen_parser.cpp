@@ -91,7 +91,7 @@ CCryptoGENParser::CCryptoGENParser(std::function<CCryptoString()> includeFolder)
 ElementNodePtr CCryptoGENParser::Parse(std::string_view text)
 {
     CCryptoAutoLogger logger("CCryptoGENParser::Parse");
-    itemsLeft_ = mostItems;
+    itemsLeft_ = maxItems;
     ElementNodePtr first = parseText(text);
     if (first == nullptr) {
         if (!innerReason_.isEmpty())
@@ -104,7 +104,7 @@ ElementNodePtr CCryptoGENParser::Parse(std::string_view text)
 
 ElementNodePtr CCryptoGENParser::TryParse(std::string_view text)
 {
-    itemsLeft_ = mostItems;
+    itemsLeft_ = maxItems;
     return parseText(text);
 }
 

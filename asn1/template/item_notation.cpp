@@ -145,7 +145,7 @@ CCryptoString TokenNotation(const element& token, const elementNode* owner)
 
 bool AppendList(const elementNode* first, const elementNode* owner, const char* separator, CCryptoString& text, std::uint32_t depth)
 {
-    if (depth >= deepestTree)
+    if (depth >= maxTreeDepth)
         return false;
     for (const elementNode* node = first; node != nullptr; node = node->next()) {
         if (!AppendHead(*node, owner, ItemPlace::inList, text, depth))

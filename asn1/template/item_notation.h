@@ -15,7 +15,7 @@ namespace ccrypto {
 /// may be null, encodes to the same bytes. Always UTF-8.
 [[nodiscard]] CCryptoString TokenNotation(const element& token, const elementNode* owner);
 
-// These append to `text`, and return false for a tree more than `deepestTree` levels deep.
+// These append to `text`, and return false for a tree more than `maxTreeDepth` levels deep.
 /// The items of a list, whole.
 [[nodiscard]] bool AppendList(const elementNode* first, const elementNode* owner, const char* separator, CCryptoString& text,
                               std::uint32_t depth = 0);

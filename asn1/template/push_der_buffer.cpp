@@ -28,7 +28,7 @@ bool IsAtMost(const element& number, std::uint64_t most)
 /// writing says so.
 bool IsFilled(const elementNode* node, std::uint32_t depth)
 {
-    if (node != nullptr && depth >= deepestTree)
+    if (node != nullptr && depth >= maxTreeDepth)
         return true;
     for (; node != nullptr; node = node->next()) {
         const elementNode* const value = node->value();
@@ -73,8 +73,8 @@ bool Encoder::writeList(const elementNode* first, const elementNode* owner, std:
 {
     if (first == nullptr)
         return true;
-    if (depth >= deepestTree)
-        return logger_.fail(false, "The tree is more than %u levels deep", deepestTree);
+    if (depth >= maxTreeDepth)
+        return logger_.fail(false, "The tree is more than %u levels deep", maxTreeDepth);
     const elementNode* node = first;
     while (node->next() != nullptr)
         node = node->next();
@@ -98,8 +98,8 @@ bool Encoder::writeItem(const elementNode& node, const elementNode* owner, std::
 /// What lies inside one element.
 bool Encoder::writeLevel(const elementNode* first, const elementNode& owner, std::uint32_t depth)
 {
-    if (level_ >= CCryptoDERParser::deepestLevel)
-        return logger_.fail(false, "The tree is more than %u levels deep", CCryptoDERParser::deepestLevel);
+    if (level_ >= CCryptoDERParser::maxLevel)
+        return logger_.fail(false, "The tree is more than %u levels deep", CCryptoDERParser::maxLevel);
     ++level_;
     const bool written = writeList(first, &owner, depth + 1);
     --level_;

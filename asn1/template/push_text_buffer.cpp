@@ -18,7 +18,7 @@ bool CPushTextBuffer::Push(const elementNode* first)
 
 bool CPushTextBuffer::pushList(const elementNode* first, const elementNode* owner, std::uint32_t depth)
 {
-    if (depth >= deepestTree)
+    if (depth >= maxTreeDepth)
         return fail(tooDeep);
     for (const elementNode* node = first; node != nullptr; node = node->next()) {
         if (!pushNode({*node, owner, depth}))

@@ -10,7 +10,7 @@ namespace ccrypto {
 /// Writes a tree as text: the walk that template text, JSON and XML share. A form decides how a node's head, value and end are
 /// written, and which of its slots holds the list between value and end.
 ///
-/// Siblings are walked; levels are recursed, `deepestTree` of them at most.
+/// Siblings are walked; levels are recursed, `maxTreeDepth` of them at most.
 class CPushTextBuffer : public CPushBuffer {
 public:
     bool Push(const elementNode* first) final;

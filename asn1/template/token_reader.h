@@ -21,7 +21,7 @@ protected:
     bool start(Lexer& lexer)
     {
         lexer_ = &lexer;
-        itemsLeft_ = mostItems;
+        itemsLeft_ = maxItems;
         return advance();
     }
 
@@ -33,7 +33,7 @@ protected:
         return false;
     }
 
-    /// \return false when the text holds more than `mostItems`.
+    /// \return false when the text holds more than `maxItems`.
     bool countItem()
     {
         itemsLeft_ -= itemsLeft_ != 0 ? 1 : 0;

@@ -32,7 +32,7 @@ bool DropFromItem(elementNode& item, std::uint32_t depth)
 /// \return whether anything in the list is filled.
 bool DropFromList(ElementNodePtr& list, std::uint32_t depth)
 {
-    if (depth >= deepestTree)
+    if (depth >= maxTreeDepth)
         return true;
     ItemList kept;
     bool isFilled = false;

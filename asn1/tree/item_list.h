@@ -7,7 +7,7 @@
 namespace ccrypto {
 
 /// What one text of template, JSON or XML may hold: some 200 MB of memory.
-constexpr std::uint32_t mostItems = 2000000;
+constexpr std::uint32_t maxItems = 2000000;
 constexpr const char* tooManyItems = "Parsing failed; More than 2000000 items";
 
 /// A list of siblings that grows at its end.

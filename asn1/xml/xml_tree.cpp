@@ -39,7 +39,7 @@ bool AreAttributes(const elementNode* first)
 
 bool IsElement(const elementNode& node, std::uint32_t depth)
 {
-    if (depth >= deepestTree || !IsNamed(node) || node.modifiers() != nullptr || node.shortValue() != nullptr ||
+    if (depth >= maxTreeDepth || !IsNamed(node) || node.modifiers() != nullptr || node.shortValue() != nullptr ||
         node.operation() != nullptr || !AreAttributes(node.brackets()))
         return false;
     bool afterText = false;

@@ -32,7 +32,7 @@ BENCHMARK(Decode)->Name("certificate, DER to tree");
 void Encode(benchmark::State& state)
 {
     const ElementNodePtr tree = CCryptoDERParser().Decode(Certificate().bytes());
-    // What is signed: the first item, which is copied so that its siblings stay behind.
+    // What is signed: the first item, which is copied so that its siblings are left out.
     const ElementNodePtr signedPart = tree->content()->clone();
     for (auto _ : state)
         benchmark::DoNotOptimize(CCryptoParser::ToDer(signedPart.get()));

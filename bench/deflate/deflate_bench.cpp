@@ -19,7 +19,7 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 /// What a packed size may exceed the rival's by.
-constexpr double mostSurplus = 1.03;
+constexpr double maxSurplus = 1.03;
 
 Bytes FileBytes(const std::filesystem::path& path)
 {
@@ -27,7 +27,7 @@ Bytes FileBytes(const std::filesystem::path& path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// The C++ files of this tree, one behind the other in the order of their names.
+/// The C++ files of this tree, concatenated in the order of their names.
 Bytes Sources()
 {
     std::vector<std::filesystem::path> paths;
@@ -145,7 +145,7 @@ void RegisterDeflate(const Subject& subject, int level)
 {
     const std::string name = "deflate " + std::to_string(level) + " " + subject.name;
     const Bytes& bytes = subject.bytes;
-    const auto most = static_cast<std::size_t>(static_cast<double>(ZlibPacked(bytes, level).size()) * mostSurplus);
+    const auto most = static_cast<std::size_t>(static_cast<double>(ZlibPacked(bytes, level).size()) * maxSurplus);
     benchmark::RegisterBenchmark(name.c_str(), [&bytes, most, level](benchmark::State& state) {
         Measure(state, bytes, most, [&] { return OwnPacked(bytes, level); });
     });

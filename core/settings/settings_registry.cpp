@@ -59,7 +59,7 @@ std::uint32_t CCryptoSettingsRegistry::GetIntegerOrDefault(const char* name, std
 
 bool CCryptoSettingsRegistry::SetValue(const element& name, const element& value)
 {
-    // A name that a zero byte would cut short is none.
+    // A name that a zero byte would cut short is refused.
     const CCryptoString wholeName(name);
     const bool usable = wholeName.view().find('\0') == std::string_view::npos;
     return setRegValue(path_.c_str(), usable ? wholeName.c_str() : nullptr, CCryptoString(value).view());

@@ -31,7 +31,7 @@ public:
     CCryptoString() = default;
     CCryptoString(const char* text);
     explicit CCryptoString(std::string_view text);
-    /// The number behind a literal is a length, never appended text. A null pointer gives the empty string.
+    /// The number after a literal is a length, never appended text. A null pointer gives the empty string.
     CCryptoString(const char* bytes, std::uint32_t length);
     /// A negative length counts as 0.
     CCryptoString(const char* bytes, std::int32_t length);

@@ -21,7 +21,7 @@ inline std::string_view TextOf(const std::uint8_t* data, std::size_t size)
     return {reinterpret_cast<const char*>(data), size};
 }
 
-/// What stands before the first line feed, and what stands behind it.
+/// The text before the first line feed, and the text after it.
 inline std::pair<std::string_view, std::string_view> SplitLine(std::string_view input)
 {
     const std::size_t end = input.find('\n');

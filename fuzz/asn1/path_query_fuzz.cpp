@@ -2,7 +2,7 @@
 
 using namespace ccrypto;
 
-/// A path, and behind a line feed the template it walks: it ends in the tree or nowhere.
+/// A path, and after a line feed the template it walks: it ends in the tree or nowhere.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const auto [path, text] = SplitLine(TextOf(data, size));

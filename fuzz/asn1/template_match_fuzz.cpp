@@ -3,7 +3,7 @@
 
 using namespace ccrypto;
 
-/// A template, and behind a line feed DER: a match binds names of the template, and a failure names its step.
+/// A template, and after a line feed DER: a match binds names of the template, and a failure names its step.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const auto [text, bytes] = SplitLine(TextOf(data, size));

@@ -41,7 +41,7 @@ void CheckPattern(const std::string& pattern, std::string_view text)
 
 } // namespace
 
-/// A text, and behind a line feed a pattern for it.
+/// A text, and after a line feed a pattern for it.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::string_view input(reinterpret_cast<const char*>(data), size);

@@ -92,7 +92,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (block.size() < 2 * digestSize + 2)
         return 0;
     CompareOAEP(block);
-    // The same bytes as the data under the masks, behind a right label: past the first check.
+    // The same bytes as the data under the masks, after a correct label: past the first check.
     Bytes data0(block.begin() + 1 + digestSize, block.end());
     const element label = ICryptoHash::Create(100)->digestOf({});
     std::copy_n(label.data(), digestSize, data0.begin());

@@ -67,7 +67,7 @@ bool HasVersion(const CCryptoASN1Object& object, std::uint32_t first, std::uint3
     return version.length() == 1 && !version.negative() && version.toWord32() >= first && version.toWord32() <= last;
 }
 
-/// What follows the template's items is passed over by the match.
+/// The match ignores what follows the template's items.
 bool HasItems(const elementNode* sequence, std::uint32_t count)
 {
     const elementNode* item = sequence->content();

@@ -21,7 +21,7 @@ protected:
     void ClearFields() override { publicKey = {}; }
 };
 
-/// PrivateKeyInfo, or OneAsymmetricKey (RFC 5958, 2). Attributes are passed over.
+/// PrivateKeyInfo, or OneAsymmetricKey (RFC 5958, 2). Attributes are ignored.
 class CCryptoPrivateKeyInfo : public CCryptoASN1Object {
 public:
     CCryptoPrivateKeyInfo();

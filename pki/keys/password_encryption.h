@@ -33,7 +33,7 @@ public:
     static bool Understands(const CCryptoAlgorithmIdentifier& how);
 
     /// \return false, logged, `text` empty, for a description that is not understood, and for a wrong password, as far as the
-    /// padding tells.
+    /// padding shows.
     static bool Decrypt(const CCryptoAlgorithmIdentifier& how, std::string_view password, std::span<const std::uint8_t> ciphertext,
                         element& text);
 };

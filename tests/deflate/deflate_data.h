@@ -40,7 +40,7 @@ inline DeflateSink AppendTo(std::string& text)
     };
 }
 
-/// Gives `input` in pieces of `pieceSize` bytes, behind one of `first` bytes.
+/// Gives `input` in pieces of `pieceSize` bytes, after one of `first` bytes.
 inline Outcome Feed(CDeflateStream& stream, std::string_view input, std::size_t pieceSize, std::size_t first)
 {
     Outcome outcome;
@@ -112,7 +112,7 @@ inline std::string Number(std::uint32_t value, int bits)
     return text;
 }
 
-/// The bytes that these bits fill from the lowest up; blanks are passed over, the last byte is filled with zeros.
+/// The bytes that these bits fill from the lowest up; blanks are ignored, the last byte is filled with zeros.
 inline std::string FromBits(std::string_view bits)
 {
     std::string bytes;

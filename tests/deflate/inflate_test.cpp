@@ -114,7 +114,7 @@ TEST(Inflate, NamesWhatIsMalformed)
     };
     for (const FaultCase& each : cases) {
         const bool isCut = std::string_view(each.reason).starts_with("The data ends");
-        // In one piece, byte by byte, and with so much behind it that the fast loop meets the fault.
+        // In one piece, byte by byte, and with so much after it that the fast loop meets the fault.
         const Outcome whole = Unpacked(each.packed, DeflateFormat::raw);
         EXPECT_EQ(whole.reason, each.reason);
         EXPECT_EQ(Unpacked(each.packed, DeflateFormat::raw, 1), whole) << each.reason;

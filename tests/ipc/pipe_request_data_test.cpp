@@ -110,7 +110,7 @@ TEST(PipeRequestData, BodyIsBounded)
     EXPECT_EQ(message.position(), 0U);
 }
 
-/// Reads with one letter an item: i integer, s text, d bytes, v value, a capital for the last; tells what came of it.
+/// Reads with one letter an item: i integer, s text, d bytes, v value, a capital for the last; says what came of it.
 std::string ReadAll(Message& message, std::string_view letters)
 {
     std::string told;

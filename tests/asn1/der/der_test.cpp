@@ -328,7 +328,7 @@ TEST(DerRoundTrip, ValuesThatTextCouldChange)
         "\x02\x02\xFF\x7F",                 // -129, two's complement
         "\x02\x02\x00\x05"sv,               // not the shortest
         "\x02\x09\x00\x80\0\0\0\0\0\0\0"sv, // 2 to the 63rd
-        "\x0C\x01\xE4",                     // UTF8String that is none
+        "\x0C\x01\xE4",                     // not UTF-8 in a UTF8String
         "\x0C\x02\xC3\xA4",                 // UTF8String
         "\x1E\x02\xC3\xA4",                 // BMPString that looks like UTF-8
         "\x1E\x02\xC4\xA4",                 // and one that does once it stands in quotes

@@ -261,7 +261,7 @@ TEST(Json, AnOrdinaryDocumentKeepsItsValuesInEveryForm)
     }
 }
 
-/// The reason of the parse alone, as the process keeps it behind the name of the operation.
+/// The reason of the parse alone, as the process keeps it after the name of the operation.
 template <typename Load>
 std::string Reason(Load&& load)
 {

@@ -325,7 +325,7 @@ TEST(HtmlEncode, NamesWhatHtmlGivesAMeaning)
             std::string target(size, '?');
             EXPECT_EQ(CCryptoConvert::html_encode(each.source, target.data(), size, keepQuotes), expected.size());
             EXPECT_EQ(target.c_str(), expected);
-            // One byte less is refused, and nothing is written behind the end.
+            // One byte less is refused, and nothing is written past the end.
             if (!expected.empty()) {
                 target.assign(size, '?');
                 EXPECT_EQ(CCryptoConvert::html_encode(each.source, target.data(), size - 1, keepQuotes), 0u);

@@ -15,7 +15,7 @@ public:
     /// Where it stands: "sha256.txt:17".
     const std::string& place() const { return place_; }
     bool has(const std::string& name) const { return fields_.contains(name); }
-    /// The text behind "name ="; a missing name fails the test and gives empty text.
+    /// The text after "name ="; a missing name fails the test and gives empty text.
     std::string text(const std::string& name) const;
     /// Hexadecimal digits, quoted text ("abc"), "" for nothing, or either of them repeated: "61 x 1000000".
     Bytes bytes(const std::string& name) const;

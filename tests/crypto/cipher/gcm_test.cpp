@@ -185,7 +185,7 @@ TEST(Gcm, SaysWhenTheTextChangedBetweenTheTwoPasses)
 
 TEST(Gcm, ForgetsTheFirstCounterOfATextThatEnded)
 {
-    // Test case 5 of the mode's original publication: the first counter is a hash of the vector of 8 bytes, and tells of the key.
+    // Test case 5 of the mode's original publication: the first counter is a hash of the 8-byte vector, and depends on the key.
     const Bytes key = {0xFE, 0xFF, 0xE9, 0x92, 0x86, 0x65, 0x73, 0x1C, 0x6D, 0x6A, 0x8F, 0x94, 0x67, 0x30, 0x83, 0x08};
     const Bytes iv = {0xCA, 0xFE, 0xBA, 0xBE, 0xFA, 0xCE, 0xDB, 0xAD};
     const std::string firstCounter = "c43a83c4c4badec4354ca984db252f7d";

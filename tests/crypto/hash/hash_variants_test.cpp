@@ -33,7 +33,7 @@ void ExpectSameDigests(const std::string& name, std::span<const Variant<Compress
                 std::copy(std::begin(expected), std::end(expected), state);
                 variants.front().calls(expected, bytes.data() + shift, count);
                 variant.calls(state, bytes.data() + shift, count);
-                // SHA-1 and MD5 leave the words behind theirs alone.
+                // SHA-1 and MD5 leave the words after theirs unchanged.
                 ASSERT_TRUE(std::equal(std::begin(expected), std::end(expected), state)) << count << " blocks";
             }
         }

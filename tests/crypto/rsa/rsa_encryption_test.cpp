@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t size = 128;
 
-/// A block that decrypts as it stands.
+/// A block that decrypts unchanged.
 Bytes Encrypted(const Bytes& block)
 {
     return BytesOf(AnyKey().publicOperation(block));

@@ -126,7 +126,7 @@ TEST(RSASignature, OfPKCS1IsRefusedWithAnyByteOfItsBlockChanged)
         changed[i] ^= i == 0 ? 0x01 : 0x80;
         EXPECT_FALSE(AnyKey().verifyPKCS1(102, digest, Signed(changed))) << i;
     }
-    // Padding too short, with the rest behind the digest; NULL left out; a longer form of a length.
+    // Padding too short, with the rest after the digest; NULL left out; a longer form of a length.
     Bytes shorter = block;
     shorter.erase(shorter.begin() + 10, shorter.begin() + 30);
     shorter.resize(block.size(), 0);

@@ -29,7 +29,7 @@ inline Bytes DigestOf(ICryptoHash& hash, const Bytes& message)
     return BytesOf(hash.digestOf(message));
 }
 
-/// "Random" bytes that a vector tells, once each; then there are none any more.
+/// "Random" bytes from a vector, each once; after that it fails.
 class ToldBytes : public ICryptoRandom {
 public:
     explicit ToldBytes(Bytes bytes) : bytes_(std::move(bytes)) {}

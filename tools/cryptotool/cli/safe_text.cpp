@@ -57,7 +57,7 @@ std::size_t OrdinaryLength(std::string_view text)
     return static_cast<std::size_t>(std::ranges::find_if_not(text, isOrdinary) - text.begin());
 }
 
-/// Hands each character to `safe` or `unsafe`, with its bytes and its code point; a byte that is none goes to `unsafe` with itself.
+/// Hands each character to `safe` or `unsafe`, with its bytes and its code point; an invalid byte goes to `unsafe` with itself.
 /// Ordinary characters come together.
 template <typename Safe, typename Unsafe>
 void ForEachCharacter(std::string_view text, Safe safe, Unsafe unsafe)

@@ -47,7 +47,7 @@ bool IsCMAC(std::string_view name)
     return SameInAnyCase(name, "aes-cmac");
 }
 
-/// The length of the key tells which AES it is.
+/// The length of the key says which AES it is.
 std::unique_ptr<StreamedMAC> NewCMAC(std::string_view, std::span<const std::uint8_t> key, std::string& reason)
 {
     for (const std::uint32_t id : {algorithm::aes128Cbc, algorithm::aes192Cbc, algorithm::aes256Cbc}) {

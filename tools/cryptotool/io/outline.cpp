@@ -116,7 +116,7 @@ void Walk::cut(const DerOptions& options)
     const auto end = static_cast<std::uint32_t>(input_.size());
     std::uint32_t position = 0;
     std::uint32_t depth = 0;
-    for (bool isOpen = true; isOpen && depth < CCryptoDERParser::deepestLevel; ++depth) {
+    for (bool isOpen = true; isOpen && depth < CCryptoDERParser::maxLevel; ++depth) {
         OutlineElement line;
         position = whole(options, position, depth, line.header);
         if (line.header.start != position || line.header.length <= end - line.header.valueStart)

@@ -15,7 +15,7 @@ struct FillProblem {
     std::string reason;
 };
 
-/// Gives every placeholder of a name its value, as written behind "NAME=":
+/// Gives every placeholder of a name its value, as written after "NAME=":
 ///
 /// - "#00ff" is bytes, "@file" the bytes of a file, "der:@file" the elements of one (DER, PEM or base64), "text:..." text as it
 ///   stands;

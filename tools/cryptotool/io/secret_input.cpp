@@ -12,7 +12,7 @@ namespace ccrypto {
 
 namespace {
 
-/// What is read at most: a secret that is too long is noticed behind the end of its line.
+/// What is read at most: a secret that is too long is noticed after the end of its line.
 constexpr std::uint32_t maxReading = maxSecret + 3;
 
 /// All that `read` gives, up to maxReading, in one piece of memory. \return false with `reason`.

@@ -21,7 +21,7 @@ constexpr std::uint32_t maxSecret = 65536;
 /// file, or what a descriptor of the process gives until its end, or a line that is typed at the terminal without being shown.
 struct SecretKind {
     std::string_view what; ///< what the user is asked for
-    bool isText;           ///< of a file's content, a line end behind the last line is no part of it
+    bool isText;           ///< of a file's content, a line end after the last line is not part of it
     Option file;
     Option descriptor;
 };
@@ -55,7 +55,7 @@ enum class Asking { once, twice };
 /// Reads the secret that the two options of `kind` name; without them, asks for it. A key is not empty; a password that is not new
 /// may be. \return exitDone, or the exit code after the reason was printed, with `secret` empty.
 int ReadSecret(Invocation& invocation, const SecretKind& kind, Asking asking, element& secret);
-/// The same for a key, which hexKeyOption tells to be written in hexadecimal digits.
+/// The same for a key, which hexKeyOption says is written in hexadecimal digits.
 int ReadKey(Invocation& invocation, element& key);
 
 } // namespace ccrypto

@@ -157,7 +157,7 @@ std::string StandardDotted(std::span<const std::uint8_t> octets)
     std::string text = "2." + std::to_string(first - joint);
     if (place == octets.size())
         return text;
-    // The arcs that follow are the same behind any first octet.
+    // The arcs that follow are the same after any first octet.
     std::vector<std::uint8_t> others = {0};
     others.insert(others.end(), octets.begin() + static_cast<std::ptrdiff_t>(place), octets.end());
     if (!DottedFromDer(others, dotted))

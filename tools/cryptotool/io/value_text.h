@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-// Values of elements as a person reads them: numbers in decimal, text in quotes, other bytes in hexadecimal behind "#".
+// Values of elements as a person reads them: numbers in decimal, text in quotes, other bytes in hexadecimal after "#".
 
 namespace ccrypto {
 
@@ -34,7 +34,7 @@ std::string NamedOid(std::string_view dotted);
 element ValueOctets(const elementNode& node);
 
 /// A node that is nothing but a value, read in the light of the element it stands in; or template text on several lines.
-/// \param withSiblings whether the nodes behind it belong to what is shown.
+/// \param withSiblings whether the nodes after it belong to what is shown.
 std::string NodeText(const elementNode& node, bool withSiblings);
 
 } // namespace ccrypto

@@ -143,7 +143,7 @@ bool ReadAsn1ParseLine(const std::string& text, ElementLine& line)
     return true;
 }
 
-/// What "openssl asn1parse -i" printed, the elements of each file behind a line "== FILE".
+/// What "openssl asn1parse -i" printed, the elements of each file after a line "== FILE".
 std::map<std::string, Lines> ReadAsn1Parse(const std::string& printed)
 {
     std::map<std::string, Lines> files;
