@@ -42,7 +42,7 @@ bool ReadDescriptor(std::uint64_t number, element& secret, std::string& reason)
     return false;
 }
 
-bool ReadFile(Console& console, const std::string& name, element& secret, std::string& reason)
+bool ReadSecretFile(Console& console, const std::string& name, element& secret, std::string& reason)
 {
     InputStream file(console);
     if (file.open(name))
@@ -104,7 +104,7 @@ int ReadSecret(Invocation& invocation, const SecretKind& kind, Asking asking, el
     bool isRead = false;
     if (hasFile) {
         place = arguments.value(kind.file.name);
-        isRead = ReadFile(invocation.console(), place, secret, reason);
+        isRead = ReadSecretFile(invocation.console(), place, secret, reason);
     } else if (hasDescriptor) {
         place = "descriptor " + arguments.value(kind.descriptor.name);
         isRead = ReadDescriptor(arguments.number(kind.descriptor.name, 0), secret, reason);
