@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <vector>
@@ -17,6 +18,9 @@ std::vector<std::string> CommandLineWords(int count, char** words);
 
 /// From here on, a user or system that ends the process before its time has this file removed; an empty name for none.
 void RemoveWhenInterrupted(const std::string& name);
+/// Runs `action` with interruptions held back until it has ended: between the creation of a file and RemoveWhenInterrupted. \return
+/// what `action` returns.
+bool WithInterruptionsHeld(const std::function<bool()>& action);
 
 /// How much processor time the calling thread has used. On Windows it advances in steps of some 16 ms.
 [[nodiscard]] std::chrono::nanoseconds ProcessorTime();

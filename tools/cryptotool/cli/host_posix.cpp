@@ -43,6 +43,8 @@ char unfinishedFile[PATH_MAX];
 std::atomic<bool> hasUnfinishedFile = false;
 static_assert(std::atomic<bool>::is_always_lock_free);
 
+constexpr std::array<int, 4> interruptionSignals = {SIGHUP, SIGINT, SIGPIPE, SIGTERM};
+
 extern "C" void RemoveUnfinishedFile(int signalNumber)
 {
     if (hasUnfinishedFile)
@@ -139,12 +141,25 @@ void RemoveWhenInterrupted(const std::string& name)
     struct sigaction action = {};
     action.sa_handler = RemoveUnfinishedFile;
     action.sa_flags = static_cast<int>(SA_RESETHAND);
-    for (const int signalNumber : {SIGHUP, SIGINT, SIGPIPE, SIGTERM}) {
+    for (const int signalNumber : interruptionSignals) {
         struct sigaction present = {};
         // A signal the caller wants ignored stays so.
         if (sigaction(signalNumber, nullptr, &present) == 0 && present.sa_handler == SIG_DFL)
             sigaction(signalNumber, &action, nullptr);
     }
+}
+
+bool WithInterruptionsHeld(const std::function<bool()>& action)
+{
+    sigset_t interruptions;
+    sigset_t before;
+    sigemptyset(&interruptions);
+    for (const int signalNumber : interruptionSignals)
+        sigaddset(&interruptions, signalNumber);
+    pthread_sigmask(SIG_BLOCK, &interruptions, &before);
+    const bool result = action();
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return result;
 }
 
 std::chrono::nanoseconds ProcessorTime()

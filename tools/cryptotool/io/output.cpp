@@ -75,9 +75,14 @@ bool Output::openBeside()
     for (int number = 0; number < maxNames; ++number) {
         const std::string name =
             target_ + "." + std::to_string(platform::CurrentProcessId()) + "." + std::to_string(number) + ".part";
-        if (file_.open(name.c_str(), isPrivate_ ? platform::FileMode::createPrivate : platform::FileMode::create)) {
-            temporary_ = name;
+        const bool created = WithInterruptionsHeld([&] {
+            if (!file_.open(name.c_str(), isPrivate_ ? platform::FileMode::createPrivate : platform::FileMode::create))
+                return false;
             RemoveWhenInterrupted(name);
+            return true;
+        });
+        if (created) {
+            temporary_ = name;
             takeRights(std::filesystem::perms::owner_write);
             return true;
         }
