@@ -4,9 +4,8 @@
 
 namespace ccrypto {
 
-/// Ends the process with exit code 1, "FATAL MEMORY ALLOCATION ERROR" on the debug channel: what every byte buffer of the library
-/// does when there is no memory. The containers leave that to `new`, which throws, and to whoever catches at the boundary of a
-/// module.
+/// Ends the process with exit code 1 and "FATAL MEMORY ALLOCATION ERROR" on the debug channel: what the byte buffers and containers
+/// of the library do when there is no memory.
 [[noreturn]] void EndOutOfMemory();
 
 } // namespace ccrypto
