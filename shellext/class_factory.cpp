@@ -1,6 +1,7 @@
 #include "shellext/class_factory.h"
 
 #include "core/diagnostics/auto_logger.h"
+#include "shellext/com/com_ptr.h"
 #include "shellext/com/hresult.h"
 #include "shellext/context_menu/file_context_menu_ext.h"
 
@@ -41,11 +42,10 @@ HRESULT ClassFactory::CreateInstance(IUnknown* outer, REFIID riid, void** ppv) n
             *ppv = nullptr;
         if (outer != nullptr)
             return logger.fail(CLASS_E_NOAGGREGATION);
-        auto* handler = new (std::nothrow) FileContextMenuExt;
-        if (handler == nullptr)
+        const ComPtr handler(new (std::nothrow) FileContextMenuExt);
+        if (!handler)
             return logger.fail(E_OUTOFMEMORY);
         const HRESULT result = handler->QueryInterface(riid, ppv);
-        handler->Release();
         return logger.setRetValue(SUCCEEDED(result) ? ResultStatus::none : ResultStatus::error, result);
     });
 }

@@ -1,6 +1,7 @@
 #include "core/diagnostics/auto_logger.h"
 #include "shellext/class_factory.h"
 #include "shellext/com/bounded_text.h"
+#include "shellext/com/com_ptr.h"
 #include "shellext/com/hresult.h"
 #include "shellext/com/module.h"
 #include "shellext/com/registration.h"
@@ -70,12 +71,10 @@ STDAPI DllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv)
     return Guarded([&] {
         if (ppv != nullptr)
             *ppv = nullptr;
-        auto* factory = new (std::nothrow) ClassFactory;
-        if (factory == nullptr)
+        const ComPtr factory(new (std::nothrow) ClassFactory);
+        if (!factory)
             return E_OUTOFMEMORY;
-        const HRESULT result = factory->QueryInterface(riid, ppv);
-        factory->Release();
-        return result;
+        return factory->QueryInterface(riid, ppv);
     });
 }
 

@@ -9,6 +9,8 @@ template <typename Interface>
 class ComPtr {
 public:
     ComPtr() = default;
+    /// Takes over the caller's reference; null for none.
+    explicit ComPtr(Interface* object) : object_(object) {}
     ~ComPtr() { reset(); }
     ComPtr(const ComPtr&) = delete;
     ComPtr& operator=(const ComPtr&) = delete;
@@ -31,6 +33,7 @@ public:
 
     Interface* get() const { return object_; }
     Interface* operator->() const { return object_; }
+    Interface& operator*() const { return *object_; }
     explicit operator bool() const { return object_ != nullptr; }
 
 private:

@@ -22,6 +22,14 @@ struct GdiObjectKind {
 };
 using OwnedBitmap = SystemHandle<GdiObjectKind<HBITMAP>>;
 
+struct DrawingContextKind {
+    using Value = HDC;
+    static Value none() { return nullptr; }
+    static void close(Value value) { DeleteDC(value); }
+};
+/// A device context that was created; one that was borrowed from a window goes back another way.
+using OwnedDrawingContext = SystemHandle<DrawingContextKind>;
+
 struct MenuKind {
     using Value = HMENU;
     static Value none() { return nullptr; }

@@ -1,6 +1,6 @@
 #include "shellext/class_factory.h"
+#include "shellext/com/com_ptr.h"
 #include "tests/shellext/context_menu/memory_settings.h"
-#include "tests/shellext/owned.h"
 
 #include <gtest/gtest.h>
 #include <shlobj.h>
@@ -27,7 +27,7 @@ TEST(ClassFactory, LeavesNothingBehindWhenItRefuses)
     const InstalledSettings settings({});
     const LONG before = module::ObjectCount();
     {
-        const Owned<ClassFactory> factory(new ClassFactory);
+        const ComPtr factory(new ClassFactory);
         EXPECT_EQ(module::ObjectCount(), before + 1);
 
         struct Case {
@@ -59,7 +59,7 @@ TEST(ClassFactory, HandsOutOneObjectUnderAllItsInterfaces)
 {
     const InstalledSettings settings({});
     const LONG before = module::ObjectCount();
-    const Owned<ClassFactory> factory(new ClassFactory);
+    const ComPtr factory(new ClassFactory);
 
     IUnknown* unknown = nullptr;
     ASSERT_EQ(factory->CreateInstance(nullptr, IID_IUnknown, reinterpret_cast<void**>(&unknown)), S_OK);
@@ -85,7 +85,7 @@ TEST(ClassFactory, SaysThatThereIsNoMemory)
 {
     const InstalledSettings settings({});
     const LONG before = module::ObjectCount();
-    const Owned<ClassFactory> factory(new ClassFactory);
+    const ComPtr factory(new ClassFactory);
     void* handler = factory.get();
     void* secondFactory = factory.get();
     memoryIsShort = true;

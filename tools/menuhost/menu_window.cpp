@@ -1,5 +1,7 @@
 #include "tools/menuhost/menu_window.h"
 
+#include "shellext/com/owned_handles.h"
+
 #include <map>
 
 namespace ccrypto {
@@ -81,13 +83,12 @@ void DrawPicture(const WindowState& state, const DRAWITEMSTRUCT& item)
     if (found == state.pictures.end())
         return;
     const BITMAP picture = Describe(found->second);
-    const HDC source = CreateCompatibleDC(item.hDC);
-    const HGDIOBJ before = SelectObject(source, found->second);
+    const OwnedDrawingContext source(CreateCompatibleDC(item.hDC));
+    const HGDIOBJ before = SelectObject(source.get(), found->second);
     const BLENDFUNCTION blend = {AC_SRC_OVER, 0, 255, AC_SRC_ALPHA};
-    GdiAlphaBlend(item.hDC, item.rcItem.left, item.rcItem.top, picture.bmWidth, picture.bmHeight, source, 0, 0, picture.bmWidth,
-                  picture.bmHeight, blend);
-    SelectObject(source, before);
-    DeleteDC(source);
+    GdiAlphaBlend(item.hDC, item.rcItem.left, item.rcItem.top, picture.bmWidth, picture.bmHeight, source.get(), 0, 0,
+                  picture.bmWidth, picture.bmHeight, blend);
+    SelectObject(source.get(), before);
 }
 
 void PaintFiles(HWND window, const std::vector<std::wstring>& files)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "shellext/com/owned_handles.h"
+
 #include <windows.h>
 
 #include <map>
@@ -19,13 +21,13 @@ public:
     {
         path_ = L"Software\\shellext-tests-" + std::to_wstring(GetCurrentProcessId());
         RegDeleteTreeW(HKEY_CURRENT_USER, path_.c_str());
-        RegCreateKeyExW(HKEY_CURRENT_USER, path_.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &root_, nullptr);
-        RegOverridePredefKey(HKEY_CLASSES_ROOT, root_);
+        RegCreateKeyExW(HKEY_CURRENT_USER, path_.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, root_.receive(), nullptr);
+        RegOverridePredefKey(HKEY_CLASSES_ROOT, root_.get());
     }
     ~ClassesHive()
     {
         RegOverridePredefKey(HKEY_CLASSES_ROOT, nullptr);
-        RegCloseKey(root_);
+        root_.reset();
         RegDeleteTreeW(HKEY_CURRENT_USER, path_.c_str());
     }
     ClassesHive(const ClassesHive&) = delete;
@@ -36,26 +38,24 @@ public:
 
     void setDefault(const std::wstring& key, const std::wstring& text, bool terminated)
     {
-        HKEY opened = nullptr;
-        RegOpenKeyExW(root_, key.c_str(), 0, KEY_WRITE, &opened);
-        RegSetValueExW(opened, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
+        OwnedKey opened;
+        RegOpenKeyExW(root_.get(), key.c_str(), 0, KEY_WRITE, opened.receive());
+        RegSetValueExW(opened.get(), nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
                        static_cast<DWORD>((text.size() + (terminated ? 1 : 0)) * sizeof(wchar_t)));
-        RegCloseKey(opened);
     }
 
     Contents contents() const
     {
         Contents found;
-        collect(root_, L"", found);
+        collect(root_.get(), L"", found);
         return found;
     }
 
 private:
     void create(const std::wstring& key, DWORD options)
     {
-        HKEY created = nullptr;
-        RegCreateKeyExW(root_, key.c_str(), 0, nullptr, options, KEY_WRITE, nullptr, &created, nullptr);
-        RegCloseKey(created);
+        OwnedKey created;
+        RegCreateKeyExW(root_.get(), key.c_str(), 0, nullptr, options, KEY_WRITE, nullptr, created.receive(), nullptr);
     }
 
     static Values valuesOf(HKEY key)
@@ -80,17 +80,16 @@ private:
             DWORD length = 256;
             if (RegEnumKeyExW(key, index, name, &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
                 return;
-            HKEY below = nullptr;
-            RegOpenKeyExW(key, name, 0, KEY_READ, &below);
+            OwnedKey below;
+            RegOpenKeyExW(key, name, 0, KEY_READ, below.receive());
             const std::wstring pathBelow = path.empty() ? name : path + L"\\" + name;
-            found[pathBelow] = valuesOf(below);
-            collect(below, pathBelow, found);
-            RegCloseKey(below);
+            found[pathBelow] = valuesOf(below.get());
+            collect(below.get(), pathBelow, found);
         }
     }
 
     std::wstring path_;
-    HKEY root_ = nullptr;
+    OwnedKey root_;
 };
 
 } // namespace ccrypto

@@ -1,9 +1,9 @@
 #include "shellext/com/com_ptr.h"
 #include "shellext/com/module.h"
+#include "shellext/com/owned_handles.h"
 #include "tests/shellext/com/footprint.h"
 #include "tests/shellext/com/loaded_library.h"
 #include "tests/shellext/context_menu/scripted_data_object.h"
-#include "tests/shellext/owned.h"
 
 #include <gtest/gtest.h>
 #include <shlobj.h>
@@ -48,13 +48,12 @@ void UseOnce()
 void UsePlainOnce()
 {
     const OwnedMenu menu(CreatePopupMenu());
-    const HMODULE library = LoadLibraryA(PROGRAM_DIR "/plain_library.dll");
-    ASSERT_NE(library, nullptr);
-    const auto find = [&](const char* name) { return reinterpret_cast<void*>(GetProcAddress(library, name)); };
+    const OwnedModule library(LoadLibraryA(PROGRAM_DIR "/plain_library.dll"));
+    ASSERT_TRUE(library);
+    const auto find = [&](const char* name) { return reinterpret_cast<void*>(GetProcAddress(library.get(), name)); };
     const auto bitmap = reinterpret_cast<HBITMAP (*)(HMENU)>(find("AddEntry"))(menu.get());
     EXPECT_NE(bitmap, nullptr);
     reinterpret_cast<void (*)(HBITMAP)>(find("RemoveEntry"))(bitmap);
-    FreeLibrary(library);
 }
 
 /// What 1,000 times leave, after some that fill the system's own caches.
@@ -98,9 +97,8 @@ protected:
     {
         BITMAPINFO description = {{sizeof(BITMAPINFOHEADER), 16, -16, 1, 32, BI_RGB, 0, 0, 0, 0, 0}, {}};
         std::vector<std::uint32_t> pixels(256);
-        const HDC context = CreateCompatibleDC(nullptr);
-        EXPECT_EQ(GetDIBits(context, bitmap, 0, 16, pixels.data(), &description, DIB_RGB_COLORS), 16);
-        DeleteDC(context);
+        const OwnedDrawingContext context(CreateCompatibleDC(nullptr));
+        EXPECT_EQ(GetDIBits(context.get(), bitmap, 0, 16, pixels.data(), &description, DIB_RGB_COLORS), 16);
         return pixels;
     }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/platform/system_handle.h"
+
 #include <windows.h>
 
 #include <stdexcept>
@@ -7,17 +9,21 @@
 
 namespace ccrypto {
 
+struct ModuleKind {
+    using Value = HMODULE;
+    static Value none() { return nullptr; }
+    static void close(Value value) { FreeLibrary(value); }
+};
+using OwnedModule = SystemHandle<ModuleKind>;
+
 /// The shell extension itself, loaded as COM loads it.
 class LoadedLibrary {
 public:
     LoadedLibrary() : module_(LoadLibraryExA(PROGRAM_DIR "/explorermenuhandler.dll", nullptr, LOAD_WITH_ALTERED_SEARCH_PATH))
     {
-        if (module_ == nullptr)
+        if (!module_)
             throw std::runtime_error("the library cannot be loaded: error " + std::to_string(GetLastError()));
     }
-    ~LoadedLibrary() { FreeLibrary(module_); }
-    LoadedLibrary(const LoadedLibrary&) = delete;
-    LoadedLibrary& operator=(const LoadedLibrary&) = delete;
 
     HRESULT call(const char* name) const { return find<HRESULT(WINAPI*)()>(name)(); }
 
@@ -27,11 +33,11 @@ public:
         return find<Export>("DllGetClassObject")(clsid, interfaceId, object);
     }
 
-    HMODULE module() const { return module_; }
+    HMODULE module() const { return module_.get(); }
     std::wstring path() const
     {
         wchar_t path[MAX_PATH];
-        GetModuleFileNameW(module_, path, MAX_PATH);
+        GetModuleFileNameW(module_.get(), path, MAX_PATH);
         return path;
     }
 
@@ -39,13 +45,13 @@ private:
     template <typename Export>
     Export find(const char* name) const
     {
-        const auto found = GetProcAddress(module_, name);
+        const auto found = GetProcAddress(module_.get(), name);
         if (found == nullptr)
             throw std::runtime_error(std::string(name) + " is not exported");
         return reinterpret_cast<Export>(reinterpret_cast<void*>(found));
     }
 
-    HMODULE module_;
+    OwnedModule module_;
 };
 
 } // namespace ccrypto

@@ -1,10 +1,11 @@
 #include "core/platform/win32/wide.h"
 #include "ipc/pipe_server.h"
+#include "shellext/com/com_ptr.h"
+#include "shellext/com/owned_handles.h"
 #include "shellext/context_menu/file_context_menu_ext.h"
 #include "shellext/sign_action.h"
 #include "tests/shellext/context_menu/memory_settings.h"
 #include "tests/shellext/context_menu/scripted_data_object.h"
-#include "tests/shellext/owned.h"
 
 #include <gtest/gtest.h>
 
@@ -30,7 +31,7 @@ protected:
     }
 
     InstalledSettings settings_{{{"pdfAllowMultiselect", "1"}}};
-    Owned<FileContextMenuExt> handler_{new FileContextMenuExt};
+    ComPtr<FileContextMenuExt> handler_{new FileContextMenuExt};
 };
 
 const void* Offset(UINT_PTR offset)
