@@ -1,4 +1,3 @@
-#include "ipc/overlapped_transfer.h"
 #include "ipc/pipe_client.h"
 #include "ipc/pipe_server.h"
 #include "ipc/session.h"
@@ -8,8 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <functional>
-#include <future>
 #include <thread>
 
 using namespace ccrypto;
@@ -17,9 +14,6 @@ using namespace ccrypto;
 using namespace std::string_literals;
 
 namespace {
-
-constexpr std::uint32_t soon = 100;
-constexpr std::uint32_t never = 600000;
 
 std::uint32_t sessionNumber = 0;
 
@@ -174,7 +168,7 @@ TEST(PipeTransport, BusyServerIsReportedAfterTheWait)
     ASSERT_TRUE(otherClient);
 
     EXPECT_EQ(CurrentSession().busyTimeout, 15000U);
-    CurrentSession().busyTimeout = soon;
+    CurrentSession().busyTimeout = peers::soon;
     CCryptoPipeClient client(name.c_str(), 1, false);
     EXPECT_FALSE(client.Call());
     EXPECT_EQ(client.status(), CCryptoPipeRequestData::statusBusy);
@@ -219,295 +213,6 @@ TEST(PipeTransport, EveryCallSendsARequestOfTheClientsOwn)
         server.join();
         EXPECT_EQ(request, wire::Header(3, 0, 0));
     }
-}
-
-struct HostileClient {
-    const char* name;
-    std::vector<std::string> messages;
-    bool leaves; ///< closes at once, and does not wait to be disconnected
-};
-
-const HostileClient hostileClients[] = {
-    {"comes and goes", {}, true},
-    {"says nothing", {}, false},
-    {"one byte, then nothing", {"x"}, false},
-    {"one byte, then gone", {"x"}, true},
-    {"a long message in place of a header", {std::string(500, '\0')}, false},
-    {"header and body in one", {wire::Header(22, 0, 6) + wire::Text("")}, false},
-    {"an announced body that never comes", {wire::Header(22, 0, 10)}, false},
-    {"gone before the body", {wire::Header(22, 0, 10)}, true},
-    {"a body shorter than announced", {wire::Header(22, 0, 10), "abc"}, false},
-    {"a body longer than announced", {wire::Header(22, 0, 10), std::string(500, 'x')}, false},
-    {"the greatest body", {wire::Header(22, 0, 0xFFFFFFFF)}, false},
-    {"a body just above the limit", {wire::Header(22, 0, CCryptoPipeRequestData::maximumBody + 1)}, false},
-};
-
-TEST(PipeTransport, HostileClientsLeaveTheServerInService)
-{
-    const std::string name = peers::FreshPipeName();
-    CCryptoPipeServer server(name.c_str(), false, false);
-    server.SetTimeouts(never, soon, never);
-    for (const HostileClient& hostile : hostileClients) {
-        SCOPED_TRACE(hostile.name);
-        std::promise<void> served;
-        std::thread client([&] {
-            platform::ScopedHandle pipe = peers::Connect(name);
-            EXPECT_TRUE(pipe);
-            for (const std::string& message : hostile.messages)
-                peers::WriteMessage(pipe.get(), message);
-            if (hostile.leaves)
-                pipe.reset();
-            served.get_future().wait();
-        });
-        EXPECT_FALSE(server.Read());
-        const std::uint8_t* data = nullptr;
-        std::uint32_t length = 0;
-        EXPECT_FALSE(server.GetData(data, length, false));
-        EXPECT_EQ(server.body().size(), 0U);
-        served.set_value();
-        client.join();
-
-        std::thread good([&] {
-            CCryptoPipeClient pipe(name.c_str(), 6, false);
-            pipe.AddInt(7);
-            EXPECT_TRUE(pipe.CallWithoutReading());
-        });
-        std::uint32_t value = 0;
-        EXPECT_TRUE(server.Read());
-        good.join();
-        EXPECT_TRUE(server.GetInt(value, true));
-        EXPECT_EQ(value, 7U);
-        server.Disconnect();
-    }
-}
-
-struct AnswerCase {
-    const char* name;
-    std::vector<std::string> messages;
-    bool good;
-    std::int32_t status;
-    std::size_t bodyLength;
-};
-
-const AnswerCase answerCases[] = {
-    {"empty response", {wire::Header(1, 0, 0)}, true, 0, 0},
-    {"response with a body", {wire::Header(1, 0, 9), wire::Int(7)}, true, 0, 9},
-    {"bad status", {wire::Header(1, -3, 0)}, false, -3, 0},
-    {"bad status and a body", {wire::Header(1, 5, 9), wire::Int(7)}, false, 5, 9},
-    {"server dies before the header", {}, false, 0, 0},
-    {"server dies within the header", {"abc"}, false, 0, 0},
-    {"server dies between header and body", {wire::Header(1, 0, 9)}, false, 0, 0},
-    {"server dies within the body", {wire::Header(1, 0, 9), "abc"}, false, 0, 0},
-    {"greatest body", {wire::Header(1, 0, 0xFFFFFFFF)}, false, 0, 0},
-};
-
-TEST(PipeTransport, ClientTakesGoodResponsesAlone)
-{
-    for (const AnswerCase& test : answerCases) {
-        SCOPED_TRACE(test.name);
-        const std::string name = peers::FreshPipeName();
-        platform::ScopedHandle pipe = peers::Listen(name);
-        std::string request;
-        std::thread server([&] {
-            ConnectNamedPipe(pipe.get(), nullptr);
-            request = peers::ReadRequest(pipe.get());
-            for (const std::string& message : test.messages)
-                peers::WriteMessage(pipe.get(), message);
-            if (test.good)
-                FlushFileBuffers(pipe.get());
-            pipe.reset();
-        });
-        CCryptoPipeClient client(name.c_str(), 3, false);
-        client.AddData("question");
-        EXPECT_EQ(client.Call(), test.good);
-        server.join();
-        EXPECT_EQ(request, wire::Header(3, 0, 14) + wire::Text("question"));
-        EXPECT_EQ(client.body().size(), test.bodyLength);
-        EXPECT_EQ(client.position(), 0U);
-        EXPECT_EQ(client.status(), test.status);
-    }
-}
-
-/// A server whose writes end before anybody has read them, as they may where the system rounds a buffer up.
-class BufferingServer : public CCryptoPipeServer {
-public:
-    explicit BufferingServer(const std::string& name) : CCryptoPipeServer(peers::FreshPipeName().c_str(), false, false)
-    {
-        Listen(CreateNamedPipeA(name.c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED, PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE,
-                                1, 1U << 20, 1U << 20, 0, nullptr));
-    }
-};
-
-void KeepsTheResponseUntilItIsRead(CCryptoPipeServer& server, const std::string& name)
-{
-    const std::string body = wire::Text(std::string(100000, 'x'));
-    std::promise<void> done;
-    std::thread client([&] {
-        const platform::ScopedHandle pipe = peers::Connect(name);
-        EXPECT_TRUE(peers::WriteMessage(pipe.get(), wire::Header(1, 0, 0)));
-        // Byte for byte, as slowly as a client may.
-        std::string header;
-        for (int index = 0; index < 12; ++index)
-            header += peers::ReadBytes(pipe.get(), 1);
-        EXPECT_EQ(header, wire::Header(1, 0, static_cast<std::uint32_t>(body.size())));
-        EXPECT_EQ(peers::ReadBytes(pipe.get(), static_cast<std::uint32_t>(body.size())), body);
-        done.get_future().wait();
-    });
-    ASSERT_TRUE(server.Read());
-    server.StartMessage();
-    server.AddData(std::string(100000, 'x').c_str());
-    // The client holds the connection although it has read everything; the server does not wait for ever.
-    server.SetTimeouts(never, never, 1000);
-    EXPECT_TRUE(server.Write());
-    done.set_value();
-    client.join();
-}
-
-TEST(PipeTransport, ResponseIsKeptUntilItIsRead)
-{
-    const std::string name = peers::FreshPipeName();
-    CCryptoPipeServer server(name.c_str(), false, false);
-    KeepsTheResponseUntilItIsRead(server, name);
-}
-
-TEST(PipeTransport, BufferedResponseIsKeptUntilItIsRead)
-{
-    const std::string name = peers::FreshPipeName();
-    BufferingServer server(name);
-    KeepsTheResponseUntilItIsRead(server, name);
-}
-
-TEST(PipeTransport, ClientThatReadsNothingTimesOut)
-{
-    const std::string name = peers::FreshPipeName();
-    CCryptoPipeServer server(name.c_str(), false, false);
-    std::promise<void> done;
-    std::thread client([&] {
-        const platform::ScopedHandle pipe = peers::Connect(name);
-        EXPECT_TRUE(peers::WriteMessage(pipe.get(), wire::Header(1, 0, 0)));
-        done.get_future().wait();
-    });
-    ASSERT_TRUE(server.Read());
-    server.StartMessage();
-    server.AddData(std::string(100000, 'x').c_str());
-    server.SetTimeouts(never, never, soon);
-    EXPECT_FALSE(server.Write());
-    done.set_value();
-    client.join();
-}
-
-TEST(PipeTransport, LateBytesDoNotReachAnAbandonedBuffer)
-{
-    const std::string name = peers::FreshPipeName();
-    CCryptoPipeServer server(name.c_str(), false, false);
-    const platform::ScopedHandle client = peers::Connect(name);
-    ASSERT_TRUE(server.ConnectPipe());
-    server.SetTimeouts(never, soon, never);
-
-    std::string abandoned(8, '.');
-    std::string buffer(8, '.');
-    EXPECT_FALSE(server.ReadPipe(abandoned.data(), 8));
-    ASSERT_TRUE(peers::WriteMessage(client.get(), "too late"));
-    EXPECT_TRUE(server.ReadPipe(buffer.data(), 8));
-    EXPECT_EQ(abandoned, "........");
-    EXPECT_EQ(buffer, "too late");
-}
-
-TEST(PipeTransport, ConnectionOfTheLastMomentIsKept)
-{
-    const std::string name = peers::FreshPipeName();
-    const platform::ScopedHandle pipe(CreateNamedPipeA(name.c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
-                                                       PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, 1, 0, 0, 0, nullptr));
-    const platform::ScopedHandle event(CreateEventA(nullptr, TRUE, FALSE, nullptr));
-    const StopSignal stop;
-    for (const bool comes : {false, true}) {
-        OverlappedTransfer connection(pipe.get(), event.get());
-        ASSERT_TRUE(connection.Connect());
-        EXPECT_EQ(connection.Wait(stop, 0), OverlappedTransfer::Outcome::timedOut);
-        const platform::ScopedHandle client = comes ? peers::Connect(name) : platform::ScopedHandle();
-        EXPECT_EQ(connection.Cancel(), comes);
-    }
-}
-
-TEST(PipeTransport, NothingIsSentAfterStop)
-{
-    const std::string name = peers::FreshPipeName();
-    CCryptoPipeServer server(name.c_str(), false, false);
-    const platform::ScopedHandle client = peers::Connect(name, FILE_FLAG_OVERLAPPED);
-    ASSERT_TRUE(server.ConnectPipe());
-    char character = '.';
-    DWORD got = 0;
-    OVERLAPPED overlapped = {};
-    ReadFile(client.get(), &character, 1, nullptr, &overlapped);
-    server.Stop();
-    EXPECT_FALSE(server.WritePipe("x", 1));
-    EXPECT_FALSE(GetOverlappedResult(client.get(), &overlapped, &got, TRUE));
-    EXPECT_EQ(character, '.');
-}
-
-struct StopCase {
-    const char* name;
-    bool connected;
-    std::function<bool(CCryptoPipeServer&)> operation;
-};
-
-const StopCase stopCases[] = {
-    {"connect", false, [](CCryptoPipeServer& server) { return server.ConnectPipe(); }},
-    {"read a request", false, [](CCryptoPipeServer& server) { return server.Read(); }},
-    {"read", true,
-     [](CCryptoPipeServer& server) {
-         char character;
-         return server.ReadPipe(&character, 1);
-     }},
-    {"write", true, [](CCryptoPipeServer& server) { return server.WritePipe(std::string(100000, 'x').data(), 100000); }},
-    {"answer", true, [](CCryptoPipeServer& server) { return server.Write(); }},
-};
-
-TEST(PipeTransport, StopEndsEveryWait)
-{
-    for (const StopCase& test : stopCases) {
-        SCOPED_TRACE(test.name);
-        for (int round = 0; round < 10; ++round) {
-            const std::string name = peers::FreshPipeName();
-            CCryptoPipeServer server(name.c_str(), false, false);
-            server.SetTimeouts(never, never, never);
-            platform::ScopedHandle client;
-            if (test.connected) {
-                client = peers::Connect(name);
-                ASSERT_TRUE(server.ConnectPipe());
-            }
-            std::promise<void> started;
-            std::thread thread([&] {
-                started.set_value();
-                EXPECT_FALSE(test.operation(server));
-            });
-            if (round % 2 == 0)
-                started.get_future().wait();
-            server.Stop();
-            thread.join();
-            EXPECT_FALSE(test.operation(server));
-        }
-    }
-}
-
-TEST(PipeTransport, StopEndsACall)
-{
-    const std::string name = peers::FreshPipeName();
-    const platform::ScopedHandle server = peers::Listen(name);
-    CCryptoPipeClient client(name.c_str(), 1, false);
-    std::thread thread([&] { EXPECT_FALSE(client.Call()); });
-    ConnectNamedPipe(server.get(), nullptr);
-    peers::ReadRequest(server.get());
-    client.Stop();
-    thread.join();
-}
-
-TEST(PipeTransport, ConnectTimesOut)
-{
-    CCryptoPipeServer server(peers::FreshPipeName().c_str(), false, false);
-    server.SetTimeouts(soon, never, never);
-    EXPECT_FALSE(server.ConnectPipe());
-    EXPECT_FALSE(server.Read());
 }
 
 TEST(PipeTransport, SecureServerListens)

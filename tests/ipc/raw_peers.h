@@ -10,6 +10,10 @@
 /// The other end of a pipe, by plain blocking Win32 calls, so that it can do what the library's own never would.
 namespace ccrypto::peers {
 
+/// Time-outs in milliseconds: one that a test waits out, and one that it does not.
+inline constexpr std::uint32_t soon = 100;
+inline constexpr std::uint32_t never = 600000;
+
 /// A pipe name that no other test of any process uses.
 inline std::string FreshPipeName()
 {
