@@ -3,6 +3,8 @@
 #include "core/platform/process.h"
 
 #include <atomic>
+#include <fstream>
+#include <stdexcept>
 
 using namespace ccrypto;
 
@@ -20,6 +22,15 @@ TemporaryDirectory::~TemporaryDirectory()
 {
     std::error_code ignored;
     std::filesystem::remove_all(path_, ignored);
+}
+
+std::filesystem::path TemporaryDirectory::create(const std::filesystem::path& name) const
+{
+    std::filesystem::path file = path_ / name;
+    std::filesystem::create_directories(file.parent_path());
+    if (!std::ofstream(file))
+        throw std::runtime_error("a temporary file cannot be made");
+    return file;
 }
 
 std::string TemporaryDirectory::operator/(std::u8string_view name) const

@@ -1,6 +1,7 @@
-#include "tests/shellext/child_process.h"
+#include "core/platform/win32/wide.h"
 #include "tests/shellext/com/loaded_library.h"
-#include "tests/shellext/temporary_files.h"
+#include "tests/support/child_program.h"
+#include "tests/support/temporary_directory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,6 +15,21 @@ using ::testing::Not;
 
 namespace {
 
+struct Ended {
+    DWORD exitCode;
+    std::string output; ///< standard output and standard error
+};
+
+Ended RunMenuHost(const std::vector<std::wstring>& arguments)
+{
+    std::string commandLine = "\"" PROGRAM_DIR "/menuhost.exe\"";
+    for (const std::wstring& argument : arguments)
+        commandLine += " \"" + platform::WideToUtf8(argument) + "\"";
+    ChildProgram program(commandLine);
+    std::string output = program.Rest();
+    return {program.ExitCode(), std::move(output)};
+}
+
 /// The library registered for real, in the registry that programs started from here see.
 class MenuHost : public ::testing::Test {
 protected:
@@ -23,7 +39,7 @@ protected:
 
     LoadedLibrary library_;
     HRESULT registered_;
-    TemporaryFiles folder_;
+    TemporaryDirectory folder_;
 };
 
 } // namespace
@@ -44,7 +60,7 @@ TEST_F(MenuHost, ShowsTheEntryInTheUsersLanguage)
     if (expected == texts.end())
         GTEST_SKIP() << "LC_ALL names no locale of the table";
 
-    const ChildResult result = RunProgram(L"menuhost", {folder_.create(L"report.pdf")});
+    const Ended result = RunMenuHost({folder_.create(L"report.pdf").wstring()});
     EXPECT_EQ(result.exitCode, 0U);
     EXPECT_THAT(result.output, HasSubstr("QueryContextMenu    0x00000001 success, code 1\nitem                \"&" +
                                          expected->second + "\" command 0, verb \"PdfSignature\", help \"" + expected->second +
@@ -56,7 +72,7 @@ TEST_F(MenuHost, SaysWhatTheHandlerRefuses)
     struct Case {
         const char* name;
         std::vector<std::wstring> arguments;
-        unsigned long exitCode;
+        DWORD exitCode;
         const char* said;
     };
     const std::wstring document = folder_.create(L"report.pdf");
@@ -65,7 +81,7 @@ TEST_F(MenuHost, SaysWhatTheHandlerRefuses)
         {"another file", {note}, 1, "Initialize          0x80004005 E_FAIL"},
         {"no file there", {document + L"x"}, 1, "ERROR_FILE_NOT_FOUND; there is no such file"},
         {"files of two folders",
-         {document, folder_.create(L"below\\other.pdf")},
+         {document, folder_.create(L"below\\other.pdf").wstring()},
          1,
          "Selection           0x80070057 E_INVALIDARG; the files must lie in one folder"},
         {"default item only", {L"--flags", L"CMF_EXPLORE,1", document}, 1, "QueryContextMenu    0x00000000 S_OK"},
@@ -78,7 +94,7 @@ TEST_F(MenuHost, SaysWhatTheHandlerRefuses)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        const ChildResult result = RunProgram(L"menuhost", c.arguments);
+        const Ended result = RunMenuHost(c.arguments);
         EXPECT_EQ(result.exitCode, c.exitCode);
         EXPECT_THAT(result.output, HasSubstr(c.said));
     }
@@ -87,7 +103,7 @@ TEST_F(MenuHost, SaysWhatTheHandlerRefuses)
 TEST_F(MenuHost, NoticesThatNothingIsRegistered)
 {
     ASSERT_EQ(library_.call("DllUnregisterServer"), S_OK);
-    const ChildResult result = RunProgram(L"menuhost", {folder_.create(L"report.pdf")});
+    const Ended result = RunMenuHost({folder_.create(L"report.pdf").wstring()});
     EXPECT_EQ(result.exitCode, 1U);
     EXPECT_THAT(result.output, HasSubstr("Registration        0x80070002 ERROR_FILE_NOT_FOUND; not registered: regsvr32 "));
     EXPECT_THAT(result.output, Not(HasSubstr("CoCreateInstance")));

@@ -1,11 +1,11 @@
 #include "core/platform/win32/wide.h"
+#include "shellext/com/com_ptr.h"
 #include "shellext/context_menu/dropped_files.h"
 #include "shellext/context_menu/file_context_menu_ext.h"
 #include "tests/shellext/context_menu/memory_settings.h"
 #include "tests/shellext/context_menu/scripted_data_object.h"
-#include "tests/shellext/owned.h"
-#include "tests/shellext/temporary_files.h"
 #include "tests/support/captured_log.h"
+#include "tests/support/temporary_directory.h"
 #include "tools/menuhost/shell_selection.h"
 
 #include <gmock/gmock.h>
@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cwchar>
+#include <filesystem>
 #include <random>
 
 using namespace ccrypto;
@@ -27,6 +28,14 @@ const InstalledSettings::Values multipleAllowed = {{"pdfAllowMultiselect", "1"}}
 HRESULT Initialize(FileContextMenuExt& handler, IDataObject& selection)
 {
     return handler.Initialize(nullptr, &selection, nullptr);
+}
+
+/// The path without short names, as the shell hands it out.
+std::wstring LongForm(const std::filesystem::path& path)
+{
+    wchar_t text[textCapacity] = {};
+    GetLongPathNameW(path.c_str(), text, textCapacity);
+    return text;
 }
 
 /// The paths that the handler should keep, joined as it joins them.
@@ -66,19 +75,19 @@ TEST(Selection, FollowsTheFilesOfTheShell)
         SCOPED_TRACE(c.name);
         const InstalledSettings settings(c.setting != nullptr ? InstalledSettings::Values{{"pdfAllowMultiselect", c.setting}}
                                                               : InstalledSettings::Values());
-        TemporaryFiles folder;
+        const TemporaryDirectory folder;
         Names paths;
         Names accepted;
         for (const std::wstring& file : c.files) {
-            paths.push_back(folder.create(file));
+            paths.push_back(LongForm(folder.create(file)));
             if (std::find(c.accepted.begin(), c.accepted.end(), file) != c.accepted.end())
                 accepted.push_back(paths.back());
         }
         ComPtr<IDataObject> selection;
         ASSERT_EQ(SelectInShell(paths, selection), S_OK);
 
-        const Owned<FileContextMenuExt> handler(new FileContextMenuExt);
-        EXPECT_EQ(Initialize(*handler, *selection.get()), accepted.empty() ? E_FAIL : S_OK);
+        const ComPtr handler(new FileContextMenuExt);
+        EXPECT_EQ(Initialize(*handler, *selection), accepted.empty() ? E_FAIL : S_OK);
         EXPECT_EQ(handler->selectedFiles().view(), Joined(accepted));
     }
 }
@@ -98,7 +107,7 @@ TEST(Selection, SaysWhyItIsRefused)
         SCOPED_TRACE(c.logged);
         const CapturedLog log;
         ScriptedDataObject selection(Script::wideList, c.files);
-        const Owned<FileContextMenuExt> handler(new FileContextMenuExt);
+        const ComPtr handler(new FileContextMenuExt);
         EXPECT_EQ(Initialize(*handler, selection), E_FAIL);
         EXPECT_THAT(log.texts(), ::testing::Contains(c.logged));
     }
@@ -125,14 +134,14 @@ TEST(Selection, SurvivesStrangeDataObjects)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         ScriptedDataObject selection(c.script, c.names);
-        const Owned<FileContextMenuExt> handler(new FileContextMenuExt);
+        const ComPtr handler(new FileContextMenuExt);
         EXPECT_EQ(Initialize(*handler, selection), c.accepted != nullptr ? S_OK : E_FAIL);
         EXPECT_EQ(handler->selectedFiles().view(), c.accepted != nullptr ? c.accepted : "");
         EXPECT_EQ(selection.mediaOutstanding(), 0);
         EXPECT_EQ(selection.locks(), 0U);
     }
 
-    const Owned<FileContextMenuExt> handler(new FileContextMenuExt);
+    const ComPtr handler(new FileContextMenuExt);
     EXPECT_EQ(handler->Initialize(nullptr, nullptr, nullptr), E_INVALIDARG);
 }
 
@@ -165,7 +174,7 @@ TEST(Selection, RefusesListsThatLeaveTheirMemory)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         ScriptedDataObject selection({c.offset, {}, FALSE, c.wide}, c.list);
-        const Owned<FileContextMenuExt> handler(new FileContextMenuExt);
+        const ComPtr handler(new FileContextMenuExt);
         EXPECT_EQ(Initialize(*handler, selection), c.taken ? S_OK : E_FAIL);
         EXPECT_EQ(selection.mediaOutstanding(), 0);
         EXPECT_EQ(selection.locks(), 0U);
@@ -191,7 +200,7 @@ TEST(Selection, CutsPathsAsTheSystemDoes)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         ScriptedDataObject selection(Script::wideList, {c.path});
-        const Owned<FileContextMenuExt> handler(new FileContextMenuExt);
+        const ComPtr handler(new FileContextMenuExt);
         EXPECT_EQ(Initialize(*handler, selection), c.accepted.empty() ? E_FAIL : S_OK);
         EXPECT_EQ(handler->selectedFiles().view(), platform::WideToUtf8(c.accepted));
     }
@@ -203,7 +212,7 @@ TEST(Selection, AddsToWhatIsThere)
     ScriptedDataObject first(Script::wideList, {L"C:\\a.pdf", L"C:\\b.pdf"});
     ScriptedDataObject refused(Script::wideList, {L"C:\\c.txt"});
     ScriptedDataObject second(Script::wideList, {L"C:\\d.pdf"});
-    const Owned<FileContextMenuExt> handler(new FileContextMenuExt);
+    const ComPtr handler(new FileContextMenuExt);
     EXPECT_EQ(Initialize(*handler, first), S_OK);
     EXPECT_EQ(Initialize(*handler, refused), E_FAIL);
     EXPECT_EQ(Initialize(*handler, second), S_OK);
@@ -218,7 +227,7 @@ TEST(Selection, TakesTenThousandFiles)
     for (int i = 0; i < 10000; ++i)
         paths.push_back(L"C:\\Users\\user\\Documents\\document " + std::to_wstring(i) + L".pdf");
     ScriptedDataObject selection(Script::wideList, paths);
-    const Owned<FileContextMenuExt> handler(new FileContextMenuExt);
+    const ComPtr handler(new FileContextMenuExt);
     EXPECT_EQ(Initialize(*handler, selection), S_OK);
     EXPECT_EQ(handler->selectedFiles().view(), Joined(paths));
 }

@@ -3,7 +3,7 @@
 #include "ipc/session.h"
 #include "tests/ipc/raw_peers.h"
 #include "tests/ipc/wire_bytes.h"
-#include "tests/tools/child_program.h"
+#include "tests/support/child_program.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
+#include "tests/support/child_program.h"
 #include "tests/support/temporary_directory.h"
-#include "tests/tools/child_program.h"
 #include "tests/tools/cryptotool/small_files.h"
 
 #include <gtest/gtest.h>

@@ -11,30 +11,27 @@ namespace ccrypto {
 class ChildProgram {
 public:
     /// What it may write before somebody reads, in bytes.
-    static constexpr DWORD room = 1U << 20;
+    static constexpr DWORD pipeSize = 1U << 20;
 
     /// \param commandLine UTF-8.
     explicit ChildProgram(const std::string& commandLine)
     {
         SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
-        HANDLE readEnd = nullptr;
-        HANDLE writeEnd = nullptr;
-        CreatePipe(&readEnd, &writeEnd, &inheritable, room);
-        output_.reset(readEnd);
-        SetHandleInformation(readEnd, HANDLE_FLAG_INHERIT, 0);
-        const platform::ScopedHandle childEnd(writeEnd);
+        platform::ScopedHandle childEnd;
+        CreatePipe(output_.receive(), childEnd.receive(), &inheritable, pipeSize);
+        SetHandleInformation(output_.get(), HANDLE_FLAG_INHERIT, 0);
 
         STARTUPINFOW startup = {};
         startup.cb = sizeof startup;
         startup.dwFlags = STARTF_USESTDHANDLES;
-        startup.hStdOutput = writeEnd;
-        startup.hStdError = writeEnd;
+        startup.hStdOutput = childEnd.get();
+        startup.hStdError = childEnd.get();
         PROCESS_INFORMATION process = {};
         std::wstring wide = platform::Utf8ToWide(commandLine);
         if (CreateProcessW(nullptr, wide.data(), nullptr, nullptr, TRUE, CREATE_NEW_PROCESS_GROUP, nullptr, nullptr, &startup,
                            &process)) {
             process_.reset(process.hProcess);
-            CloseHandle(process.hThread);
+            const platform::ScopedHandle thread(process.hThread);
         }
     }
     ~ChildProgram()
