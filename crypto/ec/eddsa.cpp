@@ -1,8 +1,9 @@
 #include "crypto/ec/eddsa.h"
 
 #include "core/diagnostics/auto_logger.h"
+#include "crypto/base/cpu_features.h"
 #include "crypto/ec/edwards_points.h"
-#include "crypto/ec/field25519.h"
+#include "crypto/ec/field25519_adx.h"
 #include "crypto/ec/field448.h"
 #include "crypto/hash/hash.h"
 #include "crypto/hash/shake.h"
@@ -51,15 +52,15 @@ element DomainOf(std::string_view text, const EddsaMode& mode)
     return domain;
 }
 
-/// RFC 8032, 5.1
+/// RFC 8032, 5.1, with a field of that prime.
+template <typename PrimeField>
 struct Ed25519 {
     static constexpr algorithm::Id id = algorithm::ed25519;
     static constexpr const char* name = "Ed25519";
     static constexpr std::size_t N = 4;
-    using Field = Field25519;
+    using Field = PrimeField;
     static constexpr bool aIsOne = false;
     static constexpr std::size_t pointBytes = 32;
-    static constexpr const Modulus<N>& prime = Field::prime;
     static constexpr Modulus<N> order{fixed_limbs::FromHex<N>("1000000000000000000000000000000014DEF9DEA2F79CD65812631A5CF5D3ED")};
     static constexpr Limbs<N> d = fixed_limbs::FromHex<N>("52036CEE2B6FFE738CC740797779E89800700A4D4141D8AB75EB4DCA135978A3");
     static constexpr Limbs<N> x = fixed_limbs::FromHex<N>("216936D3CD6E53FEC0A4E231FDD6DC5C692CC7609525A7B2C9562D608F25D51A");
@@ -92,7 +93,6 @@ struct Ed448 {
     using Field = Field448;
     static constexpr bool aIsOne = true;
     static constexpr std::size_t pointBytes = 57;
-    static constexpr const Modulus<N>& prime = Field::prime;
     static constexpr Modulus<N> order{fixed_limbs::FromHex<N>("3FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF"
                                                               "7CCA23E9C44EDB49AED63690216CC2728DC58F552378C292AB5844F3")};
     static constexpr Limbs<N> d = fixed_limbs::FromHex<N>("FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFE"
@@ -259,18 +259,32 @@ private:
     EdwardsPoints<Curve> points_;
 };
 
+template <typename Curve>
+const EddsaScheme& SchemeWith()
+{
+    static const EddsaSchemeOf<Curve> scheme;
+    return scheme;
+}
+
+using SchemeCall = const EddsaScheme& (*)();
+
+constexpr Variant<SchemeCall> variantsOfEd25519[] = {
+    {"portable", cpu::none, SchemeWith<Ed25519<Field25519>>},
+    {"adx", cpu::adx, SchemeWith<Ed25519<Field25519Adx>>},
+};
+
 /// Null for an id of another algorithm.
 const EddsaScheme* SchemeOf(algorithm::Id curve)
 {
-    if (curve == algorithm::ed25519) {
-        static const EddsaSchemeOf<Ed25519> ed25519;
-        return &ed25519;
+    static const auto& ed25519 = ChooseVariant(std::span<const Variant<SchemeCall>>(variantsOfEd25519));
+    switch (curve) {
+    case algorithm::ed25519:
+        return &ed25519.calls();
+    case algorithm::ed448:
+        return &SchemeWith<Ed448>();
+    default:
+        return nullptr;
     }
-    if (curve == algorithm::ed448) {
-        static const EddsaSchemeOf<Ed448> ed448;
-        return &ed448;
-    }
-    return nullptr;
 }
 
 using KeyPointer = std::unique_ptr<EddsaKey>;
