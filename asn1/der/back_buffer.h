@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/memory/out_of_memory.h"
 #include "core/platform/secure_wipe.h"
 
 #include <cstdint>
@@ -41,7 +42,22 @@ public:
 
 private:
     std::uint8_t* storage() { return large_ != nullptr ? large_.get() : small_; }
-    void grow(std::size_t more);
+
+    void grow(std::size_t more)
+    {
+        const std::size_t used = length();
+        const std::size_t size = 2 * (used + more) + sizeof small_;
+        // Bytes before `start_` are never read.
+        auto* const larger = static_cast<std::uint8_t*>(std::malloc(size));
+        if (larger == nullptr)
+            EndOutOfMemory();
+        std::uint8_t* const start = larger + size - used;
+        std::memcpy(start, start_, used);
+        platform::SecureWipe(start_, used);
+        large_.reset(larger);
+        end_ = larger + size;
+        start_ = start;
+    }
 
     std::uint8_t small_[2048];
     struct Free {

@@ -3,7 +3,7 @@
 #include "asn1/der/der_analyzer.h"
 #include "asn1/json/json_tree.h"
 #include "asn1/template/item_notation.h"
-#include "asn1/template/keyword.h"
+#include "asn1/template/lexical_analyzer.h"
 #include "asn1/template/value_notation.h"
 #include "core/diagnostics/auto_logger.h"
 
@@ -163,7 +163,7 @@ bool CCryptoJSONParser::takeItemScalar(const elementNode* owner, element& value)
         return IsJsonItemString(value, owner, lookAhead_.view()) || unexpected();
     }
     if (lookAhead_.type() == ElementType::characterData && owner != nullptr && IsAsn1Type(owner->type()) && refusal_.isEmpty())
-        refusal_ = AtPlaceOf(lexer_->cursor(), "Parsing failed; A number is not whole or has more than 9864 digits");
+        refusal_ = lexer_->cursor().withPlace("Parsing failed; A number is not whole or has more than 9864 digits");
     value = std::move(lookAhead_);
     return true;
 }

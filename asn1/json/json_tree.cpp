@@ -4,7 +4,7 @@
 #include "asn1/json/json_lexer.h"
 #include "asn1/template/value_notation.h"
 #include "asn1/text/unicode_text.h"
-#include "asn1/tree/tree_depth.h"
+#include "asn1/tree/item_list.h"
 
 #include <algorithm>
 

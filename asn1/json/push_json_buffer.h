@@ -1,6 +1,6 @@
 #pragma once
 
-#include "asn1/template/push_text_buffer.h"
+#include "asn1/template/push_buffer.h"
 
 /// Writes a tree as JSON (RFC 8259). A tree as CCryptoJSONParser gives it for an ordinary document becomes that document again;
 /// any other is written as the tree of a template, each item an object of one member with the item's head as its name.

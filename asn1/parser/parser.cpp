@@ -3,7 +3,7 @@
 #include "asn1/json/push_json_buffer.h"
 #include "asn1/parser/parser_search.h"
 #include "asn1/template/gen_parser.h"
-#include "asn1/template/keyword.h"
+#include "asn1/template/lexical_analyzer.h"
 #include "asn1/template/push_ascii_buffer.h"
 #include "asn1/template/push_der_buffer.h"
 #include "asn1/template/template_cache.h"

@@ -62,10 +62,6 @@ EncodingForm FormOfItem(const elementNode& item)
     return holdsElement || item.type() == ElementType::external ? EncodingForm::either : EncodingForm::primitive;
 }
 
-} // namespace ccrypto
-
-namespace ccrypto {
-
 bool IsConstructedString(const elementNode& item)
 {
     const ElementType type = item.type();

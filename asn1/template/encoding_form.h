@@ -27,10 +27,6 @@ EncodingForm FormOfData(const elementNode& data);
 /// | a tag with a lone name, with nothing, or with NULL inside          | either      |
 EncodingForm FormOfItem(const elementNode& item);
 
-} // namespace ccrypto
-
-namespace ccrypto {
-
 /// Whether an item of a universal type other than SEQUENCE, SET and EXTERNAL is encoded as constructed, which DER forbids (X.690,
 /// 10.2): OCTET_STRING{SEQUENCE{a}} has the identifier 24. "PRIMITIVE" gives 04.
 [[nodiscard]] bool IsConstructedString(const elementNode& item);

@@ -1,6 +1,5 @@
 #include "asn1/template/gen_parser.h"
 
-#include "asn1/template/syntax_error.h"
 #include "asn1/tree/item_list.h"
 #include "core/diagnostics/auto_logger.h"
 #include "core/system/file.h"
@@ -53,7 +52,7 @@ struct CCryptoGENParser::List {
     std::uint32_t& itemsLeft;
     ElementNodePtr first;
     elementNode* current = nullptr;
-    bool wordless = false; ///< the current item was told to have no word
+    bool wordless = false; ///< "\\" stood in place of the current item's word
 
     elementNode& startItem()
     {
@@ -146,13 +145,13 @@ bool CCryptoGENParser::advance()
 
 bool CCryptoGENParser::fail(const CCryptoString& message)
 {
-    reason_ = AtPlaceOf(lexer_->cursor(), message);
+    reason_ = lexer_->cursor().withPlace(message);
     return false;
 }
 
 bool CCryptoGENParser::unexpected()
 {
-    reason_ = NotExpected(lexer_->cursor(), lookAhead_);
+    reason_ = lexer_->cursor().notExpected(lookAhead_);
     return false;
 }
 

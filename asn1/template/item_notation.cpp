@@ -2,11 +2,10 @@
 
 #include "asn1/der/der_analyzer.h"
 #include "asn1/template/gen_parser.h"
-#include "asn1/template/keyword.h"
 #include "asn1/template/lexical_analyzer.h"
 #include "asn1/template/value_notation.h"
 #include "asn1/text/unicode_text.h"
-#include "asn1/tree/tree_depth.h"
+#include "asn1/tree/item_list.h"
 #include "core/text/hex.h"
 
 #include <algorithm>

@@ -6,6 +6,13 @@
 #include <string_view>
 #include <utility>
 
+namespace ccrypto {
+
+/// The code of a keyword, exactly as it is spelled; `identifier` for any other word.
+[[nodiscard]] ElementType KeywordType(std::string_view word);
+
+} // namespace ccrypto
+
 /// Splits template text into tokens, each an `element`: words (a keyword's own code, or an identifier), numbers, strings, "#" runs
 /// of hexadecimal digits, punctuation and operators. White space and comments are ignored. docs/template-language.md describes the
 /// notation, TextCursor the text.

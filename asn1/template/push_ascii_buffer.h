@@ -1,6 +1,6 @@
 #pragma once
 
-#include "asn1/template/push_text_buffer.h"
+#include "asn1/template/push_buffer.h"
 
 #include <cstdint>
 

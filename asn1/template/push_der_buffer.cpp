@@ -7,8 +7,9 @@
 #include "asn1/der/object_identifier.h"
 #include "asn1/template/bracket_list.h"
 #include "asn1/template/encoding_form.h"
+#include "asn1/template/unfilled_items.h"
 #include "asn1/template/value_notation.h"
-#include "asn1/tree/tree_depth.h"
+#include "asn1/tree/item_list.h"
 #include "core/diagnostics/auto_logger.h"
 #include "core/text/utf8.h"
 
@@ -22,24 +23,6 @@ constexpr std::uint64_t maxUnusedBits = 0xFF;
 bool IsAtMost(const element& number, std::uint64_t most)
 {
     return !number.negative() && number.length() <= sizeof most && number.toWord64() <= most;
-}
-
-/// Whether anything but an unfilled placeholder stands in a list. A list too deep to be written counts as filled, so that the
-/// writing says so.
-bool IsFilled(const elementNode* node, std::uint32_t depth)
-{
-    if (node != nullptr && depth >= maxTreeDepth)
-        return true;
-    for (; node != nullptr; node = node->next()) {
-        const elementNode* const value = node->value();
-        if (IsValue(node->type()) && value == nullptr)
-            return true;
-        if (!IsAsn1Type(node->type()) && !IsValue(node->type()))
-            continue;
-        if (value == nullptr ? !HasModifier(*node, ElementType::optional) : IsFilled(value, depth + 1))
-            return true;
-    }
-    return false;
 }
 
 class Encoder {
@@ -256,3 +239,34 @@ bool CPushDerBuffer::Push(const elementNode* first)
     PushBytes(encoder.bytes().data(), static_cast<std::uint32_t>(encoder.bytes().size()));
     return logger.setResult(true);
 }
+
+namespace ccrypto {
+
+namespace {
+
+bool WriteOctets(ElementType type, ElementNodePtr value, element& octets)
+{
+    // A wrapper that is left out leaves what its type makes of the value.
+    const ElementNodePtr wrapper = elementNode::Make(type);
+    wrapper->set(LinkKind::brackets, element("EXCLUDE"));
+    wrapper->set(LinkKind::content, std::move(value));
+    CPushDerBuffer buffer;
+    if (!buffer.Push(wrapper.get()))
+        return false;
+    octets = buffer.takeBuffer();
+    return true;
+}
+
+} // namespace
+
+bool ValueOctets(const elementNode& owner, const elementNode* value, element& octets)
+{
+    return WriteOctets(owner.type(), value != nullptr ? value->clone(true) : nullptr, octets);
+}
+
+bool SingleValueOctets(const elementNode& owner, const elementNode& value, element& octets)
+{
+    return WriteOctets(owner.type(), value.clone(), octets);
+}
+
+} // namespace ccrypto

@@ -14,5 +14,18 @@
 ///   themselves, so that #BF81,id{…} writes the last octet of a tag from a name. Any other value with content is refused.
 class CPushDerBuffer : public CPushBuffer {
 public:
-    bool Push(const elementNode* first) override;
+    [[nodiscard]] bool Push(const elementNode* first) override;
 };
+
+namespace ccrypto {
+
+/// The contents octets (X.690, 8.1.4) of a value: what follows identifier and length.
+///
+/// \param owner the item whose value it is; its type says how the value is written. \param value the value, or the list of
+/// elements. \return false, logged, when the value cannot be written.
+[[nodiscard]] bool ValueOctets(const elementNode& owner, const elementNode* value, element& octets);
+
+/// The same of the one node, whatever follows it.
+[[nodiscard]] bool SingleValueOctets(const elementNode& owner, const elementNode& value, element& octets);
+
+} // namespace ccrypto

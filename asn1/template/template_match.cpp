@@ -4,8 +4,8 @@
 #include "asn1/der/der_analyzer.h"
 #include "asn1/template/bracket_list.h"
 #include "asn1/template/encoding_form.h"
+#include "asn1/template/push_der_buffer.h"
 #include "asn1/template/value_notation.h"
-#include "asn1/template/value_octets.h"
 #include "core/text/hex.h"
 
 #include <algorithm>

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "asn1/template/syntax_error.h"
 #include "asn1/tree/item_list.h"
 #include "core/text/element.h"
 #include "core/text/string.h"
@@ -43,14 +42,14 @@ protected:
     /// The token read ahead is not expected here. \return false.
     bool unexpected()
     {
-        reason_ = NotExpected(lexer_->cursor(), lookAhead_);
+        reason_ = lexer_->cursor().notExpected(lookAhead_);
         return false;
     }
 
     /// Keeps the message with the place of that token. \return false.
     bool fail(const CCryptoString& message)
     {
-        reason_ = AtPlaceOf(lexer_->cursor(), message);
+        reason_ = lexer_->cursor().withPlace(message);
         return false;
     }
 

@@ -4,7 +4,6 @@
 #include "asn1/template/bracket_list.h"
 #include "asn1/template/value_notation.h"
 #include "asn1/tree/item_list.h"
-#include "asn1/tree/tree_depth.h"
 
 namespace ccrypto {
 
@@ -51,6 +50,22 @@ bool DropFromList(ElementNodePtr& list, std::uint32_t depth)
 }
 
 } // namespace
+
+bool IsFilled(const elementNode* list, std::uint32_t depth)
+{
+    if (list != nullptr && depth >= maxTreeDepth)
+        return true;
+    for (const elementNode* node = list; node != nullptr; node = node->next()) {
+        const elementNode* const value = node->value();
+        if (IsValue(node->type()) && value == nullptr)
+            return true;
+        if (!IsAsn1Type(node->type()) && !IsValue(node->type()))
+            continue;
+        if (value == nullptr ? !HasModifier(*node, ElementType::optional) : IsFilled(value, depth + 1))
+            return true;
+    }
+    return false;
+}
 
 void DropUnfilledItems(ElementNodePtr& list)
 {

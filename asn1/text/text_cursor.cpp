@@ -2,7 +2,9 @@
 
 #include "core/text/utf8.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <string>
 
 using namespace ccrypto;
 
@@ -24,6 +26,24 @@ element FromUtf16Bytes(std::string_view bytes, bool bigEndian)
         units.append(&unit, sizeof unit);
     }
     return element::FromUtf16(reinterpret_cast<const char16_t*>(units.data()), units.length() / 2);
+}
+
+/// The text of a token for the log: the beginning of a long value, with "?" for what is not plain ASCII.
+CCryptoString TextOf(const element& token)
+{
+    constexpr std::size_t maxLength = 40;
+    const char* const word = TokenText(token.type());
+    if (word != nullptr)
+        return word;
+    if (token.type() == ElementType::endOfInput || token.isEmpty())
+        return {};
+    const bool isText =
+        token.type() != ElementType::integer && token.type() != ElementType::truth && token.type() != ElementType::bytes;
+    const CCryptoString text = isText ? CCryptoString(token.view()) : token.toString();
+    std::string plain(text.view().substr(0, maxLength));
+    std::ranges::replace_if(
+        plain, [](char character) { return character < 0x20 || character > 0x7E; }, '?');
+    return CCryptoString(std::string_view(plain));
 }
 
 } // namespace
@@ -59,6 +79,24 @@ bool TextCursor::fail(const char* what)
     std::snprintf(text, sizeof text, "CCryptoLexicalAnalyzer::scan; %s (row=%u,col=%u)", what, row_, column_);
     reason_ = text;
     return false;
+}
+
+CCryptoString TextCursor::withPlace(const CCryptoString& message) const
+{
+    char place[48];
+    std::snprintf(place, sizeof place, "; row=%u,col=%u", row_, column_);
+    return message + place;
+}
+
+CCryptoString TextCursor::notExpected(const element& token) const
+{
+    const CCryptoString text = TextOf(token);
+    if (text.isEmpty())
+        return withPlace("Parsing failed; Token not expected?");
+    char message[128];
+    std::snprintf(message, sizeof message, "Parsing failed; Token not expected: %s (token=%d)", text.c_str(),
+                  static_cast<int>(token.type()));
+    return withPlace(message);
 }
 
 } // namespace ccrypto::internal

@@ -52,6 +52,12 @@ public:
     bool fail(const char* what);
     const CCryptoString& reason() const { return reason_; }
 
+    /// What a parser says of the token scanned last: "%s; row=%d,col=%d".
+    CCryptoString withPlace(const CCryptoString& message) const;
+    /// "Parsing failed; Token not expected: %s (token=%d)" with the place; "Parsing failed; Token not expected?" for a token
+    /// without text.
+    CCryptoString notExpected(const element& token) const;
+
 private:
     element converted_; ///< from UTF-16
     std::string_view text_;

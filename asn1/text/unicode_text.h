@@ -9,7 +9,7 @@
 
 namespace ccrypto {
 
-/// The character at the start of `text`. \return how many bytes it takes; 0 at the end and for bytes that are no character.
+/// The character at the start of `text`. \return how many bytes it takes; 0 at the end and for bytes that are not a character.
 std::size_t ReadCharacter(std::string_view text, std::uint32_t& codePoint);
 bool IsUtf8(std::string_view text);
 bool IsAscii(std::string_view text);

@@ -29,7 +29,7 @@ public:
         return ElementNodePtr(node);
     }
 
-    /// How many more nodes there will be, roughly: the size of the next block. A pool that is told nothing doubles its blocks.
+    /// How many more nodes there will be, roughly: the size of the next block. Without it a pool doubles its blocks.
     void expect(std::size_t more) { expected_ = more; }
 
     /// How many nodes it made, or has storage for, without those that rewind() gave back.

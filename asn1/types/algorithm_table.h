@@ -19,8 +19,7 @@ struct AlgorithmRow {
 [[nodiscard]] std::span<const AlgorithmRow> AlgorithmsBesideTable();
 
 /// The id of the first row of exactly this dotted text; 0 for none and for empty text. hmacWithSHA1 is found by its OID of RFC
-/// 8018, too, while OidOfAlgorithm() gives the table's. hmacWithSHA1 is found by its OID of RFC 8018, too, while OidOfAlgorithm()
-/// gives the table's.
+/// 8018, too, while OidOfAlgorithm() gives the table's.
 [[nodiscard]] algorithm::Id AlgorithmOfOid(std::string_view oid);
 
 /// Empty for an id that neither list has.

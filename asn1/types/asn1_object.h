@@ -3,11 +3,22 @@
 #include "asn1/parser/parser.h"
 #include "asn1/template/template_match.h"
 #include "asn1/tree/element_node.h"
+#include "core/text/element.h"
 #include "core/text/string.h"
 
 #include <cstdint>
 #include <memory>
 #include <string_view>
+
+namespace ccrypto {
+
+/// The bytes of a value without its kind: a text that is filled in, or was found, as an OCTET STRING.
+[[nodiscard]] inline element Octets(const element& value)
+{
+    return {value.data(), value.length()};
+}
+
+} // namespace ccrypto
 
 /// One ASN.1 type with its template: reads its fields from a decoded tree, or builds the tree of them.
 ///

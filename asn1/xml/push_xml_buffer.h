@@ -1,6 +1,6 @@
 #pragma once
 
-#include "asn1/template/push_text_buffer.h"
+#include "asn1/template/push_buffer.h"
 
 /// Writes a tree as XML 1.0. A tree as CCryptoXMLParser gives it for an ordinary document becomes that document again; any other is
 /// written as the tree of a template, an element an item, in a namespace of its own. docs/template-language.md describes both.

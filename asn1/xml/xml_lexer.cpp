@@ -23,7 +23,7 @@ bool IsBlankCharacter(char character)
 
 constexpr std::string_view sectionStart = "<![CDATA[";
 constexpr std::string_view sectionEnd = "]]>";
-/// "&#1114111;" with room for leading zeros.
+/// "&#1114111;" with some leading zeros.
 constexpr std::size_t maxReferenceLength = 16;
 
 struct NamedCharacter {

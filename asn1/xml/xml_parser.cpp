@@ -19,7 +19,7 @@ namespace markup = ccrypto::internal::markup;
 
 namespace {
 
-/// Whether a list, its items taken out, has no parts; blanks between its tags are no value.
+/// Whether a list whose items were taken out has no other parts. Blanks between its tags do not count as a value.
 bool IsPlainList(const elementNode& list)
 {
     const elementNode* const part = list.firstPart();

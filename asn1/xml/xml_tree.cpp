@@ -1,10 +1,10 @@
 #include "asn1/xml/xml_tree.h"
 
 #include "asn1/der/decimal.h"
-#include "asn1/template/keyword.h"
+#include "asn1/template/lexical_analyzer.h"
 #include "asn1/template/value_notation.h"
 #include "asn1/text/unicode_text.h"
-#include "asn1/tree/tree_depth.h"
+#include "asn1/tree/item_list.h"
 
 #include <algorithm>
 #include <vector>

@@ -1,7 +1,6 @@
 #include "pki/keys/key_objects.h"
 
 #include "asn1/der/der_parser.h"
-#include "asn1/template/value_octets.h"
 #include "asn1/types/asn1_values.h"
 #include "core/diagnostics/auto_logger.h"
 

@@ -1,6 +1,5 @@
 #include "pki/keys/password_objects.h"
 
-#include "asn1/template/value_octets.h"
 #include "asn1/types/algorithm_identifier.h"
 #include "asn1/types/algorithm_table.h"
 

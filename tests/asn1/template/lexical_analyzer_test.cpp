@@ -1,4 +1,3 @@
-#include "asn1/template/keyword.h"
 #include "asn1/template/lexical_analyzer.h"
 
 #include <gtest/gtest.h>
