@@ -14,8 +14,8 @@ using namespace ccrypto;
 namespace {
 
 constexpr const char* trustStore = "/etc/ssl/certs/ca-certificates.crt";
-constexpr std::uint32_t shortest = 900;
-constexpr std::uint32_t longest = 2048;
+constexpr std::uint32_t minLength = 900;
+constexpr std::uint32_t maxLength = 2048;
 
 element ReadCertificate()
 {
@@ -27,7 +27,7 @@ element ReadCertificate()
         start += begin.size();
         const std::size_t end = text.find("-----END", start);
         element certificate = element::FromBase64(std::string_view(text).substr(start, end - start));
-        if (certificate.length() >= shortest && certificate.length() <= longest)
+        if (certificate.length() >= minLength && certificate.length() <= maxLength)
             certificates.push_back(std::move(certificate));
     }
     if (certificates.empty())

@@ -5,7 +5,7 @@
 namespace ccrypto {
 
 /// The one of middle size among the certificates of the system's trust store that are 900 to 2048 bytes long, as most are. Ends the
-/// program when there is no store.
+/// program when the store is missing.
 const element& Certificate();
 
 /// A revocation list of at least `bytes` bytes, without a signature that would hold. An entry is 39 bytes: a serial number of 20

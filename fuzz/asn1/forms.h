@@ -60,4 +60,17 @@ inline void RequireStableXml(const CCryptoParser& tree)
     Require(again.ToXml() == xml);
 }
 
+/// Any text: what `load` reads of it prints, and the print is read and prints the same; so does its template text.
+inline void RequireStableDocument(std::string_view text, bool (CCryptoParser::*load)(std::string_view))
+{
+    CCryptoParser tree;
+    if (!(tree.*load)(text)) {
+        Require(tree.isEmpty());
+        return;
+    }
+    RequireStableJson(tree);
+    RequireStableXml(tree);
+    RequireSameInText(tree, text.size());
+}
+
 } // namespace ccrypto

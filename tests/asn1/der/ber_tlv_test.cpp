@@ -1,7 +1,7 @@
 #include "asn1/der/ber_tlv.h"
 #include "asn1/parser/parser.h"
 #include "asn1/template/template_match.h"
-#include "core/text/hex.h"
+#include "tests/asn1/parser/text_forms.h"
 #include "tests/support/captured_log.h"
 
 #include <gmock/gmock.h>
@@ -18,18 +18,6 @@ namespace {
 
 using testing::Contains;
 using testing::HasSubstr;
-
-element FromHex(std::string_view hex)
-{
-    element octets;
-    EXPECT_TRUE(BytesFromHex(hex, octets)) << hex;
-    return octets;
-}
-
-std::string HexOf(const element& octets)
-{
-    return std::string(HexText(octets.bytes()).view());
-}
 
 using Names = std::vector<std::pair<const char*, const char*>>;
 
@@ -65,9 +53,9 @@ TEST(DataObjects, AreWrittenAndMatchedByTheTemplatesOfCards)
         CCryptoParser filled(pattern.root()->clone(true));
         for (const auto& [name, value] : each.names)
             ASSERT_TRUE(filled.fill(name, FromHex(value)));
-        EXPECT_EQ(HexOf(filled.ToDer()), each.octets);
+        EXPECT_EQ(Hex(filled.ToDer()), each.octets);
 
-        const ElementNodePtr data = ccrypto::DecodeBerTlv(FromHex(each.octets).bytes());
+        const ElementNodePtr data = DecodeBerTlv(FromHex(each.octets).bytes());
         ASSERT_NE(data, nullptr);
         CCryptoTemplateMatch match;
         EXPECT_TRUE(match.Match(pattern.root(), data.get())) << match.failedStep().c_str();
@@ -75,7 +63,7 @@ TEST(DataObjects, AreWrittenAndMatchedByTheTemplatesOfCards)
             const TemplateBinding* const binding = match.find(name);
             ASSERT_NE(binding, nullptr) << name;
             // Of a name that stands for the tag, what it stands for is a whole object.
-            EXPECT_EQ(binding->withSiblings ? HexOf(CCryptoParser::ToDer(binding->node)) : HexOf(binding->node->token()), value)
+            EXPECT_EQ(binding->withSiblings ? Hex(CCryptoParser::ToDer(binding->node)) : Hex(binding->node->token()), value)
                 << name;
         }
     }
@@ -98,7 +86,7 @@ TEST(DataObjects, AreWrittenWithTheLengthsOfWhatTheyHold)
         SCOPED_TRACE(text);
         CCryptoParser parser;
         ASSERT_TRUE(parser.Load_ASCII_Memory(text));
-        EXPECT_EQ(HexOf(parser.ToDer()), octets);
+        EXPECT_EQ(Hex(parser.ToDer()), octets);
     }
     for (const std::uint32_t length : {127U, 128U, 255U, 256U, 65536U}) {
         CCryptoParser parser;
@@ -106,13 +94,13 @@ TEST(DataObjects, AreWrittenWithTheLengthsOfWhatTheyHold)
         element value;
         value.resize(length);
         ASSERT_TRUE(parser.fill("value", value));
-        const ElementNodePtr data = ccrypto::DecodeBerTlv(parser.ToDer().bytes());
+        const ElementNodePtr data = DecodeBerTlv(parser.ToDer().bytes());
         ASSERT_NE(data, nullptr) << length;
         EXPECT_EQ(data->value()->token().length(), length);
     }
 }
 
-TEST(DataObjects, RefuseContentOfWhatIsNoTag)
+TEST(DataObjects, RefuseContentOfWhatIsNotATag)
 {
     const std::pair<const char*, const char*> cases[] = {
         {"\"GeneralizedTime\"{\"20260101000000Z\"}", "\"GeneralizedTime\" is not a tag and cannot hold content"},
@@ -160,7 +148,7 @@ constexpr DecodeObjectCase decodeCases[] = {
     {"a length past the end", "810201", ""},
     {"a length past the end of the object around it", "a0038102ff ff", ""},
     {"constructed without content", "a000", "a000"},
-    {"constructed with bytes that are no objects", "a00104", ""},
+    {"constructed with bytes that are not objects", "a00104", ""},
     {"zeros between objects", "0000800105000081010600", "800105810106"},
     {"zeros inside an object", "a00500 80010500", "a003800105"},
     {"erased memory", "800105ffffff", "800105"},
@@ -178,8 +166,8 @@ TEST(DataObjects, AreDecodedWithinTheirBounds)
     };
     for (const DecodeObjectCase& each : decodeCases) {
         SCOPED_TRACE(each.name);
-        const CCryptoParser tree(ccrypto::DecodeBerTlv(FromHex(withoutBlanks(each.octets)).bytes()));
-        EXPECT_EQ(HexOf(tree.ToDer()), withoutBlanks(each.written));
+        const CCryptoParser tree(DecodeBerTlv(FromHex(withoutBlanks(each.octets)).bytes()));
+        EXPECT_EQ(Hex(tree.ToDer()), withoutBlanks(each.written));
     }
 }
 
@@ -199,25 +187,25 @@ TEST(DataObjects, SayWhereTheyDoNotDecode)
     for (const auto& [octets, reason] : cases) {
         SCOPED_TRACE(octets);
         const CapturedLog log;
-        EXPECT_EQ(ccrypto::DecodeBerTlv(FromHex(octets).bytes()), nullptr);
+        EXPECT_EQ(DecodeBerTlv(FromHex(octets).bytes()), nullptr);
         EXPECT_THAT(log.texts(), Contains(HasSubstr(reason)));
     }
 }
 
 TEST(DataObjects, AreBoundedInDepthAndSize)
 {
-    for (const std::uint32_t depth : {ccrypto::BerTlv::maxDepth, ccrypto::BerTlv::maxDepth + 1}) {
+    for (const std::uint32_t depth : {BerTlv::maxDepth, BerTlv::maxDepth + 1}) {
         std::vector<std::uint8_t> nested = {0x80, 0x00};
         for (std::uint32_t level = 1; level < depth; ++level) {
             const auto length = static_cast<std::uint8_t>(nested.size());
             nested.insert(nested.begin(), {0xA0, length});
         }
-        EXPECT_EQ(ccrypto::DecodeBerTlv(nested) != nullptr, depth == ccrypto::BerTlv::maxDepth) << depth;
+        EXPECT_EQ(DecodeBerTlv(nested) != nullptr, depth == BerTlv::maxDepth) << depth;
     }
-    for (const std::uint32_t size : {ccrypto::BerTlv::maxSize, ccrypto::BerTlv::maxSize + 1}) {
+    for (const std::uint32_t size : {BerTlv::maxSize, BerTlv::maxSize + 1}) {
         std::vector<std::uint8_t> objects(size);
         objects[0] = 0x80;
-        EXPECT_EQ(ccrypto::DecodeBerTlv(objects) != nullptr, size == ccrypto::BerTlv::maxSize);
+        EXPECT_EQ(DecodeBerTlv(objects) != nullptr, size == BerTlv::maxSize);
     }
 }
 
@@ -254,7 +242,7 @@ TEST(DataObjects, MatchByTheirWholeTag)
         SCOPED_TRACE(std::string(each.text) + " on " + each.octets);
         CCryptoParser pattern;
         ASSERT_TRUE(pattern.Load_ASCII_Memory(each.text));
-        const ElementNodePtr data = ccrypto::DecodeBerTlv(FromHex(each.octets).bytes());
+        const ElementNodePtr data = DecodeBerTlv(FromHex(each.octets).bytes());
         CCryptoTemplateMatch match;
         EXPECT_EQ(match.Match(pattern.root(), data.get()), *each.step == '\0');
         EXPECT_EQ(match.failedStep().view(), each.step);

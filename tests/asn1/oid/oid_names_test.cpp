@@ -178,7 +178,7 @@ TEST(FindOidsByName, ListsTheRowsThatContainThePart)
     EXPECT_EQ(oids("codesigning: "), "1.3.6.1.5.5.7.3.3 ");
     EXPECT_EQ(oids("brainpoolp160"), "1.3.36.3.3.2.8.1.1.1 1.3.36.3.3.2.8.1.1.2 ");
     EXPECT_EQ(oids("no such name"), "");
-    EXPECT_EQ(oids("1.2.840.10045"), "") << "the dotted text is no part of the name";
+    EXPECT_EQ(oids("1.2.840.10045"), "") << "the dotted text is not part of the name";
     EXPECT_NE(oids("szOID_CTL"), "");
     EXPECT_EQ(oids("szOID\177CTL"), "") << "only letters have two cases";
 }

@@ -127,7 +127,7 @@ TEST(Json, AnOrdinaryDocumentIsPrintedAsItWas)
         R"([1.5,-0,1E+3,0.0001,-0.5e-10,123456789012345678901234567890,-123456789012345678901234567890,-200,-128,-129,-256])",
         R"({"text":"\"\\\b\f\n\r\t\u0000\u001f\u007f/"})",
         "{\"\xC3\xA4\":\"\xE2\x82\xAC\xF0\x9F\x98\x80\"}",
-        // Names of types whose values are no items.
+        // Names of types whose values are not items.
         R"({"SEQUENCE":{"a":1}})",
         R"({"SET":[{"a":1,"b":2}]})",
         R"({"ASN.1":[]})",
@@ -143,10 +143,10 @@ TEST(Json, AnOrdinaryDocumentIsPrintedAsItWas)
         EXPECT_EQ(JsonOf(document), document);
 }
 
-TEST(Json, ReadsEveryNotationAndStopsBehindTheClosingBrace)
+TEST(Json, ReadsEveryNotationAndStopsAfterTheClosingBrace)
 {
     const std::pair<std::string_view, const char*> cases[] = {
-        {" { \"a\" : [ 1 ,2 ] } behind", R"({"a":[1,2]})"},
+        {" { \"a\" : [ 1 ,2 ] } after", R"({"a":[1,2]})"},
         {"\xEF\xBB\xBF[1]", "[1]"},
         {"\xFF\xFE[\0"
          "1\0]\0"sv,
@@ -269,8 +269,8 @@ std::string Reason(Load&& load)
     if (load())
         return "";
     const std::string text(CCryptoErrorHandler::LastErrorText().view());
-    const std::size_t behindName = text.find("::Parse:");
-    return behindName != std::string::npos ? text.substr(behindName + 8) : text;
+    const std::size_t afterName = text.find("::Parse:");
+    return afterName != std::string::npos ? text.substr(afterName + 8) : text;
 }
 
 TEST(Json, SaysWhyAndWhereTextIsRefused)
@@ -480,7 +480,7 @@ TEST(Forms, RefuseLongNumbersAndTooManyItems)
     }
     CCryptoParser parser;
     EXPECT_TRUE(parser.Load_ASCII_Memory("INTEGER=" + digits.substr(1)));
-    // A member's name is no item then.
+    // The name of a member is not an item then.
     EXPECT_TRUE(parser.Load_JSON_Memory("{\"" + digits + "\":1}"));
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "asn1/parser/parser.h"
+#include "core/text/hex.h"
 
 #include <gtest/gtest.h>
 
@@ -13,6 +14,13 @@ namespace ccrypto {
 inline element Der(std::string_view bytes)
 {
     return element(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+}
+
+inline element FromHex(std::string_view digits)
+{
+    element bytes;
+    EXPECT_TRUE(BytesFromHex(digits, bytes)) << digits;
+    return bytes;
 }
 
 inline std::string Hex(const element& bytes)

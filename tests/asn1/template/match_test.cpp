@@ -1,7 +1,7 @@
 #include "asn1/parser/parser.h"
 #include "asn1/template/template_cache.h"
 #include "asn1/template/template_match.h"
-#include "core/text/hex.h"
+#include "tests/asn1/parser/text_forms.h"
 
 #include <gtest/gtest.h>
 
@@ -11,13 +11,6 @@
 using namespace ccrypto;
 
 namespace {
-
-element Bytes(std::string_view hex)
-{
-    element bytes;
-    EXPECT_TRUE(BytesFromHex(hex, bytes)) << hex;
-    return bytes;
-}
 
 /// Each name and what it stands for, elements as the hexadecimal of their DER; or "! " and why the match failed.
 std::string Matched(std::string_view text, const elementNode* data)
@@ -34,8 +27,7 @@ std::string Matched(std::string_view text, const elementNode* data)
             continue;
         const bool isValue = binding.node->type() < ElementType::application;
         const ElementNodePtr part = binding.node->clone(binding.withSiblings);
-        bound += isValue ? std::string(part->token().toString().view())
-                         : std::string(HexText(CCryptoParser::ToDer(part.get()).bytes()).view());
+        bound += isValue ? std::string(part->token().toString().view()) : Hex(CCryptoParser::ToDer(part.get()));
     }
     return bound;
 }
@@ -163,7 +155,7 @@ void ExpectMatches(std::span<const MatchCase> cases)
     for (const MatchCase& each : cases) {
         SCOPED_TRACE(std::string(each.text) + " on " + each.der);
         CCryptoParser data;
-        ASSERT_TRUE(data.Load_DER_Memory(Bytes(each.der), {false, each.insideStrings, each.insideStrings}));
+        ASSERT_TRUE(data.Load_DER_Memory(FromHex(each.der), {false, each.insideStrings, each.insideStrings}));
         EXPECT_EQ(Matched(each.text, data.root()), each.result);
     }
 }
@@ -178,11 +170,11 @@ TEST(TemplateMatch, LeavesOutOptionalItemsThatDoNotAgreeAndNoOthers)
     ExpectMatches(optionalCases);
 }
 
-TEST(TemplateMatch, TellsTheStepThatFailed)
+TEST(TemplateMatch, NamesTheStepThatFailed)
 {
     ExpectMatches(failureCases);
     CCryptoParser data;
-    ASSERT_TRUE(data.Load_DER_Memory(Bytes("30070201013002a000")));
+    ASSERT_TRUE(data.Load_DER_Memory(FromHex("30070201013002a000")));
     CCryptoTemplateMatch match;
     const ElementNodePtr pattern = ParseInlineTemplate("SEQUENCE{v,SEQUENCE{CONTEXT_SPECIFIC[0]{a},b}}");
     EXPECT_FALSE(match.Match(pattern.get(), data.root()));
@@ -204,7 +196,7 @@ TEST(TemplateMatch, ComparesConstantsAsTheyAreWritten)
     }
 }
 
-TEST(TemplateMatch, TellsPrimitiveFromConstructed)
+TEST(TemplateMatch, DistinguishesPrimitiveFromConstructed)
 {
     ExpectMatches(formCases);
 }
@@ -231,12 +223,12 @@ TEST(TemplateMatch, ReportsWhatFollowsTheLastItem)
     for (const auto& each : cases) {
         SCOPED_TRACE(std::string(each.text) + " on " + each.der);
         CCryptoParser data;
-        ASSERT_TRUE(data.Load_DER_Memory(Bytes(each.der)));
+        ASSERT_TRUE(data.Load_DER_Memory(FromHex(each.der)));
         const ElementNodePtr pattern = ParseInlineTemplate(each.text);
         CCryptoTemplateMatch match;
         ASSERT_TRUE(match.Match(pattern.get(), data.root())) << match.failedStep().c_str();
         const auto shown = [](const elementNode* node) {
-            return node == nullptr ? std::string() : std::string(HexText(CCryptoParser::ToDer(node->clone().get()).bytes()).view());
+            return node == nullptr ? std::string() : Hex(CCryptoParser::ToDer(node->clone().get()));
         };
         EXPECT_EQ(shown(match.following()), each.following);
         EXPECT_EQ(shown(match.surplus()), each.surplus);

@@ -1,6 +1,5 @@
 #include "asn1/parser/parser.h"
 #include "asn1/template/gen_parser.h"
-#include "asn1/template/push_ascii_buffer.h"
 #include "asn1/template/template_cache.h"
 #include "core/diagnostics/error_handler.h"
 #include "core/settings/settings.h"
@@ -11,7 +10,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -319,72 +317,6 @@ TEST(Template, IsWrittenAsDer)
         EXPECT_EQ(DerOf(text), der);
     }
     EXPECT_EQ(DerOf(std::string(100000, '{')), "no template");
-}
-
-TEST(Parser, WalksPathsAndEditsTrees)
-{
-    CCryptoParser parser;
-    ASSERT_TRUE(parser.Load_ASCII_Memory("SEQUENCE { SEQUENCE { CONTEXT_SPECIFIC[0] { INTEGER { version } } name }, last }"));
-    EXPECT_TRUE(parser.find_path("{{{=")->isNamed("version"));
-    EXPECT_TRUE(parser.find_path("{{,")->isNamed("name"));
-    EXPECT_EQ(parser.find_path("{{[")->type(), ElementType::integer);
-    EXPECT_EQ(parser.find_path("{P"), parser.root());
-    EXPECT_NE(parser.find_path("{|SEQUENCE{a}|{"), nullptr);
-    EXPECT_EQ(parser.find_path("{|SET{a}|{"), nullptr);
-    EXPECT_EQ(parser.find_path("{x"), nullptr);
-    EXPECT_EQ(parser.find_path("{|open"), nullptr);
-
-    CCryptoParser other;
-    ASSERT_TRUE(other.Load_ASCII_Memory("INTEGER=7"));
-    EXPECT_FALSE(parser.remove_node(other.root()));
-    EXPECT_TRUE(parser.fill("version", element(2u)));
-    EXPECT_TRUE(parser.fill_tree("name", other.root()));
-    EXPECT_TRUE(parser.fill_word("last", "NULL"));
-    EXPECT_FALSE(parser.fill("version", element(3u)));
-    EXPECT_EQ(Hex(parser.ToDer()), "300c3008a0030201020201070500");
-    EXPECT_TRUE(parser.remove_node(parser.find_path("{,")));
-    EXPECT_NE(parser.replace_node(parser.find_path("{"), other.takeRoot()), nullptr);
-    EXPECT_EQ(Hex(parser.ToDer()), "300b020107a003020102020107");
-}
-
-TEST(Parser, SaysWhatItCannotDo)
-{
-    CCryptoParser parser;
-    ASSERT_TRUE(parser.Load_ASCII_Memory("SEQUENCE { a, INTEGER = b }"));
-    CCryptoParser other(elementNode::Make(ElementType::asn1Null));
-    const std::string missing = (std::filesystem::path(testing::TempDir()) / "asn1_no_such_file").string();
-    const std::string large = (std::filesystem::path(testing::TempDir()) / "asn1_large_file").string();
-    std::ofstream(large) << "";
-    std::filesystem::resize_file(large, (std::uintmax_t{256} << 20) + 1);
-    const struct {
-        std::string reason;
-        std::function<bool()> act;
-    } cases[] = {
-        {"This is not our tree!", [&] { return parser.remove_node(other.root()); }},
-        {"This is not our tree!",
-         [&] { return parser.replace_node(other.root(), elementNode::Make(ElementType::asn1Null)) != nullptr; }},
-        {"This is not our tree!", [&] { return parser.replace_node(parser.root(), nullptr) != nullptr; }},
-        {"replace_node; newNode has parent",
-         [&] { return parser.replace_node(parser.root(), ElementNodePtr(parser.root()->content())) != nullptr; }},
-        {"Index node not found: c", [&] { return parser.fill("c", element(1u)); }},
-        {"Index node has no value: a", [&] { return parser.get_tree("a") != nullptr; }},
-        {missing + " cannot be opened", [&] { return parser.Load_JSON_File(missing.c_str()); }},
-        {large + " is longer than 256 MiB", [&] { return CCryptoParser::SLoad_RAW_Element(large.c_str()) != nullptr; }},
-        {missing + "/x cannot be written", [&] { return other.Save_ASCII_File((missing + "/x").c_str()); }},
-        {"expected length 4 > buffer length3",
-         [] {
-             CPushAsciiBuffer buffer;
-             buffer.PushText("abc");
-             return buffer.CheckLength(4);
-         }},
-        {"There is no tree to save", [&] { return CCryptoParser().Save_XML_File(missing.c_str()); }},
-    };
-    for (const auto& each : cases) {
-        const CapturedLog log;
-        EXPECT_FALSE(each.act()) << each.reason;
-        EXPECT_TRUE(HasLine(log, each.reason)) << each.reason;
-    }
-    std::filesystem::remove(large);
 }
 
 } // namespace

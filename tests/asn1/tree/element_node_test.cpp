@@ -112,7 +112,7 @@ TEST(NodePool, OpensBlocksOfTheExpectedSize)
     }
 }
 
-TEST(NodePool, DoublesItsBlocksWhenItIsToldNothing)
+TEST(NodePool, DoublesItsBlocksUnlessTheirSizeIsExpected)
 {
     NodePool pool;
     std::vector<ElementNodePtr> nodes;
@@ -147,7 +147,7 @@ TEST(NodePool, ThreadsDestroyNodesOfOneBlock)
 
 TEST(NodePool, UsesTheStorageOfAFailedProbeAgain)
 {
-    // Octet strings that begin as DER and end as none, so that each is decoded in vain.
+    // Octet strings that begin as DER and do not end so: each is decoded, and the nodes are given up.
     std::string value = "\x30\x12";
     for (int element = 0; element < 5; ++element)
         value += "\x02\x01\x05";

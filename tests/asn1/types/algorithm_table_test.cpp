@@ -126,9 +126,17 @@ TEST(AlgorithmTable, SharesNoNumberWithTheListBesideIt)
         EXPECT_TRUE(ids.insert(row.id).second);
         EXPECT_TRUE(oids.insert(row.oid).second);
         EXPECT_EQ(AlgorithmOfOid(row.oid), row.id);
+        EXPECT_STREQ(OidOfAlgorithm(row.id), row.oid);
     }
     for (const std::uint32_t id : {504u, 507u})
         EXPECT_FALSE(ids.contains(id)) << id;
+}
+
+TEST(AlgorithmTable, ReadsHmacWithSha1ByBothOfItsOids)
+{
+    EXPECT_EQ(AlgorithmOfOid("1.2.840.113549.2.7"), algorithm::hmacSha1);
+    EXPECT_EQ(AlgorithmOfOid("1.3.6.1.5.5.8.1.2"), algorithm::hmacSha1);
+    EXPECT_STREQ(OidOfAlgorithm(algorithm::hmacSha1), "1.3.6.1.5.5.8.1.2");
 }
 
 } // namespace

@@ -1,6 +1,4 @@
-#include "asn1/der/decimal.h"
 #include "asn1/parser/parser.h"
-#include "asn1/parser/parser_search.h"
 #include "asn1/template/push_der_buffer.h"
 #include "asn1/template/unfilled_items.h"
 #include "core/text/hex.h"
@@ -165,60 +163,6 @@ TEST(Encode, WarnsOfWhatItWritesAsItIs)
     }
 }
 
-/// The number that decimal digits and big-endian bytes stand for, modulo a prime.
-template <typename Digits>
-std::uint64_t Remainder(const Digits& digits, std::uint64_t base, std::uint64_t zero)
-{
-    constexpr std::uint64_t prime = 4294967291;
-    std::uint64_t remainder = 0;
-    for (const auto digit : digits)
-        remainder = (remainder * base + static_cast<std::uint8_t>(digit) - zero) % prime;
-    return remainder;
-}
-
-TEST(Encode, TakesDecimalNumbersOfAnyLength)
-{
-    // Sizes around a block of digits and its multiples.
-    for (const std::size_t length : {2303u, 2304u, 2305u, 4608u, 4609u, 9865u, 9216u, 9217u, 50000u}) {
-        SCOPED_TRACE(length);
-        std::uint32_t state = static_cast<std::uint32_t>(length);
-        std::string digits(length, '9');
-        for (const bool isRandom : {false, true}) {
-            for (char& digit : digits) {
-                state = state * 1664525 + 1013904223;
-                digit = isRandom ? static_cast<char>('0' + state / 65536 % 10) : digit;
-            }
-            digits[0] = '9';
-            const element number = IntegerFromDecimal(digits);
-            EXPECT_EQ(Remainder(number.bytes(), 256, 0), Remainder(digits, 10, '0'));
-            // log2(9) to log2(10) bits more for the first digit.
-            EXPECT_NEAR(number.length(), static_cast<double>(length) * 3.321928 / 8, 1);
-            EXPECT_NE(number[0], 0);
-        }
-    }
-    std::string power = "1" + std::string(30000, '0');
-    const element number = IntegerFromDecimal(power);
-    const element one = IntegerFromDecimal(std::string(9000, '0') + "1");
-    EXPECT_EQ(HexText(one.bytes()), "01");
-    // Divisible by two as often as by ten.
-    for (std::uint32_t octet = 1; octet <= 3750; ++octet)
-        ASSERT_EQ(number[number.length() - octet], 0);
-    CCryptoParser parser;
-    ASSERT_TRUE(parser.Load_ASCII_Memory("INTEGER=" + power));
-    EXPECT_EQ(parser.root()->value()->token(), number);
-}
-
-TEST(Parser, NamesTheNodeThatIsMissing)
-{
-    const CapturedLog log;
-    CCryptoParser parser;
-    ASSERT_TRUE(parser.Load_ASCII_Memory("a[1]"));
-    EXPECT_FALSE(parser.fill("missing", element(1u)));
-    EXPECT_EQ(parser.get_number("a"), 0u);
-    EXPECT_THAT(log.texts(), Contains(HasSubstr("Index node not found: missing")));
-    EXPECT_THAT(log.texts(), Contains(HasSubstr("Index node has no value: a")));
-}
-
 TEST(PushBuffer, SaysWhenItHoldsLessThanWasPromised)
 {
     CapturedLog log;
@@ -227,44 +171,6 @@ TEST(PushBuffer, SaysWhenItHoldsLessThanWasPromised)
     EXPECT_TRUE(buffer.CheckLength(3));
     EXPECT_FALSE(buffer.CheckLength(4));
     EXPECT_THAT(log.texts(), Contains(HasSubstr("expected length 4 > buffer length3")));
-}
-
-TEST(Parser, FindsNamesInTheOrderOfTheSlots)
-{
-    CCryptoParser parser;
-    ASSERT_TRUE(parser.Load_ASCII_Memory("a (x, y {x}) [x] = x; + x, {x, b {x}}, c, x"));
-    CCryptoParserSearch search(parser.root(), true, true);
-    std::string found;
-    while (elementNode* const node = search.find([](const elementNode& each) { return each.isNamed("x"); })) {
-        // The slot, and the node that has it.
-        found += std::to_string(static_cast<int>(node->first()->linkKind()));
-        found += node->owner() != nullptr ? std::string(node->owner()->token().view()) + " " : "";
-    }
-    EXPECT_EQ(found, "1a 5y 2a 3a 5 5a 5b 0");
-    EXPECT_EQ(CCryptoParser::find_name(parser.root(), "x", false, false), nullptr);
-    EXPECT_EQ(CCryptoParser::find_name(parser.root(), "x", false, true), parser.root()->last());
-    EXPECT_EQ(CCryptoParser::find_name(parser.root()->content(), "b", true, false), nullptr);
-    EXPECT_NE(CCryptoParser::find_name(parser.root(), "b", true, false), nullptr);
-}
-
-TEST(Parser, GivesTheValueOfANameAndNothingElse)
-{
-    CCryptoParser parser;
-    ASSERT_TRUE(parser.Load_ASCII_Memory("a[1], b=2, c { \"text\", 3 }, UTF8String { word }"));
-    EXPECT_EQ(parser.get_text("a"), "");
-    EXPECT_EQ(parser.get_tree("a"), nullptr);
-    EXPECT_TRUE(parser.get_bytes("missing").isEmpty());
-    EXPECT_EQ(parser.get_number("b"), 2u);
-    EXPECT_EQ(parser.get_text("c"), "text");
-    EXPECT_EQ(parser.get_tree("c")->next()->token().toWord32(), 3u);
-    EXPECT_TRUE(parser.fill_word("word", "\xC3\xA4"));
-    EXPECT_EQ(HexText(parser.ToDer().bytes()), "0c02c3a4");
-
-    // A node that has a parent stays with it.
-    CCryptoParser tree;
-    ASSERT_TRUE(tree.Load_ASCII_Memory("SEQUENCE { INTEGER=1, NULL }"));
-    EXPECT_EQ(tree.replace_node(tree.root(), ElementNodePtr(tree.find_path("{,"))), nullptr);
-    EXPECT_EQ(HexText(tree.ToDer().bytes()), "30050201010500");
 }
 
 } // namespace
