@@ -17,9 +17,17 @@ public:
 
     elementNode* root() const { return root_.get(); }
     bool isEmpty() const { return root_ == nullptr; }
-    void clear() { root_.reset(); }
-    void setRoot(ccrypto::ElementNodePtr root) { root_ = std::move(root); }
-    ccrypto::ElementNodePtr takeRoot() { return std::move(root_); }
+    void clear() { setRoot(nullptr); }
+    void setRoot(ccrypto::ElementNodePtr root)
+    {
+        root_ = std::move(root);
+        isDer_ = false;
+    }
+    [[nodiscard]] ccrypto::ElementNodePtr takeRoot()
+    {
+        isDer_ = false;
+        return std::move(root_);
+    }
 
     [[nodiscard]] bool Load_ASCII_File(const CCryptoString& name);
     [[nodiscard]] bool Load_DER_File(const CCryptoString& name, const ccrypto::DerOptions& options = {});
@@ -34,6 +42,10 @@ public:
     [[nodiscard]] bool Load_DER_Memory(const element& der, const ccrypto::DerOptions& options = {});
     [[nodiscard]] bool Load_JSON_Memory(std::string_view text);
     [[nodiscard]] bool Load_XML_Memory(std::string_view text);
+
+    /// Whether the tree was loaded from DER, and ToDer() gives the same octets until the tree is changed. False for what DER writes
+    /// otherwise, such as indefinite lengths and padding: the octets that a signature covers are then in the input alone.
+    [[nodiscard]] bool isDer() const { return isDer_; }
 
     [[nodiscard]] bool Save_ASCII_File(const CCryptoString& name) const;
     [[nodiscard]] static bool Save_ASCII_File(const CCryptoString& name, const elementNode* node);
@@ -95,4 +107,5 @@ private:
     const elementNode* index_value(std::string_view name) const;
 
     ccrypto::ElementNodePtr root_;
+    bool isDer_ = false;
 };

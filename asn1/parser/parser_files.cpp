@@ -112,7 +112,9 @@ bool CCryptoParser::Load_DER_Memory(const element& der, const DerOptions& option
 {
     CCryptoAutoLogger logger("CCryptoParser::Load_DER_Memory");
     clear();
-    setRoot(CCryptoDERParser(options).Decode(der.bytes()));
+    CCryptoDERParser decoder(options);
+    setRoot(decoder.Decode(der.bytes()));
+    isDer_ = decoder.isDer();
     return logger.setResult(!isEmpty());
 }
 

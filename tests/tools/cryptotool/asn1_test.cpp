@@ -300,6 +300,34 @@ TEST(CryptotoolShow, OneElementIsFoundByItsOffset)
     }
 }
 
+TEST(CryptotoolShow, WarnsOfDataThatIsNotDer)
+{
+    const std::string openEnded = Bytes("30800201050000");
+    const std::string warning = "warning: it is not DER; encoded again, it gives other octets\n";
+    const struct {
+        std::string input;
+        std::vector<std::string> words;
+        std::string error;
+    } cases[] = {
+        {openEnded, {}, "cryptotool: -: " + warning},
+        {openEnded, {"--as", "json"}, "cryptotool: -: " + warning},
+        {openEnded, {"--as", "der"}, ""},
+        {openEnded, {"--at", "2"}, ""},
+        {Bytes("020105"), {}, ""},
+        {Bytes("02010500"), {"--as", "template"}, "cryptotool: -: " + warning},
+        {Pem("AgEF\n") + Pem("AgEFAA==\n"), {}, "PEM block 2 (X): it is not DER"},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(testing::PrintToString(test.words));
+        std::vector<std::string> words = {"asn1", "show", "-"};
+        words.insert(words.end(), test.words.begin(), test.words.end());
+        const ToolResult shown = RunTool(words, test.input);
+        EXPECT_EQ(shown.code, exitDone);
+        EXPECT_EQ(shown.error.empty(), test.error.empty()) << shown.error;
+        EXPECT_NE(shown.error.find(test.error), std::string::npos) << shown.error;
+    }
+}
+
 TEST(CryptotoolOutline, OfCutDataTellsWhatIsThere)
 {
     const std::string whole = Bytes("3015"

@@ -16,8 +16,8 @@ namespace {
 constexpr std::string_view asn1ShowDetails =
     R"(Prints the elements of FILE. The outline has one line per element: its offset in the block, the length of its header and of its
 value, whether it is constructed, its type and value, and what the value means: the name of an object identifier, a readable time,
-with --inside the IP addresses of certificates. The other forms are the whole tree; "cryptotool asn1 build" makes the same DER from
-each of them.
+with --inside the IP addresses of certificates. The other forms are the whole tree; "cryptotool asn1 build" makes the same octets of
+each of them, when the data is DER. A warning says when it is not, as with indefinite lengths.
 
 OFFSET is decimal, or hexadecimal after 0x; only the element that starts there is shown, of a file with one block.
 )";
@@ -165,6 +165,14 @@ bool WriteTree(Blocks& blocks, const std::string& form, std::uint32_t levels, Ou
     return !text.empty() && output.write(text);
 }
 
+/// The outline shows what was read; of the other forms "asn1 build" makes other octets then.
+void WarnOfBlocksThatAreNotDer(Invocation& invocation, const std::string& file, const Blocks& blocks)
+{
+    for (std::size_t index = 0; index < blocks.size(); ++index)
+        if (blocks[index].problem.empty() && !blocks[index].tree.isDer())
+            invocation.warn(file, BlockPrefix(blocks, index) + "it is not DER; encoded again, it gives other octets");
+}
+
 int Show(Invocation& invocation)
 {
     const Arguments& arguments = invocation.arguments();
@@ -189,6 +197,8 @@ int Show(Invocation& invocation)
         return invocation.refuse(file, "--at requires one block, and it has " + std::to_string(blocks.size()));
     if (arguments.has(atOption.name) && !KeepElementAt(offset, setting.decoding, blocks.front(), reason))
         return invocation.refuse(file, reason);
+    if (form != "der")
+        WarnOfBlocksThatAreNotDer(invocation, file, blocks);
     Output output(invocation.console(), arguments.value("output"), form == "der" ? Output::Content::binary : Output::Content::text);
     if (!output.open())
         return invocation.refuse(output.name(), output.reason());
