@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
-#include <string>
 
 namespace ccrypto::cpu {
 
@@ -19,7 +18,8 @@ struct Word {
 };
 
 constexpr Word words[] = {
-    {"shani", shaNi}, {"avx2", avx2}, {"aesni", aesNi}, {"pclmul", pclmul}, {"vaes", vaes}, {"adx", adx}, {"avx512", avx512},
+    {"shani", shaNi}, {"avx2", avx2}, {"aesni", aesNi},   {"pclmul", pclmul},
+    {"vaes", vaes},   {"adx", adx},   {"avx512", avx512}, {"ifma", ifma},
 };
 
 constexpr bool HasAll(std::uint32_t bits, std::uint32_t wanted)
@@ -75,6 +75,8 @@ std::uint32_t AskProcessor()
             found |= vaes;
         if (HasAll(saved, avx512Registers) && HasAll(b, 1u << 16 | 1u << 31))
             found |= avx512;
+        if (HasAll(found, avx512) && HasAll(b, 1u << 21))
+            found |= ifma;
     }
     if (HasAll(b, 1u << 8 | 1u << 19))
         found |= adx;
@@ -108,6 +110,15 @@ std::uint32_t PresentFeatures()
     return present;
 }
 
+std::string Names(std::uint32_t features)
+{
+    std::string names;
+    for (const Word& word : words)
+        if ((features & word.feature) != 0)
+            names.append(names.empty() ? "" : ", ").append(word.name);
+    return names;
+}
+
 std::uint32_t LimitFeatures(std::uint32_t present, std::string_view text, std::string_view& unknown)
 {
     unknown = {};
@@ -124,11 +135,13 @@ std::uint32_t LimitFeatures(std::uint32_t present, std::string_view text, std::s
             unknown = item;
         text = comma == std::string_view::npos ? std::string_view{} : text.substr(comma + 1);
     }
-    // Code for wide AES and for AVX-512 uses the other features, too.
+    // Code for wide AES, for AVX-512 and for IFMA uses the other features, too.
     if (!HasAll(present, avx2 | aesNi | pclmul))
         present &= ~std::uint32_t{vaes};
     if (!HasAll(present, avx2))
         present &= ~std::uint32_t{avx512};
+    if (!HasAll(present, avx512))
+        present &= ~std::uint32_t{ifma};
     return present;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace ccrypto {
@@ -18,6 +19,7 @@ enum Feature : std::uint32_t {
     vaes = 1u << 4,   ///< AES rounds and carry-less products of 256 bits (VAES, VPCLMULQDQ, AVX2)
     adx = 1u << 5,    ///< MULX, ADCX and ADOX (BMI2, ADX)
     avx512 = 1u << 6, ///< rotations and three-operand logic of 256 bits (AVX512F, AVX512VL, AVX2)
+    ifma = 1u << 7,   ///< products of 52-bit digits, eight at a time (AVX512_IFMA, AVX512F)
 };
 
 /// The features that this process may use: those that the processor has and whose registers the operating system saves, without
@@ -30,6 +32,9 @@ std::uint32_t AllowedFeatures();
 
 /// The features of the processor, whatever the environment forbids.
 std::uint32_t PresentFeatures();
+
+/// The words of the features, as the environment variable takes them: "shani, avx2". Empty for none.
+std::string Names(std::uint32_t features);
 
 /// The features of `present` that `text`, the value of the environment variable, does not forbid. \param unknown the first word
 /// that is not known, else empty.

@@ -8,7 +8,8 @@ using namespace ccrypto;
 
 TEST(CpuFeatures, TheEnvironmentCanOnlyForbid)
 {
-    constexpr std::uint32_t all = cpu::shaNi | cpu::avx2 | cpu::aesNi | cpu::pclmul | cpu::vaes | cpu::adx | cpu::avx512;
+    constexpr std::uint32_t all =
+        cpu::shaNi | cpu::avx2 | cpu::aesNi | cpu::pclmul | cpu::vaes | cpu::adx | cpu::avx512 | cpu::ifma;
     struct {
         const char* text;
         std::uint32_t present;
@@ -21,8 +22,9 @@ TEST(CpuFeatures, TheEnvironmentCanOnlyForbid)
         {"-adx,-shani", all, all & ~(cpu::adx | cpu::shaNi), ""},
         {"-vaes,", all, all & ~cpu::vaes, ""},
         {"-aesni", all, all & ~(cpu::aesNi | cpu::vaes), ""},
-        {"-avx2", all, all & ~(cpu::avx2 | cpu::vaes | cpu::avx512), ""},
-        {"avx2,-avx512, -adx", all, all & ~cpu::avx512, "avx2"},
+        {"-avx2", all, all & ~(cpu::avx2 | cpu::vaes | cpu::avx512 | cpu::ifma), ""},
+        {"avx2,-avx512, -adx", all, all & ~(cpu::avx512 | cpu::ifma), "avx2"},
+        {"-ifma", all, all & ~cpu::ifma, ""},
         {"-adx,,-", all, all & ~cpu::adx, "-"},
         {"shani,avx2", cpu::adx, cpu::adx, "shani"},
     };
