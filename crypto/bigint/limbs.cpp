@@ -238,6 +238,16 @@ void Gcd(Limb* divisor, const Limb* left, const Limb* right, std::size_t count)
     std::copy_n(b, count, divisor);
 }
 
+Limb BitsAt(std::span<const Limb> number, std::size_t index, std::size_t count)
+{
+    const std::size_t limb = index / bitsOfLimb;
+    const std::size_t shift = index % bitsOfLimb;
+    Limb bits = limb < number.size() ? number[limb] >> shift : 0;
+    if (shift + count > bitsOfLimb && limb + 1 < number.size())
+        bits |= number[limb + 1] << (bitsOfLimb - shift);
+    return bits & ((Limb{1} << count) - 1);
+}
+
 Limb InverseModuloLimb(Limb odd)
 {
     Limb inverse = odd; // right in the three lowest bits; each step doubles that

@@ -58,6 +58,8 @@ constant_time::Mask Invert(Limb* inverse, const Limb* number, const Limb* modulu
 void Gcd(Limb* divisor, const Limb* left, const Limb* right, std::size_t count);
 /// number /= divisor, which divides it and is odd.
 void DivideExactly(Limb* number, std::size_t count, Limb divisor);
+/// `count` bits of the number from bit `index` on, at most 63; above its end there are zeros.
+Limb BitsAt(std::span<const Limb> number, std::size_t index, std::size_t count);
 /// x with x * odd = 1 modulo 2^64.
 Limb InverseModuloLimb(Limb odd);
 

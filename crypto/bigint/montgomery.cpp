@@ -1,6 +1,7 @@
 #include "crypto/bigint/montgomery.h"
 
 #include "crypto/bigint/montgomery_calls.h"
+#include "crypto/bigint/montgomery_digits.h"
 
 #include <emmintrin.h>
 
@@ -15,6 +16,13 @@ using limbs::Limb;
 namespace {
 
 constexpr std::size_t limbsOfBlock = 8;
+
+/// The calls with digits of 52 bits for moduli of so many limbs, so many side by side; null when this processor has none.
+const DigitCalls* DigitCallsFor(std::size_t limbs, std::size_t moduli)
+{
+    static const std::span<const DigitCalls> chosen = ChooseVariant<std::span<const DigitCalls>>(DigitVariants()).calls;
+    return FindDigitCalls(chosen, limbs, moduli);
+}
 
 const MontgomeryCalls& Calls()
 {
@@ -43,17 +51,6 @@ void Gather(Limb* result, const Limb* table, Limb index, std::size_t count)
         _mm_storeu_si128(reinterpret_cast<__m128i*>(result + i), low);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(result + i + 2), high);
     }
-}
-
-/// `count` bits of the number from `index` on; above its end there are zeros.
-Limb BitsAt(std::span<const Limb> number, std::size_t index, std::size_t count)
-{
-    const std::size_t limb = index / bitsOfLimb;
-    const std::size_t shift = index % bitsOfLimb;
-    Limb bits = limb < number.size() ? number[limb] >> shift : 0;
-    if (shift + count > bitsOfLimb && limb + 1 < number.size())
-        bits |= number[limb + 1] << (bitsOfLimb - shift);
-    return bits & ((Limb{1} << count) - 1);
 }
 
 } // namespace
@@ -150,6 +147,11 @@ void MontgomeryModulus::enterWide(Limb* result, std::span<const Limb> number, Sc
 void MontgomeryModulus::powerMontgomery(Limb* result, const Limb* base, std::span<const Limb> exponent,
                                         std::size_t exponentBits) const
 {
+    if (const DigitCalls* const digits = DigitCallsFor(limbs_, 1)) {
+        const MontgomeryPower power = powerOf(result, base, exponent);
+        RaiseWithDigits(*digits, {&power, 1}, exponentBits);
+        return;
+    }
     Scratch scratch(*this);
     WipedArray<Limb> table(tableEntries * limbs_);
     WipedArray<Limb> entry(limbs_);
@@ -161,15 +163,34 @@ void MontgomeryModulus::powerMontgomery(Limb* result, const Limb* base, std::spa
         multiply(at(i + 1), at(i), base, scratch);
     }
     std::size_t index = exponentBits == 0 ? 0 : (exponentBits - 1) / windowBits * windowBits;
-    Gather(entry.data(), table.data(), BitsAt(exponent, index, windowBits), limbs_);
+    Gather(entry.data(), table.data(), limbs::BitsAt(exponent, index, windowBits), limbs_);
     std::copy_n(entry.data(), limbs_, result);
     while (index > 0) {
         index -= windowBits;
         for (std::size_t i = 0; i < windowBits; ++i)
             square(result, result, scratch);
-        Gather(entry.data(), table.data(), BitsAt(exponent, index, windowBits), limbs_);
+        Gather(entry.data(), table.data(), limbs::BitsAt(exponent, index, windowBits), limbs_);
         multiply(result, result, entry.data(), scratch);
     }
+}
+
+MontgomeryPower MontgomeryModulus::powerOf(Limb* result, const Limb* base, std::span<const Limb> exponent) const
+{
+    return {result, base, exponent, modulus(), one(), negativeInverse_};
+}
+
+void MontgomeryModulus::PowerBothMontgomery(const Power& first, const Power& second, std::size_t exponentBits)
+{
+    const DigitCalls* const digits =
+        first.modulus->limbs_ == second.modulus->limbs_ ? DigitCallsFor(first.modulus->limbs_, 2) : nullptr;
+    if (digits == nullptr) {
+        for (const Power* power : {&first, &second})
+            power->modulus->powerMontgomery(power->result, power->base, power->exponent, exponentBits);
+        return;
+    }
+    const MontgomeryPower powers[] = {first.modulus->powerOf(first.result, first.base, first.exponent),
+                                      second.modulus->powerOf(second.result, second.base, second.exponent)};
+    RaiseWithDigits(*digits, powers, exponentBits);
 }
 
 void MontgomeryModulus::power(Limb* result, const Limb* base, std::span<const Limb> exponent) const

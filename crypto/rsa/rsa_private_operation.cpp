@@ -36,24 +36,40 @@ bool RandomBelow(Limb* result, const MontgomeryModulus& n, MontgomeryModulus::Sc
     return true;
 }
 
-/// result = number^d mod p in Montgomery's form, for a number of any length.
-bool RaisePrivately(Limb* result, std::span<const Limb> number, const RSAPrivateNumbers::Prime& prime)
-{
-    const MontgomeryModulus& p = prime.modulus;
-    Limb multiple = 0;
-    if (!RandomBits(multiple, exponentBlindingBits))
-        return false;
-    WipedArray<Limb> exponent(p.limbs() + 1);
-    std::copy_n(prime.exponent.data(), p.limbs(), exponent.data());
-    exponent[p.limbs()] = limbs::AddProduct(exponent.data(), prime.lessOne.data(), p.limbs(), multiple);
-    platform::SecureWipe(&multiple, sizeof multiple);
+/// What is raised modulo one of the primes: a number of any length to d, blinded.
+class BlindedPower {
+public:
+    explicit BlindedPower(const RSAPrivateNumbers::Prime& prime)
+        : prime_(prime), exponent_(prime.modulus.limbs() + 1), base_(prime.modulus.limbs())
+    {
+    }
 
-    MontgomeryModulus::Scratch room(p);
-    WipedArray<Limb> base(p.limbs());
-    p.enterWide(base.data(), number, room);
-    p.powerMontgomery(result, base.data(), {exponent.data(), exponent.size()}, p.bits() + exponentBlindingBits);
-    return true;
-}
+    /// \return false without random bytes.
+    bool prepare(std::span<const Limb> number)
+    {
+        const MontgomeryModulus& p = prime_.modulus;
+        Limb multiple = 0;
+        if (!RandomBits(multiple, exponentBlindingBits))
+            return false;
+        std::copy_n(prime_.exponent.data(), p.limbs(), exponent_.data());
+        exponent_[p.limbs()] = limbs::AddProduct(exponent_.data(), prime_.lessOne.data(), p.limbs(), multiple);
+        platform::SecureWipe(&multiple, sizeof multiple);
+        MontgomeryModulus::Scratch scratch(p);
+        p.enterWide(base_.data(), number, scratch);
+        return true;
+    }
+
+    /// The power is in Montgomery form.
+    MontgomeryModulus::Power to(Limb* result) const
+    {
+        return {&prime_.modulus, result, base_.data(), {exponent_.data(), exponent_.size()}};
+    }
+
+private:
+    const RSAPrivateNumbers::Prime& prime_;
+    WipedArray<Limb> exponent_;
+    WipedArray<Limb> base_;
+};
 
 /// The result from those modulo p and q (RFC 8017, 5.1.2). `result` has as many limbs as p and q together.
 bool RaiseByPrimes(Limb* result, std::span<const Limb> number, const RSAPrivateNumbers& secret)
@@ -63,8 +79,12 @@ bool RaiseByPrimes(Limb* result, std::span<const Limb> number, const RSAPrivateN
     WipedArray<Limb> byP(p.limbs());
     WipedArray<Limb> byQ(q.limbs());
     WipedArray<Limb> other(p.limbs());
-    if (!RaisePrivately(byP.data(), number, secret.p) || !RaisePrivately(byQ.data(), number, secret.q))
+    BlindedPower powerOfP(secret.p);
+    BlindedPower powerOfQ(secret.q);
+    if (!powerOfP.prepare(number) || !powerOfQ.prepare(number))
         return false;
+    MontgomeryModulus::PowerBothMontgomery(powerOfP.to(byP.data()), powerOfQ.to(byQ.data()),
+                                           std::max(p.bits(), q.bits()) + exponentBlindingBits);
     MontgomeryModulus::Scratch roomP(p);
     MontgomeryModulus::Scratch roomQ(q);
     q.leave(byQ.data(), byQ.data(), roomQ);

@@ -1,11 +1,13 @@
 #include "crypto/bigint/big_integer.h"
 #include "crypto/bigint/montgomery.h"
 #include "crypto/bigint/montgomery_calls.h"
+#include "crypto/bigint/montgomery_digits.h"
 #include "tests/crypto/base/vector_file.h"
 #include "tests/crypto/bigint/slow_integer.h"
 
 #include <gtest/gtest.h>
 
+#include <deque>
 #include <random>
 
 using namespace ccrypto;
@@ -171,6 +173,73 @@ TEST(Montgomery, ComputesModuloNumbersOfAnyLength)
         }
     }
 }
+
+/// base^exponent in Montgomery form, bit by bit.
+LimbVector PowerByBits(const MontgomeryModulus& m, const LimbVector& base, const LimbVector& exponent)
+{
+    MontgomeryModulus::Scratch scratch(m);
+    LimbVector power(m.one(), m.one() + m.limbs());
+    for (std::size_t bit = exponent.size() * limbs::bitsOfLimb; bit-- > 0;) {
+        m.square(power.data(), power.data(), scratch);
+        if (limbs::BitsAt(exponent, bit, 1) != 0)
+            m.multiply(power.data(), power.data(), base.data(), scratch);
+    }
+    return power;
+}
+
+class DigitVariant : public ::testing::TestWithParam<std::size_t> {};
+
+TEST_P(DigitVariant, RaisesToPowersSideBySide)
+{
+    const auto& variant = DigitVariants()[GetParam()];
+    if ((variant.needs & ~cpu::PresentFeatures()) != 0)
+        GTEST_SKIP() << "this processor lacks " << variant.name;
+    LimbSource source;
+    for (const DigitCalls& calls : variant.calls) {
+        for (int i = 0; i < 12; ++i) {
+            SCOPED_TRACE(testing::Message() << calls.limbs << " limbs, " << calls.moduli << " moduli, " << i);
+            std::deque<MontgomeryModulus> moduli;
+            std::vector<LimbVector> bases;
+            std::vector<LimbVector> exponents;
+            std::vector<LimbVector> results;
+            for (std::size_t p = 0; p < calls.moduli; ++p) {
+                const LimbVector full(calls.limbs, ~Limb{0});
+                const LimbVector modulus = i == 0 ? full : source.modulus(calls.limbs);
+                const MontgomeryModulus& m = moduli.emplace_back(std::span<const Limb>(modulus));
+                bases.push_back(Modulo(source.limbs(calls.limbs), modulus, calls.limbs));
+                if (i == 1) {
+                    bases.back().assign(m.modulus(), m.modulus() + calls.limbs);
+                    bases.back()[0] -= 1;
+                }
+                exponents.push_back(i == 2 ? LimbVector(2) : source.limbs(2));
+                results.emplace_back(calls.limbs);
+            }
+            std::vector<MontgomeryPower> powers;
+            for (std::size_t p = 0; p < calls.moduli; ++p)
+                powers.push_back({results[p].data(), bases[p].data(), exponents[p], moduli[p].modulus(), moduli[p].one(),
+                                  0 - limbs::InverseModuloLimb(moduli[p].modulus()[0])});
+            RaiseWithDigits(calls, powers, 2 * limbs::bitsOfLimb);
+            for (std::size_t p = 0; p < calls.moduli; ++p)
+                EXPECT_EQ(results[p], PowerByBits(moduli[p], bases[p], exponents[p]));
+        }
+        // m = 2^(52 (digits - 1)) - 1 times 1 is 0 modulo m, given as m itself: m + (R' - 1) m, divided by R', has all digits full.
+        const std::size_t digits = DigitCalls::Digits(calls.limbs);
+        const std::size_t stride = DigitCalls::Vectors(calls.limbs) * DigitCalls::digitsOfVector;
+        LimbVector modulus(calls.moduli * stride);
+        LimbVector one(calls.moduli * stride);
+        for (std::size_t p = 0; p < calls.moduli; ++p) {
+            std::fill_n(modulus.begin() + static_cast<std::ptrdiff_t>(p * stride), digits - 1, (Limb{1} << 52) - 1);
+            one[p * stride] = 1;
+        }
+        const LimbVector inverses(calls.moduli, 1);
+        LimbVector product(calls.moduli * stride, 7);
+        calls.multiply(product.data(), modulus.data(), one.data(), modulus.data(), inverses.data());
+        EXPECT_EQ(product, modulus);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, DigitVariant, ::testing::Range<std::size_t>(1, DigitVariants().size()),
+                         [](const auto& entry) { return DigitVariants()[entry.param].name; });
 
 TEST(Montgomery, InvertsWhatHasAnInverse)
 {
