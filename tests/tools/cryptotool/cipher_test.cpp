@@ -1,7 +1,7 @@
 #include "tests/support/temporary_directory.h"
 #include "tests/tools/cryptotool/memory_console.h"
 #include "tests/tools/cryptotool/small_files.h"
-#include "tools/cryptotool/io/cipher_transfer.h"
+#include "tools/cryptotool/cipher/cipher_transfer.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 #include "tests/tools/cryptotool/in_folder.h"
 #include "tests/tools/cryptotool/memory_console.h"
 #include "tests/tools/cryptotool/small_files.h"
-#include "tools/cryptotool/io/sum_line.h"
+#include "tools/cryptotool/sums/sum_line.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <charconv>
 
-using namespace ccrypto;
+namespace ccrypto {
 
 namespace {
 
@@ -15,8 +15,6 @@ bool IsLevel(const Option& option, char letter)
 }
 
 } // namespace
-
-namespace ccrypto {
 
 std::vector<std::string_view> SplitChoices(std::string_view choices)
 {
@@ -28,10 +26,6 @@ std::vector<std::string_view> SplitChoices(std::string_view choices)
     }
     return words;
 }
-
-} // namespace ccrypto
-
-namespace ccrypto {
 
 bool ParseDecimal(std::string_view text, std::uint64_t& number)
 {
@@ -76,7 +70,7 @@ bool Arguments::failUnknown(std::string_view shown, std::string_view name)
         for (const Option& option : options)
             if (option.kind != OptionKind::level)
                 known.push_back(option.name);
-    return fail("unknown option " + std::string(shown) + ccrypto::DidYouMean(name, known, "--"));
+    return fail("unknown option " + std::string(shown) + DidYouMean(name, known, "--"));
 }
 
 /// The option of the command, or of all commands, that `matches`; null when there is none.
@@ -139,10 +133,10 @@ bool Arguments::take(const Option& option, std::string_view shown, const std::st
         return fail(std::string(shown) + " needs a number, not " + place);
     if (option.kind != OptionKind::choice)
         return true;
-    const std::vector<std::string_view> choices = ccrypto::SplitChoices(option.value);
+    const std::vector<std::string_view> choices = SplitChoices(option.value);
     const bool isChoice = std::ranges::find(choices, place) != choices.end();
     return isChoice || fail(std::string(shown) + " must be one of " + std::string(option.value) + ", not " + place +
-                            ccrypto::DidYouMean(place, choices));
+                            DidYouMean(place, choices));
 }
 
 std::string Arguments::value(std::string_view name, std::string_view otherwise) const

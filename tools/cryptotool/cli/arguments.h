@@ -44,10 +44,6 @@ private:
 /// Decimal digits alone. \return false for anything else and beyond 64 bits.
 bool ParseDecimal(std::string_view text, std::uint64_t& number);
 
-} // namespace ccrypto
-
-namespace ccrypto {
-
 /// The words between the "|" of Option::value and Command::firstOperands.
 std::vector<std::string_view> SplitChoices(std::string_view choices);
 

@@ -38,13 +38,13 @@ public:
     void setManner(bool isQuiet, std::string_view when);
     /// Only errors are printed: no progress, no remarks.
     bool isQuiet() const { return isQuiet_; }
-    const ccrypto::Paint& outputPaint() const { return outputPaint_; }
-    const ccrypto::Paint& errorPaint() const { return errorPaint_; }
+    const Paint& outputPaint() const { return outputPaint_; }
+    const Paint& errorPaint() const { return errorPaint_; }
 
 private:
     bool isQuiet_ = false;
-    ccrypto::Paint outputPaint_;
-    ccrypto::Paint errorPaint_;
+    Paint outputPaint_;
+    Paint errorPaint_;
 };
 
 } // namespace ccrypto

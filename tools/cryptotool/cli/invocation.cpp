@@ -26,9 +26,9 @@ bool IsVersion(std::string_view word)
 }
 
 /// One line: the program's name, the file, the text after a word that says what kind of line it is.
-void Print(Console& console, ccrypto::Color color, std::string_view kind, std::string_view file, std::string_view text)
+void Print(Console& console, Color color, std::string_view kind, std::string_view file, std::string_view text)
 {
-    const ccrypto::Paint& paint = console.errorPaint();
+    const Paint& paint = console.errorPaint();
     std::string line = paint(color, "cryptotool:") + " ";
     if (!file.empty())
         line += OneLine(file) + ": ";
@@ -39,7 +39,7 @@ void Print(Console& console, ccrypto::Color color, std::string_view kind, std::s
 
 void Complain(Console& console, std::string_view file, std::string_view text)
 {
-    Print(console, ccrypto::Color::bad, {}, file, text);
+    Print(console, Color::bad, {}, file, text);
 }
 
 int Misuse(Console& console, std::string_view problem, const std::string& whatToAsk)
@@ -77,7 +77,7 @@ int UnknownNoun(Console& console, const std::string& word)
     std::vector<std::string_view> known = {"help"};
     for (const Command* const command : Commands())
         known.push_back(command->noun);
-    return Misuse(console, "unknown command " + word + ccrypto::DidYouMean(word, known), "cryptotool");
+    return Misuse(console, "unknown command " + word + DidYouMean(word, known), "cryptotool");
 }
 
 int UnknownVerb(Console& console, const Noun& noun, const std::string& word)
@@ -87,7 +87,7 @@ int UnknownVerb(Console& console, const Noun& noun, const std::string& word)
         if (command->noun == noun.noun)
             known.push_back(command->verb);
     const std::string name(noun.noun);
-    return Misuse(console, name + " has no verb " + word + ccrypto::DidYouMean(word, known), "cryptotool " + name);
+    return Misuse(console, name + " has no verb " + word + DidYouMean(word, known), "cryptotool " + name);
 }
 
 /// "cryptotool help ...": the words after it name nothing, a noun, or a command.
@@ -110,7 +110,7 @@ int ExplainNoun(std::span<const std::string> words, Console& console)
     if (words.empty())
         return Misuse(console, "no command given", "cryptotool");
     if (IsVersion(words[0]))
-        return Help(console, ccrypto::VersionText());
+        return Help(console, VersionText());
     if (words[0] == "help")
         return ExplainWords(words.subspan(1), console);
     const Noun* const noun = FindNoun(words[0]);
@@ -135,13 +135,13 @@ int Invocation::misuse(std::string_view problem)
 void Invocation::warn(std::string_view file, std::string_view remark)
 {
     if (!console_.isQuiet())
-        Print(console_, ccrypto::Color::warning, "warning:", file, remark);
+        Print(console_, Color::warning, "warning:", file, remark);
 }
 
 void Invocation::remark(std::string_view file, std::string_view text)
 {
     if (!console_.isQuiet())
-        Print(console_, ccrypto::Color::note, {}, file, text);
+        Print(console_, Color::note, {}, file, text);
 }
 
 int RunCommandLine(std::span<const std::string> words, Console& console)

@@ -9,12 +9,12 @@ namespace ccrypto {
 
 void StartReason()
 {
-    ccrypto::ForgetFailure();
+    ForgetFailure();
 }
 
 std::string Reason(const char* otherwise)
 {
-    const std::optional<ccrypto::Failure> failure = ccrypto::LastFailure();
+    const std::optional<Failure> failure = LastFailure();
     return failure && !failure->text.empty() ? failure->text : otherwise;
 }
 

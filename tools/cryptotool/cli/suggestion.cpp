@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <array>
 
-using namespace ccrypto;
-
 namespace ccrypto {
 
 namespace {

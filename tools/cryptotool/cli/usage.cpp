@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-using namespace ccrypto;
+namespace ccrypto {
 
 namespace {
 
@@ -25,7 +25,7 @@ std::string Columns(const std::vector<Row>& rows)
     const std::size_t start = indentWidth + width + columnGap;
     std::string text;
     for (const Row& row : rows) {
-        const std::string right = ccrypto::Filled(row.right, helpWidth - start);
+        const std::string right = Filled(row.right, helpWidth - start);
         text += std::string(indentWidth, ' ') + row.left + std::string(width - row.left.size() + columnGap, ' ');
         for (std::size_t index = 0; index < right.size(); ++index) {
             text += right[index];
@@ -45,8 +45,6 @@ void AppendLine(std::string& filled, std::string& line)
 }
 
 } // namespace
-
-namespace ccrypto {
 
 std::string OptionWords(const Option& option)
 {
@@ -84,10 +82,6 @@ std::string Filled(std::string_view text, std::size_t width)
     return filled;
 }
 
-} // namespace ccrypto
-
-namespace ccrypto {
-
 std::string FullName(const Command& command)
 {
     std::string name = std::string(programName) + " " + std::string(command.noun);
@@ -104,13 +98,12 @@ std::string ProgramHelp()
             rows.push_back({std::string(command->noun), std::string(command->summary)});
     }
     return "cryptotool NOUN [VERB] [OPTION...] [OPERAND...]\n\n" + Columns(rows) + "\n" +
-           ccrypto::Filled(
-               "\"cryptotool help NOUN\" and \"cryptotool help NOUN VERB\" describe one of them, as --help after it does; "
-               "\"cryptotool --version\" prints version, commit and the processor instructions in use.\n\n"
-               "Files may be DER, PEM, base64 or hexadecimal text, which is detected; \"-\" is standard input. The exit "
-               "code is 0 on success, 1 when an input is refused, with the reason on one line, and 2 when the command "
-               "line is wrong.",
-               helpWidth);
+           Filled("\"cryptotool help NOUN\" and \"cryptotool help NOUN VERB\" describe one of them, as --help after it does; "
+                  "\"cryptotool --version\" prints version, commit and the processor instructions in use.\n\n"
+                  "Files may be DER, PEM, base64 or hexadecimal text, which is detected; \"-\" is standard input. The exit "
+                  "code is 0 on success, 1 when an input is refused, with the reason on one line, and 2 when the command "
+                  "line is wrong.",
+                  helpWidth);
 }
 
 std::string NounHelp(const Noun& noun)
@@ -130,9 +123,9 @@ std::string CommandHelp(const Command& command)
     std::vector<Row> rows;
     for (const auto& options : {command.options, std::span<const Option>(commonOptions)})
         for (const Option& option : options)
-            rows.push_back({ccrypto::OptionWords(option), std::string(option.text)});
-    return FullName(command) + " [OPTION...] " + std::string(command.operands) + "\n\n" +
-           ccrypto::Filled(command.details, helpWidth) + "\n" + Columns(rows);
+            rows.push_back({OptionWords(option), std::string(option.text)});
+    return FullName(command) + " [OPTION...] " + std::string(command.operands) + "\n\n" + Filled(command.details, helpWidth) +
+           "\n" + Columns(rows);
 }
 
 } // namespace ccrypto

@@ -18,12 +18,8 @@ std::string ProgramHelp();
 std::string NounHelp(const Noun& noun);
 std::string CommandHelp(const Command& command);
 
-} // namespace ccrypto
-
-namespace ccrypto {
-
 /// "-o, --output FILE"
-std::string OptionWords(const ccrypto::Option& option);
+std::string OptionWords(const Option& option);
 
 /// Fills lines of at most `width` characters with the words of `text`; a line that begins with a blank stays unchanged, and an
 /// empty one ends a paragraph. Each line ends with "\n".

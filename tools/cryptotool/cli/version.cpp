@@ -2,8 +2,6 @@
 
 #include "crypto/base/cpu_features.h"
 
-using namespace ccrypto;
-
 namespace ccrypto {
 
 std::string VersionText()

@@ -1,12 +1,12 @@
 #include "asn1/der/pem.h"
 #include "asn1/parser/parser_search.h"
 #include "asn1/template/encoding_form.h"
+#include "tools/cryptotool/asn1/placeholder_values.h"
+#include "tools/cryptotool/asn1/template_input.h"
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/invocation.h"
 #include "tools/cryptotool/cli/reason.h"
-#include "tools/cryptotool/io/output.h"
-#include "tools/cryptotool/io/placeholder_values.h"
-#include "tools/cryptotool/io/template_input.h"
+#include "tools/cryptotool/output/output.h"
 
 namespace ccrypto {
 
@@ -47,7 +47,7 @@ void WarnOfUnfilled(Invocation& invocation, const std::string& file, const CCryp
 void WarnOfConstructedStrings(Invocation& invocation, const std::string& file, const CCryptoParser& tree)
 {
     CCryptoParserSearch search(tree.root(), true, true);
-    if (const elementNode* const item = search.find(ccrypto::IsConstructedString))
+    if (const elementNode* const item = search.find(IsConstructedString))
         invocation.warn(file, std::string(TokenText(item->type())) +
                                   " is constructed, which DER forbids; with PRIMITIVE in its brackets it is not");
 }

@@ -1,10 +1,10 @@
 #include "asn1/template/value_notation.h"
+#include "tools/cryptotool/asn1/decoded_blocks.h"
+#include "tools/cryptotool/asn1/value_text.h"
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/reason.h"
 #include "tools/cryptotool/cli/safe_text.h"
-#include "tools/cryptotool/io/decoded_input.h"
-#include "tools/cryptotool/io/output.h"
-#include "tools/cryptotool/io/value_text.h"
+#include "tools/cryptotool/output/output.h"
 
 namespace ccrypto {
 

@@ -1,12 +1,12 @@
 #include "asn1/template/template_match.h"
 #include "asn1/template/value_notation.h"
 #include "core/text/hex.h"
+#include "tools/cryptotool/asn1/decoded_blocks.h"
+#include "tools/cryptotool/asn1/template_input.h"
+#include "tools/cryptotool/asn1/value_text.h"
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/safe_text.h"
-#include "tools/cryptotool/io/decoded_input.h"
-#include "tools/cryptotool/io/output.h"
-#include "tools/cryptotool/io/template_input.h"
-#include "tools/cryptotool/io/value_text.h"
+#include "tools/cryptotool/output/output.h"
 
 namespace ccrypto {
 

@@ -1,10 +1,9 @@
+#include "tools/cryptotool/asn1/decoded_blocks.h"
+#include "tools/cryptotool/asn1/outline_text.h"
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/reason.h"
 #include "tools/cryptotool/cli/safe_text.h"
-#include "tools/cryptotool/io/decoded_input.h"
-#include "tools/cryptotool/io/depth_limit.h"
-#include "tools/cryptotool/io/outline_report.h"
-#include "tools/cryptotool/io/output.h"
+#include "tools/cryptotool/output/output.h"
 
 #include <algorithm>
 #include <charconv>

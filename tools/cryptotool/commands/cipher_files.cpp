@@ -2,11 +2,11 @@
 #include "core/platform/random_bytes.h"
 #include "core/text/hex.h"
 #include "crypto/kdf/key_derivation.h"
+#include "tools/cryptotool/cipher/cipher_header.h"
+#include "tools/cryptotool/cipher/cipher_transfer.h"
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/reason.h"
-#include "tools/cryptotool/io/cipher_header.h"
-#include "tools/cryptotool/io/cipher_transfer.h"
-#include "tools/cryptotool/io/secret_input.h"
+#include "tools/cryptotool/input/secret_input.h"
 
 #include <algorithm>
 

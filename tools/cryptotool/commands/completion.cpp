@@ -1,9 +1,9 @@
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/invocation.h"
 #include "tools/cryptotool/commands/completion_script.h"
-#include "tools/cryptotool/io/output.h"
+#include "tools/cryptotool/output/output.h"
 
-using namespace ccrypto;
+namespace ccrypto {
 
 namespace {
 
@@ -21,14 +21,12 @@ int PrintCompletion(Invocation& invocation)
     if (shell != "bash" && shell != "zsh")
         return invocation.misuse("SHELL must be one of bash|zsh, not " + shell);
     Output output(invocation.console(), invocation.arguments().value(outputOption.name), Output::Content::text);
-    const std::string script = shell == "bash" ? ccrypto::BashCompletion() : ccrypto::ZshCompletion();
+    const std::string script = shell == "bash" ? BashCompletion() : ZshCompletion();
     const bool written = output.open() && output.write(script) && output.finish();
     return written ? exitDone : invocation.refuse(output.name(), output.reason());
 }
 
 } // namespace
-
-namespace ccrypto {
 
 std::string WordsOf(const Command& command)
 {
@@ -59,10 +57,6 @@ bool TakesFile(const Option& option)
 {
     return option.kind == OptionKind::text && (option.value == "FILE" || option.value == "DIR");
 }
-
-} // namespace ccrypto
-
-namespace ccrypto {
 
 const Command completionCommand = {
     "completion",    "",        "prints a completion script for a shell", "SHELL", 1, 1, completionDetails, completionOptions,

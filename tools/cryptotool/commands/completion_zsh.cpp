@@ -1,8 +1,6 @@
 #include "tools/cryptotool/cli/arguments.h"
 #include "tools/cryptotool/commands/completion_script.h"
 
-using namespace ccrypto;
-
 namespace ccrypto {
 
 namespace {

@@ -2,13 +2,11 @@
 
 #include "core/text/hex.h"
 #include "tools/cryptotool/cli/safe_text.h"
-#include "tools/cryptotool/io/input.h"
-#include "tools/cryptotool/io/streamed_file.h"
+#include "tools/cryptotool/input/encoding_detection.h"
+#include "tools/cryptotool/input/file_input.h"
 
 #include <filesystem>
 #include <utility>
-
-using namespace ccrypto;
 
 namespace ccrypto {
 

@@ -2,8 +2,7 @@
 
 #include "crypto/hash/hash.h"
 #include "tools/cryptotool/cli/invocation.h"
-#include "tools/cryptotool/io/sum_line.h"
-#include "tools/cryptotool/io/sum_output.h"
+#include "tools/cryptotool/sums/sum_line.h"
 
 #include <cstddef>
 #include <optional>
@@ -15,7 +14,7 @@ namespace ccrypto {
 /// The digests of files, of which standard input can be one, once.
 class FileDigests {
 public:
-    FileDigests(ccrypto::Invocation& invocation, ICryptoHash& hash) : invocation_(invocation), hash_(hash) {}
+    FileDigests(Invocation& invocation, ICryptoHash& hash) : invocation_(invocation), hash_(hash) {}
 
     /// The digest in lower-case digits. \return false with `reason`.
     bool digest(const std::string& file, std::string& digits, std::string& reason);
@@ -25,7 +24,7 @@ public:
     std::size_t digits() const { return std::size_t{2} * hash_.digestSize(); }
 
 private:
-    ccrypto::Invocation& invocation_;
+    Invocation& invocation_;
     ICryptoHash& hash_;
     bool hasReadStandardInput_ = false;
 };
@@ -33,7 +32,7 @@ private:
 /// Checks the files that lists of sums name. "#" begins a comment; empty lines are ignored.
 class HashCheck {
 public:
-    HashCheck(ccrypto::Invocation& invocation, FileDigests& digests, ccrypto::SumOutput& output);
+    HashCheck(Invocation& invocation, FileDigests& digests, SumOutput& output);
 
     /// \return false only when the output cannot be written.
     [[nodiscard]] bool list(const std::string& list);
@@ -44,21 +43,21 @@ public:
 private:
     enum class Finding { right, wrong, missing, unreadable };
 
-    bool isOurs(const ccrypto::SumLine& sum) const;
-    Finding find(const ccrypto::SumLine& sum, std::string& reason);
-    bool line(const ccrypto::SumLine& sum);
+    bool isOurs(const SumLine& sum) const;
+    Finding find(const SumLine& sum, std::string& reason);
+    bool line(const SumLine& sum);
     bool report(const std::string& file, Finding finding);
     std::string summary() const;
 
-    ccrypto::Invocation& invocation_;
+    Invocation& invocation_;
     FileDigests& digests_;
-    ccrypto::SumOutput& output_;
+    SumOutput& output_;
     bool isJson_;
     bool ignoresMissing_;
     std::size_t counts_[4] = {}; ///< by Finding
     std::size_t malformed_ = 0;  ///< lines
     std::size_t reported_ = 0;
-    int code_ = ccrypto::exitDone;
+    int code_ = exitDone;
 };
 
 } // namespace ccrypto

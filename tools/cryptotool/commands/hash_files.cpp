@@ -4,7 +4,7 @@
 #include "tools/cryptotool/cli/safe_text.h"
 #include "tools/cryptotool/cli/suggestion.h"
 #include "tools/cryptotool/commands/hash_check.h"
-#include "tools/cryptotool/io/secret_input.h"
+#include "tools/cryptotool/input/secret_input.h"
 
 #include <limits>
 
@@ -29,7 +29,7 @@ constexpr Option hashOptions[] = {checkOption, ignoreMissingOption, jsonOption, 
 using Files = std::span<const std::string>;
 
 /// \return the exit code, or none when the output could not be written.
-std::optional<int> PrintSums(Invocation& invocation, ccrypto::FileDigests& digests, Files files, SumOutput& output)
+std::optional<int> PrintSums(Invocation& invocation, FileDigests& digests, Files files, SumOutput& output)
 {
     const bool isJson = invocation.arguments().has(jsonOption.name);
     int code = exitDone;
@@ -53,9 +53,9 @@ std::optional<int> PrintSums(Invocation& invocation, ccrypto::FileDigests& diges
     return code;
 }
 
-std::optional<int> CheckSums(Invocation& invocation, ccrypto::FileDigests& digests, Files lists, SumOutput& output)
+std::optional<int> CheckSums(Invocation& invocation, FileDigests& digests, Files lists, SumOutput& output)
 {
-    ccrypto::HashCheck check(invocation, digests, output);
+    HashCheck check(invocation, digests, output);
     for (const std::string& list : lists)
         if (!check.list(list))
             return {};
@@ -74,11 +74,11 @@ int HashFiles(Invocation& invocation)
     const std::string name = arguments.operand(0);
     const auto hash = ICryptoHash::CreateByName(name);
     if (hash == nullptr)
-        return invocation.misuse("unknown hash function " + name + ccrypto::DidYouMean(name, ccrypto::SplitChoices(hashNames)));
+        return invocation.misuse("unknown hash function " + name + DidYouMean(name, SplitChoices(hashNames)));
     SumOutput output(invocation.console(), arguments.value(outputOption.name));
     if (!output.open())
         return invocation.refuse(output.name(), output.reason());
-    ccrypto::FileDigests digests(invocation, *hash);
+    FileDigests digests(invocation, *hash);
     const auto work = arguments.has(checkOption.name) ? CheckSums : PrintSums;
     const std::optional<int> code = work(invocation, digests, Files(arguments.operands()).subspan(1), output);
     return code && output.finish() ? *code : invocation.refuse(output.name(), output.reason());

@@ -6,8 +6,8 @@
 #include "tools/cryptotool/cli/progress.h"
 #include "tools/cryptotool/cli/reason.h"
 #include "tools/cryptotool/cli/suggestion.h"
-#include "tools/cryptotool/io/key_input.h"
-#include "tools/cryptotool/io/key_output.h"
+#include "tools/cryptotool/keys/key_input.h"
+#include "tools/cryptotool/keys/key_output.h"
 
 #include <string>
 
@@ -79,7 +79,7 @@ int Generate(Invocation& invocation)
     const bool isRsa = SameInAnyCase(name, "rsa");
     const algorithm::Id kind = isRsa ? algorithm::rsaEncryption : CurveOfName(name);
     if (kind == algorithm::none)
-        return invocation.misuse("unknown algorithm " + name + ccrypto::DidYouMean(name, ccrypto::SplitChoices(keyNames)));
+        return invocation.misuse("unknown algorithm " + name + DidYouMean(name, SplitChoices(keyNames)));
     const std::uint64_t bits = arguments.number("bits", defaultBits);
     if (!isRsa && arguments.has("bits"))
         return invocation.misuse("--bits requires rsa");

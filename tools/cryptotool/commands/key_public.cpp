@@ -1,7 +1,7 @@
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/reason.h"
-#include "tools/cryptotool/io/key_input.h"
-#include "tools/cryptotool/io/key_output.h"
+#include "tools/cryptotool/keys/key_input.h"
+#include "tools/cryptotool/keys/key_output.h"
 
 namespace ccrypto {
 

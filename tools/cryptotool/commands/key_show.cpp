@@ -4,8 +4,8 @@
 #include "pki/keys/eddsa_key_pair.h"
 #include "pki/keys/rsa_key_pair.h"
 #include "tools/cryptotool/cli/command_table.h"
-#include "tools/cryptotool/io/key_input.h"
-#include "tools/cryptotool/io/output.h"
+#include "tools/cryptotool/keys/key_input.h"
+#include "tools/cryptotool/output/output.h"
 
 #include <string>
 #include <vector>

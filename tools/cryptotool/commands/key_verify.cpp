@@ -1,8 +1,8 @@
 #include "tools/cryptotool/cli/command_table.h"
-#include "tools/cryptotool/io/input.h"
-#include "tools/cryptotool/io/key_signature.h"
-#include "tools/cryptotool/io/output.h"
-#include "tools/cryptotool/io/secret_input.h"
+#include "tools/cryptotool/input/file_input.h"
+#include "tools/cryptotool/input/secret_input.h"
+#include "tools/cryptotool/keys/signing.h"
+#include "tools/cryptotool/output/output.h"
 
 namespace ccrypto {
 

@@ -2,11 +2,10 @@
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/invocation.h"
 #include "tools/cryptotool/cli/suggestion.h"
-#include "tools/cryptotool/io/mac_algorithms.h"
-#include "tools/cryptotool/io/secret_input.h"
-#include "tools/cryptotool/io/streamed_file.h"
-#include "tools/cryptotool/io/sum_line.h"
-#include "tools/cryptotool/io/sum_output.h"
+#include "tools/cryptotool/input/file_input.h"
+#include "tools/cryptotool/input/secret_input.h"
+#include "tools/cryptotool/sums/mac_algorithms.h"
+#include "tools/cryptotool/sums/sum_line.h"
 
 #include <limits>
 
@@ -51,8 +50,7 @@ int MACFiles(Invocation& invocation)
         return code;
     const MACAlgorithm* const algorithm = FindMACAlgorithm(arguments.operand(0));
     if (algorithm == nullptr)
-        return invocation.misuse("unknown MAC " + arguments.operand(0) +
-                                 ccrypto::DidYouMean(arguments.operand(0), ccrypto::SplitChoices(macNames)));
+        return invocation.misuse("unknown MAC " + arguments.operand(0) + DidYouMean(arguments.operand(0), SplitChoices(macNames)));
     element key;
     if (const int code = ReadKey(invocation, key); code != exitDone)
         return code;

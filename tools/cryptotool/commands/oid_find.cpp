@@ -3,7 +3,7 @@
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/invocation.h"
 #include "tools/cryptotool/cli/safe_text.h"
-#include "tools/cryptotool/io/output.h"
+#include "tools/cryptotool/output/output.h"
 
 #include <algorithm>
 

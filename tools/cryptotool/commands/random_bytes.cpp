@@ -5,7 +5,7 @@
 #include "tools/cryptotool/cli/invocation.h"
 #include "tools/cryptotool/cli/progress.h"
 #include "tools/cryptotool/cli/reason.h"
-#include "tools/cryptotool/io/output.h"
+#include "tools/cryptotool/output/output.h"
 
 #include <algorithm>
 #include <limits>

@@ -6,7 +6,7 @@
 #include "tools/cryptotool/cli/progress.h"
 #include "tools/cryptotool/cli/safe_text.h"
 #include "tools/cryptotool/commands/speed_row.h"
-#include "tools/cryptotool/io/output.h"
+#include "tools/cryptotool/output/output.h"
 
 #include <algorithm>
 #include <array>
