@@ -110,7 +110,7 @@ TEST_F(CryptotoolKey, ShowsNumbersAndKeepsTheSecretOnesUnlessAsked)
     EXPECT_NE(RunTool({"key", "show", "--private", key}).output.find(publishedScalar), std::string::npos);
     const ToolResult half = RunTool({"key", "show", "--private", "-"}, RunTool({"key", "public", key}).output);
     EXPECT_EQ(half.code, exitRefused);
-    EXPECT_EQ(half.error, "cryptotool: -: it holds no private key; --private needs one\n");
+    EXPECT_EQ(half.error, "cryptotool: -: it holds no private key\n");
 
     const std::string rsa = RunTool({"key", "show", "--json", Generate("rsa", u8"rsa")}).output;
     EXPECT_EQ(rsa.find("prime1"), std::string::npos);

@@ -56,7 +56,7 @@ int Finish(Invocation& invocation, Output& output, int code)
 {
     if (code != exitDone || output.finish())
         return code;
-    return invocation.refuse(output.name(), output.reason());
+    return RefuseOutput(invocation, output);
 }
 
 /// The first of two passes: whether the tag is right.
@@ -152,7 +152,7 @@ int EncryptTo(Invocation& invocation, CipherSetting& setting, CipherInput& input
         (gcm != nullptr && !gcm->addAuthenticated(setting.authenticated.bytes())))
         return RefuseText(invocation, input);
     if (!output.open() || !output.write(header))
-        return invocation.refuse(output.name(), output.reason());
+        return RefuseOutput(invocation, output);
     Progress progress(invocation.console(), input.size());
     return Finish(invocation, output, Run(invocation, setting, input, &output, progress));
 }
@@ -180,7 +180,7 @@ int DecryptTo(Invocation& invocation, CipherSetting& setting, CipherInput& input
         return RefuseText(invocation, input);
     }
     if (!output.open())
-        return invocation.refuse(output.name(), output.reason());
+        return RefuseOutput(invocation, output);
     return Finish(invocation, output, Run(invocation, setting, input, &output, progress));
 }
 

@@ -23,6 +23,8 @@ public:
     std::uint64_t number(std::string_view name, std::uint64_t otherwise) const;
     /// As given, counted from 0; empty after the last.
     std::string operand(std::size_t index) const { return index < operands_.size() ? operands_[index] : std::string(); }
+    /// The same for a file that may be left out: "-", standard input, after the last.
+    std::string fileOperand(std::size_t index) const { return index < operands_.size() ? operands_[index] : "-"; }
     const std::vector<std::string>& operands() const { return operands_; }
 
 private:

@@ -59,10 +59,9 @@ int Write(Invocation& invocation, const std::string& file, const element& der)
     Output output(invocation.console(), arguments.value("output"), isPem ? Output::Content::text : Output::Content::binary);
     if (der.isEmpty())
         return invocation.refuse(file, Reason("the template describes no elements"));
-    const bool written = output.open() &&
-                         (isPem ? output.write(WritePem(arguments.value("pem"), der).view()) : output.write(der.bytes())) &&
-                         output.finish();
-    return written ? exitDone : invocation.refuse(output.name(), output.reason());
+    return FinishOutput(invocation, output,
+                        output.open() &&
+                            (isPem ? output.write(WritePem(arguments.value("pem"), der).view()) : output.write(der.bytes())));
 }
 
 int Build(Invocation& invocation)

@@ -103,8 +103,7 @@ int Get(Invocation& invocation)
         text += shown;
     }
     Output output(invocation.console(), arguments.value("output"), isBinary ? Output::Content::binary : Output::Content::text);
-    const bool written = output.open() && output.write(text) && output.finish();
-    return written ? exitDone : invocation.refuse(output.name(), output.reason());
+    return FinishOutput(invocation, output, output.open() && output.write(text));
 }
 
 } // namespace

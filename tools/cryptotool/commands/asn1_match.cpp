@@ -110,7 +110,7 @@ int Match(Invocation& invocation)
         text += "\n]}\n";
     Output output(invocation.console(), arguments.value("output"), Output::Content::text);
     if (!output.open() || !output.write(text) || !output.finish())
-        return invocation.refuse(output.name(), output.reason());
+        return RefuseOutput(invocation, output);
     return failure.empty() ? exitDone : invocation.refuse(file, failure);
 }
 

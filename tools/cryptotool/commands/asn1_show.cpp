@@ -200,18 +200,18 @@ int Show(Invocation& invocation)
         WarnOfBlocksThatAreNotDer(invocation, file, blocks);
     Output output(invocation.console(), arguments.value("output"), form == "der" ? Output::Content::binary : Output::Content::text);
     if (!output.open())
-        return invocation.refuse(output.name(), output.reason());
+        return RefuseOutput(invocation, output);
 
     if (form != "outline") {
-        const bool written = WriteTree(blocks, form, setting.levels, output, reason) && output.finish();
-        return written ? exitDone
-                       : invocation.refuse(reason.empty() ? output.name() : file, reason.empty() ? output.reason() : reason);
+        std::string treeReason;
+        const bool written = WriteTree(blocks, form, setting.levels, output, treeReason);
+        return treeReason.empty() ? FinishOutput(invocation, output, written) : invocation.refuse(file, treeReason);
     }
     const bool written = (arguments.has("json") ? WriteOutlineJson : WriteOutline)(blocks, setting, output);
     for (const DecodedBlock& block : blocks)
         if (!block.problem.empty())
             invocation.warn(file, block.problem);
-    return written && output.finish() ? exitDone : invocation.refuse(output.name(), output.reason());
+    return FinishOutput(invocation, output, written);
 }
 
 } // namespace

@@ -72,7 +72,7 @@ class CipherFiles {
 public:
     CipherFiles(Invocation& invocation, CipherDirection direction)
         : invocation_(invocation), arguments_(invocation.arguments()), encrypts_(direction == CipherDirection::encrypt),
-          input_(invocation.console(), arguments_.operands().empty() ? "-" : arguments_.operand(0)),
+          input_(invocation.console(), arguments_.fileOperand(0)),
           output_(invocation.console(), arguments_.value(outputOption.name), Output::Content::binary)
     {
     }
@@ -143,7 +143,7 @@ int CipherFiles::findCipher(std::string_view name)
 
 int CipherFiles::readKey()
 {
-    return ReadKey(invocation_, setting_.key);
+    return ReadSecretKey(invocation_, setting_.key);
 }
 
 int CipherFiles::readPassword(element& password)

@@ -22,8 +22,7 @@ int PrintCompletion(Invocation& invocation)
         return invocation.misuse("SHELL must be one of bash|zsh, not " + shell);
     Output output(invocation.console(), invocation.arguments().value(outputOption.name), Output::Content::text);
     const std::string script = shell == "bash" ? BashCompletion() : ZshCompletion();
-    const bool written = output.open() && output.write(script) && output.finish();
-    return written ? exitDone : invocation.refuse(output.name(), output.reason());
+    return FinishOutput(invocation, output, output.open() && output.write(script));
 }
 
 } // namespace

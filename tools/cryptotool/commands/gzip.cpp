@@ -147,7 +147,7 @@ int TransferPacked(Invocation& invocation, Output::Content content,
     if (arguments.has(stdoutOption.name) && arguments.has(outputOption.name))
         return invocation.misuse("--stdout and --output are mutually exclusive");
     Output output(invocation.console(), arguments.value(outputOption.name), content);
-    return Transfer(invocation, output, arguments.operands().empty() ? "-" : arguments.operand(0)).run(start);
+    return Transfer(invocation, output, arguments.fileOperand(0)).run(start);
 }
 
 int Pack(Invocation& invocation)

@@ -77,11 +77,11 @@ int HashFiles(Invocation& invocation)
         return invocation.misuse("unknown hash function " + name + DidYouMean(name, SplitChoices(hashNames)));
     SumOutput output(invocation.console(), arguments.value(outputOption.name));
     if (!output.open())
-        return invocation.refuse(output.name(), output.reason());
+        return RefuseOutput(invocation, output);
     FileDigests digests(invocation, *hash);
     const auto work = arguments.has(checkOption.name) ? CheckSums : PrintSums;
     const std::optional<int> code = work(invocation, digests, Files(arguments.operands()).subspan(1), output);
-    return code && output.finish() ? *code : invocation.refuse(output.name(), output.reason());
+    return code && output.finish() ? *code : RefuseOutput(invocation, output);
 }
 
 } // namespace

@@ -22,20 +22,11 @@ int Convert(Invocation& invocation)
     const std::string file = invocation.arguments().operand(0);
     PrivateKeyTarget target;
     KeyInput input;
-    int exit = CheckOneStandardInput(invocation, {file}, {passwordSecret, newPasswordSecret});
+    int exit = target.read(invocation, newPasswordSecret);
     if (exit == exitDone)
-        exit = target.read(invocation, newPasswordSecret);
+        exit = ReadKey(invocation, {file}, KeyHalf::privateHalf, input);
     if (exit == exitDone)
-        exit = ReadKey(invocation, file, input);
-    if (exit != exitDone)
-        return exit;
-    if (!input.key->hasPrivate())
-        return invocation.refuse(file, "it holds no private key");
-    exit = target.check(invocation, input.key->curveId() != 0 ? input.key->curveId() : input.key->algorithmId());
-    if (exit == exitDone)
-        exit = target.askPassword(invocation);
-    if (exit == exitDone)
-        exit = target.open(invocation);
+        exit = target.prepare(invocation, input.key->curveId() != 0 ? input.key->curveId() : input.key->algorithmId());
     return exit == exitDone ? target.write(invocation, *input.key, file) : exit;
 }
 

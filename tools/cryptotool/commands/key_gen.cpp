@@ -6,7 +6,6 @@
 #include "tools/cryptotool/cli/progress.h"
 #include "tools/cryptotool/cli/reason.h"
 #include "tools/cryptotool/cli/suggestion.h"
-#include "tools/cryptotool/keys/key_input.h"
 #include "tools/cryptotool/keys/key_output.h"
 
 #include <string>
@@ -89,11 +88,7 @@ int Generate(Invocation& invocation)
     PrivateKeyTarget target;
     int exit = target.read(invocation, passwordSecret);
     if (exit == exitDone)
-        exit = target.check(invocation, kind);
-    if (exit == exitDone)
-        exit = target.askPassword(invocation);
-    if (exit == exitDone)
-        exit = target.open(invocation);
+        exit = target.prepare(invocation, kind);
     if (exit != exitDone)
         return exit;
     StartReason();

@@ -24,10 +24,7 @@ int WritePublic(Invocation& invocation)
     const Arguments& arguments = invocation.arguments();
     const std::string file = arguments.operand(0);
     KeyInput input;
-    int exit = CheckOneStandardInput(invocation, {file}, {passwordSecret});
-    if (exit == exitDone)
-        exit = ReadKey(invocation, file, input);
-    if (exit != exitDone)
+    if (const int exit = ReadKey(invocation, {file}, KeyHalf::any, input); exit != exitDone)
         return exit;
     const KeyForm form = arguments.value("form") == "pkcs1" ? KeyForm::rsaPublicKey : KeyForm::publicKeyInfo;
     if (form == KeyForm::rsaPublicKey && input.key->algorithmId() != algorithm::rsaEncryption)
@@ -37,7 +34,7 @@ int WritePublic(Invocation& invocation)
     if (der.isEmpty())
         return invocation.refuse(file, Reason("the key cannot be saved"));
     KeyOutput output(invocation, form);
-    exit = output.open();
+    const int exit = output.open();
     return exit == exitDone ? output.write(der) : exit;
 }
 

@@ -142,20 +142,14 @@ int Show(Invocation& invocation)
     const std::string file = arguments.operand(0);
     const bool withPrivate = arguments.has("private");
     KeyInput input;
-    int exit = CheckOneStandardInput(invocation, {file}, {passwordSecret});
-    if (exit == exitDone)
-        exit = ReadKey(invocation, file, input);
-    if (exit != exitDone)
+    if (const int exit = ReadKey(invocation, {file}, withPrivate ? KeyHalf::privateHalf : KeyHalf::any, input); exit != exitDone)
         return exit;
-    if (withPrivate && !input.key->hasPrivate())
-        return invocation.refuse(file, "it holds no private key; --private needs one");
     const Facts facts = FactsOf(input, withPrivate);
     Output output(invocation.console(), arguments.value(outputOption.name), Output::Content::text);
     if (withPrivate)
         output.keepPrivate();
-    const bool written =
-        output.open() && output.write((arguments.has("json") ? Json(facts) : Text(facts)).bytes()) && output.finish();
-    return written ? exitDone : invocation.refuse(output.name(), output.reason());
+    return FinishOutput(invocation, output,
+                        output.open() && output.write((arguments.has("json") ? Json(facts) : Text(facts)).bytes()));
 }
 
 } // namespace

@@ -26,14 +26,12 @@ int Sign(Invocation& invocation)
 {
     const Arguments& arguments = invocation.arguments();
     const std::string key = arguments.operand(0);
-    const std::string file = arguments.operands().size() > 1 ? arguments.operand(1) : "-";
+    const std::string file = arguments.fileOperand(1);
     Signing signing;
-    int exit = StartSigning(invocation, {key, file}, signing);
-    if (exit == exitDone && !signing.key->hasPrivate())
-        exit = invocation.refuse(key, "it holds no private key");
+    int exit = StartSigning(invocation, {key, file}, KeyHalf::privateHalf, signing);
     Output output(invocation.console(), arguments.value(outputOption.name), Output::Content::binary);
     if (exit == exitDone && !output.open())
-        exit = invocation.refuse(output.name(), output.reason());
+        exit = RefuseOutput(invocation, output);
     if (exit == exitDone)
         exit = ReadSigned(invocation, file, signing);
     if (exit != exitDone)
@@ -42,7 +40,7 @@ int Sign(Invocation& invocation)
     const element signature = signing.key->signer()->sign(signing.hash, signing.input.bytes(), signing.padding);
     if (signature.isEmpty())
         return invocation.refuse(key, Reason("it cannot sign this"));
-    return output.write(signature.bytes()) && output.finish() ? exitDone : invocation.refuse(output.name(), output.reason());
+    return FinishOutput(invocation, output, output.write(signature.bytes()));
 }
 
 } // namespace

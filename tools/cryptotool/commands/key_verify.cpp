@@ -26,12 +26,12 @@ int Verify(Invocation& invocation)
 {
     const Arguments& arguments = invocation.arguments();
     const std::string signatureFile = arguments.operand(1);
-    const std::string file = arguments.operands().size() > 2 ? arguments.operand(2) : "-";
+    const std::string file = arguments.fileOperand(2);
     Signing signing;
     signing.padding.masking.saltLength = CCryptoRSAPadding::saltOfAnyLength;
     element signature;
     std::string reason;
-    int exit = StartSigning(invocation, {arguments.operand(0), signatureFile, file}, signing);
+    int exit = StartSigning(invocation, {arguments.operand(0), signatureFile, file}, KeyHalf::any, signing);
     if (exit == exitDone && !ReadWhole(invocation.console(), signatureFile, signature, reason))
         exit = invocation.refuse(signatureFile, reason);
     if (exit == exitDone)
@@ -42,7 +42,7 @@ int Verify(Invocation& invocation)
     Output output(invocation.console(), arguments.value(outputOption.name), Output::Content::text);
     const bool written = output.open() && output.write(isRight ? "OK\n" : "FAILED\n") && output.finish();
     if (!written)
-        return invocation.refuse(output.name(), output.reason());
+        return RefuseOutput(invocation, output);
     return isRight ? exitDone : exitRefused;
 }
 

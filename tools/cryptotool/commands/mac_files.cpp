@@ -28,7 +28,7 @@ int PrintMACs(Invocation& invocation, StreamedMAC& mac)
     const Arguments& arguments = invocation.arguments();
     SumOutput output(invocation.console(), arguments.value(outputOption.name));
     if (!output.open())
-        return invocation.refuse(output.name(), output.reason());
+        return RefuseOutput(invocation, output);
     int code = exitDone;
     for (const std::string& file : std::span(arguments.operands()).subspan(1)) {
         std::string reason;
@@ -38,9 +38,9 @@ int PrintMACs(Invocation& invocation, StreamedMAC& mac)
         if (!isRead)
             code = invocation.refuse(file, reason);
         else if (!output.write({std::string(HexText(found.bytes()).view()), file}))
-            return invocation.refuse(output.name(), output.reason());
+            return RefuseOutput(invocation, output);
     }
-    return output.finish() ? code : invocation.refuse(output.name(), output.reason());
+    return output.finish() ? code : RefuseOutput(invocation, output);
 }
 
 int MACFiles(Invocation& invocation)
@@ -52,7 +52,7 @@ int MACFiles(Invocation& invocation)
     if (algorithm == nullptr)
         return invocation.misuse("unknown MAC " + arguments.operand(0) + DidYouMean(arguments.operand(0), SplitChoices(macNames)));
     element key;
-    if (const int code = ReadKey(invocation, key); code != exitDone)
+    if (const int code = ReadSecretKey(invocation, key); code != exitDone)
         return code;
     std::string reason;
     const auto mac = algorithm->create(arguments.operand(0), key.bytes(), reason);

@@ -122,8 +122,7 @@ std::string ProgramPage()
 int WritePage(Invocation& invocation, const std::string& file, const std::string& page)
 {
     Output output(invocation.console(), file, Output::Content::text);
-    const bool written = output.open() && output.write(page) && output.finish();
-    return written ? exitDone : invocation.refuse(output.name(), output.reason());
+    return FinishOutput(invocation, output, output.open() && output.write(page));
 }
 
 int WriteAllPages(Invocation& invocation, const std::string& directory)

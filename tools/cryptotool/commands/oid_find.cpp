@@ -61,9 +61,8 @@ int FindOids(Invocation& invocation)
     if (names.empty())
         return invocation.refuse(text, IsDotted(text) ? "no name is known for it" : "no name of an object identifier contains it");
     Output output(invocation.console(), arguments.value("output"), Output::Content::text);
-    const bool written =
-        output.open() && output.write(arguments.has("json") ? ListJson(names) : ListText(names)) && output.finish();
-    return written ? exitDone : invocation.refuse(output.name(), output.reason());
+    return FinishOutput(invocation, output,
+                        output.open() && output.write(arguments.has("json") ? ListJson(names) : ListText(names)));
 }
 
 } // namespace

@@ -79,7 +79,7 @@ int WriteRandom(Invocation& invocation)
                   form == Form::binary ? Output::Content::binary : Output::Content::text);
     output.keepPrivate();
     if (!output.open())
-        return invocation.refuse(output.name(), output.reason());
+        return RefuseOutput(invocation, output);
     Progress progress(invocation.console(), static_cast<std::int64_t>(count));
     element piece;
     StartReason();
@@ -88,11 +88,10 @@ int WriteRandom(Invocation& invocation)
         if (!ICryptoRandom::Instance().generate({piece.data(), piece.length()}))
             return invocation.refuse({}, Reason("no random bytes are available"));
         if (!WritePiece(output, form, piece.bytes()))
-            return invocation.refuse(output.name(), output.reason());
+            return RefuseOutput(invocation, output);
         progress.add(piece.length());
     }
-    const bool written = (form != Form::hex || output.write("\n")) && output.finish();
-    return written ? exitDone : invocation.refuse(output.name(), output.reason());
+    return FinishOutput(invocation, output, (form != Form::hex || output.write("\n")));
 }
 
 } // namespace

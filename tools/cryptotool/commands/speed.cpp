@@ -187,7 +187,7 @@ int MeasureSpeed(Invocation& invocation)
         invocation.warn("CRYPTO_CPU", "unknown word " + std::string(cpu::UnknownWord()));
     Output output(invocation.console(), arguments.value(outputOption.name), Output::Content::text);
     if (!output.open())
-        return invocation.refuse(output.name(), output.reason());
+        return RefuseOutput(invocation, output);
     std::vector<Measured> all(rows.size());
     {
         ProgressLine line(invocation.console());
@@ -199,8 +199,7 @@ int MeasureSpeed(Invocation& invocation)
                 return invocation.refuse(rows[index].algorithm, "it could not be measured");
         }
     }
-    const bool written = output.write(arguments.has("json") ? Json(all) : Text(all)) && output.finish();
-    return written ? exitDone : invocation.refuse(output.name(), output.reason());
+    return FinishOutput(invocation, output, output.write(arguments.has("json") ? Json(all) : Text(all)));
 }
 
 } // namespace

@@ -78,8 +78,10 @@ TextDecoding DecodeText(std::string_view text, element& bytes, std::string& reas
             return TextDecoding::decoded;
         }
     }
+    if (isRead)
+        return TextDecoding::decoded;
     reason = "hexadecimal text has an odd number of digits";
-    return isRead ? TextDecoding::decoded : TextDecoding::broken;
+    return TextDecoding::broken;
 }
 
 bool IsText(std::string_view bytes)

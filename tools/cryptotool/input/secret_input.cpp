@@ -123,7 +123,7 @@ int ReadSecret(Invocation& invocation, const SecretKind& kind, Asking asking, el
     return invocation.refuse(place, reason);
 }
 
-int ReadKey(Invocation& invocation, element& key)
+int ReadSecretKey(Invocation& invocation, element& key)
 {
     const int code = ReadSecret(invocation, keySecret, Asking::once, key);
     if (code != exitDone || !invocation.arguments().has(hexKeyOption.name))

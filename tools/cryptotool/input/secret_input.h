@@ -32,13 +32,21 @@ constexpr SecretKind keySecret = {
     {OptionKind::text, 0, "key-file", "FILE", "read the key from FILE, byte for byte; \"-\" is stdin"},
     {OptionKind::number, 0, "key-fd", "N", "read the key from descriptor N, to its end"},
 };
-/// For a key that is read with ReadKey().
+/// For a key that is read with ReadSecretKey().
 constexpr Option hexKeyOption = {OptionKind::flag, 0, "hex-key", "", "the key is written in hexadecimal digits"};
 constexpr SecretKind passwordSecret = {
     "password",
     true,
     {OptionKind::text, 0, "password-file", "FILE", "read the password from FILE, without the end of its line; \"-\" is stdin"},
     {OptionKind::number, 0, "password-fd", "N", "read the password from descriptor N, to its end"},
+};
+
+/// The password of a key that is written where another one is read.
+constexpr SecretKind newPasswordSecret = {
+    "new password",
+    true,
+    {OptionKind::text, 0, "new-password-file", "FILE", "as --password-file, for the key that is written"},
+    {OptionKind::number, 0, "new-password-fd", "N", "as --password-fd, for the key that is written"},
 };
 
 /// Whether standard input is named as what gives the secret, as a file or as the descriptor 0.
@@ -56,6 +64,6 @@ enum class Asking { once, twice };
 /// may be. \return exitDone, or the exit code after the reason was printed, with `secret` empty.
 int ReadSecret(Invocation& invocation, const SecretKind& kind, Asking asking, element& secret);
 /// The same for a key, which hexKeyOption says is written in hexadecimal digits.
-int ReadKey(Invocation& invocation, element& key);
+int ReadSecretKey(Invocation& invocation, element& key);
 
 } // namespace ccrypto

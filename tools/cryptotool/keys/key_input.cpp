@@ -30,8 +30,11 @@ bool DropTextForm(element& bytes, std::string& reason)
 
 } // namespace
 
-int ReadKey(Invocation& invocation, const std::string& file, KeyInput& input)
+int ReadKey(Invocation& invocation, const std::vector<std::string>& files, KeyHalf half, KeyInput& input)
 {
+    if (const int exit = CheckOneStandardInput(invocation, files, {passwordSecret, newPasswordSecret}); exit != exitDone)
+        return exit;
+    const std::string& file = files.front();
     element bytes;
     std::string reason;
     if (!ReadWhole(invocation.console(), file, bytes, reason) || !DropTextForm(bytes, reason))
@@ -45,9 +48,10 @@ int ReadKey(Invocation& invocation, const std::string& file, KeyInput& input)
     input.form = keyFile.form();
     if (passwordExit != exitDone)
         return passwordExit;
-    if (input.key != nullptr)
-        return exitDone;
-    return invocation.refuse(file, Reason("it holds no key"));
+    if (input.key == nullptr)
+        return invocation.refuse(file, Reason("it holds no key"));
+    const bool isEnough = half == KeyHalf::any || input.key->hasPrivate();
+    return isEnough ? exitDone : invocation.refuse(file, "it holds no private key");
 }
 
 } // namespace ccrypto

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace ccrypto {
 
@@ -15,8 +16,12 @@ struct KeyInput {
     KeyForm form = KeyForm::publicKeyInfo;
 };
 
-/// Reads a key of any form, DER, PEM, base64 or hexadecimal; of one that is encrypted, the password comes from the options of
+/// Which half of a key a command works with.
+enum class KeyHalf { any, privateHalf };
+
+/// Reads a key of any form, DER, PEM, base64 or hexadecimal, from the first of `files`, which are all that the command reads: at
+/// most one of them, and of the passwords, may be standard input. The password of a key that is encrypted comes from the options of
 /// passwordSecret. \return exitDone, or the exit code after the reason was printed.
-int ReadKey(Invocation& invocation, const std::string& file, KeyInput& input);
+int ReadKey(Invocation& invocation, const std::vector<std::string>& files, KeyHalf half, KeyInput& input);
 
 } // namespace ccrypto

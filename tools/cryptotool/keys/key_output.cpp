@@ -90,27 +90,17 @@ int PrivateKeyTarget::readEncryption(Invocation& invocation)
     return exit;
 }
 
-int PrivateKeyTarget::check(Invocation& invocation, std::uint32_t kind) const
+int PrivateKeyTarget::prepare(Invocation& invocation, std::uint32_t kind)
 {
-    const bool isRsa = kind == algorithm::rsaEncryption;
-    if (form_ == KeyForm::rsaPrivateKey && !isRsa)
+    if (form_ == KeyForm::rsaPrivateKey && kind != algorithm::rsaEncryption)
         return invocation.misuse("--form pkcs1 requires an RSA key");
     const CurveFacts* const curve = FindCurve(kind);
     const bool hasEcForm = curve != nullptr && curve->signs;
     if (form_ == KeyForm::ecPrivateKey && !hasEcForm)
         return invocation.misuse("--form sec1 requires a key for ECDSA");
-    return exitDone;
-}
-
-int PrivateKeyTarget::askPassword(Invocation& invocation)
-{
-    if (form_ != KeyForm::encryptedPrivateKey)
-        return exitDone;
-    return ReadSecret(invocation, *secret_, Asking::twice, password_);
-}
-
-int PrivateKeyTarget::open(Invocation& invocation)
-{
+    if (form_ == KeyForm::encryptedPrivateKey)
+        if (const int exit = ReadSecret(invocation, *secret_, Asking::twice, password_); exit != exitDone)
+            return exit;
     output_.emplace(invocation, form_);
     return output_->open();
 }
@@ -133,13 +123,13 @@ KeyOutput::KeyOutput(Invocation& invocation, KeyForm form)
 
 int KeyOutput::open()
 {
-    return output_.open() ? exitDone : invocation_.refuse(output_.name(), output_.reason());
+    return output_.open() ? exitDone : RefuseOutput(invocation_, output_);
 }
 
 int KeyOutput::write(const element& der)
 {
     const bool isWritten = isDer_ ? output_.write(der.bytes()) : output_.write(CCryptoKeyFile::ToPem(form_, der).view());
-    return isWritten && output_.finish() ? exitDone : invocation_.refuse(output_.name(), output_.reason());
+    return FinishOutput(invocation_, output_, isWritten);
 }
 
 } // namespace ccrypto

@@ -23,14 +23,6 @@ constexpr Option keySchemeOption = {
     "for encrypted: an old, weak scheme of PKCS#12, for programs that read nothing newer: sha1-3des, "
     "sha1-2des, sha1-rc2-128, sha1-rc2-40, sha1-rc4-128 or sha1-rc4-40"};
 
-/// The password of a key that is written where another one is read.
-constexpr SecretKind newPasswordSecret = {
-    "new password",
-    true,
-    {OptionKind::text, 0, "new-password-file", "FILE", "as --password-file, for the key that is written"},
-    {OptionKind::number, 0, "new-password-fd", "N", "as --password-fd, for the key that is written"},
-};
-
 /// Where a key goes: the place that the options of an invocation name, as PEM or DER; a private key's file is for its owner alone.
 class KeyOutput {
 public:
@@ -51,16 +43,13 @@ private:
 /// How the options of an invocation want a private key written.
 class PrivateKeyTarget {
 public:
-    /// \param secret the password of a key that is encrypted. \return exitDone, or exitUsage after the reason was printed.
+    /// Reads the options. \param secret the password of a key that is encrypted. \return exitDone, or exitUsage after the reason
+    /// was printed.
     int read(Invocation& invocation, const SecretKind& secret);
-    /// Whether a key of this kind (algorithm::Id of the kind or the curve) has the form. \return exitDone, or exitUsage after the
-    /// reason was printed.
-    int check(Invocation& invocation, std::uint32_t kind) const;
-    /// Asks for the password when there is to be one. \return the exit code.
-    int askPassword(Invocation& invocation);
-    /// Opens what the key goes to, ahead of making one that could not be kept. \return the exit code.
-    int open(Invocation& invocation);
-    /// After open(). `source` is for messages. \return the exit code.
+    /// Sees that a key of this kind (the id of the curve, or rsaEncryption) has the form, asks for the password when there is to be
+    /// one, and opens what the key goes to, ahead of making one that could not be kept. \return the exit code.
+    int prepare(Invocation& invocation, std::uint32_t kind);
+    /// After prepare(). `source` is for messages. \return the exit code.
     int write(Invocation& invocation, const ICryptoKeyPair& key, std::string_view source);
 
 private:

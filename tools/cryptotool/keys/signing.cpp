@@ -3,7 +3,6 @@
 #include "core/base/algorithm.h"
 #include "crypto/hash/hash.h"
 #include "tools/cryptotool/input/file_input.h"
-#include "tools/cryptotool/keys/key_input.h"
 
 namespace ccrypto {
 
@@ -38,15 +37,13 @@ int ReadPadding(Invocation& invocation, Signing& signing)
 
 } // namespace
 
-int StartSigning(Invocation& invocation, const std::vector<std::string>& files, Signing& signing)
+int StartSigning(Invocation& invocation, const std::vector<std::string>& files, KeyHalf half, Signing& signing)
 {
     const std::string& name = files.front();
     KeyInput input;
-    int exit = CheckOneStandardInput(invocation, files, {passwordSecret});
+    int exit = ReadPadding(invocation, signing);
     if (exit == exitDone)
-        exit = ReadPadding(invocation, signing);
-    if (exit == exitDone)
-        exit = ReadKey(invocation, name, input);
+        exit = ReadKey(invocation, files, half, input);
     if (exit != exitDone)
         return exit;
     signing.key = std::move(input.key);

@@ -2,6 +2,7 @@
 
 #include "pki/keys/key_pair.h"
 #include "tools/cryptotool/cli/invocation.h"
+#include "tools/cryptotool/keys/key_input.h"
 
 #include <cstdint>
 #include <memory>
@@ -24,9 +25,9 @@ struct Signing {
     SCryptoPadding padding;
 };
 
-/// Reads the padding from the options and then the key from the first of `files`, the command's, and sees that the key signs so.
-/// \return exitDone, or the exit code after the reason was printed.
-int StartSigning(Invocation& invocation, const std::vector<std::string>& files, Signing& signing);
+/// Reads the padding from the options and then the key from the first of `files`, as ReadKey() does, and sees that the key signs
+/// so. \return exitDone, or the exit code after the reason was printed.
+int StartSigning(Invocation& invocation, const std::vector<std::string>& files, KeyHalf half, Signing& signing);
 
 /// Hashes a file of any length, with a bar on a terminal; reads it when the key signs messages. \return exitDone, or the exit code
 /// after the reason was printed.

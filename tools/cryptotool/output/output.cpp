@@ -160,4 +160,14 @@ bool Output::finish()
     return true;
 }
 
+int RefuseOutput(Invocation& invocation, const Output& output)
+{
+    return invocation.refuse(output.name(), output.reason());
+}
+
+int FinishOutput(Invocation& invocation, Output& output, bool isWritten)
+{
+    return isWritten && output.finish() ? exitDone : RefuseOutput(invocation, output);
+}
+
 } // namespace ccrypto

@@ -4,6 +4,7 @@
 #include "core/text/element.h"
 #include "tools/cryptotool/cli/console.h"
 #include "tools/cryptotool/cli/host.h"
+#include "tools/cryptotool/cli/invocation.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -64,5 +65,10 @@ private:
     element buffer_;
     std::string reason_;
 };
+
+/// Prints why the output failed. \return exitRefused.
+int RefuseOutput(Invocation& invocation, const Output& output);
+/// The end of a command: finishes the output if all `isWritten`. \return exitDone, or the exit code after the reason was printed.
+[[nodiscard]] int FinishOutput(Invocation& invocation, Output& output, bool isWritten);
 
 } // namespace ccrypto
