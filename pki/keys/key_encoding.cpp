@@ -57,11 +57,11 @@ std::uint32_t KindOf(CCryptoAutoLogger& logger, const CCryptoAlgorithmIdentifier
             return logger.fail(0u, "The curve is not given by its name");
         const CurveFacts* curve = FindCurve(AlgorithmOfOid(oid.view()));
         if (curve == nullptr || !curve->signs)
-            return logger.fail(0u, "The curve is not one of ours");
+            return logger.fail(0u, "Unsupported curve: %s", oid.c_str());
         return curve->id;
     }
     if (id != algorithm::rsaEncryption && !IsCurveByItself(id))
-        return logger.fail(0u, "Algorithm %u is not one of keys", id);
+        return logger.fail(0u, "Unsupported algorithm: %s", identifier.oid().c_str());
     // Some leave out the NULL that RSA has.
     const bool isNull = parameters != nullptr && parameters->type() == ElementType::asn1Null;
     if (parameters != nullptr && !(isNull && id == algorithm::rsaEncryption))
@@ -132,7 +132,7 @@ KeyPair PairOfECPrivateKey(CCryptoAutoLogger& logger, const element& der, std::u
     if (!object.curveOid.isEmpty()) {
         const CurveFacts* named = FindCurve(AlgorithmOfOid(object.curveOid.view()));
         if (named == nullptr || !named->signs || (curve != 0 && named->id != curve))
-            return logger.fail(KeyPair(), "The curve is not one of ours, or not the one it belongs to");
+            return logger.fail(KeyPair(), "The curve is not supported, or not the one it belongs to");
         curve = named->id;
     }
     if (curve == 0)
