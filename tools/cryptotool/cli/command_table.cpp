@@ -7,15 +7,16 @@ namespace ccrypto {
 namespace {
 
 const Command* const commandTable[] = {
-    &asn1ShowCommand, &asn1BuildCommand, &asn1MatchCommand,  &asn1GetCommand, &cipherEncCommand, &cipherDecCommand,  &oidCommand,
-    &gzipCommand,     &gunzipCommand,    &hashCommand,       &macCommand,     &randomCommand,    &speedCommand,      &keyGenCommand,
-    &keyShowCommand,  &keyPublicCommand, &keyConvertCommand, &keySignCommand, &keyVerifyCommand, &completionCommand, &manualCommand,
+    &asn1ShowCommand,  &asn1BuildCommand,  &asn1MatchCommand,  &asn1GetCommand,   &cipherEncCommand,  &cipherDecCommand,
+    &oidCommand,       &gzipCommand,       &gunzipCommand,     &hashCommand,      &macCommand,        &randomCommand,
+    &speedCommand,     &keyGenCommand,     &keyShowCommand,    &keyPublicCommand, &keyConvertCommand, &keySignCommand,
+    &keyVerifyCommand, &keyEncryptCommand, &keyDecryptCommand, &keyAgreeCommand,  &completionCommand, &manualCommand,
 };
 
 constexpr Noun nounTable[] = {
     {"asn1", "show, build and match DER"},
     {"cipher", "encrypt and decrypt files with a password or a key"},
-    {"key", "make, show and convert keys, sign and verify with them"},
+    {"key", "make, show and convert keys; sign, verify, encrypt and agree with them"},
 };
 
 } // namespace

@@ -8,7 +8,7 @@ namespace ccrypto {
 namespace {
 
 constexpr std::string_view keyPublicDetails =
-    R"(Writes the public half of the key in FILE, which may be a private or a public one in any form.
+    R"(Writes the public half of the key in FILE, which may be a private or a public one in any form, or the public key of a certificate.
 )";
 
 constexpr Option keyPublicOptions[] = {

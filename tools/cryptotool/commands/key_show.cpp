@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::string_view keyShowDetails =
     R"(Describes the key in FILE: its type, its size in bits, the form it is stored in, its public numbers in hexadecimal, and its fingerprint,
-the SHA-256 of its SubjectPublicKeyInfo. FILE may hold a private or a public key in any form.
+the SHA-256 of its SubjectPublicKeyInfo. FILE may hold a private or a public key in any form, or a certificate, whose public key is shown.
 )";
 
 constexpr Option keyShowOptions[] = {
@@ -90,7 +90,7 @@ Facts FactsOf(const KeyInput& input, bool withPrivate)
     };
     if (key.algorithmId() == algorithm::ecPublicKey)
         facts.push_back({"curve", key.name()});
-    facts.push_back({"form", NameOf(input.form)});
+    facts.push_back({"form", input.isOfCertificate ? "Certificate (X.509)" : NameOf(input.form)});
     if (rsa != nullptr)
         AddNumbers(facts, rsa->key(), withPrivate);
     if (ec != nullptr)

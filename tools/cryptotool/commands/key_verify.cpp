@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::string_view keyVerifyDetails =
     R"(Verifies the signature in SIGNATURE, as "cryptotool key sign" writes it, over FILE, or standard input, with the key in KEY, which may be
-a private or a public one. Prints OK and ends with 0, or prints FAILED and ends with 1.
+a private or a public one, or that of a certificate. Prints OK and ends with 0, or prints FAILED and ends with 1.
 )";
 
 constexpr Option keyVerifyOptions[] = {

@@ -51,6 +51,8 @@ int StartSigning(Invocation& invocation, const std::vector<std::string>& files, 
         return invocation.refuse(name, std::string(signing.key->name()) + " keys do not sign");
     if (signing.padding.scheme == SCryptoPadding::Scheme::masked && signing.key->algorithmId() != algorithm::rsaEncryption)
         return invocation.refuse(name, "not an RSA key; --pss requires one");
+    if (signing.padding.scheme != SCryptoPadding::Scheme::masked && signing.key->name() == std::string_view("RSA-PSS"))
+        return invocation.refuse(name, "the key is for RSASSA-PSS alone; --pss is needed");
     if (signing.key->signer()->signsMessages() && invocation.arguments().has(hashOption.name))
         return invocation.refuse(name, std::string(signing.key->name()) + " keys sign without --hash");
     return exitDone;

@@ -38,7 +38,7 @@ TEST(CryptotoolCompletion, BashCompletesWordsOptionsValuesAndFiles)
         {"as", "asn1"},
         {"''", "asn1 cipher key oid gzip gunzip hash mac random speed completion manpage help --help --version"},
         {"key s", "show sign"},
-        {"key ''", "gen show public convert sign verify --help"},
+        {"key ''", "gen show public convert sign verify encrypt decrypt agree --help"},
         {"help cip", "cipher"},
         {"help key v", "verify"},
         {"help key verify ''", ""},
