@@ -21,7 +21,7 @@ std::uint32_t Greet(const char* whom)
         return logger.fail(0U, "%u greetings are too many", times);
     for (std::uint32_t i = 0; i < times; ++i)
         std::printf("Hello %s\n", whom);
-    return logger.setRetValue(ccrypto::ResultStatus::none, times);
+    return logger.succeed(times);
 }
 
 } // namespace

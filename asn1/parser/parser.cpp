@@ -120,7 +120,7 @@ elementNode* CCryptoParser::index_node(std::string_view name) const
 {
     elementNode* const node = find_name(root_.get(), name, true, true);
     if (node == nullptr) {
-        CCryptoAutoLogger logger("CCryptoParser::index_node", ccrypto::LoggerMode::quiet);
+        CCryptoAutoLogger logger("CCryptoParser::index_node");
         logger.fail(false, "Index node not found: %s", CCryptoString(name).c_str());
     }
     return node;
@@ -131,7 +131,7 @@ const elementNode* CCryptoParser::index_value(std::string_view name) const
     const elementNode* const node = index_node(name);
     const elementNode* const value = node != nullptr ? node->value() : nullptr;
     if (node != nullptr && value == nullptr) {
-        CCryptoAutoLogger logger("CCryptoParser::index_value", ccrypto::LoggerMode::quiet);
+        CCryptoAutoLogger logger("CCryptoParser::index_value");
         logger.fail(false, "Index node has no value: %s", CCryptoString(name).c_str());
     }
     return value;

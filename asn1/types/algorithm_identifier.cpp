@@ -69,24 +69,22 @@ void CCryptoAlgorithmIdentifier::ClearFields()
 
 bool CCryptoAlgorithmIdentifier::BuildNode()
 {
-    CCryptoAutoLogger logger("CCryptoAlgorithmIdentifier::BuildNode", ccrypto::LoggerMode::quiet);
+    CCryptoAutoLogger logger("CCryptoAlgorithmIdentifier::BuildNode");
+
     if (id_ == algorithm::none)
         return unsupportedOid_.isEmpty() ? logger.fail(false, "There is no algorithm")
                                          : logger.fail(false, "Algorithm %s is not supported", ShownOid(unsupportedOid_).c_str());
-    if (*OidOfAlgorithm(id_) == '\0')
-        logger.warn(false, "Algorithm %u has no OID", id_);
-    else
-        logger.setResult(true);
-    if (!builder().fill("algorithmOID", element(OidOfAlgorithm(id_))))
-        return false;
-    if (!nullParameters_ || parameters_ != nullptr)
-        return builder().fill_tree("parameters", parameters_.get());
-    return builder().fill_word("parameters", "NULL");
+    const bool hasOid = *OidOfAlgorithm(id_) != '\0';
+    const bool isNull = nullParameters_ && parameters_ == nullptr;
+    const bool filled = builder().fill("algorithmOID", element(OidOfAlgorithm(id_))) &&
+                        (isNull ? builder().fill_word("parameters", "NULL") : builder().fill_tree("parameters", parameters_.get()));
+    return hasOid ? logger.setResult(filled) : logger.warn(filled, "Algorithm %u has no OID", id_);
 }
 
 element CCryptoAlgorithmIdentifier::GetDerEncodedOID() const
 {
-    CCryptoAutoLogger logger("CCryptoAlgorithmIdentifier::GetDerEncodedOID", ccrypto::LoggerMode::quiet);
+    CCryptoAutoLogger logger("CCryptoAlgorithmIdentifier::GetDerEncodedOID");
+
     if (*OidOfAlgorithm(id_) == '\0')
         return logger.fail(element(), "Algorithm %u has no OID", id_);
     CCryptoParser parser;

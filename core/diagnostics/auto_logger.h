@@ -28,13 +28,10 @@ enum class LoggerMode : std::uint32_t {
 /// that says how the operation ended; nesting is indentation. It carries the operation's result, too, whether logging is on or
 /// off.
 ///
-/// | mode                | entry line | status at first | exit line ends with                                  | message at exit |
-/// |---------------------|------------|-----------------|------------------------------------------------------|-------------------|
-/// | resultExpected      | yes        | warning         | " - OUT", " - OUT WITH WARNING", " - OUT WITH ERROR" | a line of its own
-/// | | resultOptional      | yes        | none            | the same                                             | a line of its
-/// own | | quietResultExpected | no         | warning         | the message, or " - OK", " - WARNING", " - ERROR"    | in the exit
-/// line  | | quiet               | no         | none            | the same                                             | in the
-/// exit line  |
+/// In the modes with an entry line the exit line ends with " - OUT", " - OUT WITH WARNING" or " - OUT WITH ERROR", and the message
+/// is a line of its own. In the quiet modes the exit line is the name, with the arguments in parentheses, and the message, or
+/// " - OK", " - WARNING" or " - ERROR". Quiet is meant for short operations with arguments: without them, nothing separates the
+/// message from the name.
 ///
 /// Where a result is expected, an operation that gives none ends "WITH WARNING", which makes forgotten results visible. With the
 /// log on, the argument text of the modes with an entry line is the first piece of the message, so the message at exit repeats it.
@@ -60,6 +57,13 @@ public:
     {
         if (shown_ != nullptr || ccrypto::logging::Level() != 0) [[unlikely]]
             close();
+    }
+
+    /// The operation ends well with `result`: status none. \return `result` unchanged.
+    template <typename Result>
+    Result succeed(Result result)
+    {
+        return setRetValue(ccrypto::ResultStatus::none, std::move(result));
     }
 
     /// The operation fails with `result`: status error, and the formatted text says why. \return `result` unchanged.

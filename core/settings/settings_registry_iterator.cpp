@@ -53,7 +53,7 @@ bool CCryptoSettingsRegistryIter::GetNext(char* name, std::uint32_t size)
     for (;;) {
         const std::uint32_t status = group_.enumerate(index_, itemName.data(), static_cast<std::uint32_t>(itemName.size()));
         if (status == platform::registryNoMoreItems)
-            return logger.setRetValue(ResultStatus::none, false);
+            return logger.succeed(false);
         if (status != platform::registrySuccess) {
             logger.setWindowsError(status);
             return false;
@@ -85,8 +85,7 @@ bool CCryptoSettingsRegistryIter::GetValue(const char* name, char* buffer, std::
         return answer.isText ? logger.setRetValue(ResultStatus::info, true, CCryptoString(buffer)) : logger.setResult(true);
     if (answer.status == platform::registryNotFound) {
         const bool reported = (flags & reportMissing) != 0;
-        return reported ? logger.setRetValue(ResultStatus::info, false, "!--Not Found--!")
-                        : logger.setRetValue(ResultStatus::none, false);
+        return reported ? logger.setRetValue(ResultStatus::info, false, "!--Not Found--!") : logger.succeed(false);
     }
     if (answer.status == platform::registryMoreData)
         logger.WriteError("Value is longer than %u bytes", room != 0 ? room - 1 : 0);

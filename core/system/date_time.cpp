@@ -64,7 +64,7 @@ CCryptoDateTime Convert(const CCryptoDateTime& time, bool (*convert)(const Calen
     const CCryptoDateTime converted(fields, !time.isUtc());
     if (!converted.isValid())
         return logger.fail(CCryptoDateTime(), "Failed to mktime()");
-    return logger.setRetValue(ResultStatus::none, converted);
+    return logger.succeed(converted);
 }
 
 } // namespace
@@ -125,13 +125,13 @@ std::optional<std::int64_t> CCryptoDateTime::toMilliseconds() const
 CCryptoDateTime CCryptoDateTime::toLocalDateTime() const
 {
     CCryptoAutoLogger logger("CCryptoDateTime::toLocalDateTime");
-    return utc_ ? Convert(*this, UtcToLocal, logger) : logger.setRetValue(ResultStatus::none, *this);
+    return utc_ ? Convert(*this, UtcToLocal, logger) : logger.succeed(*this);
 }
 
 CCryptoDateTime CCryptoDateTime::toUtcDateTime() const
 {
     CCryptoAutoLogger logger("CCryptoDateTime::toUtcDateTime");
-    return utc_ ? logger.setRetValue(ResultStatus::none, *this) : Convert(*this, LocalToUtc, logger);
+    return utc_ ? logger.succeed(*this) : Convert(*this, LocalToUtc, logger);
 }
 
 CCryptoString CCryptoDateTime::toGeneralizedTime(std::uint32_t fractionDigits) const

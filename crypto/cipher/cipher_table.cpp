@@ -108,7 +108,7 @@ std::unique_ptr<ICryptoCipher> ICryptoCipher::Create(std::uint32_t id)
     const auto* const found = std::ranges::find_if(rows, [id](const CipherRow& row) { return row.description.id == id; });
     if (id == algorithm::none || found == std::end(rows))
         return logger.fail(std::unique_ptr<ICryptoCipher>(), "Unsupported cipher: %d", static_cast<int>(id));
-    return logger.setRetValue(ResultStatus::none, found->make(found->description));
+    return logger.succeed(found->make(found->description));
 }
 
 std::unique_ptr<ICryptoCipher> ICryptoCipher::CreateByName(std::string_view name)
@@ -119,7 +119,7 @@ std::unique_ptr<ICryptoCipher> ICryptoCipher::CreateByName(std::string_view name
         std::ranges::find_if(rows, [name](const CipherRow& row) { return SameInAnyCase(row.description.name, name); });
     if (found == std::end(rows))
         return logger.fail(std::unique_ptr<ICryptoCipher>(), "Unsupported cipher name");
-    return logger.setRetValue(ResultStatus::none, found->make(found->description));
+    return logger.succeed(found->make(found->description));
 }
 
 std::span<const char* const> ICryptoCipher::Names()

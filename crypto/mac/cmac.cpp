@@ -51,7 +51,7 @@ std::unique_ptr<CCryptoCMAC> CCryptoCMAC::Create(std::uint32_t id)
 
     for (const CmacCipher& cipher : ciphers)
         if (id >= cipher.firstId && id <= cipher.lastId)
-            return logger.setRetValue(ResultStatus::none, MakeCmac(cipher));
+            return logger.succeed(MakeCmac(cipher));
     return logger.fail(std::unique_ptr<CCryptoCMAC>(), "Unsupported cipher: %d", static_cast<int>(id));
 }
 
@@ -64,7 +64,7 @@ std::unique_ptr<CCryptoCMAC> CCryptoCMAC::CreateByName(std::string_view name)
         name.remove_prefix(prefix.size());
     for (const CmacCipher& cipher : ciphers)
         if (SameInAnyCase(name, cipher.name))
-            return logger.setRetValue(ResultStatus::none, MakeCmac(cipher));
+            return logger.succeed(MakeCmac(cipher));
     return logger.fail(std::unique_ptr<CCryptoCMAC>(), "Unsupported cipher name");
 }
 

@@ -152,7 +152,7 @@ CCryptoRSA::~CCryptoRSA() = default;
 
 std::unique_ptr<CCryptoRSA> CCryptoRSA::FromPublic(const element& modulus, const element& publicExponent)
 {
-    CCryptoAutoLogger logger("CCryptoRSA::FromPublic", ccrypto::LoggerMode::quietResultExpected);
+    CCryptoAutoLogger logger("CCryptoRSA::FromPublic");
 
     const auto n = WithoutZeros(modulus);
     const auto e = WithoutZeros(publicExponent);
@@ -172,7 +172,7 @@ std::unique_ptr<CCryptoRSA> CCryptoRSA::FromPublic(const element& modulus, const
 
 std::unique_ptr<CCryptoRSA> CCryptoRSA::FromPrivate(const CCryptoRSANumbers& numbers)
 {
-    CCryptoAutoLogger logger("CCryptoRSA::FromPrivate", ccrypto::LoggerMode::quietResultExpected);
+    CCryptoAutoLogger logger("CCryptoRSA::FromPrivate");
 
     std::unique_ptr<CCryptoRSA> result = FromPublic(numbers.modulus, numbers.publicExponent);
     if (result == nullptr)
@@ -255,7 +255,7 @@ element GiveNumber(const WipedArray<Limb>& number, std::uint32_t length)
 
 element CCryptoRSA::publicOperation(std::span<const std::uint8_t> input) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::publicOperation", ccrypto::LoggerMode::quietResultExpected);
+    CCryptoAutoLogger logger("CCryptoRSA::publicOperation");
 
     WipedArray<Limb> number(key_->n.limbs());
     if (!TakeNumber(number, key_->n, input))
@@ -267,7 +267,7 @@ element CCryptoRSA::publicOperation(std::span<const std::uint8_t> input) const
 
 element CCryptoRSA::privateOperation(std::span<const std::uint8_t> input) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::privateOperation", ccrypto::LoggerMode::quietResultExpected);
+    CCryptoAutoLogger logger("CCryptoRSA::privateOperation");
 
     if (!isPrivate())
         return logger.fail(element(), "The key is public");

@@ -101,7 +101,7 @@ private:
 
 element CCryptoRSA::encryptPKCS1(std::span<const std::uint8_t> message, ICryptoRandom& random) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::encryptPKCS1", ccrypto::LoggerMode::quietResultExpected);
+    CCryptoAutoLogger logger("CCryptoRSA::encryptPKCS1");
 
     WipedArray<std::uint8_t> block(bytes());
     if (!rsa_encoding::EncodePKCS1Message(block, message, random))
@@ -113,7 +113,7 @@ element CCryptoRSA::encryptPKCS1(std::span<const std::uint8_t> message, ICryptoR
 
 bool CCryptoRSA::decryptPKCS1(std::span<const std::uint8_t> ciphertext, element& message) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::decryptPKCS1", ccrypto::LoggerMode::quietResultExpected);
+    CCryptoAutoLogger logger("CCryptoRSA::decryptPKCS1");
 
     message = element();
     if (ciphertext.size() != bytes())
@@ -133,7 +133,7 @@ bool CCryptoRSA::decryptPKCS1(std::span<const std::uint8_t> ciphertext, element&
 
 bool CCryptoRSA::unwrapPKCS1(std::span<const std::uint8_t> ciphertext, std::uint32_t length, element& message) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::unwrapPKCS1", ccrypto::LoggerMode::quietResultExpected);
+    CCryptoAutoLogger logger("CCryptoRSA::unwrapPKCS1");
 
     message = element();
     if (ciphertext.size() != bytes())
@@ -155,7 +155,7 @@ bool CCryptoRSA::unwrapPKCS1(std::span<const std::uint8_t> ciphertext, std::uint
 element CCryptoRSA::encryptOAEP(const CCryptoRSAPadding& padding, std::span<const std::uint8_t> message,
                                 ICryptoRandom& random) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::encryptOAEP", ccrypto::LoggerMode::quietResultExpected);
+    CCryptoAutoLogger logger("CCryptoRSA::encryptOAEP");
 
     WipedArray<std::uint8_t> block(bytes());
     if (!rsa_encoding::EncodeOAEP(block, padding, message, random))
@@ -167,7 +167,7 @@ element CCryptoRSA::encryptOAEP(const CCryptoRSAPadding& padding, std::span<cons
 
 bool CCryptoRSA::decryptOAEP(const CCryptoRSAPadding& padding, std::span<const std::uint8_t> ciphertext, element& message) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::decryptOAEP", ccrypto::LoggerMode::quietResultExpected);
+    CCryptoAutoLogger logger("CCryptoRSA::decryptOAEP");
 
     message = element();
     if (ciphertext.size() != bytes())

@@ -34,7 +34,7 @@ bool VerifyBlock(CCryptoAutoLogger& logger, const CCryptoRSA& key, bool isEncode
 
 element CCryptoRSA::signPKCS1(std::uint32_t hash, std::span<const std::uint8_t> digest) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::signPKCS1", ccrypto::LoggerMode::quietResultExpected);
+    CCryptoAutoLogger logger("CCryptoRSA::signPKCS1");
 
     WipedArray<std::uint8_t> block(bytes());
     return SignBlock(logger, *this, rsa_encoding::EncodePKCS1Signature(block, hash, digest), block);
@@ -43,7 +43,7 @@ element CCryptoRSA::signPKCS1(std::uint32_t hash, std::span<const std::uint8_t> 
 bool CCryptoRSA::verifyPKCS1(std::uint32_t hash, std::span<const std::uint8_t> digest,
                              std::span<const std::uint8_t> signature) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::verifyPKCS1", ccrypto::LoggerMode::quietResultExpected);
+    CCryptoAutoLogger logger("CCryptoRSA::verifyPKCS1");
 
     WipedArray<std::uint8_t> block(bytes());
     return VerifyBlock(logger, *this, rsa_encoding::EncodePKCS1Signature(block, hash, digest), block, signature);
@@ -51,7 +51,7 @@ bool CCryptoRSA::verifyPKCS1(std::uint32_t hash, std::span<const std::uint8_t> d
 
 element CCryptoRSA::signDigestInfo(std::span<const std::uint8_t> digestInfo) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::signDigestInfo", ccrypto::LoggerMode::quietResultExpected);
+    CCryptoAutoLogger logger("CCryptoRSA::signDigestInfo");
 
     WipedArray<std::uint8_t> block(bytes());
     return SignBlock(logger, *this, rsa_encoding::EncodeDigestInfo(block, digestInfo), block);
@@ -59,7 +59,7 @@ element CCryptoRSA::signDigestInfo(std::span<const std::uint8_t> digestInfo) con
 
 bool CCryptoRSA::verifyDigestInfo(std::span<const std::uint8_t> digestInfo, std::span<const std::uint8_t> signature) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::verifyDigestInfo", ccrypto::LoggerMode::quietResultExpected);
+    CCryptoAutoLogger logger("CCryptoRSA::verifyDigestInfo");
 
     WipedArray<std::uint8_t> block(bytes());
     return VerifyBlock(logger, *this, rsa_encoding::EncodeDigestInfo(block, digestInfo), block, signature);
@@ -67,7 +67,7 @@ bool CCryptoRSA::verifyDigestInfo(std::span<const std::uint8_t> digestInfo, std:
 
 element CCryptoRSA::signPSS(const CCryptoRSAPadding& padding, std::span<const std::uint8_t> digest, ICryptoRandom& random) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::signPSS", ccrypto::LoggerMode::quietResultExpected);
+    CCryptoAutoLogger logger("CCryptoRSA::signPSS");
 
     WipedArray<std::uint8_t> block(bytes());
     return SignBlock(logger, *this, rsa_encoding::EncodePSS(block, bits(), padding, digest, random), block);
@@ -76,7 +76,7 @@ element CCryptoRSA::signPSS(const CCryptoRSAPadding& padding, std::span<const st
 bool CCryptoRSA::verifyPSS(const CCryptoRSAPadding& padding, std::span<const std::uint8_t> digest,
                            std::span<const std::uint8_t> signature) const
 {
-    CCryptoAutoLogger logger("CCryptoRSA::verifyPSS", ccrypto::LoggerMode::quietResultExpected);
+    CCryptoAutoLogger logger("CCryptoRSA::verifyPSS");
 
     if (signature.size() != bytes())
         return logger.fail(false, "The signature's length is not the key's");

@@ -58,7 +58,7 @@ HRESULT FileContextMenuExt::Initialize(PCIDLIST_ABSOLUTE, IDataObject* selection
 
         // A selection that is not for this handler is no failure of the operation.
         const bool taken = ccrypto::TakeFiles(files, multipleAllowed_, selectedFiles_, logger);
-        return logger.setRetValue(ResultStatus::none, taken ? S_OK : E_FAIL);
+        return logger.succeed(taken ? S_OK : E_FAIL);
     });
 }
 
@@ -68,7 +68,7 @@ HRESULT FileContextMenuExt::QueryContextMenu(HMENU menu, UINT index, UINT idCmdF
         CCryptoAutoLogger logger("FileContextMenuExt::QueryContextMenu");
 
         if ((flags & CMF_DEFAULTONLY) != 0)
-            return logger.setRetValue(ResultStatus::none, S_OK);
+            return logger.succeed(S_OK);
 
         MENUITEMINFOW entry = {};
         static_assert(sizeof entry == 80);
@@ -88,7 +88,7 @@ HRESULT FileContextMenuExt::QueryContextMenu(HMENU menu, UINT index, UINT idCmdF
         // A refusal for which the system has no reason is S_OK: no command was added.
         if (!InsertMenuItemW(menu, index, TRUE, &entry) || !InsertMenuItemW(menu, index + 1, TRUE, &separator))
             return logger.fail(ResultFromLastError());
-        return logger.setRetValue(ResultStatus::none, MAKE_HRESULT(SEVERITY_SUCCESS, FACILITY_NULL, 1));
+        return logger.succeed(MAKE_HRESULT(SEVERITY_SUCCESS, FACILITY_NULL, 1));
     });
 }
 
@@ -105,7 +105,7 @@ HRESULT FileContextMenuExt::InvokeCommand(CMINVOKECOMMANDINFO* command) noexcept
 
         if (!ccrypto::HandOver(selectedFiles_))
             return logger.fail(E_FAIL);
-        return logger.setRetValue(ResultStatus::none, S_OK);
+        return logger.succeed(S_OK);
     });
 }
 
