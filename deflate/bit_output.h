@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/base/byte_order.h"
-#include "core/memory/wiped_array.h"
+#include "core/memory/wiped.h"
 #include "core/platform/secure_wipe.h"
 #include "deflate/inflate_output.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/memory/wiped_array.h"
+#include "core/memory/wiped.h"
 #include "deflate/deflate_block.h"
 
 #include <cstddef>

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "core/memory/wiped.h"
-#include "core/memory/wiped_array.h"
 #include "deflate/bit_input.h"
 #include "deflate/deflate_tables.h"
 #include "deflate/huffman.h"

@@ -2,7 +2,6 @@
 
 #include "core/base/ascii.h"
 #include "core/memory/wiped.h"
-#include "core/memory/wiped_array.h"
 
 #include <algorithm>
 #include <array>

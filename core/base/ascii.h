@@ -1,6 +1,9 @@
 #pragma once
 
-// Classes of characters, whatever the locale is.
+#include <algorithm>
+#include <string_view>
+
+// Classes of ASCII characters, whatever the locale is; any other character belongs to none.
 
 namespace ccrypto {
 
@@ -29,6 +32,12 @@ constexpr bool IsAsciiLetter(char character)
 constexpr char ToSmall(char character)
 {
     return IsCapital(character) ? static_cast<char>(character - 'A' + 'a') : character;
+}
+
+/// Whether two names are the same but for the case of their ASCII letters.
+constexpr bool SameInAnyCase(std::string_view left, std::string_view right)
+{
+    return std::ranges::equal(left, right, {}, ToSmall, ToSmall);
 }
 
 } // namespace ccrypto

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/log/log_writers.h"
 #include "core/memory/out_of_memory.h"
 
 #include <algorithm>
@@ -8,13 +9,6 @@
 #include <memory>
 #include <new>
 #include <utility>
-
-namespace ccrypto {
-
-/// Logs "Array access past the end: %u>=%u".
-void ReportAccessPastEnd(std::uint32_t index, std::uint32_t size);
-
-} // namespace ccrypto
 
 /// A resizable array of values, each of which has a default. It grows to exactly the size asked for and keeps its storage when it
 /// shrinks, so a caller that knows the final size sets it once instead of appending.
@@ -78,7 +72,7 @@ public:
         static const T none{};
         if (index < size_)
             return items_[index];
-        ccrypto::ReportAccessPastEnd(index, size_);
+        reportPastEnd(index);
         return none;
     }
 
@@ -111,9 +105,11 @@ private:
         std::copy_n(values, count, items_.get());
     }
 
+    void reportPastEnd(std::uint32_t index) const { WriteErrorEx_G("Array access past the end: %u>=%u", index, size_); }
+
     T& stray(std::uint32_t index)
     {
-        ccrypto::ReportAccessPastEnd(index, size_);
+        reportPastEnd(index);
         if (stray_) {
             *stray_ = T();
         } else {

@@ -1,8 +1,8 @@
 #include "core/diagnostics/auto_logger.h"
 
-#include "core/base/bounded_text.h"
 #include "core/diagnostics/failure.h"
 #include "core/diagnostics/log_nesting.h"
+#include "core/log/log_text.h"
 #include "core/memory/out_of_memory.h"
 #include "core/platform/clock.h"
 
@@ -87,7 +87,7 @@ void CCryptoAutoLogger::openWithArguments(const char* format, std::va_list argum
 {
     enter();
 
-    BoundedText formatted;
+    LogText formatted;
     const std::string_view text = formatted.appendFormatted(format, arguments) ? formatted.view() : overlongArguments;
     if (quiet()) {
         shown_->nameWithArgs.append(name()).append("(").append(text).append(") : ");
@@ -155,7 +155,7 @@ void CCryptoAutoLogger::writeMessage()
     const std::string_view word = WordsOf(status_).messageWord;
     if (word.empty() || message().isEmpty())
         return;
-    BoundedText text;
+    LogText text;
     text.append(word);
     text.append(message().view().substr(0, maxExitMessage));
     writeLine(text.view());
@@ -197,7 +197,7 @@ void CCryptoAutoLogger::setStatusFormatted(ResultStatus level, const char* forma
         setRetValue(level, 0);
         return;
     }
-    BoundedText text;
+    LogText text;
     const bool fits = text.appendFormatted(format, arguments);
     setStatus(level, CCryptoString(fits ? text.view() : overlongResult));
 }

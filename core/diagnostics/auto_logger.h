@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/base/printf_format.h"
+#include "core/base/c_text.h"
 #include "core/diagnostics/error_handler.h"
 #include "core/log/log.h"
 

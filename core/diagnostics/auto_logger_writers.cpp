@@ -1,5 +1,5 @@
-#include "core/base/bounded_text.h"
 #include "core/diagnostics/auto_logger.h"
+#include "core/log/log_text.h"
 #include "core/log/log_writers.h"
 
 #include <algorithm>
@@ -45,7 +45,7 @@ char CharacterColumn(std::uint8_t byte)
 /// One row of a hex dump of 1 to 32 bytes: `depth` times "-", the bytes as two upper-case digits and a space each, spaces up to
 /// column 98, a space, and the bytes as characters, "." for all but space to "Z" without "%" and "a" to "z". A row of fewer than
 /// 32 bytes is padded to column 50 only, so its characters are not aligned with those of a full row.
-void AppendHexDumpRow(std::uint32_t depth, std::span<const std::uint8_t> bytes, BoundedText& row)
+void AppendHexDumpRow(std::uint32_t depth, std::span<const std::uint8_t> bytes, LogText& row)
 {
     std::string text(depth, '-');
     for (const std::uint8_t byte : bytes) {
@@ -62,7 +62,7 @@ void AppendHexDumpRow(std::uint32_t depth, std::span<const std::uint8_t> bytes, 
 }
 
 /// The bytes as two lower-case digits each. \return false when they do not fit.
-bool AppendHexadecimal(std::span<const std::uint8_t> bytes, BoundedText& text)
+bool AppendHexadecimal(std::span<const std::uint8_t> bytes, LogText& text)
 {
     std::string digits;
     if (bytes.size() < logTextLimit / 2) {
@@ -79,7 +79,7 @@ void CCryptoAutoLogger::WriteLog(const char* format, ...)
 {
     if (!logging::Shows(depth_))
         return;
-    BoundedText text;
+    LogText text;
     std::va_list arguments;
     va_start(arguments, format);
     const bool fits = text.appendFormatted(format, arguments);
@@ -91,7 +91,7 @@ void CCryptoAutoLogger::WriteError(const char* format, ...)
 {
     if (!logging::Shows(depth_))
         return;
-    BoundedText text;
+    LogText text;
     std::va_list arguments;
     va_start(arguments, format);
     // The name and the text have 14 bytes less than the limit between them; the words around them and the terminator take 12.
@@ -105,7 +105,7 @@ void CCryptoAutoLogger::WriteErrorEx(const char* format, ...)
 {
     if (!logging::Shows(depth_))
         return;
-    BoundedText text;
+    LogText text;
     std::va_list arguments;
     va_start(arguments, format);
     const bool fits = text.append("ERROR: ") && text.appendFormatted(format, arguments);
@@ -118,12 +118,12 @@ void CCryptoAutoLogger::WriteBytes(std::span<const std::uint8_t> bytes, bool inL
     if (!logging::Shows(depth_))
         return;
     if (inLine) {
-        BoundedText text;
+        LogText text;
         writeLine(AppendHexadecimal(bytes, text) ? text.view() : overlongLog);
         return;
     }
     for (; !bytes.empty(); bytes = bytes.subspan(std::min(bytes.size(), hexDumpRow))) {
-        BoundedText row;
+        LogText row;
         AppendHexDumpRow(depth_, bytes.first(std::min(bytes.size(), hexDumpRow)), row);
         WriteLog_G("%s", row.c_str());
     }

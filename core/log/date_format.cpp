@@ -1,7 +1,7 @@
 #include "core/log/date_format.h"
 
 #include "core/base/ascii.h"
-#include "core/base/or_empty.h"
+#include "core/base/c_text.h"
 
 #include <algorithm>
 #include <charconv>

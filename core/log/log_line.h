@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/base/bounded_text.h"
+#include "core/log/log_text.h"
 
 #include <cstddef>
 #include <cstdint>

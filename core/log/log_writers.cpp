@@ -1,7 +1,7 @@
 #include "core/log/log_writers.h"
 
-#include "core/base/bounded_text.h"
 #include "core/log/log.h"
+#include "core/log/log_text.h"
 
 #include <cstdarg>
 #include <string_view>
@@ -20,7 +20,7 @@ void WriteLog_G(const char* format, ...)
 {
     if (!logging::Shows(0))
         return;
-    BoundedText text;
+    LogText text;
     std::va_list arguments;
     va_start(arguments, format);
     const bool fits = text.appendFormatted(format, arguments);
@@ -32,7 +32,7 @@ void WriteErrorEx_G(const char* format, ...)
 {
     if (!logging::Shows(0))
         return;
-    BoundedText text;
+    LogText text;
     std::va_list arguments;
     va_start(arguments, format);
     const bool fits = text.append("ERROR: ") && text.appendFormatted(format, arguments);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/base/printf_format.h"
+#include "core/base/c_text.h"
 
 /// The two process-wide writers, for code that has no scoped logger of its own: everything below the logger, and fatal failures.
 /// Both write one line at depth 0 when logging is on, and cost one comparison when it is off.

@@ -6,6 +6,13 @@
 
 namespace ccrypto::platform {
 
+/// What ends a folder in a path of this system.
+extern const char pathSeparator;
+
+/// The folder of log files when the settings name none: "C:\" on Windows, "/var/log/" on POSIX, where an unprivileged process
+/// writes no file unless the settings name a folder.
+extern const char* const defaultLogDirectory;
+
 enum class FileMode {
     read,          ///< must exist
     write,         ///< created, or emptied when it exists
@@ -16,8 +23,8 @@ enum class FileMode {
     appendShared,  ///< as append; on POSIX a file that is created may be written by every user, whatever the umask is
 };
 
-/// A file of bytes. Names are UTF-8 and may be longer than 260 characters on Windows too. Failures leave LastError(). Pipes,
-/// sockets and folders are refused.
+/// A file of bytes. Names are UTF-8 and may be longer than 260 characters on Windows too; a null name is as an empty one.
+/// Failures leave LastError(). Pipes, sockets and folders are refused.
 class File {
 public:
     [[nodiscard]] bool open(const char* name, FileMode mode);

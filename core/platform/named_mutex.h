@@ -3,6 +3,7 @@
 #include "core/platform/system_handle.h"
 
 #include <cstdint>
+#include <string_view>
 
 namespace ccrypto::platform {
 
@@ -29,6 +30,11 @@ private:
         static Value none() { return nullptr; }
         static void close(Value value);
     };
+
+    static bool isUsable(std::string_view name)
+    {
+        return !name.empty() && name.size() <= 200 && name.find_first_of("/\\") == std::string_view::npos;
+    }
 
     ccrypto::SystemHandle<Kind> state_;
 };

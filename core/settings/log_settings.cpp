@@ -4,7 +4,7 @@
 #include "core/log/log_line.h"
 #include "core/log/log_writers.h"
 #include "core/platform/clock.h"
-#include "core/platform/log_place.h"
+#include "core/platform/file.h"
 #include "core/platform/process.h"
 #include "core/settings/settings_registry.h"
 

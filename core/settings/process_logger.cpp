@@ -1,7 +1,7 @@
 #include "core/settings/process_logger.h"
 
 #include "core/base/build_date.h"
-#include "core/base/or_empty.h"
+#include "core/base/c_text.h"
 #include "core/diagnostics/error_descriptions.h"
 #include "core/diagnostics/failure.h"
 #include "core/diagnostics/log_nesting.h"

@@ -1,6 +1,6 @@
 #include "core/settings/registry.h"
 
-#include "core/base/or_empty.h"
+#include "core/base/c_text.h"
 #include "core/diagnostics/auto_logger.h"
 
 #include <array>

@@ -1,6 +1,6 @@
 #include "core/settings/settings_registry.h"
 
-#include "core/base/or_empty.h"
+#include "core/base/c_text.h"
 #include "core/diagnostics/auto_logger.h"
 #include "core/settings/settings_registry_iterator.h"
 
@@ -25,7 +25,7 @@ CCryptoSettingsRegistry::CCryptoSettingsRegistry(const char* company, const char
     : path_(std::string_view(KeyPath(company, product, subPath)))
 {
     platform::RegistryKey key;
-    key.create(platform::RegistryHive::localMachine, path_.c_str(), true);
+    static_cast<void>(key.create(platform::RegistryHive::localMachine, path_.c_str(), true));
 }
 
 CCryptoSettingsRegistry::~CCryptoSettingsRegistry() = default;

@@ -1,6 +1,6 @@
 #include "crypto/bigint/limbs.h"
 
-#include "core/memory/wiped_array.h"
+#include "core/memory/wiped.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 #include "crypto/bigint/primality.h"
 
-#include "core/memory/wiped_array.h"
+#include "core/memory/wiped.h"
 
 #include <algorithm>
 #include <bit>

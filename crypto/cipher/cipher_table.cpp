@@ -1,5 +1,5 @@
 #include "core/base/algorithm.h"
-#include "core/base/any_case.h"
+#include "core/base/ascii.h"
 #include "core/diagnostics/auto_logger.h"
 #include "crypto/cipher/aes.h"
 #include "crypto/cipher/block_modes.h"

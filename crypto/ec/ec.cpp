@@ -1,7 +1,7 @@
 #include "crypto/ec/ec.h"
 
 #include "core/base/algorithm.h"
-#include "core/base/any_case.h"
+#include "core/base/ascii.h"
 #include "core/diagnostics/auto_logger.h"
 #include "crypto/base/constant_time.h"
 #include "crypto/ec/curve_arithmetic.h"

@@ -1,7 +1,6 @@
 #include "core/base/byte_order.h"
 #include "core/diagnostics/auto_logger.h"
 #include "core/memory/wiped.h"
-#include "core/memory/wiped_array.h"
 #include "crypto/hash/digest_chain.h"
 #include "crypto/kdf/key_derivation.h"
 #include "crypto/mac/hmac.h"

@@ -1,7 +1,7 @@
 #include "crypto/mac/hmac.h"
 
 #include "core/base/algorithm.h"
-#include "core/base/any_case.h"
+#include "core/base/ascii.h"
 #include "core/diagnostics/auto_logger.h"
 #include "core/memory/wiped.h"
 #include "crypto/mac/truncated_mac.h"

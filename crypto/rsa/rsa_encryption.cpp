@@ -1,6 +1,6 @@
 #include "core/base/algorithm.h"
 #include "core/diagnostics/auto_logger.h"
-#include "core/memory/wiped_array.h"
+#include "core/memory/wiped.h"
 #include "core/platform/secure_wipe.h"
 #include "crypto/base/constant_time.h"
 #include "crypto/hash/hash.h"

@@ -1,5 +1,5 @@
 #include "core/diagnostics/auto_logger.h"
-#include "core/memory/wiped_array.h"
+#include "core/memory/wiped.h"
 #include "crypto/base/constant_time.h"
 #include "crypto/bigint/primality.h"
 #include "crypto/rsa/rsa.h"

@@ -1,5 +1,6 @@
 #include "core/platform/file.h"
 
+#include "core/base/c_text.h"
 #include "core/platform/posix/owned_descriptor.h"
 
 #include <errno.h>
@@ -9,6 +10,9 @@
 #include <unistd.h>
 
 namespace ccrypto::platform {
+
+const char pathSeparator = '/';
+const char* const defaultLogDirectory = "/var/log/";
 
 namespace {
 
@@ -75,11 +79,7 @@ void File::Kind::close(Value value)
 bool File::open(const char* name, FileMode mode)
 {
     close();
-    if (name == nullptr) {
-        errno = EINVAL;
-        return false;
-    }
-    OwnedDescriptor file(Open(name, mode));
+    OwnedDescriptor file(Open(OrEmpty(name), mode));
     if (!file)
         return false;
     if (const int reason = RefusalOf(file.get()); reason != 0) {
@@ -144,20 +144,12 @@ bool File::truncate(std::uint64_t size)
 
 bool File::Remove(const char* name)
 {
-    if (name == nullptr) {
-        errno = EINVAL;
-        return false;
-    }
-    return unlink(name) == 0;
+    return unlink(OrEmpty(name)) == 0;
 }
 
 bool File::Replace(const char* from, const char* to)
 {
-    if (from == nullptr || to == nullptr) {
-        errno = EINVAL;
-        return false;
-    }
-    return ::rename(from, to) == 0;
+    return ::rename(OrEmpty(from), OrEmpty(to)) == 0;
 }
 
 } // namespace ccrypto::platform

@@ -1,5 +1,6 @@
 #include "core/platform/named_mutex.h"
 
+#include "core/base/c_text.h"
 #include "core/platform/clock.h"
 #include "core/platform/posix/owned_descriptor.h"
 #include "core/platform/process.h"
@@ -14,7 +15,6 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cstring>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -78,14 +78,6 @@ MutexState::~MutexState()
     while (*link != this)
         link = &(*link)->next;
     *link = next;
-}
-
-bool IsUsableName(const char* name)
-{
-    if (name == nullptr)
-        return false;
-    const std::size_t length = std::strlen(name);
-    return length >= 1 && length <= 200 && std::strpbrk(name, "/\\") == nullptr;
 }
 
 // Not TMPDIR: users whose variables differ would not meet. A planted link is not followed, a planted pipe does not block.
@@ -168,7 +160,7 @@ void NamedMutex::Kind::close(Value value)
 bool NamedMutex::open(const char* name)
 {
     close();
-    if (!IsUsableName(name)) {
+    if (!isUsable(OrEmpty(name))) {
         errno = EINVAL;
         return false;
     }

@@ -1,5 +1,6 @@
 #include "core/platform/posix/registry_names.h"
 
+#include "core/base/ascii.h"
 #include "core/platform/posix/owned_descriptor.h"
 
 #include <dirent.h>
@@ -18,15 +19,10 @@ struct DirectoryKind {
     static void close(Value value) { closedir(value); }
 };
 
-char ToLower(char character)
-{
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-}
-
 std::string Folded(std::string_view name)
 {
     std::string folded(name);
-    std::ranges::transform(folded, folded.begin(), ToLower);
+    std::ranges::transform(folded, folded.begin(), ToSmall);
     return folded;
 }
 
@@ -80,11 +76,6 @@ std::string ValueFileName(const char* name)
     return IsUsableName(name) ? name : std::string();
 }
 
-bool EqualWithoutCase(std::string_view first, std::string_view second)
-{
-    return std::ranges::equal(first, second, {}, ToLower, ToLower);
-}
-
 bool ComesBefore(const std::string& first, const std::string& second)
 {
     const std::string foldedFirst = Folded(first);
@@ -99,7 +90,7 @@ std::string FindEntry(int directory, const std::string& name)
         return name;
     std::string found;
     ForEachEntry(directory, [&](std::string_view entry) {
-        if (EqualWithoutCase(entry, name) && (found.empty() || entry < found))
+        if (SameInAnyCase(entry, name) && (found.empty() || entry < found))
             found = entry;
     });
     return found.empty() ? name : found;

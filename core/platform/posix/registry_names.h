@@ -17,10 +17,7 @@ bool IsUsableName(std::string_view name);
 /// The file of a value; an empty or null name is the key's unnamed value. Empty when the name is not usable.
 std::string ValueFileName(const char* name);
 
-/// Equal without regard to the case of ASCII letters.
-bool EqualWithoutCase(std::string_view first, std::string_view second);
-
-/// Orders names as EqualWithoutCase compares them, equal ones by their bytes.
+/// Orders names without regard to the case of ASCII letters, equal ones by their bytes.
 bool ComesBefore(const std::string& first, const std::string& second);
 
 /// The entry of the open folder `directory` that is called `name`: the one of exactly that spelling, else the first that differs in

@@ -1,10 +1,14 @@
 #include "core/platform/file.h"
 
+#include "core/base/c_text.h"
 #include "core/platform/win32/wide.h"
 
 #include <windows.h>
 
 namespace ccrypto::platform {
+
+const char pathSeparator = '\\';
+const char* const defaultLogDirectory = "C:\\";
 
 namespace {
 
@@ -37,7 +41,7 @@ ModeFlags FlagsOf(FileMode mode)
 /// The name as system calls take it: absolute and after "\\?\" when it is too long for them otherwise.
 std::wstring SystemName(const char* name)
 {
-    std::wstring wide = Utf8ToWide(name);
+    std::wstring wide = Utf8ToWide(OrEmpty(name));
     if (wide.starts_with(L"\\\\?\\") || wide.starts_with(L"\\\\.\\"))
         return wide;
     const DWORD needed = GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr);
@@ -108,10 +112,6 @@ void File::Kind::close(Value value)
 bool File::open(const char* name, FileMode mode)
 {
     close();
-    if (name == nullptr) {
-        SetLastError(ERROR_INVALID_NAME);
-        return false;
-    }
     const ModeFlags flags = FlagsOf(mode);
     const HANDLE file = CreateFileW(SystemName(name).c_str(), flags.access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                     nullptr, flags.disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -169,19 +169,11 @@ bool File::truncate(std::uint64_t size)
 
 bool File::Remove(const char* name)
 {
-    if (name == nullptr) {
-        SetLastError(ERROR_INVALID_NAME);
-        return false;
-    }
     return DeleteFileW(SystemName(name).c_str()) != FALSE;
 }
 
 bool File::Replace(const char* from, const char* to)
 {
-    if (from == nullptr || to == nullptr) {
-        SetLastError(ERROR_INVALID_NAME);
-        return false;
-    }
     return MoveFileExW(SystemName(from).c_str(), SystemName(to).c_str(), MOVEFILE_REPLACE_EXISTING) != FALSE;
 }
 

@@ -1,23 +1,15 @@
 #include "core/platform/named_mutex.h"
 
+#include "core/base/c_text.h"
 #include "core/platform/win32/wide.h"
 
 #include <windows.h>
 
 #include <array>
-#include <cstring>
 
 namespace ccrypto::platform {
 
 namespace {
-
-bool IsUsableName(const char* name)
-{
-    if (name == nullptr)
-        return false;
-    const std::size_t length = std::strlen(name);
-    return length >= 1 && length <= 200 && std::strpbrk(name, "/\\") == nullptr;
-}
 
 /// A descriptor that lets everyone wait for the object and no one do more.
 class EveryoneMayWait {
@@ -56,7 +48,7 @@ void NamedMutex::Kind::close(Value value)
 bool NamedMutex::open(const char* name)
 {
     close();
-    if (!IsUsableName(name)) {
+    if (!isUsable(OrEmpty(name))) {
         SetLastError(ERROR_INVALID_NAME);
         return false;
     }

@@ -2,7 +2,7 @@
 #include "core/log/log.h"
 #include "core/log/log_writers.h"
 #include "core/platform/clock.h"
-#include "core/platform/log_place.h"
+#include "core/platform/file.h"
 #include "core/platform/process.h"
 #include "core/settings/log_settings.h"
 #include "core/settings/process_logger.h"
@@ -172,8 +172,8 @@ TEST_F(ProcessLogger, PrefersTheInstalledSettings)
 {
     Set("debugLevel", "0");
     CCryptoSettings settings(std::make_unique<CCryptoSettingsRegistry>("Company", "Other", nullptr));
-    CCryptoSettings::Instance()->SetValue(element("debugLevel"), element("1"));
-    CCryptoSettings::Instance()->SetValue(element("debugDir"), element(directory().c_str()));
+    ASSERT_TRUE(CCryptoSettings::Instance()->SetValue(element("debugLevel"), element("1")));
+    ASSERT_TRUE(CCryptoSettings::Instance()->SetValue(element("debugDir"), element(directory().c_str())));
     const CCryptoProcessLogger process(nullptr, product, tag);
     EXPECT_EQ(files(), (Names{DatedName("")}));
 }

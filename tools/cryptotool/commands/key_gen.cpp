@@ -1,4 +1,4 @@
-#include "core/base/any_case.h"
+#include "core/base/ascii.h"
 #include "pki/keys/ec_key_pair.h"
 #include "pki/keys/eddsa_key_pair.h"
 #include "pki/keys/rsa_key_pair.h"

@@ -1,6 +1,6 @@
 #include "tools/cryptotool/keys/key_output.h"
 
-#include "core/base/any_case.h"
+#include "core/base/ascii.h"
 #include "crypto/ec/ec.h"
 #include "tools/cryptotool/cli/reason.h"
 

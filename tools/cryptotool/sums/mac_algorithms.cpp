@@ -1,7 +1,7 @@
 #include "tools/cryptotool/sums/mac_algorithms.h"
 
 #include "core/base/algorithm.h"
-#include "core/base/any_case.h"
+#include "core/base/ascii.h"
 #include "crypto/mac/cmac.h"
 #include "crypto/mac/hmac.h"
 

@@ -1,5 +1,5 @@
 #include "core/memory/byte_vector.h"
-#include "core/memory/wiped_array.h"
+#include "core/memory/wiped.h"
 #include "core/text/element.h"
 #include "core/text/string.h"
 

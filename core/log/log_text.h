@@ -9,14 +9,14 @@ namespace ccrypto {
 /// Bytes of one text of the log, terminator included. A longer text is not cut: its writer puts a fixed text in its place.
 constexpr std::size_t logTextLimit = 1024;
 
-/// A text of at most logTextLimit bytes built from pieces, in storage of its own, so that threads never share a buffer.
-class BoundedText {
+/// A text of the log built from pieces, in storage of its own, so that threads never share a buffer.
+class LogText {
 public:
-    BoundedText() { bytes_[0] = '\0'; }
+    LogText() { bytes_[0] = '\0'; }
 
     /// \return false, the text unchanged, when the piece does not fit or cannot be formatted.
     bool append(std::string_view piece);
-    bool appendFormatted(const char* format, std::va_list arguments);
+    [[nodiscard]] bool appendFormatted(const char* format, std::va_list arguments);
 
     const char* c_str() const { return bytes_; }
     std::string_view view() const { return {bytes_, length_}; }

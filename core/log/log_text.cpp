@@ -1,11 +1,11 @@
-#include "core/base/bounded_text.h"
+#include "core/log/log_text.h"
 
 #include <cstdio>
 #include <cstring>
 
 namespace ccrypto {
 
-bool BoundedText::append(std::string_view piece)
+bool LogText::append(std::string_view piece)
 {
     if (piece.size() >= sizeof bytes_ - length_)
         return false;
@@ -15,7 +15,7 @@ bool BoundedText::append(std::string_view piece)
     return true;
 }
 
-bool BoundedText::appendFormatted(const char* format, std::va_list arguments)
+bool LogText::appendFormatted(const char* format, std::va_list arguments)
 {
     const std::size_t room = sizeof bytes_ - length_;
     const int needed = std::vsnprintf(bytes_ + length_, room, format, arguments);

@@ -9,7 +9,7 @@ void SecureWipe(void* bytes, std::size_t count)
     if (count == 0)
         return;
     std::memset(bytes, 0, count);
-    // The compiler must take the zeros as read. SecureZeroMemory makes sure of the same, one byte at a time.
+    // The compiler must take the zeros as read.
     asm volatile("" : : "r"(bytes) : "memory");
 }
 

@@ -6,3 +6,13 @@
 #else
 #define CORE_PRINTF_FORMAT(formatPosition, firstArgument) __attribute__((format(gnu_printf, formatPosition, firstArgument)))
 #endif
+
+namespace ccrypto {
+
+/// A terminated text that may be missing: a null pointer becomes the empty text.
+constexpr const char* OrEmpty(const char* text)
+{
+    return text != nullptr ? text : "";
+}
+
+} // namespace ccrypto
