@@ -30,10 +30,8 @@ void AppendLine(const char* path, std::string_view line, bool guarded)
     const std::int64_t end = file.size();
     if (file.append(line.data(), static_cast<std::uint32_t>(line.size())) || end < 0 || !guarded)
         return;
-    // A full disk takes a part of the line, to which the next would be glued. A file opened to append cannot be cut on Windows.
-    platform::File cut;
-    if (cut.open(path, platform::FileMode::readWrite))
-        cut.truncate(static_cast<std::uint64_t>(end));
+    // A full disk takes a part of the line, to which the next would be glued. Where the part cannot be removed, it stays.
+    static_cast<void>(file.truncate(static_cast<std::uint64_t>(end)));
 }
 
 } // namespace
@@ -49,7 +47,7 @@ void LogOutput::openMutex()
 {
     const std::lock_guard guard(opening_);
     if (!mutex_.isOpen())
-        mutex_.open(("AutoLogger_" + settings_.tag).c_str());
+        static_cast<void>(mutex_.open(("AutoLogger_" + settings_.tag).c_str()));
 }
 
 void LogOutput::deliver(LogLine& line)

@@ -1,13 +1,18 @@
 #include "core/platform/file.h"
 
 #include "core/base/c_text.h"
+#include "core/platform/clock.h"
 #include "core/platform/posix/owned_descriptor.h"
 
 #include <errno.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <stdio.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <algorithm>
 
 namespace ccrypto::platform {
 
@@ -36,12 +41,14 @@ int FlagsOf(FileMode mode)
 }
 
 /// 0, or why an open file cannot be used.
-int RefusalOf(int file)
+int RefusalOf(int file, FileMode mode)
 {
     struct stat status = {};
     if (fstat(file, &status) != 0)
         return errno;
-    if (S_ISREG(status.st_mode) || S_ISCHR(status.st_mode))
+    if (mode == FileMode::appendShared && S_ISREG(status.st_mode) && status.st_nlink > 1)
+        return EMLINK;
+    if (S_ISREG(status.st_mode) || S_ISCHR(status.st_mode) || (mode == FileMode::read && S_ISFIFO(status.st_mode)))
         return 0;
     return S_ISDIR(status.st_mode) ? EISDIR : ESPIPE;
 }
@@ -54,14 +61,70 @@ int Open(const char* name, FileMode mode)
         return ::open(name, flags, mode == FileMode::createPrivate ? 0600 : 0666);
 
     // Linux refuses O_CREAT for a file that another user made in a folder such as /tmp, so a file that is there is opened without.
-    const int existing = ::open(name, flags & ~O_CREAT);
+    const int present = (flags & ~O_CREAT) | O_NOFOLLOW;
+    const int existing = ::open(name, present);
     if (existing >= 0 || errno != ENOENT)
         return existing;
     const int created = ::open(name, flags | O_EXCL, 0666);
     if (created < 0)
-        return errno == EEXIST ? ::open(name, flags & ~O_CREAT) : created;
+        return errno == EEXIST ? ::open(name, present) : created;
     fchmod(created, 0666);
     return created;
+}
+
+bool IsPipe(int file)
+{
+    struct stat status = {};
+    return fstat(file, &status) == 0 && S_ISFIFO(status.st_mode);
+}
+
+/// Waits until the pipe can be read or has ended.
+bool AwaitPipe(int pipe, std::int64_t deadline)
+{
+    const std::int64_t left = std::max<std::int64_t>(deadline - MonotonicMilliseconds(), 0);
+    pollfd wanted = {.fd = pipe, .events = POLLIN, .revents = 0};
+    const int ready = poll(&wanted, 1, static_cast<int>(left));
+    if (ready == 0)
+        errno = ETIMEDOUT;
+    return ready > 0 || (ready < 0 && errno == EINTR);
+}
+
+/// Whether a pipe that gives no bytes ever had a writer.
+bool HadWriter(int pipe)
+{
+    pollfd asked = {.fd = pipe, .events = POLLIN, .revents = 0};
+    return poll(&asked, 1, 0) > 0 && (asked.revents & POLLHUP) != 0;
+}
+
+/// All that is written to the pipe, in a file of memory alone, which has a size and can be read at any
+/// position, but not written. Empty, with the
+/// reason in errno, when nobody writes to the pipe or it exceeds the limits that the header gives.
+OwnedDescriptor ContentOfPipe(int pipe)
+{
+    constexpr std::int64_t maxBytes = 64 << 20;
+    constexpr std::int64_t maxMilliseconds = 60'000;
+    const std::int64_t deadline = MonotonicMilliseconds() + maxMilliseconds;
+    OwnedDescriptor content(memfd_create("pipe", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+    if (!content)
+        return content;
+    int reason = 0;
+    for (std::int64_t total = 0; reason == 0;) {
+        // Moved inside the kernel, so that no secret stays in a buffer here.
+        const ssize_t count = splice(pipe, nullptr, content.get(), nullptr, 1 << 20, SPLICE_F_NONBLOCK);
+        if (count == 0 && (total != 0 || HadWriter(pipe))) {
+            fcntl(content.get(), F_ADD_SEALS, F_SEAL_WRITE | F_SEAL_SHRINK | F_SEAL_GROW);
+            return content;
+        }
+        if (count == 0)
+            reason = ENXIO;
+        else if (count < 0 && errno != EINTR && (errno != EAGAIN || !AwaitPipe(pipe, deadline)))
+            reason = errno;
+        else if (count > 0 && (total += count) > maxBytes)
+            reason = EFBIG;
+    }
+    content.reset();
+    errno = reason;
+    return content;
 }
 
 int Descriptor(std::intptr_t handle)
@@ -82,11 +145,15 @@ bool File::open(const char* name, FileMode mode)
     OwnedDescriptor file(Open(OrEmpty(name), mode));
     if (!file)
         return false;
-    if (const int reason = RefusalOf(file.get()); reason != 0) {
+    if (const int reason = RefusalOf(file.get(), mode); reason != 0) {
         file.reset();
         errno = reason;
         return false;
     }
+    if (IsPipe(file.get()))
+        file = ContentOfPipe(file.get());
+    if (!file)
+        return false;
     fcntl(file.get(), F_SETFL, fcntl(file.get(), F_GETFL) & ~O_NONBLOCK);
     handle_.reset(file.release());
     return true;

@@ -1,6 +1,7 @@
 #include "core/platform/file.h"
 
 #include "core/base/c_text.h"
+#include "core/platform/win32/scoped_handle.h"
 #include "core/platform/win32/wide.h"
 
 #include <windows.h>
@@ -164,7 +165,14 @@ std::int64_t File::size() const
 
 bool File::truncate(std::uint64_t size)
 {
-    return Truncate(HandleOf(handle_.get()), size);
+    if (Truncate(HandleOf(handle_.get()), size))
+        return true;
+    if (GetLastError() != ERROR_ACCESS_DENIED)
+        return false;
+    // A file opened to append: the right to truncate comes with the right to write, which would let writes go anywhere.
+    const ScopedHandle writable(
+        ReOpenFile(HandleOf(handle_.get()), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, 0));
+    return writable && Truncate(writable.get(), size);
 }
 
 bool File::Remove(const char* name)

@@ -131,6 +131,21 @@ TEST(File, ReadsAndWritesAtPositions)
     EXPECT_EQ(bytes[0], 'x');
 }
 
+TEST(File, IsTruncatedInEveryModeThatWrites)
+{
+    for (const FileMode mode : {FileMode::append, FileMode::appendShared, FileMode::readWrite}) {
+        SCOPED_TRACE(static_cast<int>(mode));
+        const TemporaryDirectory directory;
+        const std::string name = directory / u8"file";
+        ASSERT_TRUE(Put(name, FileMode::write, "12345"));
+        File file;
+        ASSERT_TRUE(file.open(name.c_str(), mode));
+        EXPECT_TRUE(file.truncate(2));
+        EXPECT_TRUE(file.append("x", 1));
+        EXPECT_EQ(Get(name), "12x");
+    }
+}
+
 TEST(File, FailuresSayWhy)
 {
     const TemporaryDirectory directory;

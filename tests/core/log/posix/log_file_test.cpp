@@ -1,10 +1,12 @@
 #include "core/log/log_writers.h"
+#include "core/platform/file.h"
 #include "tests/support/collected_log.h"
 #include "tests/support/temporary_directory.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
@@ -56,6 +58,32 @@ TEST(LogFile, HoldsWholeLinesAloneOnAFullDisk)
     }
     WriteLog_G("after");
     EXPECT_EQ(TextsOfFile(path, CollectedLog::tag), (std::vector<std::string>{"before", "after"}));
+}
+
+TEST(LogFile, IsNotALinkThatSomebodyPlanted)
+{
+    const TemporaryDirectory directory;
+    const std::string elsewhere = directory / u8"elsewhere";
+    const std::string path = directory / u8"planted.LOG";
+    for (const auto plant : {symlink, link}) {
+        ASSERT_TRUE(platform::File().open(elsewhere.c_str(), platform::FileMode::write));
+        ASSERT_EQ(plant(elsewhere.c_str(), path.c_str()), 0);
+        {
+            const CollectedLog log(1, path);
+            WriteLog_G("lost");
+        }
+        EXPECT_EQ(std::filesystem::file_size(elsewhere), 0U);
+        ASSERT_EQ(unlink(path.c_str()), 0);
+        // A link to nothing makes no file.
+        ASSERT_EQ(unlink(elsewhere.c_str()), 0);
+        ASSERT_EQ(symlink(elsewhere.c_str(), path.c_str()), 0);
+        {
+            const CollectedLog log(1, path);
+            WriteLog_G("lost");
+        }
+        EXPECT_FALSE(std::filesystem::exists(elsewhere));
+        ASSERT_EQ(unlink(path.c_str()), 0);
+    }
 }
 
 TEST(LogFile, MayBeWrittenByEveryUser)
