@@ -148,7 +148,8 @@ element FromStringNotation(std::string_view text, const elementNode* owner)
     if (HoldsNumber(owner) && SignedFromDecimal(text, value))
         return value;
     if (const KindName* const kind = MarkedKind(text)) {
-        BytesFromHex(text.substr(text.find('#') + 1), value);
+        // MarkedKind has seen that the digits make whole bytes.
+        static_cast<void>(BytesFromHex(text.substr(text.find('#') + 1), value));
         value.setType(kind->type);
         value.setNegative(kind->negative);
         return value;

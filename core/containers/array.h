@@ -54,7 +54,7 @@ public:
     }
 
     /// \return false, the array unchanged, when there is no memory.
-    bool append(T value)
+    [[nodiscard]] bool append(T value)
     {
         if (size_ == UINT32_MAX || !setSize(size_ + 1))
             return false;

@@ -36,7 +36,7 @@ public:
 private:
     friend class CCryptoCSLock;
 
-    bool enter(ccrypto::LockMode mode);
+    [[nodiscard]] bool enter(ccrypto::LockMode mode);
     void leave();
     bool makeReady();
     void reportOwner(const char* action) const;
@@ -51,7 +51,7 @@ private:
 class CCryptoCSLock {
 public:
     /// \param section may be null; the lock is then not held.
-    explicit CCryptoCSLock(CCryptoCS* section, ccrypto::LockMode mode = ccrypto::LockMode::blocking);
+    [[nodiscard]] explicit CCryptoCSLock(CCryptoCS* section, ccrypto::LockMode mode = ccrypto::LockMode::blocking);
     ~CCryptoCSLock();
     CCryptoCSLock(const CCryptoCSLock&) = delete;
     CCryptoCSLock& operator=(const CCryptoCSLock&) = delete;

@@ -192,7 +192,7 @@ public:
     }
 
     /// Moves the first value to `value` and removes it. \return false, `value` untouched, when the list is empty.
-    bool takeFirst(T& value)
+    [[nodiscard]] bool takeFirst(T& value)
     {
         if (isEmpty())
             return false;

@@ -20,10 +20,10 @@ struct CalendarTime {
 };
 
 /// The present in the zone of this machine.
-CalendarTime LocalNow();
+[[nodiscard]] CalendarTime LocalNow();
 
 /// Milliseconds of a clock that never goes backwards; its start has no meaning.
-std::int64_t MonotonicMilliseconds();
+[[nodiscard]] std::int64_t MonotonicMilliseconds();
 
 /// Seconds since 1970-01-01 00:00:00 UTC of a local calendar time, daylight saving found out by the system; milliseconds are left
 /// out. A year that the system cannot convert is taken for one within its reach that is a multiple of 400 years away.
@@ -31,8 +31,8 @@ std::int64_t MonotonicMilliseconds();
 [[nodiscard]] bool LocalToUnixSeconds(const CalendarTime& local, std::int64_t& seconds);
 
 /// The two ways back; `millisecond` of the result is 0. \return false for a year beyond 32 bits.
-bool UnixSecondsToLocal(std::int64_t seconds, CalendarTime& local);
-bool UnixSecondsToUtc(std::int64_t seconds, CalendarTime& utc);
+[[nodiscard]] bool UnixSecondsToLocal(std::int64_t seconds, CalendarTime& local);
+[[nodiscard]] bool UnixSecondsToUtc(std::int64_t seconds, CalendarTime& utc);
 
 /// Ends the calling thread's time slice for at least `milliseconds`.
 void SleepMilliseconds(std::uint32_t milliseconds);

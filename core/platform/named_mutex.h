@@ -15,7 +15,7 @@ public:
     /// Opens the mutex of that name, or creates it, not owned and open to everyone. `name` has 1 to 200 bytes and
     /// holds neither "/" nor "\".
     /// \return false when neither is possible; LastError() says why.
-    bool open(const char* name);
+    [[nodiscard]] bool open(const char* name);
     bool isOpen() const { return static_cast<bool>(state_); }
     void close() { state_.reset(); }
 

@@ -15,10 +15,10 @@ std::uint32_t LastError();
 void SetLastError(std::uint32_t code);
 
 /// The system's own text for `code` in the default language, line end included where the system adds one; empty when it has none.
-std::string SystemErrorText(std::uint32_t code);
+[[nodiscard]] std::string SystemErrorText(std::uint32_t code);
 
 /// The path of the executable that hosts the library. \return false with `error` set to the system's code when it is not known.
-bool HostExecutablePath(std::string& path, std::uint32_t& error);
+[[nodiscard]] bool HostExecutablePath(std::string& path, std::uint32_t& error);
 
 /// Empty when the system does not know.
 std::string CurrentDirectory();

@@ -34,19 +34,19 @@ constexpr std::uint32_t registryNoMoreItems = 259;
 class RegistryKey {
 public:
     /// Opens the key; one held so far is closed, even when this fails.
-    std::uint32_t open(RegistryHive hive, const char* path, RegistryAccess access);
-    std::uint32_t openBelow(const RegistryKey& parent, const char* path, RegistryAccess access);
+    [[nodiscard]] std::uint32_t open(RegistryHive hive, const char* path, RegistryAccess access);
+    [[nodiscard]] std::uint32_t openBelow(const RegistryKey& parent, const char* path, RegistryAccess access);
     /// Creates the key when missing; a volatile key does not survive a restart (on POSIX it does, empty). Opened for writing.
-    std::uint32_t create(RegistryHive hive, const char* path, bool isVolatile);
+    [[nodiscard]] std::uint32_t create(RegistryHive hive, const char* path, bool isVolatile);
 
     /// Reads the value `name` into `buffer` of `size` bytes; `size` becomes the number of bytes read, `isText` becomes true for a
     /// REG_SZ. A terminator stored with the text needs space in the buffer but is not counted. An empty or null name is the key's
     /// unnamed value. A value that does not fit gives registryMoreData, the size it needs, and leaves the buffer undefined.
-    std::uint32_t queryValue(const char* name, void* buffer, std::uint32_t& size, bool& isText) const;
+    [[nodiscard]] std::uint32_t queryValue(const char* name, void* buffer, std::uint32_t& size, bool& isText) const;
     /// Writes `length` bytes as a REG_SZ.
-    std::uint32_t setText(const char* name, const char* text, std::uint32_t length);
+    [[nodiscard]] std::uint32_t setText(const char* name, const char* text, std::uint32_t length);
     /// The name of the sub-key at `index`, terminated within `size` bytes; registryNoMoreItems past the last.
-    std::uint32_t enumerate(std::uint32_t index, char* name, std::uint32_t size) const;
+    [[nodiscard]] std::uint32_t enumerate(std::uint32_t index, char* name, std::uint32_t size) const;
 
     bool isOpen() const { return static_cast<bool>(handle_); }
     void close() { handle_.reset(); }

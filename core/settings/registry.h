@@ -13,11 +13,11 @@ public:
     /// the zero byte is an error, "Value is longer than %u bytes" and the system's text for ERROR_MORE_DATA.
     /// \param size the size of `buffer`; becomes the number of bytes read, as stored.
     /// \return true when found. A missing value is an error with `reportMissing` alone.
-    static bool getRegValue(const char* path, const char* name, char* buffer, std::uint32_t& size, bool reportMissing,
-                            bool userFirst);
+    [[nodiscard]] static bool getRegValue(const char* path, const char* name, char* buffer, std::uint32_t& size, bool reportMissing,
+                                          bool userFirst);
 
     /// Writes a text value of the key `path` of the machine's hive; the key is created when missing.
-    static bool setRegValue(const char* path, const char* name, std::string_view value);
+    [[nodiscard]] static bool setRegValue(const char* path, const char* name, std::string_view value);
 
 protected:
     struct Answer {
@@ -26,5 +26,6 @@ protected:
     };
 
     /// Reads one value as getRegValue does; on failure the buffer is all zeros.
-    static Answer QueryTerminated(const ccrypto::platform::RegistryKey& key, const char* name, char* buffer, std::uint32_t& size);
+    [[nodiscard]] static Answer QueryTerminated(const ccrypto::platform::RegistryKey& key, const char* name, char* buffer,
+                                                std::uint32_t& size);
 };

@@ -22,17 +22,17 @@ public:
     virtual void Reload() = 0;
     /// Integers are stored as decimal text of at most 20 bytes. \return true when found; text that is not a number gives 0 and
     /// still counts as found; a negative number gives its two's complement. `value` is untouched when nothing was found.
-    virtual bool GetInteger(const char* name, std::uint32_t& value, std::uint32_t flags) = 0;
+    [[nodiscard]] virtual bool GetInteger(const char* name, std::uint32_t& value, std::uint32_t flags) = 0;
     /// At most 255 bytes; empty when missing or longer.
-    virtual element GetString(const char* name) = 0;
+    [[nodiscard]] virtual element GetString(const char* name) = 0;
     /// Copies the value to `buffer` of `size` bytes, zero-terminated. \return true when found; a value that does not fit is not.
-    virtual bool GetValue(const char* name, char* buffer, std::uint32_t size, std::uint32_t flags) = 0;
+    [[nodiscard]] virtual bool GetValue(const char* name, char* buffer, std::uint32_t size, std::uint32_t flags) = 0;
     /// At most 260 bytes, a path; empty when missing or longer.
-    virtual element GetLongString(const char* name) = 0;
-    virtual std::uint32_t GetIntegerOrDefault(const char* name, std::uint32_t defaultValue) = 0;
-    virtual bool SetValue(const element& name, const element& value) = 0;
+    [[nodiscard]] virtual element GetLongString(const char* name) = 0;
+    [[nodiscard]] virtual std::uint32_t GetIntegerOrDefault(const char* name, std::uint32_t defaultValue) = 0;
+    [[nodiscard]] virtual bool SetValue(const element& name, const element& value) = 0;
     /// The items of a group, each of them settings of its own; null when there is no such group.
-    virtual std::unique_ptr<ICryptoSettingsGroupIterator> Group(const char* name) = 0;
+    [[nodiscard]] virtual std::unique_ptr<ICryptoSettingsGroupIterator> Group(const char* name) = 0;
     virtual ~ICryptoSettings() = default;
 };
 
@@ -41,7 +41,7 @@ public:
 class ICryptoSettingsGroupIterator : public ICryptoSettings {
 public:
     /// Moves to the next item and writes its name to `name` of `size` bytes. \return false when no item remains.
-    virtual bool GetNext(char* name, std::uint32_t size) = 0;
+    [[nodiscard]] virtual bool GetNext(char* name, std::uint32_t size) = 0;
 };
 
 /// Owns the one settings instance of the process while it lives. It is installed before other threads read and destroyed after
@@ -56,17 +56,17 @@ public:
     CCryptoSettings& operator=(const CCryptoSettings&) = delete;
 
     /// Null, logged as "CCryptoSettings::Instance is not set", when none is installed.
-    static ICryptoSettings* Instance();
+    [[nodiscard]] static ICryptoSettings* Instance();
     /// Instance without the complaint, for code that can do without.
-    static ICryptoSettings* InstanceOrNull();
+    [[nodiscard]] static ICryptoSettings* InstanceOrNull();
     /// The name of this computer, at most 255 bytes.
-    static CCryptoString ComputerName();
+    [[nodiscard]] static CCryptoString ComputerName();
 };
 
 namespace ccrypto {
 
 /// The number at the beginning of `text` as `atoi` reads it: blanks, a sign, decimal digits; 0 when there are none. Numbers beyond
 /// 32 bits give the nearest one within.
-std::int32_t IntegerOfText(std::string_view text);
+[[nodiscard]] std::int32_t IntegerOfText(std::string_view text);
 
 } // namespace ccrypto

@@ -18,13 +18,13 @@ public:
     ~CCryptoSettingsRegistry() override;
 
     void Reload() override;
-    bool GetInteger(const char* name, std::uint32_t& value, std::uint32_t flags) override;
-    element GetString(const char* name) override;
-    bool GetValue(const char* name, char* buffer, std::uint32_t size, std::uint32_t flags) override;
-    element GetLongString(const char* name) override;
-    std::uint32_t GetIntegerOrDefault(const char* name, std::uint32_t defaultValue) override;
-    bool SetValue(const element& name, const element& value) override;
-    std::unique_ptr<ICryptoSettingsGroupIterator> Group(const char* name) override;
+    [[nodiscard]] bool GetInteger(const char* name, std::uint32_t& value, std::uint32_t flags) override;
+    [[nodiscard]] element GetString(const char* name) override;
+    [[nodiscard]] bool GetValue(const char* name, char* buffer, std::uint32_t size, std::uint32_t flags) override;
+    [[nodiscard]] element GetLongString(const char* name) override;
+    [[nodiscard]] std::uint32_t GetIntegerOrDefault(const char* name, std::uint32_t defaultValue) override;
+    [[nodiscard]] bool SetValue(const element& name, const element& value) override;
+    [[nodiscard]] std::unique_ptr<ICryptoSettingsGroupIterator> Group(const char* name) override;
 
     /// The key below the hive.
     const char* path() const { return path_.c_str(); }

@@ -14,23 +14,24 @@ public:
     ~CCryptoSettingsRegistryIter() override;
 
     /// \return an iterator whose key is open, or null.
-    static std::unique_ptr<CCryptoSettingsRegistryIter> Open(const char* group, const ccrypto::platform::RegistryKey& parent);
+    [[nodiscard]] static std::unique_ptr<CCryptoSettingsRegistryIter> Open(const char* group,
+                                                                           const ccrypto::platform::RegistryKey& parent);
 
     /// Whether the group's key could be opened.
     bool isOpen() const { return group_.isOpen(); }
 
     void Reload() override;
-    bool GetInteger(const char* name, std::uint32_t& value, std::uint32_t flags) override;
-    element GetString(const char* name) override;
-    bool GetValue(const char* name, char* buffer, std::uint32_t size, std::uint32_t flags) override;
-    element GetLongString(const char* name) override;
-    std::uint32_t GetIntegerOrDefault(const char* name, std::uint32_t defaultValue) override;
+    [[nodiscard]] bool GetInteger(const char* name, std::uint32_t& value, std::uint32_t flags) override;
+    [[nodiscard]] element GetString(const char* name) override;
+    [[nodiscard]] bool GetValue(const char* name, char* buffer, std::uint32_t size, std::uint32_t flags) override;
+    [[nodiscard]] element GetLongString(const char* name) override;
+    [[nodiscard]] std::uint32_t GetIntegerOrDefault(const char* name, std::uint32_t defaultValue) override;
     /// Fails: "Function is not supported".
-    bool SetValue(const element& name, const element& value) override;
+    [[nodiscard]] bool SetValue(const element& name, const element& value) override;
     /// A group below this one.
-    std::unique_ptr<ICryptoSettingsGroupIterator> Group(const char* name) override;
+    [[nodiscard]] std::unique_ptr<ICryptoSettingsGroupIterator> Group(const char* name) override;
     /// Items whose name does not fit are skipped, logged. An item whose key cannot be opened is reached, but holds no values.
-    bool GetNext(char* name, std::uint32_t size) override;
+    [[nodiscard]] bool GetNext(char* name, std::uint32_t size) override;
 
 private:
     ccrypto::platform::RegistryKey group_;

@@ -34,14 +34,14 @@ public:
     std::uint32_t bitLength() const { return static_cast<std::uint32_t>(std::bit_width(codePoint_)); }
 
     /// \return false at end of data, and for bytes that are not a character; the position is then after the bytes looked at.
-    bool Read(CCryptoStream& stream, ccrypto::CharacterEncoding encoding);
+    [[nodiscard]] bool Read(CCryptoStream& stream, ccrypto::CharacterEncoding encoding);
     /// \return false, nothing written, when the encoding cannot hold the character. Latin-1 is the exception: a character beyond
     /// U+00FF is logged as an error, its low byte is written, and the result is true, since the whole encoding was appended.
     ///
     /// As UTF-16 a character beyond U+FFFF, and a surrogate from U+D801 on, is written as two units of which the first is formed
     /// without subtracting 0x10000, as in all the data that has been stored; such a pair reads back as another character. U+D800 is
     /// refused.
-    bool Write(CCryptoStream& stream, ccrypto::CharacterEncoding encoding) const;
+    [[nodiscard]] bool Write(CCryptoStream& stream, ccrypto::CharacterEncoding encoding) const;
 
     bool operator==(const CCryptoChar& other) const { return codePoint_ == other.codePoint_; }
     std::strong_ordering operator<=>(const CCryptoChar& other) const { return codePoint_ <=> other.codePoint_; }

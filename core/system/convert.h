@@ -18,9 +18,9 @@ public:
     /// \param target null to ask for the size that is needed, terminator included.
     /// \return the number of bytes written without the terminator; 0, reported on the debug channel, when `size`, or 32 bits, are
     /// too small.
-    static std::uint32_t html_encode(const char* source, char* target, std::uint32_t size, bool keepQuotes);
+    [[nodiscard]] static std::uint32_t html_encode(const char* source, char* target, std::uint32_t size, bool keepQuotes);
 
     /// The bytes that base64url text (RFC 4648, 5), with or without padding, encodes. A length that no bytes have is logged, and
     /// decoding goes on with the whole bytes that are there.
-    static element base64url_decode(const CCryptoString& text);
+    [[nodiscard]] static element base64url_decode(const CCryptoString& text);
 };

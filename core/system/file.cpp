@@ -69,7 +69,7 @@ bool MoveUp(platform::File& file, std::uint64_t from, std::uint64_t to, std::uin
 
 CCryptoFile::CCryptoFile(const CCryptoString& fileName, Mode mode)
 {
-    Open(fileName, mode);
+    static_cast<void>(Open(fileName, mode));
 }
 
 bool CCryptoFile::Open(const CCryptoString& fileName, Mode mode)

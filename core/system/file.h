@@ -26,7 +26,7 @@ public:
     CCryptoFile& operator=(CCryptoFile&& other) noexcept = default;
 
     /// A file held so far is closed first.
-    bool Open(const CCryptoString& fileName, Mode mode);
+    [[nodiscard]] bool Open(const CCryptoString& fileName, Mode mode);
     void Close();
     bool isOpen() const { return file_.isOpen(); }
 
@@ -42,8 +42,8 @@ public:
     [[nodiscard]] bool Erase(std::uint32_t index, std::uint32_t length);
 
     /// In bytes.
-    std::int64_t Size() const;
-    static std::int64_t Size(const CCryptoString& fileName);
+    [[nodiscard]] std::int64_t Size() const;
+    [[nodiscard]] static std::int64_t Size(const CCryptoString& fileName);
 
     /// The index after the last byte that was read or written; where bytes were erased, the index of the first that moved up.
     std::uint32_t CurrentPos() const { return position_; }

@@ -44,15 +44,15 @@ public:
     /// A character, a truth value or a number of another type is not converted: FromTruth, or a cast that says what is meant.
     explicit element(ccrypto::ArithmeticBut<std::uint32_t> auto number) = delete;
 
-    static element FromTruth(bool value);
+    [[nodiscard]] static element FromTruth(bool value);
     /// Text of UTF-8 bytes made from 16-bit units. A surrogate without its partner is kept as a sequence of its own, so that every
     /// Windows file name comes back unchanged from toUtf16.
-    static element FromUtf16(const char16_t* units, std::uint32_t count);
+    [[nodiscard]] static element FromUtf16(const char16_t* units, std::uint32_t count);
     /// The bytes that standard base64 text (RFC 4648, 4) stands for. White space is ignored.
     /// A last group without its padding is accepted; wrong padding is logged and changes nothing; a group cut inside a byte is
     /// logged and gives the whole bytes before the cut. \return empty, with a logged error, when another character stands in the
     /// text.
-    static element FromBase64(std::string_view text);
+    [[nodiscard]] static element FromBase64(std::string_view text);
 
     element(const element& other);
     element(element&& other) noexcept : type_(other.type_), negative_(other.negative_) { takeStorage(other); }
@@ -116,7 +116,7 @@ public:
 
     /// The value as people read it: text unchanged, a number in decimal (above 512 bytes in hexadecimal after "0x", a "-" first
     /// when it is negative), truth as "TRUE" or "FALSE", other bytes in lower-case hexadecimal, a token as it is written.
-    CCryptoString toString() const;
+    [[nodiscard]] CCryptoString toString() const;
     /// The last bytes of the value as a big-endian number; of text, its decimal number. An empty value is 0. What does not fit is
     /// cut off: exactWord32 and exactInt say so.
     std::uint32_t toWord32() const;
@@ -127,11 +127,11 @@ public:
     [[nodiscard]] std::optional<std::uint32_t> exactWord32() const;
     [[nodiscard]] std::optional<std::int32_t> exactInt() const;
     bool toTruth() const;
-    element toBase64() const;
+    [[nodiscard]] element toBase64() const;
     /// 16-bit units of the text in this machine's byte order with a zero unit after the last; the zero is not counted in the
     /// length. UTF-8 text is decoded, other text is taken as Latin-1. \return false, logged, and `units` empty when the text is not
     /// valid.
-    bool toUtf16(element& units) const;
+    [[nodiscard]] bool toUtf16(element& units) const;
 
     /// Same type, sign and bytes. Takes time that depends on the lengths alone.
     bool operator==(const element& other) const;

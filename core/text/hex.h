@@ -16,12 +16,12 @@ constexpr bool IsHexDigit(char character)
 }
 
 /// The byte of exactly two digits. \return false for anything else.
-bool HexByte(std::string_view digits, std::uint8_t& byte);
+[[nodiscard]] bool HexByte(std::string_view digits, std::uint8_t& byte);
 
 /// The bytes of an even number of digits. \return false, `bytes` empty, for anything else.
-bool BytesFromHex(std::string_view digits, element& bytes);
+[[nodiscard]] bool BytesFromHex(std::string_view digits, element& bytes);
 
 /// Two lower-case digits a byte.
-CCryptoString HexText(std::span<const std::uint8_t> bytes);
+[[nodiscard]] CCryptoString HexText(std::span<const std::uint8_t> bytes);
 
 } // namespace ccrypto

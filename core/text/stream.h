@@ -28,12 +28,12 @@ public:
     std::uint8_t ReadByte();
     /// The next `count` bytes, or all that remain when there are fewer. \return false when none remain, whatever
     /// `count` is.
-    bool Read(element& target, std::uint32_t count);
+    [[nodiscard]] bool Read(element& target, std::uint32_t count);
     /// Copies the next `count` bytes to `target`, which must hold that many. \return false when fewer remain.
-    bool ReadExactly(std::uint8_t* target, std::uint32_t count);
+    [[nodiscard]] bool ReadExactly(std::uint8_t* target, std::uint32_t count);
     /// The next 16-bit unit; `unit` is untouched when fewer than two bytes remain.
-    bool ReadWord16(std::uint16_t& unit);
-    bool ReadWord16LittleEndian(std::uint16_t& unit);
+    [[nodiscard]] bool ReadWord16(std::uint16_t& unit);
+    [[nodiscard]] bool ReadWord16LittleEndian(std::uint16_t& unit);
 
     void WriteByte(std::uint8_t byte);
     void Write(const void* bytes, std::uint32_t count);
@@ -45,9 +45,9 @@ public:
 
     /// The bytes up to a line feed or a carriage return, which is consumed with its complement where one follows that is not the
     /// last byte of the buffer. \return true when a terminator was seen or the line is not empty.
-    bool ReadLine(CCryptoString& line);
+    [[nodiscard]] bool ReadLine(CCryptoString& line);
     /// The line that ends just before the position, which moves to its start. \return false at the start of the buffer.
-    bool ReadPreviousLine(CCryptoString& line);
+    [[nodiscard]] bool ReadPreviousLine(CCryptoString& line);
 
     /// Position 0 and an empty buffer.
     void reset();

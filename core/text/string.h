@@ -50,8 +50,8 @@ public:
     }
 
     /// Text of 16-bit units, as Windows hands them out; a null pointer gives the empty string.
-    static CCryptoString FromUtf16(const char16_t* units, std::uint32_t count);
-    static CCryptoString FromUtf16(const char16_t* terminated);
+    [[nodiscard]] static CCryptoString FromUtf16(const char16_t* units, std::uint32_t count);
+    [[nodiscard]] static CCryptoString FromUtf16(const char16_t* terminated);
 
     CCryptoString(const CCryptoString& other);
     /// Leaves `other` empty.
@@ -87,7 +87,7 @@ public:
     /// Replaces every occurrence of `from`, left to right; what was put in is not searched again. An empty `from` changes nothing.
     void replaceAll(std::string_view from, std::string_view to);
     /// The next line of the stream, without its terminator. \return false at end of data; the string is then empty.
-    bool readLine(CCryptoStream& stream);
+    [[nodiscard]] bool readLine(CCryptoStream& stream);
 
     /// 16-bit units, zero-terminated. The pointer stays valid as long as the string lives, whatever is assigned to it: each text
     /// that was asked for is kept, once. \return null, logged, when the text is not valid.

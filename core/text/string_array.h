@@ -16,5 +16,5 @@ public:
     CCryptoStringArray(const CCryptoString& text, std::string_view separator, bool skipEmpty, bool trim);
 
     /// The strings with `separator` between them.
-    CCryptoString join(std::string_view separator) const;
+    [[nodiscard]] CCryptoString join(std::string_view separator) const;
 };

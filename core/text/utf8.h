@@ -47,7 +47,7 @@ std::uint32_t EncodeUtf8(std::uint32_t codePoint, std::uint8_t* bytes);
 bool EncodeUtf8(std::uint32_t codePoint, element& target);
 
 /// The first `most` bytes of `text`, or up to three fewer so that no character is cut.
-std::string_view Utf8Prefix(std::string_view text, std::size_t most);
+[[nodiscard]] std::string_view Utf8Prefix(std::string_view text, std::size_t most);
 
 /// How many bytes `units` take in UTF-8.
 std::uint64_t Utf8Length(std::u16string_view units);
@@ -57,6 +57,6 @@ void EncodeUtf8(std::u16string_view units, std::uint8_t* bytes);
 
 /// Reads the character at the start of `bytes`; overlong forms are accepted.
 /// \return the number of bytes it takes, 0 when they are no complete character.
-std::uint32_t DecodeUtf8(std::span<const std::uint8_t> bytes, std::uint32_t& codePoint);
+[[nodiscard]] std::uint32_t DecodeUtf8(std::span<const std::uint8_t> bytes, std::uint32_t& codePoint);
 
 } // namespace ccrypto

@@ -36,7 +36,7 @@ CalendarTime LocalNow()
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
     CalendarTime local;
-    UnixSecondsToLocal(now.tv_sec, local);
+    static_cast<void>(UnixSecondsToLocal(now.tv_sec, local));
     local.millisecond = static_cast<std::int32_t>(now.tv_nsec / 1000000);
     return local;
 }

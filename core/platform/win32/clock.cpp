@@ -38,7 +38,7 @@ CalendarTime LocalNow()
     const auto ticks = static_cast<std::int64_t>(std::uint64_t{now.dwHighDateTime} << 32 | now.dwLowDateTime);
     // By way of the runtime, as all conversions: where the variable TZ is set its zone is not the system's.
     CalendarTime local;
-    UnixSecondsToLocal(ticks / ticksPerSecond - secondsFrom1601To1970, local);
+    static_cast<void>(UnixSecondsToLocal(ticks / ticksPerSecond - secondsFrom1601To1970, local));
     local.millisecond = static_cast<std::int32_t>(ticks % ticksPerSecond / 10'000);
     return local;
 }

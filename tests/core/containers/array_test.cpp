@@ -116,8 +116,7 @@ TEST(Array, IsDestroyedThroughItsBaseWhenItIsAnElement)
         auto named = std::make_unique<Named>();
         named->witness = witness;
         CCryptoArray<std::unique_ptr<CCryptoArray<std::string>>> arrays;
-        arrays.append(std::move(named));
-        ASSERT_TRUE(arrays.setSize(8));
+        ASSERT_TRUE(arrays.append(std::move(named)) && arrays.setSize(8));
         EXPECT_EQ(witness.use_count(), 2);
     }
     EXPECT_EQ(witness.use_count(), 1);

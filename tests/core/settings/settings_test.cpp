@@ -32,7 +32,7 @@ void Store(RegistryHive hive, const std::string& path, const char* name, std::st
 }
 
 struct SoftwareKey {
-    SoftwareKey() { platform::RegistryKey().create(RegistryHive::localMachine, "SOFTWARE", false); }
+    SoftwareKey() { EXPECT_EQ(platform::RegistryKey().create(RegistryHive::localMachine, "SOFTWARE", false), 0u); }
 };
 
 class Settings : public testing::Test {
@@ -143,13 +143,13 @@ TEST_F(Settings, TellTheLogWhatWasFound)
     char buffer[32];
     std::uint32_t size = sizeof buffer;
     CollectedLog log(9);
-    settings.GetValue("name", buffer, sizeof buffer, 0);
-    settings.GetValue("forged", buffer, sizeof buffer, 0);
-    settings.GetValue("none", buffer, sizeof buffer, 0);
-    settings.GetValue("none", buffer, sizeof buffer, ICryptoSettings::reportMissing);
-    CCryptoRegistry::getRegValue(nullptr, "name", buffer, size, false, false);
-    CCryptoRegistry::setRegValue(keyPath, "", "value");
-    CCryptoSettingsRegistry(nullptr, "Settings Tests", "no/../such").GetString("name");
+    EXPECT_TRUE(settings.GetValue("name", buffer, sizeof buffer, 0));
+    EXPECT_TRUE(settings.GetValue("forged", buffer, sizeof buffer, 0));
+    EXPECT_FALSE(settings.GetValue("none", buffer, sizeof buffer, 0));
+    EXPECT_FALSE(settings.GetValue("none", buffer, sizeof buffer, ICryptoSettings::reportMissing));
+    EXPECT_FALSE(CCryptoRegistry::getRegValue(nullptr, "name", buffer, size, false, false));
+    EXPECT_FALSE(CCryptoRegistry::setRegValue(keyPath, "", "value"));
+    EXPECT_TRUE(CCryptoSettingsRegistry(nullptr, "Settings Tests", "no/../such").GetString("name").isEmpty());
 
     std::vector<std::string> texts = log.texts();
     std::erase(texts, std::string(40, '='));

@@ -148,7 +148,7 @@ TEST(CryptoFile, OperationsShowInTheLog)
     Get(file, 1, 2);
     Get(file, 0, 0xFFFFFFFF);
     EXPECT_FALSE(file.Erase(6, 1));
-    CCryptoFile::Size(name);
+    EXPECT_EQ(CCryptoFile::Size(name), 5);
     std::vector<std::string> entries;
     for (const std::string& text : log.texts())
         if (text.ends_with(" - IN") || text.starts_with("ERROR"))
