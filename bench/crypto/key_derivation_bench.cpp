@@ -13,7 +13,7 @@ constexpr std::array<std::uint8_t, 8> password = {'p', 'a', 's', 's', 'w', 'o', 
 constexpr std::array<std::uint8_t, 8> salt = {1, 2, 3, 4, 5, 6, 7, 8};
 
 /// A key of 32 bytes from 10000 iterations.
-void PBKDF2(benchmark::State& state, std::uint32_t hashId)
+void PBKDF2(benchmark::State& state, algorithm::Id hashId)
 {
     for (auto _ : state)
         benchmark::DoNotOptimize(CCryptoKeyDerivation::PBKDF2(hashId, password, salt, 10000, 32));

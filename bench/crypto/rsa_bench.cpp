@@ -8,7 +8,6 @@
 
 namespace {
 
-constexpr std::uint32_t sha256 = 102;
 constexpr std::array<std::uint8_t, 32> digest = {1, 2, 3};
 
 const CCryptoRSA& Key(std::int64_t bits)
@@ -24,16 +23,16 @@ void Sign(benchmark::State& state)
 {
     const CCryptoRSA& key = Key(state.range(0));
     for (auto _ : state)
-        benchmark::DoNotOptimize(key.signPKCS1(sha256, digest));
+        benchmark::DoNotOptimize(key.signPKCS1(ccrypto::algorithm::sha256, digest));
 }
 BENCHMARK(Sign)->Name("RSA sign")->Arg(2048)->Arg(3072)->Arg(4096);
 
 void Verify(benchmark::State& state)
 {
     const CCryptoRSA& key = Key(state.range(0));
-    const element signature = key.signPKCS1(sha256, digest);
+    const element signature = key.signPKCS1(ccrypto::algorithm::sha256, digest);
     for (auto _ : state)
-        benchmark::DoNotOptimize(key.verifyPKCS1(sha256, digest, signature.bytes()));
+        benchmark::DoNotOptimize(key.verifyPKCS1(ccrypto::algorithm::sha256, digest, signature.bytes()));
 }
 BENCHMARK(Verify)->Name("RSA verify")->Arg(2048)->Arg(3072)->Arg(4096);
 

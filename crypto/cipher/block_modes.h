@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/base/algorithm.h"
 #include "core/memory/wiped.h"
 #include "crypto/cipher/block_cipher.h"
 #include "crypto/cipher/cipher.h"
@@ -12,7 +13,7 @@ namespace ccrypto {
 /// What the table of ciphers says about one of them.
 struct CipherDescription {
     const char* name;
-    std::uint32_t id;
+    algorithm::Id id;
     std::size_t keySize; ///< usual length in bytes
     std::size_t minKey;  ///< lengths the block cipher may have besides are refused
     std::size_t maxKey;
@@ -25,7 +26,7 @@ using CipherBlock = Wiped<std::array<std::uint8_t, maxCipherBlock>>;
 class BlockCipherMode : public ICryptoCipher {
 public:
     std::size_t keySize() const override { return description_.keySize; }
-    std::uint32_t algorithmId() const override { return description_.id; }
+    algorithm::Id algorithmId() const override { return description_.id; }
     const char* name() const override { return description_.name; }
     std::size_t ivSize() const override { return cipher_->blockSize(); }
     bool setEffectiveKeyBits(std::uint32_t bits) override;

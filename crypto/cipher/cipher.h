@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/base/algorithm.h"
 #include "core/text/element.h"
 
 #include <cstddef>
@@ -31,9 +32,9 @@ enum class CipherDirection { encrypt, decrypt };
 /// object after final() or a failure. Not for use by two threads at once.
 class ICryptoCipher {
 public:
-    /// A new cipher for an id of the algorithm table: RC2-CBC, RC4, 3DES-CBC and AES (200 to 202, 300 to 314). Owned by the caller.
-    /// \return null, logged as "Unsupported cipher: %d", for any other id.
-    static std::unique_ptr<ICryptoCipher> Create(std::uint32_t id);
+    /// A new cipher: RC2-CBC, RC4, 3DES-CBC, and AES in each mode that has an id. Owned by the caller. \return null, logged as
+    /// "Unsupported cipher: %d", for any other id.
+    static std::unique_ptr<ICryptoCipher> Create(ccrypto::algorithm::Id id);
     /// By name, in any case: "aes-128-", "aes-192-" or "aes-256-" with "ecb", "cbc", "ofb", "cfb", "ctr" or "gcm"; "des-",
     /// "des-ede-", "des-ede3-" or "rc2-" with "ecb", "cbc", "ofb" or "cfb"; "rc4". \return null, logged, for any other name.
     static std::unique_ptr<ICryptoCipher> CreateByName(std::string_view name);
@@ -67,8 +68,8 @@ public:
     virtual std::size_t blockSize() const = 0;
     virtual std::size_t ivSize() const = 0;
     virtual std::size_t keySize() const = 0;
-    /// The id of the algorithm table; 0 for what has none.
-    virtual std::uint32_t algorithmId() const = 0;
+    /// none for a cipher without an id, such as AES in counter mode.
+    virtual ccrypto::algorithm::Id algorithmId() const = 0;
     /// "aes-128-cbc"
     virtual const char* name() const = 0;
 

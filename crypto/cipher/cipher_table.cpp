@@ -101,7 +101,7 @@ constexpr auto names = [] {
 
 } // namespace
 
-std::unique_ptr<ICryptoCipher> ICryptoCipher::Create(std::uint32_t id)
+std::unique_ptr<ICryptoCipher> ICryptoCipher::Create(algorithm::Id id)
 {
     CCryptoAutoLogger logger("ICryptoCipher::Create");
 

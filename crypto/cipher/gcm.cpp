@@ -38,9 +38,9 @@ std::span<const Variant<gcm::Calls>> gcm::Variants()
 
 } // namespace ccrypto
 
-CCryptoGCM::CCryptoGCM(const char* name, std::uint32_t id, std::size_t keySize) : CCryptoGCM(name, id, keySize, ChosenVariant()) {}
+CCryptoGCM::CCryptoGCM(const char* name, algorithm::Id id, std::size_t keySize) : CCryptoGCM(name, id, keySize, ChosenVariant()) {}
 
-CCryptoGCM::CCryptoGCM(const char* name, std::uint32_t id, std::size_t keySize, const Variant<gcm::Calls>& variant)
+CCryptoGCM::CCryptoGCM(const char* name, algorithm::Id id, std::size_t keySize, const Variant<gcm::Calls>& variant)
     : name_(name), id_(id), keySize_(keySize), calls_(&variant.calls)
 {
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/base/algorithm.h"
 #include "core/memory/wiped.h"
 #include "crypto/cipher/cipher.h"
 #include "crypto/cipher/gcm_variants.h"
@@ -25,9 +26,10 @@ public:
     static constexpr std::size_t maxTag = 16;
 
     /// Name and id are those of the table of ciphers; the key has 16, 24 or 32 bytes.
-    CCryptoGCM(const char* name, std::uint32_t id, std::size_t keySize);
+    CCryptoGCM(const char* name, ccrypto::algorithm::Id id, std::size_t keySize);
     /// A given variant, for tests and measurements.
-    CCryptoGCM(const char* name, std::uint32_t id, std::size_t keySize, const ccrypto::Variant<ccrypto::gcm::Calls>& variant);
+    CCryptoGCM(const char* name, ccrypto::algorithm::Id id, std::size_t keySize,
+               const ccrypto::Variant<ccrypto::gcm::Calls>& variant);
     ~CCryptoGCM() override;
 
     /// 4, 8 or 12 to 16 bytes, 16 at first; for the next text. \return false, logged, for any other length.
@@ -48,7 +50,7 @@ public:
     std::size_t blockSize() const override { return 1; }
     std::size_t ivSize() const override { return 12; }
     std::size_t keySize() const override { return keySize_; }
-    std::uint32_t algorithmId() const override { return id_; }
+    ccrypto::algorithm::Id algorithmId() const override { return id_; }
     const char* name() const override { return name_; }
     using ICryptoCipher::final;
     using ICryptoCipher::update;
@@ -84,7 +86,7 @@ private:
     void forget() override;
 
     const char* name_;
-    std::uint32_t id_;
+    ccrypto::algorithm::Id id_;
     std::size_t keySize_;
     const ccrypto::gcm::Calls* calls_;
     ccrypto::Wiped<ccrypto::aes::Key> cipherKey_{};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/base/algorithm.h"
 #include "core/memory/wiped.h"
 #include "crypto/cipher/cipher.h"
 
@@ -8,7 +9,7 @@
 /// RC4, with keys of 1 to 256 bytes, 16 as a rule. Looks secrets up in tables: this is not constant-time. For old files only.
 class CCryptoRC4 final : public ICryptoCipher {
 public:
-    CCryptoRC4(const char* name, std::uint32_t id) : name_(name), id_(id) {}
+    CCryptoRC4(const char* name, ccrypto::algorithm::Id id) : name_(name), id_(id) {}
 
     bool start(ccrypto::CipherDirection direction, std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv) override;
     bool update(std::span<const std::uint8_t> in, std::uint8_t* out, std::size_t& written) override;
@@ -18,7 +19,7 @@ public:
     std::size_t blockSize() const override { return 1; }
     std::size_t ivSize() const override { return 0; }
     std::size_t keySize() const override { return 16; }
-    std::uint32_t algorithmId() const override { return id_; }
+    ccrypto::algorithm::Id algorithmId() const override { return id_; }
     const char* name() const override { return name_; }
     using ICryptoCipher::final;
     using ICryptoCipher::update;
@@ -33,7 +34,7 @@ private:
     void forget() override;
 
     const char* name_;
-    std::uint32_t id_;
+    ccrypto::algorithm::Id id_;
     ccrypto::Wiped<State> state_{};
     bool started_ = false;
 };

@@ -254,7 +254,7 @@ const CurveArithmetic* General()
 
 } // namespace
 
-const CurveArithmetic* CurveArithmetic::Of(std::uint32_t curve)
+const CurveArithmetic* CurveArithmetic::Of(algorithm::Id curve)
 {
     static const CurveArithmeticOf prime256v1(curve_domains::prime256v1, PrimePoints256());
     static const CurveArithmeticOf secp384r1(curve_domains::secp384r1, PrimePoints384());

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/base/algorithm.h"
+
 #include <cstdint>
 #include <span>
 
@@ -16,7 +18,7 @@ public:
     };
 
     /// Null for an id that is not that of a Weierstrass curve.
-    [[nodiscard]] static const CurveArithmetic* Of(std::uint32_t curve);
+    [[nodiscard]] static const CurveArithmetic* Of(algorithm::Id curve);
 
     virtual ~CurveArithmetic() = default;
 

@@ -41,7 +41,7 @@ constexpr CurveFacts curves[] = {
 
 struct OtherName {
     std::string_view name;
-    std::uint32_t id;
+    algorithm::Id id;
 };
 
 constexpr OtherName otherNames[] = {
@@ -62,7 +62,7 @@ bool MontgomeryLadder(const CurveFacts& facts, std::uint8_t* result, const std::
 }
 
 /// The hash that signHash() makes its nonces with: as strong as the curve.
-std::uint32_t NonceHash(const CurveFacts& facts)
+algorithm::Id NonceHash(const CurveFacts& facts)
 {
     return facts.bits <= 256 ? algorithm::sha256 : algorithm::sha512;
 }
@@ -87,7 +87,7 @@ std::span<const CurveFacts> Curves()
     return curves;
 }
 
-const CurveFacts* FindCurve(std::uint32_t id)
+const CurveFacts* FindCurve(algorithm::Id id)
 {
     const auto* const found = std::ranges::find(curves, id, &CurveFacts::id);
     return found == std::end(curves) ? nullptr : found;
@@ -106,7 +106,7 @@ const CurveFacts* FindCurve(std::string_view name)
 
 } // namespace ccrypto
 
-KeyPointer CCryptoEC::Generate(std::uint32_t curve, ICryptoRandom& random)
+KeyPointer CCryptoEC::Generate(algorithm::Id curve, ICryptoRandom& random)
 {
     CCryptoAutoLogger logger("CCryptoEC::Generate");
     const CurveFacts* facts = FindCurve(curve);
@@ -130,7 +130,7 @@ KeyPointer CCryptoEC::Generate(std::uint32_t curve, ICryptoRandom& random)
     return logger.fail(KeyPointer(), "Random bytes do not look random");
 }
 
-KeyPointer CCryptoEC::FromPrivate(std::uint32_t curve, Bytes scalar)
+KeyPointer CCryptoEC::FromPrivate(algorithm::Id curve, Bytes scalar)
 {
     CCryptoAutoLogger logger("CCryptoEC::FromPrivate");
     const CurveFacts* facts = FindCurve(curve);
@@ -146,7 +146,7 @@ KeyPointer CCryptoEC::FromPrivate(std::uint32_t curve, Bytes scalar)
     return key;
 }
 
-KeyPointer CCryptoEC::FromPrivate(std::uint32_t curve, Bytes scalar, Bytes point)
+KeyPointer CCryptoEC::FromPrivate(algorithm::Id curve, Bytes scalar, Bytes point)
 {
     CCryptoAutoLogger logger("CCryptoEC::FromPrivate");
     KeyPointer key = FromPrivate(curve, scalar);
@@ -157,7 +157,7 @@ KeyPointer CCryptoEC::FromPrivate(std::uint32_t curve, Bytes scalar, Bytes point
     return key;
 }
 
-KeyPointer CCryptoEC::FromPublic(std::uint32_t curve, Bytes point)
+KeyPointer CCryptoEC::FromPublic(algorithm::Id curve, Bytes point)
 {
     CCryptoAutoLogger logger("CCryptoEC::FromPublic");
     const CurveFacts* facts = FindCurve(curve);
@@ -257,7 +257,7 @@ element CCryptoEC::signHash(std::span<const std::uint8_t> digest, SignatureForm 
     return signature;
 }
 
-element CCryptoEC::signHashDeterministically(std::span<const std::uint8_t> digest, SignatureForm form, std::uint32_t hash) const
+element CCryptoEC::signHashDeterministically(std::span<const std::uint8_t> digest, SignatureForm form, algorithm::Id hash) const
 {
     CCryptoAutoLogger logger("CCryptoEC::signHashDeterministically");
     const std::unique_ptr<ICryptoHash> function = ICryptoHash::Create(hash);
@@ -268,7 +268,7 @@ element CCryptoEC::signHashDeterministically(std::span<const std::uint8_t> diges
     return signature;
 }
 
-element CCryptoEC::sign(std::span<const std::uint8_t> digest, SignatureForm form, std::uint32_t hash,
+element CCryptoEC::sign(std::span<const std::uint8_t> digest, SignatureForm form, algorithm::Id hash,
                         std::span<const std::uint8_t> fresh) const
 {
     CCryptoAutoLogger logger("CCryptoEC::sign");

@@ -27,7 +27,7 @@ struct CurveFacts {
 /// All curves of CCryptoEC. On each but X25519 and X448, whose keys need no check, all points but infinity have one prime order.
 [[nodiscard]] std::span<const CurveFacts> Curves();
 /// Null for any other id.
-[[nodiscard]] const CurveFacts* FindCurve(std::uint32_t id);
+[[nodiscard]] const CurveFacts* FindCurve(algorithm::Id id);
 /// By the name of Curves() in any case, or another common one: "P-256", "secp256r1", "nistp256". Null for any other.
 [[nodiscard]] const CurveFacts* FindCurve(std::string_view name);
 
@@ -45,16 +45,16 @@ class CCryptoEC {
 public:
     /// A new pair; the scalar is drawn until it fits (FIPS 186-5, A.2.2). \return null, logged, for an unknown curve and when
     /// there are no random bytes.
-    [[nodiscard]] static std::unique_ptr<CCryptoEC> Generate(std::uint32_t curve,
+    [[nodiscard]] static std::unique_ptr<CCryptoEC> Generate(ccrypto::algorithm::Id curve,
                                                              ICryptoRandom& random = ICryptoRandom::Instance());
     /// The pair of this scalar; the point is computed. \return null, logged, for a wrong length and for 0 or the order and above.
-    [[nodiscard]] static std::unique_ptr<CCryptoEC> FromPrivate(std::uint32_t curve, std::span<const std::uint8_t> scalar);
+    [[nodiscard]] static std::unique_ptr<CCryptoEC> FromPrivate(ccrypto::algorithm::Id curve, std::span<const std::uint8_t> scalar);
     /// The same for a point that came with the scalar. \return null, logged, as above and when the point is not the scalar's.
-    [[nodiscard]] static std::unique_ptr<CCryptoEC> FromPrivate(std::uint32_t curve, std::span<const std::uint8_t> scalar,
+    [[nodiscard]] static std::unique_ptr<CCryptoEC> FromPrivate(ccrypto::algorithm::Id curve, std::span<const std::uint8_t> scalar,
                                                                 std::span<const std::uint8_t> point);
     /// A public key. \return null, logged, for a wrong length or form, a coordinate that is not below the prime, infinity, a point
     /// off the curve, and a point of X25519 or X448 that agrees on nothing but zeros.
-    [[nodiscard]] static std::unique_ptr<CCryptoEC> FromPublic(std::uint32_t curve, std::span<const std::uint8_t> point);
+    [[nodiscard]] static std::unique_ptr<CCryptoEC> FromPublic(ccrypto::algorithm::Id curve, std::span<const std::uint8_t> point);
 
     CCryptoEC(const CCryptoEC&) = delete;
     CCryptoEC& operator=(const CCryptoEC&) = delete;
@@ -80,7 +80,7 @@ public:
     /// Without random bytes: RFC 6979 unchanged, with HMAC over the hash of this id, which is the digest's own. For tests and those
     /// who must reproduce. \return empty, logged, as above and for a digest of another length than the hash's.
     [[nodiscard]] element signHashDeterministically(std::span<const std::uint8_t> digest, ccrypto::SignatureForm form,
-                                                    std::uint32_t hash) const;
+                                                    ccrypto::algorithm::Id hash) const;
     /// \return false, logged, when the signature is not one of this key over this digest, for whatever reason.
     [[nodiscard]] bool verifyHash(std::span<const std::uint8_t> digest, std::span<const std::uint8_t> signature,
                                   ccrypto::SignatureForm form) const;
@@ -96,7 +96,7 @@ private:
 
     explicit CCryptoEC(const ccrypto::CurveFacts& facts) : facts_(facts) {}
 
-    [[nodiscard]] element sign(std::span<const std::uint8_t> digest, ccrypto::SignatureForm form, std::uint32_t hash,
+    [[nodiscard]] element sign(std::span<const std::uint8_t> digest, ccrypto::SignatureForm form, ccrypto::algorithm::Id hash,
                                std::span<const std::uint8_t> fresh) const;
     bool setPoint(std::span<const std::uint8_t> point);
     bool setScalar(std::span<const std::uint8_t> scalar);

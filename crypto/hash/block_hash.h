@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/base/algorithm.h"
 #include "core/base/byte_order.h"
 #include "crypto/base/cpu_features.h"
 #include "crypto/hash/hash.h"
@@ -25,7 +26,7 @@ struct BlockHashKind {
     static constexpr std::uint32_t lengthSize = 2 * sizeof(Word);
 
     const char* name;
-    std::uint32_t id;
+    algorithm::Id id;
     std::uint32_t digestSize;
     std::endian order;
     Word initial[8];

@@ -91,12 +91,12 @@ void SumBlocks(const BlockHashKind<Word>& kind, const std::uint8_t* key, std::ui
 
 } // namespace
 
-bool Knows(std::uint32_t hashId)
+bool Knows(algorithm::Id hashId)
 {
     return WithHashKind(hashId, false, [](const auto&) { return true; });
 }
 
-bool Rehash(std::uint32_t hashId, std::uint8_t* digest, std::uint32_t times)
+bool Rehash(algorithm::Id hashId, std::uint8_t* digest, std::uint32_t times)
 {
     return WithHashKind(hashId, false, [&](const auto& kind) {
         RehashBlocks(kind, digest, times);
@@ -104,7 +104,7 @@ bool Rehash(std::uint32_t hashId, std::uint8_t* digest, std::uint32_t times)
     });
 }
 
-bool SumOfMACs(std::uint32_t hashId, const std::uint8_t* key, std::uint32_t keyLength, const std::uint8_t* digest,
+bool SumOfMACs(algorithm::Id hashId, const std::uint8_t* key, std::uint32_t keyLength, const std::uint8_t* digest,
                std::uint8_t* sum, std::uint32_t times)
 {
     return WithHashKind(hashId, false, [&](const auto& kind) {

@@ -69,7 +69,7 @@ public:
 
     std::uint32_t digestSize() const override { return kind_.digestSize; }
     std::uint32_t blockSize() const override { return kind_.blockSize; }
-    std::uint32_t algorithmId() const override { return kind_.id; }
+    algorithm::Id algorithmId() const override { return kind_.id; }
     const char* name() const override { return kind_.name; }
     std::unique_ptr<ICryptoHash> clone() const override { return std::make_unique<BlockHash>(*this); }
 
@@ -124,7 +124,7 @@ public:
 
     std::uint32_t digestSize() const override { return md5_.digestSize() + sha1_.digestSize(); }
     std::uint32_t blockSize() const override { return md5_.blockSize(); }
-    std::uint32_t algorithmId() const override { return algorithm::md5Sha1; }
+    algorithm::Id algorithmId() const override { return algorithm::md5Sha1; }
     const char* name() const override { return "MD5-SHA-1"; }
     std::unique_ptr<ICryptoHash> clone() const override { return std::make_unique<MD5AndSHA1>(*this); }
     bool assign(const ICryptoHash& other) override
@@ -153,7 +153,7 @@ constexpr std::size_t maxHashName = 32;
 
 struct HashName {
     std::string_view plain;
-    std::uint32_t id;
+    algorithm::Id id;
 };
 
 constexpr HashName hashNames[] = {
@@ -164,7 +164,7 @@ constexpr HashName hashNames[] = {
     {"shake256", algorithm::shake256},
 };
 
-std::unique_ptr<ICryptoHash> New(std::uint32_t id)
+std::unique_ptr<ICryptoHash> New(algorithm::Id id)
 {
     if (id == algorithm::md5Sha1)
         return std::make_unique<MD5AndSHA1>();
@@ -177,7 +177,7 @@ std::unique_ptr<ICryptoHash> New(std::uint32_t id)
 
 } // namespace
 
-std::unique_ptr<ICryptoHash> ICryptoHash::Create(std::uint32_t id)
+std::unique_ptr<ICryptoHash> ICryptoHash::Create(algorithm::Id id)
 {
     if (auto hash = New(id))
         return hash;

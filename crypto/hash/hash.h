@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/base/algorithm.h"
 #include "core/text/element.h"
 
 #include <cstddef>
@@ -20,9 +21,9 @@ constexpr std::size_t maxHashBlockSize = 168;
 /// reset(). Not for use by two threads at once.
 class ICryptoHash {
 public:
-    /// A new hash for an id: 100 to 106 (106 is MD5 followed by SHA-1, as TLS 1.0 signs), 110 to 115 (SHA-3, SHAKE). Owned by the
-    /// caller. \return null, logged as "Unsupported hash function: %d", for any other id.
-    [[nodiscard]] static std::unique_ptr<ICryptoHash> Create(std::uint32_t id);
+    /// A new hash: MD5, SHA-1, SHA-2, SHA-3, SHAKE, or md5Sha1, which is MD5 followed by SHA-1, as TLS 1.0 signs. Owned by the
+    /// caller. \return null, logged as "Unsupported hash function: %d", for an id that is not a hash.
+    [[nodiscard]] static std::unique_ptr<ICryptoHash> Create(ccrypto::algorithm::Id id);
     /// By name, in any case, with or without "-": "sha256", "SHA-256", "sha3-256", "shake128", "md5", "md4", "md5-sha1". MD4 has no
     /// id of its own. The digests of SHAKE128 and SHAKE256 are 32 and 64 bytes long (RFC 8702, 3.1); for others see CCryptoSHAKE.
     /// \return null, logged, for any other name.
@@ -39,8 +40,8 @@ public:
 
     virtual std::uint32_t digestSize() const = 0;
     virtual std::uint32_t blockSize() const = 0;
-    /// 0 for MD4.
-    virtual std::uint32_t algorithmId() const = 0;
+    /// none for MD4.
+    virtual ccrypto::algorithm::Id algorithmId() const = 0;
     /// "SHA-256"
     virtual const char* name() const = 0;
     /// True for SHAKE, whose digest is the beginning of a longer output: HMAC, MGF1 and DigestInfo are not defined over it.

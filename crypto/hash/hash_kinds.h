@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/base/algorithm.h"
 #include "crypto/hash/block_hash.h"
 
 #include <cstdint>
@@ -8,7 +9,7 @@
 namespace ccrypto::internal {
 
 /// SHA-3 or SHAKE. \return null for an id of neither.
-std::unique_ptr<ICryptoHash> NewSpongeHash(std::uint32_t id);
+std::unique_ptr<ICryptoHash> NewSpongeHash(algorithm::Id id);
 
 } // namespace ccrypto::internal
 
@@ -16,7 +17,7 @@ namespace ccrypto {
 
 /// Calls `use` with the BlockHashKind of an id. \return what `use` returns; `otherwise` for any other id.
 template <typename Result, typename Use>
-Result WithHashKind(std::uint32_t id, Result otherwise, const Use& use)
+Result WithHashKind(algorithm::Id id, Result otherwise, const Use& use)
 {
     for (const auto* kind : {&md5Kind, &sha1Kind, &sha224Kind, &sha256Kind})
         if (kind->id == id)

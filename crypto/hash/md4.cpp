@@ -58,7 +58,7 @@ std::span<const Variant<CompressBlocks<Word>>> MD4Variants()
 
 constinit const BlockHashKind<Word> md4Kind = {
     .name = "MD4",
-    .id = 0,
+    .id = algorithm::none,
     .digestSize = 16,
     .order = std::endian::little,
     .initial = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476},

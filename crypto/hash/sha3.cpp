@@ -14,7 +14,7 @@ constexpr std::uint8_t shakeSuffix = 0x1F;
 
 struct SpongeKind {
     const char* name;
-    std::uint32_t id;
+    algorithm::Id id;
     std::uint32_t digestSize;
     std::uint32_t rate;
     std::uint8_t suffix;
@@ -43,7 +43,7 @@ public:
 
     std::uint32_t digestSize() const override { return kind_.digestSize; }
     std::uint32_t blockSize() const override { return kind_.rate; }
-    std::uint32_t algorithmId() const override { return kind_.id; }
+    algorithm::Id algorithmId() const override { return kind_.id; }
     const char* name() const override { return kind_.name; }
     std::unique_ptr<ICryptoHash> clone() const override { return std::make_unique<SpongeHash>(*this); }
 
@@ -65,7 +65,7 @@ private:
 
 namespace ccrypto {
 
-std::unique_ptr<ICryptoHash> ccrypto::internal::NewSpongeHash(std::uint32_t id)
+std::unique_ptr<ICryptoHash> ccrypto::internal::NewSpongeHash(algorithm::Id id)
 {
     const auto* const kind = std::ranges::find(spongeKinds, id, &SpongeKind::id);
     return kind != std::end(spongeKinds) ? std::make_unique<SpongeHash>(*kind) : nullptr;

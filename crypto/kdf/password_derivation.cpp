@@ -16,7 +16,7 @@ using Bytes = CCryptoKeyDerivation::Bytes;
 using Digest = Wiped<std::array<std::uint8_t, maxDigestSize>>;
 
 struct Request {
-    std::uint32_t hashId;
+    algorithm::Id hashId;
     Bytes password;
     Bytes salt;
     std::uint32_t iterations;
@@ -72,13 +72,13 @@ void AddRepeated(std::span<std::uint8_t> block, std::span<const std::uint8_t> di
 
 } // namespace
 
-bool CCryptoKeyDerivation::Allows(std::uint32_t hashId, Bytes salt, std::uint32_t iterations, std::uint32_t length)
+bool CCryptoKeyDerivation::Allows(algorithm::Id hashId, Bytes salt, std::uint32_t iterations, std::uint32_t length)
 {
     CCryptoAutoLogger logger("CCryptoKeyDerivation::Allows");
     return HashFor(logger, {HashOfHMAC(hashId), {}, salt, iterations, length}) != nullptr && logger.setResult(true);
 }
 
-element CCryptoKeyDerivation::PBKDF1(std::uint32_t hashId, Bytes password, Bytes salt, std::uint32_t iterations,
+element CCryptoKeyDerivation::PBKDF1(algorithm::Id hashId, Bytes password, Bytes salt, std::uint32_t iterations,
                                      std::uint32_t length)
 {
     CCryptoAutoLogger logger("CCryptoKeyDerivation::PBKDF1");
@@ -98,7 +98,7 @@ element CCryptoKeyDerivation::PBKDF1(std::uint32_t hashId, Bytes password, Bytes
     return key;
 }
 
-element CCryptoKeyDerivation::PBKDF2(std::uint32_t hashId, Bytes password, Bytes salt, std::uint32_t iterations,
+element CCryptoKeyDerivation::PBKDF2(algorithm::Id hashId, Bytes password, Bytes salt, std::uint32_t iterations,
                                      std::uint32_t length)
 {
     CCryptoAutoLogger logger("CCryptoKeyDerivation::PBKDF2");
@@ -134,7 +134,7 @@ element CCryptoKeyDerivation::PBKDF2(std::uint32_t hashId, Bytes password, Bytes
     return key;
 }
 
-element CCryptoKeyDerivation::PKCS12(std::uint32_t hashId, PKCS12Use use, Bytes password, Bytes salt, std::uint32_t iterations,
+element CCryptoKeyDerivation::PKCS12(algorithm::Id hashId, PKCS12Use use, Bytes password, Bytes salt, std::uint32_t iterations,
                                      std::uint32_t length)
 {
     CCryptoAutoLogger logger("CCryptoKeyDerivation::PKCS12");

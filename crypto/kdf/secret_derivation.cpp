@@ -11,14 +11,14 @@ using namespace ccrypto;
 
 namespace {
 
-std::unique_ptr<CCryptoHMAC> MACOver(std::uint32_t hashId)
+std::unique_ptr<CCryptoHMAC> MACOver(algorithm::Id hashId)
 {
     return digest_chain::Knows(HashOfHMAC(hashId)) ? CCryptoHMAC::Create(hashId) : nullptr;
 }
 
 } // namespace
 
-element CCryptoKeyDerivation::HKDFExtract(std::uint32_t hashId, Bytes salt, Bytes secret)
+element CCryptoKeyDerivation::HKDFExtract(algorithm::Id hashId, Bytes salt, Bytes secret)
 {
     CCryptoAutoLogger logger("CCryptoKeyDerivation::HKDFExtract");
 
@@ -33,7 +33,7 @@ element CCryptoKeyDerivation::HKDFExtract(std::uint32_t hashId, Bytes salt, Byte
     return mac->macOf(secret);
 }
 
-element CCryptoKeyDerivation::HKDFExpand(std::uint32_t hashId, Bytes key, Bytes info, std::uint32_t length)
+element CCryptoKeyDerivation::HKDFExpand(algorithm::Id hashId, Bytes key, Bytes info, std::uint32_t length)
 {
     CCryptoAutoLogger logger("CCryptoKeyDerivation::HKDFExpand");
 
@@ -62,13 +62,13 @@ element CCryptoKeyDerivation::HKDFExpand(std::uint32_t hashId, Bytes key, Bytes 
     return derived;
 }
 
-element CCryptoKeyDerivation::HKDF(std::uint32_t hashId, Bytes salt, Bytes secret, Bytes info, std::uint32_t length)
+element CCryptoKeyDerivation::HKDF(algorithm::Id hashId, Bytes salt, Bytes secret, Bytes info, std::uint32_t length)
 {
     const element key = HKDFExtract(hashId, salt, secret);
     return key.isEmpty() ? element() : HKDFExpand(hashId, key.bytes(), info, length);
 }
 
-element CCryptoKeyDerivation::X963(std::uint32_t hashId, Bytes secret, Bytes info, std::uint32_t length)
+element CCryptoKeyDerivation::X963(algorithm::Id hashId, Bytes secret, Bytes info, std::uint32_t length)
 {
     CCryptoAutoLogger logger("CCryptoKeyDerivation::X963");
 

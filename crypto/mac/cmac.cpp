@@ -18,8 +18,8 @@ namespace {
 
 struct CmacCipher {
     const char* name;
-    std::uint32_t firstId;
-    std::uint32_t lastId;
+    algorithm::Id firstId;
+    algorithm::Id lastId;
     std::size_t minKey;
     std::size_t maxKey;
     std::unique_ptr<ICryptoBlockCipher> (*make)();
@@ -45,7 +45,7 @@ std::unique_ptr<CCryptoCMAC> MakeCmac(const CmacCipher& cipher)
 
 } // namespace
 
-std::unique_ptr<CCryptoCMAC> CCryptoCMAC::Create(std::uint32_t id)
+std::unique_ptr<CCryptoCMAC> CCryptoCMAC::Create(algorithm::Id id)
 {
     CCryptoAutoLogger logger("CCryptoCMAC::Create");
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/base/algorithm.h"
 #include "core/memory/wiped.h"
 #include "core/text/element.h"
 #include "crypto/cipher/block_cipher.h"
@@ -12,9 +13,9 @@
 /// destroyed. With AES it takes time that depends on lengths only. Not for use by two threads at once.
 class CCryptoCMAC {
 public:
-    /// For the id of AES or 3DES in any mode but GCM (202, 300 to 311). Owned by the caller; it has no key yet. \return null,
+    /// For the id of AES or 3DES in any mode but GCM. Owned by the caller; it has no key yet. \return null,
     /// logged as "Unsupported cipher: %d", for any other id.
-    [[nodiscard]] static std::unique_ptr<CCryptoCMAC> Create(std::uint32_t id);
+    [[nodiscard]] static std::unique_ptr<CCryptoCMAC> Create(ccrypto::algorithm::Id id);
     /// "aes-128", "aes-192", "aes-256" or "des-ede3", in any case, with or without "cmac-" in front. \return null, logged, for any
     /// other name.
     [[nodiscard]] static std::unique_ptr<CCryptoCMAC> CreateByName(std::string_view name);

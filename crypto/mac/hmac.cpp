@@ -29,8 +29,8 @@ void TakeKeyBlock(ICryptoHash& hash, KeyBlock& block, std::uint8_t pad)
 }
 
 struct MACId {
-    std::uint32_t mac;
-    std::uint32_t hash;
+    algorithm::Id mac;
+    algorithm::Id hash;
 };
 
 constexpr MACId macIds[] = {
@@ -61,7 +61,7 @@ std::string_view WithoutHMAC(std::string_view name)
 
 namespace ccrypto {
 
-std::uint32_t HashOfHMAC(std::uint32_t id)
+algorithm::Id HashOfHMAC(algorithm::Id id)
 {
     const auto* const row = std::ranges::find(macIds, id, &MACId::mac);
     return row != std::end(macIds) ? row->hash : id;
@@ -69,7 +69,7 @@ std::uint32_t HashOfHMAC(std::uint32_t id)
 
 } // namespace ccrypto
 
-std::unique_ptr<CCryptoHMAC> CCryptoHMAC::Create(std::uint32_t id)
+std::unique_ptr<CCryptoHMAC> CCryptoHMAC::Create(algorithm::Id id)
 {
     return MACOver(ICryptoHash::Create(HashOfHMAC(id)));
 }

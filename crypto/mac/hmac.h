@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/base/algorithm.h"
 #include "core/text/element.h"
 #include "crypto/hash/hash.h"
 
@@ -13,9 +14,9 @@
 /// holds is wiped when it is destroyed. Not for use by two threads at once.
 class CCryptoHMAC {
 public:
-    /// For the id of a hash (100 to 106, 110 to 113) or of an HMAC (600 to 604, 610 to 613). Owned by the caller; without
-    /// a key. \return null, logged as "Unsupported hash function: %d", for any other id.
-    [[nodiscard]] static std::unique_ptr<CCryptoHMAC> Create(std::uint32_t id);
+    /// For the id of a hash or of an HMAC. Owned by the caller; without a key. \return null, logged as "Unsupported hash
+    /// function: %d", for SHAKE and for an id that is neither.
+    [[nodiscard]] static std::unique_ptr<CCryptoHMAC> Create(ccrypto::algorithm::Id id);
     /// By the hash's name, as ICryptoHash::CreateByName() takes it, with or without "hmac-" in front.
     [[nodiscard]] static std::unique_ptr<CCryptoHMAC> CreateByName(std::string_view name);
 
@@ -42,7 +43,7 @@ public:
     std::uint32_t digestSize() const { return running_->digestSize(); }
     std::uint32_t blockSize() const { return running_->blockSize(); }
     /// The hash's id.
-    std::uint32_t hashId() const { return running_->algorithmId(); }
+    ccrypto::algorithm::Id hashId() const { return running_->algorithmId(); }
     const char* hashName() const { return running_->name(); }
 
 private:
@@ -56,6 +57,6 @@ private:
 namespace ccrypto {
 
 /// The hash of an HMAC by their ids; any other id unchanged.
-std::uint32_t HashOfHMAC(std::uint32_t id);
+algorithm::Id HashOfHMAC(algorithm::Id id);
 
 } // namespace ccrypto

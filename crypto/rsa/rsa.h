@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/base/algorithm.h"
 #include "core/text/element.h"
 #include "crypto/random/random.h"
 
@@ -21,16 +22,16 @@ struct CCryptoRSANumbers {
     element coefficient;     ///< q^-1 mod p
 };
 
-/// What the two paddings that mask with a hash, OAEP and PSS, take besides the message. Hashes are ids, 100 to 105 and
-/// 110 to 113.
+/// What the two paddings that mask with a hash, OAEP and PSS, take besides the message. Hashes are MD5,
+/// SHA-1, SHA-2 and SHA-3.
 struct CCryptoRSAPadding {
     static constexpr std::int32_t saltAsLongAsDigest = -1;
     static constexpr std::int32_t saltOfAnyLength = -2; ///< only when verifying
 
-    std::uint32_t hash = 102;
-    std::uint32_t maskHash = 0;                   ///< of MGF1; 0 for the same as `hash`
-    std::int32_t saltLength = saltAsLongAsDigest; ///< PSS; bytes
-    std::span<const std::uint8_t> label = {};     ///< OAEP; not owned: it must outlive the call
+    ccrypto::algorithm::Id hash = ccrypto::algorithm::sha256;
+    ccrypto::algorithm::Id maskHash = ccrypto::algorithm::none; ///< of MGF1; none for the same as `hash`
+    std::int32_t saltLength = saltAsLongAsDigest;               ///< PSS; bytes
+    std::span<const std::uint8_t> label = {};                   ///< OAEP; not owned: it must outlive the call
 };
 
 /// An RSA key, public or private (RFC 8017, FIPS 186-5), of 1024 to 8192 bits, its public exponent odd, from 3 to 2^64 - 1.
@@ -86,11 +87,12 @@ public:
     element publicOperation(std::span<const std::uint8_t> input) const;
     element privateOperation(std::span<const std::uint8_t> input) const;
 
-    /// RSASSA-PKCS1-v1_5. `hash` is the id, 100 to 106 or 110 to 113, of the function `digest` comes from: its prefix is put before
-    /// the digest, except for 106 (MD5 followed by SHA-1), which has none. \return the signature.
-    element signPKCS1(std::uint32_t hash, std::span<const std::uint8_t> digest) const;
+    /// RSASSA-PKCS1-v1_5. `hash` is the function `digest` comes from: its prefix is put before the digest, except for md5Sha1,
+    /// which has none. \return the signature.
+    element signPKCS1(ccrypto::algorithm::Id hash, std::span<const std::uint8_t> digest) const;
     /// True when `signature` is the one that signPKCS1 would make: what the signature encodes is compared, never parsed.
-    bool verifyPKCS1(std::uint32_t hash, std::span<const std::uint8_t> digest, std::span<const std::uint8_t> signature) const;
+    bool verifyPKCS1(ccrypto::algorithm::Id hash, std::span<const std::uint8_t> digest,
+                     std::span<const std::uint8_t> signature) const;
     /// The same over a DigestInfo that is ready, whatever it contains: at most bytes() - 11 bytes.
     [[nodiscard]] element signDigestInfo(std::span<const std::uint8_t> digestInfo) const;
     [[nodiscard]] bool verifyDigestInfo(std::span<const std::uint8_t> digestInfo, std::span<const std::uint8_t> signature) const;

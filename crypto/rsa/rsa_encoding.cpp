@@ -16,7 +16,7 @@ namespace {
 
 /// DER of DigestInfo up to the digest (RFC 8017, 9.2, note 1).
 struct Prefix {
-    std::uint32_t hash;
+    algorithm::Id hash;
     std::uint8_t length;
     std::uint8_t bytes[19];
 };
@@ -87,7 +87,7 @@ void MaskWith(ICryptoHash& hash, std::span<const std::uint8_t> seed, std::span<s
 struct Hashes {
     explicit Hashes(const CCryptoRSAPadding& padding)
     {
-        const std::uint32_t mask = padding.maskHash == 0 ? padding.hash : padding.maskHash;
+        const algorithm::Id mask = padding.maskHash == algorithm::none ? padding.hash : padding.maskHash;
         if (padding.hash == algorithm::md5Sha1 || mask == algorithm::md5Sha1)
             return;
         message = ICryptoHash::Create(padding.hash);
@@ -148,7 +148,7 @@ bool EncodeDigestInfoParts(std::span<std::uint8_t> block, std::span<const std::u
 
 } // namespace
 
-bool EncodePKCS1Signature(std::span<std::uint8_t> block, std::uint32_t hash, std::span<const std::uint8_t> digest)
+bool EncodePKCS1Signature(std::span<std::uint8_t> block, algorithm::Id hash, std::span<const std::uint8_t> digest)
 {
     const Prefix* prefix = std::find_if(std::begin(prefixes), std::end(prefixes), [&](const Prefix& p) { return p.hash == hash; });
     if (prefix == std::end(prefixes))

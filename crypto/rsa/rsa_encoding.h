@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/base/algorithm.h"
 #include "crypto/base/constant_time.h"
 #include "crypto/random/random.h"
 #include "crypto/rsa/rsa.h"
@@ -13,7 +14,7 @@ namespace ccrypto::rsa_encoding {
 
 /// Fills `block`. \return false, logged, for a hash without a prefix, a digest of another length than the hash's, or a block
 /// too short for them.
-[[nodiscard]] bool EncodePKCS1Signature(std::span<std::uint8_t> block, std::uint32_t hash, std::span<const std::uint8_t> digest);
+[[nodiscard]] bool EncodePKCS1Signature(std::span<std::uint8_t> block, algorithm::Id hash, std::span<const std::uint8_t> digest);
 
 /// The same for a DigestInfo that is ready. \return false, logged, for none and for one that is too long for the block.
 [[nodiscard]] bool EncodeDigestInfo(std::span<std::uint8_t> block, std::span<const std::uint8_t> digestInfo);

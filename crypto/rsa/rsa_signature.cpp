@@ -32,7 +32,7 @@ bool VerifyBlock(CCryptoAutoLogger& logger, const CCryptoRSA& key, bool isEncode
 
 } // namespace
 
-element CCryptoRSA::signPKCS1(std::uint32_t hash, std::span<const std::uint8_t> digest) const
+element CCryptoRSA::signPKCS1(algorithm::Id hash, std::span<const std::uint8_t> digest) const
 {
     CCryptoAutoLogger logger("CCryptoRSA::signPKCS1");
 
@@ -40,7 +40,7 @@ element CCryptoRSA::signPKCS1(std::uint32_t hash, std::span<const std::uint8_t> 
     return SignBlock(logger, *this, rsa_encoding::EncodePKCS1Signature(block, hash, digest), block);
 }
 
-bool CCryptoRSA::verifyPKCS1(std::uint32_t hash, std::span<const std::uint8_t> digest,
+bool CCryptoRSA::verifyPKCS1(algorithm::Id hash, std::span<const std::uint8_t> digest,
                              std::span<const std::uint8_t> signature) const
 {
     CCryptoAutoLogger logger("CCryptoRSA::verifyPKCS1");

@@ -23,7 +23,7 @@ bool Same(const element& value, Bytes bytes)
 }
 
 /// A point that is taken comes out as it went in, in the same form, and the other form of it is taken, too.
-void DecodePoint(std::uint32_t curve, Bytes bytes)
+void DecodePoint(algorithm::Id curve, Bytes bytes)
 {
     const auto key = CCryptoEC::FromPublic(curve, bytes);
     if (key == nullptr)

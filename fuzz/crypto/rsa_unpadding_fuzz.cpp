@@ -35,7 +35,7 @@ Bytes Mask(const Bytes& seed, std::size_t length)
     for (std::uint8_t counter = 0; mask.size() < length; ++counter) {
         Bytes input = seed;
         input.insert(input.end(), {0, 0, 0, counter});
-        const element digest = ICryptoHash::Create(100)->digestOf(input);
+        const element digest = ICryptoHash::Create(algorithm::sha1)->digestOf(input);
         mask.insert(mask.end(), digest.data(), digest.data() + digest.length());
     }
     mask.resize(length);
@@ -57,7 +57,7 @@ std::optional<Bytes> UnpadOAEP(const Bytes& block)
     Bytes data(block.begin() + 1 + digestSize, block.end());
     const Bytes seed = Xor(Bytes(block.begin() + 1, block.begin() + 1 + digestSize), Mask(data, digestSize));
     data = Xor(data, Mask(seed, data.size()));
-    const element label = ICryptoHash::Create(100)->digestOf({});
+    const element label = ICryptoHash::Create(algorithm::sha1)->digestOf({});
     if (block[0] != 0 || !std::equal(label.data(), label.data() + digestSize, data.begin()))
         return std::nullopt;
     const auto one = std::find_if(data.begin() + digestSize, data.end(), [](std::uint8_t byte) { return byte != 0; });
@@ -71,7 +71,7 @@ void CompareOAEP(Bytes block)
     const std::optional<Bytes> expected = UnpadOAEP(block);
     constant_time::Mask good = constant_time::Mask::False();
     std::uint64_t length = 0;
-    Require(rsa_encoding::DecodeOAEP(block, {.hash = 100}, good, length));
+    Require(rsa_encoding::DecodeOAEP(block, {.hash = algorithm::sha1}, good, length));
     Require(constant_time::Declassify(good) == expected.has_value());
     Require(expected.has_value() ? Bytes(block.end() - static_cast<std::ptrdiff_t>(length), block.end()) == *expected
                                  : length == 0);
@@ -94,7 +94,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CompareOAEP(block);
     // The same bytes as the data under the masks, after a correct label: past the first check.
     Bytes data0(block.begin() + 1 + digestSize, block.end());
-    const element label = ICryptoHash::Create(100)->digestOf({});
+    const element label = ICryptoHash::Create(algorithm::sha1)->digestOf({});
     std::copy_n(label.data(), digestSize, data0.begin());
     const Bytes seed(block.begin() + 1, block.begin() + 1 + digestSize);
     const Bytes masked = Xor(data0, Mask(seed, data0.size()));

@@ -32,7 +32,7 @@ public:
     /// Whether the input of sign() and verify() is the whole message, instead of its digest.
     [[nodiscard]] virtual bool signsMessages() const = 0;
 
-    /// \param hash the hash function of the digest `input`, 100 to 106; none when signsMessages(). \return the octets of RSA, or
+    /// \param hash the hash function of the digest `input`; none when signsMessages(). \return the octets of RSA, or
     /// for a key on a curve the DER of an ECDSA signature (RFC 3279, 2.2.3).
     [[nodiscard]] virtual element sign(ccrypto::algorithm::Id hash, std::span<const std::uint8_t> input,
                                        const SCryptoPadding& padding = {}) = 0;

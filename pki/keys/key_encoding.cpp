@@ -15,13 +15,13 @@ namespace {
 
 using KeyPair = std::unique_ptr<ICryptoKeyPair>;
 
-bool IsEddsa(std::uint32_t id)
+bool IsEddsa(algorithm::Id id)
 {
     return id == algorithm::ed25519 || id == algorithm::ed448;
 }
 
 /// The algorithms of RFC 8410, which are the curve and have no parameters.
-bool IsCurveByItself(std::uint32_t id)
+bool IsCurveByItself(algorithm::Id id)
 {
     return id == algorithm::x25519 || id == algorithm::x448 || IsEddsa(id);
 }
@@ -41,41 +41,40 @@ KeyPair PairOf(std::unique_ptr<EddsaKey> key)
     return key != nullptr ? std::make_unique<CCryptoEddsaKeyPair>(std::move(key)) : nullptr;
 }
 
-/// The kind of key that an AlgorithmIdentifier says: rsaEncryption, or the curve. \return 0, logged, for algorithms and curves
+/// The kind of key that an AlgorithmIdentifier says: rsaEncryption, or the curve. \return none, logged, for algorithms and curves
 /// that are none here, and for parameters that the algorithm does not have (RFC 8017, A.1; RFC 5480, 2.1.1; RFC 8410, 3).
-std::uint32_t KindOf(CCryptoAutoLogger& logger, const CCryptoAlgorithmIdentifier& identifier)
+algorithm::Id KindOf(CCryptoAutoLogger& logger, const CCryptoAlgorithmIdentifier& identifier)
 {
-    const std::uint32_t id = identifier.id();
+    const algorithm::Id id = identifier.id();
     const elementNode* const parameters = identifier.parameters();
     if (IsPss(identifier))
         return algorithm::rsaEncryption;
     if (!identifier.isSupported())
-        return logger.fail(0u, "Unsupported algorithm: %s", identifier.oid().c_str());
+        return logger.fail(algorithm::none, "Unsupported algorithm: %s", identifier.oid().c_str());
     if (id == algorithm::ecPublicKey) {
         const CCryptoString oid = OidOfNode(parameters);
         if (oid.isEmpty())
-            return logger.fail(0u, "The curve is not given by its name");
+            return logger.fail(algorithm::none, "The curve is not given by its name");
         const CurveFacts* curve = FindCurve(AlgorithmOfOid(oid.view()));
         if (curve == nullptr || !curve->signs)
-            return logger.fail(0u, "Unsupported curve: %s", oid.c_str());
+            return logger.fail(algorithm::none, "Unsupported curve: %s", oid.c_str());
         return curve->id;
     }
     if (id != algorithm::rsaEncryption && !IsCurveByItself(id))
-        return logger.fail(0u, "Unsupported algorithm: %s", identifier.oid().c_str());
+        return logger.fail(algorithm::none, "Unsupported algorithm: %s", identifier.oid().c_str());
     // Some leave out the NULL that RSA has.
     const bool isNull = parameters != nullptr && parameters->type() == ElementType::asn1Null;
     if (parameters != nullptr && !(isNull && id == algorithm::rsaEncryption))
-        return logger.fail(0u, "Keys of algorithm %u have no such parameters", id);
+        return logger.fail(algorithm::none, "Keys of algorithm %u have no such parameters", id);
     return id;
 }
 
 void SetAlgorithm(CCryptoAlgorithmIdentifier& identifier, const CurveFacts& curve)
 {
-    identifier.setId(curve.signs ? algorithm::ecPublicKey : static_cast<algorithm::Id>(curve.id));
+    identifier.setId(curve.signs ? algorithm::ecPublicKey : curve.id);
     identifier.setNullParameters(false);
     if (curve.signs)
-        identifier.setParameters(
-            CCryptoASN1ObjectIdentifier(CCryptoString(OidOfAlgorithm(static_cast<algorithm::Id>(curve.id)))).BuildTree().get());
+        identifier.setParameters(CCryptoASN1ObjectIdentifier(CCryptoString(OidOfAlgorithm(curve.id))).BuildTree().get());
 }
 
 bool SetRSAAlgorithm(CCryptoAlgorithmIdentifier& identifier, const element* encoded)
@@ -123,19 +122,19 @@ element WholeScalar(const element& scalar, std::uint32_t length)
     return whole;
 }
 
-/// An ECPrivateKey whose curve is `curve`, or is named in it when `curve` is 0; both must be the same when both are there.
-KeyPair PairOfECPrivateKey(CCryptoAutoLogger& logger, const element& der, std::uint32_t curve)
+/// An ECPrivateKey whose curve is `curve`, or is named in it when `curve` is none; both must be the same when both are there.
+KeyPair PairOfECPrivateKey(CCryptoAutoLogger& logger, const element& der, algorithm::Id curve)
 {
     CCryptoECPrivateKeyObject object;
     if (!object.ParseDer(der))
         return logger.fail(KeyPair(), "Not an ECPrivateKey");
     if (!object.curveOid.isEmpty()) {
         const CurveFacts* named = FindCurve(AlgorithmOfOid(object.curveOid.view()));
-        if (named == nullptr || !named->signs || (curve != 0 && named->id != curve))
+        if (named == nullptr || !named->signs || (curve != algorithm::none && named->id != curve))
             return logger.fail(KeyPair(), "The curve is not supported, or not the one it belongs to");
         curve = named->id;
     }
-    if (curve == 0)
+    if (curve == algorithm::none)
         return logger.fail(KeyPair(), "The curve is not named");
     const element scalar = WholeScalar(object.scalar, FindCurve(curve)->orderBytes);
     if (object.publicPoint.isEmpty())
@@ -144,20 +143,20 @@ KeyPair PairOfECPrivateKey(CCryptoAutoLogger& logger, const element& der, std::u
 }
 
 /// The private key of the algorithms of RFC 8410 is an OCTET STRING in the OCTET STRING (RFC 8410, 7).
-KeyPair PairOfCurvePrivateKey(CCryptoAutoLogger& logger, const element& der, std::uint32_t curve)
+KeyPair PairOfCurvePrivateKey(CCryptoAutoLogger& logger, const element& der, algorithm::Id curve)
 {
     CCryptoASN1OctetStringObject object;
     if (!object.ParseDer(der))
         return logger.fail(KeyPair(), "Not a CurvePrivateKey");
     if (IsEddsa(curve))
-        return PairOf(EddsaKey::FromSeed(static_cast<algorithm::Id>(curve), object.bytes().bytes()));
+        return PairOf(EddsaKey::FromSeed(curve, object.bytes().bytes()));
     return PairOf(CCryptoEC::FromPrivate(curve, object.bytes().bytes()));
 }
 
-KeyPair PairOfPoint(const element& point, std::uint32_t curve)
+KeyPair PairOfPoint(const element& point, algorithm::Id curve)
 {
     if (IsEddsa(curve))
-        return PairOf(EddsaKey::FromPublic(static_cast<algorithm::Id>(curve), point.bytes()));
+        return PairOf(EddsaKey::FromPublic(curve, point.bytes()));
     return PairOf(CCryptoEC::FromPublic(curve, point.bytes()));
 }
 
@@ -166,7 +165,7 @@ element ECPrivateKeyObjectOf(const CCryptoEC& key, bool withCurve)
     CCryptoECPrivateKeyObject object;
     object.scalar = key.privateScalar();
     if (withCurve)
-        object.curveOid = CCryptoString(OidOfAlgorithm(static_cast<algorithm::Id>(key.curve().id)));
+        object.curveOid = CCryptoString(OidOfAlgorithm(key.curve().id));
     object.publicPoint = key.publicPoint();
     return object.BuildDer();
 }
@@ -179,8 +178,8 @@ std::unique_ptr<ICryptoKeyPair> LoadPublicKeyInfo(const element& der)
     CCryptoSubjectPublicKeyInfo info;
     if (!info.ParseDer(der))
         return logger.fail(KeyPair(), "Not a SubjectPublicKeyInfo");
-    const std::uint32_t kind = KindOf(logger, info.algorithm);
-    if (kind == 0)
+    const algorithm::Id kind = KindOf(logger, info.algorithm);
+    if (kind == algorithm::none)
         return nullptr;
     KeyPair key = kind == algorithm::rsaEncryption ? PairOf(ReadRSAPublicKey(logger, info.publicKey), info.algorithm)
                                                    : PairOfPoint(info.publicKey, kind);
@@ -220,8 +219,8 @@ std::unique_ptr<ICryptoKeyPair> LoadPrivateKeyInfo(const element& der)
     CCryptoPrivateKeyInfo info;
     if (!info.ParseDer(der))
         return logger.fail(KeyPair(), "Not a PrivateKeyInfo");
-    const std::uint32_t kind = KindOf(logger, info.algorithm);
-    if (kind == 0)
+    const algorithm::Id kind = KindOf(logger, info.algorithm);
+    if (kind == algorithm::none)
         return nullptr;
     KeyPair key;
     if (kind == algorithm::rsaEncryption)
@@ -311,7 +310,7 @@ element RSAPrivateKeyOf(const CCryptoRSA& key)
 std::unique_ptr<ICryptoKeyPair> LoadECPrivateKey(const element& der)
 {
     CCryptoAutoLogger logger("LoadECPrivateKey");
-    KeyPair key = PairOfECPrivateKey(logger, der, 0);
+    KeyPair key = PairOfECPrivateKey(logger, der, algorithm::none);
     if (key != nullptr)
         logger.setResult(true);
     return key;

@@ -26,10 +26,10 @@ class ICryptoKeyPair {
 public:
     virtual ~ICryptoKeyPair() = default;
 
-    /// The kind of key by the algorithm table: rsaEncryption (1100), ecPublicKey (1101), or the id of a curve that is an algorithm
-    /// by itself: x25519 (1112), x448 (1113), ed25519 (1130), ed448 (1131).
+    /// The kind of key: rsaEncryption, ecPublicKey, or the id of a curve that is an algorithm by itself: x25519, x448, ed25519,
+    /// ed448.
     [[nodiscard]] virtual ccrypto::algorithm::Id algorithmId() const = 0;
-    /// The curve by the algorithm table; none for RSA.
+    /// none for RSA.
     [[nodiscard]] virtual ccrypto::algorithm::Id curveId() const = 0;
     /// "RSA", "RSA-PSS", "prime256v1", ...
     [[nodiscard]] virtual const char* name() const = 0;

@@ -26,8 +26,8 @@ std::span<const std::uint8_t> BytesOfPassword(std::string_view text)
 
 /// What a PKCS#12 scheme derives and enciphers with.
 struct PKCS12Scheme {
-    std::uint32_t id;
-    std::uint32_t cipher;
+    algorithm::Id id;
+    algorithm::Id cipher;
     std::uint32_t keyLength;
     std::uint32_t ivLength;
 };
@@ -41,7 +41,7 @@ constexpr PKCS12Scheme pkcs12Schemes[] = {
     {algorithm::pkcs12Sha1Rc2_40, algorithm::rc2Cbc, 5, desBlock},
 };
 
-const PKCS12Scheme* FindPKCS12Scheme(std::uint32_t id)
+const PKCS12Scheme* FindPKCS12Scheme(algorithm::Id id)
 {
     const auto* found = std::ranges::find(pkcs12Schemes, id, &PKCS12Scheme::id);
     return found != std::end(pkcs12Schemes) ? found : nullptr;
@@ -50,17 +50,17 @@ const PKCS12Scheme* FindPKCS12Scheme(std::uint32_t id)
 /// What a description asks for.
 struct Recipe {
     const PKCS12Scheme* scheme = nullptr; ///< null for PBES2
-    std::uint32_t prf = algorithm::none;  ///< of PBES2, as are the next two
+    algorithm::Id prf = algorithm::none;  ///< of PBES2, as are the next two
     std::uint32_t keyLength = 0;
     element iv;
-    std::uint32_t cipher = algorithm::none;
+    algorithm::Id cipher = algorithm::none;
     std::uint32_t effectiveBits = 0; ///< of RC2 under PBES2
     element salt;
     std::uint32_t iterations = 0;
 };
 
 struct CipherKey {
-    std::uint32_t cipher;
+    algorithm::Id cipher;
     std::uint32_t keyLength;
     std::uint32_t ivLength;
 };
@@ -72,7 +72,7 @@ constexpr CipherKey pbes2Ciphers[] = {
     {algorithm::tripleDesCbc, tripleDesKey, desBlock},
 };
 
-const CipherKey* FindPBES2Cipher(std::uint32_t id)
+const CipherKey* FindPBES2Cipher(algorithm::Id id)
 {
     const auto* found = std::ranges::find(pbes2Ciphers, id, &CipherKey::cipher);
     return found != std::end(pbes2Ciphers) ? found : nullptr;
@@ -141,8 +141,8 @@ bool ReadRecipe(CCryptoAutoLogger& logger, const CCryptoAlgorithmIdentifier& how
     if (!isRead)
         return false;
     const bool isPKCS12 = recipe.scheme != nullptr;
-    return CCryptoKeyDerivation::Allows(isPKCS12 ? std::uint32_t{algorithm::sha1} : recipe.prf, recipe.salt.bytes(),
-                                        recipe.iterations, isPKCS12 ? recipe.scheme->keyLength : recipe.keyLength) ||
+    return CCryptoKeyDerivation::Allows(isPKCS12 ? algorithm::sha1 : recipe.prf, recipe.salt.bytes(), recipe.iterations,
+                                        isPKCS12 ? recipe.scheme->keyLength : recipe.keyLength) ||
            logger.fail(false, "No key can be derived so");
 }
 
@@ -214,8 +214,8 @@ bool Describe(CCryptoAutoLogger& logger, const SCryptoPasswordEncryption& wanted
         if (cipher == nullptr)
             return logger.fail(false, "Unsupported cipher: %u", wanted.cipher);
         CCryptoPBES2Parameters parameters;
-        parameters.cipher = static_cast<algorithm::Id>(wanted.cipher);
-        parameters.prf = static_cast<algorithm::Id>(wanted.prf);
+        parameters.cipher = wanted.cipher;
+        parameters.prf = wanted.prf;
         parameters.iterations = wanted.iterations;
         if (!FreshBytes(random, saltLength, parameters.salt) || !FreshBytes(random, cipher->ivLength, parameters.iv))
             return logger.fail(false, "There are no random bytes");
@@ -227,7 +227,7 @@ bool Describe(CCryptoAutoLogger& logger, const SCryptoPasswordEncryption& wanted
             return logger.fail(false, "There are no random bytes");
         tree = parameters.BuildTree();
     }
-    how.setId(static_cast<algorithm::Id>(wanted.scheme));
+    how.setId(wanted.scheme);
     how.setNullParameters(false);
     how.setParameters(tree.get());
     return tree != nullptr || logger.fail(false, "The encryption cannot be described");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "asn1/types/algorithm_identifier.h"
+#include "core/base/algorithm.h"
 #include "crypto/random/random.h"
 
 #include <cstdint>
@@ -9,12 +10,12 @@
 
 /// How something is enciphered with a password.
 struct SCryptoPasswordEncryption {
-    /// pbes2 (701), or one of the six of PKCS#12 (1 to 6), which are weak and for those who read nothing else.
-    std::uint32_t scheme = ccrypto::algorithm::pbes2;
-    /// Of PBES2: AES or triple DES in CBC mode (301, 305, 309, 202).
-    std::uint32_t cipher = ccrypto::algorithm::aes256Cbc;
-    /// Of PBES2: the HMAC of PBKDF2 (600 to 604).
-    std::uint32_t prf = ccrypto::algorithm::hmacSha256;
+    /// pbes2, or one of the six of PKCS#12 (pkcs12Sha1…), which are weak: for readers that support nothing else.
+    ccrypto::algorithm::Id scheme = ccrypto::algorithm::pbes2;
+    /// Of PBES2: AES or triple DES in CBC mode.
+    ccrypto::algorithm::Id cipher = ccrypto::algorithm::aes256Cbc;
+    /// Of PBES2: the HMAC of PBKDF2.
+    ccrypto::algorithm::Id prf = ccrypto::algorithm::hmacSha256;
     std::uint32_t iterations = 600'000;
 };
 

@@ -29,13 +29,13 @@ public:
                readSmall("trailerField", trailer) && saltLength <= maxSaltLength && trailer == 1;
     }
 
-    std::uint32_t hash = algorithm::sha1;
-    std::uint32_t maskHash = algorithm::sha1;
+    algorithm::Id hash = algorithm::sha1;
+    algorithm::Id maskHash = algorithm::sha1;
     std::int32_t saltLength = 20;
     std::int32_t trailer = 1;
 
 private:
-    bool readHash(const char* name, std::uint32_t& id) const
+    bool readHash(const char* name, algorithm::Id& id) const
     {
         if (!isBound(name))
             return true;
@@ -59,14 +59,14 @@ private:
 
 } // namespace
 
-bool PssLimits::allow(std::uint32_t signedHash, const SCryptoPadding& padding) const
+bool PssLimits::allow(algorithm::Id signedHash, const SCryptoPadding& padding) const
 {
     CCryptoAutoLogger logger("PssLimits::allow");
     if (padding.scheme != SCryptoPadding::Scheme::masked)
         return logger.fail(false, "The key is for PSS alone");
-    if (hash == 0)
+    if (hash == algorithm::none)
         return logger.setResult(true);
-    const std::uint32_t mask = padding.masking.maskHash != 0 ? padding.masking.maskHash : signedHash;
+    const algorithm::Id mask = padding.masking.maskHash != algorithm::none ? padding.masking.maskHash : signedHash;
     if (signedHash != hash || mask != maskHash)
         return logger.fail(false, "The key is for PSS with other hashes");
     const std::unique_ptr<ICryptoHash> function = ICryptoHash::Create(signedHash);

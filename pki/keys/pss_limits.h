@@ -1,6 +1,7 @@
 #pragma once
 
 #include "asn1/types/algorithm_identifier.h"
+#include "core/base/algorithm.h"
 #include "pki/keys/key_abilities.h"
 
 #include <cstdint>
@@ -11,13 +12,13 @@ namespace ccrypto {
 /// What an RSA key is limited to by the algorithm id-RSASSA-PSS (RFC 4055, 3.1): signatures with PSS and, when the algorithm has
 /// parameters, the hashes that they name and the shortest salt.
 struct PssLimits {
-    element algorithm;              ///< the AlgorithmIdentifier as it was read, DER
-    std::uint32_t hash = 0;         ///< 0 for any
-    std::uint32_t maskHash = 0;     ///< of MGF1; 0 for any
-    std::int32_t minSaltLength = 0; ///< bytes
+    element algorithm;                        ///< the AlgorithmIdentifier as it was read, DER
+    algorithm::Id hash = algorithm::none;     ///< none for any
+    algorithm::Id maskHash = algorithm::none; ///< of MGF1; none for any
+    std::int32_t minSaltLength = 0;           ///< bytes
 
     /// False, logged, for what the key must not be used for. A salt of any length is allowed: its length is not known yet.
-    [[nodiscard]] bool allow(std::uint32_t signedHash, const SCryptoPadding& padding) const;
+    [[nodiscard]] bool allow(algorithm::Id signedHash, const SCryptoPadding& padding) const;
 };
 
 /// Whether the algorithm is id-RSASSA-PSS.

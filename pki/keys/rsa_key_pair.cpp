@@ -39,10 +39,10 @@ std::unique_ptr<ICryptoKeyPair> CCryptoRSAKeyPair::publicHalf() const
 namespace {
 
 /// The masking of a signature is over the hash of the digest unless it names another.
-CCryptoRSAPadding MaskingFor(const SCryptoPadding& padding, std::uint32_t hash)
+CCryptoRSAPadding MaskingFor(const SCryptoPadding& padding, algorithm::Id hash)
 {
     CCryptoRSAPadding masking = padding.masking;
-    if (masking.maskHash == 0)
+    if (masking.maskHash == algorithm::none)
         masking.maskHash = hash;
     masking.hash = hash;
     return masking;

@@ -161,9 +161,9 @@ INSTANTIATE_TEST_SUITE_P(Names, CipherNamed, ::testing::ValuesIn(ICryptoCipher::
 TEST(Cipher, IsFoundByIdAndByNameInAnyCase)
 {
     for (const std::uint32_t id : {203u, 204u, 205u, 0u, 102u, 315u, 299u})
-        EXPECT_EQ(ICryptoCipher::Create(id), nullptr) << id;
+        EXPECT_EQ(ICryptoCipher::Create(static_cast<algorithm::Id>(id)), nullptr) << id;
     for (std::uint32_t id = algorithm::aes128Ecb; id <= algorithm::aes256Cfb; ++id) {
-        const auto cipher = ICryptoCipher::Create(id);
+        const auto cipher = ICryptoCipher::Create(static_cast<algorithm::Id>(id));
         ASSERT_NE(cipher, nullptr) << id;
         EXPECT_EQ(cipher->algorithmId(), id);
     }

@@ -59,7 +59,7 @@ TEST_P(GcmVectors, HoldForEveryVariant)
             SCOPED_TRACE(vector.place());
             const Bytes tag = vector.bytes("Tag");
             const Message message{vector.bytes("Key"), vector.bytes("IV"), Field(vector, "AAD"), tag.size()};
-            CCryptoGCM gcm("aes", 1, message.key.size(), variant);
+            CCryptoGCM gcm("aes", algorithm::none, message.key.size(), variant);
             const Bytes sealed = Joined({Field(vector, "Cipher text"), tag});
             const bool valid = !vector.has("Result") || vector.valid();
             const Bytes plain = Field(vector, "Plain");
@@ -91,7 +91,7 @@ TEST(Gcm, EveryVariantGivesWhatThePortableOneGives)
         const Bytes text = RandomBytes(random, length);
         Bytes expected;
         ForEachVariant([&](const Variant<gcm::Calls>& variant) {
-            CCryptoGCM gcm("aes", 1, message.key.size(), variant);
+            CCryptoGCM gcm("aes", algorithm::none, message.key.size(), variant);
             element sealed;
             ASSERT_TRUE(Seal(gcm, message, text, sealed));
             if (expected.empty())
@@ -131,7 +131,7 @@ TEST(Gcm, RefusesEveryChange)
 {
     std::mt19937 random(3);
     const Message message{RandomBytes(random, 32), RandomBytes(random, 12), RandomBytes(random, 21)};
-    CCryptoGCM gcm("aes-256-gcm", 314, 32);
+    CCryptoGCM gcm("aes-256-gcm", algorithm::aes256Gcm, 32);
     element element_;
     ASSERT_TRUE(Seal(gcm, message, RandomBytes(random, 300), element_));
     const Bytes sealed = BytesOf(element_);
@@ -168,7 +168,7 @@ TEST(Gcm, RefusesEveryChange)
 TEST(Gcm, SaysWhenTheTextChangedBetweenTheTwoPasses)
 {
     const Message message{Bytes(16, 1), Bytes(12, 2), Bytes(3, 3)};
-    CCryptoGCM gcm("aes-128-gcm", 312, 16);
+    CCryptoGCM gcm("aes-128-gcm", algorithm::aes128Gcm, 16);
     element sealed;
     ASSERT_TRUE(Seal(gcm, message, Bytes(100, 4), sealed));
     ASSERT_TRUE(gcm.startCheck(message.key, message.iv) && gcm.addAuthenticated(message.data));
@@ -189,7 +189,7 @@ TEST(Gcm, ForgetsTheFirstCounterOfATextThatEnded)
     const Bytes key = {0xFE, 0xFF, 0xE9, 0x92, 0x86, 0x65, 0x73, 0x1C, 0x6D, 0x6A, 0x8F, 0x94, 0x67, 0x30, 0x83, 0x08};
     const Bytes iv = {0xCA, 0xFE, 0xBA, 0xBE, 0xFA, 0xCE, 0xDB, 0xAD};
     const std::string firstCounter = "c43a83c4c4badec4354ca984db252f7d";
-    CCryptoGCM gcm("aes-128-gcm", 312, 16);
+    CCryptoGCM gcm("aes-128-gcm", algorithm::aes128Gcm, 16);
     for (const bool ends : {true, false}) {
         element out;
         ASSERT_TRUE(gcm.start(CipherDirection::encrypt, key, iv));
@@ -204,7 +204,7 @@ TEST(Gcm, RefusesWhatDoesNotFit)
 {
     const Bytes key(16, 1);
     const Bytes iv(12, 2);
-    CCryptoGCM gcm("aes-128-gcm", 312, 16);
+    CCryptoGCM gcm("aes-128-gcm", algorithm::aes128Gcm, 16);
     for (const std::size_t length : {0u, 3u, 5u, 7u, 9u, 11u, 17u})
         EXPECT_FALSE(gcm.setTagLength(length)) << length;
     EXPECT_FALSE(gcm.start(CipherDirection::encrypt, key, Bytes()));

@@ -27,13 +27,13 @@ Bytes Encoded(const Limbs<N>& number, std::size_t length, std::int64_t more = 0)
 }
 
 struct Limits {
-    std::uint32_t id;
+    algorithm::Id id;
     Bytes order;
     Bytes prime;
 };
 
 template <std::size_t N>
-Limits LimitsOf(std::uint32_t id, const CurveDomain<N>& domain)
+Limits LimitsOf(algorithm::Id id, const CurveDomain<N>& domain)
 {
     const CurveFacts& facts = *FindCurve(id);
     return {id, Encoded(domain.n.value, facts.orderBytes), Encoded(domain.p.value, facts.fieldBytes)};
@@ -286,7 +286,7 @@ TEST(EllipticCurves, RefuseUnknownCurvesAndBrokenSources)
 {
     NoRandom dry;
     SequenceRandom random(1);
-    for (const std::uint32_t id : {0u, 100u, 1102u, 1114u}) {
+    for (const algorithm::Id id : {algorithm::none, algorithm::sha1, algorithm::reserved1102, static_cast<algorithm::Id>(1114)}) {
         EXPECT_EQ(CCryptoEC::Generate(id, random), nullptr);
         EXPECT_EQ(CCryptoEC::FromPrivate(id, Bytes(32, 1)), nullptr);
         EXPECT_EQ(CCryptoEC::FromPublic(id, Bytes(65, 4)), nullptr);
@@ -304,7 +304,7 @@ TEST(EllipticCurves, RefuseUnknownCurvesAndBrokenSources)
 TEST(MontgomeryCurves, RefusePointsOfLowOrder)
 {
     struct {
-        std::uint32_t id;
+        algorithm::Id id;
         std::string text;
     } const cases[] = {
         {algorithm::x25519, "00" + std::string(62, '0')},

@@ -76,7 +76,7 @@ TEST(EcVectors, SignsDeterministically)
         SCOPED_TRACE(vector.place());
         const auto key = PrivateOf(vector);
         const element signature = key->signHashDeterministically(vector.bytes("Digest"), SignatureForm::pair,
-                                                                 static_cast<std::uint32_t>(vector.number("Hash")));
+                                                                 static_cast<algorithm::Id>(vector.number("Hash")));
         EXPECT_EQ(Hex(BytesOf(signature)), vector.text("R") + vector.text("S"));
     }
 }

@@ -185,7 +185,7 @@ TEST_P(SHAKE, TakesAndGivesAnyPieces)
 }
 
 struct IdCase {
-    std::uint32_t id;
+    algorithm::Id id;
     const char* name;
     std::uint32_t digestSize;
     std::uint32_t blockSize;
@@ -194,10 +194,20 @@ struct IdCase {
 TEST(Hash, IsMadeByIdAndByName)
 {
     constexpr IdCase cases[] = {
-        {0, "md4", 16, 64},         {100, "Sha-1", 20, 64},      {101, "MD5", 16, 64},      {102, "sha256", 32, 64},
-        {103, "SHA384", 48, 128},   {104, "sha-512", 64, 128},   {105, "sHA-224", 28, 64},  {106, "md5-sha1", 36, 64},
-        {110, "sha3-224", 28, 144}, {111, "SHA3-256", 32, 136},  {112, "sha3384", 48, 104}, {113, "Sha3-512", 64, 72},
-        {114, "shake128", 32, 168}, {115, "SHAKE-256", 64, 136},
+        {algorithm::none, "md4", 16, 64},
+        {algorithm::sha1, "Sha-1", 20, 64},
+        {algorithm::md5, "MD5", 16, 64},
+        {algorithm::sha256, "sha256", 32, 64},
+        {algorithm::sha384, "SHA384", 48, 128},
+        {algorithm::sha512, "sha-512", 64, 128},
+        {algorithm::sha224, "sHA-224", 28, 64},
+        {algorithm::md5Sha1, "md5-sha1", 36, 64},
+        {algorithm::sha3_224, "sha3-224", 28, 144},
+        {algorithm::sha3_256, "SHA3-256", 32, 136},
+        {algorithm::sha3_384, "sha3384", 48, 104},
+        {algorithm::sha3_512, "Sha3-512", 64, 72},
+        {algorithm::shake128, "shake128", 32, 168},
+        {algorithm::shake256, "SHAKE-256", 64, 136},
     };
     for (const IdCase& row : cases) {
         SCOPED_TRACE(row.name);
@@ -207,14 +217,14 @@ TEST(Hash, IsMadeByIdAndByName)
         EXPECT_EQ(hash->digestSize(), row.digestSize);
         EXPECT_EQ(hash->blockSize(), row.blockSize);
         EXPECT_EQ(ICryptoHash::CreateByName(hash->name())->algorithmId(), row.id);
-        if (row.id != 0) {
+        if (row.id != algorithm::none) {
             hash = ICryptoHash::Create(row.id);
             ASSERT_NE(hash, nullptr);
             EXPECT_EQ(hash->algorithmId(), row.id);
         }
     }
     for (const std::uint32_t id : {0u, 99u, 107u, 109u, 116u, 600u, 0xFFFFFFFFu})
-        EXPECT_EQ(ICryptoHash::Create(id), nullptr) << id;
+        EXPECT_EQ(ICryptoHash::Create(static_cast<algorithm::Id>(id)), nullptr) << id;
     for (const char* name : {"", "-", "sha", "sha-2", "sha3", "shake", "sha2560", "sha256 ", "hmac-sha256", "md5sha"})
         EXPECT_EQ(ICryptoHash::CreateByName(name), nullptr) << name;
     EXPECT_EQ(ICryptoHash::CreateByName(std::string(100000, '-') + "md5"), nullptr);
@@ -227,7 +237,7 @@ TEST(Hash, MD5AndSHA1StandBehindEachOther)
     Bytes both = DigestOf(*ICryptoHash::CreateByName("md5"), message);
     const Bytes sha1 = DigestOf(*ICryptoHash::CreateByName("sha1"), message);
     both.insert(both.end(), sha1.begin(), sha1.end());
-    EXPECT_EQ(DigestOf(*ICryptoHash::Create(106), message), both);
+    EXPECT_EQ(DigestOf(*ICryptoHash::Create(algorithm::md5Sha1), message), both);
 }
 
 } // namespace

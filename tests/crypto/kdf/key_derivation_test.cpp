@@ -10,9 +10,10 @@ namespace {
 
 using KDF = CCryptoKeyDerivation;
 
-constexpr std::uint32_t hashIds[] = {100, 101, 102, 103, 104, 105};
+constexpr algorithm::Id hashIds[] = {algorithm::sha1,   algorithm::md5,    algorithm::sha256,
+                                     algorithm::sha384, algorithm::sha512, algorithm::sha224};
 
-std::uint32_t IdOf(const TestVector& vector)
+algorithm::Id IdOf(const TestVector& vector)
 {
     return ICryptoHash::CreateByName(vector.text("Hash"))->algorithmId();
 }
@@ -58,7 +59,7 @@ TEST(KeyDerivation, HKDFVectors)
 {
     for (const TestVector& vector : ReadVectors("hkdf.txt")) {
         SCOPED_TRACE(vector.place());
-        const std::uint32_t id = IdOf(vector);
+        const algorithm::Id id = IdOf(vector);
         const Bytes salt = vector.bytes("Salt");
         const Bytes secret = vector.bytes("Secret");
         const auto length = static_cast<std::uint32_t>(vector.number("Length"));
@@ -73,8 +74,8 @@ TEST(KeyDerivation, PBKDF1HashesAgainAndAgain)
 {
     const Bytes password = {'p', 'a', 's', 's', 'w', 'o', 'r', 'd'};
     const Bytes salt = {0x78, 0x57, 0x8E, 0x5A, 0x5D, 0x63, 0xCB, 0x06};
-    EXPECT_EQ(HexOf(KDF::PBKDF1(100, password, salt, 1000, 16)), "dc19847e05c64d2faf10ebfb4a3d2a20");
-    for (const std::uint32_t id : hashIds) {
+    EXPECT_EQ(HexOf(KDF::PBKDF1(algorithm::sha1, password, salt, 1000, 16)), "dc19847e05c64d2faf10ebfb4a3d2a20");
+    for (const algorithm::Id id : hashIds) {
         const auto hash = ICryptoHash::Create(id);
         hash->update(password);
         hash->update(salt);
@@ -88,7 +89,7 @@ TEST(KeyDerivation, PBKDF1HashesAgainAndAgain)
 }
 
 /// RFC 8018, 5.2, to the letter.
-element SlowPBKDF2(std::uint32_t id, const Bytes& password, const Bytes& salt, std::uint32_t iterations, std::uint32_t length)
+element SlowPBKDF2(algorithm::Id id, const Bytes& password, const Bytes& salt, std::uint32_t iterations, std::uint32_t length)
 {
     const auto mac = CCryptoHMAC::Create(id);
     mac->setKey(password);
@@ -111,7 +112,7 @@ element SlowPBKDF2(std::uint32_t id, const Bytes& password, const Bytes& salt, s
 
 TEST(KeyDerivation, PBKDF2IsItsSlowTwinForEveryHashAndLength)
 {
-    for (const std::uint32_t id : hashIds) {
+    for (const algorithm::Id id : hashIds) {
         for (const std::size_t passwordLength : {0u, 1u, 64u, 65u, 128u, 129u, 300u}) {
             SCOPED_TRACE(std::to_string(id) + " with a password of " + std::to_string(passwordLength));
             const Bytes password(passwordLength, 'p');
@@ -122,7 +123,8 @@ TEST(KeyDerivation, PBKDF2IsItsSlowTwinForEveryHashAndLength)
                     << length;
         }
     }
-    EXPECT_EQ(KDF::PBKDF2(602, Bytes(3), Bytes(3), 2, 32), KDF::PBKDF2(102, Bytes(3), Bytes(3), 2, 32));
+    EXPECT_EQ(KDF::PBKDF2(algorithm::hmacSha256, Bytes(3), Bytes(3), 2, 32),
+              KDF::PBKDF2(algorithm::sha256, Bytes(3), Bytes(3), 2, 32));
 }
 
 TEST(KeyDerivation, PasswordsForPKCS12AreBigEndian)
@@ -135,7 +137,7 @@ TEST(KeyDerivation, PasswordsForPKCS12AreBigEndian)
 
 struct BadCase {
     const char* name;
-    std::uint32_t hashId = 102;
+    algorithm::Id hashId = algorithm::sha256;
     std::size_t passwordLength = 8;
     std::size_t saltLength = 8;
     std::uint32_t iterations = 2;
@@ -145,9 +147,9 @@ struct BadCase {
 TEST(KeyDerivation, ParametersOutOfBoundsGiveNoKey)
 {
     const BadCase cases[] = {
-        {.name = "no hash", .hashId = 0},
-        {.name = "a cipher", .hashId = 301},
-        {.name = "two hashes in one", .hashId = 106},
+        {.name = "no hash", .hashId = algorithm::none},
+        {.name = "a cipher", .hashId = algorithm::aes128Cbc},
+        {.name = "two hashes in one", .hashId = algorithm::md5Sha1},
         {.name = "a password too long", .passwordLength = KDF::maxInput + 1},
         {.name = "a salt too long", .saltLength = KDF::maxInput + 1},
         {.name = "no iteration", .iterations = 0},
@@ -168,19 +170,19 @@ TEST(KeyDerivation, ParametersOutOfBoundsGiveNoKey)
     }
 
     const Bytes key(32);
-    EXPECT_TRUE(KDF::HKDF(106, key, key, key, 16).isEmpty());
-    EXPECT_TRUE(KDF::HKDF(102, key, key, key, 0).isEmpty());
-    EXPECT_EQ(KDF::HKDF(102, key, key, key, 255 * 32).length(), 255u * 32);
-    EXPECT_TRUE(KDF::HKDF(102, key, key, key, 255 * 32 + 1).isEmpty());
-    EXPECT_TRUE(KDF::HKDFExpand(102, Bytes(31), key, 16).isEmpty());
-    for (const std::uint32_t id : {0u, 106u, 114u, 115u})
+    EXPECT_TRUE(KDF::HKDF(algorithm::md5Sha1, key, key, key, 16).isEmpty());
+    EXPECT_TRUE(KDF::HKDF(algorithm::sha256, key, key, key, 0).isEmpty());
+    EXPECT_EQ(KDF::HKDF(algorithm::sha256, key, key, key, 255 * 32).length(), 255u * 32);
+    EXPECT_TRUE(KDF::HKDF(algorithm::sha256, key, key, key, 255 * 32 + 1).isEmpty());
+    EXPECT_TRUE(KDF::HKDFExpand(algorithm::sha256, Bytes(31), key, 16).isEmpty());
+    for (const algorithm::Id id : {algorithm::none, algorithm::md5Sha1, algorithm::shake128, algorithm::shake256})
         EXPECT_TRUE(KDF::X963(id, key, key, 16).isEmpty()) << id;
     for (const std::uint32_t length : {0u, KDF::maxKey + 1})
-        EXPECT_TRUE(KDF::X963(102, key, key, length).isEmpty()) << length;
-    EXPECT_TRUE(KDF::X963(102, {}, key, 16).isEmpty());
-    EXPECT_TRUE(KDF::X963(102, key, Bytes(KDF::maxInput + 1), 16).isEmpty());
-    EXPECT_EQ(KDF::X963(111, key, key, KDF::maxKey).length(), KDF::maxKey);
-    EXPECT_TRUE(KDF::HKDFExtract(102, Bytes(KDF::maxInput + 1), key).isEmpty());
+        EXPECT_TRUE(KDF::X963(algorithm::sha256, key, key, length).isEmpty()) << length;
+    EXPECT_TRUE(KDF::X963(algorithm::sha256, {}, key, 16).isEmpty());
+    EXPECT_TRUE(KDF::X963(algorithm::sha256, key, Bytes(KDF::maxInput + 1), 16).isEmpty());
+    EXPECT_EQ(KDF::X963(algorithm::sha3_256, key, key, KDF::maxKey).length(), KDF::maxKey);
+    EXPECT_TRUE(KDF::HKDFExtract(algorithm::sha256, Bytes(KDF::maxInput + 1), key).isEmpty());
 }
 
 } // namespace

@@ -53,8 +53,8 @@ TEST(HMAC, ADifferentMACIsRefused)
 
 TEST(HMAC, KeysAroundABlockAreFilledOrHashed)
 {
-    const auto mac = CCryptoHMAC::Create(602);
-    const auto hash = ICryptoHash::Create(102);
+    const auto mac = CCryptoHMAC::Create(algorithm::hmacSha256);
+    const auto hash = ICryptoHash::Create(algorithm::sha256);
     const Bytes message(10, 'm');
     for (const std::size_t length : {0u, 1u, 63u, 64u}) {
         Bytes key(length, 'k');
@@ -73,13 +73,17 @@ TEST(HMAC, KeysAroundABlockAreFilledOrHashed)
 
 TEST(HMAC, IsMadeByIdAndByName)
 {
-    constexpr std::pair<std::uint32_t, std::uint32_t> ids[] = {{600, 100}, {601, 105}, {602, 102}, {603, 103},
-                                                               {604, 104}, {610, 110}, {611, 111}, {612, 112},
-                                                               {613, 113}, {101, 101}, {106, 106}};
+    using namespace algorithm;
+    constexpr std::pair<Id, Id> ids[] = {{hmacSha1, sha1},         {hmacSha224, sha224},
+                                         {hmacSha256, sha256},     {hmacSha384, sha384},
+                                         {hmacSha512, sha512},     {hmacSha3_224, sha3_224},
+                                         {hmacSha3_256, sha3_256}, {hmacSha3_384, sha3_384},
+                                         {hmacSha3_512, sha3_512}, {md5, md5},
+                                         {md5Sha1, md5Sha1}};
     for (const auto& [id, hashId] : ids)
         EXPECT_EQ(CCryptoHMAC::Create(id)->hashId(), hashId) << id;
     for (const std::uint32_t id : {0u, 107u, 114u, 115u, 599u, 605u, 614u})
-        EXPECT_EQ(CCryptoHMAC::Create(id), nullptr) << id;
+        EXPECT_EQ(CCryptoHMAC::Create(static_cast<algorithm::Id>(id)), nullptr) << id;
     EXPECT_STREQ(CCryptoHMAC::CreateByName("Hmac-Sha1")->hashName(), "SHA-1");
     for (const char* name : {"", "hmac-", "hmac", "hmac-hmac-sha1", "aes-cmac", "hmac-shake128"})
         EXPECT_EQ(CCryptoHMAC::CreateByName(name), nullptr) << name;

@@ -29,12 +29,16 @@ std::string DigitsOf(const std::string& arguments)
 }
 
 struct NameCase {
-    std::uint32_t id;
+    algorithm::Id id;
     const char* name;
 };
 
-constexpr NameCase names[] = {{100, "sha1"}, {101, "md5"}, {102, "sha256"}, {103, "sha384"}, {104, "sha512"}, {105, "sha224"}};
-constexpr NameCase sha3Names[] = {{110, "sha3-224"}, {111, "sha3-256"}, {112, "sha3-384"}, {113, "sha3-512"}};
+constexpr NameCase names[] = {{algorithm::sha1, "sha1"},     {algorithm::md5, "md5"},       {algorithm::sha256, "sha256"},
+                              {algorithm::sha384, "sha384"}, {algorithm::sha512, "sha512"}, {algorithm::sha224, "sha224"}};
+constexpr NameCase sha3Names[] = {{algorithm::sha3_224, "sha3-224"},
+                                  {algorithm::sha3_256, "sha3-256"},
+                                  {algorithm::sha3_384, "sha3-384"},
+                                  {algorithm::sha3_512, "sha3-512"}};
 
 TEST(HashesBesideOpenSSL, DigestsAndMACs)
 {

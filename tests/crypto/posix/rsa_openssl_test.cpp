@@ -97,10 +97,11 @@ private:
 };
 
 const struct {
-    std::uint32_t id;
+    algorithm::Id id;
     const char* name;
-} hashes[] = {{100, "sha1"},     {102, "sha256"},   {103, "sha384"},   {104, "sha512"},  {105, "sha224"},
-              {110, "sha3-224"}, {111, "sha3-256"}, {112, "sha3-384"}, {113, "sha3-512"}};
+} hashes[] = {{algorithm::sha1, "sha1"},         {algorithm::sha256, "sha256"},     {algorithm::sha384, "sha384"},
+              {algorithm::sha512, "sha512"},     {algorithm::sha224, "sha224"},     {algorithm::sha3_224, "sha3-224"},
+              {algorithm::sha3_256, "sha3-256"}, {algorithm::sha3_384, "sha3-384"}, {algorithm::sha3_512, "sha3-512"}};
 
 TEST_F(RSABesideOpenSSL, TakesItsKeysAndGivesItOurs)
 {
@@ -131,11 +132,11 @@ TEST_F(RSABesideOpenSSL, AgreesOnSignatures)
         ASSERT_TRUE(openssl(pss + "-sigopt rsa_pss_saltlen:-1 -sign key.pem -out signature message"));
         EXPECT_TRUE(key->verifyPSS({.hash = hash.id}, digest, read("signature")));
         ASSERT_TRUE(openssl(pss + "-sigopt rsa_mgf1_md:sha1 -sigopt rsa_pss_saltlen:max -sign key.pem -out signature message"));
-        EXPECT_TRUE(key->verifyPSS({.hash = hash.id, .maskHash = 100, .saltLength = CCryptoRSAPadding::saltOfAnyLength}, digest,
-                                   read("signature")));
+        EXPECT_TRUE(key->verifyPSS({.hash = hash.id, .maskHash = algorithm::sha1, .saltLength = CCryptoRSAPadding::saltOfAnyLength},
+                                   digest, read("signature")));
         write("signature", BytesOf(key->signPSS({.hash = hash.id}, digest)));
         EXPECT_TRUE(openssl(pss + "-sigopt rsa_pss_saltlen:-1 -verify public.pem -signature signature message"));
-        write("signature", BytesOf(key->signPSS({.hash = hash.id, .maskHash = 102, .saltLength = 0}, digest)));
+        write("signature", BytesOf(key->signPSS({.hash = hash.id, .maskHash = algorithm::sha256, .saltLength = 0}, digest)));
         EXPECT_TRUE(
             openssl(pss + "-sigopt rsa_mgf1_md:sha256 -sigopt rsa_pss_saltlen:0 -verify public.pem -signature signature message"));
     }
@@ -160,7 +161,7 @@ TEST_F(RSABesideOpenSSL, AgreesOnCiphertexts)
     agree("-pkeyopt rsa_padding_mode:pkcs1", key->encryptPKCS1(message()),
           [&](const Bytes& ciphertext) { return key->decryptPKCS1(ciphertext, found); });
     for (const auto& hash : hashes) {
-        const CCryptoRSAPadding padding{.hash = hash.id, .maskHash = 102, .label = label};
+        const CCryptoRSAPadding padding{.hash = hash.id, .maskHash = algorithm::sha256, .label = label};
         agree(std::string("-pkeyopt rsa_padding_mode:oaep -pkeyopt rsa_mgf1_md:sha256 -pkeyopt rsa_oaep_label:abcd ") +
                   "-pkeyopt rsa_oaep_md:" + hash.name,
               key->encryptOAEP(padding, message()),

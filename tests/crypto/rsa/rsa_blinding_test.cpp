@@ -100,7 +100,7 @@ TEST(RSAPrivateOperation, GivesNothingWhenItsResultIsWrong)
     // 1 stays 1 whatever it is raised to; once it is blinded the fault shows.
     for (const std::uint8_t input : Bytes{1, 2, 3, 0x55})
         EXPECT_TRUE(key->privateOperation(BytesWithLast(*key, input)).isEmpty()) << int{input};
-    EXPECT_TRUE(key->signPKCS1(102, Bytes(32, 7)).isEmpty());
+    EXPECT_TRUE(key->signPKCS1(algorithm::sha256, Bytes(32, 7)).isEmpty());
     EXPECT_TRUE(key->signPSS({}, Bytes(32, 7)).isEmpty());
     element message;
     EXPECT_FALSE(key->decryptPKCS1(BytesOf(key->encryptPKCS1(Bytes(16, 7))), message));

@@ -81,8 +81,8 @@ TEST(RSAEncryption, GivesBackMessagesOfEveryLength)
     }
     EXPECT_TRUE(key.encryptPKCS1(Bytes(size - 10)).isEmpty());
     EXPECT_TRUE(key.encryptOAEP({}, Bytes(size - 1 - 2 * 32)).isEmpty());
-    EXPECT_TRUE(key.encryptOAEP({.hash = 104}, Bytes{}).isEmpty()); // 1024 bits have no room for two SHA-512
-    EXPECT_TRUE(key.encryptOAEP({.hash = 106}, Bytes{1}).isEmpty());
+    EXPECT_TRUE(key.encryptOAEP({.hash = algorithm::sha512}, Bytes{}).isEmpty()); // 1024 bits have no room for two SHA-512
+    EXPECT_TRUE(key.encryptOAEP({.hash = algorithm::md5Sha1}, Bytes{1}).isEmpty());
     ToldBytes none({});
     EXPECT_TRUE(key.encryptPKCS1(Bytes{1}, none).isEmpty());
     EXPECT_TRUE(key.encryptOAEP({}, Bytes{1}, none).isEmpty());
@@ -186,7 +186,7 @@ TEST(RSADecryption, OfPKCS1UnwrapsTheLengthThatIsWanted)
 
 TEST(RSADecryption, OfOAEPRefusesAnyByteChanged)
 {
-    const CCryptoRSAPadding padding{.hash = 100, .label = {}};
+    const CCryptoRSAPadding padding{.hash = algorithm::sha1, .label = {}};
     const Bytes message = {1, 2, 3};
     const Bytes block = Decrypted(AnyKey().encryptOAEP(padding, message));
     element found;
@@ -200,10 +200,10 @@ TEST(RSADecryption, OfOAEPRefusesAnyByteChanged)
         EXPECT_TRUE(found.isEmpty());
     }
     const Bytes label = {'x'};
-    EXPECT_FALSE(AnyKey().decryptOAEP({.hash = 100, .label = label}, Encrypted(block), found));
-    EXPECT_FALSE(AnyKey().decryptOAEP({.hash = 102}, Encrypted(block), found));
-    EXPECT_FALSE(AnyKey().decryptOAEP({.hash = 100, .maskHash = 102}, Encrypted(block), found));
-    EXPECT_FALSE(AnyKey().decryptOAEP({.hash = 104}, Encrypted(block), found));
+    EXPECT_FALSE(AnyKey().decryptOAEP({.hash = algorithm::sha1, .label = label}, Encrypted(block), found));
+    EXPECT_FALSE(AnyKey().decryptOAEP({.hash = algorithm::sha256}, Encrypted(block), found));
+    EXPECT_FALSE(AnyKey().decryptOAEP({.hash = algorithm::sha1, .maskHash = algorithm::sha256}, Encrypted(block), found));
+    EXPECT_FALSE(AnyKey().decryptOAEP({.hash = algorithm::sha512}, Encrypted(block), found));
 }
 
 TEST(RSADecryption, RefusesCiphertextsOfTheWrongLengthOrTooLarge)

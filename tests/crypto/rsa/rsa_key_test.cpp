@@ -117,7 +117,7 @@ TEST(RSAKey, RefusesPrivateNumbersThatDoNotBelongTogether)
     EXPECT_EQ(swapped->numbers().exponent1, right.exponent2);
     EXPECT_EQ(swapped->numbers().exponent2, right.exponent1);
     const Bytes digest(32, 1);
-    EXPECT_EQ(swapped->signPKCS1(102, digest), AnyKey().signPKCS1(102, digest));
+    EXPECT_EQ(swapped->signPKCS1(algorithm::sha256, digest), AnyKey().signPKCS1(algorithm::sha256, digest));
 }
 
 TEST(RSAKey, TakesPrimesOfDifferentLengths)
@@ -162,14 +162,14 @@ TEST(RSAKey, ServesManyThreadsAtOnce)
     // More operations than a blinding lasts.
     constexpr int operations = 100;
     const Bytes digest(32, 9);
-    const element expected = AnyKey().signPKCS1(102, digest);
+    const element expected = AnyKey().signPKCS1(algorithm::sha256, digest);
     const auto key = CCryptoRSA::FromPrivate(Numbers());
     std::atomic<int> right = 0;
     std::vector<std::thread> threads;
     for (int i = 0; i < 3; ++i)
         threads.emplace_back([&] {
             for (int operation = 0; operation < operations; ++operation)
-                right += key->signPKCS1(102, digest) == expected ? 1 : 0;
+                right += key->signPKCS1(algorithm::sha256, digest) == expected ? 1 : 0;
         });
     for (std::thread& thread : threads)
         thread.join();
@@ -205,7 +205,7 @@ TEST(RSAKey, IsGeneratedByTheRules)
         EXPECT_FALSE(publicKey->isPrivate());
         EXPECT_TRUE(publicKey->numbers().prime1.isEmpty() && publicKey->numbers().privateExponent.isEmpty());
         const Bytes digest(20, 3);
-        EXPECT_TRUE(publicKey->verifyPKCS1(100, digest, key->signPKCS1(100, digest).bytes()));
+        EXPECT_TRUE(publicKey->verifyPKCS1(algorithm::sha1, digest, key->signPKCS1(algorithm::sha1, digest).bytes()));
     }
 }
 

@@ -119,29 +119,29 @@ TEST(RSAVerification, AgreesWithTheVectors)
 TEST(RSASignature, OfPKCS1IsRefusedWithAnyByteOfItsBlockChanged)
 {
     const Bytes digest = Digest(32);
-    const Bytes block = Opened(AnyKey().signPKCS1(102, digest));
-    ASSERT_TRUE(AnyKey().verifyPKCS1(102, digest, Signed(block)));
+    const Bytes block = Opened(AnyKey().signPKCS1(algorithm::sha256, digest));
+    ASSERT_TRUE(AnyKey().verifyPKCS1(algorithm::sha256, digest, Signed(block)));
     for (std::size_t i = 0; i < block.size(); ++i) {
         Bytes changed = block;
         changed[i] ^= i == 0 ? 0x01 : 0x80;
-        EXPECT_FALSE(AnyKey().verifyPKCS1(102, digest, Signed(changed))) << i;
+        EXPECT_FALSE(AnyKey().verifyPKCS1(algorithm::sha256, digest, Signed(changed))) << i;
     }
     // Padding too short, with the rest after the digest; NULL left out; a longer form of a length.
     Bytes shorter = block;
     shorter.erase(shorter.begin() + 10, shorter.begin() + 30);
     shorter.resize(block.size(), 0);
-    EXPECT_FALSE(AnyKey().verifyPKCS1(102, digest, Signed(shorter)));
+    EXPECT_FALSE(AnyKey().verifyPKCS1(algorithm::sha256, digest, Signed(shorter)));
     Bytes withoutNull = block;
     const std::ptrdiff_t info = static_cast<std::ptrdiff_t>(block.size()) - 51;
     withoutNull.erase(withoutNull.begin() + info + 15, withoutNull.begin() + info + 17);
     withoutNull[static_cast<std::size_t>(info) + 1] -= 2;
     withoutNull[static_cast<std::size_t>(info) + 3] -= 2;
     withoutNull.insert(withoutNull.begin() + 2, 2, 0xFF);
-    EXPECT_FALSE(AnyKey().verifyPKCS1(102, digest, Signed(withoutNull)));
+    EXPECT_FALSE(AnyKey().verifyPKCS1(algorithm::sha256, digest, Signed(withoutNull)));
     Bytes longForm = block;
     longForm.insert(longForm.begin() + info + 1, 0x81);
     longForm.erase(longForm.begin() + 2);
-    EXPECT_FALSE(AnyKey().verifyPKCS1(102, digest, Signed(longForm)));
+    EXPECT_FALSE(AnyKey().verifyPKCS1(algorithm::sha256, digest, Signed(longForm)));
 }
 
 TEST(RSASignature, OfPSSIsRefusedWithAnyByteOfItsBlockChanged)
@@ -164,21 +164,21 @@ TEST(RSASignature, IsRefusedWithTheWrongLengthOrNumber)
     const CCryptoRSA& key = AnyKey();
     const CCryptoRSAPadding padding;
     const Bytes digest = Digest(32);
-    for (const Bytes& signature : {BytesOf(key.signPKCS1(102, digest)), BytesOf(key.signPSS(padding, digest))}) {
+    for (const Bytes& signature : {BytesOf(key.signPKCS1(algorithm::sha256, digest)), BytesOf(key.signPSS(padding, digest))}) {
         Bytes longer = signature;
         longer.insert(longer.begin(), 0);
         const Bytes shorter(signature.begin() + 1, signature.end());
         Bytes more = signature;
         more.push_back(0);
         for (const Bytes& wrong : {longer, shorter, more, Bytes{}, Bytes(128, 0), BytesOf(key.modulus()), Bytes(128, 0xFF)}) {
-            EXPECT_FALSE(key.verifyPKCS1(102, digest, wrong));
+            EXPECT_FALSE(key.verifyPKCS1(algorithm::sha256, digest, wrong));
             EXPECT_FALSE(key.verifyPSS(padding, digest, wrong));
         }
     }
     // 1 is its own power.
     Bytes one(128);
     one.back() = 1;
-    EXPECT_FALSE(key.verifyPKCS1(102, digest, one));
+    EXPECT_FALSE(key.verifyPKCS1(algorithm::sha256, digest, one));
     EXPECT_FALSE(key.verifyPSS(padding, digest, one));
 }
 
@@ -186,9 +186,10 @@ TEST(RSASignature, HoldsForItsHashAndKeyAlone)
 {
     const CCryptoRSA& key = AnyKey();
     const struct {
-        std::uint32_t hash;
+        algorithm::Id hash;
         std::size_t length;
-    } hashes[] = {{100, 20}, {101, 16}, {102, 32}, {103, 48}, {104, 64}, {105, 28}, {106, 36}};
+    } hashes[] = {{algorithm::sha1, 20},   {algorithm::md5, 16},    {algorithm::sha256, 32}, {algorithm::sha384, 48},
+                  {algorithm::sha512, 64}, {algorithm::sha224, 28}, {algorithm::md5Sha1, 36}};
     for (const auto& h : hashes) {
         SCOPED_TRACE(h.hash);
         const Bytes digest = Digest(h.length);
@@ -202,19 +203,19 @@ TEST(RSASignature, HoldsForItsHashAndKeyAlone)
         changed.back() ^= 1;
         EXPECT_FALSE(key.verifyPKCS1(h.hash, changed, signature.bytes()));
 
-        if (h.hash == 106 || h.hash == 104)
+        if (h.hash == algorithm::md5Sha1 || h.hash == algorithm::sha512)
             continue; // not for PSS; no room for two times 64 bytes
-        const CCryptoRSAPadding padding{.hash = h.hash, .maskHash = 100};
+        const CCryptoRSAPadding padding{.hash = h.hash, .maskHash = algorithm::sha1};
         const element randomised = key.signPSS(padding, digest);
         EXPECT_NE(randomised, key.signPSS(padding, digest));
         EXPECT_TRUE(key.verifyPSS(padding, digest, randomised.bytes()));
-        EXPECT_EQ(key.verifyPSS({.hash = h.hash}, digest, randomised.bytes()), h.hash == 100);
+        EXPECT_EQ(key.verifyPSS({.hash = h.hash}, digest, randomised.bytes()), h.hash == algorithm::sha1);
         EXPECT_FALSE(key.verifyPSS(padding, changed, randomised.bytes()));
     }
-    EXPECT_TRUE(key.signPKCS1(0, Digest(20)).isEmpty());
-    EXPECT_TRUE(key.signPKCS1(107, Digest(20)).isEmpty());
-    EXPECT_TRUE(key.signPSS({.hash = 106}, Digest(36)).isEmpty());
-    EXPECT_TRUE(key.signPSS({.hash = 102, .maskHash = 99}, Digest(32)).isEmpty());
+    EXPECT_TRUE(key.signPKCS1(algorithm::none, Digest(20)).isEmpty());
+    EXPECT_TRUE(key.signPKCS1(static_cast<algorithm::Id>(107), Digest(20)).isEmpty());
+    EXPECT_TRUE(key.signPSS({.hash = algorithm::md5Sha1}, Digest(36)).isEmpty());
+    EXPECT_TRUE(key.signPSS({.hash = algorithm::sha256, .maskHash = static_cast<algorithm::Id>(99)}, Digest(32)).isEmpty());
 }
 
 TEST(RSASignature, OfPSSTakesEverySaltThatHasRoom)

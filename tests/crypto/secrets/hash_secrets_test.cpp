@@ -44,7 +44,8 @@ TEST(HashSecrets, ExtendableOutput)
 
 TEST(HashSecrets, Derivation)
 {
-    for (const std::uint32_t id : {100u, 101u, 102u, 103u, 104u, 105u}) {
+    for (const algorithm::Id id :
+         {algorithm::sha1, algorithm::md5, algorithm::sha256, algorithm::sha384, algorithm::sha512, algorithm::sha224}) {
         SCOPED_TRACE(id);
         const Bytes salt(8, 1);
         for (const std::size_t length : {8u, 200u}) {

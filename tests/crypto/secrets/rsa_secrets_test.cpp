@@ -30,7 +30,7 @@ TEST(RSASecrets, GenerateAKeyAndSign)
 {
     const CCryptoRSA& key = SecretKey();
     const Bytes digest(32, 7);
-    EXPECT_TRUE(key.verifyPKCS1(102, digest, Known(key.signPKCS1(102, digest))));
+    EXPECT_TRUE(key.verifyPKCS1(algorithm::sha256, digest, Known(key.signPKCS1(algorithm::sha256, digest))));
     EXPECT_TRUE(key.verifyDigestInfo(digest, Known(key.signDigestInfo(digest))));
     EXPECT_TRUE(key.verifyPSS({}, digest, Known(key.signPSS({}, digest))));
 }

@@ -48,7 +48,7 @@ std::unique_ptr<ICryptoKeyPair> Load(const Bytes& bytes)
 }
 
 /// A key of the data file by the id of its algorithm or curve.
-std::unique_ptr<ICryptoKeyPair> KeyOf(std::uint32_t kind)
+std::unique_ptr<ICryptoKeyPair> KeyOf(algorithm::Id kind)
 {
     for (const TestVector& vector : ReadVectors("key_files.txt"))
         if (vector.number("Kind") == kind)
@@ -146,12 +146,18 @@ TEST(KeyFile, WritesEveryEncryption)
     SCryptoPasswordEncryption encryption;
     encryption.iterations = 100;
     std::vector<SCryptoPasswordEncryption> all;
-    for (encryption.scheme = algorithm::pkcs12Sha1Rc4_128; encryption.scheme <= algorithm::pkcs12Sha1Rc2_40; ++encryption.scheme)
+    for (const algorithm::Id scheme :
+         {algorithm::pkcs12Sha1Rc4_128, algorithm::pkcs12Sha1Rc4_40, algorithm::pkcs12Sha1TripleDes3Key,
+          algorithm::pkcs12Sha1TripleDes2Key, algorithm::pkcs12Sha1Rc2_128, algorithm::pkcs12Sha1Rc2_40}) {
+        encryption.scheme = scheme;
         all.push_back(encryption);
+    }
     encryption.scheme = algorithm::pbes2;
-    for (const std::uint32_t cipher : {algorithm::aes128Cbc, algorithm::aes192Cbc, algorithm::aes256Cbc, algorithm::tripleDesCbc})
-        for (encryption.prf = algorithm::hmacSha1; encryption.prf <= algorithm::hmacSha512; ++encryption.prf) {
+    for (const algorithm::Id cipher : {algorithm::aes128Cbc, algorithm::aes192Cbc, algorithm::aes256Cbc, algorithm::tripleDesCbc})
+        for (const algorithm::Id prf :
+             {algorithm::hmacSha1, algorithm::hmacSha224, algorithm::hmacSha256, algorithm::hmacSha384, algorithm::hmacSha512}) {
             encryption.cipher = cipher;
+            encryption.prf = prf;
             all.push_back(encryption);
         }
     for (const SCryptoPasswordEncryption& row : all) {
@@ -166,19 +172,19 @@ TEST(KeyFile, WritesEveryEncryption)
         EXPECT_EQ(HexOf(again->privateKeyInfo()), HexOf(key->privateKeyInfo()));
     }
 
-    for (const auto& [member, value] : std::initializer_list<std::pair<std::uint32_t SCryptoPasswordEncryption::*, std::uint32_t>>{
-             {&SCryptoPasswordEncryption::scheme, 7},
-             {&SCryptoPasswordEncryption::cipher, algorithm::aes128Gcm},
-             {&SCryptoPasswordEncryption::prf, algorithm::sha256WithRsa},
-             {&SCryptoPasswordEncryption::prf, algorithm::sha256},
-             {&SCryptoPasswordEncryption::iterations, 0},
-             {&SCryptoPasswordEncryption::iterations, 0xFFFFFFFF},
-         }) {
-        SCryptoPasswordEncryption wrong;
-        wrong.iterations = 100;
-        wrong.*member = value;
-        EXPECT_TRUE(CCryptoKeyFile().Save(*key, KeyForm::encryptedPrivateKey, "x", wrong).isEmpty()) << value;
-    }
+    const struct {
+        const char* name;
+        SCryptoPasswordEncryption parameters;
+    } refused[] = {
+        {"an unknown scheme", {.scheme = static_cast<algorithm::Id>(7), .iterations = 100}},
+        {"GCM", {.cipher = algorithm::aes128Gcm, .iterations = 100}},
+        {"a signature as PRF", {.prf = algorithm::sha256WithRsa, .iterations = 100}},
+        {"a plain hash as PRF", {.prf = algorithm::sha256, .iterations = 100}},
+        {"no iteration", {.iterations = 0}},
+        {"more iterations than any", {.iterations = 0xFFFFFFFF}},
+    };
+    for (const auto& row : refused)
+        EXPECT_TRUE(CCryptoKeyFile().Save(*key, KeyForm::encryptedPrivateKey, "x", row.parameters).isEmpty()) << row.name;
 }
 
 TEST(KeyFile, AsksForNoPasswordThatCannotHelp)
@@ -187,7 +193,7 @@ TEST(KeyFile, AsksForNoPasswordThatCannotHelp)
     const struct {
         const char* name;
         void (*spoil)(Parameters&);
-        std::uint32_t scheme;
+        algorithm::Id scheme;
         bool asks;
     } cases[] = {
         {"right but for the password", [](Parameters&) {}, algorithm::pbes2, true},
@@ -237,8 +243,8 @@ TEST(KeyFile, AlgorithmsHaveTheirOwnParametersAlone)
 {
     const struct {
         const char* name;
-        std::uint32_t kind;
-        std::uint32_t algorithm;
+        algorithm::Id kind;
+        algorithm::Id algorithm;
         ElementNodePtr (*parameters)();
         bool isKey;
     } cases[] = {
@@ -376,7 +382,7 @@ TEST(KeyFile, ParametersOfPssAreChecked)
 TEST(KeyFile, NothingStandsBehindTheItemsOfAKey)
 {
     const element more = CCryptoASN1OctetStringObject(element("more")).BuildDer();
-    for (const std::uint32_t kind : {algorithm::rsaEncryption, algorithm::prime256v1, algorithm::x25519}) {
+    for (const algorithm::Id kind : {algorithm::rsaEncryption, algorithm::prime256v1, algorithm::x25519}) {
         const std::unique_ptr<ICryptoKeyPair> key = KeyOf(kind);
         ASSERT_NE(key, nullptr);
         for (const KeyForm form : {KeyForm::publicKeyInfo, KeyForm::rsaPublicKey, KeyForm::privateKeyInfo,
@@ -421,7 +427,7 @@ TEST(KeyFile, DamagedKeysAreRefusedWithAReason)
 TEST(KeyPair, SignsVerifiesAndRefusesWhatItIsNotFor)
 {
     Bytes digest(32, 0x5A);
-    for (const std::uint32_t kind : {algorithm::rsaEncryption, algorithm::prime256v1, algorithm::secp521r1}) {
+    for (const algorithm::Id kind : {algorithm::rsaEncryption, algorithm::prime256v1, algorithm::secp521r1}) {
         SCOPED_TRACE(kind);
         const std::unique_ptr<ICryptoKeyPair> key = KeyOf(kind);
         ASSERT_NE(key, nullptr);

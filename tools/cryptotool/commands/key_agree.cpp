@@ -37,7 +37,7 @@ constexpr Option keyAgreeOptions[] = {
 /// How a key is derived from the secret.
 struct Derivation {
     bool isHkdf = false;
-    std::uint32_t hash = 0; ///< none when nothing is derived
+    algorithm::Id hash = algorithm::none; ///< none when nothing is derived
     std::uint32_t length = 0;
     element info;
     element salt;
@@ -65,12 +65,12 @@ int ReadDerivation(Invocation& invocation, Derivation& derivation)
 
     const std::string name = arguments.value(kdfHashOption.name, "sha256");
     const auto hash = ICryptoHash::CreateByName(name);
-    derivation.hash = hash != nullptr ? hash->algorithmId() : 0;
+    derivation.hash = hash != nullptr ? hash->algorithmId() : algorithm::none;
     const std::uint64_t length = arguments.number(lengthOption.name, 32);
     // One byte derived from a secret of one byte says whether the derivation has such a hash function.
     const std::uint8_t probe = 0;
     derivation.length = 1;
-    if (derivation.hash == 0 || derivation.derive(element(&probe, 1)).isEmpty())
+    if (derivation.hash == algorithm::none || derivation.derive(element(&probe, 1)).isEmpty())
         return invocation.misuse("--kdf " + arguments.value(kdfOption.name) + " does not support " + name);
     const std::uint64_t maxLength =
         derivation.isHkdf ? std::uint64_t{255} * hash->digestSize() : std::uint64_t{CCryptoKeyDerivation::maxKey};
@@ -104,7 +104,7 @@ int Agree(Invocation& invocation)
 
     StartReason();
     element secret = own.key->agreement()->agree(*peer.key);
-    if (!secret.isEmpty() && derivation.hash != 0)
+    if (!secret.isEmpty() && derivation.hash != algorithm::none)
         secret = derivation.derive(secret);
     if (secret.isEmpty())
         return invocation.refuse(peerFile, Reason("the keys do not agree"));

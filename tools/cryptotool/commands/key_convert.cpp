@@ -26,7 +26,8 @@ int Convert(Invocation& invocation)
     if (exit == exitDone)
         exit = ReadKey(invocation, {file}, KeyHalf::privateHalf, input);
     if (exit == exitDone)
-        exit = target.prepare(invocation, input.key->curveId() != 0 ? input.key->curveId() : input.key->algorithmId());
+        exit =
+            target.prepare(invocation, input.key->curveId() != algorithm::none ? input.key->curveId() : input.key->algorithmId());
     return exit == exitDone ? target.write(invocation, *input.key, file) : exit;
 }
 

@@ -76,7 +76,7 @@ int ReadEncryptionPadding(Invocation& invocation, EncryptionPadding& padding)
     padding.overhead = 2 * hash->digestSize() + 2;
     padding.padding.scheme = SCryptoPadding::Scheme::masked;
     padding.padding.masking.hash = hash->algorithmId();
-    padding.padding.masking.maskHash = maskHash != nullptr ? maskHash->algorithmId() : 0;
+    padding.padding.masking.maskHash = maskHash != nullptr ? maskHash->algorithmId() : algorithm::none;
     padding.padding.masking.label = padding.label.bytes();
     return exitDone;
 }

@@ -59,7 +59,7 @@ SpeedRow::Call PrepareText(const std::shared_ptr<ICryptoCipher>& cipher, std::si
     };
 }
 
-void AddGcm(SpeedRows& rows, const char* shown, const char* name, std::uint32_t id, std::size_t keySize)
+void AddGcm(SpeedRows& rows, const char* shown, const char* name, algorithm::Id id, std::size_t keySize)
 {
     ForEachUsable(gcm::Variants(), [&](const Variant<gcm::Calls>& variant, bool isUsed) {
         rows.push_back({shown, variant.name, isUsed, true, [&variant, name, id, keySize](std::size_t size) {

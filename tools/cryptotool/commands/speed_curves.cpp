@@ -29,7 +29,7 @@ SpeedRow::Call PrepareCurveAgree(const CurveKey& key)
     return [key, point = key->publicPoint()] { static_cast<void>(key->agree(point.bytes())); };
 }
 
-const char* VariantOf(std::uint32_t curve)
+const char* VariantOf(algorithm::Id curve)
 {
     if (curve == algorithm::prime256v1)
         return ChooseVariant<PointCalls256>(Prime256Variants()).name;

@@ -12,7 +12,7 @@ namespace {
 
 struct NamedId {
     std::string_view name;
-    std::uint32_t id;
+    algorithm::Id id;
 };
 
 constexpr NamedId ciphers[] = {
@@ -41,7 +41,7 @@ KeyForm FormOf(std::string_view name)
 }
 
 /// Takes the id of the name that an option gives, if it is given. \return exitDone, or exitUsage after the reason was printed.
-int ReadName(Invocation& invocation, const Option& option, std::span<const NamedId> names, std::uint32_t& id)
+int ReadName(Invocation& invocation, const Option& option, std::span<const NamedId> names, algorithm::Id& id)
 {
     const Arguments& arguments = invocation.arguments();
     if (!arguments.has(option.name))
@@ -90,7 +90,7 @@ int PrivateKeyTarget::readEncryption(Invocation& invocation)
     return exit;
 }
 
-int PrivateKeyTarget::prepare(Invocation& invocation, std::uint32_t kind)
+int PrivateKeyTarget::prepare(Invocation& invocation, algorithm::Id kind)
 {
     if (form_ == KeyForm::rsaPrivateKey && kind != algorithm::rsaEncryption)
         return invocation.misuse("--form pkcs1 requires an RSA key");

@@ -50,7 +50,7 @@ bool IsCMAC(std::string_view name)
 /// The length of the key says which AES it is.
 std::unique_ptr<StreamedMAC> NewCMAC(std::string_view, std::span<const std::uint8_t> key, std::string& reason)
 {
-    for (const std::uint32_t id : {algorithm::aes128Cbc, algorithm::aes192Cbc, algorithm::aes256Cbc}) {
+    for (const algorithm::Id id : {algorithm::aes128Cbc, algorithm::aes192Cbc, algorithm::aes256Cbc}) {
         auto mac = CCryptoCMAC::Create(id);
         if (mac != nullptr && mac->keySize() == key.size() && mac->setKey(key))
             return std::make_unique<StreamedCMAC>(std::move(mac));
