@@ -2,7 +2,7 @@
 
 #include "core/diagnostics/auto_logger.h"
 #include "crypto/base/block_bytes.h"
-#include "crypto/cipher/pkcs7_padding.h"
+#include "crypto/cipher/padding.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,7 +1,7 @@
 #include "core/base/algorithm.h"
 #include "core/platform/secure_wipe.h"
 #include "crypto/hash/block_hash.h"
-#include "crypto/hash/sha1_variants.h"
+#include "crypto/hash/hash_variants.h"
 
 #include <array>
 

@@ -1,4 +1,4 @@
-#include "crypto/hash/sha1_variants.h"
+#include "crypto/hash/hash_variants.h"
 
 #include <immintrin.h>
 

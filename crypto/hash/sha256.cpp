@@ -1,6 +1,7 @@
 #include "core/base/algorithm.h"
 #include "crypto/hash/block_hash.h"
-#include "crypto/hash/sha256_variants.h"
+#include "crypto/hash/hash_variants.h"
+#include "crypto/hash/sha2_constants.h"
 #include "crypto/hash/sha2_rounds.h"
 
 #include <array>

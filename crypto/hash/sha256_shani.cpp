@@ -1,4 +1,5 @@
-#include "crypto/hash/sha256_variants.h"
+#include "crypto/hash/hash_variants.h"
+#include "crypto/hash/sha2_constants.h"
 
 #include <immintrin.h>
 

@@ -1,7 +1,8 @@
 #include "core/base/algorithm.h"
 #include "crypto/hash/block_hash.h"
+#include "crypto/hash/hash_variants.h"
+#include "crypto/hash/sha2_constants.h"
 #include "crypto/hash/sha2_rounds.h"
-#include "crypto/hash/sha512_variants.h"
 
 #include <array>
 

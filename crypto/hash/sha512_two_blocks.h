@@ -1,6 +1,7 @@
 #pragma once
 
-#include "crypto/hash/sha512_variants.h"
+#include "crypto/hash/hash_variants.h"
+#include "crypto/hash/sha2_constants.h"
 
 #include <immintrin.h>
 

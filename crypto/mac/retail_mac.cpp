@@ -1,7 +1,7 @@
 #include "crypto/mac/retail_mac.h"
 
 #include "core/diagnostics/auto_logger.h"
-#include "crypto/cipher/iso9797_padding.h"
+#include "crypto/cipher/padding.h"
 #include "crypto/mac/truncated_mac.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "crypto/cipher/pkcs7_padding.h"
+#include "crypto/cipher/padding.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "crypto/cipher/aes.h"
-#include "crypto/cipher/iso9797_padding.h"
 #include "crypto/cipher/key_wrap.h"
+#include "crypto/cipher/padding.h"
 #include "tests/crypto/base/test_bytes.h"
 
 #include <gtest/gtest.h>

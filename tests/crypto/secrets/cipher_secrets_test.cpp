@@ -1,8 +1,7 @@
 #include "core/base/algorithm.h"
 #include "crypto/cipher/gcm.h"
-#include "crypto/cipher/iso9797_padding.h"
 #include "crypto/cipher/key_wrap.h"
-#include "crypto/cipher/pkcs7_padding.h"
+#include "crypto/cipher/padding.h"
 #include "crypto/mac/cmac.h"
 #include "tests/crypto/secrets/marked.h"
 
