@@ -36,6 +36,18 @@ std::uint32_t CCryptoECKeyPair::signatureSize() const
     return content + (content < 128 ? 2 : 3);
 }
 
+std::vector<SCryptoKeyNumber> CCryptoECKeyPair::publicNumbers() const
+{
+    return {{"publicPoint", key_->publicPoint()}};
+}
+
+std::vector<SCryptoKeyNumber> CCryptoECKeyPair::privateNumbers() const
+{
+    if (!hasPrivate())
+        return {};
+    return {{"privateScalar", key_->privateScalar()}};
+}
+
 element CCryptoECKeyPair::publicKeyInfo() const
 {
     return PublicKeyInfoOf(*key_);

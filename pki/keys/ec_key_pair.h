@@ -17,6 +17,9 @@ public:
     std::uint32_t keySize() const override { return key_->curve().bits; }
     bool hasPrivate() const override { return key_->hasPrivate(); }
 
+    std::vector<SCryptoKeyNumber> publicNumbers() const override;
+    std::vector<SCryptoKeyNumber> privateNumbers() const override;
+
     element publicKeyInfo() const override;
     element privateKeyInfo() const override;
     element ownForm(ccrypto::KeyForm form) const override;

@@ -26,6 +26,18 @@ std::uint32_t CCryptoEddsaKeyPair::signatureSize() const
     return key_->curve() == algorithm::ed25519 ? 64 : 114;
 }
 
+std::vector<SCryptoKeyNumber> CCryptoEddsaKeyPair::publicNumbers() const
+{
+    return {{"publicKey", key_->publicKey()}};
+}
+
+std::vector<SCryptoKeyNumber> CCryptoEddsaKeyPair::privateNumbers() const
+{
+    if (!hasPrivate())
+        return {};
+    return {{"seed", key_->seed()}};
+}
+
 element CCryptoEddsaKeyPair::publicKeyInfo() const
 {
     return PublicKeyInfoOf(*key_);

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace ccrypto {
 
@@ -20,6 +21,13 @@ enum class KeyForm {
 };
 
 } // namespace ccrypto
+
+/// One of the numbers that a key is made of: its name as the key's standard spells it, and its value, big-endian or in the encoding
+/// of that standard.
+struct SCryptoKeyNumber {
+    const char* name;
+    element value;
+};
 
 /// A key of a public-key algorithm: its public half and, in memory, on a card or not at all, its private half.
 class ICryptoKeyPair {
@@ -37,6 +45,13 @@ public:
     [[nodiscard]] virtual std::uint32_t keySize() const = 0;
     /// Whether there is a private half, wherever it is.
     [[nodiscard]] virtual bool hasPrivate() const = 0;
+
+    /// The numbers of the public half: "modulus" and "publicExponent" (RFC 8017, A.1.1), "publicPoint" (SEC 1, 2.3.3; RFC 7748, 5)
+    /// or "publicKey" (RFC 8032, 5.1.5).
+    [[nodiscard]] virtual std::vector<SCryptoKeyNumber> publicNumbers() const = 0;
+    /// Those of the private half, secret: "privateExponent" to "coefficient" (RFC 8017, A.1.2), "privateScalar" or "seed" (RFC
+    /// 8032, 5.1.5). Empty when there is no private half or it cannot leave its place.
+    [[nodiscard]] virtual std::vector<SCryptoKeyNumber> privateNumbers() const = 0;
 
     /// SubjectPublicKeyInfo (RFC 5280, 4.1.2.7), DER.
     [[nodiscard]] virtual element publicKeyInfo() const = 0;

@@ -10,6 +10,24 @@ algorithm::Id CCryptoRSAKeyPair::algorithmId() const
     return algorithm::rsaEncryption;
 }
 
+std::vector<SCryptoKeyNumber> CCryptoRSAKeyPair::publicNumbers() const
+{
+    return {{"modulus", key_->modulus()}, {"publicExponent", key_->publicExponent()}};
+}
+
+std::vector<SCryptoKeyNumber> CCryptoRSAKeyPair::privateNumbers() const
+{
+    if (!hasPrivate())
+        return {};
+    const CCryptoRSANumbers numbers = key_->numbers();
+    return {{"privateExponent", numbers.privateExponent},
+            {"prime1", numbers.prime1},
+            {"prime2", numbers.prime2},
+            {"exponent1", numbers.exponent1},
+            {"exponent2", numbers.exponent2},
+            {"coefficient", numbers.coefficient}};
+}
+
 element CCryptoRSAKeyPair::publicKeyInfo() const
 {
     return PublicKeyInfoOf(*key_, limits_ ? &limits_->algorithm : nullptr);

@@ -25,6 +25,9 @@ public:
     std::uint32_t keySize() const override { return key_->bits(); }
     bool hasPrivate() const override { return key_->isPrivate(); }
 
+    std::vector<SCryptoKeyNumber> publicNumbers() const override;
+    std::vector<SCryptoKeyNumber> privateNumbers() const override;
+
     element publicKeyInfo() const override;
     element privateKeyInfo() const override;
     element ownForm(ccrypto::KeyForm form) const override;

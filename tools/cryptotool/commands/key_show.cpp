@@ -1,8 +1,6 @@
 #include "core/text/hex.h"
 #include "crypto/hash/hash.h"
-#include "pki/keys/ec_key_pair.h"
-#include "pki/keys/eddsa_key_pair.h"
-#include "pki/keys/rsa_key_pair.h"
+#include "pki/keys/key_pair.h"
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/keys/key_input.h"
 #include "tools/cryptotool/output/output.h"
@@ -63,27 +61,9 @@ const char* NameOf(KeyForm form)
     return "ECPrivateKey (SEC 1)";
 }
 
-void AddNumbers(Facts& facts, const CCryptoRSA& key, bool withPrivate)
-{
-    const CCryptoRSANumbers numbers = key.numbers();
-    Add(facts, "modulus", numbers.modulus);
-    Add(facts, "publicExponent", numbers.publicExponent);
-    if (!withPrivate)
-        return;
-    Add(facts, "privateExponent", numbers.privateExponent);
-    Add(facts, "prime1", numbers.prime1);
-    Add(facts, "prime2", numbers.prime2);
-    Add(facts, "exponent1", numbers.exponent1);
-    Add(facts, "exponent2", numbers.exponent2);
-    Add(facts, "coefficient", numbers.coefficient);
-}
-
 Facts FactsOf(const KeyInput& input, bool withPrivate)
 {
     const ICryptoKeyPair& key = *input.key;
-    const auto* const rsa = dynamic_cast<const CCryptoRSAKeyPair*>(&key);
-    const auto* const ec = dynamic_cast<const CCryptoECKeyPair*>(&key);
-    const auto* const eddsa = dynamic_cast<const CCryptoEddsaKeyPair*>(&key);
     Facts facts = {
         {"type", key.algorithmId() == algorithm::ecPublicKey ? "EC" : key.name()},
         {"size", CCryptoString(std::to_string(key.keySize())), true},
@@ -91,16 +71,11 @@ Facts FactsOf(const KeyInput& input, bool withPrivate)
     if (key.algorithmId() == algorithm::ecPublicKey)
         facts.push_back({"curve", key.name()});
     facts.push_back({"form", input.isOfCertificate ? "Certificate (X.509)" : NameOf(input.form)});
-    if (rsa != nullptr)
-        AddNumbers(facts, rsa->key(), withPrivate);
-    if (ec != nullptr)
-        Add(facts, "publicPoint", ec->key().publicPoint());
-    if (ec != nullptr && withPrivate)
-        Add(facts, "privateScalar", ec->key().privateScalar());
-    if (eddsa != nullptr)
-        Add(facts, "publicKey", eddsa->key().publicKey());
-    if (eddsa != nullptr && withPrivate)
-        Add(facts, "seed", eddsa->key().seed());
+    for (const SCryptoKeyNumber& number : key.publicNumbers())
+        Add(facts, number.name, number.value);
+    if (withPrivate)
+        for (const SCryptoKeyNumber& number : key.privateNumbers())
+            Add(facts, number.name, number.value);
     Add(facts, "fingerprint", ICryptoHash::Create(algorithm::sha256)->digestOf(key.publicKeyInfo().bytes()));
     return facts;
 }

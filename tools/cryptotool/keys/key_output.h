@@ -48,7 +48,7 @@ public:
     int read(Invocation& invocation, const SecretKind& secret);
     /// Sees that a key of this kind (the id of the curve, or rsaEncryption) has the form, asks for the password when there is to be
     /// one, and opens what the key goes to, ahead of making one that could not be kept. \return the exit code.
-    int prepare(Invocation& invocation, ccrypto::algorithm::Id kind);
+    int prepare(Invocation& invocation, algorithm::Id kind);
     /// After prepare(). `source` is for messages. \return the exit code.
     int write(Invocation& invocation, const ICryptoKeyPair& key, std::string_view source);
 
