@@ -1,6 +1,7 @@
 #include "asn1/der/pem.h"
 
 #include "core/base/ascii.h"
+#include "core/diagnostics/auto_logger.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -54,25 +55,21 @@ bool LabelOf(std::string_view line, std::string_view mark, std::string_view& lab
     return true;
 }
 
-/// The base64 of a block, up to its last line. \return false with `reason`.
-bool ReadBody(LineReader& lines, std::string_view label, element& body, std::string& reason)
+/// The base64 of a block, up to its last line. \return what is wrong with the block; empty when nothing is.
+std::string ReadBody(LineReader& lines, std::string_view label, element& body)
 {
     std::string_view line;
     bool inHeaders = false;
     while (lines.next(line)) {
         std::string_view endLabel;
-        if (LabelOf(line, endMark, endLabel)) {
-            reason = endLabel == label ? "" : "it ends as " + std::string(endLabel);
-            return endLabel == label;
-        }
+        if (LabelOf(line, endMark, endLabel))
+            return endLabel == label ? "" : "it ends as " + std::string(endLabel);
         if (line.starts_with("-----"))
             break;
         if (line.find(':') != std::string_view::npos && body.isEmpty()) {
             inHeaders = true;
-            if (line.starts_with("Proc-Type:") && line.ends_with("ENCRYPTED")) {
-                reason = "it is encrypted by its headers (RFC 1421), which is not supported";
-                return false;
-            }
+            if (line.starts_with("Proc-Type:") && line.ends_with("ENCRYPTED"))
+                return "it is encrypted by its headers (RFC 1421), which is not supported";
         } else if (inHeaders && !line.empty() && (line[0] == ' ' || line[0] == '\t')) {
             continue; // a header that goes on
         } else if (line.empty()) {
@@ -81,8 +78,30 @@ bool ReadBody(LineReader& lines, std::string_view label, element& body, std::str
             body.append(line);
         }
     }
-    reason = "its END line is missing";
-    return false;
+    return "its END line is missing";
+}
+
+/// Why text is not base64; empty when it is.
+std::string FaultOfBase64(std::string_view text)
+{
+    std::size_t digits = 0;
+    std::size_t padding = 0;
+    for (const char character : text) {
+        if (IsBlank(character))
+            continue;
+        if (character == '=') {
+            ++padding;
+        } else if (IsBase64Digit(character) && padding == 0) {
+            ++digits;
+        } else {
+            char fault[64];
+            std::snprintf(fault, sizeof fault, "base64 holds the byte 0x%02x, which does not belong there",
+                          static_cast<unsigned>(static_cast<unsigned char>(character)));
+            return fault;
+        }
+    }
+    const bool isCut = digits % 4 == 1 || (padding != 0 && (padding > 2 || (digits + padding) % 4 != 0));
+    return isCut ? "base64 ends inside a group" : "";
 }
 
 } // namespace
@@ -103,53 +122,34 @@ bool IsBase64Text(std::string_view text)
                                [](char character) { return IsBase64Digit(character) || IsBlank(character) || character == '='; });
 }
 
-bool DecodeBase64(std::string_view text, element& bytes, std::string& reason)
+bool DecodeBase64(std::string_view text, element& bytes)
 {
-    std::size_t digits = 0;
-    std::size_t padding = 0;
-    for (const char character : text) {
-        if (IsBlank(character))
-            continue;
-        if (character == '=') {
-            ++padding;
-        } else if (IsBase64Digit(character) && padding == 0) {
-            ++digits;
-        } else {
-            char word[64];
-            std::snprintf(word, sizeof word, "base64 holds the byte 0x%02x, which does not belong there",
-                          static_cast<unsigned>(static_cast<unsigned char>(character)));
-            reason = word;
-            return false;
-        }
-    }
-    if (digits % 4 == 1 || (padding != 0 && (padding > 2 || (digits + padding) % 4 != 0))) {
-        reason = "base64 ends inside a group";
-        return false;
-    }
+    CCryptoAutoLogger logger("DecodeBase64");
+    const std::string reason = FaultOfBase64(text);
+    if (!reason.empty())
+        return logger.fail(false, "%s", reason.c_str());
     bytes = element::FromBase64(text);
-    return true;
+    return logger.setResult(true);
 }
 
-bool ReadPem(std::string_view text, std::vector<DataBlock>& blocks, std::string& reason)
+bool ReadPem(std::string_view text, std::vector<DataBlock>& blocks)
 {
+    CCryptoAutoLogger logger("ReadPem");
     LineReader lines(text);
     std::string_view line;
     while (lines.next(line)) {
         std::string_view label;
         if (!LabelOf(line, beginMark, label))
             continue;
-        DataBlock block;
-        block.label = label;
         element body(ElementType::text);
-        if (!ReadBody(lines, label, body, reason) || !DecodeBase64(body.view(), block.bytes, reason)) {
-            reason.insert(0, PemBlockName(blocks.size() + 1, label) + ": ");
-            return false;
-        }
-        blocks.push_back(std::move(block));
+        std::string reason = ReadBody(lines, label, body);
+        if (reason.empty())
+            reason = FaultOfBase64(body.view());
+        if (!reason.empty())
+            return logger.fail(false, "%s: %s", PemBlockName(blocks.size() + 1, label).c_str(), reason.c_str());
+        blocks.push_back({std::string(label), element::FromBase64(body.view())});
     }
-    if (blocks.empty())
-        reason = "the BEGIN line of the PEM block is broken";
-    return !blocks.empty();
+    return blocks.empty() ? logger.fail(false, "the BEGIN line of the PEM block is broken") : logger.setResult(true);
 }
 
 CCryptoString WritePem(std::string_view label, const element& bytes)

@@ -123,13 +123,13 @@ KeyPair CCryptoKeyFile::loadFile(std::span<const std::uint8_t> bytes, const Pass
 KeyPair CCryptoKeyFile::loadPem(std::string_view text, const PasswordSource& password, CCryptoAutoLogger& logger)
 {
     std::vector<DataBlock> blocks;
-    std::string reason;
-    const bool isWhole = ReadPem(text, blocks, reason);
+    const bool isWhole = ReadPem(text, blocks);
     for (const DataBlock& block : blocks) {
         if (const std::optional<KeyForm> form = FormOfLabel(block.label))
             return loadAs(*form, block.bytes, password, logger);
     }
-    return isWhole ? logger.fail(KeyPair(), "it holds no key that can be read") : logger.fail(KeyPair(), "%s", reason.c_str());
+    // A block that is damaged gave its reason.
+    return isWhole ? logger.fail(KeyPair(), "it holds no key that can be read") : nullptr;
 }
 
 KeyPair CCryptoKeyFile::loadDer(const element& der, const PasswordSource& password, CCryptoAutoLogger& logger)

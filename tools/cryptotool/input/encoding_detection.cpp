@@ -3,6 +3,7 @@
 #include "asn1/der/der_analyzer.h"
 #include "asn1/der/pem.h"
 #include "core/text/hex.h"
+#include "tools/cryptotool/cli/reason.h"
 #include "tools/cryptotool/input/file_input.h"
 
 #include <algorithm>
@@ -54,11 +55,10 @@ bool IsWholeDer(const element& bytes)
 
 TextDecoding DecodeAsBase64(std::string_view text, element& bytes, std::string& reason)
 {
-    if (!DecodeBase64(text, bytes, reason))
-        return TextDecoding::broken;
-    if (!bytes.isEmpty())
+    const bool isDecoded = DecodeBase64(text, bytes);
+    if (isDecoded && !bytes.isEmpty())
         return TextDecoding::decoded;
-    reason = "it is empty";
+    reason = isDecoded ? "it is empty" : Reason("it is not base64");
     return TextDecoding::broken;
 }
 
@@ -73,7 +73,7 @@ TextDecoding DecodeText(std::string_view text, element& bytes, std::string& reas
     const bool isRead = BytesFromHex(hex.digits, bytes);
     if (isBase64 && !hex.isMarked && !(isRead && IsWholeDer(bytes))) {
         element others;
-        if (DecodeBase64(text, others, reason) && IsWholeDer(others)) {
+        if (DecodeBase64(text, others) && IsWholeDer(others)) {
             bytes = std::move(others);
             return TextDecoding::decoded;
         }
@@ -106,8 +106,12 @@ bool SplitBlocks(element bytes, std::vector<DataBlock>& blocks, std::string& rea
         return false;
     }
     // A file that begins as PEM is PEM, whatever follows.
-    if (HasPemBlock(text) && (text.starts_with("-----BEGIN ") || IsText(text)))
-        return ReadPem(text, blocks, reason);
+    if (HasPemBlock(text) && (text.starts_with("-----BEGIN ") || IsText(text))) {
+        if (ReadPem(text, blocks))
+            return true;
+        reason = Reason("its PEM cannot be read");
+        return false;
+    }
     DataBlock block;
     const TextDecoding decoding = DecodeText(text, block.bytes, reason);
     if (decoding == TextDecoding::broken)

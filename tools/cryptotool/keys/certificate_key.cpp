@@ -28,8 +28,7 @@ bool IsCertificateLabel(std::string_view label)
 element CertificateOfPem(std::string_view text)
 {
     std::vector<DataBlock> blocks;
-    std::string reason;
-    if (!ReadPem(text, blocks, reason) || std::ranges::any_of(blocks, IsKeyLabel, &DataBlock::label))
+    if (!ReadPem(text, blocks) || std::ranges::any_of(blocks, IsKeyLabel, &DataBlock::label))
         return {};
     const auto found = std::ranges::find_if(blocks, IsCertificateLabel, &DataBlock::label);
     return found != blocks.end() ? std::move(found->bytes) : element();

@@ -41,8 +41,7 @@ std::string ReasonWithoutKey(std::string_view text)
     if (std::ranges::any_of(opensshTypes, [=](std::string_view type) { return text.starts_with(type); }))
         return "it is a public key in the format of OpenSSH; ssh-keygen -e -m PKCS8 -f FILE converts it";
     std::vector<DataBlock> blocks;
-    std::string ignored;
-    if (!HasPemBlock(text) || !ReadPem(text, blocks, ignored))
+    if (!HasPemBlock(text) || !ReadPem(text, blocks))
         return reason;
     const std::string& label = blocks.front().label;
     if (label == "OPENSSH PRIVATE KEY")
