@@ -16,6 +16,7 @@
 #include "crypto/kdf/key_derivation.h"
 #include "crypto/mac/cmac.h"
 #include "crypto/mac/hmac.h"
+#include "crypto/mac/mac.h"
 #include "crypto/mac/retail_mac.h"
 #include "crypto/random/random.h"
 #include "crypto/rsa/rsa.h"

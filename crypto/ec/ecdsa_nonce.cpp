@@ -12,7 +12,7 @@ EcdsaNonce::EcdsaNonce(std::unique_ptr<CCryptoHMAC> mac, const CurveArithmetic& 
 {
     value_.fill(1);
     constexpr std::array<std::uint8_t, maxDigestSize> zeros{};
-    mac_->setKey(std::span(zeros).first(mac_->digestSize()));
+    mac_->setKey(std::span(zeros).first(mac_->macSize()));
     stir(0, {key, digestNumber, fresh});
     stir(1, {key, digestNumber, fresh});
 }
@@ -36,7 +36,7 @@ void EcdsaNonce::stir(std::uint8_t mark, std::initializer_list<std::span<const s
     for (const auto& piece : pieces)
         mac_->update(piece);
     mac_->final(key.data());
-    mac_->setKey(std::span(key).first(mac_->digestSize()));
+    mac_->setKey(std::span(key).first(mac_->macSize()));
     step();
 }
 
@@ -52,7 +52,7 @@ void EcdsaNonce::next(std::span<std::uint8_t> nonce)
         while (count < nonce.size()) {
             step();
             std::ranges::copy(value(), bits.begin() + static_cast<std::ptrdiff_t>(count));
-            count += mac_->digestSize();
+            count += mac_->macSize();
         }
         curve_.bitsToNumber(nonce, std::span(bits).first(count));
     } while (!curve_.isScalar(nonce));

@@ -30,7 +30,7 @@ private:
     void step();
     /// K = HMAC(V | mark | pieces), V = HMAC(V).
     void stir(std::uint8_t mark, std::initializer_list<std::span<const std::uint8_t>> pieces);
-    std::span<const std::uint8_t> value() const { return {value_.data(), mac_->digestSize()}; }
+    std::span<const std::uint8_t> value() const { return {value_.data(), mac_->macSize()}; }
 
     std::unique_ptr<CCryptoHMAC> mac_;
     const CurveArithmetic& curve_;

@@ -42,9 +42,9 @@ element CCryptoKeyDerivation::HKDFExpand(algorithm::Id hashId, Bytes key, Bytes 
     const auto mac = MACOver(hashId);
     if (mac == nullptr)
         return logger.fail(element(), "Unsupported hash function: %d", static_cast<int>(hashId));
-    if (key.size() < mac->digestSize())
+    if (key.size() < mac->macSize())
         return logger.fail(element(), "Key is shorter than a digest");
-    if (length == 0 || length > 255 * mac->digestSize())
+    if (length == 0 || length > 255 * mac->macSize())
         return logger.fail(element(), "HKDF gives no key of %u bytes", length);
 
     mac->setKey(key);

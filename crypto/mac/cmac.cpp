@@ -7,7 +7,6 @@
 #include "crypto/base/constant_time.h"
 #include "crypto/cipher/aes.h"
 #include "crypto/cipher/des.h"
-#include "crypto/mac/truncated_mac.h"
 
 #include <algorithm>
 #include <cstring>
@@ -151,29 +150,4 @@ bool CCryptoCMAC::final(std::uint8_t* mac)
     cipher_->encrypt(mac, chain_.data(), 1);
     reset();
     return true;
-}
-
-element CCryptoCMAC::final()
-{
-    Block mac{};
-    return final(mac.data()) ? element(mac.data(), digestSize()) : element();
-}
-
-element CCryptoCMAC::macOf(std::span<const std::uint8_t> bytes)
-{
-    reset();
-    update(bytes);
-    return final();
-}
-
-bool CCryptoCMAC::verify(std::span<const std::uint8_t> mac, std::size_t length)
-{
-    CCryptoAutoLogger logger("CCryptoCMAC::verify");
-
-    Block own{};
-    if (!final(own.data()))
-        return logger.setResult(false);
-    return ccrypto::internal::IsTruncatedMAC(mac, std::span(own).first(digestSize()), length)
-               ? logger.setResult(true)
-               : logger.warn(false, "The authentication code is wrong");
 }

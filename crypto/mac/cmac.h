@@ -2,16 +2,16 @@
 
 #include "core/base/algorithm.h"
 #include "core/memory/wiped.h"
-#include "core/text/element.h"
 #include "crypto/cipher/block_cipher.h"
+#include "crypto/mac/mac.h"
 
 #include <array>
 #include <memory>
 #include <string_view>
 
-/// CMAC (SP 800-38B, RFC 4493): a message authentication code made with a block cipher. What it holds is wiped when it is
-/// destroyed. With AES it takes time that depends on lengths only. Not for use by two threads at once.
-class CCryptoCMAC {
+/// CMAC (SP 800-38B, RFC 4493): a message authentication code made with a block cipher, as long as its blocks. With AES it takes
+/// time that depends on lengths only.
+class CCryptoCMAC final : public ICryptoMAC {
 public:
     /// For the id of AES or 3DES in any mode but GCM. Owned by the caller; it has no key yet. \return null,
     /// logged as "Unsupported cipher: %d", for any other id.
@@ -23,25 +23,14 @@ public:
     /// Over this cipher, which must not be null, with keys of these lengths; without a key.
     CCryptoCMAC(const char* cipherName, std::unique_ptr<ICryptoBlockCipher> cipher, std::size_t minKey, std::size_t maxKey);
 
-    /// Nothing is taken yet afterwards. \return false, logged and without a key, for a length that the cipher has no keys of.
-    bool setKey(std::span<const std::uint8_t> key);
-    /// As after setKey().
-    void reset();
-    /// `bytes` may be null when `length` is 0.
-    void update(const void* bytes, std::size_t length);
-    void update(std::span<const std::uint8_t> bytes) { update(bytes.data(), bytes.size()); }
-    /// Writes digestSize() bytes to `mac`; then as after setKey(). \return false, logged, with nothing written, without a key.
-    bool final(std::uint8_t* mac);
-    /// Empty without a key.
-    [[nodiscard]] element final();
-    [[nodiscard]] element macOf(std::span<const std::uint8_t> bytes);
-    /// Whether `mac` is the MAC of what was taken, or its first `length` bytes: 4 or more, a number that the protocol gives and not
-    /// the message. One of another length is not. Takes time that depends on lengths only. Then as after setKey().
-    [[nodiscard]] bool verify(std::span<const std::uint8_t> mac) { return verify(mac, digestSize()); }
-    [[nodiscard]] bool verify(std::span<const std::uint8_t> mac, std::size_t length);
+    [[nodiscard]] bool setKey(std::span<const std::uint8_t> key) override;
+    void reset() override;
+    void update(const void* bytes, std::size_t length) override;
+    [[nodiscard]] bool final(std::uint8_t* mac) override;
+    [[nodiscard]] std::uint32_t macSize() const override { return static_cast<std::uint32_t>(cipher_->blockSize()); }
+    using ICryptoMAC::final;
+    using ICryptoMAC::update;
 
-    std::uint32_t digestSize() const { return blockSize(); }
-    std::uint32_t blockSize() const { return static_cast<std::uint32_t>(cipher_->blockSize()); }
     /// "aes-128"
     const char* cipherName() const { return cipherName_; }
     /// The longest one.

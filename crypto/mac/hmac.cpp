@@ -4,7 +4,6 @@
 #include "core/base/ascii.h"
 #include "core/diagnostics/auto_logger.h"
 #include "core/memory/wiped.h"
-#include "crypto/mac/truncated_mac.h"
 
 #include <algorithm>
 #include <array>
@@ -84,7 +83,7 @@ CCryptoHMAC::CCryptoHMAC(std::unique_ptr<ICryptoHash> hash)
 {
 }
 
-void CCryptoHMAC::setKey(std::span<const std::uint8_t> key)
+bool CCryptoHMAC::setKey(std::span<const std::uint8_t> key)
 {
     KeyBlock block{};
     if (key.size() > blockSize()) {
@@ -98,6 +97,7 @@ void CCryptoHMAC::setKey(std::span<const std::uint8_t> key)
     TakeKeyBlock(*outer_, block, innerPad ^ outerPad);
     hasKey_ = true;
     reset();
+    return true;
 }
 
 void CCryptoHMAC::reset()
@@ -114,27 +114,8 @@ bool CCryptoHMAC::final(std::uint8_t* mac)
     Digest digest;
     running_->final(digest.data());
     running_->assign(*outer_);
-    running_->update(digest.data(), digestSize());
+    running_->update(digest.data(), macSize());
     running_->final(mac);
     reset();
     return true;
-}
-
-element CCryptoHMAC::final()
-{
-    Digest mac;
-    return final(mac.data()) ? element(mac.data(), digestSize()) : element();
-}
-
-element CCryptoHMAC::macOf(std::span<const std::uint8_t> bytes)
-{
-    reset();
-    update(bytes);
-    return final();
-}
-
-bool CCryptoHMAC::verify(std::span<const std::uint8_t> mac, std::size_t length)
-{
-    Digest own;
-    return final(own.data()) && ccrypto::internal::IsTruncatedMAC(mac, std::span(own).first(digestSize()), length);
 }

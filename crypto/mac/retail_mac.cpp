@@ -2,7 +2,6 @@
 
 #include "core/diagnostics/auto_logger.h"
 #include "crypto/cipher/padding.h"
-#include "crypto/mac/truncated_mac.h"
 
 #include <algorithm>
 
@@ -28,13 +27,15 @@ void CCryptoRetailMAC::reset()
     pendingCount_ = 0;
 }
 
-void CCryptoRetailMAC::update(std::span<const std::uint8_t> bytes)
+void CCryptoRetailMAC::update(const void* bytes, std::size_t length)
 {
-    while (!bytes.empty()) {
-        const std::size_t count = std::min(bytes.size(), pending_.size() - pendingCount_);
-        std::ranges::copy(bytes.first(count), pending_.begin() + static_cast<std::ptrdiff_t>(pendingCount_));
+    const auto* in = static_cast<const std::uint8_t*>(bytes);
+    while (length > 0) {
+        const std::size_t count = std::min(length, pending_.size() - pendingCount_);
+        std::copy_n(in, count, pending_.begin() + static_cast<std::ptrdiff_t>(pendingCount_));
         pendingCount_ += count;
-        bytes = bytes.subspan(count);
+        in += count;
+        length -= count;
         if (pendingCount_ == pending_.size()) {
             chaining_.encryptCbc(pending_.data(), pending_.data(), 1, chain_.data());
             pendingCount_ = 0;
@@ -42,7 +43,7 @@ void CCryptoRetailMAC::update(std::span<const std::uint8_t> bytes)
     }
 }
 
-bool CCryptoRetailMAC::final(std::span<std::uint8_t, macBytes> mac)
+bool CCryptoRetailMAC::final(std::uint8_t* mac)
 {
     if (!hasKey_) {
         CCryptoAutoLogger logger("CCryptoRetailMAC::final");
@@ -52,26 +53,7 @@ bool CCryptoRetailMAC::final(std::span<std::uint8_t, macBytes> mac)
     ccrypto::iso9797::Pad(pending_, pendingCount_);
     chaining_.encryptCbc(pending_.data(), pending_.data(), 1, chain_.data());
     ending_.decrypt(chain_.data(), chain_.data(), 1);
-    chaining_.encrypt(mac.data(), chain_.data(), 1);
+    chaining_.encrypt(mac, chain_.data(), 1);
     reset();
     return true;
-}
-
-element CCryptoRetailMAC::macOf(std::span<const std::uint8_t> bytes)
-{
-    reset();
-    update(bytes);
-    Wiped<std::array<std::uint8_t, macBytes>> mac;
-    return final(mac) ? element(mac.data(), macBytes) : element();
-}
-
-bool CCryptoRetailMAC::verify(std::span<const std::uint8_t> mac, std::size_t length)
-{
-    CCryptoAutoLogger logger("CCryptoRetailMAC::verify");
-
-    Wiped<std::array<std::uint8_t, macBytes>> own;
-    if (!final(own))
-        return logger.setResult(false);
-    return ccrypto::internal::IsTruncatedMAC(mac, own, length) ? logger.setResult(true)
-                                                               : logger.warn(false, "The authentication code is wrong");
 }

@@ -33,7 +33,7 @@ TEST(HMAC, ADifferentMACIsRefused)
         const auto mac = CCryptoHMAC::CreateByName(name);
         mac->setKey(message);
         const element right = mac->macOf(message);
-        ASSERT_EQ(right.length(), mac->digestSize());
+        ASSERT_EQ(right.length(), mac->macSize());
         for (std::uint32_t bit = 0; bit < 8 * right.length(); ++bit) {
             element wrong = right;
             wrong.data()[bit / 8] ^= static_cast<std::uint8_t>(1u << bit % 8);

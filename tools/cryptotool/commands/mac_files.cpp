@@ -23,7 +23,7 @@ constexpr std::string_view macNames = "hmac-md5|hmac-sha1|hmac-sha224|hmac-sha25
 
 constexpr Option macOptions[] = {keySecret.file, keySecret.descriptor, hexKeyOption, outputOption};
 
-int PrintMACs(Invocation& invocation, StreamedMAC& mac)
+int PrintMACs(Invocation& invocation, ICryptoMAC& mac)
 {
     const Arguments& arguments = invocation.arguments();
     SumOutput output(invocation.console(), arguments.value(outputOption.name));

@@ -11,19 +11,11 @@ namespace ccrypto {
 
 namespace {
 
-class StreamedHMAC : public StreamedMAC {
-public:
-    StreamedHMAC(std::unique_ptr<CCryptoHMAC> mac, std::span<const std::uint8_t> key) : mac_(std::move(mac)) { mac_->setKey(key); }
-    void update(std::span<const std::uint8_t> bytes) override { mac_->update(bytes); }
-    element final() override { return mac_->final(); }
-
-private:
-    std::unique_ptr<CCryptoHMAC> mac_;
-};
-
-std::unique_ptr<StreamedMAC> NewHMAC(std::string_view name, std::span<const std::uint8_t> key, std::string&)
+std::unique_ptr<ICryptoMAC> NewHMAC(std::string_view name, std::span<const std::uint8_t> key, std::string&)
 {
-    return std::make_unique<StreamedHMAC>(CCryptoHMAC::CreateByName(name), key);
+    auto mac = CCryptoHMAC::CreateByName(name);
+    mac->setKey(key);
+    return mac;
 }
 
 bool IsHMAC(std::string_view name)
@@ -32,28 +24,18 @@ bool IsHMAC(std::string_view name)
     return SameInAnyCase(name.substr(0, prefix.size()), prefix) && CCryptoHMAC::CreateByName(name) != nullptr;
 }
 
-class StreamedCMAC : public StreamedMAC {
-public:
-    explicit StreamedCMAC(std::unique_ptr<CCryptoCMAC> mac) : mac_(std::move(mac)) {}
-    void update(std::span<const std::uint8_t> bytes) override { mac_->update(bytes); }
-    element final() override { return mac_->final(); }
-
-private:
-    std::unique_ptr<CCryptoCMAC> mac_;
-};
-
 bool IsCMAC(std::string_view name)
 {
     return SameInAnyCase(name, "aes-cmac");
 }
 
 /// The length of the key says which AES it is.
-std::unique_ptr<StreamedMAC> NewCMAC(std::string_view, std::span<const std::uint8_t> key, std::string& reason)
+std::unique_ptr<ICryptoMAC> NewCMAC(std::string_view, std::span<const std::uint8_t> key, std::string& reason)
 {
     for (const algorithm::Id id : {algorithm::aes128Cbc, algorithm::aes192Cbc, algorithm::aes256Cbc}) {
         auto mac = CCryptoCMAC::Create(id);
         if (mac != nullptr && mac->keySize() == key.size() && mac->setKey(key))
-            return std::make_unique<StreamedCMAC>(std::move(mac));
+            return mac;
     }
     reason = "it has " + std::to_string(key.size()) + " bytes, not 16, 24 or 32";
     return nullptr;
