@@ -4,6 +4,7 @@
 #include <shlobj.h>
 #include <wincodec.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <cwchar>
 #include <vector>
@@ -43,6 +44,18 @@ HBITMAP MakeBitmap(HINSTANCE icons)
     return bitmap;
 }
 
+bool ReadSetting()
+{
+    HKEY key = nullptr;
+    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, "SOFTWARE\\Brannock\\Pennwick Client", 0, KEY_QUERY_VALUE, &key) != ERROR_SUCCESS)
+        return false;
+    char value[21] = {};
+    DWORD size = sizeof value - 1;
+    const LSTATUS status = RegQueryValueExA(key, "pdfAllowMultiselect", nullptr, nullptr, reinterpret_cast<BYTE*>(value), &size);
+    RegCloseKey(key);
+    return status == ERROR_SUCCESS && std::atoi(value) == 1;
+}
+
 void AppendUtf8(std::string& text, const wchar_t* wide, int length)
 {
     const auto start = text.size();
@@ -55,7 +68,7 @@ void AppendUtf8(std::string& text, const wchar_t* wide, int length)
 
 namespace ccrypto {
 
-PlainHandler::PlainHandler(HINSTANCE icons) : bitmap_(MakeBitmap(icons)) {}
+PlainHandler::PlainHandler(HINSTANCE icons) : bitmap_(MakeBitmap(icons)), multipleAllowed_(ReadSetting()) {}
 
 PlainHandler::~PlainHandler()
 {
@@ -71,7 +84,7 @@ bool PlainHandler::initialize(IDataObject& selection)
     const auto* header = static_cast<const DROPFILES*>(GlobalLock(medium.hGlobal));
     const auto* path = reinterpret_cast<const wchar_t*>(reinterpret_cast<const char*>(header) + header->pFiles);
     bool taken = false;
-    for (; *path != 0; path += std::wcslen(path) + 1) {
+    for (int index = 0; *path != 0 && (index == 0 || multipleAllowed_); ++index, path += std::wcslen(path) + 1) {
         if (std::wcsstr(path, L".pdf") == nullptr)
             continue;
         if (!paths_.empty())

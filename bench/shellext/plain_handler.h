@@ -11,8 +11,8 @@
 namespace ccrypto {
 
 /// The rival: what any handler has to do for the same menu, with nothing around it. It decodes the icon once a process, makes the
-/// same bitmap, takes the same paths and inserts the same two items, but reads no settings and no locale, logs nothing and counts
-/// nothing.
+/// same bitmap, reads the one setting that the menu depends on, takes the same paths and inserts the same two items, but it looks
+/// at no locale, logs nothing and counts nothing, and believes every list of files.
 class PlainHandler {
 public:
     /// \param icons the library that holds the menu icon.
@@ -27,6 +27,7 @@ public:
 
 private:
     HBITMAP bitmap_ = nullptr;
+    bool multipleAllowed_ = false;
     wchar_t text_[textCapacity] = L"&Sign .pdf document";
     std::string paths_;
 };
