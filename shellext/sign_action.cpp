@@ -26,7 +26,7 @@ constexpr LanguageTexts languages[] = {
 
 constexpr MenuTexts english = {L"&Sign .pdf document", L"Sign .pdf document"};
 
-constexpr wchar_t documentMark[] = L".pdf";
+constexpr std::wstring_view documentMark = L".pdf";
 constexpr char pathSeparator[] = "*";
 
 } // namespace
@@ -62,15 +62,14 @@ bool TakeFiles(SelectedPaths& paths, bool multipleAllowed, CCryptoString& files,
     }
 
     bool taken = false;
-    wchar_t path[textCapacity];
     for (UINT index = 0; index < count; ++index) {
-        const std::size_t length = paths.query(index, path);
-        if (length == 0)
+        const std::wstring_view path = paths.query(index);
+        if (path.empty())
             continue;
-        if (std::wcsstr(path, documentMark) != nullptr) {
+        if (path.find(documentMark) != std::wstring_view::npos) {
             if (index != 0)
                 files += pathSeparator;
-            files.appendUtf16({platform::AsUtf16(path), length});
+            files.appendUtf16({platform::AsUtf16(path.data()), path.size()});
             taken = true;
         } else if (index == 0) {
             // The first file decides whether the entry is offered; others without ".pdf" are left out.

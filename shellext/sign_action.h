@@ -1,9 +1,10 @@
 #pragma once
 
 #include "core/text/string.h"
-#include "shellext/com/bounded_text.h"
 
-#include <cstddef>
+#include <windows.h>
+
+#include <string_view>
 
 class CCryptoAutoLogger;
 
@@ -36,8 +37,8 @@ public:
     virtual ~SelectedPaths() = default;
 
     [[nodiscard]] virtual UINT count() const = 0;
-    /// Writes the path at `index`, cut to 259 characters. \return the characters written; 0 when there is no such path.
-    [[nodiscard]] virtual std::size_t query(UINT index, wchar_t (&path)[ccrypto::textCapacity]) = 0;
+    /// The path at `index`, cut to 259 characters; empty when there is none. Valid until the next call.
+    [[nodiscard]] virtual std::wstring_view query(UINT index) = 0;
 };
 
 /// Appends the paths that contain ".pdf" to `files`, with "*" before each but one of index 0: no Windows path can contain it. The

@@ -92,7 +92,7 @@ HRESULT UnregisterShellExtContextMenuHandler(const wchar_t* fileType, const CLSI
 
 HRESULT SetHKCRRegistryKeyAndValue(const wchar_t* subKey, const wchar_t* valueName, const wchar_t* data)
 {
-    ccrypto::OwnedKey key;
+    OwnedKey key;
     LSTATUS status =
         RegCreateKeyExW(HKEY_CLASSES_ROOT, subKey, 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_WRITE, nullptr, key.receive(), nullptr);
     if (status == ERROR_SUCCESS && data != nullptr) {
@@ -106,7 +106,7 @@ HRESULT SetHKCRRegistryKeyAndValue(const wchar_t* subKey, const wchar_t* valueNa
 
 HRESULT GetHKCRRegistryKeyAndValue(const wchar_t* subKey, const wchar_t* valueName, void* buffer, DWORD bufferBytes)
 {
-    ccrypto::OwnedKey key;
+    OwnedKey key;
     LSTATUS status = RegOpenKeyExW(HKEY_CLASSES_ROOT, subKey, 0, KEY_READ, key.receive());
     if (status == ERROR_SUCCESS)
         status = RegQueryValueExW(key.get(), valueName, nullptr, nullptr, static_cast<BYTE*>(buffer), &bufferBytes);

@@ -2,27 +2,29 @@
 
 #include <shlobj.h>
 
-#include <algorithm>
 #include <cstring>
-#include <cwchar>
+#include <optional>
 
 namespace ccrypto {
 
 namespace {
 
-/// Whether a list of zero-terminated texts ends, with an empty text, inside the `size` bytes from `list` on.
+/// The texts in a list of zero-terminated ones that ends, with an empty text, inside the `size` bytes from `list` on.
+/// \return nothing when it does not end there.
 template <typename Unit>
-bool EndsInside(const char* list, std::size_t size)
+std::optional<UINT> CountTexts(const char* list, std::size_t size)
 {
+    UINT count = 0;
     bool isTextStart = true;
     for (std::size_t offset = 0; size - offset >= sizeof(Unit); offset += sizeof(Unit)) {
         Unit unit;
         std::memcpy(&unit, list + offset, sizeof unit);
         if (unit == 0 && isTextStart)
-            return true;
+            return count;
         isTextStart = unit == 0;
+        count += isTextStart;
     }
-    return false;
+    return std::nullopt;
 }
 
 } // namespace
@@ -36,7 +38,7 @@ DroppedFiles::DroppedFiles(IDataObject& source)
     }
     if (medium_.tymed == TYMED_HGLOBAL)
         memory_ = GlobalLock(medium_.hGlobal);
-    isBounded_ = memory_ != nullptr && findFirst();
+    isBounded_ = memory_ != nullptr && countInside();
 }
 
 DroppedFiles::~DroppedFiles()
@@ -46,7 +48,7 @@ DroppedFiles::~DroppedFiles()
     ReleaseStgMedium(&medium_);
 }
 
-bool DroppedFiles::findFirst()
+bool DroppedFiles::countInside()
 {
     const std::size_t size = GlobalSize(medium_.hGlobal);
     const auto* header = static_cast<const DROPFILES*>(memory_);
@@ -54,43 +56,30 @@ bool DroppedFiles::findFirst()
         return false;
     const char* list = static_cast<const char*>(memory_) + header->pFiles;
     const std::size_t listSize = size - header->pFiles;
-    if (!header->fWide)
-        return EndsInside<char>(list, listSize);
-    if (!EndsInside<wchar_t>(list, listSize))
-        return false;
-    if (header->pFiles % sizeof(wchar_t) == 0) {
+    const std::optional<UINT> count = header->fWide ? CountTexts<wchar_t>(list, listSize) : CountTexts<char>(list, listSize);
+    if (header->fWide && header->pFiles % sizeof(wchar_t) == 0)
         next_ = reinterpret_cast<const wchar_t*>(list);
-        end_ = next_ + listSize / sizeof(wchar_t);
-    }
-    return true;
+    count_ = count.value_or(0);
+    return count.has_value();
 }
 
-UINT DroppedFiles::count() const
+std::wstring_view DroppedFiles::querySystem(UINT index)
 {
-    return DragQueryFileW(drop(), 0xFFFFFFFF, nullptr, 0);
+    return DragQueryFileW(drop(), index, systemsAnswer_, textCapacity) != 0 ? systemsAnswer_ : std::wstring_view();
 }
 
-std::size_t DroppedFiles::querySystem(UINT index, wchar_t (&path)[textCapacity]) const
+std::wstring_view DroppedFiles::query(UINT index)
 {
-    return DragQueryFileW(drop(), index, path, textCapacity) != 0 ? std::wcslen(path) : 0;
-}
-
-std::size_t DroppedFiles::query(UINT index, wchar_t (&path)[textCapacity])
-{
+    if (index >= count_)
+        return {};
     // DragQueryFileW walks the list from its start for every index, which takes seconds for ten thousand files.
     if (next_ == nullptr || index != nextIndex_)
-        return querySystem(index, path);
+        return querySystem(index);
 
-    const wchar_t* const terminator = std::find(next_, end_, L'\0');
-    if (terminator == next_) {
-        next_ = nullptr;
-        return querySystem(index, path);
-    }
-    const auto length = static_cast<std::size_t>(terminator - next_);
-    CopyBounded(path, textCapacity, {next_, length});
-    next_ = terminator + 1;
+    const std::wstring_view path = next_;
+    next_ += path.size() + 1;
     ++nextIndex_;
-    return std::min(length, textCapacity - 1);
+    return path.substr(0, textCapacity - 1);
 }
 
 } // namespace ccrypto

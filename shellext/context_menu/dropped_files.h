@@ -1,5 +1,6 @@
 #pragma once
 
+#include "shellext/com/bounded_text.h"
 #include "shellext/sign_action.h"
 
 #include <windows.h>
@@ -11,8 +12,9 @@ namespace ccrypto {
 
 /// The files of a selection: the CF_HDROP list of a data object, locked in memory while this lives and then given back.
 ///
-/// The shell follows a list wherever it leads, so one that does not begin and end inside its memory is refused.
-class DroppedFiles final : public ccrypto::SelectedPaths {
+/// The shell follows a list wherever it leads, so one that does not begin and end inside its memory is refused, and the shell is
+/// not asked about an empty one.
+class DroppedFiles final : public SelectedPaths {
 public:
     /// Asks `source` for its list; `isOpen` says whether it has one.
     explicit DroppedFiles(IDataObject& source);
@@ -22,24 +24,25 @@ public:
 
     bool isOpen() const { return isBounded_; }
 
-    /// Both only when open.
-    UINT count() const override;
-    /// Cuts exactly as DragQueryFileW does; asking for the indices in order takes linear time altogether.
-    std::size_t query(UINT index, wchar_t (&path)[textCapacity]) override;
+    /// Both only when open. They give what DragQueryFileW gives for a list with files; asking for the indices in order takes linear
+    /// time altogether.
+    UINT count() const override { return count_; }
+    std::wstring_view query(UINT index) override;
 
 private:
     HDROP drop() const { return static_cast<HDROP>(medium_.hGlobal); }
-    bool findFirst();
-    std::size_t querySystem(UINT index, wchar_t (&path)[textCapacity]) const;
+    bool countInside();
+    std::wstring_view querySystem(UINT index);
 
     STGMEDIUM medium_ = {};
     const void* memory_ = nullptr;
     bool isBounded_ = false;
+    UINT count_ = 0;
 
     // The text of `nextIndex_` in a list of 16-bit units; null when the system is asked.
     const wchar_t* next_ = nullptr;
-    const wchar_t* end_ = nullptr;
     UINT nextIndex_ = 0;
+    wchar_t systemsAnswer_[textCapacity] = {};
 };
 
 } // namespace ccrypto

@@ -13,11 +13,11 @@ FileContextMenuExt::FileContextMenuExt()
 {
     CCryptoAutoLogger logger("FileContextMenuExt::FileContextMenuExt");
 
-    bitmap_ = ccrypto::ProcessMenuPicture().makeBitmap();
-    const ccrypto::MenuTexts& texts = ccrypto::UsersMenuTexts();
+    bitmap_ = ProcessMenuPicture().makeBitmap();
+    const MenuTexts& texts = UsersMenuTexts();
     CopyBounded(menuText_, textCapacity, texts.menu);
     helpText_ = texts.help;
-    multipleAllowed_ = ccrypto::IsMultipleSelectionAllowed();
+    multipleAllowed_ = IsMultipleSelectionAllowed();
     logger.setResult(true);
 }
 
@@ -57,7 +57,7 @@ HRESULT FileContextMenuExt::Initialize(PCIDLIST_ABSOLUTE, IDataObject* selection
             return logger.warn(E_FAIL);
 
         // A selection that is not for this handler is no failure of the operation.
-        const bool taken = ccrypto::TakeFiles(files, multipleAllowed_, selectedFiles_, logger);
+        const bool taken = TakeFiles(files, multipleAllowed_, selectedFiles_, logger);
         return logger.succeed(taken ? S_OK : E_FAIL);
     });
 }
@@ -103,7 +103,7 @@ HRESULT FileContextMenuExt::InvokeCommand(CMINVOKECOMMANDINFO* command) noexcept
         if (LOWORD(reinterpret_cast<UINT_PTR>(command->lpVerb)) != 0)
             return logger.fail(E_FAIL);
 
-        if (!ccrypto::HandOver(selectedFiles_))
+        if (!HandOver(selectedFiles_))
             return logger.fail(E_FAIL);
         return logger.succeed(S_OK);
     });
@@ -118,7 +118,7 @@ HRESULT FileContextMenuExt::GetCommandString(UINT_PTR command, UINT kind, UINT*,
             return logger.fail(E_INVALIDARG);
         HRESULT result = S_OK;
         if (kind == GCS_VERBW)
-            result = CopyBounded(reinterpret_cast<wchar_t*>(name), capacity, ccrypto::commandName);
+            result = CopyBounded(reinterpret_cast<wchar_t*>(name), capacity, commandName);
         else if (kind == GCS_HELPTEXTW)
             result = CopyBounded(reinterpret_cast<wchar_t*>(name), capacity, helpText_);
         return logger.setRetValue(SUCCEEDED(result) ? ResultStatus::none : ResultStatus::warning, result);

@@ -12,10 +12,6 @@ namespace ccrypto {
 constexpr WORD menuIconResource = 105;
 constexpr int menuIconSize = 16;
 
-} // namespace ccrypto
-
-namespace ccrypto {
-
 /// The picture of the menu entry: decodes the library's icon once and makes any number of bitmaps of it, from any thread.
 ///
 /// Every icon that is loaded stays with the process, so the pixels are kept and the icon is not loaded again. A failure is not
