@@ -16,7 +16,10 @@ std::uint32_t Greet(const char* whom)
 {
     CCryptoAutoLogger logger("Greet");
 
-    const std::uint32_t times = CCryptoSettings::Instance()->GetIntegerOrDefault("greetings", 1);
+    ICryptoSettings* const settings = CCryptoSettings::Instance();
+    if (settings == nullptr)
+        return logger.fail(0U, "There are no settings");
+    const std::uint32_t times = settings->GetIntegerOrDefault("greetings", 1);
     if (times > 3)
         return logger.fail(0U, "%u greetings are too many", times);
     for (std::uint32_t i = 0; i < times; ++i)
