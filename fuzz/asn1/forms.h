@@ -2,19 +2,13 @@
 
 #include "asn1/parser/parser.h"
 #include "asn1/template/gen_parser.h"
+#include "fuzz/require.h"
 
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 #include <utility>
 
 namespace ccrypto {
-
-inline void Require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 inline std::string_view TextOf(const std::uint8_t* data, std::size_t size)
 {

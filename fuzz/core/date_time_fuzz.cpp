@@ -1,20 +1,14 @@
 #include "core/log/date_format.h"
 #include "core/system/date_time.h"
+#include "fuzz/require.h"
 
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
 using namespace ccrypto;
 
 namespace {
-
-void Require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 /// What was read is written in a form that reads the same.
 void CheckText(std::string_view text)

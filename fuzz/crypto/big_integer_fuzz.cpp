@@ -1,18 +1,12 @@
 #include "crypto/bigint/big_integer.h"
+#include "fuzz/require.h"
 #include "tests/crypto/bigint/slow_integer.h"
 
-#include <cstdlib>
 #include <span>
 
 using namespace ccrypto;
 
 namespace {
-
-void Require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 bool Same(const CCryptoBigInteger& number, const slow::Number& twin)
 {

@@ -1,9 +1,9 @@
 #include "crypto/ec/curve_domains.h"
 #include "crypto/ec/curve_point.h"
+#include "fuzz/require.h"
 #include "tests/crypto/ec/affine_curve.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <utility>
 #include <vector>
 
@@ -14,12 +14,6 @@ using affine::Number;
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
-
-void Require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 /// A curve, its twin and its order.
 struct Twins {

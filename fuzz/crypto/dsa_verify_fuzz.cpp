@@ -1,8 +1,8 @@
 #include "crypto/dsa/dsa.h"
+#include "fuzz/require.h"
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <vector>
 
 using namespace ccrypto;
@@ -10,12 +10,6 @@ using namespace ccrypto;
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
-
-void Require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 /// A key with a prime of 1024 bits, whose private value nobody kept.
 constexpr const char* sound[] = {

@@ -1,8 +1,8 @@
 #include "crypto/ec/ec.h"
+#include "fuzz/require.h"
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <cstring>
 
 using namespace ccrypto;
@@ -10,12 +10,6 @@ using namespace ccrypto;
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
-
-void Require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 bool Same(const element& value, Bytes bytes)
 {

@@ -1,8 +1,8 @@
 #include "crypto/hash/hash.h"
 #include "crypto/rsa/rsa_encoding.h"
+#include "fuzz/require.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <optional>
 #include <vector>
 
@@ -11,12 +11,6 @@ using namespace ccrypto;
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-
-void Require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 /// As RFC 8017, 7.2.2, step 3 reads: with branches, and leaving as soon as something is wrong.
 std::optional<Bytes> UnpadPKCS1(const Bytes& block)

@@ -1,10 +1,10 @@
 #include "core/base/algorithm.h"
 #include "crypto/bigint/big_integer.h"
 #include "crypto/rsa/rsa.h"
+#include "fuzz/require.h"
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <vector>
 
 using namespace ccrypto;
@@ -13,12 +13,6 @@ namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 using Number = CCryptoBigInteger;
-
-void Require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 /// Two bytes of length, one for the count of bytes that follow, which are repeated to the length: a short input makes an enormous
 /// number.

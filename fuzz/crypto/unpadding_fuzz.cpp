@@ -1,8 +1,8 @@
 #include "crypto/cipher/padding.h"
+#include "fuzz/require.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 
 using namespace ccrypto;
 
@@ -16,12 +16,6 @@ int NaiveTextLength(const std::uint8_t* block, std::size_t size)
         return -1;
     const bool same = std::all_of(block + size - added, block + size, [added](std::uint8_t byte) { return byte == added; });
     return same ? static_cast<int>(size - added) : -1;
-}
-
-void Require(bool holds)
-{
-    if (!holds)
-        std::abort();
 }
 
 } // namespace

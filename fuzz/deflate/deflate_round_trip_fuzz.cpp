@@ -1,9 +1,9 @@
 #include "deflate/deflate_stream.h"
+#include "fuzz/require.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <span>
 #include <vector>
 
@@ -12,12 +12,6 @@ using namespace ccrypto;
 // Input: one byte (the level in its low half, bit 4 repeats the data beyond the window, bit 5 packs it in pieces), then the data.
 
 namespace {
-
-void Require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
 
 constexpr std::size_t repeatedSize = 70000;
 constexpr std::size_t pieceSize = 61;

@@ -1,9 +1,9 @@
 #include "deflate/deflate_stream.h"
+#include "fuzz/require.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -16,12 +16,6 @@ namespace {
 
 constexpr InflateLimits sizeAlone{.maxOutput = 1 << 20, .maxRatio = 0};
 constexpr InflateLimits sizeAndRatio{.maxOutput = 300000, .maxRatio = 20, .freeOutput = 100000};
-
-void Require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
 
 struct Outcome {
     bool good = true;

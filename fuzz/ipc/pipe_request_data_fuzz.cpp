@@ -1,8 +1,8 @@
+#include "fuzz/require.h"
 #include "tests/ipc/wire_bytes.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string_view>
 
@@ -11,12 +11,6 @@ using namespace ccrypto;
 // Input: the number of reads, one byte for each (its low bits choose the reader and whether it is the last), then the body.
 
 namespace {
-
-void Require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
 
 void RequireInside(const wire::Message& message, const std::uint8_t* bytes, std::size_t count)
 {
