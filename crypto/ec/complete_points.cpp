@@ -32,15 +32,31 @@ std::vector<typename CompletePoints<N>::Table> CompletePoints<N>::tablesOfBase()
 }
 
 template <std::size_t N>
-void CompletePoints<N>::multiplyBase(AffinePoint<N>& result, const Limbs<N>& scalar) const
+void CompletePoints<N>::addBaseMultiple(Point& sum, const Limbs<N>& scalar) const
 {
-    Wiped<Point> sum{infinity()};
     Wiped<Point> chosen{};
     for (std::size_t i = 0; i < digitCount(); ++i) {
         select(chosen, ofBase_[i], SignedDigitAt(scalar, i, width));
-        static_cast<Point&>(sum) = add(sum, chosen);
+        sum = add(sum, chosen);
     }
+}
+
+template <std::size_t N>
+void CompletePoints<N>::multiplyBase(AffinePoint<N>& result, const Limbs<N>& scalar) const
+{
+    Wiped<Point> sum{infinity()};
+    addBaseMultiple(sum, scalar);
     leave(result, sum);
+}
+
+template <std::size_t N>
+bool CompletePoints<N>::isBaseMultiple(const Limbs<N>& x, const Limbs<N>& scalar) const
+{
+    Wiped<Point> sum{infinity()};
+    addBaseMultiple(sum, scalar);
+    const Wiped<Element> expected{field_.multiply(field_.enter(x), sum.z)};
+    // A sum that a fault made infinity would equal anything.
+    return constant_time::Declassify(fixed_limbs::Equal(expected, sum.x) & ~fixed_limbs::IsZero(sum.z)) != 0;
 }
 
 template <std::size_t N>

@@ -18,6 +18,7 @@ public:
     explicit CompletePoints(const CurveDomain<N>& domain);
 
     void multiplyBase(AffinePoint<N>& result, const Limbs<N>& scalar) const override;
+    bool isBaseMultiple(const Limbs<N>& x, const Limbs<N>& scalar) const override;
     void multiply(AffinePoint<N>& result, const AffinePoint<N>& point, const Limbs<N>& scalar) const override;
     bool multiplyAndAdd(AffinePoint<N>& result, const Limbs<N>& baseScalar, const AffinePoint<N>& point,
                         const Limbs<N>& scalar) const override;
@@ -43,6 +44,8 @@ private:
     Point entered(const AffinePoint<N>& point) const { return {field_.enter(point.x), field_.enter(point.y), field_.one()}; }
     Element tripled(const Element& number) const { return field_.add(field_.add(number, number), number); }
     std::vector<Table> tablesOfBase() const;
+    /// For a sum that is infinity so far.
+    void addBaseMultiple(Point& sum, const Limbs<N>& scalar) const;
     Element timesA(const Element& number) const;
     Point add(const Point& p, const Point& q) const;
     /// The multiple that a secret digit asks for.

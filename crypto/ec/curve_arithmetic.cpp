@@ -154,24 +154,27 @@ public:
         return true;
     }
 
-    bool isOwnSignature(Bytes digest, Bytes r, Bytes s, Bytes key) const override
+    bool isOwnSignature(Bytes digest, Bytes r, Bytes s, Bytes key, Bytes nonce) const override
     {
         Limbs<N> first;
         Limbs<N> second;
+        Wiped<Limbs<N>> d;
+        Wiped<Limbs<N>> k;
         LoadLimbs(first, r);
         LoadLimbs(second, s);
-        if (!isInOrder(first) || !isInOrder(second))
+        LoadLimbs(d, key);
+        LoadLimbs(k, nonce);
+        if (!isInOrder(first) || !isInOrder(second) || !isInOrder(k) || !IsBelow(first, domain_.p.value))
             return false;
 
-        // The nonce that belongs to such a signature leads to r.
-        Wiped<Limbs<N>> d;
-        LoadLimbs(d, key);
-        Wiped<Limbs<N>> nonce{order_.multiply(order_.enter(d), order_.enter(first))};
-        static_cast<Limbs<N>&>(nonce) = order_.add(nonce, enteredDigest(digest));
-        static_cast<Limbs<N>&>(nonce) = order_.leave(order_.multiply(nonce, order_.invert(order_.enter(second))));
-        Wiped<AffinePoint<N>> point;
-        points_.multiplyBase(point, nonce);
-        return constant_time::Declassify(fixed_limbs::Equal(order_.leave(order_.enter(point.x)), first)) != 0;
+        const Wiped<Limbs<N>> left{order_.multiply(order_.enter(second), order_.enter(k))};
+        static_cast<Limbs<N>&>(d) = order_.multiply(order_.enter(d), order_.enter(first));
+        static_cast<Limbs<N>&>(d) = order_.add(d, enteredDigest(digest));
+        if (constant_time::Declassify(fixed_limbs::Equal(left, d)) == 0)
+            return false;
+        Wiped<Limbs<N>> opposite;
+        fixed_limbs::Subtract(opposite, domain_.n.value, k);
+        return points_.isBaseMultiple(first, opposite);
     }
 
     bool verify(Bytes digest, Bytes r, Bytes s, Bytes x, Bytes y) const override

@@ -44,9 +44,14 @@ public:
     virtual void bitsToNumber(Target number, Bytes bits) const = 0;
     /// ECDSA with this scalar as nonce. \return false when r or s is 0, which is public: another nonce is needed.
     [[nodiscard]] virtual bool sign(Target r, Target s, Bytes digest, Bytes key, Bytes nonce) const = 0;
-    /// Whether r and s are a signature over the digest with this key: what verify() says of its public point, but for the owner of
-    /// the key, who finds it out in less time. The answer is public.
-    [[nodiscard]] virtual bool isOwnSignature(Bytes digest, Bytes r, Bytes s, Bytes key) const = 0;
+    /// Whether r and s are the signature over the digest with this key and this nonce: what verify() says of it, but for the owner
+    /// of the key, who finds it out in less time. The answer is public.
+    ///
+    /// It notices a fault in anything that sign() computed: s * nonce is digest + r * key modulo the order, and r is the x of
+    /// order - nonce times the base point, that is of the point opposite to sign()'s, which other entries of the table add up to.
+    /// It does not notice a nonce that was wrong before sign() began, since that makes a signature as good as any.
+    /// \return false, too, where x is not below the order, which has a chance below 2^-54 on all curves.
+    [[nodiscard]] virtual bool isOwnSignature(Bytes digest, Bytes r, Bytes s, Bytes key, Bytes nonce) const = 0;
     /// For a point of the curve. All arguments are public; r and s may be any numbers.
     [[nodiscard]] virtual bool verify(Bytes digest, Bytes r, Bytes s, Bytes x, Bytes y) const = 0;
 };

@@ -296,7 +296,8 @@ element CCryptoEC::sign(std::span<const std::uint8_t> digest, SignatureForm form
     while (!arithmetic.sign(both.first(length), both.subspan(length), digest, scalar, std::span(nonce).first(length)));
     // A signature that a fault has spoilt, or one by a spoilt key, can give the key away. The other copy of the scalar would not be
     // spoilt in the same way.
-    if (!arithmetic.isOwnSignature(digest, both.first(length), both.subspan(length), std::span(scalarCopy_).first(length)))
+    if (!arithmetic.isOwnSignature(digest, both.first(length), both.subspan(length), std::span(scalarCopy_).first(length),
+                                   std::span(nonce).first(length)))
         return logger.fail(element(), "Signature does not verify: a fault in memory or in the processor");
     logger.setResult(true);
     return form == SignatureForm::pair ? pair : EcdsaPairToDer(pair.bytes());

@@ -54,8 +54,10 @@ public:
     /// Empty when there is none.
     [[nodiscard]] element seed() const;
 
-    /// \return empty, logged, without a seed, for a context that is too long, and when the signature does not verify: it is checked
-    /// before it leaves, since a faulty one can give the key away.
+    /// \return empty, logged, without a seed, for a context that is too long, and when the signature is not right. It is checked
+    /// before it leaves, with copies of seed and public key, since a faulty one can give the key away. What is noticed is a fault
+    /// in one of the copies, in the hash that S is made of, in a point and in S; what is not is a nonce that was wrong from the
+    /// start.
     [[nodiscard]] element sign(std::span<const std::uint8_t> message, const EddsaMode& mode = {}) const;
     /// \return false, logged, when the signature is not one of this key over the message, for whatever reason.
     [[nodiscard]] bool verify(std::span<const std::uint8_t> message, std::span<const std::uint8_t> signature,
@@ -70,6 +72,9 @@ private:
     const internal::EddsaScheme& scheme_;
     Padded public_{};
     ccrypto::Wiped<Padded> seed_{};
+    /// What signatures are checked with.
+    Padded publicCopy_{};
+    ccrypto::Wiped<Padded> seedCopy_{};
     bool hasSeed_ = false;
 };
 

@@ -132,7 +132,7 @@ private:
 
     /// A point with z = 1 in the form in which it is added: x, y and d * x * y; for a = -1, which saves a product then, y - x, y +
     /// x and 2 * d * x * y.
-    struct AffineAddend {
+    struct alignas(16) AffineAddend {
         Element first, second, product;
     };
     /// Any point in that form; for a = -1, z is doubled as well.
@@ -276,15 +276,10 @@ private:
     /// The entry at place i of that digit, the neutral point for 0; reads all of them.
     void selectEntry(AffineAddend& entry, std::size_t i, const ccrypto::SignedDigit& digit) const
     {
-        using ccrypto::fixed_limbs::Select;
-        entry = {Curve::aIsOne ? Element{} : Element{1}, Element{1}, Element{}};
-        for (std::size_t each = 0; each < maxDigit; ++each) {
-            const std::uint64_t mask = ccrypto::constant_time::Mask::Equal(each + 1, digit.magnitude).word();
-            const AffineAddend& source = table_[i * maxDigit + each];
-            entry.first = Select(mask, source.first, entry.first);
-            entry.second = Select(mask, source.second, entry.second);
-            entry.product = Select(mask, source.product, entry.product);
-        }
+        ccrypto::SelectEntry<maxDigit>(entry, &table_[i * maxDigit], digit.magnitude);
+        const std::uint64_t one = ccrypto::constant_time::Mask::IsZero(digit.magnitude).word() & 1;
+        entry.first[0] |= Curve::aIsOne ? 0 : one;
+        entry.second[0] |= one;
         negateIf(entry, digit.negative);
     }
 

@@ -45,14 +45,17 @@ public:
     void multiplyBase(Affine& result, const Limbs<N>& scalar) const override
     {
         Wiped<Point> sum{};
-        Wiped<Affine> entry{};
-        for (std::size_t i = 0; i < baseDigits; ++i) {
-            const SignedDigit digit = SignedDigitAt(scalar, i, baseWidth);
-            selectEntry(entry, i, digit.magnitude);
-            entry.y = fixed_limbs::Select(digit.negative, Field::subtract(Element{}, entry.y), entry.y);
-            addMasked(sum, entry, fixed_limbs::Opaque(constant_time::Mask::IsZero(digit.magnitude).word()));
-        }
+        addBaseMultiple(sum, scalar);
         leave(result, sum);
+    }
+
+    bool isBaseMultiple(const Limbs<N>& x, const Limbs<N>& scalar) const override
+    {
+        Wiped<Point> sum{};
+        addBaseMultiple(sum, scalar);
+        const Wiped<Element> expected{Field::multiply(Field::enter(x), Field::square(sum.z))};
+        // A sum that a fault made infinity would equal anything.
+        return constant_time::Declassify(fixed_limbs::Equal(expected, sum.x) & ~fixed_limbs::IsZero(sum.z)) != 0;
     }
 
     void multiply(Affine& result, const Affine& point, const Limbs<N>& scalar) const override
@@ -114,6 +117,18 @@ private:
 
     /// A point times 1, 3, 5 to 15, for the digits of SparseDigits.
     using OddMultiples = std::array<Point, 8>;
+
+    /// For a sum that is infinity so far.
+    void addBaseMultiple(Point& sum, const Limbs<N>& scalar) const
+    {
+        Wiped<Affine> entry{};
+        for (std::size_t i = 0; i < baseDigits; ++i) {
+            const SignedDigit digit = SignedDigitAt(scalar, i, baseWidth);
+            SelectEntry<baseMax>(static_cast<Affine&>(entry), &table_[i * baseMax], digit.magnitude);
+            entry.y = fixed_limbs::Select(digit.negative, Field::subtract(Element{}, entry.y), entry.y);
+            addMasked(sum, entry, fixed_limbs::Opaque(constant_time::Mask::IsZero(digit.magnitude).word()));
+        }
+    }
 
     [[gnu::noinline]] static void assignIf(Point& target, std::uint64_t mask, const Point& source)
     {
@@ -242,20 +257,6 @@ private:
         for (std::size_t i = 1; i < table.size(); ++i)
             table[i] = sumOf(difference(table[i - 1], two));
         return table;
-    }
-
-    /// The entry at place i of that magnitude, or anything for 0; reads all of them.
-    void selectEntry(Affine& entry, std::size_t i, std::uint64_t magnitude) const
-    {
-        entry = {};
-        for (std::size_t each = 0; each < baseMax; ++each) {
-            const std::uint64_t mask = constant_time::Mask::Equal(each + 1, magnitude).word();
-            const Affine& source = table_[i * baseMax + each];
-            for (std::size_t limb = 0; limb < N; ++limb) {
-                entry.x[limb] |= source.x[limb] & mask;
-                entry.y[limb] |= source.y[limb] & mask;
-            }
-        }
     }
 
     void fillTable()

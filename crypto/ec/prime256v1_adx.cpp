@@ -146,7 +146,7 @@ struct Field : MontgomeryForm<curve_domains::prime256v1> {
 
 const CurvePoints<4>& Prime256Adx()
 {
-    static const JacobianPoints<Field, curve_domains::prime256v1, 7> points;
+    static const JacobianPoints<Field, curve_domains::prime256v1, 6> points;
     return points;
 }
 

@@ -28,7 +28,7 @@ const auto& Points()
 }
 
 constexpr Variant<PointCalls256> variants256[] = {
-    {"portable", cpu::none, []() -> const CurvePoints<4>& { return Points<curve_domains::prime256v1, 7>(); }},
+    {"portable", cpu::none, []() -> const CurvePoints<4>& { return Points<curve_domains::prime256v1, 6>(); }},
     {"adx", cpu::adx, Prime256Adx},
 };
 constexpr Variant<PointCalls384> variants384[] = {

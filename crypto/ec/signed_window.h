@@ -2,6 +2,8 @@
 
 #include "crypto/bigint/fixed_limbs.h"
 
+#include <cstring>
+
 namespace ccrypto {
 
 /// Scalars as digits from -2^(width - 1) to 2^(width - 1) of the base 2^width (Booth's recoding): half as many multiples of a point
@@ -38,6 +40,26 @@ inline SignedDigit SignedDigitAt(const Limbs<N>& scalar, std::size_t index, std:
     const std::uint64_t negative = fixed_limbs::Opaque(0 - (window >> width));
     const std::uint64_t folded = window ^ (negative & all);
     return {(folded >> 1) + (folded & 1), negative};
+}
+
+/// Copies entry `magnitude` of a table that begins with entry 1, or fills `entry` with zeros for 0. All entries are read, so
+/// neither time nor addresses depend on the magnitude.
+template <std::size_t count, typename Entry>
+void SelectEntry(Entry& entry, const Entry* table, std::uint64_t magnitude)
+{
+    using Pair [[gnu::vector_size(16)]] = std::uint64_t;
+    constexpr std::size_t pairs = sizeof(Entry) / sizeof(Pair);
+    static_assert(std::is_trivially_copyable_v<Entry> && sizeof(Entry) % sizeof(Pair) == 0);
+    std::array<Pair, pairs> sum{};
+    for (std::size_t each = 0; each < count; ++each) {
+        const std::uint64_t word = constant_time::Mask::Equal(each + 1, magnitude).word();
+        const Pair mask = {word, word};
+        std::array<Pair, pairs> source;
+        std::memcpy(&source, table + each, sizeof source);
+        for (std::size_t i = 0; i < pairs; ++i)
+            sum[i] |= source[i] & mask;
+    }
+    std::memcpy(&entry, &sum, sizeof sum);
 }
 
 /// A public scalar as digits of the base 2: odd ones from -15 to 15, no two of them within five places, and zeros. That takes fewer

@@ -259,6 +259,8 @@ void VariantsAreRight(std::span<const Variant<Calls>> variants, const CurveDomai
             AffinePoint<N> result;
             points.multiplyBase(result, multiple.scalar);
             ASSERT_TRUE(result == multiple.ofBase);
+            ASSERT_TRUE(points.isBaseMultiple(result.x, multiple.scalar));
+            ASSERT_FALSE(points.isBaseMultiple(multiple.ofPoint.x, multiple.scalar));
             points.multiply(result, point, multiple.scalar);
             ASSERT_TRUE(result == multiple.ofPoint);
         }

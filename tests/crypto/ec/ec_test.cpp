@@ -1,4 +1,5 @@
 #include "core/base/algorithm.h"
+#include "crypto/bigint/big_integer.h"
 #include "crypto/ec/curve_arithmetic.h"
 #include "crypto/ec/curve_domains.h"
 #include "crypto/ec/ec.h"
@@ -77,13 +78,15 @@ Bytes Added(const Bytes& a, const Bytes& b)
     return carry == 0 ? sum : Bytes();
 }
 
-std::pair<Bytes, Bytes> Halves(const Bytes& bytes)
-{
-    const auto middle = bytes.begin() + static_cast<std::ptrdiff_t>(bytes.size() / 2);
-    return {{bytes.begin(), middle}, {middle, bytes.end()}};
-}
-
 class EveryCurve : public ::testing::TestWithParam<CurveFacts> {};
+class EverySigningCurve : public ::testing::TestWithParam<CurveFacts> {};
+
+std::vector<CurveFacts> SigningCurves()
+{
+    std::vector<CurveFacts> curves(Curves().begin(), Curves().end());
+    std::erase_if(curves, [](const CurveFacts& facts) { return !facts.signs; });
+    return curves;
+}
 
 } // namespace
 
@@ -144,15 +147,12 @@ TEST_P(EveryCurve, VerifiesWhatItSigns)
     EXPECT_TRUE(key->signHash(Bytes(32, 1), SignatureForm::pair, dry).isEmpty());
 }
 
-TEST_P(EveryCurve, SignsNothingAfterAFault)
+TEST_P(EverySigningCurve, SignsNothingAfterAFault)
 {
-    if (!GetParam().signs)
-        GTEST_SKIP() << "does not sign";
     const Bytes digest(32, 1);
     SequenceRandom random(GetParam().id);
     const auto key = CCryptoEC::Generate(GetParam().id, random);
     const Bytes scalar = BytesOf(key->privateScalar());
-    const auto [r, s] = Halves(BytesOf(key->signHash(digest, SignatureForm::pair, random)));
 
     // The key as it lies in memory, one bit of a copy of the scalar another.
     std::span<std::uint8_t> memory(reinterpret_cast<std::uint8_t*>(key.get()), sizeof *key);
@@ -167,23 +167,73 @@ TEST_P(EveryCurve, SignsNothingAfterAFault)
         ++copies;
     }
     EXPECT_EQ(copies, 2);
+}
 
-    // The check itself.
+TEST_P(EverySigningCurve, NoticesEachKindOfFault)
+{
+    using Number = CCryptoBigInteger;
+    const std::vector<Limits> all = AllLimits();
+    const Number order = Number::FromBytes(std::ranges::find(all, GetParam().id, &Limits::id)->order);
     const CurveArithmetic& arithmetic = *CurveArithmetic::Of(GetParam().id);
-    std::array<Bytes, 4> parts = {digest, r, s, scalar};
-    const auto check = [&] { return arithmetic.isOwnSignature(parts[0], parts[1], parts[2], parts[3]); };
-    EXPECT_TRUE(check());
-    for (Bytes& part : parts) {
-        // The first byte, since a digest is cut to the length of the order.
-        part.front() ^= 1;
-        EXPECT_FALSE(check()) << &part - parts.data();
-        part.front() ^= 1;
+    const std::size_t length = GetParam().orderBytes;
+    const auto bytesOf = [&](const Number& number) {
+        Bytes bytes(length);
+        EXPECT_TRUE(number.modulo(order).toBytes(bytes));
+        return bytes;
+    };
+
+    SequenceRandom random(GetParam().id);
+    const auto key = CCryptoEC::Generate(GetParam().id, random);
+    struct Parts {
+        Bytes digest, r, s, key, nonce;
+    };
+    Parts good = {Bytes(length, 0x21), Bytes(length), Bytes(length), BytesOf(key->privateScalar()),
+                  BytesOf(CCryptoEC::Generate(GetParam().id, random)->privateScalar())};
+    good.digest[0] = 0;
+    ASSERT_TRUE(arithmetic.sign(good.r, good.s, good.digest, good.key, good.nonce));
+    const auto check = [&](const Parts& parts) {
+        return arithmetic.isOwnSignature(parts.digest, parts.r, parts.s, parts.key, parts.nonce);
+    };
+    EXPECT_TRUE(check(good));
+
+    // What s = (digest + r * key) / nonce is after a fault: the same nonce and another r, or the same r and another nonce.
+    Bytes number(length);
+    arithmetic.digestToNumber(number, good.digest);
+    const auto response = [&](const Bytes& r, const Bytes& nonce) {
+        const Number sum = Number::FromBytes(number) + Number::FromBytes(r) * Number::FromBytes(good.key);
+        return bytesOf(sum * Number::FromBytes(nonce).modInverse(order));
+    };
+    EXPECT_EQ(response(good.r, good.nonce), good.s);
+    const auto more = [&](const Bytes& bytes) { return bytesOf(Number::FromBytes(bytes) + Number(1)); };
+    const Bytes opposite = bytesOf(order - Number::FromBytes(good.nonce));
+    struct Case {
+        const char* what;
+        Bytes Parts::*part;
+        Bytes wrong;
+        Bytes s;
+    } const cases[] = {
+        {"another digest", &Parts::digest, Joined({{1}, Bytes(length - 1, 0x21)}), good.s},
+        {"another key", &Parts::key, more(good.key), good.s},
+        {"another r", &Parts::r, more(good.r), good.s},
+        {"another s", &Parts::s, more(good.s), more(good.s)},
+        {"another nonce", &Parts::nonce, more(good.nonce), good.s},
+        {"no nonce", &Parts::nonce, Bytes(length), good.s},
+        {"r is 0", &Parts::r, Bytes(length), response(Bytes(length), good.nonce)},
+        {"s is 0", &Parts::s, Bytes(length), Bytes(length)},
+        {"the x of another point, and s made of it", &Parts::r, more(good.r), response(more(good.r), good.nonce)},
+        {"the point of another nonce than that of s", &Parts::nonce, more(good.nonce), response(good.r, more(good.nonce))},
+    };
+    for (const Case& row : cases) {
+        Parts parts = good;
+        parts.s = row.s;
+        parts.*row.part = row.wrong;
+        EXPECT_FALSE(check(parts)) << row.what;
     }
-    for (const std::size_t zero : {1, 2}) {
-        const Bytes number = std::exchange(parts[zero], Bytes(r.size()));
-        EXPECT_FALSE(check());
-        parts[zero] = number;
-    }
+    // The opposite nonce and s make as good a signature.
+    Parts turned = good;
+    turned.nonce = opposite;
+    turned.s = bytesOf(order - Number::FromBytes(good.s));
+    EXPECT_TRUE(check(turned));
 }
 
 TEST_P(EveryCurve, IsWipedAtTheEnd)
@@ -217,6 +267,9 @@ TEST_P(EveryCurve, RefusesLengthsOffByOne)
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, EveryCurve, ::testing::ValuesIn(Curves().begin(), Curves().end()),
+                         [](const auto& curve) { return std::string(curve.param.name); });
+
+INSTANTIATE_TEST_SUITE_P(Table, EverySigningCurve, ::testing::ValuesIn(SigningCurves()),
                          [](const auto& curve) { return std::string(curve.param.name); });
 
 TEST(EllipticCurves, RefuseNumbersOutOfRange)
