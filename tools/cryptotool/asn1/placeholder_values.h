@@ -17,8 +17,8 @@ struct FillProblem {
 
 /// Gives every placeholder of a name its value, as written after "NAME=":
 ///
-/// - "#00ff" is bytes, "@file" the bytes of a file, "der:@file" the elements of one (DER, PEM or base64), "text:..." text as it
-///   stands;
+/// - "#00ff" is bytes, "@file" the bytes of a file, "der:@file" the elements of one (DER, PEM or base64), "text:..." text
+/// unchanged;
 /// - anything else is a number where the template asks for one, in an INTEGER, an ENUMERATED and a bracket list; in a BOOLEAN it
 ///   is "TRUE" or "FALSE"; and text everywhere else.
 ///
@@ -28,7 +28,7 @@ bool FillPlaceholders(CCryptoParser& tree, std::string_view name, std::string_vi
 /// The file that such a value names, "-" for standard input; empty where it names none.
 std::string_view FileOfValue(std::string_view value);
 
-/// The names of placeholders that still stand where something is asked for, each once. Those inside OPTIONAL items are not meant.
+/// The names of placeholders that still stand where something is asked for, each once. Those inside OPTIONAL items do not count.
 std::vector<std::string> UnfilledNames(const CCryptoParser& tree);
 
 } // namespace ccrypto

@@ -9,10 +9,10 @@
 namespace ccrypto {
 
 constexpr Option fromOption = {OptionKind::choice, 0, "from", "template|json|xml",
-                               "what TEMPLATE-FILE is; found out by its first character otherwise"};
+                               "what TEMPLATE-FILE is; detected by its first character otherwise"};
 
 /// Reads a template: its text, or its JSON or XML form.
-/// \param form "template", "json" or "xml"; empty to find it out: JSON begins with "{" or "[", XML with "<". Files that template
+/// \param form "template", "json" or "xml"; empty to detect it: JSON begins with "{" or "[", XML with "<". Files that template
 /// text includes are looked for in its own folder. \return false with `reason`; also for a document that describes no ASN.1.
 bool ReadTemplate(Console& console, const std::string& name, std::string form, CCryptoParser& tree, std::string& reason);
 

@@ -171,7 +171,7 @@ std::string NamedOid(std::string_view dotted)
     return name != nullptr ? std::string(dotted) + " " + OneLine(name) : std::string(dotted);
 }
 
-element ValueOctets(const elementNode& node)
+element OctetsOfNode(const elementNode& node)
 {
     element octets;
     return OctetsOfDotted(node, octets) ? octets : node.token();

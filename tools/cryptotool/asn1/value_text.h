@@ -19,7 +19,7 @@ constexpr std::size_t shortHex = 32;
 constexpr std::size_t everything = static_cast<std::size_t>(-1);
 
 /// The value octets of a primitive element of this type on one line; a longer value than `maxText` of text, or `maxHex` of other
-/// bytes, ends in "..." and its length. Object identifiers are not meant.
+/// bytes, ends in "..." and its length. Object identifiers are not handled.
 std::string ValueText(ElementType type, std::span<const std::uint8_t> value, std::size_t maxText = everything,
                       std::size_t maxHex = everything);
 
@@ -31,7 +31,7 @@ std::string StandardDotted(std::span<const std::uint8_t> octets);
 std::string NamedOid(std::string_view dotted);
 
 /// The octets that a node which is nothing but a value stands for in DER: of an object identifier they are not the dotted text.
-element ValueOctets(const elementNode& node);
+element OctetsOfNode(const elementNode& node);
 
 /// A node that is nothing but a value, read in the light of the element it stands in; or template text on several lines.
 /// \param withSiblings whether the nodes after it belong to what is shown.

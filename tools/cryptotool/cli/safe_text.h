@@ -11,16 +11,17 @@
 
 namespace ccrypto {
 
-/// Control characters (C0, DEL, C1), line and paragraph separators, bidirectional controls, surrogates, and what is no character.
+/// Control characters (C0, DEL, C1), line and paragraph separators, bidirectional controls, surrogates, and what is not a
+/// character.
 bool IsUnsafe(std::uint32_t codePoint);
 
-/// One line: unsafe characters and bytes that are no UTF-8 become "\xHH" a byte, nothing else changes.
+/// One line: unsafe characters and bytes that are not UTF-8 become "\xHH" a byte, nothing else changes.
 std::string OneLine(std::string_view text);
 
 /// Text in double quotes, with "\" before quotes and backslashes, and escapes as above.
 std::string Quoted(std::string_view text);
 
-/// A JSON string (RFC 8259, 7) of UTF-8 text, unsafe characters as "\n", "\t" or "\uHHHH"; bytes that are no UTF-8 stand for
+/// A JSON string (RFC 8259, 7) of UTF-8 text, unsafe characters as "\n", "\t" or "\uHHHH"; bytes that are not UTF-8 stand for
 /// Latin-1 characters.
 std::string JsonString(std::string_view text);
 

@@ -43,14 +43,14 @@ std::string FailedStep(elementNode* start, std::string_view path)
         const std::string_view words = path.substr(length, StepLength(path.substr(length)));
         length += words.size();
         if (CCryptoParser::find_path(start, path.substr(0, length)) == nullptr)
-            return "step " + std::to_string(step) + " of the path, " + std::string(words) + ", leads nowhere";
+            return "step " + std::to_string(step) + " of the path, \"" + std::string(words) + "\", leads nowhere";
     }
     return "the path leads nowhere";
 }
 
 element BytesOf(const elementNode& node)
 {
-    return IsBareValue(node) ? ValueOctets(node) : CCryptoParser::ToDer(node.value());
+    return IsBareValue(node) ? OctetsOfNode(node) : CCryptoParser::ToDer(node.value());
 }
 
 /// Takes a node out of its tree, without its siblings: a copy of a large one would take as much memory again.

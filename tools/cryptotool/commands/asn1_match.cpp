@@ -47,7 +47,7 @@ std::string BindingLine(const TemplateBinding& binding)
 element BindingBytes(const TemplateBinding& binding)
 {
     if (IsValueBinding(binding))
-        return ValueOctets(*binding.node);
+        return OctetsOfNode(*binding.node);
     const CCryptoParser part(binding.node->clone(binding.withSiblings));
     return part.ToDer();
 }

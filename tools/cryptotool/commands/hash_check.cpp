@@ -1,12 +1,10 @@
 #include "tools/cryptotool/commands/hash_check.h"
 
-#include "core/text/hex.h"
 #include "tools/cryptotool/cli/safe_text.h"
 #include "tools/cryptotool/input/encoding_detection.h"
 #include "tools/cryptotool/input/file_input.h"
 
 #include <filesystem>
-#include <utility>
 
 namespace ccrypto {
 
@@ -49,25 +47,6 @@ bool IsComment(std::string_view line)
 }
 
 } // namespace
-
-bool FileDigests::isReadOnce(const std::string& file, std::string& reason)
-{
-    const bool isFirst = file != "-" || !std::exchange(hasReadStandardInput_, true);
-    if (!isFirst)
-        reason = "standard input was read already";
-    return isFirst;
-}
-
-bool FileDigests::digest(const std::string& file, std::string& digits, std::string& reason)
-{
-    hash_.reset();
-    const auto take = [this](std::span<const std::uint8_t> piece) { hash_.update(piece); };
-    if (!isReadOnce(file, reason) || !StreamFile(invocation_.console(), file, take, reason))
-        return false;
-    const element found = hash_.final();
-    digits = HexText(found.bytes()).view();
-    return true;
-}
 
 HashCheck::HashCheck(Invocation& invocation, FileDigests& digests, SumOutput& output)
     : invocation_(invocation), digests_(digests), output_(output), isJson_(invocation.arguments().has(jsonOption.name)),

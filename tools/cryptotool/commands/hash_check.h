@@ -1,33 +1,14 @@
 #pragma once
 
-#include "crypto/hash/hash.h"
 #include "tools/cryptotool/cli/invocation.h"
+#include "tools/cryptotool/sums/file_digests.h"
 #include "tools/cryptotool/sums/sum_line.h"
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <string_view>
 
 namespace ccrypto {
-
-/// The digests of files, of which standard input can be one, once.
-class FileDigests {
-public:
-    FileDigests(Invocation& invocation, ICryptoHash& hash) : invocation_(invocation), hash_(hash) {}
-
-    /// The digest in lower-case digits. \return false with `reason`.
-    bool digest(const std::string& file, std::string& digits, std::string& reason);
-    /// \return false, with `reason`, when `file` is standard input for a second time.
-    bool isReadOnce(const std::string& file, std::string& reason);
-    const char* algorithm() const { return hash_.name(); }
-    std::size_t digits() const { return std::size_t{2} * hash_.digestSize(); }
-
-private:
-    Invocation& invocation_;
-    ICryptoHash& hash_;
-    bool hasReadStandardInput_ = false;
-};
 
 /// Checks the files that lists of sums name. "#" begins a comment; empty lines are ignored.
 class HashCheck {

@@ -10,7 +10,8 @@ namespace {
 
 constexpr std::string_view keySignDetails =
     R"(Signs FILE, or standard input, with the private key in KEY. The signature is binary: the octets of RSA, Ed25519 and Ed448, or the
-DER of ECDSA. Ed25519 and Ed448 sign the file itself, without --hash, and read it into memory.
+DER of ECDSA. Ed25519 and Ed448 sign the file itself, without --hash; they read all of it into memory, so
+FILE may have 256 MiB.
 )";
 
 constexpr Option keySignOptions[] = {

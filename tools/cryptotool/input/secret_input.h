@@ -49,7 +49,7 @@ constexpr SecretKind newPasswordSecret = {
     {OptionKind::number, 0, "new-password-fd", "N", "as --password-fd, for the key that is written"},
 };
 
-/// Whether standard input is named as what gives the secret, as a file or as the descriptor 0.
+/// Whether standard input is named as the source of the secret, as a file or as the descriptor 0.
 bool IsStandardInput(const Arguments& arguments, const SecretKind& kind);
 
 /// Whether at most one of these files, and of those that the options of `secrets` name, is standard input, which gives its bytes

@@ -36,7 +36,7 @@ public:
     bool open();
     bool write(std::string_view text);
     bool write(std::span<const std::uint8_t> bytes);
-    /// Hands on what a stream's receiver, or the unfinished file, has not got yet.
+    /// Writes what is still held back to the stream, or to the unfinished file.
     bool flush();
     bool finish();
 

@@ -1,4 +1,5 @@
 #include "crypto/hash/hash.h"
+
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/invocation.h"
 #include "tools/cryptotool/cli/safe_text.h"
@@ -7,6 +8,7 @@
 #include "tools/cryptotool/input/secret_input.h"
 
 #include <limits>
+#include <optional>
 
 namespace ccrypto {
 
@@ -78,7 +80,7 @@ int HashFiles(Invocation& invocation)
     SumOutput output(invocation.console(), arguments.value(outputOption.name));
     if (!output.open())
         return RefuseOutput(invocation, output);
-    FileDigests digests(invocation, *hash);
+    FileDigests digests(invocation.console(), *hash);
     const auto work = arguments.has(checkOption.name) ? CheckSums : PrintSums;
     const std::optional<int> code = work(invocation, digests, Files(arguments.operands()).subspan(1), output);
     return code && output.finish() ? *code : RefuseOutput(invocation, output);

@@ -148,7 +148,8 @@ int PrintManual(Invocation& invocation)
     for (const Command* const command : Commands())
         if (command->noun == arguments.operand(0) && command->verb == arguments.operand(1))
             return WritePage(invocation, file, CommandPage(*command));
-    return invocation.misuse("unknown command " + arguments.operand(0) + " " + arguments.operand(1));
+    const std::string name = arguments.operand(0) + (arguments.operand(1).empty() ? "" : " ") + arguments.operand(1);
+    return invocation.misuse("unknown command " + name);
 }
 
 } // namespace

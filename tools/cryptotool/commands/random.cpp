@@ -1,6 +1,7 @@
+#include "crypto/random/random.h"
+
 #include "core/text/hex.h"
 #include "core/text/string.h"
-#include "crypto/random/random.h"
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/invocation.h"
 #include "tools/cryptotool/cli/progress.h"
