@@ -262,4 +262,13 @@ TEST_F(CryptotoolCipher, RefusesWhatDoesNotGoTogether)
     EXPECT_EQ(RunTool({"cipher", "dec", "--password-file", key, "--openssl"}, "Salted_").code, exitRefused);
 }
 
+TEST_F(CryptotoolCipher, AKeyOfTheWrongLengthIsNotTheFaultOfTheFile)
+{
+    const std::string key = put(u8"key", "fifteen bytes..");
+    const std::string file = put(u8"file", "text");
+    for (const char* const verb : {"enc", "dec"})
+        EXPECT_EQ(RunTool({"cipher", verb, "--raw", "--iv", "000000000000000000000000", "--key-file", key, file}).error,
+                  "cryptotool: aes-256-gcm has no keys of 15 bytes\n");
+}
+
 } // namespace

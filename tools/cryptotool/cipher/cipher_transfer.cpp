@@ -18,6 +18,12 @@ int RefuseText(Invocation& invocation, const CipherInput& input)
     return invocation.refuse(input.name(), Reason("it cannot be processed"));
 }
 
+/// The key or the vector is not one of the cipher, whatever the text.
+int RefuseStart(Invocation& invocation)
+{
+    return invocation.refuse({}, Reason("the cipher cannot be started"));
+}
+
 /// The end of the text is not right. Of wrong padding the library does not know what it means; GCM says it by itself.
 int RefuseEnd(Invocation& invocation, const CipherSetting& setting, const CipherInput& input)
 {
@@ -63,7 +69,7 @@ int Finish(Invocation& invocation, Output& output, int code)
 int Check(Invocation& invocation, CCryptoGCM& gcm, const CipherSetting& setting, CipherInput& input, Progress& progress)
 {
     if (!gcm.startCheck(setting.key.bytes(), setting.iv.bytes()) || !gcm.addAuthenticated(setting.authenticated.bytes()))
-        return RefuseText(invocation, input);
+        return RefuseStart(invocation);
     return Run(invocation, setting, input, nullptr, progress);
 }
 
@@ -150,7 +156,7 @@ int EncryptTo(Invocation& invocation, CipherSetting& setting, CipherInput& input
     auto* const gcm = dynamic_cast<CCryptoGCM*>(setting.cipher.get());
     if (!setting.cipher->start(CipherDirection::encrypt, setting.key.bytes(), setting.iv.bytes()) ||
         (gcm != nullptr && !gcm->addAuthenticated(setting.authenticated.bytes())))
-        return RefuseText(invocation, input);
+        return RefuseStart(invocation);
     if (!output.open() || !output.write(header))
         return RefuseOutput(invocation, output);
     Progress progress(invocation.console(), input.size());
@@ -177,7 +183,7 @@ int DecryptTo(Invocation& invocation, CipherSetting& setting, CipherInput& input
             return RefuseText(invocation, input);
     } else if (!cipher.start(CipherDirection::decrypt, setting.key.bytes(), setting.iv.bytes()) ||
                (gcm != nullptr && !gcm->addAuthenticated(setting.authenticated.bytes()))) {
-        return RefuseText(invocation, input);
+        return RefuseStart(invocation);
     }
     if (!output.open())
         return RefuseOutput(invocation, output);

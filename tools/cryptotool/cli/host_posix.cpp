@@ -43,7 +43,7 @@ char unfinishedFile[PATH_MAX];
 std::atomic<bool> hasUnfinishedFile = false;
 static_assert(std::atomic<bool>::is_always_lock_free);
 
-constexpr std::array<int, 4> interruptionSignals = {SIGHUP, SIGINT, SIGPIPE, SIGTERM};
+constexpr std::array<int, 5> interruptionSignals = {SIGHUP, SIGINT, SIGPIPE, SIGQUIT, SIGTERM};
 
 extern "C" void RemoveUnfinishedFile(int signalNumber)
 {

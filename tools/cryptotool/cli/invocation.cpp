@@ -77,7 +77,8 @@ int UnknownNoun(Console& console, const std::string& word)
     std::vector<std::string_view> known = {"help"};
     for (const Command* const command : Commands())
         known.push_back(command->noun);
-    return Misuse(console, "unknown command " + word + DidYouMean(word, known), "cryptotool");
+    const char* const what = word.starts_with('-') ? "unknown option " : "unknown command ";
+    return Misuse(console, what + word + DidYouMean(word, known), "cryptotool");
 }
 
 int UnknownVerb(Console& console, const Noun& noun, const std::string& word)

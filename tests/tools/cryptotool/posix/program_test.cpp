@@ -56,6 +56,15 @@ TEST_F(CryptotoolProgram, NothingIsLeftWhenItIsInterrupted)
     EXPECT_EQ(Get(u8"rights"), "600\n");
     EXPECT_EQ(Run("ls out.*"), 2);
     EXPECT_EQ(Get(u8"out"), "old\n");
+    // Those of a key press and of a closed terminal; a command in the background of a shell ignores INT and QUIT.
+    for (const int signalNumber : {1, 2, 3}) {
+        const std::string kill = "kill -" + std::to_string(signalNumber);
+        EXPECT_EQ(Run("env --default-signal=INT,QUIT $T random 100G -o large & until ls large.*.part >/dev/null || ! kill -0 $!; "
+                      "do :; done; " +
+                      kill + " $!; wait $!"),
+                  128 + signalNumber);
+        EXPECT_EQ(Run("ls large.*"), 2);
+    }
 }
 
 TEST_F(CryptotoolProgram, NothingIsLeftBeyondTheLimitOfFiles)
