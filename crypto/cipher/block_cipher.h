@@ -12,7 +12,7 @@ constexpr std::size_t maxCipherBlock = 16;
 } // namespace ccrypto
 
 /// A cipher of whole blocks under one key, and the chains of blocks that a processor can speed up. Modes of operation that take
-/// bytes are built on it (crypto/cipher.h).
+/// bytes are built on it (crypto/cipher/cipher.h).
 ///
 /// `out` and `in` hold `blocks` whole blocks each; they are the same bytes or do not overlap. Without a key all of it computes
 /// nonsense. The key is wiped at the end. Several threads may use one cipher whose key is set.

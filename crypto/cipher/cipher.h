@@ -21,8 +21,8 @@ enum class CipherDirection { encrypt, decrypt };
 ///
 /// or encrypt() and decrypt() for a whole text. ECB and CBC pad with PKCS#7 (RFC 5652, 6.3) unless told otherwise; the
 /// other modes take any length unpadded. CFB feeds back whole blocks. Galois/counter mode is one of them, too, with the tag of 16
-/// bytes after the cipher text (RFC 5116, 5.1), and never lets plain text out before the tag was found right: see crypto/gcm.h for
-/// that, for further data that is authenticated, and for other tags.
+/// bytes after the cipher text (RFC 5116, 5.1), and never lets plain text out before the tag was found right: see
+/// crypto/cipher/gcm.h for that, for further data that is authenticated, and for other tags.
 ///
 /// AES takes time that depends on lengths only, and so does removing the padding; whether padding was right becomes public.
 /// DES, 3DES, RC2 and RC4 look secrets up in tables. Modes other than GCM do not detect a changed text: authenticate the
