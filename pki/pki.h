@@ -8,4 +8,5 @@
 #include "pki/keys/key_file.h"
 #include "pki/keys/key_pair.h"
 #include "pki/keys/password_encryption.h"
+#include "pki/keys/pss_limits.h"
 #include "pki/keys/rsa_key_pair.h"

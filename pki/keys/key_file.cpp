@@ -7,7 +7,7 @@
 #include "pki/keys/key_encoding.h"
 #include "pki/keys/key_objects.h"
 
-#include <iterator>
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <utility>
@@ -22,22 +22,31 @@ using KeyPair = std::unique_ptr<ICryptoKeyPair>;
 /// Bytes of a file that is taken for a key.
 constexpr std::size_t maxFile = 1 << 20;
 
-struct LabelledForm {
+struct FormRow {
     KeyForm form;
     const char* label;
+    KeyPair (*load)(const element& der); ///< null for the form that needs a password
 };
 
-constexpr LabelledForm forms[] = {
-    {KeyForm::publicKeyInfo, "PUBLIC KEY"},      {KeyForm::rsaPublicKey, "RSA PUBLIC KEY"},
-    {KeyForm::privateKeyInfo, "PRIVATE KEY"},    {KeyForm::encryptedPrivateKey, "ENCRYPTED PRIVATE KEY"},
-    {KeyForm::rsaPrivateKey, "RSA PRIVATE KEY"}, {KeyForm::ecPrivateKey, "EC PRIVATE KEY"},
+constexpr FormRow forms[] = {
+    {KeyForm::publicKeyInfo, "PUBLIC KEY", LoadPublicKeyInfo},
+    {KeyForm::rsaPublicKey, "RSA PUBLIC KEY", LoadRSAPublicKey},
+    {KeyForm::privateKeyInfo, "PRIVATE KEY", LoadPrivateKeyInfo},
+    {KeyForm::encryptedPrivateKey, "ENCRYPTED PRIVATE KEY", nullptr},
+    {KeyForm::rsaPrivateKey, "RSA PRIVATE KEY", LoadRSAPrivateKey},
+    {KeyForm::ecPrivateKey, "EC PRIVATE KEY", LoadECPrivateKey},
 };
+
+const FormRow& RowOf(KeyForm form)
+{
+    return *std::ranges::find(forms, form, &FormRow::form);
+}
 
 std::optional<KeyForm> FormOfLabel(std::string_view label)
 {
-    for (const LabelledForm& entry : forms)
-        if (label == entry.label)
-            return entry.form;
+    for (const FormRow& row : forms)
+        if (label == row.label)
+            return row.form;
     return {};
 }
 
@@ -49,7 +58,7 @@ std::uint32_t CountOf(const elementNode* list)
     return count;
 }
 
-/// The form that the first items of a SEQUENCE tell: what stands at the beginning differs from form to form.
+/// The form of a SEQUENCE by its first items, which differ from form to form.
 std::optional<KeyForm> FormOfTree(const elementNode* tree)
 {
     if (tree == nullptr || tree->type() != ElementType::sequence)
@@ -78,109 +87,79 @@ std::optional<KeyForm> FormOfTree(const elementNode* tree)
     }
 }
 
-KeyPair LoadPlain(KeyForm form, const element& der)
-{
-    switch (form) {
-    case KeyForm::publicKeyInfo:
-        return LoadPublicKeyInfo(der);
-    case KeyForm::rsaPublicKey:
-        return LoadRSAPublicKey(der);
-    case KeyForm::privateKeyInfo:
-        return LoadPrivateKeyInfo(der);
-    case KeyForm::rsaPrivateKey:
-        return LoadRSAPrivateKey(der);
-    case KeyForm::ecPrivateKey:
-        return LoadECPrivateKey(der);
-    case KeyForm::encryptedPrivateKey:
-        break;
+/// One key file that is being read.
+class KeyLoader {
+public:
+    KeyLoader(CCryptoAutoLogger& logger, const CCryptoKeyFile::PasswordSource& password) : logger_(logger), password_(password) {}
+
+    KeyPair load(std::span<const std::uint8_t> bytes)
+    {
+        if (bytes.size() > maxFile)
+            return fail("it is longer than any key");
+        const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+        return HasPemBlock(text) ? loadPem(text) : loadDer(element(bytes.data(), static_cast<std::uint32_t>(bytes.size())));
     }
-    return nullptr;
-}
 
-} // namespace
+    /// Of the key that was found; none when there was none.
+    std::optional<KeyForm> form() const { return form_; }
 
-KeyPair CCryptoKeyFile::Load(std::span<const std::uint8_t> bytes, const PasswordSource& password)
-{
-    CCryptoAutoLogger logger("CCryptoKeyFile::Load");
-    // What failed before is not the reason for what fails now.
-    ccrypto::ForgetFailure();
-    KeyPair key = loadFile(bytes, password, logger);
-    if (key != nullptr)
-        logger.setResult(true);
-    return key;
-}
+private:
+    KeyPair fail(const char* reason) { return logger_.fail(KeyPair(), "%s", reason); }
 
-KeyPair CCryptoKeyFile::loadFile(std::span<const std::uint8_t> bytes, const PasswordSource& password, CCryptoAutoLogger& logger)
-{
-    if (bytes.size() > maxFile)
-        return logger.fail(KeyPair(), "it is longer than any key");
-    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    if (HasPemBlock(text))
-        return loadPem(text, password, logger);
-    return loadDer(element(bytes.data(), static_cast<std::uint32_t>(bytes.size())), password, logger);
-}
-
-KeyPair CCryptoKeyFile::loadPem(std::string_view text, const PasswordSource& password, CCryptoAutoLogger& logger)
-{
-    std::vector<DataBlock> blocks;
-    const bool isWhole = ReadPem(text, blocks);
-    for (const DataBlock& block : blocks) {
-        if (const std::optional<KeyForm> form = FormOfLabel(block.label))
-            return loadAs(*form, block.bytes, password, logger);
+    KeyPair loadPem(std::string_view text)
+    {
+        std::vector<DataBlock> blocks;
+        const bool isWhole = ReadPem(text, blocks);
+        for (const DataBlock& block : blocks) {
+            if (const std::optional<KeyForm> form = FormOfLabel(block.label))
+                return loadAs(*form, block.bytes);
+        }
+        // A block that is damaged gave its reason.
+        return isWhole ? fail("it holds no key that can be read") : nullptr;
     }
-    // A block that is damaged gave its reason.
-    return isWhole ? logger.fail(KeyPair(), "it holds no key that can be read") : nullptr;
-}
 
-KeyPair CCryptoKeyFile::loadDer(const element& der, const PasswordSource& password, CCryptoAutoLogger& logger)
-{
-    const ElementNodePtr tree = CCryptoDERParser().Decode(der.bytes());
-    const std::optional<KeyForm> form = FormOfTree(tree.get());
-    return form ? loadAs(*form, der, password, logger) : logger.fail(KeyPair(), "it is neither DER nor PEM of a key");
-}
+    KeyPair loadDer(const element& der)
+    {
+        const ElementNodePtr tree = CCryptoDERParser().Decode(der.bytes());
+        const std::optional<KeyForm> form = FormOfTree(tree.get());
+        return form ? loadAs(*form, der) : fail("it is neither DER nor PEM of a key");
+    }
 
-KeyPair CCryptoKeyFile::loadAs(KeyForm form, const element& der, const PasswordSource& password, CCryptoAutoLogger& logger)
-{
-    form_ = form;
-    if (form == KeyForm::encryptedPrivateKey)
-        return loadEncrypted(der, password, logger);
-    KeyPair key = LoadPlain(form, der);
-    if (key != nullptr)
-        return key;
-    const std::optional<ccrypto::Failure> cause = ccrypto::LastFailure();
-    return logger.fail(KeyPair(), "it is not a valid key of a supported algorithm%s%s", cause ? ": " : "",
-                       cause ? cause->text.c_str() : "");
-}
+    KeyPair loadAs(KeyForm form, const element& der)
+    {
+        form_ = form;
+        if (form == KeyForm::encryptedPrivateKey)
+            return loadEncrypted(der);
+        KeyPair key = RowOf(form).load(der);
+        if (key != nullptr)
+            return key;
+        const std::optional<Failure> cause = LastFailure();
+        return logger_.fail(KeyPair(), "it is not a valid key of a supported algorithm%s%s", cause ? ": " : "",
+                            cause ? cause->text.c_str() : "");
+    }
 
-KeyPair CCryptoKeyFile::loadEncrypted(const element& der, const PasswordSource& password, CCryptoAutoLogger& logger)
-{
-    CCryptoEncryptedPrivateKeyInfo info;
-    if (!info.ParseDer(der) || !CCryptoPasswordEncryption::Understands(info.algorithm))
-        return logger.fail(KeyPair(), "its encryption is not supported");
-    element secret;
-    if (!password || !password(secret))
-        return logger.fail(KeyPair(), "it is encrypted, and there is no password");
-    element plain;
-    if (!CCryptoPasswordEncryption::Decrypt(info.algorithm, secret.view(), info.encryptedData.bytes(), plain))
-        return logger.fail(KeyPair(), "the password is wrong, or what is encrypted is damaged");
-    KeyPair key = LoadPrivateKeyInfo(plain);
-    return key != nullptr ? std::move(key) : logger.fail(KeyPair(), "the password is wrong, or what is encrypted is no valid key");
-}
+    KeyPair loadEncrypted(const element& der)
+    {
+        CCryptoEncryptedPrivateKeyInfo info;
+        if (!info.ParseDer(der) || !CCryptoPasswordEncryption::Understands(info.algorithm))
+            return fail("its encryption is not supported");
+        element secret;
+        if (!password_ || !password_(secret))
+            return fail("it is encrypted, and there is no password");
+        element plain;
+        if (!CCryptoPasswordEncryption::Decrypt(info.algorithm, secret.view(), info.encryptedData.bytes(), plain))
+            return fail("the password is wrong, or what is encrypted is damaged");
+        KeyPair key = LoadPrivateKeyInfo(plain);
+        return key != nullptr ? std::move(key) : fail("the password is wrong, or what is encrypted is no valid key");
+    }
 
-element CCryptoKeyFile::Save(const ICryptoKeyPair& key, KeyForm form, std::string_view password,
-                             const SCryptoPasswordEncryption& encryption)
-{
-    CCryptoAutoLogger logger("CCryptoKeyFile::Save");
-    element der = save(key, form, password, encryption, logger);
-    if (!der.isEmpty())
-        logger.setResult(true);
-    else if (logger.status() != ResultStatus::error)
-        logger.fail(false, "the key does not have this form");
-    return der;
-}
+    CCryptoAutoLogger& logger_;
+    const CCryptoKeyFile::PasswordSource& password_;
+    std::optional<KeyForm> form_;
+};
 
-element CCryptoKeyFile::save(const ICryptoKeyPair& key, KeyForm form, std::string_view password,
-                             const SCryptoPasswordEncryption& encryption, CCryptoAutoLogger& logger)
+element DerOf(CCryptoAutoLogger& logger, const ICryptoKeyPair& key, KeyForm form, std::string_view password,
+              const SCryptoPasswordEncryption& encryption)
 {
     switch (form) {
     case KeyForm::publicKeyInfo:
@@ -204,12 +183,36 @@ element CCryptoKeyFile::save(const ICryptoKeyPair& key, KeyForm form, std::strin
     return info.BuildDer();
 }
 
+} // namespace
+
+KeyPair CCryptoKeyFile::Load(std::span<const std::uint8_t> bytes, const PasswordSource& password)
+{
+    CCryptoAutoLogger logger("CCryptoKeyFile::Load");
+    // What failed before is not the reason for what fails now.
+    ForgetFailure();
+    KeyLoader loader(logger, password);
+    KeyPair key = loader.load(bytes);
+    form_ = loader.form().value_or(form_);
+    if (key != nullptr)
+        logger.setResult(true);
+    return key;
+}
+
+element CCryptoKeyFile::Save(const ICryptoKeyPair& key, KeyForm form, std::string_view password,
+                             const SCryptoPasswordEncryption& encryption)
+{
+    CCryptoAutoLogger logger("CCryptoKeyFile::Save");
+    element der = DerOf(logger, key, form, password, encryption);
+    if (!der.isEmpty())
+        logger.setResult(true);
+    else if (logger.status() != ResultStatus::error)
+        logger.fail(false, "the key does not have this form");
+    return der;
+}
+
 const char* CCryptoKeyFile::Label(KeyForm form)
 {
-    for (const LabelledForm& entry : forms)
-        if (entry.form == form)
-            return entry.label;
-    return "";
+    return RowOf(form).label;
 }
 
 CCryptoString CCryptoKeyFile::ToPem(KeyForm form, const element& der)

@@ -9,8 +9,6 @@
 #include <span>
 #include <string_view>
 
-class CCryptoAutoLogger;
-
 /// Keys in DER and PEM.
 class CCryptoKeyFile {
 public:
@@ -19,32 +17,22 @@ public:
     using PasswordSource = std::function<bool(element& password)>;
 
     /// A key in whatever form: DER, or PEM (RFC 7468), of which the first block that is a key counts.
-    /// \return null, with the reason in the log and in ccrypto::LastFailure().
-    std::unique_ptr<ICryptoKeyPair> Load(std::span<const std::uint8_t> bytes, const PasswordSource& password = {});
+    /// \return null, with the reason in the log and in ccrypto::LastFailure(), which begins empty.
+    [[nodiscard]] std::unique_ptr<ICryptoKeyPair> Load(std::span<const std::uint8_t> bytes, const PasswordSource& password = {});
 
     /// The form of the key that was loaded last.
     ccrypto::KeyForm form() const { return form_; }
 
     /// A key in a form; encryptedPrivateKey needs `password` and `encryption`.
     /// \return DER; empty, with the reason as above, when the key does not have the form.
-    element Save(const ICryptoKeyPair& key, ccrypto::KeyForm form, std::string_view password = {},
-                 const SCryptoPasswordEncryption& encryption = {});
+    [[nodiscard]] element Save(const ICryptoKeyPair& key, ccrypto::KeyForm form, std::string_view password = {},
+                               const SCryptoPasswordEncryption& encryption = {});
 
     /// The label of the form's PEM block.
     static const char* Label(ccrypto::KeyForm form);
     /// PEM of what Save() gave.
-    static CCryptoString ToPem(ccrypto::KeyForm form, const element& der);
+    [[nodiscard]] static CCryptoString ToPem(ccrypto::KeyForm form, const element& der);
 
 private:
-    std::unique_ptr<ICryptoKeyPair> loadFile(std::span<const std::uint8_t> bytes, const PasswordSource& password,
-                                             CCryptoAutoLogger& logger);
-    std::unique_ptr<ICryptoKeyPair> loadPem(std::string_view text, const PasswordSource& password, CCryptoAutoLogger& logger);
-    std::unique_ptr<ICryptoKeyPair> loadDer(const element& der, const PasswordSource& password, CCryptoAutoLogger& logger);
-    std::unique_ptr<ICryptoKeyPair> loadAs(ccrypto::KeyForm form, const element& der, const PasswordSource& password,
-                                           CCryptoAutoLogger& logger);
-    std::unique_ptr<ICryptoKeyPair> loadEncrypted(const element& der, const PasswordSource& password, CCryptoAutoLogger& logger);
-    element save(const ICryptoKeyPair& key, ccrypto::KeyForm form, std::string_view password,
-                 const SCryptoPasswordEncryption& encryption, CCryptoAutoLogger& logger);
-
     ccrypto::KeyForm form_ = ccrypto::KeyForm::publicKeyInfo;
 };
