@@ -4,13 +4,13 @@
 
 #include <cstdint>
 
-/// The loops of key derivation, on the words of the hash functions themselves. The ids are 100 to 105; for any other id nothing
-/// changes and the result is false.
+/// The loops of key derivation on the words of the hash functions themselves. They are those of
+/// MD5, SHA-1 and SHA-2; for any other id nothing changes and the result is false.
 namespace ccrypto::digest_chain {
 
 [[nodiscard]] bool Knows(algorithm::Id hashId);
 
-/// Hashes `digest` in place `times` times.
+/// Replaces `digest` by its digest, `times` times.
 bool Rehash(algorithm::Id hashId, std::uint8_t* digest, std::uint32_t times);
 
 /// The chain of PBKDF2 (RFC 8018, 5.2): takes the HMAC of `digest` under the key, then that of the result, `times` times, and xors

@@ -9,7 +9,13 @@
 namespace ccrypto::internal {
 
 /// SHA-3 or SHAKE. \return null for an id of neither.
-std::unique_ptr<ICryptoHash> NewSpongeHash(algorithm::Id id);
+[[nodiscard]] std::unique_ptr<ICryptoHash> NewSpongeHash(algorithm::Id id);
+
+/// Whether keys are derived with this hash: one function with digests of one length.
+[[nodiscard]] inline bool IsHashForKeys(const ICryptoHash& hash)
+{
+    return !hash.isExtendable() && hash.algorithmId() != algorithm::md5Sha1;
+}
 
 } // namespace ccrypto::internal
 

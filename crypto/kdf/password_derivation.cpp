@@ -2,6 +2,7 @@
 #include "core/diagnostics/auto_logger.h"
 #include "core/memory/wiped.h"
 #include "crypto/hash/digest_chain.h"
+#include "crypto/hash/hash_kinds.h"
 #include "crypto/kdf/key_derivation.h"
 #include "crypto/mac/hmac.h"
 
@@ -15,7 +16,11 @@ namespace {
 using Bytes = CCryptoKeyDerivation::Bytes;
 using Digest = Wiped<std::array<std::uint8_t, maxDigestSize>>;
 
+/// Which hash functions a derivation is defined over.
+enum class HashFamily { upToSHA2, upToSHA3 };
+
 struct Request {
+    HashFamily family;
     algorithm::Id hashId;
     Bytes password;
     Bytes salt;
@@ -39,12 +44,25 @@ std::unique_ptr<ICryptoHash> HashFor(CCryptoAutoLogger& logger, const Request& r
         return refuse("Length of the key", request.length, Limits::maxKey);
 
     auto hash = ICryptoHash::Create(request.hashId);
-    if (hash == nullptr || !digest_chain::Knows(request.hashId))
+    const bool isOfFamily = hash != nullptr && (request.family == HashFamily::upToSHA2 ? digest_chain::Knows(request.hashId)
+                                                                                       : ccrypto::internal::IsHashForKeys(*hash));
+    if (!isOfFamily)
         return logger.fail(std::unique_ptr<ICryptoHash>(), "Unsupported hash function: %d", static_cast<int>(request.hashId));
     const std::uint64_t digests = (request.length - 1) / hash->digestSize() + 1;
     if (request.iterations == 0 || request.iterations * digests > Limits::maxIterations)
         return refuse("Number of iterations", request.iterations * digests, Limits::maxIterations);
     return hash;
+}
+
+/// The chain of PBKDF2 over any hash: each MAC is that of the one before, and is added to `sum`.
+void SumOfMACs(CCryptoHMAC& mac, Digest& link, Digest& sum, std::uint32_t times)
+{
+    for (; times != 0; --times) {
+        mac.update(link.data(), mac.macSize());
+        mac.final(link.data());
+        for (std::uint32_t i = 0; i < mac.macSize(); ++i)
+            sum[i] ^= link[i];
+    }
 }
 
 /// Text repeated until it fills whole blocks (RFC 7292, B.2, steps 2 and 3).
@@ -75,7 +93,8 @@ void AddRepeated(std::span<std::uint8_t> block, std::span<const std::uint8_t> di
 bool CCryptoKeyDerivation::Allows(algorithm::Id hashId, Bytes salt, std::uint32_t iterations, std::uint32_t length)
 {
     CCryptoAutoLogger logger("CCryptoKeyDerivation::Allows");
-    return HashFor(logger, {HashOfHMAC(hashId), {}, salt, iterations, length}) != nullptr && logger.setResult(true);
+    return HashFor(logger, {HashFamily::upToSHA3, HashOfHMAC(hashId), {}, salt, iterations, length}) != nullptr &&
+           logger.setResult(true);
 }
 
 element CCryptoKeyDerivation::PBKDF1(algorithm::Id hashId, Bytes password, Bytes salt, std::uint32_t iterations,
@@ -84,7 +103,7 @@ element CCryptoKeyDerivation::PBKDF1(algorithm::Id hashId, Bytes password, Bytes
     CCryptoAutoLogger logger("CCryptoKeyDerivation::PBKDF1");
 
     hashId = HashOfHMAC(hashId);
-    const auto hash = HashFor(logger, {hashId, password, salt, iterations, length});
+    const auto hash = HashFor(logger, {HashFamily::upToSHA2, hashId, password, salt, iterations, length});
     if (hash == nullptr)
         return {};
     if (length > hash->digestSize())
@@ -104,7 +123,7 @@ element CCryptoKeyDerivation::PBKDF2(algorithm::Id hashId, Bytes password, Bytes
     CCryptoAutoLogger logger("CCryptoKeyDerivation::PBKDF2");
 
     hashId = HashOfHMAC(hashId);
-    auto hash = HashFor(logger, {hashId, password, salt, iterations, length});
+    auto hash = HashFor(logger, {HashFamily::upToSHA3, hashId, password, salt, iterations, length});
     if (hash == nullptr)
         return {};
     const std::uint32_t size = hash->digestSize();
@@ -126,8 +145,10 @@ element CCryptoKeyDerivation::PBKDF2(algorithm::Id hashId, Bytes password, Bytes
         mac.update(numberBytes, sizeof numberBytes);
         mac.final(first.data());
         Digest sum = first;
-        digest_chain::SumOfMACs(hashId, password.data(), static_cast<std::uint32_t>(password.size()), first.data(), sum.data(),
-                                iterations - 1);
+        // SHA-3 goes the long way.
+        if (!digest_chain::SumOfMACs(hashId, password.data(), static_cast<std::uint32_t>(password.size()), first.data(), sum.data(),
+                                     iterations - 1))
+            SumOfMACs(mac, first, sum, iterations - 1);
         key.append(sum.data(), std::min(size, length - key.length()));
     }
     logger.setResult(true);
@@ -140,7 +161,7 @@ element CCryptoKeyDerivation::PKCS12(algorithm::Id hashId, PKCS12Use use, Bytes 
     CCryptoAutoLogger logger("CCryptoKeyDerivation::PKCS12");
 
     hashId = HashOfHMAC(hashId);
-    const auto hash = HashFor(logger, {hashId, password, salt, iterations, length});
+    const auto hash = HashFor(logger, {HashFamily::upToSHA2, hashId, password, salt, iterations, length});
     if (hash == nullptr)
         return {};
     const std::uint32_t size = hash->digestSize();

@@ -1,7 +1,7 @@
 #include "core/base/algorithm.h"
 #include "core/base/byte_order.h"
 #include "core/diagnostics/auto_logger.h"
-#include "crypto/hash/digest_chain.h"
+#include "crypto/hash/hash_kinds.h"
 #include "crypto/kdf/key_derivation.h"
 #include "crypto/mac/hmac.h"
 
@@ -11,9 +11,16 @@ using namespace ccrypto;
 
 namespace {
 
+std::unique_ptr<ICryptoHash> HashForKeys(algorithm::Id hashId)
+{
+    std::unique_ptr<ICryptoHash> hash = ICryptoHash::Create(HashOfHMAC(hashId));
+    return hash != nullptr && ccrypto::internal::IsHashForKeys(*hash) ? std::move(hash) : nullptr;
+}
+
 std::unique_ptr<CCryptoHMAC> MACOver(algorithm::Id hashId)
 {
-    return digest_chain::Knows(HashOfHMAC(hashId)) ? CCryptoHMAC::Create(hashId) : nullptr;
+    std::unique_ptr<ICryptoHash> hash = HashForKeys(hashId);
+    return hash != nullptr ? std::make_unique<CCryptoHMAC>(std::move(hash)) : nullptr;
 }
 
 } // namespace
@@ -74,8 +81,8 @@ element CCryptoKeyDerivation::X963(algorithm::Id hashId, Bytes secret, Bytes inf
 
     if (secret.empty() || secret.size() > maxInput || info.size() > maxInput)
         return logger.fail(element(), "Secret is empty, or secret or info is longer than %u bytes", maxInput);
-    const auto hash = ICryptoHash::Create(HashOfHMAC(hashId));
-    if (hash == nullptr || hash->isExtendable() || hash->algorithmId() == algorithm::md5Sha1)
+    const auto hash = HashForKeys(hashId);
+    if (hash == nullptr)
         return logger.fail(element(), "Unsupported hash function: %d", static_cast<int>(hashId));
     if (length == 0 || length > maxKey)
         return logger.fail(element(), "X9.63 gives no key of %u bytes", length);

@@ -170,6 +170,16 @@ TEST(KeyDerivation, ParametersOutOfBoundsGiveNoKey)
     }
 
     const Bytes key(32);
+    for (const algorithm::Id id : {algorithm::sha3_224, algorithm::sha3_256, algorithm::sha3_384, algorithm::sha3_512}) {
+        EXPECT_TRUE(KDF::PBKDF1(id, key, key, 2, 16).isEmpty()) << id;
+        EXPECT_TRUE(KDF::PKCS12(id, KDF::PKCS12Use::key, key, key, 2, 16).isEmpty()) << id;
+        EXPECT_TRUE(KDF::Allows(id, key, KDF::maxIterations, 16)) << id;
+        EXPECT_FALSE(KDF::Allows(id, key, KDF::maxIterations + 1, 16)) << id;
+    }
+    for (const algorithm::Id id : {algorithm::shake128, algorithm::shake256}) {
+        EXPECT_TRUE(KDF::PBKDF2(id, key, key, 2, 16).isEmpty()) << id;
+        EXPECT_TRUE(KDF::HKDF(id, key, key, key, 16).isEmpty()) << id;
+    }
     EXPECT_TRUE(KDF::HKDF(algorithm::md5Sha1, key, key, key, 16).isEmpty());
     EXPECT_TRUE(KDF::HKDF(algorithm::sha256, key, key, key, 0).isEmpty());
     EXPECT_EQ(KDF::HKDF(algorithm::sha256, key, key, key, 255 * 32).length(), 255u * 32);
