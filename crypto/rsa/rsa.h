@@ -31,6 +31,7 @@ struct CCryptoRSAPadding {
     ccrypto::algorithm::Id hash = ccrypto::algorithm::sha256;
     ccrypto::algorithm::Id maskHash = ccrypto::algorithm::none; ///< of MGF1; none for the same as `hash`
     std::int32_t saltLength = saltAsLongAsDigest;               ///< PSS; bytes
+    std::int32_t minSaltLength = 0;                             ///< PSS, verifying a salt of any length; bytes
     std::span<const std::uint8_t> label = {};                   ///< OAEP; not owned: it must outlive the call
 };
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace ccrypto::rsa_encoding {
 
@@ -214,7 +215,8 @@ bool VerifyPSS(std::span<std::uint8_t> block, std::uint32_t bits, const CCryptoR
         return false;
     const std::span<const std::uint8_t> salt(one + 1, parts.data.end());
     const std::size_t wanted = padding.saltLength < 0 ? digest.size() : static_cast<std::size_t>(padding.saltLength);
-    if (padding.saltLength != CCryptoRSAPadding::saltOfAnyLength && salt.size() != wanted)
+    const bool isAnyLength = padding.saltLength == CCryptoRSAPadding::saltOfAnyLength;
+    if (isAnyLength ? std::cmp_less(salt.size(), padding.minSaltLength) : salt.size() != wanted)
         return false;
     std::uint8_t expected[maxDigestSize];
     HashForPSS(*hashes.message, digest, salt, expected);

@@ -17,7 +17,8 @@ struct PssLimits {
     algorithm::Id maskHash = algorithm::none; ///< of MGF1; none for any
     std::int32_t minSaltLength = 0;           ///< bytes
 
-    /// False, logged, for what the key must not be used for. A salt of any length is allowed: its length is not known yet.
+    /// False, logged, for what the key must not be used for. A salt of any length is allowed: its length is known only when the
+    /// signature was opened, and minSaltLength is then the verifier's to check.
     [[nodiscard]] bool allow(algorithm::Id signedHash, const SCryptoPadding& padding) const;
 };
 

@@ -3,6 +3,8 @@
 #include "core/base/algorithm.h"
 #include "pki/keys/key_encoding.h"
 
+#include <algorithm>
+
 using namespace ccrypto;
 
 algorithm::Id CCryptoRSAKeyPair::algorithmId() const
@@ -82,8 +84,12 @@ bool CCryptoRSAKeyPair::verify(algorithm::Id hash, std::span<const std::uint8_t>
 {
     if (limits_ && !limits_->allow(hash, padding))
         return false;
-    if (padding.scheme == SCryptoPadding::Scheme::masked)
-        return key_->verifyPSS(MaskingFor(padding, hash), digest, signature);
+    if (padding.scheme == SCryptoPadding::Scheme::masked) {
+        CCryptoRSAPadding masking = MaskingFor(padding, hash);
+        if (limits_)
+            masking.minSaltLength = std::max(masking.minSaltLength, limits_->minSaltLength);
+        return key_->verifyPSS(masking, digest, signature);
+    }
     return key_->verifyPKCS1(hash, digest, signature);
 }
 

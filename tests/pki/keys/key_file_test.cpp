@@ -4,6 +4,7 @@
 #include "asn1/types/asn1_values.h"
 #include "crypto/hash/hash.h"
 #include "pki/keys/ec_key_pair.h"
+#include "pki/keys/eddsa_key_pair.h"
 #include "pki/keys/key_encoding.h"
 #include "pki/keys/key_file.h"
 #include "pki/keys/key_objects.h"
@@ -315,6 +316,14 @@ TEST(KeyFile, KeysLimitedToPssStaySo)
             padding.masking.maskHash = algorithm::sha384;
             EXPECT_TRUE(key->signer()->sign(hash, digest.bytes(), padding).isEmpty()) << "another hash in the mask";
             EXPECT_TRUE(key->signer()->sign(algorithm::sha224, Bytes(28, 1), padding).isEmpty()) << "another hash";
+            // A verifier that takes a salt of any length takes none that is too short for the key.
+            padding.masking = {.saltLength = CCryptoRSAPadding::saltOfAnyLength};
+            const CCryptoRSA& unlimited = static_cast<const CCryptoRSAKeyPair&>(*key).key();
+            for (const std::int32_t length : {0, minSalt - 1, minSalt, minSalt + 1}) {
+                const element signature = unlimited.signPSS({.hash = hash, .saltLength = length}, digest.bytes());
+                EXPECT_EQ(half->signer()->verify(hash, digest.bytes(), signature.bytes(), padding), length >= minSalt) << length;
+            }
+            padding.masking = {};
         }
         EXPECT_TRUE(key->signer()->sign(hash, digest.bytes()).isEmpty()) << "PKCS#1";
         EXPECT_EQ(key->decrypter(), nullptr);
@@ -355,6 +364,49 @@ TEST(KeyFile, ParametersOfPssAreChecked)
         ASSERT_TRUE(info.algorithm.ParseDer(ElementOf(inner)));
         EXPECT_EQ(LoadPublicKeyInfo(info.BuildDer()) != nullptr, test.isKey);
     }
+}
+
+/// PrivateKeyInfo with a public key after it (RFC 5958, 2): the BIT STRING's content under the tag [1].
+Bytes OneAsymmetricKey(const ICryptoKeyPair& key, const Bytes& bits)
+{
+    CCryptoParser tree;
+    EXPECT_TRUE(tree.Load_DER_Memory(key.privateKeyInfo()));
+    Bytes tagged = {0x81};
+    if (bits.size() > 127)
+        tagged.push_back(0x81);
+    tagged.push_back(static_cast<std::uint8_t>(bits.size()));
+    tagged.insert(tagged.end(), bits.begin(), bits.end());
+    tree.root()->content()->last()->set(LinkKind::sibling, CCryptoDERParser().Decode(tagged));
+    return BytesOf(tree.ToDer());
+}
+
+TEST(KeyFile, ThePublicKeyBesideAPrivateOneBelongsToIt)
+{
+    std::vector<std::unique_ptr<ICryptoKeyPair>> keys;
+    for (const algorithm::Id kind : {algorithm::rsaEncryption, algorithm::prime256v1, algorithm::x25519})
+        keys.push_back(KeyOf(kind));
+    keys.push_back(std::make_unique<CCryptoEddsaKeyPair>(EddsaKey::Generate(algorithm::ed25519)));
+    for (const auto& key : keys) {
+        ASSERT_NE(key, nullptr);
+        SCOPED_TRACE(key->name());
+        CCryptoSubjectPublicKeyInfo info;
+        ASSERT_TRUE(info.ParseDer(key->publicKeyInfo()));
+        const Bytes bits = Joined({Bytes{0}, BytesOf(info.publicKey)});
+        const std::unique_ptr<ICryptoKeyPair> whole = Load(OneAsymmetricKey(*key, bits));
+        ASSERT_NE(whole, nullptr) << ReasonOfFailure();
+        EXPECT_EQ(HexOf(whole->privateKeyInfo()), HexOf(key->privateKeyInfo()));
+        // Of another key, malformed, not whole bytes, and empty.
+        Bytes other = bits;
+        other[bits.size() / 2] ^= 4;
+        Bytes notWhole = bits;
+        notWhole[0] = 1;
+        for (const Bytes& wrong : {other, Bytes(bits.begin(), bits.end() - 1), notWhole, Bytes{0}, Bytes{}}) {
+            EXPECT_EQ(Load(OneAsymmetricKey(*key, wrong)), nullptr) << Hex(wrong);
+            EXPECT_FALSE(ReasonOfFailure().empty());
+        }
+    }
+    const auto& curveKey = static_cast<const CCryptoECKeyPair&>(*keys[1]).key();
+    EXPECT_NE(Load(OneAsymmetricKey(*keys[1], Joined({Bytes{0}, BytesOf(curveKey.publicPoint(true))}))), nullptr) << "compressed";
 }
 
 TEST(KeyFile, NothingFollowsTheItemsOfAKey)
