@@ -12,7 +12,7 @@ public:
     /// A given variant, for tests and measurements.
     explicit CCryptoAES(const ccrypto::Variant<ccrypto::aes::Calls>& variant) : calls_(&variant.calls) {}
 
-    bool setKey(std::span<const std::uint8_t> key) override;
+    [[nodiscard]] bool setKey(std::span<const std::uint8_t> key) override;
     void clearKey() override { ccrypto::platform::SecureWipe(&key_, sizeof key_); }
     std::size_t blockSize() const override { return ccrypto::aes::blockSize; }
 

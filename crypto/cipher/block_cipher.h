@@ -21,11 +21,11 @@ public:
     virtual ~ICryptoBlockCipher() = default;
 
     /// \return false, logged, for a length that the cipher has no keys of; the cipher then has no key.
-    virtual bool setKey(std::span<const std::uint8_t> key) = 0;
+    [[nodiscard]] virtual bool setKey(std::span<const std::uint8_t> key) = 0;
     /// Wipes the key.
     virtual void clearKey() = 0;
     /// As ICryptoCipher::setEffectiveKeyBits, for the next key. \return false for all ciphers but RC2.
-    virtual bool setEffectiveKeyBits(std::uint32_t) { return false; }
+    [[nodiscard]] virtual bool setEffectiveKeyBits(std::uint32_t) { return false; }
     /// 8 or 16 bytes.
     virtual std::size_t blockSize() const = 0;
 

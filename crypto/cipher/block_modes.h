@@ -29,9 +29,10 @@ public:
     algorithm::Id algorithmId() const override { return description_.id; }
     const char* name() const override { return description_.name; }
     std::size_t ivSize() const override { return cipher_->blockSize(); }
-    bool setEffectiveKeyBits(std::uint32_t bits) override;
+    [[nodiscard]] bool setEffectiveKeyBits(std::uint32_t bits) override;
 
-    bool start(CipherDirection direction, std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv) override;
+    [[nodiscard]] bool start(CipherDirection direction, std::span<const std::uint8_t> key,
+                             std::span<const std::uint8_t> iv) override;
 
 protected:
     BlockCipherMode(const CipherDescription& description, std::unique_ptr<ICryptoBlockCipher> cipher)
@@ -67,9 +68,10 @@ public:
     void setPadding(bool padding) override { nextPadding_ = padding; }
     std::size_t blockSize() const override { return cipher().blockSize(); }
     std::size_t ivSize() const override { return chained_ ? cipher().blockSize() : 0; }
-    bool start(CipherDirection direction, std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv) override;
-    bool update(std::span<const std::uint8_t> in, std::uint8_t* out, std::size_t& written) override;
-    bool final(std::uint8_t* out, std::size_t& written) override;
+    [[nodiscard]] bool start(CipherDirection direction, std::span<const std::uint8_t> key,
+                             std::span<const std::uint8_t> iv) override;
+    [[nodiscard]] bool update(std::span<const std::uint8_t> in, std::uint8_t* out, std::size_t& written) override;
+    [[nodiscard]] bool final(std::uint8_t* out, std::size_t& written) override;
     std::size_t updateSize(std::size_t length) const override;
     std::size_t finalSize() const override { return cipher().blockSize(); }
     using ICryptoCipher::final;
@@ -94,8 +96,8 @@ public:
     }
 
     std::size_t blockSize() const override { return 1; }
-    bool update(std::span<const std::uint8_t> in, std::uint8_t* out, std::size_t& written) override;
-    bool final(std::uint8_t* out, std::size_t& written) override;
+    [[nodiscard]] bool update(std::span<const std::uint8_t> in, std::uint8_t* out, std::size_t& written) override;
+    [[nodiscard]] bool final(std::uint8_t* out, std::size_t& written) override;
     std::size_t updateSize(std::size_t length) const override { return length; }
     std::size_t finalSize() const override { return 0; }
     using ICryptoCipher::final;

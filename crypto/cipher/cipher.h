@@ -34,10 +34,10 @@ class ICryptoCipher {
 public:
     /// A new cipher: RC2-CBC, RC4, 3DES-CBC, and AES in each mode that has an id. Owned by the caller. \return null, logged as
     /// "Unsupported cipher: %d", for any other id.
-    static std::unique_ptr<ICryptoCipher> Create(ccrypto::algorithm::Id id);
+    [[nodiscard]] static std::unique_ptr<ICryptoCipher> Create(ccrypto::algorithm::Id id);
     /// By name, in any case: "aes-128-", "aes-192-" or "aes-256-" with "ecb", "cbc", "ofb", "cfb", "ctr" or "gcm"; "des-",
     /// "des-ede-", "des-ede3-" or "rc2-" with "ecb", "cbc", "ofb" or "cfb"; "rc4". \return null, logged, for any other name.
-    static std::unique_ptr<ICryptoCipher> CreateByName(std::string_view name);
+    [[nodiscard]] static std::unique_ptr<ICryptoCipher> CreateByName(std::string_view name);
     /// The names, in that order.
     static std::span<const char* const> Names();
 
@@ -45,13 +45,14 @@ public:
 
     /// Begins a text; one that was not finished is forgotten. \return false for a key or an initialisation vector of a wrong
     /// length.
-    virtual bool start(ccrypto::CipherDirection direction, std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv) = 0;
+    [[nodiscard]] virtual bool start(ccrypto::CipherDirection direction, std::span<const std::uint8_t> key,
+                                     std::span<const std::uint8_t> iv) = 0;
     /// Takes the next bytes. `out` must hold updateSize(in.size()) bytes and not overlap `in`. \return false, with nothing
     /// written, when no text was started or a limit is passed.
-    virtual bool update(std::span<const std::uint8_t> in, std::uint8_t* out, std::size_t& written) = 0;
+    [[nodiscard]] virtual bool update(std::span<const std::uint8_t> in, std::uint8_t* out, std::size_t& written) = 0;
     /// Ends the text. `out` must hold finalSize() bytes. \return false, with nothing written, when no text was started,
     /// the length does not fit, or padding or tag are wrong.
-    virtual bool final(std::uint8_t* out, std::size_t& written) = 0;
+    [[nodiscard]] virtual bool final(std::uint8_t* out, std::size_t& written) = 0;
 
     /// The most that an update with `length` bytes would write now, and final().
     virtual std::size_t updateSize(std::size_t length) const = 0;
@@ -62,7 +63,7 @@ public:
     virtual void setPadding(bool) {}
     /// Effective key bits of RC2 (RFC 2268), for the next text; 0, as at first, for those of the key. \return false, logged, for
     /// more than 1024 and for other ciphers.
-    virtual bool setEffectiveKeyBits(std::uint32_t bits);
+    [[nodiscard]] virtual bool setEffectiveKeyBits(std::uint32_t bits);
 
     /// In bytes. A block is 1 byte for what takes any length. Where keys have several lengths, the usual one.
     virtual std::size_t blockSize() const = 0;
@@ -74,13 +75,13 @@ public:
     virtual const char* name() const = 0;
 
     /// The same, appended to an element of at most 4 GiB.
-    bool update(std::span<const std::uint8_t> in, element& out);
-    bool final(element& out);
+    [[nodiscard]] bool update(std::span<const std::uint8_t> in, element& out);
+    [[nodiscard]] bool final(element& out);
     /// A whole text. `out` is set; on failure it is empty.
-    bool encrypt(std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv, std::span<const std::uint8_t> text,
-                 element& out);
-    bool decrypt(std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv, std::span<const std::uint8_t> text,
-                 element& out);
+    [[nodiscard]] bool encrypt(std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv,
+                               std::span<const std::uint8_t> text, element& out);
+    [[nodiscard]] bool decrypt(std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv,
+                               std::span<const std::uint8_t> text, element& out);
 
 protected:
     ICryptoCipher() = default;

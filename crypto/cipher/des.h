@@ -13,7 +13,7 @@ public:
     /// A given variant, for tests and measurements.
     explicit CCryptoDES(const ccrypto::Variant<ccrypto::des::Calls>& variant) : calls_(&variant.calls) {}
 
-    bool setKey(std::span<const std::uint8_t> key) override;
+    [[nodiscard]] bool setKey(std::span<const std::uint8_t> key) override;
     void clearKey() override;
     std::size_t blockSize() const override { return 8; }
 

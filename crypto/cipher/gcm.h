@@ -33,17 +33,18 @@ public:
     ~CCryptoGCM() override;
 
     /// 4, 8 or 12 to 16 bytes, 16 at first; for the next text. \return false, logged, for any other length.
-    bool setTagLength(std::size_t length);
+    [[nodiscard]] bool setTagLength(std::size_t length);
 
-    bool start(ccrypto::CipherDirection direction, std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv) override;
-    bool startCheck(std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv);
+    [[nodiscard]] bool start(ccrypto::CipherDirection direction, std::span<const std::uint8_t> key,
+                             std::span<const std::uint8_t> iv) override;
+    [[nodiscard]] bool startCheck(std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv);
     /// After a check that ended well. The further data that was authenticated is remembered.
-    bool startChecked();
+    [[nodiscard]] bool startChecked();
     /// Data that is authenticated and not encrypted, in pieces; before the first update. At most 2^61 - 1 bytes. \return false,
     /// logged, when it comes too late.
-    bool addAuthenticated(std::span<const std::uint8_t> data);
-    bool update(std::span<const std::uint8_t> in, std::uint8_t* out, std::size_t& written) override;
-    bool final(std::uint8_t* out, std::size_t& written) override;
+    [[nodiscard]] bool addAuthenticated(std::span<const std::uint8_t> data);
+    [[nodiscard]] bool update(std::span<const std::uint8_t> in, std::uint8_t* out, std::size_t& written) override;
+    [[nodiscard]] bool final(std::uint8_t* out, std::size_t& written) override;
 
     std::size_t updateSize(std::size_t length) const override;
     std::size_t finalSize() const override;

@@ -9,10 +9,10 @@
 /// tables: this is not constant-time. For old files only.
 class CCryptoRC2 final : public ICryptoBlockCipher {
 public:
-    bool setKey(std::span<const std::uint8_t> key) override;
+    [[nodiscard]] bool setKey(std::span<const std::uint8_t> key) override;
     void clearKey() override { ccrypto::platform::SecureWipe(words_.data(), sizeof words_); }
     /// 1 to 1024; 0 for all bits of the key.
-    bool setEffectiveKeyBits(std::uint32_t bits) override;
+    [[nodiscard]] bool setEffectiveKeyBits(std::uint32_t bits) override;
     std::size_t blockSize() const override { return 8; }
 
     void encrypt(std::uint8_t* out, const std::uint8_t* in, std::size_t blocks) const override;

@@ -11,9 +11,10 @@ class CCryptoRC4 final : public ICryptoCipher {
 public:
     CCryptoRC4(const char* name, ccrypto::algorithm::Id id) : name_(name), id_(id) {}
 
-    bool start(ccrypto::CipherDirection direction, std::span<const std::uint8_t> key, std::span<const std::uint8_t> iv) override;
-    bool update(std::span<const std::uint8_t> in, std::uint8_t* out, std::size_t& written) override;
-    bool final(std::uint8_t* out, std::size_t& written) override;
+    [[nodiscard]] bool start(ccrypto::CipherDirection direction, std::span<const std::uint8_t> key,
+                             std::span<const std::uint8_t> iv) override;
+    [[nodiscard]] bool update(std::span<const std::uint8_t> in, std::uint8_t* out, std::size_t& written) override;
+    [[nodiscard]] bool final(std::uint8_t* out, std::size_t& written) override;
     std::size_t updateSize(std::size_t length) const override { return length; }
     std::size_t finalSize() const override { return 0; }
     std::size_t blockSize() const override { return 1; }

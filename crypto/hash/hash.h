@@ -45,7 +45,7 @@ public:
     /// "SHA-256"
     virtual const char* name() const = 0;
     /// True for SHAKE, whose digest is the beginning of a longer output: HMAC, MGF1 and DigestInfo are not defined over it.
-    bool isExtendable() const;
+    [[nodiscard]] bool isExtendable() const;
     /// A new hash that has taken the same bytes so far. Owned by the caller.
     [[nodiscard]] virtual std::unique_ptr<ICryptoHash> clone() const = 0;
     /// Takes over the state of `other`, without a new object. \return false, unchanged, when `other` is another function.

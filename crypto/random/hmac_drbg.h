@@ -30,13 +30,13 @@ public:
 
     /// `entropy` is at least 16 bytes, `entropy` and `nonce` together at least 32; all are bounded by maxInput. \return false,
     /// logged, not instantiated, otherwise.
-    bool instantiate(std::span<const std::uint8_t> entropy, std::span<const std::uint8_t> nonce,
-                     std::span<const std::uint8_t> personalization = {});
+    [[nodiscard]] bool instantiate(std::span<const std::uint8_t> entropy, std::span<const std::uint8_t> nonce,
+                                   std::span<const std::uint8_t> personalization = {});
     /// `entropy` is at least 16 bytes. \return false, logged, unchanged, otherwise.
-    bool reseed(std::span<const std::uint8_t> entropy, std::span<const std::uint8_t> additional = {});
+    [[nodiscard]] bool reseed(std::span<const std::uint8_t> entropy, std::span<const std::uint8_t> additional = {});
     /// \return false, logged, with the bytes wiped, when it is not instantiated or must be reseeded first.
-    bool generate(std::span<std::uint8_t> bytes) override { return generate(bytes, {}); }
-    bool generate(std::span<std::uint8_t> bytes, std::span<const std::uint8_t> additional);
+    [[nodiscard]] bool generate(std::span<std::uint8_t> bytes) override { return generate(bytes, {}); }
+    [[nodiscard]] bool generate(std::span<std::uint8_t> bytes, std::span<const std::uint8_t> additional);
     void uninstantiate();
 
     bool isInstantiated() const { return mac_ != nullptr; }

@@ -17,13 +17,13 @@ public:
     std::uint32_t keySize() const override { return key_->curve().bits; }
     bool hasPrivate() const override { return key_->hasPrivate(); }
 
-    std::vector<SCryptoKeyNumber> publicNumbers() const override;
-    std::vector<SCryptoKeyNumber> privateNumbers() const override;
+    [[nodiscard]] std::vector<SCryptoKeyNumber> publicNumbers() const override;
+    [[nodiscard]] std::vector<SCryptoKeyNumber> privateNumbers() const override;
 
-    element publicKeyInfo() const override;
-    element privateKeyInfo() const override;
-    element ownForm(ccrypto::KeyForm form) const override;
-    std::unique_ptr<ICryptoKeyPair> publicHalf() const override;
+    [[nodiscard]] element publicKeyInfo() const override;
+    [[nodiscard]] element privateKeyInfo() const override;
+    [[nodiscard]] element ownForm(ccrypto::KeyForm form) const override;
+    [[nodiscard]] std::unique_ptr<ICryptoKeyPair> publicHalf() const override;
 
     ICryptoSigner* signer() override { return key_->curve().signs ? this : nullptr; }
     ICryptoDecrypter* decrypter() override { return nullptr; }
@@ -31,11 +31,12 @@ public:
 
     std::uint32_t signatureSize() const override;
     bool signsMessages() const override { return false; }
-    element sign(ccrypto::algorithm::Id hash, std::span<const std::uint8_t> digest, const SCryptoPadding& padding = {}) override;
-    bool verify(ccrypto::algorithm::Id hash, std::span<const std::uint8_t> digest, std::span<const std::uint8_t> signature,
-                const SCryptoPadding& padding = {}) const override;
+    [[nodiscard]] element sign(ccrypto::algorithm::Id hash, std::span<const std::uint8_t> digest,
+                               const SCryptoPadding& padding = {}) override;
+    [[nodiscard]] bool verify(ccrypto::algorithm::Id hash, std::span<const std::uint8_t> digest,
+                              std::span<const std::uint8_t> signature, const SCryptoPadding& padding = {}) const override;
 
-    element agree(const ICryptoKeyPair& peer) override;
+    [[nodiscard]] element agree(const ICryptoKeyPair& peer) override;
 
 private:
     std::unique_ptr<CCryptoEC> key_;

@@ -20,13 +20,13 @@ public:
     std::uint32_t keySize() const override;
     bool hasPrivate() const override { return key_->hasPrivate(); }
 
-    std::vector<SCryptoKeyNumber> publicNumbers() const override;
-    std::vector<SCryptoKeyNumber> privateNumbers() const override;
+    [[nodiscard]] std::vector<SCryptoKeyNumber> publicNumbers() const override;
+    [[nodiscard]] std::vector<SCryptoKeyNumber> privateNumbers() const override;
 
-    element publicKeyInfo() const override;
-    element privateKeyInfo() const override;
-    element ownForm(ccrypto::KeyForm) const override { return {}; }
-    std::unique_ptr<ICryptoKeyPair> publicHalf() const override;
+    [[nodiscard]] element publicKeyInfo() const override;
+    [[nodiscard]] element privateKeyInfo() const override;
+    [[nodiscard]] element ownForm(ccrypto::KeyForm) const override { return {}; }
+    [[nodiscard]] std::unique_ptr<ICryptoKeyPair> publicHalf() const override;
 
     ICryptoSigner* signer() override { return this; }
     ICryptoDecrypter* decrypter() override { return nullptr; }
@@ -34,9 +34,10 @@ public:
 
     std::uint32_t signatureSize() const override;
     bool signsMessages() const override { return true; }
-    element sign(ccrypto::algorithm::Id hash, std::span<const std::uint8_t> message, const SCryptoPadding& padding = {}) override;
-    bool verify(ccrypto::algorithm::Id hash, std::span<const std::uint8_t> message, std::span<const std::uint8_t> signature,
-                const SCryptoPadding& padding = {}) const override;
+    [[nodiscard]] element sign(ccrypto::algorithm::Id hash, std::span<const std::uint8_t> message,
+                               const SCryptoPadding& padding = {}) override;
+    [[nodiscard]] bool verify(ccrypto::algorithm::Id hash, std::span<const std::uint8_t> message,
+                              std::span<const std::uint8_t> signature, const SCryptoPadding& padding = {}) const override;
 
 private:
     std::unique_ptr<ccrypto::EddsaKey> key_;

@@ -160,6 +160,20 @@ KeyPair PairOfPoint(const element& point, algorithm::Id curve)
     return PairOf(CCryptoEC::FromPublic(curve, point.bytes()));
 }
 
+KeyPair PairOfPublicKey(CCryptoAutoLogger& logger, const CCryptoAlgorithmIdentifier& identifier, algorithm::Id kind,
+                        const element& publicKey)
+{
+    return kind == algorithm::rsaEncryption ? PairOf(ReadRSAPublicKey(logger, publicKey), identifier)
+                                            : PairOfPoint(publicKey, kind);
+}
+
+/// Whether the public key that is beside a private one is that of `key`, in whatever form of its point.
+bool IsPublicHalf(CCryptoAutoLogger& logger, const CCryptoPrivateKeyInfo& info, algorithm::Id kind, const ICryptoKeyPair& key)
+{
+    const KeyPair given = PairOfPublicKey(logger, info.algorithm, kind, info.publicKey);
+    return given != nullptr && given->publicKeyInfo() == key.publicKeyInfo();
+}
+
 element ECPrivateKeyObjectOf(const CCryptoEC& key, bool withCurve)
 {
     CCryptoECPrivateKeyObject object;
@@ -181,8 +195,7 @@ std::unique_ptr<ICryptoKeyPair> LoadPublicKeyInfo(const element& der)
     const algorithm::Id kind = KindOf(logger, info.algorithm);
     if (kind == algorithm::none)
         return nullptr;
-    KeyPair key = kind == algorithm::rsaEncryption ? PairOf(ReadRSAPublicKey(logger, info.publicKey), info.algorithm)
-                                                   : PairOfPoint(info.publicKey, kind);
+    KeyPair key = PairOfPublicKey(logger, info.algorithm, kind, info.publicKey);
     logger.setResult(key != nullptr);
     return key;
 }
@@ -229,6 +242,8 @@ std::unique_ptr<ICryptoKeyPair> LoadPrivateKeyInfo(const element& der)
         key = PairOfCurvePrivateKey(logger, info.privateKey, kind);
     else
         key = PairOfECPrivateKey(logger, info.privateKey, kind);
+    if (key != nullptr && !info.publicKey.isEmpty() && !IsPublicHalf(logger, info, kind, *key))
+        return logger.fail(KeyPair(), "The public key is not the private key's");
     logger.setResult(key != nullptr);
     return key;
 }

@@ -16,27 +16,27 @@ namespace ccrypto {
 
 /// SubjectPublicKeyInfo (RFC 5280, 4.1.2.7; curves by RFC 5480 and RFC 8410, RSA by RFC 8017 and, for keys limited to PSS, RFC
 /// 4055).
-std::unique_ptr<ICryptoKeyPair> LoadPublicKeyInfo(const element& der);
+[[nodiscard]] std::unique_ptr<ICryptoKeyPair> LoadPublicKeyInfo(const element& der);
 /// \param algorithm the AlgorithmIdentifier, DER; null for rsaEncryption.
-element PublicKeyInfoOf(const CCryptoRSA& key, const element* algorithm = nullptr);
-element PublicKeyInfoOf(const CCryptoEC& key);
-element PublicKeyInfoOf(const EddsaKey& key);
+[[nodiscard]] element PublicKeyInfoOf(const CCryptoRSA& key, const element* algorithm = nullptr);
+[[nodiscard]] element PublicKeyInfoOf(const CCryptoEC& key);
+[[nodiscard]] element PublicKeyInfoOf(const EddsaKey& key);
 
-/// PrivateKeyInfo (RFC 5958), neither encrypted nor with attributes that count.
-std::unique_ptr<ICryptoKeyPair> LoadPrivateKeyInfo(const element& der);
-element PrivateKeyInfoOf(const CCryptoRSA& key, const element* algorithm = nullptr);
-element PrivateKeyInfoOf(const CCryptoEC& key);
-element PrivateKeyInfoOf(const EddsaKey& key);
+/// PrivateKeyInfo (RFC 5958), not encrypted. Attributes are ignored; a public key beside the private one must belong to it.
+[[nodiscard]] std::unique_ptr<ICryptoKeyPair> LoadPrivateKeyInfo(const element& der);
+[[nodiscard]] element PrivateKeyInfoOf(const CCryptoRSA& key, const element* algorithm = nullptr);
+[[nodiscard]] element PrivateKeyInfoOf(const CCryptoEC& key);
+[[nodiscard]] element PrivateKeyInfoOf(const EddsaKey& key);
 
 /// RSAPublicKey and RSAPrivateKey (RFC 8017, A.1): PKCS#1.
-std::unique_ptr<ICryptoKeyPair> LoadRSAPublicKey(const element& der);
-std::unique_ptr<ICryptoKeyPair> LoadRSAPrivateKey(const element& der);
-element RSAPublicKeyOf(const CCryptoRSA& key);
-element RSAPrivateKeyOf(const CCryptoRSA& key);
+[[nodiscard]] std::unique_ptr<ICryptoKeyPair> LoadRSAPublicKey(const element& der);
+[[nodiscard]] std::unique_ptr<ICryptoKeyPair> LoadRSAPrivateKey(const element& der);
+[[nodiscard]] element RSAPublicKeyOf(const CCryptoRSA& key);
+[[nodiscard]] element RSAPrivateKeyOf(const CCryptoRSA& key);
 
 /// ECPrivateKey (RFC 5915): SEC1. The curve must be named in it, and X25519 and X448 do not have the form. A scalar may lack its
 /// leading zero bytes when read, and has them when written.
-std::unique_ptr<ICryptoKeyPair> LoadECPrivateKey(const element& der);
-element ECPrivateKeyOf(const CCryptoEC& key);
+[[nodiscard]] std::unique_ptr<ICryptoKeyPair> LoadECPrivateKey(const element& der);
+[[nodiscard]] element ECPrivateKeyOf(const CCryptoEC& key);
 
 } // namespace ccrypto

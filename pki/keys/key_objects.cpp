@@ -11,7 +11,9 @@ using namespace ccrypto;
 namespace {
 
 constexpr const char* publicKeyInfoTemplate = "SEQUENCE[CONSTRUCTED] {algorithmIdentifier,BIT_STRING[PRIMITIVE]{#00,publicKey}}";
-constexpr const char* privateKeyInfoTemplate = "SEQUENCE{INTEGER=version,algorithmIdentifier,OCTET_STRING [PRIMITIVE]{PrivateKey}}";
+constexpr const char* privateKeyInfoTemplate =
+    "SEQUENCE{INTEGER=version,algorithmIdentifier,OCTET_STRING [PRIMITIVE]{PrivateKey}"
+    "CONTEXT_SPECIFIC[0,CONSTRUCTED](OPTIONAL){attributes}CONTEXT_SPECIFIC[1,PRIMITIVE](OPTIONAL){publicKey}}";
 constexpr const char* encryptedPrivateKeyInfoTemplate = "SEQUENCE{algorithmIdentifier,OCTET_STRING[PRIMITIVE]{encryptedData}}";
 constexpr const char* rsaPublicKeyTemplate = "SEQUENCE{INTEGER=modulus,INTEGER=publicExponent}";
 constexpr const char* rsaPrivateKeyTemplate =
@@ -75,8 +77,9 @@ bool HasItems(const elementNode* sequence, std::uint32_t count)
     return item == nullptr && count == 0;
 }
 
-/// Attributes, and the public key of a OneAsymmetricKey (RFC 5958, 2).
-bool HasTaggedItemsBehind(const elementNode* sequence, std::uint32_t count)
+/// Whether the first `count` items are followed by none but attributes, the public key and what a later OneAsymmetricKey adds
+/// (RFC 5958, 2).
+bool HasOnlyTaggedItemsAfter(const elementNode* sequence, std::uint32_t count)
 {
     const elementNode* item = sequence->content();
     for (; item != nullptr; item = item->next()) {
@@ -136,7 +139,14 @@ bool CCryptoPrivateKeyInfo::BuildNode()
 bool CCryptoPrivateKeyInfo::ParseNode()
 {
     privateKey = Octets(findBytes("PrivateKey"));
-    return HasVersion(*this, 0, 1) && HasTaggedItemsBehind(data(), 3) && algorithm.Parse(find("algorithmIdentifier"));
+    if (isBound("publicKey")) {
+        // A BIT STRING under an implicit tag: the number of unused bits comes first.
+        const element bits = findBytes("publicKey");
+        if (bits.length() < 2 || bits[0] != 0)
+            return false;
+        publicKey = element(bits.data() + 1, bits.length() - 1);
+    }
+    return HasVersion(*this, 0, 1) && HasOnlyTaggedItemsAfter(data(), 3) && algorithm.Parse(find("algorithmIdentifier"));
 }
 
 CCryptoEncryptedPrivateKeyInfo::CCryptoEncryptedPrivateKeyInfo() : CCryptoASN1Object(encryptedPrivateKeyInfoTemplate) {}
@@ -203,7 +213,7 @@ bool CCryptoECPrivateKeyObject::ParseNode()
     if (!HasVersion(*this, 1, 1))
         return logger.fail(false, "The version of the key is not 1");
     if (!HasItems(data(), 2u + isBound("parameters") + isBound("publicKey")))
-        return logger.fail(false, "More than a key stands in it");
+        return logger.fail(false, "There is more than a key in it");
     scalar = Octets(findBytes("privateKey"));
     publicPoint = Octets(findBytes("publicKey"));
     if (const elementNode* parameters = find("parameters"); parameters != nullptr) {

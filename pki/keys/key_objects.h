@@ -21,20 +21,21 @@ protected:
     void ClearFields() override { publicKey = {}; }
 };
 
-/// PrivateKeyInfo, or OneAsymmetricKey (RFC 5958, 2). Attributes are ignored.
+/// PrivateKeyInfo, or OneAsymmetricKey (RFC 5958, 2). Attributes are ignored, and a public key is not written.
 class CCryptoPrivateKeyInfo : public CCryptoASN1Object {
 public:
     CCryptoPrivateKeyInfo();
 
     bool BuildNode() override;
-    /// False for versions other than 0 and 1.
+    /// False for versions other than 0 and 1, and for a public key that is not whole bytes.
     bool ParseNode() override;
 
     CCryptoAlgorithmIdentifier algorithm;
     element privateKey; ///< content of the OCTET STRING; secret
+    element publicKey;  ///< content of the BIT STRING; empty when there is none
 
 protected:
-    void ClearFields() override { privateKey = {}; }
+    void ClearFields() override { privateKey = publicKey = {}; }
 };
 
 /// EncryptedPrivateKeyInfo (RFC 5958, 3).
@@ -102,6 +103,6 @@ protected:
 namespace ccrypto {
 
 /// The dotted OID of a node that is an OBJECT IDENTIFIER; empty for any other and for none.
-CCryptoString OidOfNode(const elementNode* node);
+[[nodiscard]] CCryptoString OidOfNode(const elementNode* node);
 
 } // namespace ccrypto

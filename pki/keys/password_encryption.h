@@ -14,7 +14,7 @@ struct SCryptoPasswordEncryption {
     ccrypto::algorithm::Id scheme = ccrypto::algorithm::pbes2;
     /// Of PBES2: AES or triple DES in CBC mode.
     ccrypto::algorithm::Id cipher = ccrypto::algorithm::aes256Cbc;
-    /// Of PBES2: the HMAC of PBKDF2.
+    /// Of PBES2: the HMAC of PBKDF2, over SHA-1, SHA-2 or SHA-3.
     ccrypto::algorithm::Id prf = ccrypto::algorithm::hmacSha256;
     std::uint32_t iterations = 600'000;
 };
@@ -25,16 +25,16 @@ class CCryptoPasswordEncryption {
 public:
     /// \param password UTF-8 text. \param how is given the description, with a fresh salt. \return the ciphertext; empty, logged,
     /// for a scheme that is none of these and when there are no random bytes.
-    static element Encrypt(const SCryptoPasswordEncryption& parameters, std::string_view password,
-                           std::span<const std::uint8_t> text, CCryptoAlgorithmIdentifier& how,
-                           ICryptoRandom& random = ICryptoRandom::Instance());
+    [[nodiscard]] static element Encrypt(const SCryptoPasswordEncryption& parameters, std::string_view password,
+                                         std::span<const std::uint8_t> text, CCryptoAlgorithmIdentifier& how,
+                                         ICryptoRandom& random = ICryptoRandom::Instance());
 
     /// Whether there is any use in asking for a password: false, logged, for a description that is none of these, whose numbers
     /// make no sense, or that asks for more than 50,000,000 iterations. RC2 in CBC mode under PBES2 is understood, too.
-    static bool Understands(const CCryptoAlgorithmIdentifier& how);
+    [[nodiscard]] static bool Understands(const CCryptoAlgorithmIdentifier& how);
 
     /// \return false, logged, `text` empty, for a description that is not understood, and for a wrong password, as far as the
     /// padding shows.
-    static bool Decrypt(const CCryptoAlgorithmIdentifier& how, std::string_view password, std::span<const std::uint8_t> ciphertext,
-                        element& text);
+    [[nodiscard]] static bool Decrypt(const CCryptoAlgorithmIdentifier& how, std::string_view password,
+                                      std::span<const std::uint8_t> ciphertext, element& text);
 };

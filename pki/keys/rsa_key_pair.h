@@ -25,13 +25,13 @@ public:
     std::uint32_t keySize() const override { return key_->bits(); }
     bool hasPrivate() const override { return key_->isPrivate(); }
 
-    std::vector<SCryptoKeyNumber> publicNumbers() const override;
-    std::vector<SCryptoKeyNumber> privateNumbers() const override;
+    [[nodiscard]] std::vector<SCryptoKeyNumber> publicNumbers() const override;
+    [[nodiscard]] std::vector<SCryptoKeyNumber> privateNumbers() const override;
 
-    element publicKeyInfo() const override;
-    element privateKeyInfo() const override;
-    element ownForm(ccrypto::KeyForm form) const override;
-    std::unique_ptr<ICryptoKeyPair> publicHalf() const override;
+    [[nodiscard]] element publicKeyInfo() const override;
+    [[nodiscard]] element privateKeyInfo() const override;
+    [[nodiscard]] element ownForm(ccrypto::KeyForm form) const override;
+    [[nodiscard]] std::unique_ptr<ICryptoKeyPair> publicHalf() const override;
 
     ICryptoSigner* signer() override { return this; }
     /// Null when isForPss().
@@ -40,15 +40,17 @@ public:
 
     std::uint32_t signatureSize() const override { return key_->bytes(); }
     bool signsMessages() const override { return false; }
-    element sign(ccrypto::algorithm::Id hash, std::span<const std::uint8_t> digest, const SCryptoPadding& padding = {}) override;
-    bool verify(ccrypto::algorithm::Id hash, std::span<const std::uint8_t> digest, std::span<const std::uint8_t> signature,
-                const SCryptoPadding& padding = {}) const override;
+    [[nodiscard]] element sign(ccrypto::algorithm::Id hash, std::span<const std::uint8_t> digest,
+                               const SCryptoPadding& padding = {}) override;
+    [[nodiscard]] bool verify(ccrypto::algorithm::Id hash, std::span<const std::uint8_t> digest,
+                              std::span<const std::uint8_t> signature, const SCryptoPadding& padding = {}) const override;
 
 private:
     // Reached through decrypter(), which keys limited to PSS do not give.
-    element encrypt(std::span<const std::uint8_t> text, const SCryptoPadding& padding = {}) const override;
-    bool decrypt(std::span<const std::uint8_t> ciphertext, element& text, const SCryptoPadding& padding = {}) override;
-    bool unwrap(std::span<const std::uint8_t> ciphertext, std::uint32_t length, element& text) override;
+    [[nodiscard]] element encrypt(std::span<const std::uint8_t> text, const SCryptoPadding& padding = {}) const override;
+    [[nodiscard]] bool decrypt(std::span<const std::uint8_t> ciphertext, element& text,
+                               const SCryptoPadding& padding = {}) override;
+    [[nodiscard]] bool unwrap(std::span<const std::uint8_t> ciphertext, std::uint32_t length, element& text) override;
 
     std::unique_ptr<CCryptoRSA> key_;
     std::optional<ccrypto::PssLimits> limits_;

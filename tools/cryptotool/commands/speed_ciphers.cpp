@@ -53,9 +53,8 @@ SpeedRow::Call PrepareText(const std::shared_ptr<ICryptoCipher>& cipher, std::si
     return [cipher, key = Bytes(cipher->keySize(), 0x5A), iv = Bytes(cipher->ivSize()), in = Bytes(size),
             out = Bytes(size + CCryptoGCM::maxTag)]() mutable {
         std::size_t written = 0;
-        cipher->start(CipherDirection::encrypt, key, iv);
-        cipher->update(in, out.data(), written);
-        cipher->final(out.data() + written, written);
+        static_cast<void>(cipher->start(CipherDirection::encrypt, key, iv) && cipher->update(in, out.data(), written) &&
+                          cipher->final(out.data() + written, written));
     };
 }
 

@@ -50,7 +50,7 @@ SpeedRow::Call PreparePbkdf2(std::size_t)
 {
     return [] {
         constexpr std::array<std::uint8_t, 8> text{};
-        CCryptoKeyDerivation::PBKDF2(algorithm::sha256, text, text, 10000, 32);
+        static_cast<void>(CCryptoKeyDerivation::PBKDF2(algorithm::sha256, text, text, 10000, 32));
     };
 }
 
