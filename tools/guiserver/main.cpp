@@ -5,6 +5,7 @@
 #include "ipc/pipe_server.h"
 #include "tools/guiserver/options.h"
 #include "tools/guiserver/request_report.h"
+#include "tools/text/safe_text.h"
 
 #include <windows.h>
 
@@ -233,7 +234,7 @@ int main()
     SetServedPipe(&pipe);
     SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
     const std::string ready =
-        options.json ? "{\"listening\":" + JsonText(pipe.name()) + "}\n" : "listening on " + pipe.name() + "\n";
+        options.json ? "{\"listening\":" + JsonString(pipe.name()) + "}\n" : "listening on " + pipe.name() + "\n";
     Print(ready);
 
     const int code = GuiServer(pipe, options).Serve();

@@ -1,71 +1,18 @@
 #include "tools/guiserver/request_report.h"
 
+#include "tools/text/safe_text.h"
+
 #include <cstdio>
-#include <utility>
 
 namespace ccrypto {
 
 namespace {
-
-constexpr std::uint32_t noCharacter = 0xFFFFFFFF;
-
-/// The character at the front of `text` and its length in bytes; `noCharacter` and 1 for a byte that is no UTF-8. Surrogates are
-/// let through, overlong forms are not.
-std::pair<std::uint32_t, std::size_t> FrontCharacter(std::string_view text)
-{
-    const auto lead = static_cast<unsigned char>(text[0]);
-    if (lead < 0x80)
-        return {lead, 1};
-    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-    if (lead < 0xC2 || lead > 0xF4 || text.size() < length)
-        return {noCharacter, 1};
-    std::uint32_t character = lead & (0xFFU >> (length + 1));
-    for (std::size_t index = 1; index < length; ++index) {
-        const auto next = static_cast<unsigned char>(text[index]);
-        if ((next & 0xC0) != 0x80)
-            return {noCharacter, 1};
-        character = character << 6 | (next & 0x3FU);
-    }
-    constexpr std::uint32_t least[] = {0, 0, 0x80, 0x800, 0x10000};
-    if (character < least[length] || character > 0x10FFFF)
-        return {noCharacter, 1};
-    return {character, length};
-}
 
 std::string Formatted(const char* format, unsigned value)
 {
     char text[32];
     std::snprintf(text, sizeof text, format, value);
     return text;
-}
-
-bool IsSurrogate(std::uint32_t character)
-{
-    return character >= 0xD800 && character <= 0xDFFF;
-}
-
-/// Control characters, C1 among them, and those that turn the direction of writing.
-bool SteersTerminal(std::uint32_t character)
-{
-    return character < 0x20 || (character >= 0x7F && character < 0xA0) || character == 0x061C ||
-           (character >= 0x200E && character <= 0x200F) || (character >= 0x202A && character <= 0x202E) ||
-           (character >= 0x2066 && character <= 0x2069);
-}
-
-std::string Shown(std::string_view text)
-{
-    std::string shown;
-    while (!text.empty()) {
-        const auto [character, length] = FrontCharacter(text);
-        if (character == noCharacter || IsSurrogate(character) || SteersTerminal(character)) {
-            for (std::size_t index = 0; index < length; ++index)
-                shown += Formatted("\\x%02X", static_cast<unsigned char>(text[index]));
-        } else {
-            shown += text.substr(0, length);
-        }
-        text.remove_prefix(length);
-    }
-    return shown;
 }
 
 std::string HexText(std::string_view bytes)
@@ -114,7 +61,7 @@ std::string ShownItem(const ReceivedItem& item)
     case ReceivedItem::Kind::integer:
         return std::to_string(item.integer);
     case ReceivedItem::Kind::text:
-        return '"' + Shown(item.bytes.view()) + '"';
+        return '"' + OneLine(item.bytes.view()) + '"';
     case ReceivedItem::Kind::bytes:
         return HexText(item.bytes.view());
     case ReceivedItem::Kind::secret:
@@ -130,11 +77,11 @@ std::string JsonItems(const std::vector<ReceivedItem>& items)
     std::string json = "[";
     for (const ReceivedItem& item : items) {
         json += json.size() > 1 ? ",{" : "{";
-        json += "\"name\":" + JsonText(item.name);
+        json += "\"name\":" + JsonString(item.name);
         if (item.kind == ReceivedItem::Kind::integer)
             json += ",\"integer\":" + std::to_string(item.integer);
         if (item.kind == ReceivedItem::Kind::text)
-            json += ",\"text\":" + JsonText(item.bytes.view());
+            json += ",\"text\":" + JsonString(item.bytes.view());
         if (item.kind == ReceivedItem::Kind::bytes)
             json += ",\"bytes\":\"" + HexText(item.bytes.view()) + '"';
         if (item.kind == ReceivedItem::Kind::secret)
@@ -150,24 +97,6 @@ const char* Name(const ReceivedRequest& request)
 }
 
 } // namespace
-
-std::string JsonText(std::string_view text)
-{
-    std::string json = "\"";
-    while (!text.empty()) {
-        const auto [character, length] = FrontCharacter(text);
-        if (character == noCharacter)
-            json += Formatted("\\u%04x", static_cast<unsigned char>(text[0]));
-        else if (IsSurrogate(character) || SteersTerminal(character))
-            json += Formatted("\\u%04x", character);
-        else if (character == '"' || character == '\\')
-            json += {'\\', static_cast<char>(character)};
-        else
-            json += text.substr(0, length);
-        text.remove_prefix(length);
-    }
-    return json + '"';
-}
 
 std::string DescribeLostAnswer(std::uint32_t number, bool json)
 {
@@ -187,7 +116,7 @@ std::string DescribeAsText(std::uint32_t number, const ReceivedRequest& request,
         text += "    " + item.name + " = " + ShownItem(item) + "\n";
     }
     for (const std::string_view file : SplitFiles(request.files))
-        text += "    " + Shown(file) + "\n";
+        text += "    " + OneLine(file) + "\n";
     if (!request.wellFormed)
         text += "    malformed\n";
     if (hex)
@@ -202,13 +131,13 @@ std::string DescribeAsText(std::uint32_t number, const ReceivedRequest& request,
 std::string DescribeAsJson(std::uint32_t number, const ReceivedRequest& request, const GivenAnswer& answer, bool hex)
 {
     std::string json = "{\"number\":" + std::to_string(number) + ",\"type\":" + std::to_string(request.type) +
-                       ",\"name\":" + JsonText(Name(request)) + ",\"status\":" + std::to_string(request.status) +
+                       ",\"name\":" + JsonString(Name(request)) + ",\"status\":" + std::to_string(request.status) +
                        ",\"bodyLength\":" + std::to_string(request.body.size()) +
                        ",\"wellFormed\":" + (request.wellFormed ? "true" : "false") + ",\"items\":" + JsonItems(request.items);
     if (request.known != nullptr && request.known->type == GuiRequestType::setPdfDocumentToSign) {
         std::string files;
         for (const std::string_view file : SplitFiles(request.files))
-            files += (files.empty() ? "" : ",") + JsonText(file);
+            files += (files.empty() ? "" : ",") + JsonString(file);
         json += ",\"files\":[" + files + "]";
     }
     if (hex)

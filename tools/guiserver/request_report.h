@@ -17,17 +17,14 @@ struct GivenAnswer {
 };
 
 /// A block for people: a headline, the items and file names one a line and indented, the answer. UTF-8; bytes that could
-/// steer a terminal, or are no UTF-8, are written as \xNN.
+/// steer a terminal, or are not UTF-8, are written as \xNN.
 std::string DescribeAsText(std::uint32_t number, const ReceivedRequest& request, const GivenAnswer& answer, bool hex);
 
 /// The same as one line of JSON. Half a surrogate pair, which a Windows file name may hold, is written as its \uNNNN; another byte
-/// that is no UTF-8 as \u00NN.
+/// that is not UTF-8 as \u00NN.
 std::string DescribeAsJson(std::uint32_t number, const ReceivedRequest& request, const GivenAnswer& answer, bool hex);
 
 /// A line, as JSON or text, that withdraws the answer reported for request `number`.
 std::string DescribeLostAnswer(std::uint32_t number, bool json);
-
-/// A text in quotes, as JSON has it.
-std::string JsonText(std::string_view text);
 
 } // namespace ccrypto

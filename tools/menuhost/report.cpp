@@ -2,6 +2,7 @@
 
 #include "core/platform/win32/wide.h"
 #include "shellext/com/hresult.h"
+#include "tools/text/safe_text.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -62,27 +63,9 @@ std::string Hexadecimal(HRESULT result)
     return text;
 }
 
-/// A JSON string, quotes included (RFC 8259, 7).
-std::string Quoted(std::string_view text)
+std::string JsonString(const std::wstring& text)
 {
-    std::string result = "\"";
-    for (const char c : text) {
-        if (c == '"' || c == '\\') {
-            result += '\\';
-            result += c;
-        } else if (static_cast<unsigned char>(c) < 0x20) {
-            char escape[8];
-            std::snprintf(escape, sizeof escape, "\\u%04X", static_cast<unsigned>(c));
-            result += escape;
-        } else
-            result += c;
-    }
-    return result + '"';
-}
-
-std::string Quoted(const std::wstring& text)
-{
-    return Quoted(platform::WideToUtf8(text));
+    return JsonString(platform::WideToUtf8(text));
 }
 
 void PrintLine(const std::string& line)
@@ -104,8 +87,8 @@ std::string ResultName(HRESULT result)
 void Report::call(const char* name, HRESULT result)
 {
     if (json_) {
-        calls_ += (calls_.empty() ? "" : ", ") + std::string("{\"call\": ") + Quoted(name) + ", \"result\": \"" +
-                  Hexadecimal(result) + "\", \"name\": " + Quoted(ResultName(result)) + "}";
+        calls_ += (calls_.empty() ? "" : ", ") + std::string("{\"call\": ") + JsonString(name) + ", \"result\": \"" +
+                  Hexadecimal(result) + "\", \"name\": " + JsonString(ResultName(result)) + "}";
         return;
     }
     std::string line = name;
@@ -122,8 +105,8 @@ void Report::item(const MenuItem& item)
             items_ += "{\"separator\": true}";
             return;
         }
-        items_ += "{\"text\": " + Quoted(item.text) + ", \"command\": " + std::to_string(item.command) +
-                  ", \"verb\": " + Quoted(item.verb) + ", \"help\": " + Quoted(item.help) + ", \"bitmap\": ";
+        items_ += "{\"text\": " + JsonString(item.text) + ", \"command\": " + std::to_string(item.command) +
+                  ", \"verb\": " + JsonString(item.verb) + ", \"help\": " + JsonString(item.help) + ", \"bitmap\": ";
         items_ += item.hasBitmap ? "{\"width\": " + std::to_string(item.width) + ", \"height\": " + std::to_string(item.height) +
                                        ", \"bits\": " + std::to_string(item.bitsPerPixel) + "}}"
                                  : "null}";
@@ -133,8 +116,8 @@ void Report::item(const MenuItem& item)
         PrintLine("item                separator");
         return;
     }
-    PrintLine("item                " + Quoted(item.text) + " command " + std::to_string(item.command) + ", verb " +
-              Quoted(item.verb) + ", help " + Quoted(item.help) + ", " +
+    PrintLine("item                " + JsonString(item.text) + " command " + std::to_string(item.command) + ", verb " +
+              JsonString(item.verb) + ", help " + JsonString(item.help) + ", " +
               (item.hasBitmap ? "bitmap " + size + ", " + std::to_string(item.bitsPerPixel) + " bits" : "no bitmap"));
 }
 

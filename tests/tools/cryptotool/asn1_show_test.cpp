@@ -1,7 +1,7 @@
 #include "core/text/utf8.h"
 #include "tests/tools/cryptotool/der_text.h"
 #include "tests/tools/cryptotool/memory_console.h"
-#include "tools/cryptotool/cli/safe_text.h"
+#include "tools/text/safe_text.h"
 
 #include <gtest/gtest.h>
 

@@ -25,7 +25,7 @@ const ReportCase cases[] = {
      R"(true,"items":[{"name":"files","text":"*C:\\a.pdf*"}],"files":["","C:\\a.pdf",""]})"},
     {"no files", 22, wire::Text(""), "", R"(true,"items":[{"name":"files","text":""}],"files":[]})"},
     {"UTF-8, half a surrogate pair, Latin-1, control, direction", 22, wire::Text("\xC3\xA4\xED\xA0\xBD\xE4\x1B[2J\xD8\x9C"),
-     "    \xC3\xA4\\xED\\xA0\\xBD\\xE4\\x1B[2J\\xD8\\x9C\n",
+     "    \xC3\xA4\\xed\\xa0\\xbd\\xe4\\x1b[2J\\xd8\\x9c\n",
      "true,\"items\":[{\"name\":\"files\",\"text\":\"\xC3\xA4\\ud83d\\u00e4\\u001b[2J\\u061c\"}],\"files\":"
      "[\"\xC3\xA4\\ud83d\\u00e4\\u001b[2J\\u061c\"]}"},
     {"list", 4, wire::Int(3) + wire::Int(2) + wire::Text("one") + wire::Text("two") + wire::Text("which"),

@@ -3,8 +3,8 @@
 #include "asn1/der/der_analyzer.h"
 #include "asn1/template/bracket_list.h"
 #include "tools/cryptotool/cli/reason.h"
-#include "tools/cryptotool/cli/safe_text.h"
 #include "tools/cryptotool/input/encoding_detection.h"
+#include "tools/text/safe_text.h"
 
 namespace ccrypto {
 

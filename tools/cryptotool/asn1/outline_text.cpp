@@ -3,7 +3,7 @@
 #include "asn1/oid/oid_names.h"
 #include "tools/cryptotool/asn1/time_and_address.h"
 #include "tools/cryptotool/asn1/value_text.h"
-#include "tools/cryptotool/cli/safe_text.h"
+#include "tools/text/safe_text.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -7,7 +7,7 @@
 #include "asn1/template/value_notation.h"
 #include "core/text/hex.h"
 #include "core/text/utf8.h"
-#include "tools/cryptotool/cli/safe_text.h"
+#include "tools/text/safe_text.h"
 
 #include <algorithm>
 #include <vector>

@@ -1,10 +1,10 @@
 #include "tools/cryptotool/cli/invocation.h"
 
 #include "tools/cryptotool/cli/reason.h"
-#include "tools/cryptotool/cli/safe_text.h"
 #include "tools/cryptotool/cli/suggestion.h"
 #include "tools/cryptotool/cli/usage.h"
 #include "tools/cryptotool/cli/version.h"
+#include "tools/text/safe_text.h"
 
 #include <algorithm>
 #include <vector>

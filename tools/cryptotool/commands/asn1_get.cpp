@@ -3,8 +3,8 @@
 #include "tools/cryptotool/asn1/value_text.h"
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/reason.h"
-#include "tools/cryptotool/cli/safe_text.h"
 #include "tools/cryptotool/output/output.h"
+#include "tools/text/safe_text.h"
 
 namespace ccrypto {
 

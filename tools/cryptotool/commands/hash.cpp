@@ -2,10 +2,10 @@
 
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/invocation.h"
-#include "tools/cryptotool/cli/safe_text.h"
 #include "tools/cryptotool/cli/suggestion.h"
 #include "tools/cryptotool/commands/hash_check.h"
 #include "tools/cryptotool/input/secret_input.h"
+#include "tools/text/safe_text.h"
 
 #include <limits>
 #include <optional>

@@ -1,8 +1,8 @@
 #include "tools/cryptotool/commands/hash_check.h"
 
-#include "tools/cryptotool/cli/safe_text.h"
 #include "tools/cryptotool/input/encoding_detection.h"
 #include "tools/cryptotool/input/file_input.h"
+#include "tools/text/safe_text.h"
 
 #include <filesystem>
 

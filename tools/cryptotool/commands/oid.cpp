@@ -2,8 +2,8 @@
 #include "core/base/ascii.h"
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/invocation.h"
-#include "tools/cryptotool/cli/safe_text.h"
 #include "tools/cryptotool/output/output.h"
+#include "tools/text/safe_text.h"
 
 #include <algorithm>
 

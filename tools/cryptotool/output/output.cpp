@@ -2,7 +2,7 @@
 
 #include "core/platform/process.h"
 #include "tools/cryptotool/cli/reason.h"
-#include "tools/cryptotool/cli/safe_text.h"
+#include "tools/text/safe_text.h"
 
 #include <algorithm>
 #include <filesystem>

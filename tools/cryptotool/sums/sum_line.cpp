@@ -2,7 +2,7 @@
 
 #include "core/base/ascii.h"
 #include "core/text/hex.h"
-#include "tools/cryptotool/cli/safe_text.h"
+#include "tools/text/safe_text.h"
 
 #include <cstddef>
 

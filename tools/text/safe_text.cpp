@@ -1,6 +1,6 @@
-#include "tools/cryptotool/cli/safe_text.h"
+#include "tools/text/safe_text.h"
 
-#include "asn1/text/unicode_text.h"
+#include "core/text/utf8.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -48,6 +48,19 @@ void AppendJsonEscape(std::string& text, std::uint32_t codePoint)
                     static_cast<unsigned>(0xDC00 + (above & 0x3FF)));
 }
 
+bool IsSurrogate(std::uint32_t codePoint)
+{
+    return IsHighSurrogate(codePoint) || IsLowSurrogate(codePoint);
+}
+
+/// The character at the start of `text`, or half of a surrogate pair, as Windows file names may have one. \return how many bytes it
+/// takes; 0 for bytes that are neither.
+std::size_t ReadCharacterOrSurrogate(std::string_view text, std::uint32_t& codePoint)
+{
+    const std::uint32_t length = DecodeUtf8({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}, codePoint);
+    return length == Utf8Length(codePoint) && codePoint <= 0x10FFFF ? length : 0;
+}
+
 /// How many characters at the start of the text no language writes otherwise.
 std::size_t OrdinaryLength(std::string_view text)
 {
@@ -69,7 +82,7 @@ void ForEachCharacter(std::string_view text, Safe safe, Unsafe unsafe)
             continue;
         }
         std::uint32_t codePoint = 0;
-        std::size_t length = ReadCharacter(text, codePoint);
+        std::size_t length = ReadCharacterOrSurrogate(text, codePoint);
         const bool valid = length != 0;
         if (!valid) {
             length = 1;
@@ -146,7 +159,7 @@ std::string EscapeDocument(std::string_view document, EscapeStyle style)
                 escaped += bytes;
             else if (style == EscapeStyle::json)
                 AppendJsonEscape(escaped, codePoint);
-            else if (style == EscapeStyle::xml)
+            else if (style == EscapeStyle::xml && !IsSurrogate(codePoint)) // XML 1.0 has no reference to one
                 AppendFormatted(escaped, "&#x%x;", static_cast<unsigned>(codePoint));
             else
                 AppendBytes(escaped, bytes);
