@@ -63,7 +63,7 @@ std::string Hexadecimal(HRESULT result)
     return text;
 }
 
-std::string JsonString(const std::wstring& text)
+std::string WideJsonString(const std::wstring& text)
 {
     return JsonString(platform::WideToUtf8(text));
 }
@@ -105,8 +105,8 @@ void Report::item(const MenuItem& item)
             items_ += "{\"separator\": true}";
             return;
         }
-        items_ += "{\"text\": " + JsonString(item.text) + ", \"command\": " + std::to_string(item.command) +
-                  ", \"verb\": " + JsonString(item.verb) + ", \"help\": " + JsonString(item.help) + ", \"bitmap\": ";
+        items_ += "{\"text\": " + WideJsonString(item.text) + ", \"command\": " + std::to_string(item.command) +
+                  ", \"verb\": " + WideJsonString(item.verb) + ", \"help\": " + WideJsonString(item.help) + ", \"bitmap\": ";
         items_ += item.hasBitmap ? "{\"width\": " + std::to_string(item.width) + ", \"height\": " + std::to_string(item.height) +
                                        ", \"bits\": " + std::to_string(item.bitsPerPixel) + "}}"
                                  : "null}";
@@ -116,8 +116,8 @@ void Report::item(const MenuItem& item)
         PrintLine("item                separator");
         return;
     }
-    PrintLine("item                " + JsonString(item.text) + " command " + std::to_string(item.command) + ", verb " +
-              JsonString(item.verb) + ", help " + JsonString(item.help) + ", " +
+    PrintLine("item                " + WideJsonString(item.text) + " command " + std::to_string(item.command) + ", verb " +
+              WideJsonString(item.verb) + ", help " + WideJsonString(item.help) + ", " +
               (item.hasBitmap ? "bitmap " + size + ", " + std::to_string(item.bitsPerPixel) + " bits" : "no bitmap"));
 }
 
