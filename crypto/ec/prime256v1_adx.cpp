@@ -80,7 +80,8 @@ namespace {
                                             "adcq $0, %[t6]\n\t"                                                                   \
                                             "adcq %[b], %[t7]\n\t"
 
-/// Numbers modulo p, below it.
+/// Numbers modulo p, below it. Where the compiler may inline the assembly, the memory that it reads through its pointers is an
+/// operand, too: without that, two pieces with the same pointers would be one to it.
 struct Field : MontgomeryForm<curve_domains::prime256v1> {
 
     [[gnu::noinline]] static Element multiply(const Element& x, const Element& y)
@@ -120,8 +121,8 @@ struct Field : MontgomeryForm<curve_domains::prime256v1> {
         asm(ADD_NUMBERS
             : [t0] "=&r"(t0), [t1] "=&r"(t1), [t2] "=&r"(t2), [t3] "=&r"(t3), [t4] "=&r"(r[0]), [t5] "=&r"(r[1]), [t6] "=&r"(r[2]),
               [t7] "=&r"(r[3]), [lo] "=&r"(lo), [hi] "=&r"(hi), [a] "+&r"(a), [b] "+&r"(b)
-            :
-            : "cc", "memory");
+            : "m"(x), "m"(y)
+            : "cc");
         return r;
     }
 
@@ -136,8 +137,8 @@ struct Field : MontgomeryForm<curve_domains::prime256v1> {
         asm(SUBTRACT_NUMBERS
             : [t4] "=&r"(r[0]), [t5] "=&r"(r[1]), [t6] "=&r"(r[2]), [t7] "=&r"(r[3]), [mask] "=&r"(mask), [lo] "=&r"(lo),
               [a] "+&r"(a), [b] "+&r"(b)
-            :
-            : "cc", "memory");
+            : "m"(x), "m"(y)
+            : "cc");
         return r;
     }
 };

@@ -206,8 +206,8 @@ struct Field : Prime521Field {
         asm(LOAD_A "stc\n\t" WITH_B("adcq") TAKE_BIT_521(t0, t1, t2, t3, t4, t5, t6, t7)
             : [t0] "=&r"(t0), [t1] "=&r"(t1), [t2] "=&r"(t2), [t3] "=&r"(t3), [t4] "=&r"(t4), [t5] "=&r"(t5), [t6] "=&r"(t6),
               [t7] "=&r"(t7), [lo] "=&r"(lo), [hi] "=&r"(hi)
-            : [a] "r"(x.data()), [b] "r"(y.data())
-            : "cc", "memory");
+            : [a] "r"(x.data()), [b] "r"(y.data()), "m"(x), "m"(y)
+            : "cc");
         return {lo, t0, t1, t2, t3, t4, t5, t6, t7};
     }
 
@@ -221,8 +221,8 @@ struct Field : Prime521Field {
                                             "addq %[hi], %[hi]\n\t" BORROW(t0, t1, t2, t3, t4, t5, t6, t7)
             : [t0] "=&r"(t0), [t1] "=&r"(t1), [t2] "=&r"(t2), [t3] "=&r"(t3), [t4] "=&r"(t4), [t5] "=&r"(t5), [t6] "=&r"(t6),
               [t7] "=&r"(t7), [lo] "=&r"(lo), [hi] "=&r"(hi)
-            : [a] "r"(x.data()), [b] "r"(y.data())
-            : "cc", "memory");
+            : [a] "r"(x.data()), [b] "r"(y.data()), "m"(x), "m"(y)
+            : "cc");
         return {lo, t0, t1, t2, t3, t4, t5, t6, t7};
     }
 };
