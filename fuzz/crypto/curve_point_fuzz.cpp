@@ -1,7 +1,6 @@
-#include "crypto/ec/curve_domains.h"
 #include "crypto/ec/curve_point.h"
 #include "fuzz/require.h"
-#include "tests/crypto/ec/affine_curve.h"
+#include "tests/crypto/ec/domain_numbers.h"
 
 #include <algorithm>
 #include <utility>
@@ -14,51 +13,6 @@ using affine::Number;
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
-
-/// A curve, its twin and its order.
-struct Twins {
-    template <std::size_t N>
-    Twins(algorithm::Id curve, const CurveDomain<N>& domain)
-        : id(curve), slow(Plain(domain.p.value), Plain(domain.a), Plain(domain.b)), order(Plain(domain.n.value))
-    {
-    }
-
-    template <std::size_t N>
-    static Number Plain(const Limbs<N>& limbs)
-    {
-        Number number;
-        for (std::size_t i = N; i-- > 0;)
-            number = (number << 64) + Number::FromWord(limbs[i]);
-        return number;
-    }
-
-    algorithm::Id id;
-    affine::Curve slow;
-    Number order;
-};
-
-const std::vector<Twins>& AllTwins()
-{
-    using namespace curve_domains;
-    static const std::vector<Twins> twins = {
-        {algorithm::secp112r1, secp112r1},
-        {algorithm::secp160r1, secp160r1},
-        {algorithm::prime192v1, prime192v1},
-        {algorithm::secp224r1, secp224r1},
-        {algorithm::prime256v1, prime256v1},
-        {algorithm::secp384r1, secp384r1},
-        {algorithm::secp521r1, secp521r1},
-        {algorithm::secp256k1, secp256k1},
-        {algorithm::brainpoolP160r1, brainpoolP160r1},
-        {algorithm::brainpoolP224r1, brainpoolP224r1},
-        {algorithm::brainpoolP256r1, brainpoolP256r1},
-        {algorithm::brainpoolP320r1, brainpoolP320r1},
-        {algorithm::brainpoolP384r1, brainpoolP384r1},
-        {algorithm::brainpoolP384t1, brainpoolP384t1},
-        {algorithm::brainpoolP512r1, brainpoolP512r1},
-    };
-    return twins;
-}
 
 affine::Sum Plain(const std::optional<CurvePoint>& point)
 {
@@ -102,37 +56,38 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     if (size < 2)
         return 0;
-    const Twins& twins = AllTwins()[data[0] % AllTwins().size()];
+    const DomainNumbers& domain = AllDomains()[data[0] % AllDomains().size()];
+    const affine::Curve twin = domain.curve();
     Bytes rest(data + 2, size - 2);
     const auto takeScalar = [&] {
         const std::size_t length = rest.empty() ? 0 : std::min<std::size_t>(rest[0] % 80, rest.size() - 1);
-        const Number scalar = rest.empty() ? Number() : Number::FromBytes(rest.subspan(1, length)).modulo(twins.order);
+        const Number scalar = rest.empty() ? Number() : Number::FromBytes(rest.subspan(1, length)).modulo(domain.order);
         rest = rest.subspan(rest.empty() ? 0 : 1 + length);
         return scalar;
     };
     const Number a = takeScalar();
     const Number b = takeScalar();
 
-    std::optional<CurvePoint> point = Decode(twins.id, rest);
+    std::optional<CurvePoint> point = Decode(domain.id, rest);
     if (!point.has_value()) {
-        std::vector<std::uint8_t> scalar(FindCurve(twins.id)->orderBytes);
+        std::vector<std::uint8_t> scalar(FindCurve(domain.id)->orderBytes);
         Require(a.toBytes(scalar));
-        point = MultiplyBase(twins.id, scalar);
+        point = MultiplyBase(domain.id, scalar);
         if (!point.has_value())
             return 0;
     }
-    Require(twins.slow.contains(*Plain(point)));
-    Require(Plain(Decode(twins.id, point->bytes((data[1] & 1) != 0).bytes())) == Plain(point));
+    Require(twin.contains(*Plain(point)));
+    Require(Plain(Decode(domain.id, point->bytes((data[1] & 1) != 0).bytes())) == Plain(point));
 
     const auto timesA = Times(point, a);
     const auto timesB = Times(point, b);
     const auto sum = Sum(timesA, timesB);
-    Require(Plain(sum) == twins.slow.add(Plain(timesA), Plain(timesB)));
-    Require(Plain(sum) == Plain(Times(point, (a + b).modulo(twins.order))));
+    Require(Plain(sum) == twin.add(Plain(timesA), Plain(timesB)));
+    Require(Plain(sum) == Plain(Times(point, (a + b).modulo(domain.order))));
     Require(Plain(Times(timesA, b)) == Plain(Times(timesB, a)));
     // The twin takes a division for each bit.
     constexpr std::uint32_t maxBitsOfTwin = 24;
     if (b.bits() <= maxBitsOfTwin)
-        Require(Plain(timesB) == twins.slow.multiply(b, Plain(point)));
+        Require(Plain(timesB) == twin.multiply(b, Plain(point)));
     return 0;
 }

@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <random>
+#include <span>
+#include <utility>
+#include <vector>
 
 namespace ccrypto {
 
@@ -36,6 +39,25 @@ public:
 
 private:
     std::uint8_t byte_;
+};
+
+/// "Random" bytes from a vector, each once; after that it fails.
+class ToldBytes final : public ICryptoRandom {
+public:
+    explicit ToldBytes(std::vector<std::uint8_t> bytes) : bytes_(std::move(bytes)) {}
+
+    bool generate(std::span<std::uint8_t> bytes) override
+    {
+        if (bytes.size() > bytes_.size() - used_)
+            return false;
+        std::copy_n(bytes_.begin() + static_cast<std::ptrdiff_t>(used_), bytes.size(), bytes.begin());
+        used_ += bytes.size();
+        return true;
+    }
+
+private:
+    std::vector<std::uint8_t> bytes_;
+    std::size_t used_ = 0;
 };
 
 /// A source that has run dry.

@@ -1,10 +1,10 @@
 #include "core/base/algorithm.h"
 #include "crypto/bigint/big_integer.h"
 #include "crypto/ec/curve_arithmetic.h"
-#include "crypto/ec/curve_domains.h"
 #include "crypto/ec/ec.h"
 #include "tests/crypto/base/sequence_random.h"
 #include "tests/crypto/base/test_bytes.h"
+#include "tests/crypto/ec/domain_numbers.h"
 
 #include <gtest/gtest.h>
 
@@ -15,51 +15,24 @@ using namespace ccrypto;
 
 namespace {
 
-/// Big-endian.
-template <std::size_t N>
-Bytes Encoded(const Limbs<N>& number, std::size_t length, std::int64_t more = 0)
-{
-    Bytes bytes(length);
-    for (std::size_t i = 0; i < length; ++i)
-        bytes[length - 1 - i] = static_cast<std::uint8_t>(number[i / 8] >> (i % 8 * 8));
-    // None of these numbers ends so near to a multiple of 256.
-    bytes.back() = static_cast<std::uint8_t>(bytes.back() + more);
-    return bytes;
-}
-
 struct Limits {
     algorithm::Id id;
     Bytes order;
     Bytes prime;
 };
 
-template <std::size_t N>
-Limits LimitsOf(algorithm::Id id, const CurveDomain<N>& domain)
-{
-    const CurveFacts& facts = *FindCurve(id);
-    return {id, Encoded(domain.n.value, facts.orderBytes), Encoded(domain.p.value, facts.fieldBytes)};
-}
-
 std::vector<Limits> AllLimits()
 {
-    using namespace curve_domains;
-    return {LimitsOf(algorithm::secp112r1, secp112r1),
-            LimitsOf(algorithm::secp160r1, secp160r1),
-            LimitsOf(algorithm::prime192v1, prime192v1),
-            LimitsOf(algorithm::prime256v1, prime256v1),
-            LimitsOf(algorithm::secp384r1, secp384r1),
-            LimitsOf(algorithm::secp521r1, secp521r1),
-            LimitsOf(algorithm::brainpoolP160r1, brainpoolP160r1),
-            LimitsOf(algorithm::brainpoolP256r1, brainpoolP256r1),
-            LimitsOf(algorithm::brainpoolP384r1, brainpoolP384r1),
-            LimitsOf(algorithm::secp224r1, secp224r1),
-            LimitsOf(algorithm::secp256k1, secp256k1),
-            LimitsOf(algorithm::brainpoolP224r1, brainpoolP224r1),
-            LimitsOf(algorithm::brainpoolP320r1, brainpoolP320r1),
-            LimitsOf(algorithm::brainpoolP384t1, brainpoolP384t1),
-            LimitsOf(algorithm::brainpoolP512r1, brainpoolP512r1)};
+    std::vector<Limits> all;
+    for (const DomainNumbers& domain : AllDomains()) {
+        const CurveFacts& facts = *FindCurve(domain.id);
+        Limits& limits = all.emplace_back(domain.id, Bytes(facts.orderBytes), Bytes(facts.fieldBytes));
+        EXPECT_TRUE(domain.order.toBytes(limits.order) && domain.p.toBytes(limits.prime));
+    }
+    return all;
 }
 
+/// Big-endian; none of the numbers here is so near to a multiple of 256 that a carry would arise.
 Bytes Plus(Bytes number, int more)
 {
     number.back() = static_cast<std::uint8_t>(number.back() + more);
@@ -172,8 +145,7 @@ TEST_P(EverySigningCurve, SignsNothingAfterAFault)
 TEST_P(EverySigningCurve, NoticesEachKindOfFault)
 {
     using Number = CCryptoBigInteger;
-    const std::vector<Limits> all = AllLimits();
-    const Number order = Number::FromBytes(std::ranges::find(all, GetParam().id, &Limits::id)->order);
+    const Number& order = DomainOf(GetParam().id).order;
     const CurveArithmetic& arithmetic = *CurveArithmetic::Of(GetParam().id);
     const std::size_t length = GetParam().orderBytes;
     const auto bytesOf = [&](const Number& number) {

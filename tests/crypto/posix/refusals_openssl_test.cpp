@@ -15,8 +15,6 @@ using namespace ccrypto;
 
 namespace {
 
-using Number = CCryptoBigInteger;
-
 /// Runs openssl in a folder of its own, where it finds keys and signatures.
 class SecondOpinion {
 public:
@@ -54,7 +52,7 @@ Bytes Part(const Bytes& bytes, std::size_t begin, std::size_t count)
     return {first, first + static_cast<std::ptrdiff_t>(count)};
 }
 
-Bytes Sized(const Number& number, std::size_t length)
+Bytes Sized(const CCryptoBigInteger& number, std::size_t length)
 {
     Bytes bytes(length);
     EXPECT_TRUE(number.toBytes(bytes));
@@ -72,7 +70,7 @@ Bytes Tagged(std::uint8_t tag, const Bytes& content)
 }
 
 /// An INTEGER in as few bytes as it takes, after `surplus`.
-Bytes Integer(const Number& number, const Bytes& surplus = {})
+Bytes Integer(const CCryptoBigInteger& number, const Bytes& surplus = {})
 {
     Bytes bytes = BytesOf(number.toBytes());
     if (bytes.empty() || bytes[0] >= 0x80)
@@ -93,13 +91,13 @@ TEST(RefusalsBesideOpenSSL, OfECDSA)
     ASSERT_TRUE(openssl.run("pkeyutl -sign -inkey key -in text -out signature"));
     const Bytes pair = BytesOf(EcdsaDerToPair(openssl.read("signature"), 32));
     ASSERT_EQ(pair.size(), 64u);
-    const Number r = Number::FromBytes(Part(pair, 0, 32));
-    const Number s = Number::FromBytes(Part(pair, 32, 32));
-    const Number n = Number::FromHex("FFFFFFFF00000000FFFFFFFFFFFFFFFFBCE6FAADA7179E84F3B9CAC2FC632551");
+    const CCryptoBigInteger r = CCryptoBigInteger::FromBytes(Part(pair, 0, 32));
+    const CCryptoBigInteger s = CCryptoBigInteger::FromBytes(Part(pair, 32, 32));
+    const CCryptoBigInteger n = CCryptoBigInteger::FromHex("FFFFFFFF00000000FFFFFFFFFFFFFFFFBCE6FAADA7179E84F3B9CAC2FC632551");
     const auto der = [](const Bytes& first, const Bytes& second) { return Tagged(0x30, Joined({first, second})); };
-    const auto minus = [](const Number& number) {
+    const auto minus = [](const CCryptoBigInteger& number) {
         // The two's complement of a number below 2^256.
-        return Tagged(2, Joined({{0xFF}, Sized((Number(1) << 256) - number, 32)}));
+        return Tagged(2, Joined({{0xFF}, Sized((CCryptoBigInteger(1) << 256) - number, 32)}));
     };
     Bytes longForm = der(Integer(r), Integer(s));
     longForm.insert(longForm.begin() + 1, 0x81);
@@ -110,14 +108,14 @@ TEST(RefusalsBesideOpenSSL, OfECDSA)
     } const rows[] = {
         {"as it is", der(Integer(r), Integer(s)), true},
         {"n - s, which is as good", der(Integer(r), Integer(n - s)), true},
-        {"r is 0", der(Integer(Number()), Integer(s)), false},
-        {"s is 0", der(Integer(r), Integer(Number())), false},
-        {"both are 0", der(Integer(Number()), Integer(Number())), false},
-        {"r is 1, s is 1", der(Integer(Number(1)), Integer(Number(1))), false},
+        {"r is 0", der(Integer(CCryptoBigInteger()), Integer(s)), false},
+        {"s is 0", der(Integer(r), Integer(CCryptoBigInteger())), false},
+        {"both are 0", der(Integer(CCryptoBigInteger()), Integer(CCryptoBigInteger())), false},
+        {"r is 1, s is 1", der(Integer(CCryptoBigInteger(1)), Integer(CCryptoBigInteger(1))), false},
         {"r is n", der(Integer(n), Integer(s)), false},
         {"s is n", der(Integer(r), Integer(n)), false},
-        {"r is n + 1", der(Integer(n + Number(1)), Integer(s)), false},
-        {"s is n + 1", der(Integer(r), Integer(n + Number(1))), false},
+        {"r is n + 1", der(Integer(n + CCryptoBigInteger(1)), Integer(s)), false},
+        {"s is n + 1", der(Integer(r), Integer(n + CCryptoBigInteger(1))), false},
         {"r + n", der(Integer(r + n), Integer(s)), false},
         {"s + n", der(Integer(r), Integer(s + n)), false},
         {"r - n, negative", der(minus(n - r), Integer(s)), false},
@@ -164,13 +162,13 @@ TEST(RefusalsBesideOpenSSL, OfEdDSA)
         ASSERT_EQ(signature.size(), 2 * curve.length);
         const Bytes point = Part(signature, 0, curve.length);
         const Bytes response = Part(signature, curve.length, curve.length);
-        const auto littleEndian = [&](const Number& number) {
+        const auto littleEndian = [&](const CCryptoBigInteger& number) {
             Bytes bytes = Sized(number, curve.length);
             std::ranges::reverse(bytes);
             return bytes;
         };
-        const Number s = Number::FromBytes(Bytes(response.rbegin(), response.rend()));
-        const Number order = Number::FromHex(curve.order);
+        const CCryptoBigInteger s = CCryptoBigInteger::FromBytes(Bytes(response.rbegin(), response.rend()));
+        const CCryptoBigInteger order = CCryptoBigInteger::FromHex(curve.order);
         const auto changed = [](Bytes bytes, std::size_t at, std::uint8_t bits) {
             bytes[at] ^= bits;
             return bytes;
@@ -187,7 +185,7 @@ TEST(RefusalsBesideOpenSSL, OfEdDSA)
             {"S is S + L", Joined({point, littleEndian(s + order)}), false},
             {"S is S + 2 L", Joined({point, littleEndian(s + order + order)}), false},
             {"S is L", Joined({point, littleEndian(order)}), false},
-            {"S is L - 1", Joined({point, littleEndian(order - Number(1))}), false},
+            {"S is L - 1", Joined({point, littleEndian(order - CCryptoBigInteger(1))}), false},
             {"S is L - S", Joined({point, littleEndian(order - s)}), false},
             {"S is 0", Joined({point, Bytes(curve.length)}), false},
             {"S is all ones", Joined({point, Bytes(curve.length, 0xFF)}), false},
@@ -215,7 +213,7 @@ TEST(RefusalsBesideOpenSSL, OfBlocksOfRSA)
     const SecondOpinion openssl;
     const auto key = CCryptoRSA::Generate(1024);
     ASSERT_NE(key, nullptr);
-    const Bytes numbers = Joined({Integer(Number::FromBytes(key->modulus().bytes())), {2, 3, 1, 0, 1}});
+    const Bytes numbers = Joined({Integer(CCryptoBigInteger::FromBytes(key->modulus().bytes())), {2, 3, 1, 0, 1}});
     openssl.write("pkcs1", Tagged(0x30, numbers));
     ASSERT_TRUE(openssl.run("rsa -RSAPublicKey_in -inform DER -in pkcs1 -pubout -outform DER -out public"));
 

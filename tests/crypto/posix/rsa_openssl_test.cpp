@@ -124,7 +124,7 @@ TEST_F(RSABesideOpenSSL, AgreesOnSignatures)
     ASSERT_TRUE(openssl("rsa -in key.pem -pubout -out public.pem"));
     for (const auto& hash : hashes) {
         SCOPED_TRACE(hash.name);
-        const Bytes digest = DigestOf(*ICryptoHash::Create(hash.id), message());
+        const Bytes digest = BytesOf(ICryptoHash::Create(hash.id)->digestOf(message()));
         ASSERT_TRUE(openssl(std::string("dgst -") + hash.name + " -sign key.pem -out signature message"));
         EXPECT_EQ(Hex(read("signature")), Hex(BytesOf(key->signPKCS1(hash.id, digest))));
 

@@ -1,4 +1,5 @@
 #include "crypto/bigint/big_integer.h"
+#include "crypto/hash/hash.h"
 #include "crypto/rsa/rsa_encoding.h"
 #include "crypto/rsa/rsa_key.h"
 #include "tests/crypto/base/sequence_random.h"
@@ -188,7 +189,7 @@ void AddMask(std::span<const std::uint8_t> seed, std::span<std::uint8_t> target)
     for (std::size_t i = 0; i < target.size(); ++i) {
         Bytes input(seed.begin(), seed.end());
         input.insert(input.end(), {0, 0, 0, static_cast<std::uint8_t>(i / 32)});
-        target[i] ^= DigestOf(*hash, input)[i % 32];
+        target[i] ^= BytesOf(hash->digestOf(input))[i % 32];
     }
 }
 

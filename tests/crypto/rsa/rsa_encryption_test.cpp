@@ -1,4 +1,6 @@
+#include "crypto/hash/hash.h"
 #include "crypto/rsa/rsa.h"
+#include "tests/crypto/base/sequence_random.h"
 #include "tests/crypto/rsa/rsa_vectors.h"
 
 #include <gtest/gtest.h>

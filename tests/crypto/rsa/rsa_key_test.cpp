@@ -1,6 +1,7 @@
 #include "crypto/bigint/big_integer.h"
 #include "crypto/bigint/primality.h"
 #include "crypto/rsa/rsa.h"
+#include "tests/crypto/base/sequence_random.h"
 #include "tests/crypto/rsa/rsa_vectors.h"
 
 #include <gtest/gtest.h>

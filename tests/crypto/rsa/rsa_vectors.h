@@ -1,10 +1,8 @@
 #pragma once
 
-#include "crypto/hash/hash.h"
 #include "crypto/rsa/rsa.h"
 #include "tests/crypto/base/test_bytes.h"
 
-#include <algorithm>
 #include <memory>
 
 namespace ccrypto {
@@ -23,29 +21,5 @@ inline const CCryptoRSA& AnyKey()
     static const std::unique_ptr<CCryptoRSA> key = CCryptoRSA::FromPrivate(NumbersOf(ReadVectors("rsa_sign.txt").front()));
     return *key;
 }
-
-inline Bytes DigestOf(ICryptoHash& hash, const Bytes& message)
-{
-    return BytesOf(hash.digestOf(message));
-}
-
-/// "Random" bytes from a vector, each once; after that it fails.
-class ToldBytes : public ICryptoRandom {
-public:
-    explicit ToldBytes(Bytes bytes) : bytes_(std::move(bytes)) {}
-
-    bool generate(std::span<std::uint8_t> bytes) override
-    {
-        if (bytes.size() > bytes_.size() - used_)
-            return false;
-        std::copy_n(bytes_.begin() + static_cast<std::ptrdiff_t>(used_), bytes.size(), bytes.begin());
-        used_ += bytes.size();
-        return true;
-    }
-
-private:
-    Bytes bytes_;
-    std::size_t used_ = 0;
-};
 
 } // namespace ccrypto
