@@ -1,6 +1,7 @@
 #include "crypto/hash/keccak.h"
 
 #include "core/base/byte_order.h"
+#include "core/platform/secure_wipe.h"
 
 #include <algorithm>
 #include <bit>
@@ -57,27 +58,41 @@ constexpr auto moves = Moves();
 static_assert(roundConstants.front() == 1 && roundConstants.back() == 0x8000000080008008);
 static_assert(moves[0].rotation == 0 && moves[10].from == 1 && moves[10].rotation == 1);
 
-void Permute(Lanes& lanes)
+/// One round. From one array to another: the compiler keeps a row in registers at a time.
+[[gnu::always_inline]] inline void Round(std::uint64_t* __restrict to, const std::uint64_t* __restrict from, std::uint64_t constant)
 {
-    for (const std::uint64_t constant : roundConstants) {
-        std::uint64_t columns[5];
-        std::uint64_t moved[25];
+    std::uint64_t columns[5];
+    std::uint64_t parities[5];
+#pragma GCC unroll 5
+    for (unsigned x = 0; x < 5; ++x)
+        columns[x] = from[x] ^ from[x + 5] ^ from[x + 10] ^ from[x + 15] ^ from[x + 20];
+#pragma GCC unroll 5
+    for (unsigned x = 0; x < 5; ++x)
+        parities[x] = columns[(x + 4) % 5] ^ std::rotl(columns[(x + 1) % 5], 1);
+#pragma GCC unroll 5
+    for (unsigned row = 0; row < 25; row += 5) {
+        std::uint64_t moved[5];
+#pragma GCC unroll 5
+        for (unsigned x = 0; x < 5; ++x) {
+            const Move& move = moves[row + x];
+            moved[x] = std::rotl(from[move.from] ^ parities[move.from % 5], static_cast<int>(move.rotation));
+        }
 #pragma GCC unroll 5
         for (unsigned x = 0; x < 5; ++x)
-            columns[x] = lanes[x] ^ lanes[x + 5] ^ lanes[x + 10] ^ lanes[x + 15] ^ lanes[x + 20];
-#pragma GCC unroll 25
-        for (unsigned i = 0; i < 25; ++i) {
-            const unsigned x = moves[i].from % 5;
-            const std::uint64_t parity = columns[(x + 4) % 5] ^ std::rotl(columns[(x + 1) % 5], 1);
-            moved[i] = std::rotl(lanes[moves[i].from] ^ parity, static_cast<int>(moves[i].rotation));
-        }
-#pragma GCC unroll 25
-        for (unsigned i = 0; i < 25; ++i) {
-            const unsigned row = i - i % 5;
-            lanes[i] = moved[i] ^ (~moved[row + (i + 1) % 5] & moved[row + (i + 2) % 5]);
-        }
-        lanes[0] ^= constant;
+            to[row + x] = moved[x] ^ (~moved[(x + 1) % 5] & moved[(x + 2) % 5]);
     }
+    to[0] ^= constant;
+}
+
+void Permute(Lanes& lanes)
+{
+    std::uint64_t between[25];
+    for (std::size_t i = 0; i < roundConstants.size(); i += 2) {
+        Round(between, lanes.data(), roundConstants[i]);
+        Round(lanes.data(), between, roundConstants[i + 1]);
+    }
+    // The message, which may be a key, follows from it.
+    platform::SecureWipe(between, sizeof between);
 }
 
 void XorByte(Lanes& lanes, std::size_t at, std::uint8_t byte)
