@@ -4,29 +4,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <memory>
-
 using namespace ccrypto;
 
 // What the openssl command says of the same bytes.
 
 namespace {
-
-struct ClosePipe {
-    void operator()(FILE* pipe) const { pclose(pipe); }
-};
-
-/// The hexadecimal digits of what `openssl ARGUMENTS` prints, in small letters.
-std::string DigitsOf(const std::string& arguments)
-{
-    const std::unique_ptr<FILE, ClosePipe> pipe(popen(("openssl " + arguments).c_str(), "r"));
-    std::string digits;
-    for (int character = std::fgetc(pipe.get()); character != EOF; character = std::fgetc(pipe.get()))
-        if (std::isxdigit(character) != 0)
-            digits += static_cast<char>(std::tolower(character));
-    return digits;
-}
 
 struct NameCase {
     algorithm::Id id;
@@ -52,17 +34,17 @@ TEST(HashesBesideOpenSSL, DigestsAndMACs)
         const Bytes message = RandomBytes(random, 10000 + random() % 1000);
         WriteBytes(file, message);
         EXPECT_EQ(HexOf(ICryptoHash::Create(row.id)->digestOf(message)),
-                  DigitsOf(std::string("dgst -r -") + row.name + " <" + file + " | cut -d' ' -f1"));
+                  DigitsOfOpenSSL(std::string("dgst -r -") + row.name + " <" + file + " | cut -d' ' -f1"));
         const Bytes key = RandomBytes(random, 1 + random() % 200);
         const auto mac = CCryptoHMAC::Create(row.id);
         mac->setKey(key);
-        EXPECT_EQ(HexOf(mac->macOf(message)),
-                  DigitsOf(std::string("mac -digest ") + row.name + " -macopt hexkey:" + Hex(key) + " -in " + file + " HMAC"));
+        EXPECT_EQ(HexOf(mac->macOf(message)), DigitsOfOpenSSL(std::string("mac -digest ") + row.name +
+                                                              " -macopt hexkey:" + Hex(key) + " -in " + file + " HMAC"));
     }
     const Bytes message = RandomBytes(random, 1000);
     WriteBytes(file, message);
     EXPECT_EQ(HexOf(ICryptoHash::CreateByName("md4")->digestOf(message)),
-              DigitsOf("dgst -r -md4 -provider legacy -provider default <" + file + " | cut -d' ' -f1"));
+              DigitsOfOpenSSL("dgst -r -md4 -provider legacy -provider default <" + file + " | cut -d' ' -f1"));
 }
 
 TEST(HashesBesideOpenSSL, DerivedKeys)
@@ -80,16 +62,17 @@ TEST(HashesBesideOpenSSL, DerivedKeys)
         const std::string ofPassword = kdf + " -kdfopt hexpass:" + Hex(password) + " -kdfopt hexsalt:" + Hex(salt) +
                                        " -kdfopt iter:" + std::to_string(iterations);
         EXPECT_EQ(HexOf(CCryptoKeyDerivation::PBKDF2(row.id, password, salt, iterations, length)),
-                  DigitsOf(ofPassword + " -kdfopt pkcs5:1 PBKDF2"));
+                  DigitsOfOpenSSL(ofPassword + " -kdfopt pkcs5:1 PBKDF2"));
         EXPECT_EQ(HexOf(CCryptoKeyDerivation::HKDF(row.id, salt, password, salt, length)),
-                  DigitsOf(kdf + " -kdfopt hexkey:" + Hex(password) + " -kdfopt hexsalt:" + Hex(salt) +
-                           " -kdfopt hexinfo:" + Hex(salt) + " HKDF"));
+                  DigitsOfOpenSSL(kdf + " -kdfopt hexkey:" + Hex(password) + " -kdfopt hexsalt:" + Hex(salt) +
+                                  " -kdfopt hexinfo:" + Hex(salt) + " HKDF"));
         // PKCS#12 knows no SHA-3.
         const bool isSha3 = std::string_view(row.name).starts_with("sha3-");
         for (const int use : {1, 2, 3}) {
             const element derived = CCryptoKeyDerivation::PKCS12(row.id, static_cast<CCryptoKeyDerivation::PKCS12Use>(use),
                                                                  password, salt, iterations, length);
-            EXPECT_EQ(HexOf(derived), isSha3 ? "" : DigitsOf(ofPassword + " -kdfopt id:" + std::to_string(use) + " PKCS12KDF"));
+            EXPECT_EQ(HexOf(derived),
+                      isSha3 ? "" : DigitsOfOpenSSL(ofPassword + " -kdfopt id:" + std::to_string(use) + " PKCS12KDF"));
         }
     }
 }

@@ -3,9 +3,12 @@
 #include "tests/crypto/base/test_bytes.h"
 #include "tests/support/temporary_directory.h"
 
+#include <cctype>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <span>
 #include <string>
 
@@ -28,6 +31,20 @@ inline Bytes ReadBytes(const std::string& file)
 inline bool RunOpenSSL(const std::string& arguments)
 {
     return std::system(("openssl " + arguments + " >/dev/null 2>&1").c_str()) == 0;
+}
+
+/// The hexadecimal digits of what `openssl ARGUMENTS` prints, in small letters.
+inline std::string DigitsOfOpenSSL(const std::string& arguments)
+{
+    struct ClosePipe {
+        void operator()(FILE* pipe) const { pclose(pipe); }
+    };
+    const std::unique_ptr<FILE, ClosePipe> pipe(popen(("openssl " + arguments + " 2>/dev/null").c_str(), "r"));
+    std::string digits;
+    for (int character = std::fgetc(pipe.get()); character != EOF; character = std::fgetc(pipe.get()))
+        if (std::isxdigit(character) != 0)
+            digits += static_cast<char>(std::tolower(character));
+    return digits;
 }
 
 } // namespace ccrypto
