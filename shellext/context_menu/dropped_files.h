@@ -1,48 +1,48 @@
 #pragma once
 
-#include "shellext/com/bounded_text.h"
 #include "shellext/sign_action.h"
 
 #include <windows.h>
 
 #include <objidl.h>
-#include <shellapi.h>
+
+#include <string>
 
 namespace ccrypto {
 
-/// The files of a selection: the CF_HDROP list of a data object, locked in memory while this lives and then given back.
+/// The files of a selection: the CF_HDROP list of a data object, copied or locked in memory while this lives and then given back.
 ///
-/// The shell follows a list wherever it leads, so one that does not begin and end inside its memory is refused, and the shell is
-/// not asked about an empty one.
+/// The shell follows a list wherever it leads; this one is walked here, and refused unless it lies after its header and ends inside
+/// its memory. What comes out is what DragQueryFileW gives.
 class DroppedFiles final : public SelectedPaths {
 public:
-    /// Asks `source` for its list; `isOpen` says whether it has one.
+    /// Asks `source` for its list; `isOpen` says whether it has a well-formed one.
     explicit DroppedFiles(IDataObject& source);
     ~DroppedFiles() override;
     DroppedFiles(const DroppedFiles&) = delete;
     DroppedFiles& operator=(const DroppedFiles&) = delete;
 
-    bool isOpen() const { return isBounded_; }
+    bool isOpen() const { return first_ != nullptr; }
 
-    /// Both only when open. They give what DragQueryFileW gives for a list with files; asking for the indices in order takes linear
-    /// time altogether.
+    /// Both only when open.
     UINT count() const override { return count_; }
+    /// Asking for the indices in order takes linear time altogether.
     std::wstring_view query(UINT index) override;
 
 private:
-    HDROP drop() const { return static_cast<HDROP>(medium_.hGlobal); }
-    bool countInside();
-    std::wstring_view querySystem(UINT index);
+    void open();
 
     STGMEDIUM medium_ = {};
     const void* memory_ = nullptr;
-    bool isBounded_ = false;
+
+    /// The list where it is not of aligned 16-bit units.
+    std::wstring converted_;
+    const wchar_t* first_ = nullptr;
     UINT count_ = 0;
 
-    // The text of `nextIndex_` in a list of 16-bit units; null when the system is asked.
+    /// The text of `nextIndex_`.
     const wchar_t* next_ = nullptr;
     UINT nextIndex_ = 0;
-    wchar_t systemsAnswer_[textCapacity] = {};
 };
 
 } // namespace ccrypto

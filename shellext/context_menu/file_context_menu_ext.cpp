@@ -54,7 +54,7 @@ HRESULT FileContextMenuExt::Initialize(PCIDLIST_ABSOLUTE, IDataObject* selection
             return logger.fail(E_INVALIDARG);
         DroppedFiles files(*selection);
         if (!files.isOpen())
-            return logger.warn(E_FAIL);
+            return logger.warn(E_FAIL, "The selection holds no list of files, or a malformed one");
 
         // A selection that is not for this handler is no failure of the operation.
         const bool taken = TakeFiles(files, multipleAllowed_, selectedFiles_, logger);

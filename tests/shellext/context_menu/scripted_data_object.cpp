@@ -1,10 +1,20 @@
 #include "tests/shellext/context_menu/scripted_data_object.h"
 
 #include <cstring>
+#include <stdexcept>
 
 using namespace ccrypto;
 
 namespace ccrypto {
+
+namespace {
+
+std::string Bytes(const DROPFILES& header)
+{
+    return {reinterpret_cast<const char*>(&header), sizeof header};
+}
+
+} // namespace
 
 ScriptedDataObject::ScriptedDataObject(Script script, const std::vector<std::wstring>& names) : script_(script)
 {
@@ -24,20 +34,23 @@ ScriptedDataObject::ScriptedDataObject(Script script, const std::vector<std::wst
     DROPFILES header = {};
     header.pFiles = sizeof header;
     header.fWide = script != Script::byteList;
-    fill(header, bytes);
+    fill(Bytes(header) + bytes);
 }
 
 ScriptedDataObject::ScriptedDataObject(DROPFILES header, std::wstring_view list) : script_(Script::wideList)
 {
-    fill(header, {reinterpret_cast<const char*>(list.data()), list.size() * sizeof(wchar_t)});
+    fill(Bytes(header).append(reinterpret_cast<const char*>(list.data()), list.size() * sizeof(wchar_t)));
 }
 
-void ScriptedDataObject::fill(const DROPFILES& header, std::string_view bytes)
+ScriptedDataObject::ScriptedDataObject(std::string_view block) : script_(Script::wideList)
 {
-    memory_ = GlobalAlloc(GMEM_MOVEABLE, sizeof header + bytes.size());
-    auto* target = static_cast<char*>(GlobalLock(memory_));
-    std::memcpy(target, &header, sizeof header);
-    bytes.copy(target + sizeof header, bytes.size());
+    fill(block);
+}
+
+void ScriptedDataObject::fill(std::string_view block)
+{
+    memory_ = GlobalAlloc(GMEM_MOVEABLE, block.size());
+    block.copy(static_cast<char*>(GlobalLock(memory_)), block.size());
     GlobalUnlock(memory_);
 }
 
@@ -54,6 +67,8 @@ HRESULT ScriptedDataObject::QueryInterface(REFIID, void** ppv)
 
 HRESULT ScriptedDataObject::GetData(FORMATETC* format, STGMEDIUM* medium)
 {
+    if (script_ == Script::failure)
+        throw std::runtime_error("a data object of another program");
     const bool understood = format->cfFormat == CF_HDROP && format->ptd == nullptr && format->dwAspect == DVASPECT_CONTENT &&
                             format->lindex == -1 && format->tymed == TYMED_HGLOBAL;
     if (!understood || script_ == Script::refuse) {

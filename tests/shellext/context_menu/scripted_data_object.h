@@ -21,11 +21,14 @@ public:
         refuse,        ///< GetData fails
         noMemory,      ///< success with a handle that cannot be locked
         anotherMedium, ///< success with a stream
+        failure,       ///< GetData throws
     };
 
     ScriptedDataObject(Script script, const std::vector<std::wstring>& names);
     /// Hands out a list of 16-bit names with whatever its header says.
     ScriptedDataObject(DROPFILES header, std::wstring_view list);
+    /// Hands out these bytes, header and list.
+    explicit ScriptedDataObject(std::string_view block);
     ~ScriptedDataObject();
     ScriptedDataObject(const ScriptedDataObject&) = delete;
     ScriptedDataObject& operator=(const ScriptedDataObject&) = delete;
@@ -56,7 +59,7 @@ private:
         LONG count = 0;
     };
 
-    void fill(const DROPFILES& header, std::string_view bytes);
+    void fill(std::string_view block);
 
     Script script_;
     HGLOBAL memory_ = nullptr;

@@ -1,3 +1,4 @@
+#include "core/diagnostics/auto_logger.h"
 #include "core/platform/win32/wide.h"
 #include "shellext/com/com_ptr.h"
 #include "shellext/context_menu/dropped_files.h"
@@ -10,6 +11,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <shellapi.h>
 
 #include <algorithm>
 #include <cwchar>
@@ -117,6 +119,44 @@ TEST(Selection, SaysWhyItIsRefused)
         EXPECT_EQ(Initialize(*handler, selection), E_FAIL);
         EXPECT_THAT(log.texts(), ::testing::Contains(c.logged));
     }
+
+    for (const Script script : {Script::refuse, Script::cutShort}) {
+        const CapturedLog log;
+        ScriptedDataObject selection(script, {L"C:\\a.pdf"});
+        const ComPtr handler(new FileContextMenuExt);
+        EXPECT_EQ(Initialize(*handler, selection), E_FAIL);
+        EXPECT_THAT(log.texts(), ::testing::Contains("WARNING: The selection holds no list of files, or a malformed one"));
+    }
+}
+
+TEST(Selection, SkipsPathsThatAreNotThere)
+{
+    class Paths : public SelectedPaths {
+    public:
+        explicit Paths(Names names) : names_(std::move(names)) {}
+        UINT count() const override { return static_cast<UINT>(names_.size()); }
+        std::wstring_view query(UINT index) override { return names_[index]; }
+
+    private:
+        Names names_;
+    };
+    struct Case {
+        Names names;
+        const char* taken; ///< null: no entry
+    };
+    const Case cases[] = {
+        {{L"C:\\a.pdf", L"", L"C:\\b.pdf"}, "C:\\a.pdf*C:\\b.pdf"},
+        {{L"", L"C:\\b.pdf"}, "*C:\\b.pdf"}, // the separator stands before all but a first file
+        {{L"", L"C:\\b.txt"}, nullptr},
+        {{L""}, nullptr},
+    };
+    CCryptoAutoLogger logger("test");
+    for (const Case& c : cases) {
+        Paths paths(c.names);
+        CCryptoString files;
+        EXPECT_EQ(TakeFiles(paths, true, files, logger), c.taken != nullptr);
+        EXPECT_EQ(files.view(), c.taken != nullptr ? c.taken : "");
+    }
 }
 
 TEST(Selection, SurvivesStrangeDataObjects)
@@ -174,6 +214,8 @@ TEST(Selection, RefusesListsThatLeaveTheirMemory)
         {"the end is a name", 20, true, oneName.substr(0, 8), false},
         {"the name ends, the list does not", 20, true, oneName.substr(0, 9), false},
         {"nothing but the header", 20, true, {}, false},
+        {"the header itself", 0, true, oneName, false},
+        {"the end of the header", 18, true, oneName, false},
         {"8-bit, without its end", 20, false, L"\x2E61\x6470\x0066", false},
         {"8-bit, with its end", 20, false, {L"\x2E61\x6470\x0066\0", 4}, true},
     };
@@ -185,6 +227,11 @@ TEST(Selection, RefusesListsThatLeaveTheirMemory)
         EXPECT_EQ(selection.mediaOutstanding(), 0);
         EXPECT_EQ(selection.locks(), 0U);
     }
+
+    // The last byte of the header is missing; what the memory holds after it is nobody's word.
+    ScriptedDataObject selection(std::string_view("\4\0\0\0a.pdf\0\0\0\0\0\0\0\0\0\0", 19));
+    const ComPtr handler(new FileContextMenuExt);
+    EXPECT_EQ(Initialize(*handler, selection), E_FAIL);
 }
 
 TEST(Selection, CutsPathsAsTheSystemDoes)
@@ -253,7 +300,16 @@ TEST(DroppedFiles, AgreesWithTheSystem)
         if (script == Script::byteList)
             for (std::wstring& name : names)
                 std::generate(name.begin(), name.end(), [&] { return static_cast<wchar_t>(1 + random() % 0x7F); });
-        ScriptedDataObject selection(script, names);
+        // Now and then the list begins at an odd address.
+        std::string block = " ";
+        for (const std::wstring& name : names)
+            block.append(reinterpret_cast<const char*>(name.c_str()), (name.size() + 1) * sizeof(wchar_t));
+        const DROPFILES oddHeader = {sizeof oddHeader + 1, {}, FALSE, TRUE};
+        block.insert(0, reinterpret_cast<const char*>(&oddHeader), sizeof oddHeader);
+        block.append(sizeof(wchar_t), '\0');
+        ScriptedDataObject odd(block);
+        ScriptedDataObject even(script, names);
+        ScriptedDataObject& selection = round % 10 == 1 ? odd : even;
 
         FORMATETC format = {CF_HDROP, nullptr, DVASPECT_CONTENT, -1, TYMED_HGLOBAL};
         STGMEDIUM medium = {};
