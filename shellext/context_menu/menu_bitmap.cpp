@@ -66,11 +66,12 @@ struct MenuPicture::Pixels {
 };
 
 struct MenuPicture::Decoder {
-    /// \return null, logged, when there is no icon or nothing to decode it with. \param complete whether the pixels are the icon's;
-    /// they are otherwise clear.
-    static std::unique_ptr<Pixels> decode(bool& complete, CCryptoAutoLogger& logger)
+    /// \param icon loaded when it is none yet. \param complete whether the pixels are the icon's; they are otherwise clear.
+    /// \return null, logged, when there is no icon or nothing to decode it with.
+    static std::unique_ptr<Pixels> decode(OwnedIcon& icon, bool& complete, CCryptoAutoLogger& logger)
     {
-        const OwnedIcon icon = LoadMenuIcon();
+        if (!icon)
+            icon = LoadMenuIcon();
         if (!icon) {
             logger.WriteLog("Cannot load icon from resource %d", static_cast<int>(GetLastError()));
             return nullptr;
@@ -115,16 +116,20 @@ constinit MenuPicture processMenuPicture;
 MenuPicture::~MenuPicture()
 {
     delete pixels_.load();
+    const OwnedIcon undecoded(icon_.load());
 }
 
 OwnedBitmap MenuPicture::makeBitmap()
 {
-    CCryptoAutoLogger logger("MakeMenuBitmap");
+    CCryptoAutoLogger logger("MenuPicture::makeBitmap");
     if (const Pixels* const known = pixels_.load(std::memory_order_acquire))
         return Decoder::draw(*known, logger);
 
     bool complete = false;
-    std::unique_ptr<const Pixels> decoded = Decoder::decode(complete, logger);
+    OwnedIcon icon(icon_.exchange(nullptr));
+    std::unique_ptr<const Pixels> decoded = Decoder::decode(icon, complete, logger);
+    if (!complete)
+        icon.reset(icon_.exchange(icon.release()));
     if (decoded == nullptr)
         return OwnedBitmap();
     OwnedBitmap bitmap = Decoder::draw(*decoded, logger);

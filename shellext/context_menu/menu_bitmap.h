@@ -15,7 +15,7 @@ constexpr int menuIconSize = 16;
 /// The picture of the menu entry: decodes the library's icon once and makes any number of bitmaps of it, from any thread.
 ///
 /// Every icon that is loaded stays with the process, so the pixels are kept and the icon is not loaded again. A failure is not
-/// kept: the next bitmap tries anew.
+/// kept: the next bitmap tries anew, with the icon that is already loaded.
 class MenuPicture {
 public:
     constexpr MenuPicture() = default;
@@ -33,9 +33,11 @@ private:
     struct Decoder;
 
     std::atomic<const Pixels*> pixels_ = nullptr;
+    /// The icon while it is not decoded.
+    std::atomic<HICON> icon_ = nullptr;
 };
 
-/// The one of the process.
+/// The picture that the process shares.
 MenuPicture& ProcessMenuPicture();
 
 } // namespace ccrypto
