@@ -17,9 +17,11 @@ constexpr wchar_t allFileTypes[] = L"*";
 /// \return S_OK with the library's full path in `path`, or the reason why it is not known.
 HRESULT ModulePath(wchar_t (&path)[textCapacity])
 {
-    if (GetModuleFileNameW(module::Handle(), path, textCapacity) == 0)
+    const DWORD length = GetModuleFileNameW(module::Handle(), path, textCapacity);
+    if (length == 0)
         return ResultFromLastError();
-    return S_OK;
+    // A path that was cut would name another file.
+    return length < textCapacity ? S_OK : insufficientBuffer;
 }
 
 HRESULT Register()
@@ -69,12 +71,15 @@ STDAPI DllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv)
     if (!IsEqualCLSID(rclsid, CLSID_FileContextMenuExt))
         return CLASS_E_CLASSNOTAVAILABLE;
     return Guarded([&] {
+        CCryptoAutoLogger logger("DllGetClassObject");
+
         if (ppv != nullptr)
             *ppv = nullptr;
         const ComPtr factory(new (std::nothrow) ClassFactory);
         if (!factory)
-            return E_OUTOFMEMORY;
-        return factory->QueryInterface(riid, ppv);
+            return logger.fail(E_OUTOFMEMORY);
+        const HRESULT result = factory->QueryInterface(riid, ppv);
+        return SUCCEEDED(result) ? logger.succeed(result) : logger.fail(result);
     });
 }
 

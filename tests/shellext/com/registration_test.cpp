@@ -2,9 +2,12 @@
 #include "shellext/com/registration.h"
 #include "tests/shellext/com/classes_hive.h"
 #include "tests/shellext/com/loaded_library.h"
+#include "tests/support/replaced_import.h"
 
 #include <gtest/gtest.h>
 #include <objbase.h>
+
+#include <algorithm>
 
 using namespace ccrypto;
 
@@ -78,6 +81,27 @@ TEST_F(Registration, PassesOnWhatTheRegistrySays)
     constexpr auto childMustBeVolatile = static_cast<HRESULT>(0x80070000 | ERROR_CHILD_MUST_BE_VOLATILE);
     EXPECT_EQ(library_.call("DllRegisterServer"), childMustBeVolatile);
     EXPECT_EQ(hive_.contents().count(HandlerKey(L"*")), 0U);
+}
+
+TEST_F(Registration, IsRefusedWithoutAWholePath)
+{
+    {
+        const ReplacedImport none(
+            library_.module(), "GetModuleFileNameW", +[](HMODULE, LPWSTR, DWORD) -> DWORD {
+                SetLastError(ERROR_MOD_NOT_FOUND);
+                return 0;
+            });
+        EXPECT_EQ(library_.call("DllRegisterServer"), static_cast<HRESULT>(0x80070000 | ERROR_MOD_NOT_FOUND));
+        EXPECT_EQ(library_.call("DllUnregisterServer"), static_cast<HRESULT>(0x80070000 | ERROR_MOD_NOT_FOUND));
+    }
+    const ReplacedImport cut(
+        library_.module(), "GetModuleFileNameW", +[](HMODULE, LPWSTR path, DWORD size) -> DWORD {
+            std::fill_n(path, size - 1, L'x');
+            path[size - 1] = 0;
+            return size;
+        });
+    EXPECT_EQ(library_.call("DllRegisterServer"), tooLong);
+    EXPECT_EQ(hive_.contents(), ClassesHive::Contents());
 }
 
 TEST_F(Registration, FindsTheProgramIdentifierOfAnExtension)
