@@ -39,7 +39,8 @@ public:
     /// In milliseconds, for the transfers that follow.
     void SetTimeouts(std::uint32_t connectTimeout, std::uint32_t readTimeout, std::uint32_t writeTimeout);
 
-    /// Ends every wait of the object, present and future. The only call for another thread.
+    /// Ends every wait of the object, present and future, but for the wait of a client for a busy server, which ends after its 15
+    /// seconds at the latest. The only call for another thread.
     void Stop();
 
 protected:

@@ -154,28 +154,28 @@ bool CGUIClient::SelectionDialog(std::uint32_t kind, std::span<const CCryptoStri
     return true;
 }
 
-bool CGUIClient::PopUp(std::uint32_t type, std::uint32_t value, const CCryptoString& text)
+bool CGUIClient::PopUp(GuiRequestType type, std::uint32_t value, const CCryptoString& text)
 {
     CCryptoAutoLogger logger("CGUIClient::PopUp");
     if (WithoutServer(status_, logger))
         return false;
-    CGUI_IPC pipe(static_cast<GuiRequestType>(type), value, text);
+    CGUI_IPC pipe(type, value, text);
     return Acknowledged(pipe, logger);
 }
 
 bool CGUIClient::PopUpInfo(std::uint32_t value, const CCryptoString& text)
 {
-    return PopUp(static_cast<std::uint32_t>(GuiRequestType::popUpInfo), value, text);
+    return PopUp(GuiRequestType::popUpInfo, value, text);
 }
 
 bool CGUIClient::PopUpWarning(std::uint32_t value, const CCryptoString& text)
 {
-    return PopUp(static_cast<std::uint32_t>(GuiRequestType::popUpWarning), value, text);
+    return PopUp(GuiRequestType::popUpWarning, value, text);
 }
 
 bool CGUIClient::PopUpError(std::uint32_t value, const CCryptoString& text)
 {
-    return PopUp(static_cast<std::uint32_t>(GuiRequestType::popUpError), value, text);
+    return PopUp(GuiRequestType::popUpError, value, text);
 }
 
 bool CGUIClient::Cancel()

@@ -10,6 +10,8 @@
 
 namespace ccrypto {
 
+enum class GuiRequestType : std::uint32_t;
+
 /// What a PIN dialog shows and accepts.
 struct SGUIPinRequest {
     CCryptoString title;
@@ -57,9 +59,9 @@ public:
 
     /// Hands the server the PDF files to sign: full paths joined by "*". No reply is read; the server shows its own windows.
     /// \return true when the request was written. The signing itself may still fail.
-    bool SetPdfDocumentToSign(CCryptoString files);
+    [[nodiscard]] bool SetPdfDocumentToSign(CCryptoString files);
     /// Hands the server a text to sign, without reading a reply.
-    bool SetDataToSign(const CCryptoString& text);
+    [[nodiscard]] bool SetDataToSign(const CCryptoString& text);
 
     /// \return the server's answer; nothing when the call failed.
     [[nodiscard]] std::optional<std::uint32_t> Manager(std::uint32_t command, std::uint32_t argument);
@@ -80,7 +82,7 @@ public:
     [[nodiscard]] bool PINAndPUKDialog(const ccrypto::SGUIPukRequest& request, element& pin, element& puk);
 
     /// Keeps a PIN at the server. \param number which PIN of the card. \param card names the card.
-    bool SetPinCache(std::uint32_t number, const CCryptoString& card, const CCryptoString& pin);
+    [[nodiscard]] bool SetPinCache(std::uint32_t number, const CCryptoString& card, const CCryptoString& pin);
     /// \return false, `pin` empty, when the server holds none.
     [[nodiscard]] bool GetPinCache(std::uint32_t number, const CCryptoString& card, element& pin);
 
@@ -107,7 +109,7 @@ public:
     void SayFarewell();
 
 private:
-    bool PopUp(std::uint32_t type, std::uint32_t value, const CCryptoString& text);
+    bool PopUp(ccrypto::GuiRequestType type, std::uint32_t value, const CCryptoString& text);
 
     std::uint32_t status_ = noGui;
 };

@@ -28,6 +28,8 @@ bool CCryptoPipeClient::OpenPipe()
     ULONGLONG waited = 0;
     // Another client may be quicker to take the instance that became free; then there is one to wait for again.
     do {
+        if (stop().isRaised())
+            return logger.fail(false, "Stop event");
         if (!WaitNamedPipeA(name().c_str(), static_cast<DWORD>(patience - waited))) {
             const DWORD error = GetLastError();
             close();

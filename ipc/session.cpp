@@ -28,14 +28,12 @@ std::uint32_t SessionNumber()
 {
     ccrypto::SystemHandle<TerminalMemoryKind> answer;
     DWORD size = 0;
-    if (WTSQuerySessionInformationA(WTS_CURRENT_SERVER_HANDLE, WTS_CURRENT_SESSION, WTSSessionId, answer.receive(), &size)) {
-        std::uint32_t number = 0;
-        if (size >= sizeof number)
-            std::memcpy(&number, answer.get(), sizeof number);
+    DWORD number = 0;
+    if (WTSQuerySessionInformationA(WTS_CURRENT_SERVER_HANDLE, WTS_CURRENT_SESSION, WTSSessionId, answer.receive(), &size) &&
+        size >= sizeof number) {
+        std::memcpy(&number, answer.get(), sizeof number);
         return number;
     }
-
-    DWORD number = 0;
     return ProcessIdToSessionId(GetCurrentProcessId(), &number) ? number : 0;
 }
 

@@ -137,6 +137,16 @@ TEST(PipeWaits, StopEndsEveryWait)
     }
 }
 
+TEST(PipeWaits, NothingIsOpenedAfterStop)
+{
+    const std::string name = peers::FreshPipeName();
+    CCryptoPipeServer server(name.c_str(), false, false);
+    CCryptoPipeClient client(name.c_str(), 1, false);
+    client.Stop();
+    EXPECT_FALSE(client.OpenPipe());
+    EXPECT_TRUE(peers::Connect(name)) << "the server's only instance is free";
+}
+
 TEST(PipeWaits, StopEndsACall)
 {
     const std::string name = peers::FreshPipeName();
