@@ -6,7 +6,7 @@
 
 #include <atomic>
 
-/// Creates context-menu handlers. Born with one reference; keeps the library loaded while it lives.
+/// Creates context-menu handlers. Starts with one reference; keeps the library loaded while it lives.
 class ClassFactory final : public IClassFactory {
 public:
     ClassFactory() = default;

@@ -27,7 +27,7 @@ constexpr LanguageTexts languages[] = {
 constexpr MenuTexts english = {L"&Sign .pdf document", L"Sign .pdf document"};
 
 constexpr std::wstring_view documentMark = L".pdf";
-constexpr char pathSeparator[] = "*";
+constexpr char fileListSeparator[] = "*";
 
 } // namespace
 
@@ -68,7 +68,7 @@ bool TakeFiles(SelectedPaths& paths, bool multipleAllowed, CCryptoString& files,
             continue;
         if (path.find(documentMark) != std::wstring_view::npos) {
             if (index != 0)
-                files += pathSeparator;
+                files += fileListSeparator;
             files.appendUtf16({platform::AsUtf16(path.data()), path.size()});
             taken = true;
         } else if (index == 0) {
@@ -86,7 +86,8 @@ bool HandOver(const CCryptoString& files)
     CGUIClient client(false);
     if (client.status() != CGUIClient::guiPresent)
         return false;
-    client.SetPdfDocumentToSign(files);
+    // No reply is read, and a user who sees the server's window cares for that alone; a failure is in the log.
+    static_cast<void>(client.SetPdfDocumentToSign(files));
     return true;
 }
 

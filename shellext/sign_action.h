@@ -48,7 +48,8 @@ public:
 [[nodiscard]] bool TakeFiles(SelectedPaths& paths, bool multipleAllowed, CCryptoString& files, CCryptoAutoLogger& logger);
 
 /// Hands paths joined by "*" to the signing client. Waits for its server, minutes at worst.
-/// \return false when the server cannot be reached; nothing is then sent. What the server makes of the files is not known.
+/// \return false when the server cannot be reached; nothing is then sent. What happens after its greeting is in the log alone: a
+/// connection that is lost, paths of more than 16 MiB, or what the server makes of the files.
 [[nodiscard]] bool HandOver(const CCryptoString& files);
 
 } // namespace ccrypto

@@ -15,7 +15,7 @@
 /// the paths to the signing client when the entry is chosen.
 ///
 /// Explorer makes one for each menu it opens, on an apartment thread, and calls `Initialize`, `QueryContextMenu` and, for the
-/// chosen entry, `InvokeCommand`. Born with one reference; keeps the library loaded while it lives. Nothing is thrown out of any
+/// chosen entry, `InvokeCommand`. Starts with one reference; keeps the library loaded while it lives. Nothing is thrown out of any
 /// method.
 class FileContextMenuExt final : public IShellExtInit, public IContextMenu {
 public:

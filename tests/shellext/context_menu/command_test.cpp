@@ -1,16 +1,21 @@
 #include "core/platform/win32/wide.h"
 #include "ipc/pipe_server.h"
+#include "ipc/session.h"
+#include "shellext/class_factory.h"
 #include "shellext/com/com_ptr.h"
 #include "shellext/com/owned_handles.h"
 #include "shellext/context_menu/file_context_menu_ext.h"
 #include "shellext/sign_action.h"
 #include "tests/shellext/context_menu/memory_settings.h"
 #include "tests/shellext/context_menu/scripted_data_object.h"
+#include "tests/support/replaced_import.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstring>
+#include <new>
+#include <stdexcept>
 #include <string>
 #include <thread>
 
@@ -197,6 +202,36 @@ TEST_F(Command, LooksAtTheLowHalfOfTheVerbAlone)
     thread.join();
     ASSERT_EQ(server.requests.size(), 3U);
     EXPECT_EQ(server.requests[1].body, TextItem("C:\\a.pdf"));
+}
+
+[[noreturn]] void Throw()
+{
+    throw std::runtime_error("no host expects this");
+}
+
+TEST_F(Command, LetsNoExceptionOut)
+{
+    const LONG before = module::ObjectCount();
+    const Session session = CurrentSession();
+    CurrentSession().hasInputDesktop = [] { return Throw(), true; };
+    EXPECT_EQ(invoke(Offset(0)), E_UNEXPECTED);
+    CurrentSession().hasInputDesktop = [] { return throw std::bad_alloc(), true; };
+    EXPECT_EQ(invoke(Offset(0)), E_OUTOFMEMORY);
+    CurrentSession() = session;
+
+    ScriptedDataObject selection(Script::failure, {});
+    EXPECT_EQ(handler_->Initialize(nullptr, &selection, nullptr), E_UNEXPECTED);
+
+    const ReplacedImport insertion(
+        nullptr, "InsertMenuItemW", +[](HMENU, UINT, BOOL, const MENUITEMINFOW*) -> BOOL { Throw(); });
+    EXPECT_EQ(handler_->QueryContextMenu(nullptr, 0, 1, 1, CMF_NORMAL), E_UNEXPECTED);
+
+    const ReplacedImport locale(
+        nullptr, "GetUserDefaultLocaleName", +[](LPWSTR, int) -> int { Throw(); });
+    const ComPtr factory(new ClassFactory);
+    void* handler = nullptr;
+    EXPECT_EQ(factory->CreateInstance(nullptr, IID_IContextMenu, &handler), E_UNEXPECTED);
+    EXPECT_EQ(module::ObjectCount(), before + 1) << "the factory";
 }
 
 TEST(MenuTexts, FollowTheLocaleName)
