@@ -1,7 +1,9 @@
 #include "core/base/algorithm.h"
 #include "crypto/cipher/aes.h"
+#include "crypto/cipher/block_modes.h"
 #include "crypto/cipher/cipher.h"
 #include "crypto/cipher/des.h"
+#include "tests/crypto/base/spy_cipher.h"
 #include "tests/crypto/base/test_bytes.h"
 
 #include <gtest/gtest.h>
@@ -88,6 +90,29 @@ TEST(Des, ManyBlocksAtOnceGiveWhatSingleOnesGive)
     }
 }
 
+TEST(Des, WithoutAKeyLeavesTheBytes)
+{
+    CCryptoDES cipher;
+    const Bytes text(24, 7);
+    Bytes bytes = text;
+    Bytes chain(8);
+    const auto expectNothing = [&] {
+        cipher.encrypt(bytes.data(), bytes.data(), 3);
+        cipher.decrypt(bytes.data(), bytes.data(), 3);
+        cipher.encryptCbc(bytes.data(), bytes.data(), 3, chain.data());
+        EXPECT_EQ(bytes, text);
+    };
+    expectNothing();
+    ASSERT_TRUE(cipher.setKey(Bytes(24, 3)));
+    cipher.encrypt(bytes.data(), text.data(), 3);
+    EXPECT_NE(bytes, text);
+    bytes = text;
+    cipher.clearKey();
+    expectNothing();
+    cipher.decrypt(bytes.data(), bytes.data(), 1);
+    EXPECT_EQ(bytes, text);
+}
+
 TEST(Rc2, HasEffectiveKeyBits)
 {
     const auto cipher = ICryptoCipher::Create(algorithm::rc2Cbc);
@@ -157,6 +182,36 @@ TEST_P(CipherNamed, RefusesWhatDoesNotFit)
 }
 
 INSTANTIATE_TEST_SUITE_P(Names, CipherNamed, ::testing::ValuesIn(ICryptoCipher::Names().begin(), ICryptoCipher::Names().end()));
+
+TEST(Cipher, TakesKeysOfItsOwnLengthsAlone)
+{
+    // Lengths that the block cipher has, but not under this name.
+    const struct {
+        const char* name;
+        std::size_t length;
+    } cases[] = {{"aes-128-cbc", 24}, {"aes-128-ctr", 32}, {"aes-192-cbc", 16}, {"aes-256-ecb", 16},
+                 {"des-cbc", 16},     {"des-ede-cbc", 24}, {"des-ede3-cbc", 8}, {"rc2-cbc", 129}};
+    for (const auto& row : cases) {
+        const auto cipher = ICryptoCipher::CreateByName(row.name);
+        EXPECT_FALSE(cipher->start(CipherDirection::encrypt, Bytes(row.length), Bytes(cipher->ivSize()))) << row.name;
+    }
+}
+
+TEST(Cipher, TakesTheKeyFromTheBlockCipherAtTheEnd)
+{
+    constexpr CipherDescription description = {"spy", algorithm::none, 16, 16, 16};
+    bool hasKey = false;
+    WholeBlockMode mode(description, std::make_unique<SpyCipher>(hasKey), true);
+    const Bytes key(16);
+    element out;
+    ASSERT_TRUE(mode.start(CipherDirection::encrypt, key, key) && mode.update(key, out));
+    EXPECT_TRUE(hasKey);
+    ASSERT_TRUE(mode.final(out));
+    EXPECT_FALSE(hasKey) << "the text ended";
+    ASSERT_TRUE(mode.start(CipherDirection::encrypt, key, key));
+    EXPECT_FALSE(mode.start(CipherDirection::encrypt, key, Bytes()));
+    EXPECT_FALSE(hasKey) << "the next text was refused";
+}
 
 TEST(Cipher, IsFoundByIdAndByNameInAnyCase)
 {

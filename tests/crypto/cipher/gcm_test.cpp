@@ -225,6 +225,8 @@ TEST(Gcm, RefusesWhatDoesNotFit)
     EXPECT_FALSE(gcm.update(std::span(key.data(), longest + 1), room, written));
     ASSERT_TRUE(gcm.start(CipherDirection::encrypt, key, iv) && gcm.update(key, room, written));
     EXPECT_FALSE(gcm.update(std::span(key.data(), longest - 15), room, written));
+    ASSERT_TRUE(gcm.start(CipherDirection::encrypt, key, iv) && gcm.addAuthenticated(key));
+    EXPECT_FALSE(gcm.addAuthenticated(std::span(key.data(), (std::size_t{1} << 61) - 16)));
     ASSERT_TRUE(gcm.startCheck(key, iv));
     EXPECT_FALSE(gcm.update(std::span(key.data(), longest + 17), room, written));
 

@@ -60,7 +60,8 @@ void WrapWithAnyCheck(const CCryptoAES& cipher, Bytes& all)
         Bytes block(all.begin(), all.begin() + 8);
         block.insert(block.end(), all.begin() + static_cast<std::ptrdiff_t>(at), all.begin() + static_cast<std::ptrdiff_t>(at) + 8);
         cipher.encrypt(block.data(), block.data(), 1);
-        block[7] ^= static_cast<std::uint8_t>(step + 1);
+        for (std::size_t i = 0; i < 8; ++i)
+            block[i] ^= static_cast<std::uint8_t>(std::uint64_t{step + 1} >> (56 - 8 * i));
         std::copy_n(block.begin(), 8, all.begin());
         std::copy_n(block.begin() + 8, 8, all.begin() + static_cast<std::ptrdiff_t>(at));
     }
@@ -113,6 +114,14 @@ TEST(AesKeyWrap, RefusesWrongLengths)
         EXPECT_TRUE(CCryptoKeyWrap::Wrap(Bytes(length, 1), Bytes(16, 1)).isEmpty()) << length;
         EXPECT_TRUE(CCryptoKeyWrap::WrapPadded(Bytes(length, 1), Bytes(16, 1)).isEmpty()) << length;
     }
+    // Longer than is wrapped here, but sound.
+    CCryptoAES cipher;
+    ASSERT_TRUE(cipher.setKey(key));
+    Bytes all(CCryptoKeyWrap::maxSecret + 16);
+    std::fill_n(all.begin(), 8, std::uint8_t{0xA6});
+    WrapWithAnyCheck(cipher, all);
+    EXPECT_TRUE(CCryptoKeyWrap::Unwrap(key, all).isEmpty());
+
     const Bytes longest(CCryptoKeyWrap::maxSecret, 5);
     for (const WrapForm& form : {plainForm, paddedForm})
         EXPECT_TRUE(BytesOf(form.unwrap(key, form.wrap(key, longest).bytes())) == longest);

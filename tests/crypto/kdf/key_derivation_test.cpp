@@ -192,7 +192,12 @@ TEST(KeyDerivation, ParametersOutOfBoundsGiveNoKey)
     EXPECT_TRUE(KDF::X963(algorithm::sha256, {}, key, 16).isEmpty());
     EXPECT_TRUE(KDF::X963(algorithm::sha256, key, Bytes(KDF::maxInput + 1), 16).isEmpty());
     EXPECT_EQ(KDF::X963(algorithm::sha3_256, key, key, KDF::maxKey).length(), KDF::maxKey);
-    EXPECT_TRUE(KDF::HKDFExtract(algorithm::sha256, Bytes(KDF::maxInput + 1), key).isEmpty());
+    const Bytes tooLong(KDF::maxInput + 1);
+    EXPECT_TRUE(KDF::HKDFExtract(algorithm::sha256, tooLong, key).isEmpty());
+    EXPECT_TRUE(KDF::HKDFExtract(algorithm::sha256, key, tooLong).isEmpty());
+    EXPECT_TRUE(KDF::HKDFExpand(algorithm::sha256, tooLong, key, 16).isEmpty());
+    EXPECT_TRUE(KDF::HKDFExpand(algorithm::sha256, key, tooLong, 16).isEmpty());
+    EXPECT_TRUE(KDF::X963(algorithm::sha256, tooLong, key, 16).isEmpty());
 }
 
 } // namespace

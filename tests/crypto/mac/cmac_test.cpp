@@ -1,4 +1,5 @@
 #include "crypto/mac/cmac.h"
+#include "tests/crypto/base/spy_cipher.h"
 #include "tests/crypto/base/test_bytes.h"
 
 #include <gtest/gtest.h>
@@ -44,6 +45,21 @@ TEST(Cmac, ForgetsTheKeyBeforeOneThatIsRefused)
     EXPECT_FALSE(cmac->setKey(Bytes(17)));
     for (const char* const subkey : {"fbeed618357133667c85e08f7236a8de", "f7ddac306ae266ccf90bc11ee46d513b"})
         EXPECT_FALSE(Holds(*cmac, subkey)) << subkey;
+}
+
+TEST(Cmac, ForgetsTheMessageAndTheKeyOfTheCipher)
+{
+    bool hasKey = false;
+    CCryptoCMAC cmac("spy", std::make_unique<SpyCipher>(hasKey), 16, 16);
+    ASSERT_TRUE(cmac.setKey(Bytes(16)));
+    const Bytes secret = {0xC0, 0xFF, 0xEE, 0x15, 0x5E};
+    cmac.update(secret);
+    EXPECT_TRUE(Holds(cmac, Hex(secret)));
+    cmac.reset();
+    EXPECT_FALSE(Holds(cmac, Hex(secret)));
+    EXPECT_TRUE(hasKey);
+    EXPECT_FALSE(cmac.setKey(Bytes(17)));
+    EXPECT_FALSE(hasKey);
 }
 
 TEST(Cmac, GivesNothingWithoutAKey)

@@ -38,6 +38,23 @@ TEST(RetailMAC, NeedsAKeyOfItsLength)
     }
 }
 
+TEST(RetailMAC, ForgetsTheMessageAndARefusedKey)
+{
+    // The key's first round key, six bits to a byte, the last ones first.
+    const Bytes half = {0x13, 0x34, 0x57, 0x79, 0x9B, 0xBC, 0xDF, 0xF1};
+    const std::string roundKey = "3201073f2f0b3006";
+    CCryptoRetailMAC mac;
+    ASSERT_TRUE(mac.setKey(Joined({half, half})));
+    EXPECT_TRUE(Holds(mac, roundKey));
+    const Bytes secret = {0xC0, 0xFF, 0xEE, 0x15, 0x5E};
+    mac.update(secret);
+    EXPECT_TRUE(Holds(mac, Hex(secret)));
+    mac.reset();
+    EXPECT_FALSE(Holds(mac, Hex(secret)));
+    EXPECT_FALSE(mac.setKey(Bytes(15)));
+    EXPECT_FALSE(Holds(mac, roundKey));
+}
+
 namespace {
 
 /// `mac` has taken nothing and has a key.
@@ -66,6 +83,7 @@ void ExpectTruncation(Mac& mac, std::size_t size)
         EXPECT_EQ(verifies(beginning, size), length == size);
         EXPECT_EQ(verifies(whole, length), length == size);
     }
+    EXPECT_FALSE(verifies(Joined({whole, Bytes{0}}), size + 1)) << "longer than any";
 }
 
 } // namespace

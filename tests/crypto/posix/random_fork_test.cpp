@@ -1,5 +1,5 @@
 #include "core/platform/random_bytes.h"
-#include "crypto/random/random.h"
+#include "crypto/random/seeded_generator.h"
 #include "tests/crypto/base/vector_file.h"
 
 #include <gtest/gtest.h>
@@ -34,6 +34,28 @@ TEST(ProcessRandom, GivesAForkedChildOtherBytes)
     EXPECT_NE(Hex(bytes), Hex(ofChild));
     close(ends[0]);
     close(ends[1]);
+}
+
+TEST(SeededGenerator, BeginsAnewInAForkedChild)
+{
+    std::size_t asked = 0;
+    std::uint8_t next = 0;
+    ccrypto::internal::SeededGenerator generator([&](std::span<std::uint8_t> bytes) {
+        asked = bytes.size();
+        for (std::uint8_t& byte : bytes)
+            byte = next++;
+        return true;
+    });
+    Bytes bytes(8);
+    ASSERT_TRUE(generator.generate(bytes) && generator.generate(bytes));
+    const std::size_t ofReseed = asked;
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0)
+        _exit(generator.generate(bytes) && asked > ofReseed ? 0 : 1); // entropy and a nonce
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
 }
 
 // The system call is not seen by the C library, whose handlers of forks do not run.

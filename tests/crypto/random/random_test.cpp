@@ -68,6 +68,21 @@ TEST(HMACDRBG, AnswersALongRequestAsSeveral)
     EXPECT_TRUE(whole == first);
 }
 
+TEST(HMACDRBG, LeavesNothingInItsMemory)
+{
+    const CCryptoHMACDRBG fresh;
+    CCryptoHMACDRBG used;
+    Bytes bytes(20);
+    ASSERT_TRUE(used.instantiate(Bytes(32, 1), Bytes(16, 2)) && used.generate(bytes));
+    const auto contentOf = [](const CCryptoHMACDRBG& generator) {
+        const auto* const first = reinterpret_cast<const std::uint8_t*>(&generator);
+        return Hex(Bytes(first, first + sizeof generator));
+    };
+    EXPECT_NE(contentOf(used), contentOf(fresh));
+    used.uninstantiate();
+    EXPECT_EQ(contentOf(used), contentOf(fresh));
+}
+
 TEST(SeedHealth, FailsForGoodWhenABlockRepeats)
 {
     const Bytes different = {1, 2, 3, 4, 5, 6, 7, 8, 1, 2, 3, 4, 5, 6, 7, 9};
@@ -143,7 +158,9 @@ TEST(SeededGenerator, GivesNothingFromASourceThatFails)
     EXPECT_FALSE(generator.generate(bytes));
     EXPECT_EQ(bytes, none);
     entropy.isDry = false;
+    const std::size_t before = entropy.asked;
     EXPECT_TRUE(generator.generate(bytes)) << "it may come back";
+    EXPECT_EQ(entropy.asked - before, 48u) << "with a new seed";
     entropy.isStuck = true;
     EXPECT_FALSE(generator.generate(bytes));
     EXPECT_EQ(bytes, none);
