@@ -16,6 +16,7 @@ COMMENT = re.compile(r"^\s*(?://|#(?!include)).*$", re.M)
 NAMED_SOURCE = re.compile(r"(?<![\w./\\<-])[a-z0-9_]+(?:/[a-z0-9_]+)+\.(?:h|cpp|inc)\b")
 FOREIGN = ("sanitizer/",)
 OPTION = re.compile(r"\bCCRYPTO_[A-Z_]+\b")
+CODE = re.compile(r"^ {4}.*$", re.M)
 LINK = re.compile(r"\]\(([^)#]+)[^)]*\)")
 # fuzz/MODULE/corpus/TARGET stands for many.
 PLACEHOLDER = re.compile(r"/[A-Z]+(/|$)")
@@ -23,7 +24,7 @@ PLACEHOLDER = re.compile(r"/[A-Z]+(/|$)")
 
 def absent_paths(text, folder):
     named = {ROOT / name for name in NAMED.findall(text) if not PLACEHOLDER.search(name)}
-    linked = {folder / target for target in LINK.findall(text) if "://" not in target}
+    linked = {folder / target for target in LINK.findall(CODE.sub("", text)) if "://" not in target}
     return sorted(str(path) for path in named | linked if not path.exists())
 
 
@@ -57,6 +58,16 @@ class Documents(unittest.TestCase):
             with self.subTest(path.relative_to(ROOT)):
                 asked = {name for line in re.findall(r"^\s*(?:if|elseif)\s*\((.*)\)", text, re.M) for name in OPTION.findall(line)}
                 self.assertEqual(sorted(asked - declared), [])
+
+    def test_code_is_that_of_the_examples(self):
+        """Code after "From `examples/NAME`:" stands there, block by block."""
+        parts = re.findall(r"From\s+`(examples/\w+\.cpp)`:\n\n((?:(?: {4}.*)?\n)+)", (ROOT / "docs/library.md").read_text("utf-8"))
+        self.assertGreaterEqual(len(parts), 3)
+        for name, code in parts:
+            example = "\n".join(line.strip() for line in (ROOT / name).read_text("utf-8").splitlines())
+            for block in re.split(r"\n\n+", code.strip("\n")):
+                with self.subTest(name, block=block):
+                    self.assertIn("\n".join(line.strip() for line in block.splitlines()), example)
 
     def test_an_absent_file_is_seen(self):
         text = "`core/nosuch.cpp`, [log](nosuch.md#part), fuzz/MODULE/corpus/TARGET, build/core/x and `scripts/test`"
