@@ -71,17 +71,13 @@ bool CCryptoDSA::verifyHash(std::span<const std::uint8_t> digest, std::span<cons
     if (digest.empty() || digest.size() > maxDigestSize)
         return logger.fail(false, "No digest has %zu bytes", digest.size());
     const std::uint32_t length = orderBytes();
-    element fromDer;
-    if (form == SignatureForm::der) {
-        fromDer = EcdsaDerToPair(signature, length);
-        signature = fromDer.bytes();
-    }
-    if (signature.size() != std::size_t{2} * length)
+    const element pair = SignaturePair(signature, form, length);
+    if (pair.isEmpty())
         return logger.fail(false, "Signature is malformed");
 
     // FIPS 186-4, 4.7.
-    const CCryptoBigInteger r = CCryptoBigInteger::FromBytes(signature.first(length));
-    const CCryptoBigInteger s = CCryptoBigInteger::FromBytes(signature.subspan(length));
+    const CCryptoBigInteger r = CCryptoBigInteger::FromBytes(pair.bytes().first(length));
+    const CCryptoBigInteger s = CCryptoBigInteger::FromBytes(pair.bytes().subspan(length));
     if (r.isZero() || s.isZero() || r >= q_ || s >= q_)
         return logger.fail(false, "Signature is out of range");
     const CCryptoBigInteger w = s.modInverse(q_);

@@ -44,9 +44,7 @@ public:
 
     bool isPoint(Bytes x, Bytes y) const override
     {
-        AffinePoint<N> point{};
-        LoadLimbs(point.x, x);
-        LoadLimbs(point.y, y);
+        const AffinePoint<N> point = loaded({x, y});
         if (!IsBelow(point.x, domain_.p.value) || !IsBelow(point.y, domain_.p.value))
             return false;
         const Limbs<N> root = field_.enter(point.y);
@@ -73,8 +71,7 @@ public:
     bool isScalar(Bytes number) const override
     {
         Wiped<Limbs<N>> scalar;
-        LoadLimbs(scalar, number);
-        return isInOrder(scalar);
+        return loadInOrder(scalar, number);
     }
 
     void multiplyBase(Target x, Target y, Bytes scalar) const override
@@ -83,21 +80,17 @@ public:
         LoadLimbs(factor, scalar);
         Wiped<AffinePoint<N>> result;
         points_.multiplyBase(result, factor);
-        StoreLimbs(x, result.x);
-        StoreLimbs(y, result.y);
+        store(x, y, result);
     }
 
     void multiply(Target x, Target y, Bytes pointX, Bytes pointY, Bytes scalar) const override
     {
-        AffinePoint<N> point{};
-        LoadLimbs(point.x, pointX);
-        LoadLimbs(point.y, pointY);
+        const AffinePoint<N> point = loaded({pointX, pointY});
         Wiped<Limbs<N>> factor;
         LoadLimbs(factor, scalar);
         Wiped<AffinePoint<N>> result;
         points_.multiply(result, point, factor);
-        StoreLimbs(x, result.x);
-        StoreLimbs(y, result.y);
+        store(x, y, result);
     }
 
     bool add(Target x, Target y, const Coordinates& left, const Coordinates& right) const override
@@ -116,8 +109,7 @@ public:
         sum.x = field_.subtract(field_.square(slope), field_.add(p.x, q.x));
         sum.y = field_.leave(field_.subtract(field_.multiply(slope, field_.subtract(p.x, sum.x)), p.y));
         sum.x = field_.leave(sum.x);
-        StoreLimbs(x, sum.x);
-        StoreLimbs(y, sum.y);
+        store(x, y, sum);
         return constant_time::Declassify(fixed_limbs::IsZero(run)) == 0;
     }
 
@@ -160,11 +152,8 @@ public:
         Limbs<N> second;
         Wiped<Limbs<N>> d;
         Wiped<Limbs<N>> k;
-        LoadLimbs(first, r);
-        LoadLimbs(second, s);
         LoadLimbs(d, key);
-        LoadLimbs(k, nonce);
-        if (!isInOrder(first) || !isInOrder(second) || !isInOrder(k) || !IsBelow(first, domain_.p.value))
+        if (!loadInOrder(first, r) || !loadInOrder(second, s) || !loadInOrder(k, nonce) || !IsBelow(first, domain_.p.value))
             return false;
 
         const Wiped<Limbs<N>> left{order_.multiply(order_.enter(second), order_.enter(k))};
@@ -181,13 +170,9 @@ public:
     {
         Limbs<N> first;
         Limbs<N> second;
-        LoadLimbs(first, r);
-        LoadLimbs(second, s);
-        if (!isInOrder(first) || !isInOrder(second))
+        if (!loadInOrder(first, r) || !loadInOrder(second, s))
             return false;
-        AffinePoint<N> point{};
-        LoadLimbs(point.x, x);
-        LoadLimbs(point.y, y);
+        const AffinePoint<N> point = loaded({x, y});
 
         const Limbs<N> inverse = order_.invert(order_.enter(second));
         const Limbs<N> ofBase = order_.leave(order_.multiply(enteredDigest(digest), inverse));
@@ -199,7 +184,20 @@ public:
     }
 
 private:
-    /// x^3 + a * x + b, as Montgomery writes it.
+    static AffinePoint<N> loaded(const Coordinates& point)
+    {
+        AffinePoint<N> plain;
+        LoadLimbs(plain.x, point.x);
+        LoadLimbs(plain.y, point.y);
+        return plain;
+    }
+    static void store(Target x, Target y, const AffinePoint<N>& point)
+    {
+        StoreLimbs(x, point.x);
+        StoreLimbs(y, point.y);
+    }
+
+    /// x^3 + a * x + b in Montgomery form.
     Limbs<N> ySquared(const Limbs<N>& x) const
     {
         const Limbs<N> entered = field_.enter(x);
@@ -210,14 +208,14 @@ private:
     /// In Montgomery form.
     AffinePoint<N> entered(const Coordinates& point) const
     {
-        Wiped<AffinePoint<N>> plain;
-        LoadLimbs(plain.x, point.x);
-        LoadLimbs(plain.y, point.y);
+        const Wiped<AffinePoint<N>> plain{loaded(point)};
         return {field_.enter(plain.x), field_.enter(plain.y)};
     }
 
-    bool isInOrder(const Limbs<N>& number) const
+    /// \return false for a number that is 0 or not below the order; the answer is public.
+    bool loadInOrder(Limbs<N>& number, Bytes bytes) const
     {
+        LoadLimbs(number, bytes);
         return constant_time::Declassify(fixed_limbs::IsZero(number)) == 0 && IsBelow(number, domain_.n.value);
     }
 

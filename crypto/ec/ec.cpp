@@ -312,15 +312,11 @@ bool CCryptoEC::verifyHash(std::span<const std::uint8_t> digest, std::span<const
     if (digest.empty() || digest.size() > maxDigestSize)
         return logger.fail(false, "No digest has %zu bytes", digest.size());
 
-    element fromDer;
-    if (form == SignatureForm::der) {
-        fromDer = EcdsaDerToPair(signature, length);
-        signature = fromDer.bytes();
-    }
-    if (signature.size() != std::size_t{2} * length)
+    const element pair = SignaturePair(signature, form, length);
+    if (pair.isEmpty())
         return logger.fail(false, "Signature is malformed");
     const std::uint32_t coordinate = facts_.fieldBytes;
-    if (!CurveArithmetic::Of(facts_.id)->verify(digest, signature.first(length), signature.subspan(length),
+    if (!CurveArithmetic::Of(facts_.id)->verify(digest, pair.bytes().first(length), pair.bytes().subspan(length),
                                                 std::span(x_).first(coordinate), std::span(y_).first(coordinate)))
         return logger.fail(false, "Signature is not the key's");
     return logger.setResult(true);

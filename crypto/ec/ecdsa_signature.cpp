@@ -97,4 +97,18 @@ element EcdsaDerToPair(Bytes der, std::uint32_t length)
     return pair;
 }
 
+element SignaturePair(Bytes signature, SignatureForm form, std::uint32_t length)
+{
+    CCryptoAutoLogger logger("SignaturePair");
+    if (form == SignatureForm::der) {
+        element pair = EcdsaDerToPair(signature, length);
+        logger.setResult(!pair.isEmpty());
+        return pair;
+    }
+    if (signature.size() != std::size_t{2} * length)
+        return logger.fail(element(), "A pair has %u bytes, not %zu", 2 * length, signature.size());
+    logger.setResult(true);
+    return element(signature.data(), 2 * length);
+}
+
 } // namespace ccrypto

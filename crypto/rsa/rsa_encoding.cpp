@@ -131,6 +131,17 @@ struct PSSBlock {
 
 constexpr std::uint8_t trailerOfPSS = 0xbc;
 
+/// \return false, logged, unless the hashes exist, the digest is one of theirs and the salt's length is `minSaltLength` or more.
+bool AreParametersOfPSS(const Hashes& hashes, const CCryptoRSAPadding& padding, std::span<const std::uint8_t> digest,
+                        std::int32_t minSaltLength)
+{
+    if (!hashes.there())
+        return Refuse("unsupported hash function");
+    if (digest.size() != hashes.message->digestSize())
+        return Refuse("the digest's length is not the hash function's");
+    return padding.saltLength >= minSaltLength || Refuse("the length of the salt is not allowed");
+}
+
 /// EMSA-PKCS1-v1_5 (RFC 8017, 9.2) over a DigestInfo in two parts.
 bool EncodeDigestInfoParts(std::span<std::uint8_t> block, std::span<const std::uint8_t> prefix,
                            std::span<const std::uint8_t> digest)
@@ -168,12 +179,8 @@ bool EncodePSS(std::span<std::uint8_t> block, std::uint32_t bits, const CCryptoR
                std::span<const std::uint8_t> digest, ICryptoRandom& random)
 {
     const Hashes hashes(padding);
-    if (!hashes.there())
-        return Refuse("unsupported hash function");
-    if (digest.size() != hashes.message->digestSize())
-        return Refuse("the digest's length is not the hash function's");
-    if (padding.saltLength < CCryptoRSAPadding::saltAsLongAsDigest)
-        return Refuse("the length of the salt is not allowed");
+    if (!AreParametersOfPSS(hashes, padding, digest, CCryptoRSAPadding::saltAsLongAsDigest))
+        return false;
     const PSSBlock parts(block, bits, digest.size());
     const std::size_t saltLength = padding.saltLength < 0 ? digest.size() : static_cast<std::size_t>(padding.saltLength);
     if (parts.tooShort || parts.data.size() < saltLength + 1)
@@ -195,12 +202,8 @@ bool VerifyPSS(std::span<std::uint8_t> block, std::uint32_t bits, const CCryptoR
                std::span<const std::uint8_t> digest)
 {
     const Hashes hashes(padding);
-    if (!hashes.there())
-        return Refuse("unsupported hash function");
-    if (digest.size() != hashes.message->digestSize())
-        return Refuse("the digest's length is not the hash function's");
-    if (padding.saltLength < CCryptoRSAPadding::saltOfAnyLength)
-        return Refuse("the length of the salt is not allowed");
+    if (!AreParametersOfPSS(hashes, padding, digest, CCryptoRSAPadding::saltOfAnyLength))
+        return false;
     const PSSBlock parts(block, bits, digest.size());
     if (parts.tooShort)
         return Refuse("the key is too short for the digest");
