@@ -23,13 +23,13 @@ public:
     /// 0
     CCryptoBigInteger() = default;
     CCryptoBigInteger(std::int64_t value);
-    static CCryptoBigInteger FromWord(std::uint64_t value);
+    [[nodiscard]] static CCryptoBigInteger FromWord(std::uint64_t value);
     /// Big-endian; never negative.
-    static CCryptoBigInteger FromBytes(std::span<const std::uint8_t> bytes);
+    [[nodiscard]] static CCryptoBigInteger FromBytes(std::span<const std::uint8_t> bytes);
     /// Digits with an optional "-" before them, nothing else.
-    static CCryptoBigInteger FromHex(std::string_view digits);
-    static CCryptoBigInteger FromDecimal(std::string_view digits);
-    static CCryptoBigInteger Invalid();
+    [[nodiscard]] static CCryptoBigInteger FromHex(std::string_view digits);
+    [[nodiscard]] static CCryptoBigInteger FromDecimal(std::string_view digits);
+    [[nodiscard]] static CCryptoBigInteger Invalid();
 
     CCryptoBigInteger(const CCryptoBigInteger&) = default;
     CCryptoBigInteger(CCryptoBigInteger&&) noexcept = default;
@@ -37,34 +37,34 @@ public:
     CCryptoBigInteger& operator=(CCryptoBigInteger&& other) noexcept;
     ~CCryptoBigInteger() { wipe(); }
 
-    bool isValid() const { return valid_; }
-    bool isZero() const { return valid_ && limbs_.empty(); }
-    bool isNegative() const { return negative_; }
-    bool isOdd() const { return !limbs_.empty() && (limbs_[0] & 1) != 0; }
+    [[nodiscard]] bool isValid() const { return valid_; }
+    [[nodiscard]] bool isZero() const { return valid_ && limbs_.empty(); }
+    [[nodiscard]] bool isNegative() const { return negative_; }
+    [[nodiscard]] bool isOdd() const { return !limbs_.empty() && (limbs_[0] & 1) != 0; }
     /// Of the magnitude; 0 has none.
-    std::uint32_t bits() const;
-    bool bit(std::uint32_t index) const;
+    [[nodiscard]] std::uint32_t bits() const;
+    [[nodiscard]] bool bit(std::uint32_t index) const;
     /// The lowest 64 bits of the magnitude.
-    std::uint64_t toWord() const { return limbs_.empty() ? 0 : limbs_[0]; }
+    [[nodiscard]] std::uint64_t toWord() const { return limbs_.empty() ? 0 : limbs_[0]; }
     /// The magnitude without leading zero bytes; of 0, and of what is not valid, no bytes.
-    element toBytes() const;
+    [[nodiscard]] element toBytes() const;
     /// The magnitude with leading zero bytes. \return false, `bytes` all zeros, when it does not fit.
     [[nodiscard]] bool toBytes(std::span<std::uint8_t> bytes) const;
     /// Lower-case digits, "-" first when negative; "invalid" when it is.
-    CCryptoString toHex() const;
-    CCryptoString toDecimal() const;
+    [[nodiscard]] CCryptoString toHex() const;
+    [[nodiscard]] CCryptoString toDecimal() const;
 
-    CCryptoBigInteger operator-() const;
-    CCryptoBigInteger absolute() const;
-    CCryptoBigInteger operator+(const CCryptoBigInteger& other) const;
-    CCryptoBigInteger operator-(const CCryptoBigInteger& other) const;
-    CCryptoBigInteger operator*(const CCryptoBigInteger& other) const;
+    [[nodiscard]] CCryptoBigInteger operator-() const;
+    [[nodiscard]] CCryptoBigInteger absolute() const;
+    [[nodiscard]] CCryptoBigInteger operator+(const CCryptoBigInteger& other) const;
+    [[nodiscard]] CCryptoBigInteger operator-(const CCryptoBigInteger& other) const;
+    [[nodiscard]] CCryptoBigInteger operator*(const CCryptoBigInteger& other) const;
     /// Towards zero; the remainder has the sign of the dividend.
-    CCryptoBigInteger operator/(const CCryptoBigInteger& divisor) const;
-    CCryptoBigInteger operator%(const CCryptoBigInteger& divisor) const;
+    [[nodiscard]] CCryptoBigInteger operator/(const CCryptoBigInteger& divisor) const;
+    [[nodiscard]] CCryptoBigInteger operator%(const CCryptoBigInteger& divisor) const;
     /// Of the magnitude; the sign stays.
-    CCryptoBigInteger operator<<(std::uint32_t count) const;
-    CCryptoBigInteger operator>>(std::uint32_t count) const;
+    [[nodiscard]] CCryptoBigInteger operator<<(std::uint32_t count) const;
+    [[nodiscard]] CCryptoBigInteger operator>>(std::uint32_t count) const;
     CCryptoBigInteger& operator+=(const CCryptoBigInteger& other) { return *this = *this + other; }
     CCryptoBigInteger& operator-=(const CCryptoBigInteger& other) { return *this = *this - other; }
     CCryptoBigInteger& operator*=(const CCryptoBigInteger& other) { return *this = *this * other; }
@@ -76,13 +76,13 @@ public:
     static bool Divide(const CCryptoBigInteger& dividend, const CCryptoBigInteger& divisor, CCryptoBigInteger& quotient,
                        CCryptoBigInteger& remainder);
     /// 0 <= result < modulus; the modulus is above 0.
-    CCryptoBigInteger modulo(const CCryptoBigInteger& modulus) const;
+    [[nodiscard]] CCryptoBigInteger modulo(const CCryptoBigInteger& modulus) const;
     /// Never negative; of 0 and 0, 0.
-    static CCryptoBigInteger Gcd(const CCryptoBigInteger& left, const CCryptoBigInteger& right);
+    [[nodiscard]] static CCryptoBigInteger Gcd(const CCryptoBigInteger& left, const CCryptoBigInteger& right);
     /// 0 < result < modulus, result * this = 1 modulo `modulus`, which is above 1.
-    CCryptoBigInteger modInverse(const CCryptoBigInteger& modulus) const;
+    [[nodiscard]] CCryptoBigInteger modInverse(const CCryptoBigInteger& modulus) const;
     /// this^exponent modulo `modulus`, which is above 0 and at most 16384 bits long; the exponent is not negative.
-    CCryptoBigInteger modPower(const CCryptoBigInteger& exponent, const CCryptoBigInteger& modulus) const;
+    [[nodiscard]] CCryptoBigInteger modPower(const CCryptoBigInteger& exponent, const CCryptoBigInteger& modulus) const;
 
 private:
     using Limbs = std::vector<std::uint64_t>;

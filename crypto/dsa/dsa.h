@@ -28,11 +28,11 @@ public:
     /// \return null, logged, otherwise.
     [[nodiscard]] static std::unique_ptr<CCryptoDSA> FromPublic(const CCryptoDSANumbers& numbers);
 
-    /// Of p.
-    std::uint32_t bits() const { return p_.bits(); }
-    /// Of q, and so of each of the two numbers of a signature, in bytes.
-    std::uint32_t orderBytes() const { return q_.bits() / 8; }
-    CCryptoDSANumbers numbers() const;
+    /// Of p: minBits to maxBits.
+    [[nodiscard]] std::uint32_t bits() const { return p_.bits(); }
+    /// The length of q, and so of each of the two numbers of a signature: 20, 28 or 32 bytes.
+    [[nodiscard]] std::uint32_t orderBytes() const { return q_.bits() / 8; }
+    [[nodiscard]] CCryptoDSANumbers numbers() const;
 
     /// \param digest 1 to 64 bytes, of which the first orderBytes() count. \return false, logged, for a signature that is malformed
     /// or not the key's.

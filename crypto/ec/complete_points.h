@@ -1,7 +1,7 @@
 #pragma once
 
 #include "crypto/ec/curve_domains.h"
-#include "crypto/ec/curve_points.h"
+#include "crypto/ec/point_multiples.h"
 #include "crypto/ec/signed_window.h"
 
 #include <vector>
@@ -12,7 +12,7 @@ namespace ccrypto {
 /// elliptic curves", 2015, algorithm 1): infinity, doublings and opposite points are added like any other, so there is no case that
 /// a secret scalar could lead to. N is one of those of the curves.
 template <std::size_t N>
-class CompletePoints final : public CurvePoints<N> {
+class CompletePoints final : public PointMultiples<N> {
 public:
     /// The domain is not owned.
     explicit CompletePoints(const CurveDomain<N>& domain);

@@ -37,7 +37,7 @@ template <std::size_t N>
 class CurveArithmeticOf final : public CurveArithmetic {
 public:
     /// Neither is owned.
-    CurveArithmeticOf(const CurveDomain<N>& domain, const CurvePoints<N>& points)
+    CurveArithmeticOf(const CurveDomain<N>& domain, const PointMultiples<N>& points)
         : domain_(domain), field_(domain.p), order_(domain.n), root_(field_), points_(points)
     {
     }
@@ -241,7 +241,7 @@ private:
     MontgomeryField<N> field_;
     MontgomeryField<N> order_;
     SquareRoot<N> root_;
-    const CurvePoints<N>& points_;
+    const PointMultiples<N>& points_;
 };
 
 /// With multiples of points by the formulas for any curve.

@@ -7,7 +7,8 @@
 #include "crypto/ec/curve_arithmetic.h"
 #include "crypto/ec/curve_point.h"
 #include "crypto/ec/ecdsa_nonce.h"
-#include "crypto/ec/montgomery_curves.h"
+#include "crypto/ec/x25519.h"
+#include "crypto/ec/x448.h"
 
 #include <algorithm>
 #include <cstring>

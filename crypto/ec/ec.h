@@ -71,10 +71,10 @@ public:
     [[nodiscard]] bool samePublic(const CCryptoEC& other) const;
 
     /// ECDSA over the digest of a message (FIPS 186-5, 6.4.1): of one that is longer than the order, the first bits are taken.
-    /// The nonce comes of scalar, digest and fresh random bytes (RFC 6979, 3.6), so that neither a bad source nor a fault that
-    /// repeats the digest gives the key away. \return empty, logged, without a private scalar, for X25519 and X448, for a digest of
-    /// no or more than 64 bytes, when there are no random bytes, and when the signature does not verify: it is checked before it
-    /// leaves, since a faulty one can give the key away.
+    /// The nonce is derived from scalar, digest and fresh random bytes (RFC 6979, 3.6), so that neither a bad source nor a fault
+    /// that repeats the digest gives the key away. \return empty, logged, without a private scalar, for X25519 and X448, for a
+    /// digest of no or more than 64 bytes, when there are no random bytes, and when the signature does not verify: it is checked
+    /// before it leaves, since a faulty one can give the key away.
     [[nodiscard]] element signHash(std::span<const std::uint8_t> digest, ccrypto::SignatureForm form,
                                    ICryptoRandom& random = ICryptoRandom::Instance()) const;
     /// Without random bytes: RFC 6979 unchanged, with HMAC over the hash of this id, which is the digest's own. For tests and those

@@ -24,9 +24,9 @@ struct EddsaMode {
     bool prehash = false;
 };
 
-/// A key of Ed25519 or Ed448 (RFC 8032): a public key and, if it is there, the seed that the private numbers come of, which is
-/// wiped at the end. Both are 32 bytes for Ed25519 and 57 for Ed448, signatures are 64 and 114. Only valid keys exist: the public
-/// one is the exact encoding of a point that is not of low order.
+/// A key of Ed25519 or Ed448 (RFC 8032): a public key and, if it is there, the seed that the private numbers are derived from,
+/// which is wiped at the end. Both are 32 bytes for Ed25519 and 57 for Ed448, signatures are 64 and 114. Only valid keys exist: the
+/// public one is the exact encoding of a point that is not of low order.
 ///
 /// Signing and making public keys takes time that depends on lengths alone. Verification is strict: encodings are exact, S is below
 /// the order, and the equation holds without the cofactor, [S]B = R + [k]A, as RFC 8032, 5.1.7 allows. So a signature that one

@@ -2,7 +2,7 @@
 
 #include "core/memory/wiped.h"
 #include "crypto/ec/curve_domains.h"
-#include "crypto/ec/curve_points.h"
+#include "crypto/ec/point_multiples.h"
 #include "crypto/ec/signed_window.h"
 
 #include <cstdlib>
@@ -35,7 +35,7 @@ struct MontgomeryForm {
 /// Multiples of the base point come out of a table of all digits at all places, `baseWidth` bits each, which is computed when it is
 /// first needed.
 template <typename Field, auto& domain, std::size_t baseWidth, std::size_t width = 5>
-class JacobianPoints final : public CurvePoints<Field::limbCount> {
+class JacobianPoints final : public PointMultiples<Field::limbCount> {
 public:
     static constexpr std::size_t N = Field::limbCount;
     using Affine = AffinePoint<N>;

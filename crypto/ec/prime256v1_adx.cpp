@@ -145,7 +145,7 @@ struct Field : MontgomeryForm<curve_domains::prime256v1> {
 
 } // namespace
 
-const CurvePoints<4>& Prime256Adx()
+const PointMultiples<4>& Prime256Adx()
 {
     static const JacobianPoints<Field, curve_domains::prime256v1, 6> points;
     return points;

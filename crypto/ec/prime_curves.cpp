@@ -28,16 +28,16 @@ const auto& Points()
 }
 
 constexpr Variant<PointCalls256> variants256[] = {
-    {"portable", cpu::none, []() -> const CurvePoints<4>& { return Points<curve_domains::prime256v1, 6>(); }},
+    {"portable", cpu::none, []() -> const PointMultiples<4>& { return Points<curve_domains::prime256v1, 6>(); }},
     {"adx", cpu::adx, Prime256Adx},
 };
 constexpr Variant<PointCalls384> variants384[] = {
-    {"portable", cpu::none, []() -> const CurvePoints<6>& { return Points<curve_domains::secp384r1, 5>(); }},
+    {"portable", cpu::none, []() -> const PointMultiples<6>& { return Points<curve_domains::secp384r1, 5>(); }},
     {"adx", cpu::adx, Prime384Adx},
 };
 constexpr Variant<PointCalls521> variants521[] = {
     {"portable", cpu::none,
-     []() -> const CurvePoints<9>& {
+     []() -> const PointMultiples<9>& {
          static const JacobianPoints<Prime521Field, curve_domains::secp521r1, 5, 4> points;
          return points;
      }},
@@ -61,21 +61,21 @@ std::span<const Variant<PointCalls521>> Prime521Variants()
     return variants521;
 }
 
-const CurvePoints<4>& PrimePoints256()
+const PointMultiples<4>& PrimePoints256()
 {
-    static const CurvePoints<4>& chosen = ChooseVariant(Prime256Variants()).calls();
+    static const PointMultiples<4>& chosen = ChooseVariant(Prime256Variants()).calls();
     return chosen;
 }
 
-const CurvePoints<6>& PrimePoints384()
+const PointMultiples<6>& PrimePoints384()
 {
-    static const CurvePoints<6>& chosen = ChooseVariant(Prime384Variants()).calls();
+    static const PointMultiples<6>& chosen = ChooseVariant(Prime384Variants()).calls();
     return chosen;
 }
 
-const CurvePoints<9>& PrimePoints521()
+const PointMultiples<9>& PrimePoints521()
 {
-    static const CurvePoints<9>& chosen = ChooseVariant(Prime521Variants()).calls();
+    static const PointMultiples<9>& chosen = ChooseVariant(Prime521Variants()).calls();
     return chosen;
 }
 

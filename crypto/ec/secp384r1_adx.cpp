@@ -92,7 +92,7 @@ struct Field : MontgomeryForm<curve_domains::secp384r1> {
 
 } // namespace
 
-const CurvePoints<6>& Prime384Adx()
+const PointMultiples<6>& Prime384Adx()
 {
     static const JacobianPoints<Field, curve_domains::secp384r1, 5> points;
     return points;

@@ -229,7 +229,7 @@ struct Field : Prime521Field {
 
 } // namespace
 
-const CurvePoints<9>& Prime521Adx()
+const PointMultiples<9>& Prime521Adx()
 {
     static const JacobianPoints<Field, curve_domains::secp521r1, 5, 4> points;
     return points;

@@ -1,5 +1,6 @@
+#include "crypto/ec/x25519.h"
+
 #include "crypto/ec/field25519.h"
-#include "crypto/ec/montgomery_curves.h"
 #include "crypto/ec/montgomery_ladder.h"
 
 #include <array>
@@ -44,7 +45,7 @@ bool X25519(std::uint8_t* result, const std::uint8_t* scalar, const std::uint8_t
 void X25519Public(std::uint8_t* result, const std::uint8_t* scalar)
 {
     constexpr Bytes32 base = {9};
-    X25519(result, scalar, base.data());
+    static_cast<void>(X25519(result, scalar, base.data()));
 }
 
 } // namespace ccrypto

@@ -1,6 +1,6 @@
 #include "crypto/ec/field25519_adx.h"
-#include "crypto/ec/montgomery_curves.h"
 #include "crypto/ec/montgomery_ladder.h"
+#include "crypto/ec/x25519.h"
 
 namespace ccrypto {
 

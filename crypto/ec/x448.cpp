@@ -1,5 +1,6 @@
+#include "crypto/ec/x448.h"
+
 #include "crypto/ec/field448.h"
-#include "crypto/ec/montgomery_curves.h"
 #include "crypto/ec/montgomery_ladder.h"
 
 #include <array>
@@ -26,7 +27,7 @@ bool X448(std::uint8_t* result, const std::uint8_t* scalar, const std::uint8_t* 
 void X448Public(std::uint8_t* result, const std::uint8_t* scalar)
 {
     constexpr Bytes56 base = {5};
-    X448(result, scalar, base.data());
+    static_cast<void>(X448(result, scalar, base.data()));
 }
 
 } // namespace ccrypto

@@ -112,10 +112,10 @@ const char* Assemble(RSAPrivateNumbers& secret, const CCryptoRSANumbers& numbers
     if (!Declassify(fitsP & fitsQ))
         return "the exponents are not each other's inverse";
 
-    MontgomeryModulus::Scratch room(p);
+    MontgomeryModulus::Scratch scratch(p);
     WipedArray<Limb> qModuloP(p.limbs());
-    p.enterWide(qModuloP.data(), {q.modulus(), q.limbs()}, room);
-    p.leave(qModuloP.data(), qModuloP.data(), room);
+    p.enterWide(qModuloP.data(), {q.modulus(), q.limbs()}, scratch);
+    p.leave(qModuloP.data(), qModuloP.data(), scratch);
     if (!p.invert(secret.coefficient.data(), qModuloP.data()))
         return "the primes have a divisor in common";
 

@@ -26,13 +26,13 @@ bool RandomBits(Limb& bits, std::size_t count)
 }
 
 /// A random number modulo n, in Montgomery's form: 64 bits more than n has are reduced.
-bool RandomBelow(Limb* result, const MontgomeryModulus& n, MontgomeryModulus::Scratch& room)
+bool RandomBelow(Limb* result, const MontgomeryModulus& n, MontgomeryModulus::Scratch& scratch)
 {
     WipedArray<Limb> bits(n.limbs() + 1);
     if (!ICryptoRandom::Instance().generate({reinterpret_cast<std::uint8_t*>(bits.data()), bits.size() * sizeof(Limb)}))
         return false;
     constant_time::ClassifyBytes(bits.data(), bits.size() * sizeof(Limb));
-    n.enterWide(result, {bits.data(), bits.size()}, room);
+    n.enterWide(result, {bits.data(), bits.size()}, scratch);
     return true;
 }
 
@@ -85,12 +85,12 @@ bool RaiseByPrimes(Limb* result, std::span<const Limb> number, const RSAPrivateN
         return false;
     MontgomeryModulus::PowerBothMontgomery(powerOfP.to(byP.data()), powerOfQ.to(byQ.data()),
                                            std::max(p.bits(), q.bits()) + exponentBlindingBits);
-    MontgomeryModulus::Scratch roomP(p);
-    MontgomeryModulus::Scratch roomQ(q);
-    q.leave(byQ.data(), byQ.data(), roomQ);
-    p.enterWide(other.data(), {byQ.data(), byQ.size()}, roomP);
+    MontgomeryModulus::Scratch scratchP(p);
+    MontgomeryModulus::Scratch scratchQ(q);
+    q.leave(byQ.data(), byQ.data(), scratchQ);
+    p.enterWide(other.data(), {byQ.data(), byQ.size()}, scratchP);
     p.subtract(byP.data(), byP.data(), other.data());
-    p.multiply(byP.data(), byP.data(), secret.coefficient.data(), roomP); // the coefficient is plain, and so is the product
+    p.multiply(byP.data(), byP.data(), secret.coefficient.data(), scratchP); // the coefficient is plain, and so is the product
     limbs::Multiply(result, byP.data(), p.limbs(), q.modulus(), q.limbs());
     const Limb carry = limbs::Add(result, result, byQ.data(), q.limbs());
     limbs::AddWord(result + q.limbs(), p.limbs(), carry);
@@ -103,15 +103,15 @@ namespace ccrypto {
 
 bool RSABlinding::renew(const MontgomeryModulus& n, std::uint64_t publicExponent)
 {
-    MontgomeryModulus::Scratch room(n);
-    if (!RandomBelow(factor_.data(), n, room))
+    MontgomeryModulus::Scratch scratch(n);
+    if (!RandomBelow(factor_.data(), n, scratch))
         return false;
-    n.leave(factor_.data(), factor_.data(), room);
+    n.leave(factor_.data(), factor_.data(), scratch);
     if (!n.invert(remover_.data(), factor_.data()))
         return false;
-    n.enter(remover_.data(), remover_.data(), room);
+    n.enter(remover_.data(), remover_.data(), scratch);
     n.powerPublic(factor_.data(), factor_.data(), publicExponent);
-    n.enter(factor_.data(), factor_.data(), room);
+    n.enter(factor_.data(), factor_.data(), scratch);
     usesLeft_ = maxUses;
     return true;
 }
@@ -123,9 +123,9 @@ bool RSABlinding::next(const MontgomeryModulus& n, std::uint64_t publicExponent,
         if (!renew(n, publicExponent))
             return false;
     } else {
-        MontgomeryModulus::Scratch room(n);
-        n.square(factor_.data(), factor_.data(), room);
-        n.square(remover_.data(), remover_.data(), room);
+        MontgomeryModulus::Scratch scratch(n);
+        n.square(factor_.data(), factor_.data(), scratch);
+        n.square(remover_.data(), remover_.data(), scratch);
     }
     --usesLeft_;
     std::copy_n(factor_.data(), n.limbs(), factor);
@@ -138,7 +138,7 @@ bool RSABlinding::next(const MontgomeryModulus& n, std::uint64_t publicExponent,
 bool CCryptoRSA::Key::privateOperation(Limb* result, const Limb* number)
 {
     const std::size_t count = n.limbs();
-    MontgomeryModulus::Scratch room(n);
+    MontgomeryModulus::Scratch scratch(n);
     WipedArray<Limb> factor(count);
     WipedArray<Limb> remover(count);
     WipedArray<Limb> blinded(count);
@@ -147,12 +147,12 @@ bool CCryptoRSA::Key::privateOperation(Limb* result, const Limb* number)
         WriteErrorEx_G("RSA: no random bytes for blinding");
         return false;
     }
-    n.multiply(blinded.data(), number, factor.data(), room);
+    n.multiply(blinded.data(), number, factor.data(), scratch);
     if (!RaiseByPrimes(raised.data(), {blinded.data(), count}, *secret)) {
         WriteErrorEx_G("RSA: no random bytes for blinding");
         return false;
     }
-    n.multiply(raised.data(), raised.data(), remover.data(), room);
+    n.multiply(raised.data(), raised.data(), remover.data(), scratch);
 
     // A faulty result would reveal the primes.
     n.powerPublic(blinded.data(), raised.data(), e);

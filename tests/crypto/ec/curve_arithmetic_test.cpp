@@ -1,6 +1,6 @@
 #include "crypto/ec/complete_points.h"
-#include "crypto/ec/montgomery_curves.h"
 #include "crypto/ec/prime_curves.h"
+#include "crypto/ec/x25519.h"
 
 #include <gtest/gtest.h>
 
@@ -176,6 +176,11 @@ void AgreesWithTheTwin(const CurveDomain<N>& domain)
         const Limbs<N> whole = curve.order().add(a, curve.order().multiply({3}, b));
         EXPECT_EQ(sum.y, curve.timesBase(whole).y);
 
+        EXPECT_TRUE(curve.points().isBaseMultiple(aPoint.x, a));
+        EXPECT_FALSE(curve.points().isBaseMultiple(product.x, a));
+        EXPECT_FALSE(curve.points().isBaseMultiple(aPoint.x, {}));
+        EXPECT_FALSE(curve.points().isBaseMultiple({}, {}));
+
         const MontgomeryField<N> order(domain.n);
         EXPECT_EQ(curve.order().multiply(order.leave(order.invert(order.enter(a))), a), Limbs<N>{1});
     }
@@ -253,7 +258,7 @@ void VariantsAreRight(std::span<const Variant<Calls>> variants, const CurveDomai
     const auto present = PresentOf(variants);
     for (const auto& variant : present) {
         SCOPED_TRACE(variant.name);
-        const CurvePoints<N>& points = variant.calls();
+        const PointMultiples<N>& points = variant.calls();
         for (const Multiple<N>& multiple : multiples) {
             SCOPED_TRACE(testing::PrintToString(multiple.scalar));
             AffinePoint<N> result;
@@ -264,6 +269,9 @@ void VariantsAreRight(std::span<const Variant<Calls>> variants, const CurveDomai
             points.multiply(result, point, multiple.scalar);
             ASSERT_TRUE(result == multiple.ofPoint);
         }
+        // Infinity has no x, and is not taken for a point with any.
+        EXPECT_FALSE(points.isBaseMultiple(point.x, {}));
+        EXPECT_FALSE(points.isBaseMultiple({}, {}));
         for (const Sum<N>& sum : sums) {
             SCOPED_TRACE(testing::PrintToString(sum.ofBase) + ", " + testing::PrintToString(sum.ofPoint));
             AffinePoint<N> result{};

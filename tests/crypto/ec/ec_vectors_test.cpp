@@ -1,7 +1,8 @@
 #include "core/base/algorithm.h"
 #include "crypto/ec/curve_arithmetic.h"
 #include "crypto/ec/ec.h"
-#include "crypto/ec/montgomery_curves.h"
+#include "crypto/ec/x25519.h"
+#include "crypto/ec/x448.h"
 #include "tests/crypto/base/test_bytes.h"
 
 #include <gtest/gtest.h>

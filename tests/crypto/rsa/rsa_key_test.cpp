@@ -222,3 +222,26 @@ TEST(RSAKey, IsNotGeneratedFromWrongParametersOrWithoutRandomBytes)
     ToldBytes few(Bytes(500, 0x77));
     EXPECT_EQ(CCryptoRSA::Generate(1024, 65537, {}, few), nullptr);
 }
+
+TEST(RSAKey, HasPrimesOfAQuarterOfTheModulusOrMore)
+{
+    using Number = CCryptoBigInteger;
+    const Number e(65537);
+    for (const std::uint32_t bits : {200u, 255u, 256u, 257u, 512u}) {
+        SCOPED_TRACE(bits);
+        // They need not be primes to be taken for them.
+        const Number p = (Number(3) << (bits - 2)) + Number(1);
+        const Number q = (Number(3) << (1024 - bits - 2)) + Number(5);
+        const Number lessOnes = (p - Number(1)) * (q - Number(1));
+        CCryptoRSANumbers numbers;
+        numbers.modulus = (p * q).toBytes();
+        numbers.publicExponent = e.toBytes();
+        numbers.privateExponent = e.modInverse(lessOnes).toBytes();
+        numbers.prime1 = p.toBytes();
+        numbers.prime2 = q.toBytes();
+        ASSERT_EQ((p * q).bits(), 1024u);
+        EXPECT_EQ(CCryptoRSA::FromPrivate(numbers) != nullptr, bits >= 256);
+        std::swap(numbers.prime1, numbers.prime2);
+        EXPECT_EQ(CCryptoRSA::FromPrivate(numbers) != nullptr, bits >= 256);
+    }
+}

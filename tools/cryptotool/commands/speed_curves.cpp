@@ -1,7 +1,7 @@
 #include "core/base/algorithm.h"
 #include "crypto/ec/ec.h"
-#include "crypto/ec/montgomery_curves.h"
 #include "crypto/ec/prime_curves.h"
+#include "crypto/ec/x25519.h"
 #include "tools/cryptotool/commands/speed_row.h"
 
 #include <memory>

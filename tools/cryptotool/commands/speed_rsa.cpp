@@ -14,13 +14,13 @@ using PrepareRsaCall = SpeedRow::Call (*)(const RsaKey& key);
 
 SpeedRow::Call PrepareRsaSign(const RsaKey& key)
 {
-    return [key] { key->signPKCS1(algorithm::sha256, digestToSign); };
+    return [key] { static_cast<void>(key->signPKCS1(algorithm::sha256, digestToSign)); };
 }
 
 SpeedRow::Call PrepareRsaVerify(const RsaKey& key)
 {
     return [key, signature = key->signPKCS1(algorithm::sha256, digestToSign)] {
-        key->verifyPKCS1(algorithm::sha256, digestToSign, signature.bytes());
+        static_cast<void>(key->verifyPKCS1(algorithm::sha256, digestToSign, signature.bytes()));
     };
 }
 

@@ -13,9 +13,9 @@ struct AffinePoint {
 
 /// Multiples of points of one curve.
 template <std::size_t N>
-class CurvePoints {
+class PointMultiples {
 public:
-    virtual ~CurvePoints() = default;
+    virtual ~PointMultiples() = default;
 
     /// scalar times the base point. The scalar is from 1 to order - 1; the time does not depend on it.
     virtual void multiplyBase(AffinePoint<N>& result, const Limbs<N>& scalar) const = 0;
