@@ -65,6 +65,7 @@ TEST(CryptotoolBuild, ValuesBecomeWhatTheTemplateAsksFor)
     const ToolResult left = RunTool({"asn1", "build", "-"}, "SEQUENCE { INTEGER = a, b(OPTIONAL), SET (OPTIONAL) { c }, d, d }");
     EXPECT_EQ(left.code, exitDone);
     EXPECT_EQ(left.error, "cryptotool: -: warning: no value given for a, d\n");
+    EXPECT_EQ(RunTool({"asn1", "build", "--quiet", "-"}, "INTEGER = a, NULL").error, "");
     const std::pair<const char*, const char*> strings[] = {
         {"OCTET_STRING { SEQUENCE { NULL } }", "OCTET_STRING"},
         {"SEQUENCE { BIT_STRING[0] { NULL } }", "BIT_STRING"},

@@ -169,6 +169,10 @@ TEST(CryptotoolOutline, OfCutDataSaysWhatIsThere)
         }
         EXPECT_GE(cuts, 1U) << shown.output;
     }
+    // What is left of a time may look like another one.
+    const ToolResult time = RunTool(show, Bytes("180f") + "20261123123818");
+    EXPECT_NE(time.output.find("20261123123818"), std::string::npos) << time.output;
+    EXPECT_EQ(time.output.find("(2026"), std::string::npos) << time.output;
     const ToolResult last = RunTool(show, whole.substr(0, whole.size() - 2));
     EXPECT_NE(last.output.find("OCTET_STRING #02 (cut short: 1 of 3 bytes)\n"), std::string::npos) << last.output;
     EXPECT_NE(RunTool({"asn1", "show", "--lenient", "--json", "-"}, whole.substr(0, 4)).output.find("\"length\":12,\"depth\":1"),

@@ -86,6 +86,7 @@ TEST(CryptotoolUsage, AMistypedWordIsAnsweredWithTheNearestOne)
         {{"Gzip"}, "unknown command Gzip; did you mean gzip? (see cryptotool --help)"},
         {{"--json"}, "unknown option --json (see cryptotool --help)"},
         {{"manpage", "nonsense"}, "unknown command nonsense (see cryptotool manpage --help)"},
+        {{"mxd"}, "unknown command mxd (see cryptotool --help)"},
         {{"telephone"}, "unknown command telephone (see cryptotool --help)"},
         {{"key", "shwo"}, "key has no verb shwo; did you mean show? (see cryptotool key --help)"},
         {{"help", "key", "sgin"}, "key has no verb sgin; did you mean sign? (see cryptotool key --help)"},

@@ -78,6 +78,12 @@ TEST(CryptotoolCompletion, ZshReadsItsScript)
     EXPECT_NE(script.find("[with --pss\\: bytes of salt"), std::string::npos);
     EXPECT_NE(script.find("'--as=[how to print it (outline); der is binary]:value:(template json xml der outline)' \\\n"),
               std::string::npos);
+    for (const Noun& noun : Nouns())
+        EXPECT_NE(script.find("'" + std::string(noun.noun) + ":" + std::string(noun.summary.substr(0, 5))), std::string::npos);
+    for (const Command* const command : Commands()) {
+        const std::string words = std::string(command->noun) + (command->verb.empty() ? "" : " ") + std::string(command->verb);
+        EXPECT_NE(script.find("    ('" + words + "')\n        _arguments"), std::string::npos) << words;
+    }
     PutFile(folder / u8"script", script);
     if (!HasProgram(folder, "zsh"))
         GTEST_SKIP() << "there is no zsh";

@@ -78,9 +78,10 @@ TEST_F(CryptotoolProgram, SecretsAreForTheirOwnerAlone)
 {
     EXPECT_EQ(Run("umask 0; echo old >key; chmod 644 key; $T key gen P-256 -o key; $T key convert key -o converted; "
                   "$T random 16 -o bytes; $T key show --private key -o shown; $T key public key -o public; "
-                  "stat -c %a key converted bytes shown public >rights"),
+                  "$T key agree key public -o secret; $T key gen rsa --bits 1024 -o rsa; $T key encrypt rsa bytes -o sealed; "
+                  "$T key decrypt rsa sealed -o opened; stat -c %a key converted bytes shown secret opened public sealed >rights"),
               0);
-    EXPECT_EQ(Get(u8"rights"), "600\n600\n600\n600\n666\n");
+    EXPECT_EQ(Get(u8"rights"), "600\n600\n600\n600\n600\n600\n666\n666\n");
     EXPECT_EQ(
         Run("exec 5<<'END'\nsalainen\nEND\n$T key convert --form encrypted --iterations 1000 --new-password-fd 5 key -o locked && "
             "printf salainen | $T key show --password-file - locked >out"),

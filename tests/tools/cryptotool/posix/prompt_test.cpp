@@ -12,10 +12,11 @@ namespace {
 /// The program on a terminal of its own, at which this test sits.
 class Terminal {
 public:
-    explicit Terminal(const char* arguments)
+    /// \param environment words for env(1).
+    explicit Terminal(const std::string& arguments, const std::string& environment = {})
     {
         const std::string command =
-            std::string("printf '%s' 'what do ya want for nothing?' | " PROGRAM_DIR "/cryptotool ") + arguments;
+            "printf '%s' 'what do ya want for nothing?' | env " + environment + " " PROGRAM_DIR "/cryptotool " + arguments;
         child_ = forkpty(&master_, nullptr, nullptr, nullptr);
         if (child_ == 0) {
             execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
@@ -91,6 +92,30 @@ TEST(CryptotoolPrompt, AnInterruptedTerminalShowsTypingAgain)
     terminal.shownUntil("\n");
     terminal.end();
     EXPECT_TRUE(terminal.showsTyping());
+}
+
+TEST(CryptotoolColor, IsOffWhereTheEnvironmentSaysSo)
+{
+    const struct {
+        const char* environment;
+        const char* redirection;
+        bool isColored;
+    } cases[] = {
+        {"-u NO_COLOR TERM=xterm", "", true},
+        {"NO_COLOR= TERM=xterm", "", true},
+        {"NO_COLOR=1 TERM=xterm", "", false},
+        {"-u NO_COLOR TERM=dumb", "", false},
+        {"-u NO_COLOR TERM=xterm", " 2>&1 | cat", false},
+        {"NO_COLOR=1 TERM=dumb", " --color always", true},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(std::string(test.environment) + test.redirection);
+        Terminal terminal(std::string("asn1 show /nonexistent") + test.redirection, test.environment);
+        const std::string shown = terminal.shownUntil("");
+        EXPECT_NE(shown.find("No such file"), std::string::npos);
+        EXPECT_EQ(shown.find('\x1b') != std::string::npos, test.isColored) << shown;
+        terminal.end();
+    }
 }
 
 } // namespace
