@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 using namespace ccrypto;
 
 namespace {
@@ -91,6 +93,27 @@ TEST(CryptotoolInput, RefusesFilesThatCannotBeReadWhole)
         EXPECT_EQ(result.error.find('\n'), result.error.size() - 1) << result.error;
     }
     EXPECT_FALSE(std::filesystem::exists(folder.path() / "none"));
+}
+
+/// Zeros, one byte more than may be read whole.
+class LongInput : public MemoryConsole {
+public:
+    std::int64_t readInput(std::span<std::uint8_t> target) override
+    {
+        const std::size_t count = std::min(target.size(), left_);
+        left_ -= count;
+        return static_cast<std::int64_t>(count);
+    }
+
+private:
+    std::size_t left_ = (std::size_t{256} << 20) + 1;
+};
+
+TEST(CryptotoolInput, RefusesStreamsThatAreTooLong)
+{
+    LongInput console;
+    EXPECT_EQ(RunCommandLine(std::vector<std::string>{"asn1", "show", "-"}, console), exitRefused);
+    EXPECT_EQ(console.error, "cryptotool: -: it is longer than 256 MiB\n");
 }
 
 } // namespace

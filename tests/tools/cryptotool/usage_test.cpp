@@ -45,6 +45,7 @@ TEST(CryptotoolUsage, WrongWordsGetOneLineAndAPointer)
         {"gunzip", "--max-ratio", "4294967296"},
         {"oid", "--\n\x1b"},
         {"random", "10T"},
+        {"hash", "sha256", "-o", "", "-"},
     };
     for (const auto& words : cases) {
         const ToolResult result = RunTool(words);
@@ -54,6 +55,11 @@ TEST(CryptotoolUsage, WrongWordsGetOneLineAndAPointer)
         EXPECT_TRUE(result.error.starts_with("cryptotool: ") && result.error.ends_with("--help)\n"));
         EXPECT_EQ(result.error.find('\n'), result.error.size() - 1);
     }
+}
+
+TEST(CryptotoolUsage, ALongWordDoesNotFillTheTerminal)
+{
+    EXPECT_LT(RunTool({std::string(100000, 'x')}).error.size(), 1100U);
 }
 
 TEST(CryptotoolUsage, OptionsMayBeWrittenInEveryUsualWay)
@@ -121,7 +127,10 @@ TEST(CryptotoolUsage, HelpHasThreeWaysToBeAskedAndAWidth)
             after.emplace_back(option);
             EXPECT_EQ(RunTool(after).output, help);
         }
-        EXPECT_TRUE(help.starts_with("cryptotool")) << help;
+        std::string title = "cryptotool";
+        for (const std::string& word : name)
+            title += " " + word;
+        EXPECT_TRUE(help.starts_with(title)) << help;
         std::istringstream lines(help);
         for (std::string line; std::getline(lines, line);)
             EXPECT_LE(line.size(), helpWidth) << line;
@@ -229,6 +238,7 @@ TEST(CryptotoolColor, IsForTerminalsAndForWhoAsks)
     // Neither a terminal that does not take them nor a file gets the sequences.
     MemoryConsole plain;
     plain.isTerminal = true;
+    plain.isErrorTerminal = true;
     plain.takesColor = false;
     RunCommandLine(std::vector<std::string>{"asn1", "show", "-"}, plain);
     EXPECT_EQ(plain.error.find('\x1b'), std::string::npos);

@@ -9,7 +9,7 @@
 
 namespace ccrypto {
 
-/// What a value on the command line stands for could not be used.
+/// Why a value of the command line cannot be used.
 struct FillProblem {
     std::string file; ///< the file the value names, where it is at fault
     std::string reason;

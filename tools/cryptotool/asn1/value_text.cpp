@@ -91,7 +91,7 @@ ElementType OwnerType(const elementNode& node)
     return isValue ? first->parent()->type() : ElementType::none;
 }
 
-/// What the dotted text of an object identifier stands for. \return false for other values.
+/// The encoding of an object identifier that is kept as dotted text. \return false for other values.
 bool OctetsOfDotted(const elementNode& node, element& octets)
 {
     const element& value = node.token();

@@ -24,13 +24,13 @@ std::string ValueText(ElementType type, std::span<const std::uint8_t> value, std
                       std::size_t maxHex = everything);
 
 /// The dotted text of an object identifier as X.690, 8.19 has it, where the trees of the library take the first two arcs from the
-/// first octet alone: "2.999.1". Empty for octets that are no object identifier of arcs below 2^64.
+/// first octet alone: "2.999.1". Empty for octets that are not an object identifier, or have an arc of 2^64 or more.
 std::string StandardDotted(std::span<const std::uint8_t> octets);
 
 /// "2.5.4.3 commonName (CN)"; the name is left out where there is none.
 std::string NamedOid(std::string_view dotted);
 
-/// The octets that a node which is nothing but a value stands for in DER: of an object identifier they are not the dotted text.
+/// The octets in DER of a node that is a bare value; of an object identifier its encoding, not its dotted text.
 element OctetsOfNode(const elementNode& node);
 
 /// A node that is nothing but a value, read in the light of the element it stands in; or template text on several lines.

@@ -18,7 +18,7 @@ struct CipherSetting {
     std::unique_ptr<ICryptoCipher> cipher;
     element key;
     element iv;
-    element authenticated; ///< in Galois/counter mode, what is authenticated besides the text
+    element authenticated; ///< in Galois/counter mode, the additional authenticated data
     bool isFromPassword = false;
 };
 

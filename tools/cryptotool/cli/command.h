@@ -34,7 +34,7 @@ constexpr Option insideOption = {OptionKind::flag, 0, "inside", "", "decode OCTE
 constexpr Option lenientOption = {OptionKind::flag, 0, "lenient", "",
                                   "accept unknown tags, and show what can be read of broken data"};
 
-// What every command takes besides its own options.
+// The options of every command.
 constexpr Option quietOption = {OptionKind::flag, 'q', "quiet", "", "print errors only: no progress, remarks or warnings"};
 constexpr Option colorOption = {OptionKind::choice, 0, "color", "auto|always|never",
                                 "colour the output; auto does so on a terminal (auto)"};
@@ -49,7 +49,7 @@ struct Command {
     std::string_view operands; ///< as the usage line shows them
     std::size_t minOperands;
     std::size_t maxOperands;
-    /// What --help says besides. Lines that belong together are filled to its width; those that begin with blanks stay unchanged.
+    /// The description in --help. Lines that belong together are filled to its width; those that begin with blanks stay unchanged.
     std::string_view details;
     std::span<const Option> options; ///< its own
     /// \return the exit code.

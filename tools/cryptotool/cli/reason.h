@@ -7,7 +7,7 @@
 
 namespace ccrypto {
 
-/// Forgets what failed before, so that Reason is about what comes now.
+/// Forgets earlier failures, so that Reason() is about later ones.
 void StartReason();
 
 /// The reason that the library recorded last since StartReason. \param otherwise stands in when it recorded none.

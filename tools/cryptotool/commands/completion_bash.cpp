@@ -61,7 +61,7 @@ std::string PatternOf(const Option& option)
     return option.letter == 0 ? name : std::string{'-', option.letter, '|'} + name;
 }
 
-/// The case of a command: its options, and what comes after those with a value.
+/// The case of a command: its options, and the values of those that take one.
 std::string BashCase(const Command& command)
 {
     std::string options;

@@ -21,7 +21,7 @@ enum class TextDecoding {
 /// elements. \param reason for `broken`.
 [[nodiscard]] TextDecoding DecodeText(std::string_view text, element& bytes, std::string& reason);
 
-/// Whether there are no control characters but those of plain text: DER has others within its first bytes.
+/// Whether the only control characters are those of plain text: DER has others within its first bytes.
 bool IsText(std::string_view bytes);
 /// Text of UTF-8 without the mark that some programs put in front of it.
 std::string_view WithoutByteOrderMark(std::string_view text);

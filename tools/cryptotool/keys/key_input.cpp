@@ -14,7 +14,7 @@ namespace ccrypto {
 
 namespace {
 
-/// The bytes that base64 or hexadecimal text stands for; DER and PEM stay unchanged, without a byte order mark. \return false with
+/// Decodes base64 and hexadecimal text; DER and PEM stay unchanged, without a byte order mark. \return false with
 /// `reason`.
 bool DropTextForm(element& bytes, std::string& reason)
 {

@@ -94,14 +94,14 @@ bool Output::openBeside()
     return false;
 }
 
-void Output::takeRights(std::filesystem::perms besides)
+void Output::takeRights(std::filesystem::perms more)
 {
     if (isPrivate_)
         return;
     std::error_code error;
     const auto replaced = std::filesystem::status(PathOf(target_), error);
     if (std::filesystem::exists(replaced))
-        std::filesystem::permissions(PathOf(temporary_), replaced.permissions() | besides, error);
+        std::filesystem::permissions(PathOf(temporary_), replaced.permissions() | more, error);
 }
 
 bool Output::write(std::string_view text)

@@ -48,8 +48,8 @@ public:
 
 private:
     bool openBeside();
-    /// Gives the unfinished file the access rights of the one that it replaces, and some besides.
-    void takeRights(std::filesystem::perms besides);
+    /// Gives the unfinished file the access rights of the one that it replaces, and `more`.
+    void takeRights(std::filesystem::perms more);
     bool put(std::span<const std::uint8_t> bytes);
     bool fail(std::string reason);
 
