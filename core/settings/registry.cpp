@@ -34,7 +34,7 @@ CCryptoRegistry::Answer CCryptoRegistry::QueryTerminated(const RegistryKey& key,
     }
     std::memset(buffer, 0, room);
     answer.status = key.queryValue(name, buffer, size, answer.isText);
-    const bool unterminated = answer.isText && size >= room && (size > room || room == 0 || buffer[room - 1] != '\0');
+    const bool unterminated = size > room || (size == room && buffer[room - 1] != '\0');
     if (answer.status == platform::registrySuccess && unterminated)
         answer.status = platform::registryMoreData;
     if (answer.status != platform::registrySuccess) {
@@ -95,6 +95,8 @@ bool CCryptoRegistry::setRegValue(const char* path, const char* name, std::strin
 
     if (IsMissing(path) || IsMissing(name))
         return logger.fail(false, "No registry path or value name defined");
+    if (value.find('\0') != std::string_view::npos)
+        return logger.fail(false, "Value contains a zero byte, which would end it");
 
     RegistryKey key;
     if (const std::uint32_t status = key.create(RegistryHive::localMachine, path, false); status != platform::registrySuccess) {

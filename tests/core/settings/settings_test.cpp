@@ -135,7 +135,7 @@ TEST_F(Settings, RefuseValuesThatDoNotFit)
     EXPECT_FALSE(settings.GetValue("exact", exact, 0, 0));
 }
 
-TEST_F(Settings, TellTheLogWhatWasFound)
+TEST_F(Settings, LogWhatWasFound)
 {
     store("name", "value");
     store("forged", "x\r\nforged line");
@@ -171,6 +171,8 @@ TEST_F(Settings, WriteTextToTheMachinesHive)
     EXPECT_EQ(settings.GetIntegerOrDefault("name", 0), 12u);
     EXPECT_FALSE(settings.SetValue(element(), element("value")));
     EXPECT_FALSE(settings.SetValue(element(std::string_view("na\0me", 5)), element("value")));
+    EXPECT_FALSE(settings.SetValue(element("name"), element(std::string_view("1\0", 2))));
+    EXPECT_EQ(settings.GetString("name").view(), "12");
 
     CCryptoSettingsRegistry below(nullptr, "Settings Tests", "a/b");
     EXPECT_STREQ(below.path(), "SOFTWARE\\Brannock\\Settings Tests\\a\\b");

@@ -41,6 +41,28 @@ TEST(SystemSettings, TheKeyOfNewSettingsGoesWithTheRestart)
     EXPECT_EQ(below.create(platform::RegistryHive::localMachine, path.c_str(), true), platform::registrySuccess);
 }
 
+TEST(SystemSettings, AValueOfAnyTypeNeedsSpaceForItsZeroByte)
+{
+    const ScratchRegistry registry;
+    CCryptoSettingsRegistry settings("Company", "Type Tests", nullptr);
+    ASSERT_TRUE(settings.SetValue(element("text"), element("1")));
+    HKEY key = nullptr;
+    ASSERT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, settings.path(), 0, KEY_SET_VALUE | KEY_WOW64_64KEY, &key), ERROR_SUCCESS);
+    // An integer has 20 bytes at most.
+    const std::string digits = "00000000000000000007" + std::string("7");
+    const auto store = [&](const char* name, DWORD type, std::size_t length) {
+        return RegSetValueExA(key, name, 0, type, reinterpret_cast<const BYTE*>(digits.data()), static_cast<DWORD>(length));
+    };
+    for (const DWORD type : {REG_BINARY, REG_EXPAND_SZ}) {
+        SCOPED_TRACE(type);
+        EXPECT_EQ(store("fits", type, 20), ERROR_SUCCESS);
+        EXPECT_EQ(store("fills", type, 21), ERROR_SUCCESS);
+        EXPECT_EQ(settings.GetIntegerOrDefault("fits", 1), 7u);
+        EXPECT_EQ(settings.GetIntegerOrDefault("fills", 1), 1u);
+    }
+    RegCloseKey(key);
+}
+
 TEST(SystemSettings, AHiddenFileIsEmptied)
 {
     const TemporaryDirectory directory;
