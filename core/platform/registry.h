@@ -26,7 +26,8 @@ constexpr std::uint32_t registryNoMoreItems = 259;
 /// On Windows the view (32 or 64 bit) is chosen once a process from the native processor, so that programs of both kinds meet in
 /// the same key.
 ///
-/// On POSIX a hive is a folder, a key a folder in it, a value a file that holds the text and nothing else. The machine's hive is
+/// On POSIX a hive is a folder, a key a folder in it, a value a file that holds the text; a line feed at its end, as editors leave,
+/// is not part of it. The machine's hive is
 /// /etc/xdg/crypto/registry, the user's $XDG_CONFIG_HOME/crypto/registry (below ~/.config when that is not set); the variables
 /// CRYPTO_REGISTRY_MACHINE and CRYPTO_REGISTRY_USER name other folders. Names keep the case they were created with: an entry is
 /// sought as spelt first, then without regard to the case of ASCII letters. Names that begin with "." or hold "/" or a control

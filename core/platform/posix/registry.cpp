@@ -2,6 +2,7 @@
 
 #include "core/platform/posix/owned_descriptor.h"
 #include "core/platform/posix/registry_names.h"
+#include "core/platform/random_bytes.h"
 
 #include <errno.h>
 #include <fcntl.h>
@@ -29,7 +30,7 @@ const Key* KeyOf(void* handle)
 
 std::uint32_t LastStatus()
 {
-    // Something that is no folder on the way to a key means that there is no such key.
+    // A file on the way to a key means that there is no such key.
     return static_cast<std::uint32_t>(errno == ENOTDIR ? ENOENT : errno);
 }
 
@@ -188,9 +189,11 @@ std::uint32_t RegistryKey::queryValue(const char* name, void* buffer, std::uint3
         size = static_cast<std::uint32_t>(std::min<off_t>(status.st_size, UINT32_MAX));
         return registryMoreData;
     }
-    const ssize_t length = ReadUpTo(file.get(), buffer, size);
+    ssize_t length = ReadUpTo(file.get(), buffer, size);
     if (length < 0)
         return LastStatus();
+    if (length > 0 && static_cast<const char*>(buffer)[length - 1] == '\n')
+        --length;
     size = static_cast<std::uint32_t>(length);
     return registrySuccess;
 }
@@ -207,8 +210,11 @@ std::uint32_t RegistryKey::setText(const char* name, const char* text, std::uint
         return EINVAL;
     const int folder = key.folder.get();
     // Written aside and then moved, so that a reader sees the old value or the new one. No value name begins with a dot.
-    const std::string aside = ".new-" + std::to_string(gettid());
-    const OwnedDescriptor file(openat(folder, aside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666));
+    std::uint64_t number = 0;
+    if (!RandomBytes(&number, sizeof number))
+        return LastStatus();
+    const std::string aside = ".new-" + std::to_string(number);
+    const OwnedDescriptor file(openat(folder, aside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!file)
         return LastStatus();
     if (WriteAll(file.get(), text, length) && renameat(folder, aside.c_str(), folder, FindEntry(folder, fileName).c_str()) == 0)
