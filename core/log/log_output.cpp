@@ -39,15 +39,14 @@ void AppendLine(const char* path, std::string_view line, bool guarded)
 LogOutput::LogOutput(Settings settings) : settings_(std::move(settings))
 {
     settings_.tag.resize(std::min(settings_.tag.size(), maxLogTag));
-    // The callback hears even of a process without memory.
+    // So that a process without memory still reaches the callback.
     threadsInCallback_.reserve(usualThreads);
 }
 
-void LogOutput::openMutex()
+bool LogOutput::openMutex()
 {
     const std::lock_guard guard(opening_);
-    if (!mutex_.isOpen())
-        static_cast<void>(mutex_.open(("AutoLogger_" + settings_.tag).c_str()));
+    return mutex_.isOpen() || mutex_.open(("AutoLogger_" + settings_.tag).c_str());
 }
 
 void LogOutput::deliver(LogLine& line)
@@ -61,22 +60,31 @@ void LogOutput::deliver(LogLine& line)
 void LogOutput::callBack(const char* line)
 {
     const std::uint32_t self = platform::CurrentThreadId();
+    struct InCallback {
+        LogOutput& output;
+        std::uint32_t thread;
+
+        ~InCallback()
+        {
+            const std::lock_guard guard(output.calling_);
+            std::erase(output.threadsInCallback_, thread);
+        }
+    };
     {
         const std::lock_guard guard(calling_);
         if (std::find(threadsInCallback_.begin(), threadsInCallback_.end(), self) != threadsInCallback_.end())
             return;
         threadsInCallback_.push_back(self);
     }
+    // The callback may throw; it is called again for the next line of its thread.
+    const InCallback called{*this, self};
     settings_.callback(line);
-    const std::lock_guard guard(calling_);
-    std::erase(threadsInCallback_, self);
 }
 
 void LogOutput::append(std::string_view line)
 {
-    openMutex();
     std::unique_ptr<platform::NamedMutex, Unlock> held;
-    if (mutex_.isOpen()) {
+    if (openMutex()) {
         const bool had = mutex_.lock(busy_ ? patienceWithBusyFile : patienceMilliseconds);
         busy_ = !had;
         if (!had)

@@ -35,8 +35,9 @@ public:
 
     const Settings& settings() const { return settings_; }
 
-    /// Makes the mutex that guards the file, named "AutoLogger_" and the tag; otherwise the first line does.
-    void openMutex();
+    /// Makes the mutex that guards the file, named "AutoLogger_" and the tag; otherwise the first line does. \return whether it is
+    /// open.
+    bool openMutex();
 
     /// Hands the line to the callback and appends it to the file, which users share. A file that stays busy for a second loses the
     /// line; until it is free again, the lines after that one wait a hundredth of the time, so that a program that holds the file

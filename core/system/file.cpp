@@ -20,6 +20,11 @@ bool IsUsable(const CCryptoString& fileName)
     return !fileName.isEmpty() && !fileName.contains(std::string_view("\0", 1));
 }
 
+bool Appends(platform::FileMode mode)
+{
+    return mode == platform::FileMode::append || mode == platform::FileMode::appendShared;
+}
+
 /// For the log, which shows indices as signed.
 int Shown(std::uint64_t number)
 {
@@ -142,7 +147,7 @@ bool CCryptoFile::Write(std::span<const std::uint8_t> bytes, std::uint32_t index
         return logger.fail(false, notOpen);
     if (mode_ == Mode::read)
         return logger.fail(false, notWritable);
-    const std::int64_t start = mode_ == Mode::append ? file_.size() : index;
+    const std::int64_t start = Appends(mode_) ? file_.size() : index;
     if (start < 0) {
         logger.setLastWindowsError();
         return false;
@@ -151,7 +156,7 @@ bool CCryptoFile::Write(std::span<const std::uint8_t> bytes, std::uint32_t index
     if (place > lastIndex || bytes.size() > lastIndex - place)
         return logger.fail(false, "Files beyond 4 GiB are not supported");
     const auto count = static_cast<std::uint32_t>(bytes.size());
-    const bool done = mode_ == Mode::append ? file_.append(bytes.data(), count) : file_.writeAt(place, bytes.data(), count);
+    const bool done = Appends(mode_) ? file_.append(bytes.data(), count) : file_.writeAt(place, bytes.data(), count);
     if (!done) {
         logger.setLastWindowsError();
         return false;

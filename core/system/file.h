@@ -35,7 +35,7 @@ public:
     /// A file that the system makes up while it is read, as those in /proc, has the size 0 and is read until it ends; one that has
     /// more than 64 MiB of what was asked for fails. Pipes are read when they are opened: see ccrypto::platform::File.
     [[nodiscard]] bool Read(std::uint32_t index, std::uint32_t length, element& content);
-    /// Puts the bytes at `index`, over those there and beyond the end as need be. Mode append puts them at the end.
+    /// Puts the bytes at `index`, over those there and beyond the end as need be. The append modes put them at the end.
     [[nodiscard]] bool Write(std::span<const std::uint8_t> bytes, std::uint32_t index);
     /// Takes `length` bytes, or as many as remain, out of the file at `index`; those after them move up. Needs mode write or
     /// readWrite.

@@ -40,8 +40,9 @@ private:
 /// Suspends the thread, again and again, until it is where it may end, and ends it.
 bool EndWhereItMay(HANDLE thread, bool (*mayEndNow)())
 {
-    constexpr DWORD patience = 1000;
-    for (DWORD waited = 0; waited < patience; ++waited) {
+    // Counted by the clock: a wait of a millisecond takes a tick of the system, up to 16.
+    constexpr ULONGLONG patience = 1000;
+    for (const ULONGLONG start = GetTickCount64(); GetTickCount64() - start < patience;) {
         {
             const HeapHeld heap;
             if (SuspendThread(thread) == static_cast<DWORD>(-1))

@@ -1,6 +1,8 @@
 #include "core/diagnostics/auto_logger.h"
+#include "core/diagnostics/failure.h"
 #include "core/diagnostics/log_nesting.h"
 #include "core/log/log.h"
+#include "core/log/log_line.h"
 #include "core/log/log_writers.h"
 #include "core/platform/named_mutex.h"
 #include "core/platform/process.h"
@@ -16,6 +18,7 @@
 #include <functional>
 #include <future>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <thread>
@@ -77,6 +80,15 @@ TEST(LogLine, IsNeverForgedByItsText)
     CollectedLog log(1);
     WriteLog_G("a.pdf\r\n2026-11-22 forged\x1b[2J\x7f\ttab \xC2\x85 \xE2\x80\xA8 r\xC3\xA4k\xC3\xA4 C:\\new");
     EXPECT_EQ(log.texts(), (Lines{"a.pdf\\r\\n2026-11-22 forged\\x1b[2J\\x7f\ttab \\u0085 \\u2028 r\xC3\xA4k\xC3\xA4 C:\\new"}));
+}
+
+TEST(LogLine, EndsAtTheLimitOfItsText)
+{
+    const LogLineHead head{.timingPrefix = {}, .tag = "t", .depth = 0, .profiling = false};
+    LogLine cut(head, std::string(1024 + 500, '\x01'));
+    LogLine whole(head, std::string(1024, '\x01'));
+    EXPECT_TRUE(std::string_view(whole.c_str()).ends_with("\\x01"));
+    EXPECT_EQ(cut.withLineEnd().size(), whole.withLineEnd().size());
 }
 
 struct ExitCase {
@@ -218,12 +230,24 @@ TEST(Nesting, KeepsNoCountersOfThreadsThatAreGone)
     EXPECT_EQ(DepthOfNextOperation(log), 1u);
 }
 
-TEST(Nesting, BeginsAnewBehindAThreadEndedByForce)
+TEST(Nesting, IsCountedTo255)
+{
+    for (std::uint32_t depth = 0; depth < 300; ++depth)
+        EXPECT_EQ(logging::EnterOperation(), std::min(depth, 255u));
+    for (std::uint32_t depth = 0; depth < 300; ++depth)
+        logging::LeaveOperation();
+    EXPECT_EQ(logging::EnterOperation(), 0u);
+    logging::LeaveOperation();
+}
+
+TEST(Nesting, StartsAgainAfterAThreadEndedByForce)
 {
     for (const bool ended : {false, true}) {
+        CCryptoAutoLogger("Failing", Mode::resultOptional).fail(false, "reason");
         EXPECT_EQ(logging::EnterOperation(), 0u);
         EXPECT_EQ(logging::EndByForce(platform::CurrentThreadId(), [&] { return ended; }), ended);
         EXPECT_EQ(logging::EnterOperation(), ended ? 0u : 1u);
+        EXPECT_EQ(ccrypto::LastFailure().has_value(), !ended);
         logging::LeaveOperation();
         logging::LeaveOperation();
     }
@@ -383,7 +407,7 @@ TEST(ErrorHandler, TakesTheSystemsTextWithoutItsLineEnd)
     EXPECT_EQ(CCryptoErrorHandler::LastErrorText(), "Open");
 }
 
-TEST(Profiling, TellsElapsedTimeAtExitAndTheTimeOfDayBefore)
+TEST(Profiling, ShowsElapsedTimeAtExitAndTheTimeOfDayBefore)
 {
     CollectedLog log(5, {}, true);
     {
@@ -416,6 +440,21 @@ TEST(LogOutput, DoesNotCallBackForWhatTheCallbackWrites)
 
     EXPECT_EQ(calls, 2);
     EXPECT_EQ(TextsOfFile(path, "t"), (Lines{"call 1", "first", "call 2", "second"}));
+}
+
+TEST(LogOutput, CallsBackAgainAfterACallbackThatThrew)
+{
+    static int calls;
+    calls = 0;
+    const LogCallback callback = [](const char*) {
+        ++calls;
+        throw std::bad_alloc();
+    };
+    logging::Configure(1, false, std::make_shared<LogOutput>(LogOutput::Settings{.callback = callback, .tag = "t", .path = {}}));
+    WriteLog_G("first");
+    WriteLog_G("second");
+    logging::Configure(0, false, nullptr);
+    EXPECT_EQ(calls, 2);
 }
 
 TEST(LogOutput, LosesTheLinesOfABusyFileButNotTheCallback)

@@ -51,10 +51,13 @@ TEST(CryptoFile, ReadsAndWritesWhatLiesInTheFile)
     file.Close();
     EXPECT_EQ(CCryptoFile::Size(Name(directory)), 13);
 
-    CCryptoFile appended(Name(directory), CCryptoFile::Mode::append);
-    EXPECT_TRUE(Put(appended, "end", 0));
-    EXPECT_EQ(appended.CurrentPos(), 16U);
-    EXPECT_EQ(CCryptoFile::Size(Name(directory)), 16);
+    for (const CCryptoFile::Mode mode : {CCryptoFile::Mode::append, CCryptoFile::Mode::appendShared}) {
+        const auto before = static_cast<std::uint32_t>(CCryptoFile::Size(Name(directory)));
+        CCryptoFile appended(Name(directory), mode);
+        EXPECT_TRUE(Put(appended, "end", 0));
+        EXPECT_EQ(appended.CurrentPos(), before + 3);
+        EXPECT_EQ(CCryptoFile::Size(Name(directory)), before + 3);
+    }
 }
 
 TEST(CryptoFile, EraseMovesTheTailUp)
@@ -92,7 +95,7 @@ TEST(CryptoFile, ReadsUpToTheLastIndex)
     EXPECT_EQ(file.CurrentPos(), 0xFFFFFFFFU);
 }
 
-TEST(CryptoFile, FailuresAreToldAndChangeNothing)
+TEST(CryptoFile, FailuresAreReportedAndChangeNothing)
 {
     const TemporaryDirectory directory;
     CCryptoFile file;

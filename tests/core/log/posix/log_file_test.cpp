@@ -51,11 +51,13 @@ TEST(LogFile, HoldsWholeLinesAloneOnAFullDisk)
     const std::string path = directory / u8"full.LOG";
     const CollectedLog log(1, path);
     WriteLog_G("before");
+    const std::uintmax_t size = std::filesystem::file_size(path);
     {
-        const FileSizeLimit limit(std::filesystem::file_size(path) + 30);
+        const FileSizeLimit limit(size + 30);
         ASSERT_TRUE(limit.isSet());
         WriteLog_G("does not fit");
     }
+    EXPECT_EQ(std::filesystem::file_size(path), size);
     WriteLog_G("after");
     EXPECT_EQ(TextsOfFile(path, CollectedLog::tag), (std::vector<std::string>{"before", "after"}));
 }
