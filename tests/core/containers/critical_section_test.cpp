@@ -83,7 +83,7 @@ TEST(CriticalSection, TryingSkipsABusySection)
     EXPECT_THAT(texts[1], ContainsRegex(start + "1$"));
 }
 
-TEST(CriticalSection, BlockingTellsBeforeItWaits)
+TEST(CriticalSection, BlockingIsLoggedBeforeTheWait)
 {
     CCryptoCS section("busy one");
     std::promise<std::string> said;

@@ -8,8 +8,11 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <future>
+#include <latch>
 #include <string>
 #include <thread>
+#include <vector>
 
 using namespace ccrypto;
 
@@ -115,6 +118,31 @@ TEST(LastFailure, BelongsToItsThread)
     }
     EXPECT_EQ(Shown(ccrypto::LastFailure()), "none");
     EXPECT_EQ(CCryptoErrorHandler::LastErrorText(), "");
+}
+
+TEST(LastFailure, IsRememberedForTheLast64Threads)
+{
+    for (const int others : {63, 64}) {
+        CCryptoAutoLogger("Own", LoggerMode::quiet).fail(false, "reason");
+        // Threads that live at once have numbers of their own.
+        std::latch failed(others);
+        std::promise<void> seen;
+        const std::shared_future<void> maySay = seen.get_future().share();
+        std::vector<std::thread> threads;
+        for (int count = 0; count < others; ++count) {
+            threads.emplace_back([&failed, maySay] {
+                CCryptoAutoLogger("Other", LoggerMode::quiet).fail(false, "reason");
+                failed.count_down();
+                maySay.wait();
+                ccrypto::ForgetFailure();
+            });
+        }
+        failed.wait();
+        EXPECT_EQ(Shown(ccrypto::LastFailure()), others < 64 ? "Own|reason|0" : "none");
+        seen.set_value();
+        for (std::thread& thread : threads)
+            thread.join();
+    }
 }
 
 TEST(LastFailure, TakesABoundedTextWithoutItsLineEndFromTheSystem)

@@ -26,7 +26,7 @@ void Attend(void* argument)
     meeting.ended = true;
 }
 
-/// Never ends by itself; once it has begun it takes no lock that its forced end would leave behind.
+/// Never ends by itself; once it has begun it takes no lock that its forced end would leave locked.
 void Spin(void* argument)
 {
     *static_cast<std::atomic<bool>*>(argument) = true;

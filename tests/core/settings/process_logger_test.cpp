@@ -1,4 +1,6 @@
 #include "core/base/build_date.h"
+#include "core/diagnostics/error_descriptions.h"
+#include "core/diagnostics/log_nesting.h"
 #include "core/log/log.h"
 #include "core/log/log_writers.h"
 #include "core/platform/clock.h"
@@ -17,6 +19,7 @@
 #include <cctype>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <utility>
@@ -102,7 +105,41 @@ TEST_F(ProcessLogger, FramesTheLogInBanners)
                      std::string(40, '='), "---------- END " + version + " ----------", std::string(40, '=')}));
 }
 
-TEST_F(ProcessLogger, TellsTheBuildDateAsMonthDayAndYear)
+TEST_F(ProcessLogger, ShowsTheBeginningOfALongFolder)
+{
+    Set("debugLevel", "1");
+    Set("debugDir", directory());
+    const TemporaryDirectory other;
+    const std::filesystem::path deep = other.path() / std::string(120, 'a') / std::string(20, 'b');
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::create_directories(deep);
+    std::filesystem::current_path(deep);
+    {
+        const CCryptoProcessLogger process(nullptr, product, tag);
+    }
+    const std::string shown = "Current directory: " + platform::CurrentDirectory().substr(0, 128);
+    std::filesystem::current_path(before);
+    EXPECT_EQ(texts(DatedName(""))[3], shown);
+}
+
+TEST_F(ProcessLogger, LeavesNothingAtItsEnd)
+{
+    const TemporaryDirectory folder;
+    const std::string descriptions = folder / u8"errors.xml";
+    std::ofstream(descriptions) << "<settings><ErrorCode_5>described</ErrorCode_5></settings>";
+    Set("debugLevel", "1");
+    Set("debugDir", directory());
+    {
+        const CCryptoProcessLogger process(nullptr, product, tag);
+        ASSERT_TRUE(CCryptoErrorHandler::LoadXmlErrorsDesriptions(CCryptoString(descriptions.c_str())));
+        EXPECT_EQ(ErrorDescription(5), "described");
+        EXPECT_GT(logging::CountedThreads(), 0u);
+    }
+    EXPECT_EQ(ErrorDescription(5), "");
+    EXPECT_EQ(logging::CountedThreads(), 0u);
+}
+
+TEST_F(ProcessLogger, ShowsTheBuildDateAsMonthDayAndYear)
 {
     std::string shape = buildDate;
     for (char& character : shape) {

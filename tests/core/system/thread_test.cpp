@@ -10,6 +10,8 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <functional>
 #include <future>
 #include <stdexcept>
@@ -24,7 +26,7 @@ using ::testing::HasSubstr;
 
 namespace {
 
-/// Runs until it is told to end.
+/// Runs until it is asked to end.
 class Worker : public CCryptoThread {
 public:
     ~Worker() override
@@ -36,9 +38,9 @@ public:
     void awaitBegin() { begun_.get_future().wait(); }
     void end()
     {
-        if (!told_)
+        if (!asked_)
             mayEnd_.set_value();
-        told_ = true;
+        asked_ = true;
     }
     std::uint32_t idInside() const { return idInside_; }
 
@@ -54,7 +56,7 @@ private:
     std::promise<void> begun_;
     std::promise<void> mayEnd_;
     std::uint32_t idInside_ = 0;
-    bool told_ = false;
+    bool asked_ = false;
 };
 
 std::string Numbered(const char* format, std::uint32_t id)
@@ -110,7 +112,7 @@ TEST(CryptoThreadDeathTest, IsEndedByForceAfterTheTotalTime)
     InChildProcess([] {
         std::atomic<bool> begun = false;
         CCryptoThread thread([&] {
-            // From here on it takes no lock that its forced end would leave behind.
+            // From here on it takes no lock that its forced end would leave locked.
             begun = true;
             for (volatile unsigned turns = 0;;)
                 turns = turns + 1;
@@ -168,6 +170,62 @@ TEST(CryptoThreadDeathTest, ForceLeavesTheLogUsable)
             EXPECT_EQ(log.texts().back(), "the log goes on");
         });
     }
+}
+
+TEST(CryptoThreadDeathTest, TheResponseTimeIsPartOfTheTotal)
+{
+    InChildProcess([] {
+        std::atomic<bool> stillRunning = false;
+        CCryptoThread thread([&] {
+            while (!stillRunning) {}
+            // Long after a wait of nothing, and well within another second.
+            const std::int64_t end = platform::MonotonicMilliseconds() + 300;
+            while (platform::MonotonicMilliseconds() < end) {}
+        });
+        const CapturedLog log([&](const std::string& text) { stillRunning = stillRunning || text == "Still running"; });
+        ASSERT_TRUE(thread.start());
+        EXPECT_FALSE(thread.wait(1000, 1000));
+    });
+}
+
+TEST(CryptoThreadDeathTest, ForceSparesAThreadInsideTheLog)
+{
+    InChildProcess([] {
+        std::promise<void> inside;
+        std::promise<void> mayLeave;
+        const CapturedLog log([&](const std::string& text) {
+            if (text != "a line")
+                return;
+            inside.set_value();
+            mayLeave.get_future().wait();
+        });
+        CCryptoThread thread([] { WriteLog_G("a line"); });
+        ASSERT_TRUE(thread.start());
+        inside.get_future().wait();
+        EXPECT_FALSE(thread.wait(0, 0));
+        EXPECT_TRUE(thread.isRunning());
+        EXPECT_THAT(log.texts(), Contains(HasSubstr("The thread cannot be ended")));
+        mayLeave.set_value();
+        std::_Exit(::testing::Test::HasFailure() ? 1 : 0);
+    });
+}
+
+TEST(CryptoThread, ReportsTheNumberOfUninitialisedMemory)
+{
+    CCryptoThread thread([] {});
+    ASSERT_TRUE(thread.start());
+    ASSERT_TRUE(thread.wait(CCryptoThread::waitForever, 0));
+    // As if the object had been lost and its memory filled anew.
+    const std::uint32_t number = thread.id();
+    constexpr std::uint32_t uninitialised = 0xCDCDCDCD;
+    auto* const bytes = reinterpret_cast<unsigned char*>(&thread);
+    for (std::size_t offset = 0; offset < sizeof thread; offset += sizeof number) {
+        if (std::memcmp(bytes + offset, &number, sizeof number) == 0)
+            std::memcpy(bytes + offset, &uninitialised, sizeof number);
+    }
+    const CapturedLog log;
+    EXPECT_TRUE(thread.wait(0, 0));
+    EXPECT_THAT(log.texts(), Contains("ERROR in CCryptoThread::wait: FATAL ERROR!"));
 }
 
 TEST(CryptoThread, StartsAgainAndIsAwaitedByItsDestructor)

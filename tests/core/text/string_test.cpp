@@ -33,8 +33,8 @@ TEST(ClassifyText, FollowsCompleteSequencesWhereverTheTextIsCut)
         {"a sequence cut short", "\xC3x", TextKind::Plain},
         {"a sequence cut by the end", "\xC3\xA4\xE2\x82", TextKind::Plain},
         {"a broken sequence after a whole one", "\xC3\xA4\xC3x", TextKind::Plain},
-        {"a stray continuation byte is passed over", "\x80\xC3\xA4", TextKind::Utf8},
-        {"bytes that no sequence holds are passed over", "\xF8\xFF\xC3\xA4", TextKind::Utf8},
+        {"a stray continuation byte is ignored", "\x80\xC3\xA4", TextKind::Utf8},
+        {"bytes that no sequence holds are ignored", "\xF8\xFF\xC3\xA4", TextKind::Utf8},
     };
     for (const ClassifyCase& each : cases) {
         SCOPED_TRACE(each.name);

@@ -1,6 +1,8 @@
 #include "core/platform/named_mutex.h"
 #include "core/platform/process.h"
 
+#include <errno.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -87,6 +89,22 @@ TEST_F(LockFileTest, ARemovedFileDoesNotSplitTheMutex)
     first.unlock();
     EXPECT_TRUE(second.lock(0));
     EXPECT_FALSE(first.lock(0));
+}
+
+TEST_F(LockFileTest, IsNothingThatSomebodyPlanted)
+{
+    const std::string elsewhere = path() + ".elsewhere";
+    const int file = open(elsewhere.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0666);
+    ASSERT_GE(file, 0);
+    close(file);
+    NamedMutex mutex;
+    ASSERT_EQ(symlink(elsewhere.c_str(), path().c_str()), 0);
+    EXPECT_FALSE(mutex.open(name()));
+    ASSERT_EQ(unlink(path().c_str()), 0);
+    ASSERT_EQ(mkfifo(path().c_str(), 0666), 0);
+    EXPECT_FALSE(mutex.open(name()));
+    EXPECT_EQ(platform::LastError(), std::uint32_t{EINVAL});
+    unlink(elsewhere.c_str());
 }
 
 TEST_F(LockFileTest, IsOpenToEveryone)
