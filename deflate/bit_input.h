@@ -18,7 +18,7 @@ public:
     BitInput& operator=(const BitInput&) = delete;
     ~BitInput() { platform::SecureWipe(&bits_, sizeof bits_); }
 
-    /// The next piece, which must stay until it is used up or another one takes its place.
+    /// The next piece, which must remain valid until it is used up or another one takes its place.
     void give(std::span<const std::uint8_t> piece)
     {
         given_ -= rest().size();
@@ -35,7 +35,7 @@ public:
             count_ += 8;
         }
     }
-    /// Whether `count` bits, 56 at most, are to be had.
+    /// Whether `count` bits, 56 at most, are available.
     bool has(std::uint32_t count)
     {
         if (count_ < count)

@@ -53,7 +53,7 @@ bool DeflateReader::step(std::span<const std::uint8_t>& input)
     default:
         break;
     }
-    // Behind a member stands another, or padding, or nothing.
+    // After a member comes another, or padding, or nothing.
     if (format_ == DeflateFormat::gzip && input.front() == CCryptoGZIPHeader::firstMark)
         return readHeader(input);
     return readPadding(input);

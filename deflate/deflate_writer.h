@@ -16,7 +16,7 @@ public:
     /// `level` is 1 to 9.
     DeflateWriter(DeflateFormat format, DeflateSink sink, int level);
 
-    /// \return false when the header cannot be written or the sink stopped; nothing goes on then. So with the others.
+    /// \return false when the header cannot be written or the sink stopped; nothing goes on then. Write and Finish fail likewise.
     bool Start(const CCryptoGZIPHeader& header);
     bool Write(std::span<const std::uint8_t> piece);
     bool Finish();

@@ -55,7 +55,7 @@ private:
     static constexpr std::size_t farthestShort = 4096;
 
     WipedArray<std::uint8_t> window_;
-    /// By hash; 0 is none. What stands at position 0 is found by nobody.
+    /// By hash; 0 is none. What stands at position 0 is never found.
     WipedArray<std::uint16_t> latest_;
     WipedArray<std::uint16_t> latestShort_;
     /// By position modulo the window: the one before with the same hash.

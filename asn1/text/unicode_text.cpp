@@ -44,7 +44,7 @@ std::size_t ReadCharacter(std::string_view text, std::uint32_t& codePoint)
     const std::string_view window = text.substr(0, 4);
     const std::uint32_t taken = DecodeUtf8({reinterpret_cast<const std::uint8_t*>(window.data()), window.size()}, codePoint);
     const bool isSurrogate = IsHighSurrogate(codePoint) || IsLowSurrogate(codePoint);
-    const bool isCharacter = taken > 1 && taken == Utf8Length(codePoint) && !isSurrogate && codePoint <= largestCodePoint;
+    const bool isCharacter = taken > 1 && taken == Utf8Length(codePoint) && !isSurrogate && codePoint <= maxCodePoint;
     return isCharacter ? taken : 0;
 }
 
@@ -69,8 +69,7 @@ bool IsXmlCharacter(std::uint32_t codePoint)
 {
     if (codePoint < 0x20)
         return codePoint == '\t' || codePoint == '\n' || codePoint == '\r';
-    return codePoint < 0xD800 ||
-           (codePoint >= 0xE000 && codePoint <= largestCodePoint && codePoint != 0xFFFE && codePoint != 0xFFFF);
+    return codePoint < 0xD800 || (codePoint >= 0xE000 && codePoint <= maxCodePoint && codePoint != 0xFFFE && codePoint != 0xFFFF);
 }
 
 bool IsXmlText(std::string_view text)

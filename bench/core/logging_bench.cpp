@@ -79,7 +79,8 @@ void BareAppend(benchmark::State& state)
 {
     const LogFile file;
     platform::NamedMutex mutex;
-    mutex.open((std::string("AutoLogger_") + tag).c_str());
+    if (!mutex.open((std::string("AutoLogger_") + tag).c_str()))
+        state.SkipWithError("The mutex cannot be opened");
     const std::string line = std::string("2026-11-22 20:53:07:042 1A2C 0F30 ") + tag + " -" + lineText + "\n";
     for (auto _ : state) {
         if (!mutex.lock(1000)) {

@@ -31,8 +31,8 @@ Bytes FileBytes(const std::filesystem::path& path)
 Bytes Sources()
 {
     std::vector<std::filesystem::path> paths;
-    for (const char* room : {"core", "asn1", "ipc", "shellext", "tools", "tests"}) {
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(std::filesystem::path(SOURCE_TREE) / room)) {
+    for (const char* module : {"core", "asn1", "ipc", "shellext", "tools", "tests"}) {
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(std::filesystem::path(SOURCE_TREE) / module)) {
             if (entry.path().extension() == ".cpp" || entry.path().extension() == ".h")
                 paths.push_back(entry.path());
         }

@@ -9,7 +9,7 @@ namespace ccrypto {
 
 enum class LockMode {
     blocking, ///< waits for the owner, after a line in the log
-    quiet,    ///< waits without a word: for the sections that the log itself needs
+    quiet,    ///< waits without logging: for the sections that the log itself needs
     trying,   ///< fails, after a line in the log, when another thread owns the section
 };
 

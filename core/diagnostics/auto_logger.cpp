@@ -39,7 +39,7 @@ constexpr StatusWords statusWords[] = {
     {" - OUT WITH ERROR", " - ERROR", "ERROR: "},
 };
 
-// Without the leading blank: a number that is no status shows by its look.
+// Without the leading blank, which makes a number outside of the enumeration visible.
 constexpr StatusWords unknownStatusWords = {"- OUT", "- OUT", ""};
 
 const StatusWords& WordsOf(ResultStatus status)

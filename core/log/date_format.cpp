@@ -59,7 +59,7 @@ public:
 
     void put(std::string_view text)
     {
-        const std::size_t count = std::min(text.size(), maximumTimeText - length_);
+        const std::size_t count = std::min(text.size(), maxTimeText - length_);
         std::copy_n(text.begin(), count, buffer_.data() + length_);
         length_ += count;
     }

@@ -22,8 +22,8 @@
 
 namespace ccrypto {
 
-constexpr std::size_t maximumTimeText = 50;
-using TimeTextBuffer = std::array<char, maximumTimeText + 1>;
+constexpr std::size_t maxTimeText = 50;
+using TimeTextBuffer = std::array<char, maxTimeText + 1>;
 
 /// Writes `time` to `buffer`, zero-terminated; a malformed token becomes "<ERROR>". The fields are written as they are, in the
 /// calendar or not. What exceeds the buffer is cut off.

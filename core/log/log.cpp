@@ -53,7 +53,7 @@ void WriteLine(std::uint32_t depth, std::string_view timingPrefix, std::string_v
     try {
         output->deliver(line);
     } catch (const std::bad_alloc&) {
-        // The line is lost, as with a full disk: destructors and the last words of a process without memory come here.
+        // The line is lost, as with a full disk: destructors write lines, and so does a process that ends for want of memory.
     }
     platform::SetLastError(lastError);
 }

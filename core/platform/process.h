@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-/// What the library asks of the operating system, answered once for Windows and once for POSIX. Texts are UTF-8.
+/// The running process and its system. Texts are UTF-8.
 namespace ccrypto::platform {
 
 std::uint32_t CurrentProcessId();

@@ -139,7 +139,7 @@ bool CCryptoChar::writeLatin1(CCryptoStream& stream) const
 
 bool CCryptoChar::writeUtf16(CCryptoStream& stream) const
 {
-    if (codePoint_ > largestCodePoint)
+    if (codePoint_ > maxCodePoint)
         return false;
     if (codePoint_ == 0xD800)
         return FailWrite("Can't encode as UTF16");

@@ -32,7 +32,7 @@ public:
             flush(3);
     }
 
-    /// Hands out what a last group of two or three digits holds; a single digit is no byte and is dropped.
+    /// Hands out what a last group of two or three digits holds; a single digit does not make a byte and is dropped.
     /// \return false when the last group is not complete with its padding, or without any.
     bool finish(std::uint32_t padding)
     {

@@ -14,7 +14,7 @@
 
 namespace ccrypto {
 
-/// An arithmetic type other than `Number`, which the compiler would convert to it unasked.
+/// An arithmetic type other than `Number`, which the compiler would convert to it implicitly.
 template <typename Type, typename Number>
 concept ArithmeticBut = std::is_arithmetic_v<Type> && !std::same_as<Type, Number>;
 
@@ -78,13 +78,13 @@ public:
     /// The byte at `index`; past the end 0, logged as "Const buffer overflow access: %d>%d".
     std::uint8_t operator[](std::uint32_t index) const;
 
-    /// Room after the last byte.
+    /// Capacity after the last byte.
     std::uint32_t spare() const { return capacity_ - length_; }
-    /// Makes room for `count` more bytes.
+    /// Makes sure of capacity for `count` more bytes.
     void makeRoom(std::uint64_t count) { reserve(LengthOf(length_ + count)); }
     /// Extends the length over `count` bytes, at most spare(), already written past the end.
     void lengthen(std::uint32_t count) { length_ += count; }
-    /// Makes room for `size` bytes in all. A capacity that must grow becomes exactly `size` the first time and
+    /// Makes sure of capacity for `size` bytes in all. A capacity that must grow becomes exactly `size` the first time and
     /// size + max(256, 0.2 * size) after that. Large storage that has to grow again is doubled, so that a long text made of many
     /// pieces is seldom moved.
     void reserve(std::uint32_t size)
@@ -94,7 +94,7 @@ public:
     }
     /// Truncates, or appends zero bytes.
     void resize(std::uint32_t length);
-    /// The bytes may be the element's own; a null pointer stands for none. Afterwards there is room for `spare` more bytes.
+    /// The bytes may be the element's own; a null pointer stands for none. Afterwards there is capacity for `spare` more bytes.
     void append(const void* bytes, std::uint32_t length, std::uint32_t spare = 0)
     {
         if (std::uint64_t{length_} + length + spare > capacity_) {
@@ -107,7 +107,7 @@ public:
     void append(std::string_view text, std::uint32_t spare = 0) { append(text.data(), LengthOf(text.size()), spare); }
     void append(std::uint8_t single) { append(&single, 1); }
     void assign(const void* bytes, std::uint32_t length);
-    /// Removes up to `count` bytes from `index` on, and wipes the room they leave.
+    /// Removes up to `count` bytes from `index` on, and wipes the bytes that become free.
     void erase(std::uint32_t index, std::uint32_t count);
     /// Wipes the bytes and keeps the storage and the type.
     void clear();

@@ -244,7 +244,7 @@ bool element::toUtf16(element& units) const
         const std::uint32_t taken = type() == ElementType::utf8Text ? DecodeUtf8(bytes().subspan(index), codePoint) : 1;
         // An overlong form may hide a zero or a separator from whoever looks at the bytes.
         const bool decoded = taken == 1 || (taken != 0 && taken == Utf8Length(codePoint));
-        valid = decoded && codePoint <= largestCodePoint;
+        valid = decoded && codePoint <= maxCodePoint;
         if (!valid)
             WriteErrorEx_G("%s", decoded ? "Character encoding failed!" : "Character decoding failed!");
         index += taken;

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-// Windows' headers declare a global type `boolean`, which a scoped enumerator does no harm to.
+// Windows' headers declare a global type `boolean`, which a scoped enumerator cannot clash with.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wshadow"
 

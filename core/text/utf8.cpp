@@ -18,15 +18,15 @@ std::uint32_t EncodeUtf8(std::uint32_t codePoint, std::uint8_t* bytes)
     return continuations + 1;
 }
 
-std::string_view Utf8Prefix(std::string_view text, std::size_t most)
+std::string_view Utf8Prefix(std::string_view text, std::size_t maxBytes)
 {
-    if (text.size() <= most)
+    if (text.size() <= maxBytes)
         return text;
-    std::size_t end = most;
-    while (end > 0 && most - end < 3 && IsUtf8Continuation(static_cast<std::uint8_t>(text[end])))
+    std::size_t end = maxBytes;
+    while (end > 0 && maxBytes - end < 3 && IsUtf8Continuation(static_cast<std::uint8_t>(text[end])))
         --end;
     // More continuation bytes than a character has belong to none.
-    return text.substr(0, IsUtf8Continuation(static_cast<std::uint8_t>(text[end])) ? most : end);
+    return text.substr(0, IsUtf8Continuation(static_cast<std::uint8_t>(text[end])) ? maxBytes : end);
 }
 
 std::uint64_t Utf8Length(std::u16string_view units)
@@ -66,7 +66,7 @@ void EncodeUtf8(std::u16string_view units, std::uint8_t* bytes)
 
 bool EncodeUtf8(std::uint32_t codePoint, element& target)
 {
-    if (codePoint > largestUtf8CodePoint)
+    if (codePoint > maxUtf8CodePoint)
         return false;
     std::uint8_t bytes[4];
     target.append(bytes, EncodeUtf8(codePoint, bytes));

@@ -9,8 +9,8 @@
 namespace ccrypto {
 
 /// The largest code point that four UTF-8 bytes can carry, beyond what Unicode assigns.
-constexpr std::uint32_t largestUtf8CodePoint = 0x1FFFFF;
-constexpr std::uint32_t largestCodePoint = 0x10FFFF;
+constexpr std::uint32_t maxUtf8CodePoint = 0x1FFFFF;
+constexpr std::uint32_t maxCodePoint = 0x10FFFF;
 
 constexpr bool IsHighSurrogate(std::uint32_t unit)
 {
@@ -46,8 +46,8 @@ std::uint32_t EncodeUtf8(std::uint32_t codePoint, std::uint8_t* bytes);
 /// Appends one to four bytes. Surrogates are encoded like any other value. \return false, nothing appended, above 0x1FFFFF.
 bool EncodeUtf8(std::uint32_t codePoint, element& target);
 
-/// The first `most` bytes of `text`, or up to three fewer so that no character is cut.
-[[nodiscard]] std::string_view Utf8Prefix(std::string_view text, std::size_t most);
+/// The first `maxBytes` bytes of `text`, or up to three fewer so that no character is cut.
+[[nodiscard]] std::string_view Utf8Prefix(std::string_view text, std::size_t maxBytes);
 
 /// How many bytes `units` take in UTF-8.
 std::uint64_t Utf8Length(std::u16string_view units);

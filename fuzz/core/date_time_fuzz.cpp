@@ -30,7 +30,7 @@ void CheckPattern(const std::string& pattern, std::string_view text)
         Require(time.year == -2147483647 && time.millisecond == 2147483647);
     TimeTextBuffer buffer;
     const std::string_view written = FormatCalendarTime(time, pattern.c_str(), buffer);
-    Require(written.size() <= maximumTimeText && buffer[written.size()] == '\0');
+    Require(written.size() <= maxTimeText && buffer[written.size()] == '\0');
 }
 
 } // namespace

@@ -171,7 +171,7 @@ Traces TracesOf(Use use, Arguments&&... arguments)
     auto* const object = new (storage.data()) Object(std::forward<Arguments>(arguments)...);
     use(*object);
     Traces traces{.during = seen(), .after = {}};
-    // Through a pointer whose target the compiler does not know: to it, an object leaves nothing behind.
+    // Through a pointer that is opaque to the optimiser, which takes the content of a destroyed object as dead.
     void (*volatile end)(Object*) = [](Object* ended) { ended->~Object(); };
     end(object);
     traces.after = seen();

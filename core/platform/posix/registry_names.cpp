@@ -30,7 +30,7 @@ std::string Folded(std::string_view name)
 template <typename Visit>
 void ForEachEntry(int directory, Visit visit)
 {
-    // Opened anew, since descriptors that are duplicated share one reading position.
+    // Opened again, since descriptors that are duplicated share one reading position.
     OwnedDescriptor copy(openat(directory, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!copy)
         return;

@@ -21,11 +21,11 @@ namespace {
 /// What owner and thread share.
 struct ThreadState {
     pthread_t handle{};
-    bool toldToLeave = false;
+    bool isSignalled = false;
     std::atomic<bool (*)()> mayEndNow = nullptr;
-    /// Set by the thread when it leaves because it was told to.
+    /// Set by the thread when it leaves by force.
     std::atomic<bool> leaves = false;
-    /// Joined, or ended by force; there is no handle any more.
+    /// Joined, or ended by force: the handle is no longer valid.
     bool gone = false;
 };
 
@@ -106,7 +106,7 @@ bool HasLeftTheSystem(std::uint32_t id)
     return syscall(SYS_tgkill, getpid(), static_cast<pid_t>(id), 0) != 0 && errno == ESRCH;
 }
 
-/// Tells a thread to leave, again and again until it does.
+/// Signals a thread to leave, again and again until it does.
 bool AwaitLeaving(ThreadState& state, std::uint32_t id, std::uint32_t milliseconds)
 {
     for (std::uint32_t waited = 0; !HasLeftTheSystem(id); ++waited) {
@@ -134,8 +134,8 @@ void Thread::Kind::close(Value value)
     if (state->gone)
         return;
     pthread_detach(state->handle);
-    // A thread that was told to leave may still come to say that it does.
-    if (state->toldToLeave)
+    // A thread that was signalled to leave may still write to its state.
+    if (state->isSignalled)
         static_cast<void>(state.release());
 }
 
@@ -164,7 +164,7 @@ bool Thread::wait(std::uint32_t milliseconds)
     auto* const state = static_cast<ThreadState*>(state_.get());
     if (state == nullptr || state->gone)
         return true;
-    if (state->toldToLeave)
+    if (state->isSignalled)
         return AwaitLeaving(*state, id_, milliseconds);
     int error = 0;
     if (milliseconds == waitForever) {
@@ -186,7 +186,7 @@ bool Thread::terminate(bool (*mayEndNow)())
     // A thread that is stuck in the kernel must not hold up the caller.
     constexpr std::uint32_t deliveryTime = 1000;
     state->mayEndNow = mayEndNow;
-    state->toldToLeave = true;
+    state->isSignalled = true;
     return AwaitLeaving(*state, id_, deliveryTime);
 }
 

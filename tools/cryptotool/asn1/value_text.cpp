@@ -50,7 +50,7 @@ bool DecodeWide(std::span<const std::uint8_t> value, std::size_t unit, std::stri
         std::uint32_t codePoint = 0;
         for (std::size_t byte = 0; byte < unit; ++byte)
             codePoint = codePoint << 8 | value[place + byte];
-        if (codePoint > largestCodePoint)
+        if (codePoint > maxCodePoint)
             return false;
         if (codePoint > 0xFFFF)
             units.push_back(static_cast<char16_t>(0xD7C0 + (codePoint >> 10)));
