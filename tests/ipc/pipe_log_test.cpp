@@ -115,10 +115,9 @@ TEST(PipeLog, SaysThatTheServerStayedBusy)
     const std::string name = peers::FreshPipeName();
     const platform::ScopedHandle server = peers::Listen(name);
     const platform::ScopedHandle otherClient = peers::Connect(name);
-    CurrentSession().busyTimeout = rightAway;
+    const peers::BusyTimeout busyTimeout(rightAway);
     const CapturedLog busy;
     EXPECT_FALSE(CCryptoPipeClient(name.c_str(), 4, false).CallWithoutReading());
-    CurrentSession().busyTimeout = 15000;
     EXPECT_THAT(busy.texts(), IsSupersetOf<std::string>({"ERROR: Timeout", "CCryptoPipeClient::CallWithoutReading - OUT WITH ERROR",
                                                          "ERROR: Failed to open pipe; Server not running?"}));
 }

@@ -2,6 +2,7 @@
 #include "ipc/pipe_server.h"
 #include "tests/ipc/raw_peers.h"
 #include "tests/ipc/wire_bytes.h"
+#include "tests/support/kernel_handles.h"
 #include "tests/support/replaced_import.h"
 
 #include <gtest/gtest.h>
@@ -165,13 +166,6 @@ TEST(PipeSystemCalls, WaitsHaveTheirTimeouts)
     EXPECT_EQ(WaitForSingleObject(firstOfWait, 0), WAIT_OBJECT_0) << "manual reset";
 }
 
-/// The lowest handle value that is free, since the system hands out the lowest.
-std::uintptr_t FirstFreeHandle()
-{
-    const platform::ScopedHandle probe(CreateEventA(nullptr, TRUE, FALSE, nullptr));
-    return reinterpret_cast<std::uintptr_t>(probe.get());
-}
-
 TEST(PipeSystemCalls, EveryHandleIsGivenBack)
 {
     const auto exchange = [] {
@@ -187,10 +181,10 @@ TEST(PipeSystemCalls, EveryHandleIsGivenBack)
         EXPECT_FALSE(missing.Call());
     };
     exchange();
-    const std::uintptr_t before = FirstFreeHandle();
+    const std::uint32_t before = HighestHandleNumber();
     for (int round = 0; round < 10; ++round)
         exchange();
-    EXPECT_EQ(FirstFreeHandle(), before);
+    EXPECT_EQ(HighestHandleNumber(), before);
 }
 
 } // namespace

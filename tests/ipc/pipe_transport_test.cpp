@@ -168,11 +168,10 @@ TEST(PipeTransport, BusyServerIsReportedAfterTheWait)
     ASSERT_TRUE(otherClient);
 
     EXPECT_EQ(CurrentSession().busyTimeout, 15000U);
-    CurrentSession().busyTimeout = peers::soon;
+    const peers::BusyTimeout busyTimeout(peers::soon);
     CCryptoPipeClient client(name.c_str(), 1, false);
     EXPECT_FALSE(client.Call());
     EXPECT_EQ(client.status(), CCryptoPipeRequestData::statusBusy);
-    CurrentSession().busyTimeout = 15000;
 }
 
 TEST(PipeTransport, PipeThatCannotBeOpenedIsNotTriedAgain)

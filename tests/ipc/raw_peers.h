@@ -1,10 +1,12 @@
 #pragma once
 
 #include "core/platform/win32/scoped_handle.h"
+#include "ipc/session.h"
 
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// The other end of a pipe, by plain blocking Win32 calls, so that it can do what the library's own never would.
@@ -13,6 +15,18 @@ namespace ccrypto::peers {
 /// Time-outs in milliseconds: one that a test waits out, and one that it does not.
 inline constexpr std::uint32_t soon = 100;
 inline constexpr std::uint32_t never = 600000;
+
+/// How long clients wait for a busy server while one lives.
+class BusyTimeout {
+public:
+    explicit BusyTimeout(std::uint32_t milliseconds) : before_(std::exchange(CurrentSession().busyTimeout, milliseconds)) {}
+    ~BusyTimeout() { CurrentSession().busyTimeout = before_; }
+    BusyTimeout(const BusyTimeout&) = delete;
+    BusyTimeout& operator=(const BusyTimeout&) = delete;
+
+private:
+    std::uint32_t before_;
+};
 
 /// A pipe name that no other test of any process uses.
 inline std::string FreshPipeName()

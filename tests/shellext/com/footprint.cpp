@@ -1,5 +1,7 @@
 #include "tests/shellext/com/footprint.h"
 
+#include "tests/support/kernel_handles.h"
+
 #include <windows.h>
 
 #include <algorithm>
@@ -79,20 +81,13 @@ std::uint32_t HighestUserNumber()
     return highest;
 }
 
-std::uint32_t LowestFreeHandle()
-{
-    const HANDLE probe = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    CloseHandle(probe);
-    return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(probe) / 4);
-}
-
 } // namespace
 
 namespace ccrypto {
 
 Footprint Footprint::Now()
 {
-    return {AllocatedInHeaps(), PrivateBytes(), GdiObjectCount(), HighestUserNumber(), LowestFreeHandle()};
+    return {AllocatedInHeaps(), PrivateBytes(), GdiObjectCount(), HighestUserNumber(), HighestHandleNumber()};
 }
 
 Footprint Footprint::operator-(const Footprint& before) const

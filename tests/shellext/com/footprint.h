@@ -13,7 +13,7 @@ struct Footprint {
     std::size_t privateBytes = 0;    ///< committed pages that are not of a file
     std::uint32_t gdiObjects = 0;    ///< of every kind
     std::uint32_t userObjects = 0;   ///< by the highest number that is free: it rises with what is not given back
-    std::uint32_t kernelHandles = 0; ///< by the lowest number that is free
+    std::uint32_t kernelHandles = 0; ///< by the highest number, see HighestHandleNumber
 
     /// Counts anew.
     static Footprint Now();
