@@ -1,0 +1,16 @@
+function(ccrypto_bench name)
+    if(NOT CCRYPTO_BENCH)
+        return()
+    endif()
+    ccrypto_arguments("" "" "" ${ARGN})
+    ccrypto_benchmark()
+    ccrypto_program(${name} SOURCES ${ccrypto_FILES} LINKS ${ccrypto_LINKS} benchmark::benchmark benchmark::benchmark_main)
+    add_dependencies(benches ${name})
+    file(APPEND "${PROJECT_BINARY_DIR}/benches.txt" "${name}${CMAKE_EXECUTABLE_SUFFIX}\n")
+endfunction()
+
+if(CCRYPTO_BENCH)
+    # scripts/bench builds this target and runs the programs of this list.
+    add_custom_target(benches)
+    file(WRITE "${PROJECT_BINARY_DIR}/benches.txt" "")
+endif()
