@@ -182,6 +182,24 @@ TEST(KeyPair, BothSidesAgreeOnOneSecret)
     }
 }
 
+TEST(KeyPair, OfX25519AgreesWithNoKeyForSignatures)
+{
+    // Both have 32 bytes that could be taken for a point.
+    CCryptoECKeyPair ours(CCryptoEC::Generate(algorithm::x25519));
+    const CCryptoEddsaKeyPair other(EddsaKey::Generate(algorithm::ed25519));
+    EXPECT_TRUE(ours.agree(other).isEmpty());
+    EXPECT_FALSE(ours.agree(ours).isEmpty());
+}
+
+TEST(KeyPair, OfACurveKnowsTheLengthOfItsLongestSignature)
+{
+    // SEQUENCE and two INTEGERs, each with a leading zero byte (RFC 3279, 2.2.3).
+    const std::pair<algorithm::Id, std::uint32_t> sizes[] = {
+        {algorithm::prime256v1, 72}, {algorithm::secp384r1, 104}, {algorithm::secp521r1, 141}};
+    for (const auto& [curve, size] : sizes)
+        EXPECT_EQ(KeyOf(curve)->signer()->signatureSize(), size) << curve;
+}
+
 TEST(KeyPair, IsMadeOfItsNumbers)
 {
     std::vector<std::unique_ptr<ICryptoKeyPair>> keys;
