@@ -6,7 +6,7 @@
 
 namespace ccrypto {
 
-/// The longest block of all ciphers here, in bytes.
+/// The block size of all ciphers here is not above this, in bytes.
 constexpr std::size_t maxCipherBlock = 16;
 
 } // namespace ccrypto

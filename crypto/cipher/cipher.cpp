@@ -10,13 +10,13 @@ using namespace ccrypto;
 
 namespace {
 
-/// Room that ends a text of an element, at most.
+/// More than any cipher adds at the end of a text.
 constexpr std::size_t maxEnd = 64;
 
 bool FitsElement(const element& out, std::size_t more)
 {
-    constexpr std::size_t longest = std::numeric_limits<std::uint32_t>::max() - maxEnd;
-    return more <= longest - std::min<std::size_t>(longest, out.length());
+    constexpr std::size_t maxLength = std::numeric_limits<std::uint32_t>::max() - maxEnd;
+    return more <= maxLength - std::min<std::size_t>(maxLength, out.length());
 }
 
 } // namespace

@@ -25,7 +25,7 @@ enum class CipherDirection { encrypt, decrypt };
 /// crypto/cipher/gcm.h for that, for further data that is authenticated, and for other tags.
 ///
 /// AES takes time that depends on lengths only, and so does removing the padding; whether padding was right becomes public.
-/// DES, 3DES, RC2 and RC4 look secrets up in tables. Modes other than GCM do not detect a changed text: authenticate the
+/// DES, 3DES, RC2 and RC4 index tables by secrets. Modes other than GCM do not detect a changed text: authenticate the
 /// cipher text before decrypting it.
 ///
 /// Failures are logged and give false; what was held is then wiped, and a new text must be started. Nothing secret stays in the
@@ -54,7 +54,7 @@ public:
     /// the length does not fit, or padding or tag are wrong.
     [[nodiscard]] virtual bool final(std::uint8_t* out, std::size_t& written) = 0;
 
-    /// The most that an update with `length` bytes would write now, and final().
+    /// The maximum that an update with `length` bytes would write now, and final().
     virtual std::size_t updateSize(std::size_t length) const = 0;
     virtual std::size_t finalSize() const = 0;
 

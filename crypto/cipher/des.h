@@ -5,7 +5,7 @@
 #include "crypto/cipher/des_variants.h"
 
 /// DES (FIPS 46-3) with keys of 8 bytes, and 3DES (SP 800-67) with keys of 16 (the first third again as the last) or 24 bytes.
-/// Parity bits are ignored. Short texts and chains look secrets up in tables: this is not constant-time. Many blocks at once
+/// Parity bits are ignored. Short texts and chains index tables by secrets: this is not constant-time. Many blocks at once
 /// are enciphered as bit planes.
 class CCryptoDES final : public ICryptoBlockCipher {
 public:

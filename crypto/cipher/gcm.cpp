@@ -213,7 +213,7 @@ void CCryptoGCM::process(const std::uint8_t* in, std::uint8_t* out, std::size_t 
 }
 
 /// Processes all but the last bytes, which may be the tag. \return the number of bytes processed.
-std::size_t CCryptoGCM::takeBehindEnd(std::span<const std::uint8_t> in, std::uint8_t* out)
+std::size_t CCryptoGCM::processAllButTag(std::span<const std::uint8_t> in, std::uint8_t* out)
 {
     const std::size_t all = text_.endCount + in.size();
     const std::size_t count = all > tagLength_ ? all - tagLength_ : 0;
@@ -236,8 +236,8 @@ bool CCryptoGCM::takes(std::size_t length) const
 {
     const std::uint64_t sofar = text_.textLength + text_.endCount + kept_.length();
     const std::uint64_t tag = state_ == State::encrypting ? 0 : tagLength_;
-    const std::uint64_t longest = (state_ == State::keeping ? maxKept : maxText) + tag;
-    return length <= longest - std::min(longest, sofar);
+    const std::uint64_t maxLength = (state_ == State::keeping ? maxKept : maxText) + tag;
+    return length <= maxLength - std::min(maxLength, sofar);
 }
 
 bool CCryptoGCM::update(std::span<const std::uint8_t> in, std::uint8_t* out, std::size_t& written)
@@ -264,10 +264,10 @@ bool CCryptoGCM::update(std::span<const std::uint8_t> in, std::uint8_t* out, std
         kept_.append(in.data(), static_cast<std::uint32_t>(in.size()));
         break;
     case State::checking:
-        takeBehindEnd(in, nullptr);
+        processAllButTag(in, nullptr);
         break;
     default:
-        written = takeBehindEnd(in, out);
+        written = processAllButTag(in, out);
         break;
     }
     return true;

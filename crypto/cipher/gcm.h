@@ -79,7 +79,7 @@ private:
     /// Encrypts, decrypts or only hashes.
     void process(const std::uint8_t* in, std::uint8_t* out, std::size_t length);
     void processBytes(const std::uint8_t* in, std::uint8_t* out, std::size_t length);
-    std::size_t takeBehindEnd(std::span<const std::uint8_t> in, std::uint8_t* out);
+    std::size_t processAllButTag(std::span<const std::uint8_t> in, std::uint8_t* out);
     void computeTag(Block& tag);
     bool tagFits(const std::uint8_t* tag);
     bool finishKept(std::uint8_t* out, std::size_t& written);

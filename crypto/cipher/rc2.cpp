@@ -56,7 +56,7 @@ struct Block {
 };
 
 /// Five rounds, a mash, six, a mash, five (RFC 2268, 3 and 4).
-constexpr bool MashesBehind(int round)
+constexpr bool MashFollows(int round)
 {
     return round == 4 || round == 10;
 }
@@ -102,7 +102,7 @@ void CCryptoRC2::encrypt(std::uint8_t* out, const std::uint8_t* in, std::size_t 
         for (int round = 0; round < 16; ++round) {
             for (int i = 0; i < 4; ++i)
                 x[i] = std::rotl(static_cast<std::uint16_t>(x[i] + x.mixed(i, *key++)), rotations[i]);
-            if (MashesBehind(round))
+            if (MashFollows(round))
                 for (int i = 0; i < 4; ++i)
                     x[i] = static_cast<std::uint16_t>(x[i] + words_[x[(i + 3) % 4] & 63]);
         }
@@ -116,7 +116,7 @@ void CCryptoRC2::decrypt(std::uint8_t* out, const std::uint8_t* in, std::size_t 
         Block x(in);
         const std::uint16_t* key = words_.data() + words_.size();
         for (int round = 15; round >= 0; --round) {
-            if (MashesBehind(round))
+            if (MashFollows(round))
                 for (int i = 3; i >= 0; --i)
                     x[i] = static_cast<std::uint16_t>(x[i] - words_[x[(i + 3) % 4] & 63]);
             for (int i = 3; i >= 0; --i)

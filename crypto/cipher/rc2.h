@@ -5,8 +5,8 @@
 
 #include <array>
 
-/// RC2 (RFC 2268) with keys of 1 to 128 bytes, of whose strength the effective bits leave as much as they say. Looks secrets up in
-/// tables: this is not constant-time. For old files only.
+/// RC2 (RFC 2268) with keys of 1 to 128 bytes, limited to the strength of the effective bits. Indexes
+/// tables by secrets: this is not constant-time. For old files only.
 class CCryptoRC2 final : public ICryptoBlockCipher {
 public:
     [[nodiscard]] bool setKey(std::span<const std::uint8_t> key) override;

@@ -6,7 +6,7 @@
 
 #include <array>
 
-/// RC4, with keys of 1 to 256 bytes, 16 as a rule. Looks secrets up in tables: this is not constant-time. For old files only.
+/// RC4, with keys of 1 to 256 bytes, 16 as a rule. Indexes tables by secrets: this is not constant-time. For old files only.
 class CCryptoRC4 final : public ICryptoCipher {
 public:
     CCryptoRC4(const char* name, ccrypto::algorithm::Id id) : name_(name), id_(id) {}

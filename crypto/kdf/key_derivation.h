@@ -45,7 +45,7 @@ public:
     /// not valid.
     [[nodiscard]] static element PKCS12Password(std::string_view text);
 
-    /// RFC 5869, 2.2: a key as long as the digest. An empty `salt` stands for a digest of zeros.
+    /// RFC 5869, 2.2: a key as long as the digest. An empty `salt` is the same as a digest of zeros.
     [[nodiscard]] static element HKDFExtract(ccrypto::algorithm::Id hashId, Bytes salt, Bytes secret);
     /// RFC 5869, 2.3. \param key at least as long as the digest. \param length 1 to 255 digests.
     [[nodiscard]] static element HKDFExpand(ccrypto::algorithm::Id hashId, Bytes key, Bytes info, std::uint32_t length);

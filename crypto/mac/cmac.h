@@ -33,7 +33,7 @@ public:
 
     /// "aes-128"
     const char* cipherName() const { return cipherName_; }
-    /// The longest one.
+    /// The maximum, in bytes.
     std::size_t keySize() const { return maxKey_; }
 
 private:

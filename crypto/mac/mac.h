@@ -21,14 +21,14 @@ class ICryptoMAC {
 public:
     virtual ~ICryptoMAC() = default;
 
-    /// Nothing is taken yet afterwards. \return false, logged and without a key, for a length that there are no keys of.
+    /// Begins a message. \return false, logged and without a key, for a length that there are no keys of.
     [[nodiscard]] virtual bool setKey(std::span<const std::uint8_t> key) = 0;
-    /// As after setKey().
+    /// Discards what was taken and keeps the key.
     virtual void reset() = 0;
     /// `bytes` may be null when `length` is 0.
     virtual void update(const void* bytes, std::size_t length) = 0;
     void update(std::span<const std::uint8_t> bytes) { update(bytes.data(), bytes.size()); }
-    /// Writes macSize() bytes to `mac`; then as after setKey(). \return false, logged, with nothing written, without a key.
+    /// Writes macSize() bytes to `mac`, then resets. \return false, logged, with nothing written, without a key.
     [[nodiscard]] virtual bool final(std::uint8_t* mac) = 0;
     /// Of a whole MAC, in bytes.
     [[nodiscard]] virtual std::uint32_t macSize() const = 0;
@@ -38,7 +38,7 @@ public:
     /// The MAC of these bytes; resets before and after.
     [[nodiscard]] element macOf(std::span<const std::uint8_t> bytes);
     /// Whether `mac` is the MAC of what was taken, or its first `length` bytes, minTruncatedMAC or more: a number that the protocol
-    /// gives and not the message. One of another length is not. Takes time that depends on lengths only. Then as after setKey().
+    /// gives and not the message. One of another length is not. Takes time that depends on lengths only. Then resets.
     /// \return false, logged, when it is not or there is no key.
     [[nodiscard]] bool verify(std::span<const std::uint8_t> mac) { return verify(mac, macSize()); }
     [[nodiscard]] bool verify(std::span<const std::uint8_t> mac, std::size_t length);

@@ -10,7 +10,7 @@
 namespace ccrypto {
 
 /// The continuous test of a source of entropy (NIST SP 800-90B, 4.4.1, the repetition count): a source that gives the same block of
-/// 8 bytes twice in a row has failed, for good. Good random bytes do that once in 2^64 blocks.
+/// 8 bytes twice in a row has failed permanently. Good random bytes do that once in 2^64 blocks.
 class SeedHealth {
 public:
     static constexpr std::size_t blockBytes = 8;

@@ -78,7 +78,7 @@ const CipherKey* FindPBES2Cipher(algorithm::Id id)
     return found != std::end(pbes2Ciphers) ? found : nullptr;
 }
 
-/// Cipher, key length and effective bits. \return false, logged, when they make no sense.
+/// Cipher, key length and effective bits. \return false, logged, when they do not fit together.
 bool ReadCipher(CCryptoAutoLogger& logger, const CCryptoPBES2Parameters& parameters, Recipe& recipe)
 {
     const CipherKey* cipher = FindPBES2Cipher(parameters.cipher);
@@ -98,7 +98,7 @@ bool ReadCipher(CCryptoAutoLogger& logger, const CCryptoPBES2Parameters& paramet
         recipe.keyLength = 16;
     recipe.effectiveBits = parameters.rc2EffectiveBits;
     if (recipe.keyLength > 128 || recipe.iv.length() != desBlock || recipe.effectiveBits == 0)
-        return logger.fail(false, "The parameters of RC2 make no sense");
+        return logger.fail(false, "The parameters of RC2 are out of bounds");
     return true;
 }
 

@@ -30,7 +30,7 @@ public:
                                          ICryptoRandom& random = ICryptoRandom::Instance());
 
     /// Whether there is any use in asking for a password: false, logged, for a description that is none of these, whose numbers
-    /// make no sense, or that asks for more than 50,000,000 iterations. RC2 in CBC mode under PBES2 is understood, too.
+    /// are out of bounds, or that asks for more than 50,000,000 iterations. RC2 in CBC mode under PBES2 is understood, too.
     [[nodiscard]] static bool Understands(const CCryptoAlgorithmIdentifier& how);
 
     /// \return false, logged, `text` empty, for a description that is not understood, and for a wrong password, as far as the

@@ -26,7 +26,7 @@ bool ReadNumber(const CCryptoASN1Object& object, const char* name, std::uint32_t
     return !value.isEmpty() && !value.negative() && fits;
 }
 
-/// Effective key bits of an rc2ParameterVersion (RFC 8018, B.2.3); 0 for one that stands for none.
+/// Effective key bits of an rc2ParameterVersion (RFC 8018, B.2.3); 0 for an unknown one.
 std::uint32_t EffectiveBitsOfVersion(std::uint32_t version)
 {
     switch (version) {

@@ -232,7 +232,7 @@ TEST(Hash, IsMadeByIdAndByName)
     EXPECT_EQ(ICryptoHash::CreateByName("sha256" + std::string(27, '-')), nullptr);
 }
 
-TEST(Hash, MD5AndSHA1StandBehindEachOther)
+TEST(Hash, MD5AndSHA1FollowEachOther)
 {
     const Bytes message = Counting(1000);
     Bytes both = DigestOf(*ICryptoHash::CreateByName("md5"), message);

@@ -83,7 +83,7 @@ TEST(HMACDRBG, LeavesNothingInItsMemory)
     EXPECT_EQ(contentOf(used), contentOf(fresh));
 }
 
-TEST(SeedHealth, FailsForGoodWhenABlockRepeats)
+TEST(SeedHealth, FailsPermanentlyWhenABlockRepeats)
 {
     const Bytes different = {1, 2, 3, 4, 5, 6, 7, 8, 1, 2, 3, 4, 5, 6, 7, 9};
     const Bytes first(different.begin(), different.begin() + 8);
@@ -165,7 +165,7 @@ TEST(SeededGenerator, GivesNothingFromASourceThatFails)
     EXPECT_FALSE(generator.generate(bytes));
     EXPECT_EQ(bytes, none);
     entropy.isStuck = false;
-    EXPECT_FALSE(generator.generate(bytes)) << "a source that repeated itself has failed for good";
+    EXPECT_FALSE(generator.generate(bytes)) << "a source that repeated itself has failed permanently";
     EXPECT_TRUE(generator.generate({}));
 }
 
