@@ -66,6 +66,8 @@ TEST(CryptotoolBuild, ValuesBecomeWhatTheTemplateAsksFor)
     EXPECT_EQ(left.code, exitDone);
     EXPECT_EQ(left.error, "cryptotool: -: warning: no value given for a, d\n");
     EXPECT_EQ(RunTool({"asn1", "build", "--quiet", "-"}, "INTEGER = a, NULL").error, "");
+    EXPECT_EQ(RunTool({"asn1", "build", "-"}, "SEQUENC { INTEGER = 5 }").error,
+              "cryptotool: -: the template describes no elements; SEQUENC is a name without a value, not a type\n");
     const std::pair<const char*, const char*> strings[] = {
         {"OCTET_STRING { SEQUENCE { NULL } }", "OCTET_STRING"},
         {"SEQUENCE { BIT_STRING[0] { NULL } }", "BIT_STRING"},

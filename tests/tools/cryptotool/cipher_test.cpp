@@ -268,7 +268,7 @@ TEST_F(CryptotoolCipher, AKeyOfTheWrongLengthIsNotTheFaultOfTheFile)
     const std::string file = put(u8"file", "text");
     for (const char* const verb : {"enc", "dec"})
         EXPECT_EQ(RunTool({"cipher", verb, "--raw", "--iv", "000000000000000000000000", "--key-file", key, file}).error,
-                  "cryptotool: aes-256-gcm has no keys of 15 bytes\n");
+                  "cryptotool: " + key + ": aes-256-gcm has no keys of 15 bytes\n");
 }
 
 } // namespace

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 using namespace ccrypto;
 
 namespace {
@@ -168,6 +170,14 @@ TEST(CryptotoolHash, ChecksWithASummaryAndWithoutWhatIsIgnored)
         else
             EXPECT_TRUE(result.error.ends_with("cryptotool: " + std::string(test.summary) + "\n")) << result.error;
     }
+    // A file that is not a list does not flood the terminal.
+    std::string notAList;
+    for (int line = 0; line < 1000; ++line)
+        notAList += "x\n";
+    const ToolResult flood = RunTool({"hash", "-c", "sha256", "-"}, good + notAList);
+    EXPECT_EQ(flood.code, exitRefused);
+    EXPECT_EQ(std::ranges::count(flood.error, '\n'), 11) << flood.error;
+    EXPECT_TRUE(flood.error.ends_with("1 OK, 1000 malformed lines\n")) << flood.error;
     const ToolResult quiet = RunTool({"hash", "-cq", "sha256", "-"}, good + bad);
     EXPECT_EQ(quiet.output, "bad: FAILED\n");
     EXPECT_EQ(quiet.error, "");
@@ -217,7 +227,7 @@ TEST(CryptotoolMac, KnowsCMACByTheLengthOfItsKey)
     PutFile(key, "2b7e151628aed2a6abf7158809cf4f");
     const ToolResult result = RunTool(words, "");
     EXPECT_EQ(result.code, exitRefused);
-    EXPECT_EQ(result.error, "cryptotool: key: it has 15 bytes, not 16, 24 or 32\n");
+    EXPECT_EQ(result.error, "cryptotool: " + key + ": it has 15 bytes, not 16, 24 or 32\n");
 }
 
 TEST(CryptotoolMac, RefusesWhatIsNoKey)
@@ -236,7 +246,7 @@ TEST(CryptotoolMac, RefusesWhatIsNoKey)
         {{"--key-file", folder / u8"missing", "x"}, exitRefused, "missing: "},
         {{"--key-fd", "99", "x"}, exitRefused, "no such descriptor"},
         {{"--key-fd", "4294967296", "x"}, exitRefused, "no such descriptor"},
-        {{"--hex-key", "--key-file", folder / u8"odd", "x"}, exitRefused, "it is not made of hexadecimal digits"},
+        {{"--hex-key", "--key-file", folder / u8"odd", "x"}, exitRefused, "odd: it is not made of hexadecimal digits"},
         {{"x"}, exitRefused, "no line came from a terminal; --key-file or --key-fd provides it"},
         {{"--key-file", "-", "-"}, exitUsage, "only one of the files can be standard input"},
         {{"--key-fd", "0", "-"}, exitUsage, "only one of the files can be standard input"},

@@ -4,6 +4,7 @@
 #include "crypto/cipher/gcm.h"
 #include "tools/cryptotool/cli/progress.h"
 #include "tools/cryptotool/cli/reason.h"
+#include "tools/cryptotool/input/secret_input.h"
 
 #include <algorithm>
 
@@ -21,7 +22,7 @@ int RefuseText(Invocation& invocation, const CipherInput& input)
 /// The key or the vector is not one of the cipher, whatever the text.
 int RefuseStart(Invocation& invocation)
 {
-    return invocation.refuse({}, Reason("the cipher cannot be started"));
+    return invocation.refuse(NameOfSecret(invocation.arguments(), keySecret), Reason("the cipher cannot be started"));
 }
 
 /// The end of the text is not right. Of wrong padding the library does not know what it means; GCM says it by itself.

@@ -52,13 +52,20 @@ void WarnOfConstructedStrings(Invocation& invocation, const std::string& file, c
                                   " is constructed, which DER forbids; with PRIMITIVE in its brackets it is not");
 }
 
-int Write(Invocation& invocation, const std::string& file, const element& der)
+/// "; SEQUENC is a name without a value, not a type" where a template begins so.
+std::string NameInPlaceOfType(const CCryptoParser& tree)
+{
+    const std::vector<std::string> names = UnfilledNames(tree);
+    return names.empty() ? std::string() : "; " + names.front() + " is a name without a value, not a type";
+}
+
+int Write(Invocation& invocation, const std::string& file, const CCryptoParser& tree, const element& der)
 {
     const Arguments& arguments = invocation.arguments();
     const bool isPem = arguments.has("pem");
     Output output(invocation.console(), arguments.value("output"), isPem ? Output::Content::text : Output::Content::binary);
     if (der.isEmpty())
-        return invocation.refuse(file, Reason("the template describes no elements"));
+        return invocation.refuse(file, Reason("the template describes no elements") + NameInPlaceOfType(tree));
     return FinishOutput(invocation, output,
                         output.open() &&
                             (isPem ? output.write(WritePem(arguments.value("pem"), der).view()) : output.write(der.bytes())));
@@ -95,7 +102,7 @@ int Build(Invocation& invocation)
             return invocation.refuse(problem.file.empty() ? file : problem.file, problem.reason);
     }
     StartReason();
-    const int code = Write(invocation, file, tree.ToDer());
+    const int code = Write(invocation, file, tree, tree.ToDer());
     if (code == exitDone) {
         WarnOfUnfilled(invocation, file, tree);
         WarnOfConstructedStrings(invocation, file, tree);

@@ -10,6 +10,9 @@ namespace ccrypto {
 
 namespace {
 
+/// Malformed lines that are reported one by one: a file that is not a list has thousands. The summary counts all.
+constexpr std::size_t maxReported = 10;
+
 struct FindingWords {
     const char* line;    ///< after the file's name
     const char* summary; ///< after the count
@@ -75,8 +78,8 @@ bool HashCheck::list(const std::string& list)
                 return false;
             continue;
         }
-        ++malformed_;
-        code_ =
+        code_ = exitRefused;
+        if (++malformed_ <= maxReported)
             invocation_.refuse(list, "line " + std::to_string(number) + " is not a line with a " + digests_.algorithm() + " sum");
     }
     if (!hasSums)

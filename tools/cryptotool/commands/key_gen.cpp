@@ -27,7 +27,7 @@ constexpr std::string_view keyNames =
     "ed25519|ed448";
 
 constexpr Option keyGenOptions[] = {
-    {OptionKind::number, 0, "bits", "N", "for rsa: the length of the modulus, 1024 to 8192 (3072)"},
+    {OptionKind::number, 0, "bits", "N", "for rsa: the length of the modulus, an even number from 1024 to 8192 (3072)"},
     privateFormOption,
     keyEncodingOption,
     keyCipherOption,

@@ -56,7 +56,7 @@ int MACFiles(Invocation& invocation)
         return code;
     std::string reason;
     const auto mac = algorithm->create(arguments.operand(0), key.bytes(), reason);
-    return mac != nullptr ? PrintMACs(invocation, *mac) : invocation.refuse("key", reason);
+    return mac != nullptr ? PrintMACs(invocation, *mac) : invocation.refuse(NameOfSecret(arguments, keySecret), reason);
 }
 
 } // namespace

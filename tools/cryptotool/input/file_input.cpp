@@ -17,7 +17,7 @@ bool InputStream::open(const std::string& name)
     if (isConsole_)
         return true;
     if (name.empty() || name.find('\0') != std::string::npos) {
-        reason_ = "not a file name";
+        reason_ = name.empty() ? "the name of a file is empty" : "not a file name";
         return false;
     }
     if (!file_.openToRead(name)) {

@@ -81,6 +81,13 @@ bool IsStandardInput(const Arguments& arguments, const SecretKind& kind)
     return arguments.value(kind.file.name) == "-" || arguments.number(kind.descriptor.name, 1) == 0;
 }
 
+std::string NameOfSecret(const Arguments& arguments, const SecretKind& kind)
+{
+    if (arguments.has(kind.file.name))
+        return arguments.value(kind.file.name);
+    return arguments.has(kind.descriptor.name) ? "descriptor " + arguments.value(kind.descriptor.name) : std::string(kind.what);
+}
+
 int CheckOneStandardInput(Invocation& invocation, const std::vector<std::string>& files, std::initializer_list<SecretKind> secrets)
 {
     const Arguments& arguments = invocation.arguments();
@@ -99,14 +106,11 @@ int ReadSecret(Invocation& invocation, const SecretKind& kind, Asking asking, el
                                  " are mutually exclusive");
 
     secret = element();
-    std::string place(kind.what);
     std::string reason;
     bool isRead = false;
     if (hasFile) {
-        place = arguments.value(kind.file.name);
-        isRead = ReadSecretFile(invocation.console(), place, secret, reason);
+        isRead = ReadSecretFile(invocation.console(), arguments.value(kind.file.name), secret, reason);
     } else if (hasDescriptor) {
-        place = "descriptor " + arguments.value(kind.descriptor.name);
         isRead = ReadDescriptor(arguments.number(kind.descriptor.name, 0), secret, reason);
     } else {
         isRead = Ask(invocation.console(), kind, asking, secret, reason);
@@ -120,7 +124,7 @@ int ReadSecret(Invocation& invocation, const SecretKind& kind, Asking asking, el
     else if (isRead)
         return exitDone;
     secret = element();
-    return invocation.refuse(place, reason);
+    return invocation.refuse(NameOfSecret(arguments, kind), reason);
 }
 
 int ReadSecretKey(Invocation& invocation, element& key)
@@ -133,7 +137,8 @@ int ReadSecretKey(Invocation& invocation, element& key)
     element bytes;
     const bool isHex = BytesFromHex(key.view(), bytes) && !bytes.isEmpty();
     key = std::move(bytes);
-    return isHex ? exitDone : invocation.refuse("key", "it is not made of hexadecimal digits");
+    return isHex ? exitDone
+                 : invocation.refuse(NameOfSecret(invocation.arguments(), keySecret), "it is not made of hexadecimal digits");
 }
 
 } // namespace ccrypto

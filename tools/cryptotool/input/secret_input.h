@@ -52,6 +52,9 @@ constexpr SecretKind newPasswordSecret = {
 /// Whether standard input is named as the source of the secret, as a file or as the descriptor 0.
 bool IsStandardInput(const Arguments& arguments, const SecretKind& kind);
 
+/// For messages: the file of the secret, "descriptor N", or what it is.
+std::string NameOfSecret(const Arguments& arguments, const SecretKind& kind);
+
 /// Whether at most one of these files, and of those that the options of `secrets` name, is standard input, which gives its bytes
 /// once. Prints what is wrong otherwise. \return exitDone or exitUsage.
 int CheckOneStandardInput(Invocation& invocation, const std::vector<std::string>& files, std::initializer_list<SecretKind> secrets);

@@ -40,6 +40,10 @@ std::string ReasonWithoutKey(std::string_view text)
     std::string reason = Reason("it holds no key");
     if (std::ranges::any_of(opensshTypes, [=](std::string_view type) { return text.starts_with(type); }))
         return "it is a public key in the format of OpenSSH; ssh-keygen -e -m PKCS8 -f FILE converts it";
+    // Of PKCS#12 (RFC 7292, 4) and CMS a content type of PKCS#7 is at the front.
+    constexpr std::string_view pkcs7Arc = "\x2A\x86\x48\x86\xF7\x0D\x01\x07";
+    if (text.starts_with('\x30') && text.substr(0, 40).find(pkcs7Arc) != std::string_view::npos)
+        return "it is PKCS#12 or CMS, from which no key is read";
     std::vector<DataBlock> blocks;
     if (!HasPemBlock(text) || !ReadPem(text, blocks))
         return reason;

@@ -13,8 +13,9 @@
 
 namespace ccrypto {
 
-constexpr Option hashOption = {OptionKind::text, 0, "hash", "ALG",
-                               "the hash function: sha256 (the default), sha384, sha512, sha224, sha1, md5 or md5-sha1"};
+constexpr Option hashOption = {
+    OptionKind::text, 0, "hash", "ALG",
+    "the hash function: sha256 (the default), sha384, sha512, sha224, sha3-224 to sha3-512, sha1, md5 or md5-sha1"};
 constexpr Option pssOption = {OptionKind::flag, 0, "pss", "", "for RSA keys: RSASSA-PSS instead of PKCS#1 v1.5"};
 
 /// What is signed, with what, and how.

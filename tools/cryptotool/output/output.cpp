@@ -26,6 +26,22 @@ std::string NameOf(const std::filesystem::path& path)
     return {name.begin(), name.end()};
 }
 
+/// The file that a link, or a chain of links, leads to, whether it exists or not. \return false for a circle.
+bool FollowLinks(std::filesystem::path path, std::filesystem::path& followed)
+{
+    constexpr int maxLinks = 40;
+    std::error_code error;
+    for (int count = 0; count < maxLinks; ++count) {
+        if (!std::filesystem::is_symlink(std::filesystem::symlink_status(path, error))) {
+            followed = path;
+            return true;
+        }
+        // A relative target counts from the folder of the link; an absolute one replaces it.
+        path = path.parent_path() / std::filesystem::read_symlink(path, error);
+    }
+    return false;
+}
+
 } // namespace
 
 Output::Output(Console& console, const std::string& name, Content content)
@@ -65,8 +81,10 @@ bool Output::open()
         device_ = std::make_unique<SequentialFile>();
         return device_->openToWrite(name_) || fail(SystemReason());
     }
-    const std::filesystem::path followed = std::filesystem::weakly_canonical(path, error);
-    target_ = error || followed.empty() ? name_ : NameOf(followed);
+    std::filesystem::path followed;
+    if (!FollowLinks(path, followed))
+        return fail("its links lead in a circle");
+    target_ = NameOf(followed);
     return openBeside();
 }
 

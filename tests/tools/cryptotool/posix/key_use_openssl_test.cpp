@@ -125,6 +125,9 @@ TEST_F(CryptotoolKeyUseOpenssl, WhatIsNoSupportedKeyIsNamed)
         {"mv made.pub made", "it is a public key in the format of OpenSSH; ssh-keygen -e -m PKCS8"},
         {"openssl req -new -key key -subj /CN=a -out made",
          "PEM block 1 (CERTIFICATE REQUEST) is neither a key nor a certificate\n"},
+        {"openssl genrsa -out key 1024 && openssl req -x509 -new -key key -subj /CN=a -out certificate && "
+         "openssl pkcs12 -export -in certificate -inkey key -passout pass:x -out made",
+         "it is PKCS#12 or CMS, from which no key is read\n"},
         {"openssl genrsa -traditional -aes128 -passout pass:x -out made",
          "PEM block 1 (RSA PRIVATE KEY): it is encrypted by its headers (RFC 1421), which is not supported\n"},
     };

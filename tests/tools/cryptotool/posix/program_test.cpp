@@ -105,6 +105,12 @@ TEST_F(CryptotoolProgram, OutputsThatAreNoPlainFilesStayWhatTheyAre)
     EXPECT_EQ(Get(u8"error"), "cryptotool: /dev/full: No space left on device\n");
     EXPECT_EQ(Run("mkdir d; echo old >d/real; chmod 600 d/real; ln -s d/real link; $T asn1 build t -o link && test -L link"), 0);
     EXPECT_EQ(Get(u8"d/real"), "\x02\x01\x0a");
+    EXPECT_EQ(Run("ln -s d/new first; ln -s first second; $T asn1 build t -o second && test -L first && test -L second"), 0);
+    EXPECT_EQ(Get(u8"d/new"), "\x02\x01\x0a");
+    EXPECT_EQ(Run("ln -s nowhere/x broken; $T asn1 build t -o broken"), 1);
+    EXPECT_EQ(Get(u8"error"), "cryptotool: broken: No such file or directory\n");
+    EXPECT_EQ(Run("ln -s circle round; ln -s round circle; $T asn1 build t -o round"), 1);
+    EXPECT_EQ(Get(u8"error"), "cryptotool: round: its links lead in a circle\n");
     struct stat status = {};
     EXPECT_EQ(stat((folder_ / u8"d/real").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
