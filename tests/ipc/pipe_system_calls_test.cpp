@@ -125,6 +125,32 @@ TEST(PipeSystemCalls, ClientWaitsAndOpensForItselfAlone)
     EXPECT_EQ(opening, expected);
 }
 
+std::vector<DWORD> patience;
+
+TEST(PipeSystemCalls, ClientThatOthersOvertakeWaitsForWhatIsLeft)
+{
+    constexpr DWORD whole = 100;
+    const peers::BusyTimeout busyTimeout(whole);
+    const ReplacedImport waiting(
+        nullptr, "WaitNamedPipeA", +[](LPCSTR, DWORD milliseconds) -> BOOL {
+            patience.push_back(milliseconds);
+            Sleep(whole / 4);
+            return TRUE;
+        });
+    const ReplacedImport open(
+        nullptr, "CreateFileA", +[](LPCSTR, DWORD, DWORD, SECURITY_ATTRIBUTES*, DWORD, DWORD, HANDLE) -> HANDLE {
+            SetLastError(ERROR_PIPE_BUSY);
+            return INVALID_HANDLE_VALUE;
+        });
+    patience.clear();
+    CCryptoPipeClient client(peers::FreshPipeName().c_str(), 1, false);
+    EXPECT_FALSE(client.OpenPipe());
+    EXPECT_EQ(client.status(), CCryptoPipeRequestData::statusBusy);
+    ASSERT_GE(patience.size(), 2U);
+    EXPECT_EQ(patience.front(), whole);
+    EXPECT_LT(patience.back(), whole);
+}
+
 std::vector<DWORD> waits;
 HANDLE firstOfWait = nullptr;
 
@@ -164,6 +190,22 @@ TEST(PipeSystemCalls, WaitsHaveTheirTimeouts)
     client.Stop();
     EXPECT_EQ(WaitForSingleObject(firstOfWait, 0), WAIT_OBJECT_0);
     EXPECT_EQ(WaitForSingleObject(firstOfWait, 0), WAIT_OBJECT_0) << "manual reset";
+}
+
+std::string lateName;
+platform::ScopedHandle lateClient;
+
+TEST(PipeSystemCalls, ClientThatComesAsTheWaitEndsIsKept)
+{
+    lateName = peers::FreshPipeName();
+    CCryptoPipeServer server(lateName.c_str(), false, false);
+    const ReplacedImport waiting(
+        nullptr, "WaitForMultipleObjects", +[](DWORD, const HANDLE*, BOOL, DWORD) -> DWORD {
+            lateClient = peers::Connect(lateName);
+            return WAIT_TIMEOUT;
+        });
+    EXPECT_TRUE(server.ConnectPipe());
+    lateClient.reset();
 }
 
 TEST(PipeSystemCalls, EveryHandleIsGivenBack)

@@ -192,6 +192,33 @@ TEST(PipeTransport, MessageThatLostAnItemOpensNoConnection)
     EXPECT_EQ(client.status(), CCryptoPipeRequestData::statusGood);
 }
 
+TEST(PipeTransport, ResponseThatLostAnItemIsNotSent)
+{
+    const std::string name = peers::FreshPipeName();
+    CCryptoPipeServer server(name.c_str(), false, false);
+    const platform::ScopedHandle client = peers::Connect(name);
+    ASSERT_TRUE(server.ConnectPipe());
+    server.StartMessage();
+    EXPECT_FALSE(server.AddData("x", CCryptoPipeRequestData::maximumBody));
+    EXPECT_FALSE(server.Write());
+    EXPECT_EQ(peers::ReadBytes(client.get(), 1), "") << "disconnected";
+}
+
+TEST(PipeTransport, ConnectionEndsWithItsCall)
+{
+    const std::string name = peers::FreshPipeName();
+    const platform::ScopedHandle pipe = peers::Listen(name);
+    std::thread server([&] {
+        ConnectNamedPipe(pipe.get(), nullptr);
+        peers::ReadRequest(pipe.get());
+        peers::WriteMessage(pipe.get(), wire::Header(3, 0, 0));
+        EXPECT_EQ(peers::ReadBytes(pipe.get(), 1), "");
+    });
+    CCryptoPipeClient client(name.c_str(), 3, false);
+    EXPECT_TRUE(client.Call());
+    server.join();
+}
+
 TEST(PipeTransport, EveryCallSendsARequestOfTheClientsOwn)
 {
     const std::string name = peers::FreshPipeName();
