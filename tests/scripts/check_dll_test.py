@@ -55,7 +55,7 @@ FAULTS = [
     ("NX_COMPAT", cleared(0x0100)),
     ("writable and executable", writable_code),
     ("build time", stamped),
-    ("build directory", lambda data, _: data.extend(str(root).encode())),
+    ("build directory", lambda data, _: data.extend(b" " + str(root).encode() + b"/a.cpp")),
     ("icon group", without_resource(check.RT_GROUP_ICON)),
     ("its images", without_resource(check.RT_ICON)),
     ("asks for Common-Controls", replaced(b"Common-Controls", b"Common-Controlz")),
