@@ -251,7 +251,10 @@ bool CCryptoGCM::update(std::span<const std::uint8_t> in, std::uint8_t* out, std
         CCryptoAutoLogger logger("CCryptoGCM::update");
         const bool keeping = state_ == State::keeping;
         forget();
-        return keeping ? logger.fail(false, "More than %zu bytes: check the text first, then decrypt it", maxKept)
+        return keeping ? logger.fail(false,
+                                     "More than %zu bytes, which are kept until the tag was checked: text that can be read twice "
+                                     "has no such limit",
+                                     maxKept)
                        : logger.fail(false, "The text is too long for one initialisation vector");
     }
     beginText();

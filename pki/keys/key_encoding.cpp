@@ -127,7 +127,7 @@ KeyPair PairOfECPrivateKey(CCryptoAutoLogger& logger, const element& der, algori
 {
     CCryptoECPrivateKeyObject object;
     if (!object.ParseDer(der))
-        return logger.fail(KeyPair(), "Not an ECPrivateKey");
+        return logger.fail(KeyPair(), "Not an ECPrivateKey, or one whose curve is not given by its name");
     if (!object.curveOid.isEmpty()) {
         const CurveFacts* named = FindCurve(AlgorithmOfOid(object.curveOid.view()));
         if (named == nullptr || !named->signs || (curve != algorithm::none && named->id != curve))

@@ -54,6 +54,7 @@ TEST(CryptotoolBuild, ValuesBecomeWhatTheTemplateAsksFor)
         {"<INTEGER xmlns=\"urn:x-asn1:template\" value=\"v\"/>", "5", "020105"},
         {"{\"ordinary\": \"v\"}", "5", ""},
         {"SEQUENCE { v", "5", ""},
+        {"UTF8String = v", "text:\xFF", ""},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(test.pattern + (" " + test.value));
@@ -83,6 +84,19 @@ TEST(CryptotoolBuild, ValuesBecomeWhatTheTemplateAsksFor)
                                         : std::string("cryptotool: -: warning: ") + type +
                                               " is constructed, which DER forbids; with PRIMITIVE in its brackets it is not\n";
         EXPECT_EQ(RunTool({"asn1", "build", "-"}, pattern).error, warning);
+    }
+}
+
+TEST(CryptotoolBuild, SaysWhyThereAreNoElements)
+{
+    const std::pair<const char*, const char*> cases[] = {
+        {"{\"SEQUENC\": [{\"INTEGER\": 5}]}", "it describes no ASN.1: no member has the name of a type, such as SEQUENCE\n"},
+        {"<INTEGER>5</INTEGER>", "it describes no ASN.1: elements need the namespace urn:x-asn1:template\n"},
+    };
+    for (const auto& [pattern, reason] : cases) {
+        const ToolResult built = RunTool({"asn1", "build", "-"}, pattern);
+        EXPECT_EQ(built.code, exitRefused);
+        EXPECT_TRUE(built.error.ends_with(std::string("cryptotool: -: ") + reason)) << built.error;
     }
 }
 

@@ -45,7 +45,7 @@ TEST(CryptotoolHash, PrintsAndChecksSums)
     PutFile(list, "");
     EXPECT_EQ(RunTool({"hash", "sha256", "--check", list}).code, exitRefused);
     EXPECT_EQ(RunTool({"hash", "sha3", first}).code, exitUsage);
-    EXPECT_EQ(RunTool({"hash", "sha256"}).code, exitUsage);
+    EXPECT_EQ(RunTool({"hash"}).code, exitUsage);
 
     // One file that cannot be read does not keep the others from being read.
     const ToolResult some = RunTool({"hash", "sha256", folder / u8"nothing", "-"}, "abc");
@@ -55,6 +55,8 @@ TEST(CryptotoolHash, PrintsAndChecksSums)
 
 TEST(CryptotoolHash, ReadsStandardInputOnce)
 {
+    EXPECT_EQ(RunTool({"hash", "sha256"}, "abc").output, abcSum + "  -\n");
+    EXPECT_EQ(RunTool({"hash", "--check", "sha256"}, "x\n").error.substr(0, 20), "cryptotool: -: line ");
     const ToolResult twice = RunTool({"hash", "sha256", "-", "-"}, "abc");
     EXPECT_EQ(twice.code, exitUsage);
     EXPECT_EQ(twice.output, "");
@@ -248,6 +250,7 @@ TEST(CryptotoolMac, RefusesWhatIsNoKey)
         {{"--key-fd", "4294967296", "x"}, exitRefused, "no such descriptor"},
         {{"--hex-key", "--key-file", folder / u8"odd", "x"}, exitRefused, "odd: it is not made of hexadecimal digits"},
         {{"x"}, exitRefused, "no line came from a terminal; --key-file or --key-fd provides it"},
+        {{"--key-file", "-"}, exitUsage, "only one of the files can be standard input"},
         {{"--key-file", "-", "-"}, exitUsage, "only one of the files can be standard input"},
         {{"--key-fd", "0", "-"}, exitUsage, "only one of the files can be standard input"},
         {{"--key-file", key, "-", "-"}, exitUsage, "only one of the files can be standard input"},

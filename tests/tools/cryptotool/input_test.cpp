@@ -54,6 +54,7 @@ TEST(CryptotoolInput, FindsOutWhatItIs)
         {"base64 that looks hexadecimal, in lines", "AgE\nA", "020100", ""},
         // DER as both: NULL, and as base64 an element of 28 bytes
         {"DER both ways", "0500", "0500", ""},
+        {"a tag of several octets", Bytes("7f2103020105"), "", "; its tag is above 30, which is not supported"},
         {"DER neither way", "0202AA", "", "A length exceeds what remains of the data (offset 0)"},
     };
     for (const auto& test : cases) {
@@ -69,6 +70,14 @@ TEST(CryptotoolInput, FindsOutWhatItIs)
             EXPECT_TRUE(Hex(RunTool({"asn1", "build", "-"}, shown.output).output).starts_with(test.der));
         }
     }
+}
+
+TEST(CryptotoolInput, WarnsOfTagsThatItReadsWrongly)
+{
+    const ToolResult shown = RunTool({"asn1", "show", "-"}, Bytes("30055f03010203"));
+    EXPECT_EQ(shown.code, exitDone);
+    EXPECT_NE(shown.error.find("the tag at offset 2 is above 30, which is not supported"), std::string::npos) << shown.error;
+    EXPECT_EQ(RunTool({"asn1", "show", "-"}, Bytes("30035e0105")).error, "");
 }
 
 TEST(CryptotoolInput, RefusesFilesThatCannotBeReadWhole)

@@ -254,6 +254,7 @@ TEST_F(CryptotoolKey, RefusesWithAReason)
          File(u8"small") + ": it is not a valid key of a supported algorithm: Not an RSA key"},
         {{"key", "show", Put(u8"unknown", "MCowBQYDK2VyAyEAGb9ECWmEzf6FQbrBZ9w7lshQhqowtrbLDFw4rXAxZuE=")},
          File(u8"unknown") + ": it is not a valid key of a supported algorithm: Unsupported algorithm: 1.3.101.114\n"},
+        {{"key", "show", ""}, "the name of a file is empty"},
         {{"key", "show", encrypted}, "password: no line came from a terminal"},
         {{"key", "show", encrypted, "--password-file", missing}, missing + ": "},
         {{"key", "show", encrypted, "--password-fd", "4000000000"}, "descriptor 4000000000: no such descriptor"},

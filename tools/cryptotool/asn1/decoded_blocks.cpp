@@ -20,6 +20,11 @@ void CloseNode(elementNode& node)
 
 } // namespace
 
+bool HasLongTag(std::span<const std::uint8_t> octets)
+{
+    return !octets.empty() && (octets[0] & 0x1F) == 0x1F;
+}
+
 DerOptions DecodingOptions(const Arguments& arguments)
 {
     DerOptions options;
@@ -43,6 +48,8 @@ bool ReadDecoded(Console& console, const std::string& name, const DerOptions& op
             continue;
         block.problem = Reason("it does not decode");
         const bool isText = block.data.label.empty() && IsText(block.data.bytes.view());
+        if (!isText && HasLongTag(block.data.bytes.bytes()))
+            block.problem += "; its tag is above 30, which is not supported";
         if (!block.data.label.empty())
             block.problem.insert(0, PemBlockName(blocks.size(), block.data.label) + ": ");
         else if (isText)

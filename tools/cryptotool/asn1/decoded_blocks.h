@@ -5,6 +5,7 @@
 #include "tools/cryptotool/cli/invocation.h"
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,9 @@ struct DecodedBlock {
 
     const elementNode* root() const { return tree.root(); }
 };
+
+/// Whether DER begins with a tag above 30, whose number stands in further octets (X.690, 8.1.2.4). It is read as if it were 31.
+bool HasLongTag(std::span<const std::uint8_t> octets);
 
 /// The options "inside" and "lenient" of a call.
 DerOptions DecodingOptions(const Arguments& arguments);

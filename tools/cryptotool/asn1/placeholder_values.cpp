@@ -4,6 +4,7 @@
 #include "asn1/der/der_analyzer.h"
 #include "asn1/parser/parser_search.h"
 #include "asn1/template/bracket_list.h"
+#include "asn1/text/unicode_text.h"
 #include "core/text/hex.h"
 #include "tools/cryptotool/asn1/decoded_blocks.h"
 #include "tools/cryptotool/input/file_input.h"
@@ -35,8 +36,10 @@ bool Fail(FillProblem& problem, std::string reason)
     return false;
 }
 
-bool TextValue(std::string_view text, ElementType owner, element& value)
+bool TextValue(std::string_view text, ElementType owner, element& value, FillProblem& problem)
 {
+    if (!IsUtf8(text))
+        return Fail(problem, "it is not UTF-8; octets are written as #hex");
     value = CCryptoString(text).data();
     // Characters of two bytes are made from UTF-8 text alone.
     if (owner == ElementType::bmpString)
@@ -51,7 +54,7 @@ bool PlainValue(std::string_view text, elementNode& placeholder, element& value,
     if (text.starts_with('#'))
         return BytesFromHex(text.substr(1), value) || Fail(problem, "\"#\" is not followed by pairs of hexadecimal digits");
     if (text.starts_with(textMark))
-        return TextValue(text.substr(textMark.size()), owner, value);
+        return TextValue(text.substr(textMark.size()), owner, value, problem);
     if (IsTagNumber(placeholder) || owner == ElementType::asn1Integer || owner == ElementType::enumerated) {
         const bool isNumber = SignedFromDecimal(text, value) && !(IsTagNumber(placeholder) && value.negative());
         return isNumber || Fail(problem, "a number is asked for there, or #hex");
@@ -60,7 +63,7 @@ bool PlainValue(std::string_view text, elementNode& placeholder, element& value,
         value = element::FromTruth(text == "TRUE" || text == "true");
         return value.toTruth() || text == "FALSE" || text == "false" || Fail(problem, "TRUE or FALSE is asked for there");
     }
-    return TextValue(text, owner, value);
+    return TextValue(text, owner, value, problem);
 }
 
 bool ReadTree(std::string_view file, Console& console, CCryptoParser& tree, FillProblem& problem)

@@ -80,7 +80,8 @@ bool ReadTemplate(Console& console, const std::string& name, std::string form, C
         return false;
     }
     if (form != "template" && !HoldsAsn1(tree.root())) {
-        reason = "it describes no ASN.1";
+        reason = form == "json" ? "it describes no ASN.1: no member has the name of a type, such as SEQUENCE"
+                                : "it describes no ASN.1: elements need the namespace urn:x-asn1:template";
         return false;
     }
     return true;

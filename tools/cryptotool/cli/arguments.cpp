@@ -63,6 +63,13 @@ bool Arguments::read(const Command& command, std::span<const std::string> words,
     return understood;
 }
 
+std::vector<std::string> Arguments::fileOperands(std::size_t index) const
+{
+    if (index >= operands_.size())
+        return {"-"};
+    return {operands_.begin() + static_cast<std::ptrdiff_t>(index), operands_.end()};
+}
+
 bool Arguments::failUnknown(std::string_view shown, std::string_view name)
 {
     std::vector<std::string_view> known;

@@ -26,6 +26,8 @@ public:
     /// The same for a file that may be left out: "-", standard input, after the last.
     std::string fileOperand(std::size_t index) const { return index < operands_.size() ? operands_[index] : "-"; }
     const std::vector<std::string>& operands() const { return operands_; }
+    /// The operands from `index` on, which are files; standard input when there are none.
+    std::vector<std::string> fileOperands(std::size_t index) const;
 
 private:
     template <typename Matches>

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <optional>
 
 namespace ccrypto {
 
@@ -172,6 +173,22 @@ void WarnOfBlocksThatAreNotDer(Invocation& invocation, const std::string& file, 
             invocation.warn(file, BlockPrefix(blocks, index) + "it is not DER; encoded again, it gives other octets");
 }
 
+/// In DER, tags above 30 take further octets, which are not read as such.
+void WarnOfLongTags(Invocation& invocation, const std::string& file, const Blocks& blocks, const DerOptions& decoding)
+{
+    for (std::size_t index = 0; index < blocks.size(); ++index) {
+        const std::span<const std::uint8_t> bytes = blocks[index].data.bytes.bytes();
+        std::optional<std::uint32_t> place;
+        WalkOutline(bytes, blocks[index].root(), decoding, 0, [&](const OutlineElement& line) {
+            if (!place && line.kind == OutlineElement::Kind::element && HasLongTag(bytes.subspan(line.header.start)))
+                place = line.header.start;
+        });
+        if (place)
+            invocation.warn(file, BlockPrefix(blocks, index) + "the tag at offset " + std::to_string(*place) +
+                                      " is above 30, which is not supported: what is shown of it is wrong");
+    }
+}
+
 int Show(Invocation& invocation)
 {
     const Arguments& arguments = invocation.arguments();
@@ -198,6 +215,7 @@ int Show(Invocation& invocation)
         return invocation.refuse(file, reason);
     if (form != "der")
         WarnOfBlocksThatAreNotDer(invocation, file, blocks);
+    WarnOfLongTags(invocation, file, blocks, setting.decoding);
     Output output(invocation.console(), arguments.value("output"), form == "der" ? Output::Content::binary : Output::Content::text);
     if (!output.open())
         return RefuseOutput(invocation, output);

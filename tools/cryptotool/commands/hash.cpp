@@ -15,7 +15,7 @@ namespace ccrypto {
 namespace {
 
 constexpr std::string_view hashDetails =
-    R"(Prints the digest of each FILE, "-" for standard input, in the line format of sha256sum. ALG is md4, md5, sha1, sha224, sha256,
+    R"(Prints the digest of each FILE, "-" or none for standard input, in the line format of sha256sum. ALG is md4, md5, sha1, sha224, sha256,
 sha384, sha512, md5-sha1, sha3-224, sha3-256, sha3-384 or sha3-512, in either case, with or without "-".
 
 With --check each FILE is a list of such lines, or of lines in the BSD format ("SHA256 (FILE) = ..."), and each file that they name
@@ -69,7 +69,8 @@ std::optional<int> CheckSums(Invocation& invocation, FileDigests& digests, Files
 int HashFiles(Invocation& invocation)
 {
     const Arguments& arguments = invocation.arguments();
-    if (const int code = CheckOneStandardInput(invocation, arguments.operands(), {}); code != exitDone)
+    const std::vector<std::string> files = arguments.fileOperands(1);
+    if (const int code = CheckOneStandardInput(invocation, files, {}); code != exitDone)
         return code;
     if (arguments.has(ignoreMissingOption.name) && !arguments.has(checkOption.name))
         return invocation.misuse("--ignore-missing requires --check");
@@ -82,15 +83,15 @@ int HashFiles(Invocation& invocation)
         return RefuseOutput(invocation, output);
     FileDigests digests(invocation.console(), *hash);
     const auto work = arguments.has(checkOption.name) ? CheckSums : PrintSums;
-    const std::optional<int> code = work(invocation, digests, Files(arguments.operands()).subspan(1), output);
+    const std::optional<int> code = work(invocation, digests, files, output);
     return code && output.finish() ? *code : RefuseOutput(invocation, output);
 }
 
 } // namespace
 
-const Command hashCommand = {"hash",        "",          "prints or checks digests of files",
-                             "ALG FILE...", 2,           std::numeric_limits<std::size_t>::max(),
-                             hashDetails,   hashOptions, HashFiles,
+const Command hashCommand = {"hash",          "",          "prints or checks digests of files",
+                             "ALG [FILE...]", 1,           std::numeric_limits<std::size_t>::max(),
+                             hashDetails,     hashOptions, HashFiles,
                              hashNames};
 
 } // namespace ccrypto

@@ -14,7 +14,7 @@ namespace ccrypto {
 namespace {
 
 constexpr std::string_view macDetails =
-    R"(Prints the message authentication code of each FILE, "-" for standard input, in the line format of "cryptotool hash". ALG is hmac-
+    R"(Prints the message authentication code of each FILE, "-" or none for standard input, in the line format of "cryptotool hash". ALG is hmac-
 with the name of a hash function (hmac-sha256), or aes-cmac, whose key has 16, 24 or 32 bytes, in either case. Without --key-file and
 --key-fd the key is asked for at the terminal: it is the line typed there.
 )";
@@ -30,7 +30,7 @@ int PrintMACs(Invocation& invocation, ICryptoMAC& mac)
     if (!output.open())
         return RefuseOutput(invocation, output);
     int code = exitDone;
-    for (const std::string& file : std::span(arguments.operands()).subspan(1)) {
+    for (const std::string& file : arguments.fileOperands(1)) {
         std::string reason;
         const bool isRead = StreamFile(
             invocation.console(), file, [&](std::span<const std::uint8_t> piece) { mac.update(piece); }, reason);
@@ -46,7 +46,7 @@ int PrintMACs(Invocation& invocation, ICryptoMAC& mac)
 int MACFiles(Invocation& invocation)
 {
     const Arguments& arguments = invocation.arguments();
-    if (const int code = CheckOneStandardInput(invocation, arguments.operands(), {keySecret}); code != exitDone)
+    if (const int code = CheckOneStandardInput(invocation, arguments.fileOperands(1), {keySecret}); code != exitDone)
         return code;
     const MACAlgorithm* const algorithm = FindMACAlgorithm(arguments.operand(0));
     if (algorithm == nullptr)
@@ -61,9 +61,9 @@ int MACFiles(Invocation& invocation)
 
 } // namespace
 
-const Command macCommand = {"mac",         "",         "prints message authentication codes of files",
-                            "ALG FILE...", 2,          std::numeric_limits<std::size_t>::max(),
-                            macDetails,    macOptions, MACFiles,
+const Command macCommand = {"mac",           "",         "prints message authentication codes of files",
+                            "ALG [FILE...]", 1,          std::numeric_limits<std::size_t>::max(),
+                            macDetails,      macOptions, MACFiles,
                             macNames};
 
 } // namespace ccrypto
