@@ -31,7 +31,7 @@ TEST(HashSecrets, MessagesAndKeys)
             mac->setKey(Secret(length));
             EXPECT_TRUE(HasResult(mac->macOf(Secret(300))));
             mac->update(Secret(10));
-            EXPECT_FALSE(mac->verify(Secret(mac->digestSize())));
+            EXPECT_FALSE(mac->verify(Secret(mac->macSize())));
         }
     }
 }
@@ -56,6 +56,9 @@ TEST(HashSecrets, Derivation)
             EXPECT_TRUE(HasResult(KDF::X963(id, Secret(length), salt, 100)));
         }
     }
+    const Bytes salt(8, 1);
+    EXPECT_TRUE(HasResult(KDF::PBKDF2(algorithm::sha3_256, Secret(200), salt, 3, 100)));
+    EXPECT_TRUE(HasResult(KDF::HKDF(algorithm::sha3_256, salt, Secret(200), salt, 100)));
 }
 
 } // namespace
