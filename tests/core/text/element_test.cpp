@@ -35,6 +35,20 @@ TEST(ElementGrowth, AppendsItsOwnBytes)
         ASSERT_EQ(text[index], "abc"[index % 3]) << index;
 }
 
+TEST(Element, WipesTheBytesItGivesUp)
+{
+    const std::string text(40, 's');
+    const auto shrunk = [&](auto shrink) {
+        element bytes(text);
+        shrink(bytes);
+        return std::string(reinterpret_cast<const char*>(bytes.data()), text.size());
+    };
+    const std::string wiped = "ss" + std::string(38, '\0');
+    EXPECT_EQ(shrunk([](element& bytes) { bytes.resize(2); }), wiped);
+    EXPECT_EQ(shrunk([](element& bytes) { bytes.assign("ss", 2); }), wiped);
+    EXPECT_EQ(shrunk([](element& bytes) { bytes.erase(1, 38); }), wiped);
+}
+
 TEST(Element, KeepsTypeSignAndBytesThroughCopyMoveAndAssignment)
 {
     element number(0x01020304u);

@@ -71,6 +71,7 @@ TEST(FileKind, AFileWithoutASizeIsReadToItsEnd)
     EXPECT_TRUE(content.isEmpty());
     EXPECT_TRUE(endless.Read(0, 64 << 20, content));
     EXPECT_EQ(content.length(), 64U << 20);
+    EXPECT_FALSE(endless.Read(0, (64 << 20) + 1, content));
 }
 
 TEST(FileKind, AFileForItsOwnerAloneIsNobodyElses)
