@@ -159,6 +159,9 @@ TEST(Library, StaysWhileItIsLocked)
     // One unlocking too many counts against the factory, and then stays below zero.
     EXPECT_EQ(factory->LockServer(FALSE), S_OK);
     EXPECT_EQ(library.call("DllCanUnloadNow"), S_OK);
+    factory.reset();
+    EXPECT_EQ(library.call("DllCanUnloadNow"), S_OK) << "below zero";
+    ASSERT_EQ(library.getClassObject(CLSID_FileContextMenuExt, IID_IClassFactory, factory.receiveVoid()), S_OK);
     EXPECT_EQ(factory->LockServer(TRUE), S_OK);
 }
 

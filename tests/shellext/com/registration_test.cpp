@@ -125,7 +125,7 @@ TEST_F(Registration, FindsTheProgramIdentifierOfAnExtension)
         SCOPED_TRACE(c.name);
         std::wstring stored = c.stored != nullptr ? c.stored : L"";
         if (stored == L"a")
-            stored = std::wstring(261, L'a');
+            stored = std::wstring(260, L'a');
         hive_.create(c.extension);
         if (c.stored != nullptr)
             hive_.setDefault(c.extension, stored, c.terminated);

@@ -228,10 +228,13 @@ TEST(Selection, RefusesListsThatLeaveTheirMemory)
         EXPECT_EQ(selection.locks(), 0U);
     }
 
-    // The last byte of the header is missing; what the memory holds after it is nobody's word.
-    ScriptedDataObject selection(std::string_view("\4\0\0\0a.pdf\0\0\0\0\0\0\0\0\0\0", 19));
-    const ComPtr handler(new FileContextMenuExt);
-    EXPECT_EQ(Initialize(*handler, selection), E_FAIL);
+    // A name inside the header, whole or without its last byte.
+    for (const std::size_t size : {19U, 20U, 24U}) {
+        SCOPED_TRACE(size);
+        ScriptedDataObject selection(std::string_view("\4\0\0\0a.pdf\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0", size));
+        const ComPtr handler(new FileContextMenuExt);
+        EXPECT_EQ(Initialize(*handler, selection), E_FAIL);
+    }
 }
 
 TEST(Selection, CutsPathsAsTheSystemDoes)
