@@ -9,11 +9,11 @@
 #include <string_view>
 #include <vector>
 
-/// A whole number of any sign, up to maxBits long, for general use: its operations take time that depends on the values. Numbers
-/// that are secret while others watch the clock are for MontgomeryModulus (crypto/bigint/montgomery.h).
+/// A whole number of any sign, up to maxBits long, for general use: its operations take time that depends on the values. Secrets
+/// whose time may be observed are for MontgomeryModulus (crypto/bigint/montgomery.h).
 ///
-/// What has no result (a division by zero, a number that grows too long, text that is no number, an inverse that does not exist)
-/// gives a number that is not valid, logged; every operation with such a number gives another, and it is equal to nothing, itself
+/// What has no result (a division by zero, a number that grows too long, text that is not a number, an inverse that does not exist)
+/// gives a number that is not valid, logged; every operation with such a number gives another. It compares unequal to all, itself
 /// included. Storage is wiped before release.
 class CCryptoBigInteger {
 public:

@@ -9,12 +9,12 @@
 
 namespace ccrypto {
 
-/// Whether a number from anywhere is a prime: division by small primes, then 64 rounds of the test of Miller and Rabin with random
-/// bases. A composite number chosen to pass does so with a chance of 2^-128. Not for secrets. \return false, also,
+/// Whether a number from an untrusted source is prime: division by small primes, then 64 rounds of the test of Miller and Rabin
+/// with random bases. A composite number chosen to pass does so with a chance of 2^-128. Not for secrets. \return false, also,
 /// without random bytes, and for numbers of more than 16384 bits.
 [[nodiscard]] bool IsProbablePrime(const CCryptoBigInteger& number, ICryptoRandom& random = ICryptoRandom::Instance());
 
-/// The parts of it for a secret candidate. What their time reveals of a rejected candidate is of no use to anybody; of an accepted
+/// The parts of it for a secret candidate. Their time may reveal a rejected candidate, which is harmless; of an accepted
 /// one it reveals how many zeros its predecessor ends with, about two bits.
 namespace primality {
 

@@ -16,8 +16,8 @@ struct CCryptoDSANumbers {
     element publicValue; ///< y
 };
 
-/// A DSA public key (FIPS 186-4, 4), to verify old signatures: nothing new is signed with DSA. p has 1024 to 3072 bits, q 160, 224
-/// or 256. Everything here is public, and takes time that depends on it. Keys do not change; any thread may use one at any time.
+/// A DSA public key (FIPS 186-4, 4), to verify existing signatures; this library does not sign with DSA. p has 1024 to 3072 bits, q
+/// 160, 224 or 256. All values are public: the time depends on them. Keys do not change; any thread may use one at any time.
 class CCryptoDSA {
 public:
     static constexpr std::uint32_t minBits = 1024;

@@ -4,8 +4,8 @@
 
 namespace ccrypto {
 
-/// The curve y^2 = x^3 + a * x + b modulo p, its base point and the prime order of that. Every point of these curves but infinity
-/// has that order. The figures are those of SEC 2 (version 1 for secp112r1), FIPS 186-5 and RFC 5639.
+/// The curve y^2 = x^3 + a * x + b modulo p, its base point and the prime order of the base point, which every point of these
+/// curves but infinity has. The numbers are those of SEC 2 (version 1 for secp112r1), FIPS 186-5 and RFC 5639.
 template <std::size_t N>
 struct CurveDomain {
     Modulus<N> p;

@@ -43,7 +43,7 @@ struct CurveFacts {
 /// What takes a private scalar takes the same time for all scalars of a curve; verification does not.
 class CCryptoEC {
 public:
-    /// A new pair; the scalar is drawn until it fits (FIPS 186-5, A.2.2). \return null, logged, for an unknown curve and when
+    /// A new pair; scalars are drawn until one fits (FIPS 186-5, A.2.2). \return null, logged, for an unknown curve and when
     /// there are no random bytes.
     [[nodiscard]] static std::unique_ptr<CCryptoEC> Generate(ccrypto::algorithm::Id curve,
                                                              ICryptoRandom& random = ICryptoRandom::Instance());
@@ -61,7 +61,7 @@ public:
 
     [[nodiscard]] const ccrypto::CurveFacts& curve() const { return facts_; }
     [[nodiscard]] bool hasPrivate() const { return hasPrivate_; }
-    /// `compressed` means nothing to X25519 and X448.
+    /// `compressed` is ignored for X25519 and X448.
     [[nodiscard]] element publicPoint(bool compressed = false) const;
     /// Empty when there is none.
     [[nodiscard]] element privateScalar() const;
@@ -77,8 +77,8 @@ public:
     /// before it leaves, since a faulty one can give the key away.
     [[nodiscard]] element signHash(std::span<const std::uint8_t> digest, ccrypto::SignatureForm form,
                                    ICryptoRandom& random = ICryptoRandom::Instance()) const;
-    /// Without random bytes: RFC 6979 unchanged, with HMAC over the hash of this id, which is the digest's own. For tests and those
-    /// who must reproduce. \return empty, logged, as above and for a digest of another length than the hash's.
+    /// Without random bytes: RFC 6979 unchanged, with HMAC over the hash of this id, which is the digest's own. For tests and for
+    /// callers that must reproduce signatures. \return empty, logged, as above and for a digest of another length than the hash's.
     [[nodiscard]] element signHashDeterministically(std::span<const std::uint8_t> digest, ccrypto::SignatureForm form,
                                                     ccrypto::algorithm::Id hash) const;
     /// \return false, logged, when the signature is not one of this key over this digest, for whatever reason.

@@ -10,8 +10,8 @@
 
 namespace ccrypto {
 
-/// The nonces of ECDSA by RFC 6979, 3.2: numbers derived from key and digest by HMAC, which nobody without the key can
-/// distinguish from random ones.
+/// The nonces of ECDSA by RFC 6979, 3.2: numbers derived from key and digest by HMAC, which cannot be
+/// distinguished from random ones without the key.
 class EcdsaNonce {
 public:
     /// `key` and `digestNumber` (the digest's number modulo the order) are as long as the order. With `fresh` random bytes the

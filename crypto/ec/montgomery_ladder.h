@@ -9,7 +9,7 @@ namespace ccrypto {
 
 /// The function of RFC 7748, 5 over a field with
 ///     Element (an array of limbs)  bits  bytes  a24  multiply  square  multiplyAdd  add  subtract  load  store  invert
-/// where add and subtract take products and give what multiply, square and multiplyAdd take, and no more than that.
+/// where add and subtract accept products, and multiply, square and multiplyAdd accept their results.
 /// `result` and `point` are Field::bytes long, and so is `scalar`, which is clamped already. The time does not depend on them.
 /// \return all ones when the result is zero.
 template <typename Field>

@@ -7,7 +7,7 @@
 namespace ccrypto {
 
 /// Scalars as digits from -2^(width - 1) to 2^(width - 1) of the base 2^width (Booth's recoding): half as many multiples of a point
-/// to choose from, since negating a point costs next to nothing.
+/// to choose from, since negating a point is nearly free.
 struct SignedDigit {
     std::uint64_t magnitude;
     std::uint64_t negative; ///< all ones or zeros

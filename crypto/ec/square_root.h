@@ -4,7 +4,7 @@
 
 namespace ccrypto {
 
-/// Square roots modulo an odd prime by the algorithm of Tonelli and Shanks. The time depends on the numbers, which are public.
+/// Square roots modulo an odd prime by the algorithm of Tonelli and Shanks. The time depends on the numbers: they are public.
 template <std::size_t N>
 class SquareRoot {
 public:

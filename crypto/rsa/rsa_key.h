@@ -8,7 +8,7 @@
 
 namespace ccrypto {
 
-/// The numbers of a private key as they are computed with.
+/// The numbers of a private key in the form that computations use.
 struct RSAPrivateNumbers {
     using Limb = limbs::Limb;
 
@@ -60,7 +60,7 @@ struct CCryptoRSA::Key {
     explicit Key(std::span<const Limb> modulus) : n(modulus) {}
 
     /// result = number^d mod n, both limbs() of n long, number < n. \return false, logged, without random bytes or when the result
-    /// is wrong: then it is wiped.
+    /// is wrong; it is then wiped.
     bool privateOperation(Limb* result, const Limb* number);
 
     CCryptoRSANumbers numbers;
