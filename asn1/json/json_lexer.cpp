@@ -1,6 +1,6 @@
 #include "asn1/json/json_lexer.h"
 
-#include "asn1/der/decimal.h"
+#include "asn1/text/decimal.h"
 #include "asn1/text/unicode_text.h"
 #include "core/base/ascii.h"
 #include "core/text/hex.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "asn1/json/json_lexer.h"
-#include "asn1/template/token_reader.h"
+#include "asn1/text/token_reader.h"
 #include "asn1/tree/element_node.h"
 #include "asn1/tree/item_list.h"
 #include "core/text/string.h"
@@ -16,7 +16,7 @@
 /// starts with "{" is read up to its closing "}", any other to the end of input.
 ///
 /// Work and memory are linear in the text: a document that is not one of items is read twice.
-class CCryptoJSONParser : private ccrypto::CTokenReader<ccrypto::internal::JsonLexer> {
+class CCryptoJSONParser : private ccrypto::TokenReader<ccrypto::internal::JsonLexer> {
 public:
     static constexpr std::uint32_t maxNesting = 128; ///< levels of objects and arrays
 

@@ -1,8 +1,8 @@
 #include "asn1/json/json_tree.h"
 
-#include "asn1/der/decimal.h"
 #include "asn1/json/json_lexer.h"
 #include "asn1/template/value_notation.h"
+#include "asn1/text/decimal.h"
 #include "asn1/text/unicode_text.h"
 #include "asn1/tree/item_list.h"
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "asn1/template/push_buffer.h"
+#include "asn1/tree/push_buffer.h"
 
 /// Writes a tree as JSON (RFC 8259). A tree as CCryptoJSONParser gives it for an ordinary document becomes that document again;
 /// any other is written as the tree of a template, each item an object of one member with the item's head as its name.
 /// docs/template-language.md describes both.
-class CPushJSONBuffer : public ccrypto::CPushTextBuffer {
+class CPushJSONBuffer : public ccrypto::TextPushBuffer {
 protected:
     bool pushDocument(const elementNode* first) override;
     bool pushHead(const Place& place) override;

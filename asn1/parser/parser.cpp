@@ -1,11 +1,11 @@
 #include "asn1/parser/parser.h"
 
+#include "asn1/der/push_der_buffer.h"
 #include "asn1/json/push_json_buffer.h"
 #include "asn1/parser/parser_search.h"
 #include "asn1/template/gen_parser.h"
 #include "asn1/template/lexical_analyzer.h"
 #include "asn1/template/push_ascii_buffer.h"
-#include "asn1/template/push_der_buffer.h"
 #include "asn1/template/template_cache.h"
 #include "asn1/template/template_match.h"
 #include "asn1/xml/push_xml_buffer.h"

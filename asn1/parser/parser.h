@@ -7,6 +7,13 @@
 #include <memory>
 #include <string_view>
 
+namespace ccrypto {
+
+/// Whether "include" in template text puts other files into it. Text from outside could name any file that the process can read.
+enum class TemplateIncludes { files, none };
+
+} // namespace ccrypto
+
 /// Owns one tree, and loads, saves, searches and edits it. The root is the first item; further items are its siblings.
 ///
 /// Every load destroys the tree held before, whether it succeeds or not. Files are read whole, up to 256 MiB.
@@ -29,7 +36,9 @@ public:
         return std::move(root_);
     }
 
-    [[nodiscard]] bool Load_ASCII_File(const CCryptoString& name);
+    /// Template text. Included names without "/" are looked for in the folder of the setting "includePath".
+    [[nodiscard]] bool Load_ASCII_File(const CCryptoString& name,
+                                       ccrypto::TemplateIncludes includes = ccrypto::TemplateIncludes::files);
     [[nodiscard]] bool Load_DER_File(const CCryptoString& name, const ccrypto::DerOptions& options = {});
     [[nodiscard]] bool Load_JSON_File(const CCryptoString& name);
     [[nodiscard]] bool Load_XML_File(const CCryptoString& name);
@@ -39,6 +48,7 @@ public:
     [[nodiscard]] static std::unique_ptr<element> SLoad_RAW_Element(const CCryptoString& name);
 
     [[nodiscard]] bool Load_ASCII_Memory(std::string_view text);
+    [[nodiscard]] bool Load_ASCII_Memory(std::string_view text, ccrypto::TemplateIncludes includes);
     [[nodiscard]] bool Load_DER_Memory(const element& der, const ccrypto::DerOptions& options = {});
     [[nodiscard]] bool Load_JSON_Memory(std::string_view text);
     [[nodiscard]] bool Load_XML_Memory(std::string_view text);

@@ -46,12 +46,12 @@ bool WriteText(const CCryptoString& name, const CCryptoString& text, CCryptoAuto
 
 } // namespace
 
-bool CCryptoParser::Load_ASCII_File(const CCryptoString& name)
+bool CCryptoParser::Load_ASCII_File(const CCryptoString& name, TemplateIncludes includes)
 {
     CCryptoAutoLogger logger("CCryptoParser::Load_ASCII_File", ccrypto::LoggerMode::resultExpected, "filename=%s", name.c_str());
     clear();
     element text;
-    return ReadFile(name, text, logger) && logger.setResult(Load_ASCII_Memory(text.view()));
+    return ReadFile(name, text, logger) && logger.setResult(Load_ASCII_Memory(text.view(), includes));
 }
 
 bool CCryptoParser::Load_DER_File(const CCryptoString& name, const DerOptions& options)
@@ -102,16 +102,23 @@ std::unique_ptr<element> CCryptoParser::SLoad_RAW_Element(const CCryptoString& n
 
 bool CCryptoParser::Load_ASCII_Memory(std::string_view text)
 {
+    return Load_ASCII_Memory(text, TemplateIncludes::files);
+}
+
+// What is loaded may be a part of the tree held before, which is destroyed after it was read.
+
+bool CCryptoParser::Load_ASCII_Memory(std::string_view text, TemplateIncludes includes)
+{
     CCryptoAutoLogger logger("CCryptoParser::Load_ASCII_Memory");
-    clear();
-    setRoot(CCryptoGENParser(FolderOfSettings).Parse(text));
+    NoIncludes noIncludes;
+    const bool reads = includes == TemplateIncludes::files;
+    setRoot(reads ? CCryptoGENParser(FolderOfSettings).Parse(text) : CCryptoGENParser(&noIncludes).Parse(text));
     return logger.setResult(!isEmpty());
 }
 
 bool CCryptoParser::Load_DER_Memory(const element& der, const DerOptions& options)
 {
     CCryptoAutoLogger logger("CCryptoParser::Load_DER_Memory");
-    clear();
     CCryptoDERParser decoder(options);
     setRoot(decoder.Decode(der.bytes()));
     isDer_ = decoder.isDer();
@@ -121,7 +128,6 @@ bool CCryptoParser::Load_DER_Memory(const element& der, const DerOptions& option
 bool CCryptoParser::Load_JSON_Memory(std::string_view text)
 {
     CCryptoAutoLogger logger("CCryptoParser::Load_JSON_Memory");
-    clear();
     setRoot(CCryptoJSONParser().Parse(text));
     return logger.setResult(!isEmpty());
 }
@@ -129,7 +135,6 @@ bool CCryptoParser::Load_JSON_Memory(std::string_view text)
 bool CCryptoParser::Load_XML_Memory(std::string_view text)
 {
     CCryptoAutoLogger logger("CCryptoParser::Load_XML_Memory");
-    clear();
     setRoot(CCryptoXMLParser().Parse(text));
     return logger.setResult(!isEmpty());
 }

@@ -48,7 +48,7 @@ namespace ccrypto {
 /// For text from outside: every "include" fails.
 class NoIncludes : public ICryptoIncludeLoader {
 public:
-    bool Load(const CCryptoString&, element&) override { return false; }
+    [[nodiscard]] bool Load(const CCryptoString&, element&) override { return false; }
 };
 
 } // namespace ccrypto

@@ -1,7 +1,7 @@
 #include "asn1/template/lexical_analyzer.h"
 
-#include "asn1/der/decimal.h"
 #include "asn1/template/value_notation.h"
+#include "asn1/text/decimal.h"
 #include "core/base/ascii.h"
 #include "core/text/hex.h"
 

@@ -2,10 +2,10 @@
 
 #include "asn1/der/ber_tlv.h"
 #include "asn1/der/der_analyzer.h"
-#include "asn1/template/bracket_list.h"
-#include "asn1/template/encoding_form.h"
-#include "asn1/template/push_der_buffer.h"
+#include "asn1/der/encoding_form.h"
+#include "asn1/der/push_der_buffer.h"
 #include "asn1/template/value_notation.h"
+#include "asn1/tree/node_parts.h"
 #include "core/text/hex.h"
 
 #include <algorithm>

@@ -21,9 +21,9 @@ struct TemplateBinding {
 /// Holds decoded data against a template and binds the template's placeholders.
 ///
 /// Items are matched in order against the data of the same level. A typed item agrees with a data node of the same type, tag class
-/// and number; it must then match inside, in its form (asn1/template/encoding_form.h) and, where the template gives constants, in
-/// its octets. An item with "OPTIONAL" that does not agree is left out, and the same data is tried against the next; one that
-/// agrees and does not match inside fails the whole, so that broken data is never taken for absent.
+/// and number; it must then match inside, in its form (asn1/der/encoding_form.h) and, where the template gives constants, in its
+/// octets. An item with "OPTIONAL" that does not agree is left out, and the same data is tried against the next; one that agrees
+/// and does not match inside fails the whole, so that broken data is never taken for absent.
 ///
 /// A placeholder by itself takes the whole data node at its place; inside a typed item, alone or after "=", it takes that item's
 /// value; in a bracket list it takes the tag number or the unused bits; the first of two in a BIT_STRING takes the unused bits;

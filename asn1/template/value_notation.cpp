@@ -1,6 +1,6 @@
 #include "asn1/template/value_notation.h"
 
-#include "asn1/der/decimal.h"
+#include "asn1/text/decimal.h"
 #include "asn1/text/unicode_text.h"
 #include "core/text/hex.h"
 
@@ -96,27 +96,6 @@ std::string_view ValueKindName(const element& value)
     const auto* const kind = std::ranges::find_if(
         kindNames, [&value](const KindName& each) { return each.type == value.type() && each.negative == value.negative(); });
     return kind != std::end(kindNames) ? kind->name : std::string_view();
-}
-
-bool IsValue(ElementType type)
-{
-    return std::ranges::find(kindNames, type, &KindName::type) != std::end(kindNames);
-}
-
-bool IsBare(const elementNode& node)
-{
-    return node.modifiers() == nullptr && node.brackets() == nullptr && node.shortValue() == nullptr &&
-           node.operation() == nullptr && node.content() == nullptr;
-}
-
-bool IsBareValue(const elementNode& node)
-{
-    return IsValue(node.type()) && IsBare(node);
-}
-
-bool IsSingleValue(const elementNode* list)
-{
-    return list != nullptr && list->next() == nullptr && IsBareValue(*list);
 }
 
 CCryptoString MarkedNotation(const element& value)

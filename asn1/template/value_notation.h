@@ -1,6 +1,7 @@
 #pragma once
 
 #include "asn1/tree/element_node.h"
+#include "asn1/tree/node_parts.h"
 #include "core/text/string.h"
 
 #include <string_view>
@@ -23,11 +24,6 @@ bool FindValueKind(std::string_view name, ElementType& type, bool& negative);
 /// The word for the kind of a value; empty when it has none.
 std::string_view ValueKindName(const element& value);
 
-/// Text, bytes, a number or truth, but not a word of the language.
-bool IsValue(ElementType type);
-/// A node that is nothing but a value.
-bool IsBareValue(const elementNode& node);
-bool IsBare(const elementNode& node);
 /// A type whose values are numbers.
 constexpr bool IsNumberType(ElementType type)
 {
@@ -35,8 +31,6 @@ constexpr bool IsNumberType(ElementType type)
 }
 /// Whether `owner`, which may be null, is of such a type.
 bool HoldsNumber(const elementNode* owner);
-/// Whether a list is one bare value and no more.
-bool IsSingleValue(const elementNode* list);
 
 /// The text of a value. \param owner the node whose value it is, or null; the text depends on its type.
 CCryptoString StringNotation(const element& value, const elementNode* owner);

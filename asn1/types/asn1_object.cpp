@@ -1,10 +1,10 @@
 #include "asn1/types/asn1_object.h"
 
 #include "asn1/der/der_parser.h"
-#include "asn1/template/bracket_list.h"
+#include "asn1/der/unfilled_items.h"
 #include "asn1/template/template_cache.h"
-#include "asn1/template/unfilled_items.h"
 #include "asn1/tree/item_list.h"
+#include "asn1/tree/node_parts.h"
 #include "core/diagnostics/auto_logger.h"
 
 using namespace ccrypto;
@@ -54,15 +54,22 @@ CCryptoASN1Object::Outcome CCryptoASN1Object::setNodeToParse(const elementNode& 
     const elementNode* const items = ParsedTemplate(templateText_);
     if (items == nullptr)
         return Outcome::noTemplate;
-    clear();
     // Matched where it stands first, and then only what the template takes is copied: copying a list once for each of its members
     // would take time and memory that grow with its square.
     const bool takesOne = items->next() == nullptr && !IsExcluded(*items);
-    if (!takesOne && !match_.Match(items, &node))
+    CCryptoTemplateMatch whole;
+    if (!takesOne && !whole.Match(items, &node)) {
+        clear();
+        match_ = std::move(whole);
         return Outcome::mismatch;
-    const elementNode* const end = takesOne ? node.next() : match_.following();
-    taken_ = NodesBetween(node, end);
-    data_ = withSiblings_ ? node.clone(true) : CopyUpTo(node, end);
+    }
+    const elementNode* const end = takesOne ? node.next() : whole.following();
+    const std::uint32_t taken = NodesBetween(node, end);
+    ElementNodePtr copy = withSiblings_ ? node.clone(true) : CopyUpTo(node, end);
+    // The node may be a part of what the object holds.
+    clear();
+    taken_ = taken;
+    data_ = std::move(copy);
     if (!match_.Match(items, data_.get()))
         return Outcome::mismatch;
     return match_.surplus() == nullptr || allowsSurplus_ ? Outcome::parsed : Outcome::surplus;

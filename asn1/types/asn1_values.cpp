@@ -1,6 +1,6 @@
 #include "asn1/types/asn1_values.h"
 
-#include "asn1/template/encoding_form.h"
+#include "asn1/der/encoding_form.h"
 #include "core/base/ascii.h"
 
 #include <algorithm>

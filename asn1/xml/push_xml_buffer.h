@@ -1,10 +1,10 @@
 #pragma once
 
-#include "asn1/template/push_buffer.h"
+#include "asn1/tree/push_buffer.h"
 
 /// Writes a tree as XML 1.0. A tree as CCryptoXMLParser gives it for an ordinary document becomes that document again; any other is
 /// written as the tree of a template, an element an item, in a namespace of its own. docs/template-language.md describes both.
-class CPushXmlBuffer : public ccrypto::CPushTextBuffer {
+class CPushXmlBuffer : public ccrypto::TextPushBuffer {
 protected:
     bool pushDocument(const elementNode* first) override;
     bool pushHead(const Place& place) override;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "asn1/template/token_reader.h"
+#include "asn1/text/token_reader.h"
 #include "asn1/tree/element_node.h"
 #include "asn1/tree/item_list.h"
 #include "asn1/xml/xml_lexer.h"
@@ -16,7 +16,7 @@
 /// document type are ignored; entities that a document declares are refused.
 ///
 /// Work and memory are linear in the text, but for the sort of one element's attributes.
-class CCryptoXMLParser : private ccrypto::CTokenReader<ccrypto::internal::XmlLexer> {
+class CCryptoXMLParser : private ccrypto::TokenReader<ccrypto::internal::XmlLexer> {
 public:
     static constexpr std::uint32_t maxNesting = 128;                    ///< levels of elements
     static constexpr std::uint32_t maxTemplateNesting = maxNesting + 2; ///< a <list> around the items, an <item> inside

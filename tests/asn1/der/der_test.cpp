@@ -1,5 +1,6 @@
+#include "asn1/der/pem.h"
+#include "asn1/der/push_der_buffer.h"
 #include "asn1/parser/parser.h"
-#include "asn1/template/push_der_buffer.h"
 #include "tests/asn1/parser/text_forms.h"
 #include "tests/support/captured_log.h"
 
@@ -371,14 +372,11 @@ TEST(DerRoundTrip, EveryCertificateOfTheTrustStore)
             continue;
         std::ifstream file(entry.path(), std::ios::binary);
         const std::string text{std::istreambuf_iterator<char>(file), {}};
-        constexpr std::string_view begin = "-----BEGIN CERTIFICATE-----";
-        const std::size_t start = text.find(begin);
-        const std::size_t end = text.find("-----END");
-        if (start == std::string::npos || end == std::string::npos)
+        std::vector<DataBlock> blocks;
+        if (!ReadPem(text, blocks))
             continue;
         SCOPED_TRACE(entry.path().string());
-        const std::size_t body = start + begin.size();
-        ExpectRoundTrips(element::FromBase64(std::string_view(text).substr(body, end - body)));
+        ExpectRoundTrips(blocks.front().bytes);
         ++count;
     }
     if (count == 0)

@@ -82,6 +82,14 @@ TEST(Parser, GivesTheValueOfANameAndNothingElse)
     EXPECT_EQ(Hex(tree.ToDer()), "30050201010500");
 }
 
+TEST(Parser, LoadsFromAPartOfItsOwnTree)
+{
+    CCryptoParser parser;
+    ASSERT_TRUE(parser.Load_DER_Memory(FromHex("040730050201050500")));
+    EXPECT_TRUE(parser.Load_DER_Memory(*CCryptoParser::find_path_element(parser.root(), "{")));
+    EXPECT_EQ(Hex(parser.ToDer()), "30050201050500");
+}
+
 TEST(Parser, SaysWhatItCannotDo)
 {
     CCryptoParser parser;

@@ -200,6 +200,7 @@ TEST(Template, LooksForIncludesInTheFolderThatIsGiven)
     CCryptoParser parser;
     EXPECT_TRUE(parser.Load_ASCII_Memory("SEQUENCE { include " + name + " }"));
     EXPECT_EQ(Hex(parser.ToDer()), "30020500");
+    EXPECT_FALSE(parser.Load_ASCII_Memory("SEQUENCE { include " + name + " }", TemplateIncludes::none));
     const std::string text = "include " + name;
     EXPECT_NE(CCryptoGENParser(nullptr, folder.c_str()).Parse(text), nullptr);
     EXPECT_EQ(CCryptoGENParser().Parse(text), nullptr);

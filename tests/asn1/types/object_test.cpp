@@ -332,6 +332,15 @@ TEST(Values, TakeTheOctetsOfWhatWasDecodedInsideStrings)
     EXPECT_EQ(Hex(bitString(bits.root()).bits()), "020105");
 }
 
+TEST(Values, AreReadFromAPartOfTheSameObject)
+{
+    CCryptoASN1ContextSpecific tagged;
+    ASSERT_TRUE(tagged.ParseDer(Der("\xA0\x05\xA3\x03\x02\x01\x05")));
+    ASSERT_TRUE(tagged.Parse(tagged.data()));
+    EXPECT_EQ(tagged.tagNumber(), 3u);
+    EXPECT_EQ(Hex(CCryptoParser::ToDer(tagged.data())), "020105");
+}
+
 TEST(GeneralizedTime, TakesTheFormOfDerAlone)
 {
     const std::pair<std::string, bool> cases[] = {

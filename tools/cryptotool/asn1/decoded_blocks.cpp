@@ -1,7 +1,7 @@
 #include "tools/cryptotool/asn1/decoded_blocks.h"
 
 #include "asn1/der/der_analyzer.h"
-#include "asn1/template/bracket_list.h"
+#include "asn1/tree/node_parts.h"
 #include "tools/cryptotool/cli/reason.h"
 #include "tools/cryptotool/input/encoding_detection.h"
 #include "tools/text/safe_text.h"

@@ -1,10 +1,9 @@
 #include "tools/cryptotool/asn1/placeholder_values.h"
 
-#include "asn1/der/decimal.h"
 #include "asn1/der/der_analyzer.h"
 #include "asn1/parser/parser_search.h"
-#include "asn1/template/bracket_list.h"
 #include "asn1/text/unicode_text.h"
+#include "asn1/tree/node_parts.h"
 #include "core/text/hex.h"
 #include "tools/cryptotool/asn1/decoded_blocks.h"
 #include "tools/cryptotool/input/file_input.h"

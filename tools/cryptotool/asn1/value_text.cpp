@@ -1,10 +1,10 @@
 #include "tools/cryptotool/asn1/value_text.h"
 
-#include "asn1/der/decimal.h"
 #include "asn1/der/object_identifier.h"
 #include "asn1/oid/oid_names.h"
 #include "asn1/parser/parser.h"
 #include "asn1/template/value_notation.h"
+#include "asn1/text/decimal.h"
 #include "core/text/hex.h"
 #include "core/text/utf8.h"
 #include "tools/text/safe_text.h"

@@ -1,6 +1,6 @@
+#include "asn1/der/encoding_form.h"
 #include "asn1/der/pem.h"
 #include "asn1/parser/parser_search.h"
-#include "asn1/template/encoding_form.h"
 #include "tools/cryptotool/asn1/placeholder_values.h"
 #include "tools/cryptotool/asn1/template_input.h"
 #include "tools/cryptotool/cli/command_table.h"

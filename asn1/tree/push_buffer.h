@@ -40,7 +40,7 @@ namespace ccrypto {
 /// written, and which of its slots holds the list between value and end.
 ///
 /// Siblings are walked; levels are recursed, `maxTreeDepth` of them at most.
-class CPushTextBuffer : public CPushBuffer {
+class TextPushBuffer : public CPushBuffer {
 public:
     bool Push(const elementNode* first) final;
 

@@ -11,10 +11,10 @@ namespace ccrypto {
 /// What the parsers of JSON and XML share: the tokens of a text, of which one is read ahead, a count of the nodes made of them, and
 /// the reason of a failure. Operations that return false have set the reason.
 template <typename Lexer>
-class CTokenReader {
+class TokenReader {
 protected:
-    CTokenReader() = default;
-    ~CTokenReader() = default;
+    TokenReader() = default;
+    ~TokenReader() = default;
 
     /// Reads the first token. \param lexer not owned; must outlive the parse.
     bool start(Lexer& lexer)

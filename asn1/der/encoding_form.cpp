@@ -1,7 +1,7 @@
-#include "asn1/template/encoding_form.h"
+#include "asn1/der/encoding_form.h"
 
 #include "asn1/der/der_analyzer.h"
-#include "asn1/template/bracket_list.h"
+#include "asn1/tree/node_parts.h"
 
 using namespace ccrypto;
 

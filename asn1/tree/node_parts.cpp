@@ -1,4 +1,4 @@
-#include "asn1/template/bracket_list.h"
+#include "asn1/tree/node_parts.h"
 
 namespace ccrypto {
 
@@ -39,6 +39,22 @@ void ReadBrackets(const elementNode* item, EncodingMarks& marks)
 }
 
 } // namespace
+
+bool IsValue(ElementType type)
+{
+    switch (type) {
+    case ElementType::bytes:
+    case ElementType::text:
+    case ElementType::quotedText:
+    case ElementType::utf8Text:
+    case ElementType::characterData:
+    case ElementType::integer:
+    case ElementType::truth:
+        return true;
+    default:
+        return false;
+    }
+}
 
 bool HasBracket(const elementNode& node, ElementType word)
 {

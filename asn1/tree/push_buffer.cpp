@@ -1,4 +1,4 @@
-#include "asn1/template/push_buffer.h"
+#include "asn1/tree/push_buffer.h"
 
 #include "asn1/tree/item_list.h"
 #include "core/log/log_writers.h"
@@ -15,7 +15,7 @@ bool CPushBuffer::CheckLength(std::uint32_t expected) const
 
 namespace ccrypto {
 
-bool CPushTextBuffer::Push(const elementNode* first)
+bool TextPushBuffer::Push(const elementNode* first)
 {
     const std::uint32_t before = buffer_.length();
     if (first == nullptr || pushDocument(first))
@@ -25,7 +25,7 @@ bool CPushTextBuffer::Push(const elementNode* first)
     return false;
 }
 
-bool CPushTextBuffer::pushList(const elementNode* first, const elementNode* owner, std::uint32_t depth)
+bool TextPushBuffer::pushList(const elementNode* first, const elementNode* owner, std::uint32_t depth)
 {
     if (depth >= maxTreeDepth)
         return fail(tooDeep);
@@ -36,19 +36,19 @@ bool CPushTextBuffer::pushList(const elementNode* first, const elementNode* owne
     return true;
 }
 
-bool CPushTextBuffer::pushNode(const Place& place)
+bool TextPushBuffer::pushNode(const Place& place)
 {
     return pushHead(place) && pushValue(place) && pushList(listOf(place), &place.node, place.depth + 1) && pushEnd(place);
 }
 
-void CPushTextBuffer::pushIndent(std::uint32_t depth)
+void TextPushBuffer::pushIndent(std::uint32_t depth)
 {
     constexpr std::string_view blanks = "                                                                ";
     constexpr std::uint32_t indentWidth = 4;
     PushText(blanks.substr(0, std::min<std::size_t>(std::size_t{depth} * indentWidth, blanks.size())));
 }
 
-bool CPushTextBuffer::fail(const char* reason)
+bool TextPushBuffer::fail(const char* reason)
 {
     reason_ = reason;
     return false;

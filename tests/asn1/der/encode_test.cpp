@@ -1,6 +1,6 @@
+#include "asn1/der/push_der_buffer.h"
+#include "asn1/der/unfilled_items.h"
 #include "asn1/parser/parser.h"
-#include "asn1/template/push_der_buffer.h"
-#include "asn1/template/unfilled_items.h"
 #include "core/text/hex.h"
 #include "tests/support/captured_log.h"
 

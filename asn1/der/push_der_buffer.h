@@ -1,6 +1,6 @@
 #pragma once
 
-#include "asn1/template/push_buffer.h"
+#include "asn1/tree/push_buffer.h"
 
 /// Writes a tree as DER (X.690). Each node becomes one element; in order:
 ///

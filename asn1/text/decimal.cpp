@@ -1,4 +1,4 @@
-#include "asn1/der/decimal.h"
+#include "asn1/text/decimal.h"
 
 #include "core/base/ascii.h"
 #include "core/memory/wiped.h"

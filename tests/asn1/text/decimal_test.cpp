@@ -1,5 +1,5 @@
-#include "asn1/der/decimal.h"
 #include "asn1/parser/parser.h"
+#include "asn1/text/decimal.h"
 #include "core/text/hex.h"
 
 #include <gtest/gtest.h>

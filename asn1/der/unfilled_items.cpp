@@ -1,9 +1,8 @@
-#include "asn1/template/unfilled_items.h"
+#include "asn1/der/unfilled_items.h"
 
 #include "asn1/der/der_analyzer.h"
-#include "asn1/template/bracket_list.h"
-#include "asn1/template/value_notation.h"
 #include "asn1/tree/item_list.h"
+#include "asn1/tree/node_parts.h"
 
 namespace ccrypto {
 
