@@ -1,5 +1,6 @@
 #include "bench/asn1/certificates.h"
 
+#include "asn1/der/pem.h"
 #include "asn1/parser/parser.h"
 
 #include <algorithm>
@@ -21,14 +22,13 @@ element ReadCertificate()
 {
     std::ifstream file(trustStore, std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(file), {}};
-    constexpr std::string_view begin = "-----BEGIN CERTIFICATE-----";
+    std::vector<DataBlock> blocks;
+    if (!ReadPem(text, blocks))
+        throw std::runtime_error(std::string("no PEM blocks in ") + trustStore);
     std::vector<element> certificates;
-    for (std::size_t start = text.find(begin); start != std::string::npos; start = text.find(begin, start)) {
-        start += begin.size();
-        const std::size_t end = text.find("-----END", start);
-        element certificate = element::FromBase64(std::string_view(text).substr(start, end - start));
-        if (certificate.length() >= minLength && certificate.length() <= maxLength)
-            certificates.push_back(std::move(certificate));
+    for (DataBlock& block : blocks) {
+        if (block.bytes.length() >= minLength && block.bytes.length() <= maxLength)
+            certificates.push_back(std::move(block.bytes));
     }
     if (certificates.empty())
         throw std::runtime_error(std::string("no certificates in ") + trustStore);
