@@ -2,6 +2,7 @@
 
 #include "asn1/der/der_analyzer.h"
 #include "asn1/parser/parser_search.h"
+#include "asn1/text/decimal.h"
 #include "asn1/text/unicode_text.h"
 #include "asn1/tree/node_parts.h"
 #include "core/text/hex.h"
