@@ -77,13 +77,13 @@ void CCryptoAutoLogger::enter() noexcept
     });
 }
 
-void CCryptoAutoLogger::open()
+void CCryptoAutoLogger::open() noexcept
 {
     enter();
     writeEntry();
 }
 
-void CCryptoAutoLogger::openWithArguments(const char* format, std::va_list arguments)
+void CCryptoAutoLogger::openWithArguments(const char* format, std::va_list arguments) noexcept
 {
     enter();
 

@@ -132,8 +132,9 @@ protected:
     }
 
 private:
-    void open();
-    void openWithArguments(const char* format, std::va_list arguments);
+    [[gnu::noinline]] void open() noexcept;
+    // Not inlined, and without exceptions: opening with the log off then saves no registers for them.
+    [[gnu::noinline]] void openWithArguments(const char* format, std::va_list arguments) noexcept;
     void enter() noexcept;
     void writeEntry();
     void writeExit();
