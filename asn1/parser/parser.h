@@ -16,7 +16,8 @@ enum class TemplateIncludes { files, none };
 
 /// Owns one tree, and loads, saves, searches and edits it. The root is the first item; further items are its siblings.
 ///
-/// Every load destroys the tree held before, whether it succeeds or not. Files are read whole, up to 256 MiB.
+/// Every load destroys the tree held before, whether it succeeds or not. What is loaded from memory may be a part of that tree.
+/// Files are read whole, up to 256 MiB.
 class CCryptoParser {
 public:
     CCryptoParser() = default;

@@ -124,7 +124,10 @@ CCryptoString PlaceOf(const elementNode& item)
 
 bool CCryptoTemplateMatch::Match(const elementNode* templateItems, const elementNode* data)
 {
+    ElementNodePtr kept = takeMade(data);
     clearBindings();
+    if (kept != nullptr)
+        keep(std::move(kept));
     failedStep_ = {};
     failedPlace_ = {};
     if (matchWhole(templateItems, data, 0))
@@ -133,6 +136,15 @@ bool CCryptoTemplateMatch::Match(const elementNode* templateItems, const element
     failedPlace_ = PlaceOf(*failedItem_);
     clearBindings();
     return false;
+}
+
+/// The tree that this match made and `data` is a part of; null for other data.
+ElementNodePtr CCryptoTemplateMatch::takeMade(const elementNode* data)
+{
+    while (!made_.empty() && data != nullptr && data->parent() != nullptr)
+        data = data->parent();
+    const auto found = std::ranges::find(made_, data, &ElementNodePtr::get);
+    return found != made_.end() ? std::move(*found) : nullptr;
 }
 
 void CCryptoTemplateMatch::clearBindings()

@@ -34,7 +34,8 @@ struct TemplateBinding {
 /// for the rest of the tag.
 class CCryptoTemplateMatch {
 public:
-    /// Both are lists: the first node and its siblings. \return false when an item finds no data that it can take.
+    /// Both are lists: the first node and its siblings. The data may be what a placeholder stood for in the match before.
+    /// \return false when an item finds no data that it can take.
     [[nodiscard]] bool Match(const elementNode* templateItems, const elementNode* data);
 
     /// What no item took: the first such element after the last item, and the first inside an element after the last item there.
@@ -73,6 +74,7 @@ private:
     bool matchOctets(const elementNode& item, const elementNode* wanted, const elementNode& data, element octets);
     const elementNode* splitUnusedBits(const elementNode*& value);
     const elementNode* keep(ccrypto::ElementNodePtr made);
+    ccrypto::ElementNodePtr takeMade(const elementNode* data);
     void bind(const elementNode& placeholder, const elementNode* node, bool withSiblings);
     bool fail(const elementNode& item, const elementNode* data, Reason reason);
     CCryptoString describeFailure() const;

@@ -38,7 +38,8 @@ public:
     /// A member to be parsed or built; null for a type that has none.
     virtual std::unique_ptr<CCryptoASN1Object> CreateMember() { return nullptr; }
 
-    /// Binds `node`, with as many of its siblings as the template takes, and reads the fields. \return false, logged, for a null
+    /// Binds `node`, with as many of its siblings as the template takes, and reads the fields. The node may be a part of what the
+    /// object holds, which is destroyed once it was copied. \return false, logged, for a null
     /// node, for a template that is not one ("SetNodeToParse() failed"), and ("ParseNode() failed") for data that the template does
     /// not match, where a line of its own names the step that failed, that goes on inside an element after the last item there, or
     /// whose fields do not make sense.

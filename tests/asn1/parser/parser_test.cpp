@@ -85,9 +85,32 @@ TEST(Parser, GivesTheValueOfANameAndNothingElse)
 TEST(Parser, LoadsFromAPartOfItsOwnTree)
 {
     CCryptoParser parser;
-    ASSERT_TRUE(parser.Load_DER_Memory(FromHex("040730050201050500")));
-    EXPECT_TRUE(parser.Load_DER_Memory(*CCryptoParser::find_path_element(parser.root(), "{")));
-    EXPECT_EQ(Hex(parser.ToDer()), "30050201050500");
+    const auto bytes = [&parser]() -> const element& { return parser.root()->value()->token(); };
+    // Long enough that the bytes have storage of their own.
+    ASSERT_TRUE(parser.Load_DER_Memory(FromHex("04220420041e0c1c" + std::string(56, '3'))));
+    ASSERT_TRUE(parser.Load_DER_Memory(bytes()));
+    ASSERT_TRUE(parser.Load_DER_Memory(bytes()));
+    ASSERT_TRUE(parser.Load_DER_Memory(bytes()));
+    EXPECT_EQ(parser.root()->type(), ElementType::utf8String);
+    const struct {
+        const char *text, *result;
+        bool (CCryptoParser::*load)(std::string_view);
+    } cases[] = {
+        {"a = \"SEQUENCE { INTEGER = 5, OCTET_STRING = #00000000000000 }\"", "300c020105040700000000000000",
+         &CCryptoParser::Load_ASCII_Memory},
+        {"a = '{\"OCTET_STRING\": \"#000000000000000000000000000000\"}'", "040f000000000000000000000000000000",
+         &CCryptoParser::Load_JSON_Memory},
+        {"a = \"<OCTET_STRING xmlns='urn:x-asn1:template'>#00</OCTET_STRING>\"", "040100", &CCryptoParser::Load_XML_Memory},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.text);
+        ASSERT_TRUE(parser.Load_ASCII_Memory(each.text));
+        ASSERT_TRUE((parser.*each.load)(bytes().view()));
+        EXPECT_EQ(Hex(parser.ToDer()), each.result);
+        ASSERT_TRUE(parser.Load_ASCII_Memory("a = \"no longer than it has to be, and not a tree: {[<\""));
+        EXPECT_FALSE((parser.*each.load)(bytes().view()));
+        EXPECT_TRUE(parser.isEmpty());
+    }
 }
 
 TEST(Parser, SaysWhatItCannotDo)

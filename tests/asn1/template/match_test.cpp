@@ -235,6 +235,22 @@ TEST(TemplateMatch, ReportsWhatFollowsTheLastItem)
     }
 }
 
+// The bits after the octet of unused ones are a node that the match made.
+TEST(TemplateMatch, MatchesWhatItBound)
+{
+    CCryptoParser data;
+    ASSERT_TRUE(data.Load_ASCII_Memory("BIT_STRING { #00c0de }"));
+    const ElementNodePtr split = ParseInlineTemplate("BIT_STRING { unused, rest }");
+    const ElementNodePtr any = ParseInlineTemplate("any");
+    CCryptoTemplateMatch match;
+    ASSERT_TRUE(match.Match(split.get(), data.root()));
+    for (const char* const name : {"rest", "any"}) {
+        ASSERT_TRUE(match.Match(any.get(), match.find(name)->node));
+        EXPECT_EQ(Hex(match.find("any")->node->token()), "c0de");
+    }
+    EXPECT_FALSE(match.Match(split.get(), match.find("any")->node));
+}
+
 TEST(TemplateCache, ReadsNoFilesForInlineTemplates)
 {
     EXPECT_EQ(ParseInlineTemplate("include \"/dev/null\""), nullptr);

@@ -274,6 +274,15 @@ TEST(Surplus, IsRefusedUnlessTheCallerAllowsIt)
     }
 }
 
+TEST(Objects, AreParsedFromPartsOfThemselves)
+{
+    // A template of several items is matched before the data is copied, here with the rest of a BIT STRING.
+    Reader bits("BIT_STRING{unused, rest}, x(OPTIONAL)");
+    ASSERT_TRUE(bits.ParseDer(Der("\x03\x05\x00zzzz"sv)));
+    EXPECT_FALSE(bits.Parse(bits.find("rest")));
+    EXPECT_FALSE(bits.isBound("rest"));
+}
+
 template <typename Object>
 std::string ReadAndBuilt(std::string_view der)
 {
