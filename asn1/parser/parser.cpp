@@ -64,13 +64,13 @@ bool CCryptoParser::remove_node(elementNode* node)
 elementNode* CCryptoParser::replace_node(elementNode* old, ElementNodePtr replacement)
 {
     CCryptoAutoLogger logger("CCryptoParser::replace_node");
-    if (replacement == nullptr || !owns(old))
-        return logger.fail(static_cast<elementNode*>(nullptr), "This is not our tree!");
-    if (replacement->parent() != nullptr) {
+    if (replacement != nullptr && replacement->parent() != nullptr) {
         // Its parent owns it.
         replacement.release();
         return logger.fail(static_cast<elementNode*>(nullptr), "replace_node; newNode has parent");
     }
+    if (replacement == nullptr || !owns(old))
+        return logger.fail(static_cast<elementNode*>(nullptr), "This is not our tree!");
 
     elementNode* const placed = replacement.get();
     for (const LinkKind kind : {LinkKind::content, LinkKind::sibling}) {

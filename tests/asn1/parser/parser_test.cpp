@@ -132,6 +132,8 @@ TEST(Parser, SaysWhatItCannotDo)
         {"This is not our tree!", [&] { return parser.replace_node(parser.root(), nullptr) != nullptr; }},
         {"replace_node; newNode has parent",
          [&] { return parser.replace_node(parser.root(), ElementNodePtr(parser.root()->content())) != nullptr; }},
+        {"replace_node; newNode has parent",
+         [&] { return parser.replace_node(other.root(), ElementNodePtr(parser.root()->content())) != nullptr; }},
         {"Index node not found: c", [&] { return parser.fill("c", element(1u)); }},
         {"Index node has no value: a", [&] { return parser.get_tree("a") != nullptr; }},
         {missing + " cannot be opened", [&] { return parser.Load_JSON_File(missing.c_str()); }},
