@@ -49,16 +49,19 @@ CCryptoASN1SequenceOfObjects::CCryptoASN1SequenceOfObjects(const elementNode* no
 
 bool CCryptoASN1Collection::BuildNode()
 {
+    CCryptoAutoLogger logger("CCryptoASN1Collection::BuildNode");
     ElementNodePtr list;
     elementNode* last = nullptr;
     for (const auto& member : members_) {
+        if (member == nullptr)
+            return logger.fail(false, "A member is null");
         ElementNodePtr tree = member->BuildTree();
         if (tree == nullptr)
-            return false;
+            return logger.setResult(false);
         last = last == nullptr ? (list = std::move(tree)).get() : last->set(LinkKind::sibling, std::move(tree));
         last = last->last();
     }
-    return builder().fill_tree(placeholder_, list.get());
+    return logger.setResult(builder().fill_tree(placeholder_, list.get()));
 }
 
 bool CCryptoASN1Collection::ParseNode()

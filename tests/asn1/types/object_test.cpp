@@ -156,6 +156,12 @@ TEST(Collections, ReadAndBuildTheirMembers)
     OctetStrings none;
     EXPECT_EQ(Hex(none.BuildDer()), "3000");
     EXPECT_TRUE(none.ParseDer(none.BuildDer()));
+
+    const CapturedLog log;
+    CCryptoASN1SETofObjects unmade;
+    unmade.add(unmade.CreateMember());
+    EXPECT_EQ(unmade.BuildTree(), nullptr);
+    EXPECT_THAT(log.texts(), Contains(HasSubstr("A member is null")));
 }
 
 /// Two elements a member, of which it notes how many nodes it keeps.
