@@ -1,5 +1,7 @@
 #include "asn1/types/bit_string.h"
 
+#include <algorithm>
+
 namespace ccrypto {
 
 namespace {
@@ -58,6 +60,8 @@ void bitString::SetBit(std::uint32_t bit, bool value)
     const std::uint32_t byte = bit / 8;
     if (byte >= bits_.length())
         bits_.resize(byte + 1);
+    if (byte + 1 == bits_.length())
+        unusedBits_ = std::min(unusedBits_, 7 - bit % 8);
     const std::uint8_t mask = MaskOf(bit);
     std::uint8_t& target = bits_.data()[byte];
     target = static_cast<std::uint8_t>(value ? target | mask : target & ~mask);

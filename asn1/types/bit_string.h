@@ -18,7 +18,7 @@ public:
     /// False, as BuildNode, when more than seven bits are unused, or any of no bits.
     bool ParseNode() override;
 
-    /// Grows the buffer to the byte that holds the bit; new bits are clear.
+    /// Grows the buffer to the byte that holds the bit; new bits are clear. An unused bit, and those before it, become used.
     void SetBit(std::uint32_t bit, bool value);
     /// False past the end.
     bool GetBit(std::uint32_t bit) const;

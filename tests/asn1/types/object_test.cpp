@@ -128,6 +128,21 @@ TEST(BitString, NumbersBitsFromTheFirstBytesTop)
     EXPECT_FALSE(read.ParseDer(Der("\x03\x01\x05")));
 }
 
+TEST(BitString, UsesTheBitsThatAreSet)
+{
+    const struct {
+        std::uint32_t bit;
+        const char* der;
+    } cases[] = {{1, "030205e0"}, {2, "030205a0"}, {4, "030203a8"}, {7, "030200a1"}, {10, "030305a020"}, {15, "030300a001"}};
+    for (const auto& [bit, der] : cases) {
+        SCOPED_TRACE(bit);
+        bitString bits;
+        ASSERT_TRUE(bits.ParseDer(Der("\x03\x02\x05\xA0")));
+        bits.SetBit(bit, true);
+        EXPECT_EQ(Hex(bits.BuildDer()), der);
+    }
+}
+
 TEST(BitString, RefusesUnusedBitsOfNoBits)
 {
     EXPECT_TRUE(bitString(element(), 5).BuildDer().isEmpty());
