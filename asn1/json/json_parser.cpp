@@ -57,6 +57,9 @@ ElementNodePtr CCryptoJSONParser::Parse(std::string_view text)
     ElementNodePtr first = parseItems(text);
     if (first != nullptr && !refusal_.isEmpty())
         return logger.fail(ElementNodePtr(), "%s", refusal_.c_str());
+    // An item may count for more than a member: too many items are not an ordinary document.
+    if (first == nullptr && itemsLeft_ == 0)
+        return logger.fail(ElementNodePtr(), "%s", reason_.c_str());
     if (first == nullptr)
         first = parseOrdinary(text);
     if (first == nullptr)
@@ -98,7 +101,10 @@ bool CCryptoJSONParser::parseItemsRoot(ItemList& list)
 {
     if (IsString(lookAhead_) && lookAhead_.view() == jsonItemsName)
         return advance() && expect(ElementType::colon) && parseItemArray(list, nullptr, 0) && list.first != nullptr;
-    return parseItemAfterBrace(list, 0) && IsAsn1Type(list.first->type());
+    const std::uint32_t allItems = itemsLeft_;
+    const ElementNodePtr head = IsString(lookAhead_) ? ParseHead(lookAhead_.view(), itemsLeft_) : nullptr;
+    itemsLeft_ = allItems;
+    return head != nullptr && IsAsn1Type(head->type()) && parseItemAfterBrace(list, 0);
 }
 
 bool CCryptoJSONParser::parseItemArray(ItemList& list, const elementNode* owner, std::uint32_t depth)
@@ -127,11 +133,13 @@ bool CCryptoJSONParser::parseItem(ItemList& list, const elementNode* owner, std:
 bool CCryptoJSONParser::parseItemAfterBrace(ItemList& list, std::uint32_t depth)
 {
     ElementNodePtr head = IsString(lookAhead_) ? ParseHead(lookAhead_.view(), itemsLeft_) : nullptr;
+    if (itemsLeft_ == 0)
+        return fail(tooManyItems);
     if (head == nullptr)
         return unexpected();
     const element name = std::move(lookAhead_);
-    elementNode* const item = add(list, std::move(head));
-    return item != nullptr && advance() && expect(ElementType::colon) && parseItemValue(*item, depth) &&
+    elementNode* const item = &list.add(std::move(head));
+    return advance() && expect(ElementType::colon) && parseItemValue(*item, depth) &&
            (IsPrintedHead(name.view(), *item) || unexpected());
 }
 

@@ -468,6 +468,9 @@ TEST(Forms, RefuseLongNumbersAndTooManyItems)
         // The items that are read the fastest.
         {std::string(2000001, '\\'), tooMany, &CCryptoParser::Load_ASCII_Memory},
         {"[" + Repeated("{},", 2000000) + "{}]", tooMany, &CCryptoParser::Load_JSON_Memory},
+        // Fewer items than that as an ordinary document.
+        {"{\"SEQUENCE\":[" + Repeated("{\"SET[0,0]\":\"\"},", 700000) + "null]}", tooMany, &CCryptoParser::Load_JSON_Memory},
+        {"{\"ASN.1\":[" + Repeated("{\"SET[0,0]\":\"\"},", 700000) + "null]}", tooMany, &CCryptoParser::Load_JSON_Memory},
         {"<a>" + Repeated("<b/>", 2000000) + "</a>", tooMany, &CCryptoParser::Load_XML_Memory},
     };
     for (const auto& each : cases) {
@@ -480,6 +483,9 @@ TEST(Forms, RefuseLongNumbersAndTooManyItems)
     }
     CCryptoParser parser;
     EXPECT_TRUE(parser.Load_ASCII_Memory("INTEGER=" + digits.substr(1)));
+    EXPECT_TRUE(parser.Load_JSON_Memory("{\"SEQUENCE\":[" + Repeated("{\"CONTEXT_SPECIFIC[0]\":\"\"},", 700000) + "null]}"));
+    EXPECT_EQ(parser.root()->type(), ElementType::sequence);
+    EXPECT_TRUE(parser.Load_JSON_Memory("{\"other\":[" + Repeated("{\"SET[0,0]\":\"\"},", 700000) + "null]}"));
     // The name of a member is not an item then.
     EXPECT_TRUE(parser.Load_JSON_Memory("{\"" + digits + "\":1}"));
 }
