@@ -45,7 +45,9 @@ bool CPushJSONBuffer::pushRoot(const elementNode* first)
 
 const elementNode* CPushJSONBuffer::listOf(const Place& place) const
 {
-    if (!ordinary_ || place.node.brackets() == nullptr)
+    if (!ordinary_)
+        return BlockOf(place.node);
+    if (place.node.brackets() == nullptr)
         return place.node.content();
     return IsEmptyJsonArray(place.node.brackets()) ? nullptr : place.node.brackets();
 }
@@ -67,7 +69,7 @@ bool CPushJSONBuffer::pushItemName(const elementNode& node)
 {
     CCryptoString head;
     if (!AppendHead(node, nullptr, ItemPlace::alone, head) || !AppendTail(node, !HasPlainJsonValue(node), head))
-        return fail(tooDeep);
+        return fail(noNotation);
     PushText("{");
     pushString(head.view());
     PushText(": ");
@@ -83,7 +85,7 @@ bool CPushJSONBuffer::pushValue(const Place& place)
         pushScalar(node.token(), place.owner);
     else if (HasPlainJsonValue(node))
         pushScalar(node.shortValue()->token(), &node);
-    else if (node.content() == nullptr)
+    else if (BlockOf(node) == nullptr)
         PushText(IsListType(node.type()) ? "[]" : "null");
     else
         PushText("[");
@@ -105,10 +107,11 @@ void CPushJSONBuffer::pushOrdinaryValue(const elementNode& node)
 bool CPushJSONBuffer::pushEnd(const Place& place)
 {
     const elementNode& node = place.node;
-    if (listOf(place) != nullptr)
+    const bool hasItems = listOf(place) != nullptr;
+    if (hasItems)
         pushIndent(place.depth);
     if (!ordinary_)
-        PushText(IsJsonScalar(node) ? "" : node.content() != nullptr ? "]}" : "}");
+        PushText(IsJsonScalar(node) ? "" : hasItems ? "]}" : "}");
     else if (!IsJsonScalar(node) && node.shortValue() == nullptr)
         PushText(node.brackets() != nullptr ? "]" : "}");
     PushText(node.next() != nullptr && place.depth != 0 ? ",\n" : "\n");

@@ -8,7 +8,7 @@ bool CPushAsciiBuffer::pushHead(const Place& place)
 {
     CCryptoString head;
     if (!AppendHead(place.node, place.owner, ItemPlace::inList, head))
-        return fail(tooDeep);
+        return fail(noNotation);
     pushIndent(place.depth);
     PushText(head.view());
     return true;
@@ -16,25 +16,25 @@ bool CPushAsciiBuffer::pushHead(const Place& place)
 
 bool CPushAsciiBuffer::pushValue(const Place& place)
 {
-    if (place.node.content() != nullptr)
+    if (BlockOf(place.node) != nullptr)
         PushText(listOf(place) != nullptr ? " {\n" : " { ... ");
     return true;
 }
 
 const elementNode* CPushAsciiBuffer::listOf(const Place& place) const
 {
-    return place.depth < maxDepth_ ? place.node.content() : nullptr;
+    return place.depth < maxDepth_ ? BlockOf(place.node) : nullptr;
 }
 
 bool CPushAsciiBuffer::pushEnd(const Place& place)
 {
     if (listOf(place) != nullptr)
         pushIndent(place.depth);
-    if (place.node.content() != nullptr)
+    if (BlockOf(place.node) != nullptr)
         PushByte('}');
     CCryptoString tail;
     if (!AppendTail(place.node, true, tail))
-        return fail(tooDeep);
+        return fail(noNotation);
     PushText(tail.view());
     PushText(place.node.next() != nullptr ? ",\n" : "\n");
     return true;

@@ -46,6 +46,11 @@ bool CPushXmlBuffer::pushDocument(const elementNode* first)
     return true;
 }
 
+const elementNode* CPushXmlBuffer::listOf(const Place& place) const
+{
+    return ordinary_ ? place.node.content() : BlockOf(place.node);
+}
+
 bool CPushXmlBuffer::pushHead(const Place& place)
 {
     const elementNode& node = place.node;
@@ -81,7 +86,7 @@ bool CPushXmlBuffer::pushItemHead(const Place& place)
         pushAttribute(xmlTokenAttribute, TokenNotation(node.token(), nullptr).view());
     if (!pushAttributes(node))
         return false;
-    PushText(node.content() != nullptr ? ">\n" : HasTextValue(node) ? ">" : "/>\n");
+    PushText(BlockOf(node) != nullptr ? ">\n" : HasTextValue(node) ? ">" : "/>\n");
     return true;
 }
 
@@ -91,14 +96,15 @@ bool CPushXmlBuffer::pushAttributes(const elementNode& node)
     CCryptoString modifiers;
     CCryptoString value;
     CCryptoString operation;
+    const bool hasValue = node.shortValue() != nullptr && !HasTextValue(node) && BlockOf(node) != node.shortValue();
     if (!AppendList(node.brackets(), nullptr, ",", brackets) || !AppendList(node.modifiers(), nullptr, ",", modifiers) ||
-        !AppendValue(node, value) || !AppendOperation(node, operation))
-        return fail(tooDeep);
+        (hasValue && !AppendValue(node, value)) || !AppendOperation(node, operation))
+        return fail(noNotation);
     if (node.brackets() != nullptr)
         pushAttribute(xmlBracketsAttribute, brackets.view());
     if (node.modifiers() != nullptr)
         pushAttribute(xmlModifiersAttribute, modifiers.view());
-    if (node.shortValue() != nullptr && !HasTextValue(node))
+    if (hasValue)
         pushAttribute(xmlValueAttribute, value.view());
     if (node.operation() != nullptr)
         pushAttribute(xmlOperationAttribute, operation.view());
@@ -120,11 +126,10 @@ bool CPushXmlBuffer::pushValue(const Place& place)
 bool CPushXmlBuffer::pushEnd(const Place& place)
 {
     const elementNode& node = place.node;
-    const bool isOpen =
-        ordinary_ ? node.content() != nullptr : node.content() != nullptr || IsBareValue(node) || HasTextValue(node);
-    if (!isOpen)
+    const bool hasItems = listOf(place) != nullptr;
+    if (!hasItems && (ordinary_ || (!IsBareValue(node) && !HasTextValue(node))))
         return true;
-    if (!ordinary_ && node.content() != nullptr)
+    if (!ordinary_ && hasItems)
         pushIndent(place.depth);
     PushText("</");
     PushText(ordinary_ ? node.token().view() : XmlItemTag(node.token()).view());

@@ -112,6 +112,44 @@ TEST(Forms, ATemplateReadsBackFromJsonAndXml)
     }
 }
 
+// After "=" the second item would be read as part of the value of the first.
+TEST(Forms, KeepTheItemsOfAShortValueApart)
+{
+    const struct {
+        const char *text, *filledIn, *printed;
+    } cases[] = {
+        {"OCTET_STRING[PRIMITIVE] = x", "OBJECT_IDENTIFIER = \"1.2\", INTEGER = 5",
+         "OCTET_STRING[PRIMITIVE] {\n    OBJECT_IDENTIFIER = \"1.2\",\n    INTEGER = 5\n}\n"},
+        {"#84 = x", "#85 = #00, #86", "#84 {\n    #85 = #00,\n    #86\n}\n"},
+        {"SET = x; * 2", "INTEGER = 5; + a", "SET {\n    INTEGER = 5; + a\n} * 2\n"},
+        {"SET = x", "a + b, NULL", "SET {\n    a + b,\n    NULL\n}\n"},
+        {"SET[a = x]", "b = 1, c", "SET[a {b = 1,c}]\n"},
+        {"SET = x", "NULL, INTEGER = 5", "SET = NULL INTEGER = 5\n"},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.text);
+        CCryptoParser parser, filledIn;
+        ASSERT_TRUE(parser.Load_ASCII_Memory(each.text) && filledIn.Load_ASCII_Memory(each.filledIn));
+        ASSERT_TRUE(parser.fill_tree("x", filledIn.root()));
+        EXPECT_EQ(parser.ToText(), each.printed);
+        ExpectReadsBack(parser, templateForm, {templateForm, jsonForm, xmlForm});
+        for (const TextForm& form : {templateForm, jsonForm, xmlForm}) {
+            CCryptoParser again;
+            EXPECT_TRUE((again.*form.load)((parser.*form.print)().view()));
+            EXPECT_EQ(Hex(again.ToDer()), Hex(parser.ToDer()));
+        }
+    }
+    // An operand, and a value beside content, have no braces.
+    for (const char* const text : {"a + x", "a {b} = x"}) {
+        SCOPED_TRACE(text);
+        CCryptoParser parser, filledIn;
+        ASSERT_TRUE(parser.Load_ASCII_Memory(text) && filledIn.Load_ASCII_Memory("INTEGER = 5, NULL"));
+        ASSERT_TRUE(parser.fill_tree("x", filledIn.root()));
+        for (const TextForm& form : {templateForm, jsonForm, xmlForm})
+            EXPECT_EQ((parser.*form.print)(), "");
+    }
+}
+
 TEST(Json, AnOrdinaryDocumentIsPrintedAsItWas)
 {
     const std::string_view documents[] = {
