@@ -19,14 +19,6 @@ namespace markup = ccrypto::internal::markup;
 
 namespace {
 
-/// Whether a list whose items were taken out has no other parts. Blanks between its tags do not count as a value.
-bool IsPlainList(const elementNode& list)
-{
-    const elementNode* const part = list.firstPart();
-    return part == nullptr ||
-           (part->linkKind() == LinkKind::shortValue && part->nextPart() == nullptr && IsXmlBlank(part->token().view()));
-}
-
 /// The type of a value whose token is the element's text, until that was read.
 constexpr ElementType tokenToCome = markup::startTag;
 
@@ -72,7 +64,7 @@ ElementNodePtr CCryptoXMLParser::parseDocument(std::string_view text)
     if (!isTemplate_ || !mayBeList)
         return root;
     ElementNodePtr items = root->release(LinkKind::content);
-    if (!IsPlainList(*root)) {
+    if (root->firstPart() != nullptr) {
         fail(CCryptoString("Parsing failed; Only items are expected in: ").append(xmlListTag));
         return nullptr;
     }
@@ -216,12 +208,8 @@ bool CCryptoXMLParser::parseContent(std::string_view name, elementNode& node, co
 
 bool CCryptoXMLParser::takeText(elementNode& item, std::string_view text, const elementNode* owner)
 {
-    if (text.empty())
-        return true;
-    if (item.content() != nullptr)
-        return IsXmlBlank(text);
-    if (owner != &item) {
-        item.token() = FromStringNotation(text, owner);
+    // Blanks are layout; where they are a value they are written with their kind.
+    if (IsXmlBlank(text))
         return true;
     }
     if (item.shortValue() != nullptr)

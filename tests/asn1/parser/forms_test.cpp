@@ -391,6 +391,27 @@ TEST(Xml, ReadsWhatStandsForTheSame)
         EXPECT_EQ(XmlOf(text), printed) << text;
 }
 
+TEST(Xml, TakesBlanksInItemsForLayout)
+{
+    const std::pair<const char*, const char*> cases[] = {
+        {"<SEQUENCE>\n</SEQUENCE>", "3000"},
+        {"<CONTEXT_SPECIFIC brackets='0'> </CONTEXT_SPECIFIC>", "8000"},
+        {"<INTEGER>\n  5\n</INTEGER>", "020105"},
+        {"<UTF8String> a </UTF8String>", "0c03206120"},
+        {"<UTF8String>text#20</UTF8String>", "0c0120"},
+        {"<INTEGER>text#2035</INTEGER>", "02022035"},
+    };
+    for (const auto& [item, der] : cases) {
+        SCOPED_TRACE(item);
+        std::string text = item;
+        text.insert(text.find_first_of(" >"), " xmlns='urn:x-asn1:template'");
+        CCryptoParser parser;
+        ASSERT_TRUE(parser.Load_XML_Memory(text));
+        EXPECT_EQ(Hex(parser.ToDer()), der);
+        ExpectReadsBack(parser, templateForm, {xmlForm});
+    }
+}
+
 TEST(Xml, SaysWhyAndWhereTextIsRefused)
 {
     const std::pair<std::string_view, const char*> cases[] = {
