@@ -167,11 +167,16 @@ bool CCryptoXMLParser::makePart(elementNode& item, const elementNode& attribute)
     ElementNodePtr items = list != std::end(lists) ? ParseList(text, itemsLeft_) : nullptr;
     if (items == nullptr)
         return false;
-    const bool isOperation = list->second == LinkKind::operation;
-    if (isOperation && items->operation() == nullptr)
-        return false;
-    item.set(list->second, isOperation ? items->release(LinkKind::operation) : std::move(items));
-    return true;
+    if (list->second != LinkKind::operation) {
+        item.set(list->second, std::move(items));
+        return true;
+    }
+    const elementNode* const operation = items->operation();
+    const bool isLone = operation != nullptr && items->type() == ElementType::none && items->next() == nullptr &&
+                        items->firstPart() == operation && operation->nextPart() == nullptr;
+    if (isLone)
+        item.set(LinkKind::operation, items->release(LinkKind::operation));
+    return isLone;
 }
 
 bool CCryptoXMLParser::parseContent(std::string_view name, elementNode& node, const elementNode* owner, std::uint32_t depth)
@@ -211,9 +216,12 @@ bool CCryptoXMLParser::takeText(elementNode& item, std::string_view text, const 
     // Blanks are layout; where they are a value they are written with their kind.
     if (IsXmlBlank(text))
         return true;
-    }
-    if (item.shortValue() != nullptr)
-        return IsXmlBlank(text);
-    item.set(LinkKind::shortValue, FromStringNotation(text, owner));
+    if (item.content() != nullptr || (owner == &item && item.shortValue() != nullptr))
+        return false;
+    element value = FromStringNotation(HoldsNumber(owner) ? WithoutXmlBlanks(text) : text, owner);
+    if (owner == &item)
+        item.set(LinkKind::shortValue, std::move(value));
+    else
+        item.token() = std::move(value);
     return true;
 }
