@@ -80,9 +80,7 @@ bool EncodeArcs(std::string_view dotted, element& octets)
     std::uint64_t second = 0;
     if (!ReadArc(dotted, first) || dotted.empty() || !ReadArc(dotted, second))
         return false;
-    // Under 2, all that fits the seven bits of one octet; 2.40 is the octet of 3.0, the form in which it is read back.
-    const std::uint64_t secondEnd = first == 6 ? 16 : first == 2 ? 48 : firstArcFactor;
-    if (first > 6 || second >= secondEnd)
+    if (first > 6 || second >= (first == 6 ? 16 : firstArcFactor))
         return false;
     std::uint8_t encoded[64];
     std::uint8_t* const end = encoded + sizeof encoded;

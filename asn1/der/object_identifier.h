@@ -14,7 +14,7 @@ namespace ccrypto {
 bool DottedFromDer(std::span<const std::uint8_t> octets, element& dotted);
 
 /// The octets of dotted text. \return false, logged, when the text is not arcs of decimal digits separated by dots, the first two
-/// have no octet of their own (the second is below 40, under 2 below 48), or an arc exceeds 64 bits.
+/// exceed one octet, or an arc exceeds 64 bits.
 bool DerFromDotted(std::string_view dotted, element& octets);
 
 } // namespace ccrypto

@@ -186,7 +186,7 @@ ElementNodePtr CCryptoJSONParser::parseOrdinary(std::string_view text)
         const bool parsed = parseValue(*root, 0) && (lookAhead_.type() == ElementType::endOfInput || unexpected());
         return parsed ? std::move(root) : nullptr;
     }
-    if (!advance() || !parseMembers(*root, 0))
+    if (!advance() || !parseMembers(*root, 1))
         return nullptr;
     return root->content() != nullptr ? root->release(LinkKind::content) : std::move(root);
 }

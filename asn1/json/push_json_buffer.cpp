@@ -45,9 +45,7 @@ bool CPushJSONBuffer::pushRoot(const elementNode* first)
 
 const elementNode* CPushJSONBuffer::listOf(const Place& place) const
 {
-    if (!ordinary_)
-        return BlockOf(place.node);
-    if (place.node.brackets() == nullptr)
+    if (!ordinary_ || place.node.brackets() == nullptr)
         return place.node.content();
     return IsEmptyJsonArray(place.node.brackets()) ? nullptr : place.node.brackets();
 }
@@ -69,7 +67,7 @@ bool CPushJSONBuffer::pushItemName(const elementNode& node)
 {
     CCryptoString head;
     if (!AppendHead(node, nullptr, ItemPlace::alone, head) || !AppendTail(node, !HasPlainJsonValue(node), head))
-        return fail(noNotation);
+        return fail(tooDeep);
     PushText("{");
     pushString(head.view());
     PushText(": ");
@@ -85,7 +83,7 @@ bool CPushJSONBuffer::pushValue(const Place& place)
         pushScalar(node.token(), place.owner);
     else if (HasPlainJsonValue(node))
         pushScalar(node.shortValue()->token(), &node);
-    else if (BlockOf(node) == nullptr)
+    else if (node.content() == nullptr)
         PushText(IsListType(node.type()) ? "[]" : "null");
     else
         PushText("[");
@@ -107,11 +105,10 @@ void CPushJSONBuffer::pushOrdinaryValue(const elementNode& node)
 bool CPushJSONBuffer::pushEnd(const Place& place)
 {
     const elementNode& node = place.node;
-    const bool hasItems = listOf(place) != nullptr;
-    if (hasItems)
+    if (listOf(place) != nullptr)
         pushIndent(place.depth);
     if (!ordinary_)
-        PushText(IsJsonScalar(node) ? "" : hasItems ? "]}" : "}");
+        PushText(IsJsonScalar(node) ? "" : node.content() != nullptr ? "]}" : "}");
     else if (!IsJsonScalar(node) && node.shortValue() == nullptr)
         PushText(node.brackets() != nullptr ? "]" : "}");
     PushText(node.next() != nullptr && place.depth != 0 ? ",\n" : "\n");

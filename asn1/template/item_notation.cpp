@@ -107,18 +107,6 @@ bool NeedsMark(const elementNode& item, ItemPlace place)
     return item.previous() != nullptr || (IsBare(item) && (item.next() != nullptr || item.parent() != nullptr));
 }
 
-/// Whether the items of a list read back when only blanks separate them: what follows a value or an operator belongs to it.
-bool FitsOneLine(const elementNode* list)
-{
-    for (; list != nullptr; list = list->next()) {
-        const bool hasValue = list->shortValue() != nullptr;
-        const bool hasOperation = list->operation() != nullptr;
-        if (list->next() != nullptr ? hasValue || hasOperation : hasValue && hasOperation)
-            return false;
-    }
-    return true;
-}
-
 bool AppendBlock(const elementNode* list, const char* before, const char* after, CCryptoString& text, std::uint32_t depth)
 {
     text += before;
@@ -129,12 +117,6 @@ bool AppendBlock(const elementNode* list, const char* before, const char* after,
 }
 
 } // namespace
-
-const elementNode* BlockOf(const elementNode& item)
-{
-    const elementNode* const content = item.content();
-    return content != nullptr || FitsOneLine(item.shortValue()) ? content : item.shortValue();
-}
 
 CCryptoString TokenNotation(const element& token, const elementNode* owner)
 {
@@ -167,9 +149,9 @@ bool AppendList(const elementNode* first, const elementNode* owner, const char* 
     for (const elementNode* node = first; node != nullptr; node = node->next()) {
         if (!AppendHead(*node, owner, ItemPlace::inList, text, depth))
             return false;
-        if (const elementNode* const block = BlockOf(*node)) {
+        if (node->content() != nullptr) {
             text += " {";
-            if (!AppendList(block, node, ",", text, depth + 1))
+            if (!AppendList(node->content(), node, ",", text, depth + 1))
                 return false;
             text += "}";
         }
@@ -193,7 +175,7 @@ bool AppendHead(const elementNode& item, const elementNode* owner, ItemPlace pla
 
 bool AppendTail(const elementNode& item, bool withValue, CCryptoString& text, std::uint32_t depth)
 {
-    const bool hasValue = withValue && item.shortValue() != nullptr && BlockOf(item) != item.shortValue();
+    const bool hasValue = withValue && item.shortValue() != nullptr;
     text += hasValue ? " = " : "";
     if (hasValue && !AppendValue(item, text, depth))
         return false;
@@ -206,7 +188,7 @@ bool AppendTail(const elementNode& item, bool withValue, CCryptoString& text, st
 
 bool AppendValue(const elementNode& item, CCryptoString& text, std::uint32_t depth)
 {
-    return FitsOneLine(item.shortValue()) && AppendList(item.shortValue(), &item, " ", text, depth + 1);
+    return AppendList(item.shortValue(), &item, " ", text, depth + 1);
 }
 
 bool AppendOperation(const elementNode& item, CCryptoString& text, std::uint32_t depth)
@@ -216,7 +198,7 @@ bool AppendOperation(const elementNode& item, CCryptoString& text, std::uint32_t
         return true;
     text += TokenNotation(operation->token(), nullptr);
     text += operation->content() != nullptr ? " " : "";
-    return FitsOneLine(operation->content()) && AppendList(operation->content(), &item, " ", text, depth + 1);
+    return AppendList(operation->content(), &item, " ", text, depth + 1);
 }
 
 ElementNodePtr ParseList(std::string_view text, std::uint32_t& itemsLeft)

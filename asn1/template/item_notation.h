@@ -15,12 +15,7 @@ namespace ccrypto {
 /// may be null, encodes to the same bytes. Always UTF-8.
 [[nodiscard]] CCryptoString TokenNotation(const element& token, const elementNode* owner);
 
-/// The items of an item that are written in braces: its content, or a short value of several items that would run into each other
-/// after "=". DER is the same for both. Null when there are none.
-[[nodiscard]] const elementNode* BlockOf(const elementNode& item);
-
-// These append to `text`, and return false for a tree more than `maxTreeDepth` levels deep, and for items that would run into each
-// other where there is no place for braces: in an operand, or in a short value beside content.
+// These append to `text`, and return false for a tree more than `maxTreeDepth` levels deep.
 /// The items of a list, whole.
 [[nodiscard]] bool AppendList(const elementNode* first, const elementNode* owner, const char* separator, CCryptoString& text,
                               std::uint32_t depth = 0);

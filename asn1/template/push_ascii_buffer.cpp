@@ -8,7 +8,7 @@ bool CPushAsciiBuffer::pushHead(const Place& place)
 {
     CCryptoString head;
     if (!AppendHead(place.node, place.owner, ItemPlace::inList, head))
-        return fail(noNotation);
+        return fail(tooDeep);
     pushIndent(place.depth);
     PushText(head.view());
     return true;
@@ -16,25 +16,25 @@ bool CPushAsciiBuffer::pushHead(const Place& place)
 
 bool CPushAsciiBuffer::pushValue(const Place& place)
 {
-    if (BlockOf(place.node) != nullptr)
+    if (place.node.content() != nullptr)
         PushText(listOf(place) != nullptr ? " {\n" : " { ... ");
     return true;
 }
 
 const elementNode* CPushAsciiBuffer::listOf(const Place& place) const
 {
-    return place.depth < maxDepth_ ? BlockOf(place.node) : nullptr;
+    return place.depth < maxDepth_ ? place.node.content() : nullptr;
 }
 
 bool CPushAsciiBuffer::pushEnd(const Place& place)
 {
     if (listOf(place) != nullptr)
         pushIndent(place.depth);
-    if (BlockOf(place.node) != nullptr)
+    if (place.node.content() != nullptr)
         PushByte('}');
     CCryptoString tail;
     if (!AppendTail(place.node, true, tail))
-        return fail(noNotation);
+        return fail(tooDeep);
     PushText(tail.view());
     PushText(place.node.next() != nullptr ? ",\n" : "\n");
     return true;

@@ -106,13 +106,4 @@ bool IsXmlBlank(std::string_view text)
     return std::ranges::all_of(text, [](char character) { return IsXmlBlank(character); });
 }
 
-std::string_view WithoutXmlBlanks(std::string_view text)
-{
-    while (!text.empty() && IsXmlBlank(text.substr(0, 1)))
-        text.remove_prefix(1);
-    while (!text.empty() && IsXmlBlank(text.substr(text.size() - 1)))
-        text.remove_suffix(1);
-    return text;
-}
-
 } // namespace ccrypto

@@ -28,7 +28,5 @@ constexpr bool IsXmlBlank(char character)
 }
 /// Nothing but blanks, or nothing at all.
 bool IsXmlBlank(std::string_view text);
-/// The text without the blanks of XML at its ends.
-std::string_view WithoutXmlBlanks(std::string_view text);
 
 } // namespace ccrypto

@@ -45,7 +45,6 @@ public:
     bool Push(const elementNode* first) final;
 
 protected:
-    static constexpr const char* noNotation = "The tree is more than 256 levels deep, or items would run into each other";
     static constexpr const char* tooDeep = "The tree is more than 256 levels deep";
 
     /// A node, the node that owns its list, which may be null, and the level of that list.

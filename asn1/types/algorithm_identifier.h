@@ -4,7 +4,7 @@
 #include "core/base/algorithm.h"
 
 /// AlgorithmIdentifier (RFC 5280, 4.1.1.2): an algorithm of the library's table and its parameters. One that was read and is not
-/// in the table has the id 0 and does not build, but keeps its OID, its parameters and its DER.
+/// in the table has the id 0 and does not build, but keeps its OID, its parameters and its octets.
 class CCryptoAlgorithmIdentifier : public CCryptoASN1Object {
 public:
     /// No algorithm; does not build.
@@ -21,7 +21,7 @@ public:
     [[nodiscard]] bool isSupported() const { return id_ != ccrypto::algorithm::none; }
     /// Dotted text, whether supported or not; hexadecimal digits when the octets have no dotted form. Empty when there is none.
     [[nodiscard]] CCryptoString oid() const;
-    /// The whole AlgorithmIdentifier that was read, as DER; empty when none was. Where the input was BER, its octets were others.
+    /// The whole AlgorithmIdentifier as it was read; empty when none was.
     [[nodiscard]] element readOctets() const { return CCryptoParser::ToDer(data()); }
 
     /// DER of the algorithm's OID without identifier and length; empty, logged, for id 0 and ids without an OID.

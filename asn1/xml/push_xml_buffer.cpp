@@ -46,11 +46,6 @@ bool CPushXmlBuffer::pushDocument(const elementNode* first)
     return true;
 }
 
-const elementNode* CPushXmlBuffer::listOf(const Place& place) const
-{
-    return ordinary_ ? place.node.content() : BlockOf(place.node);
-}
-
 bool CPushXmlBuffer::pushHead(const Place& place)
 {
     const elementNode& node = place.node;
@@ -86,7 +81,7 @@ bool CPushXmlBuffer::pushItemHead(const Place& place)
         pushAttribute(xmlTokenAttribute, TokenNotation(node.token(), nullptr).view());
     if (!pushAttributes(node))
         return false;
-    PushText(BlockOf(node) != nullptr ? ">\n" : HasTextValue(node) ? ">" : "/>\n");
+    PushText(node.content() != nullptr ? ">\n" : HasTextValue(node) ? ">" : "/>\n");
     return true;
 }
 
@@ -96,15 +91,14 @@ bool CPushXmlBuffer::pushAttributes(const elementNode& node)
     CCryptoString modifiers;
     CCryptoString value;
     CCryptoString operation;
-    const bool hasValue = node.shortValue() != nullptr && !HasTextValue(node) && BlockOf(node) != node.shortValue();
     if (!AppendList(node.brackets(), nullptr, ",", brackets) || !AppendList(node.modifiers(), nullptr, ",", modifiers) ||
-        (hasValue && !AppendValue(node, value)) || !AppendOperation(node, operation))
-        return fail(noNotation);
+        !AppendValue(node, value) || !AppendOperation(node, operation))
+        return fail(tooDeep);
     if (node.brackets() != nullptr)
         pushAttribute(xmlBracketsAttribute, brackets.view());
     if (node.modifiers() != nullptr)
         pushAttribute(xmlModifiersAttribute, modifiers.view());
-    if (hasValue)
+    if (node.shortValue() != nullptr && !HasTextValue(node))
         pushAttribute(xmlValueAttribute, value.view());
     if (node.operation() != nullptr)
         pushAttribute(xmlOperationAttribute, operation.view());
@@ -126,10 +120,11 @@ bool CPushXmlBuffer::pushValue(const Place& place)
 bool CPushXmlBuffer::pushEnd(const Place& place)
 {
     const elementNode& node = place.node;
-    const bool hasItems = listOf(place) != nullptr;
-    if (!hasItems && (ordinary_ || (!IsBareValue(node) && !HasTextValue(node))))
+    const bool isOpen =
+        ordinary_ ? node.content() != nullptr : node.content() != nullptr || IsBareValue(node) || HasTextValue(node);
+    if (!isOpen)
         return true;
-    if (!ordinary_ && hasItems)
+    if (!ordinary_ && node.content() != nullptr)
         pushIndent(place.depth);
     PushText("</");
     PushText(ordinary_ ? node.token().view() : XmlItemTag(node.token()).view());

@@ -7,7 +7,6 @@
 class CPushXmlBuffer : public ccrypto::TextPushBuffer {
 protected:
     bool pushDocument(const elementNode* first) override;
-    const elementNode* listOf(const Place& place) const override;
     bool pushHead(const Place& place) override;
     bool pushValue(const Place& place) override;
     bool pushEnd(const Place& place) override;

@@ -19,6 +19,14 @@ namespace markup = ccrypto::internal::markup;
 
 namespace {
 
+/// Whether a list whose items were taken out has no other parts. Blanks between its tags do not count as a value.
+bool IsPlainList(const elementNode& list)
+{
+    const elementNode* const part = list.firstPart();
+    return part == nullptr ||
+           (part->linkKind() == LinkKind::shortValue && part->nextPart() == nullptr && IsXmlBlank(part->token().view()));
+}
+
 /// The type of a value whose token is the element's text, until that was read.
 constexpr ElementType tokenToCome = markup::startTag;
 
@@ -64,7 +72,7 @@ ElementNodePtr CCryptoXMLParser::parseDocument(std::string_view text)
     if (!isTemplate_ || !mayBeList)
         return root;
     ElementNodePtr items = root->release(LinkKind::content);
-    if (root->firstPart() != nullptr) {
+    if (!IsPlainList(*root)) {
         fail(CCryptoString("Parsing failed; Only items are expected in: ").append(xmlListTag));
         return nullptr;
     }
@@ -73,7 +81,7 @@ ElementNodePtr CCryptoXMLParser::parseDocument(std::string_view text)
 
 ElementNodePtr CCryptoXMLParser::parseElement(const elementNode* owner, std::uint32_t depth)
 {
-    if (depth > (isTemplate_ ? maxTemplateNesting : maxNesting)) {
+    if (depth >= (isTemplate_ ? maxTemplateNesting : maxNesting)) {
         fail("Parsing failed; More than 128 levels of nesting");
         return nullptr;
     }
@@ -167,16 +175,11 @@ bool CCryptoXMLParser::makePart(elementNode& item, const elementNode& attribute)
     ElementNodePtr items = list != std::end(lists) ? ParseList(text, itemsLeft_) : nullptr;
     if (items == nullptr)
         return false;
-    if (list->second != LinkKind::operation) {
-        item.set(list->second, std::move(items));
-        return true;
-    }
-    const elementNode* const operation = items->operation();
-    const bool isLone = operation != nullptr && items->type() == ElementType::none && items->next() == nullptr &&
-                        items->firstPart() == operation && operation->nextPart() == nullptr;
-    if (isLone)
-        item.set(LinkKind::operation, items->release(LinkKind::operation));
-    return isLone;
+    const bool isOperation = list->second == LinkKind::operation;
+    if (isOperation && items->operation() == nullptr)
+        return false;
+    item.set(list->second, isOperation ? items->release(LinkKind::operation) : std::move(items));
+    return true;
 }
 
 bool CCryptoXMLParser::parseContent(std::string_view name, elementNode& node, const elementNode* owner, std::uint32_t depth)
@@ -213,15 +216,16 @@ bool CCryptoXMLParser::parseContent(std::string_view name, elementNode& node, co
 
 bool CCryptoXMLParser::takeText(elementNode& item, std::string_view text, const elementNode* owner)
 {
-    // Blanks are layout; where they are a value they are written with their kind.
-    if (IsXmlBlank(text))
+    if (text.empty())
         return true;
-    if (item.content() != nullptr || (owner == &item && item.shortValue() != nullptr))
-        return false;
-    element value = FromStringNotation(HoldsNumber(owner) ? WithoutXmlBlanks(text) : text, owner);
-    if (owner == &item)
-        item.set(LinkKind::shortValue, std::move(value));
-    else
-        item.token() = std::move(value);
+    if (item.content() != nullptr)
+        return IsXmlBlank(text);
+    if (owner != &item) {
+        item.token() = FromStringNotation(text, owner);
+        return true;
+    }
+    if (item.shortValue() != nullptr)
+        return IsXmlBlank(text);
+    item.set(LinkKind::shortValue, FromStringNotation(text, owner));
     return true;
 }

@@ -113,9 +113,7 @@ CCryptoString XmlText(const element& value, const elementNode* owner)
     if (!decimal.isEmpty())
         return decimal;
     CCryptoString text = StringNotation(value, owner);
-    // The reader takes blanks for layout: by themselves, and around a number.
-    const bool keepsBlanks = !IsXmlBlank(text.view()) && (!HoldsNumber(owner) || WithoutXmlBlanks(text.view()) == text.view());
-    return keepsBlanks && IsXmlText(text.view()) ? text : MarkedNotation(value);
+    return !text.isEmpty() && IsXmlText(text.view()) ? text : MarkedNotation(value);
 }
 
 } // namespace ccrypto

@@ -480,15 +480,19 @@ TEST(Forms, RefuseNestingBeyond128Levels)
         bool (CCryptoParser::*load)(std::string_view);
     } cases[] = {
         {"[", "1", "]", "Parsing failed; More than 128 levels of nesting; row=1,col=130", &CCryptoParser::Load_JSON_Memory},
-        {"{\"a\":", "1", "}", "Parsing failed; More than 128 levels of nesting; row=1,col=647", &CCryptoParser::Load_JSON_Memory},
-        {"<a>", "", "</a>", "Parsing failed; More than 128 levels of nesting; row=1,col=388", &CCryptoParser::Load_XML_Memory},
+        {"{\"a\":", "1", "}", "Parsing failed; More than 128 levels of nesting; row=1,col=642", &CCryptoParser::Load_JSON_Memory},
+        {"{\"SET\":[", "", "]}", "Parsing failed; More than 128 levels of nesting; row=1,col=514",
+         &CCryptoParser::Load_JSON_Memory},
+        {"<a>", "", "</a>", "Parsing failed; More than 128 levels of nesting; row=1,col=385", &CCryptoParser::Load_XML_Memory},
         {"a{", "b", "}", "Parsing failed; More than 128 levels of nesting; row=1,col=259", &CCryptoParser::Load_ASCII_Memory},
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.open);
         CCryptoParser parser;
-        EXPECT_TRUE((parser.*each.load)(Repeated(each.open, 128) + each.inside + Repeated(each.close, 128)));
-        EXPECT_EQ(Reason([&] { return (parser.*each.load)(Repeated(each.open, 100000)); }), each.reason);
+        const auto nested = [&](int levels) { return Repeated(each.open, levels) + each.inside + Repeated(each.close, levels); };
+        EXPECT_TRUE((parser.*each.load)(nested(128)));
+        for (const int levels : {129, 100000})
+            EXPECT_EQ(Reason([&] { return (parser.*each.load)(nested(levels)); }), each.reason);
     }
 }
 
