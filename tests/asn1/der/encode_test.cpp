@@ -36,6 +36,8 @@ TEST(Encode, WritesOrRefusesWhatATemplateAsksFor)
         {"UTF8String = '\xC3\xA4'", "0c02c3a4"},
         {"OBJECT_IDENTIFIER = 6.15", "0601ff"},
         {"OBJECT_IDENTIFIER = 6.16", "", "\"6.16\" is not an object identifier"},
+        {"OBJECT_IDENTIFIER = 7.0", "", "\"7.0\" is not an object identifier"},
+        {"BMPString = %utf8Text#ff", "", "is not valid UTF-8"},
         {"OBJECT_IDENTIFIER = 1.40", "", "\"1.40\" is not an object identifier"},
         {"OBJECT_IDENTIFIER = 1.3.18446744073709551615", "060b2b81ffffffffffffffff7f"},
         {"OBJECT_IDENTIFIER = 1.3.18446744073709551616", "", "is not an object identifier"},

@@ -54,6 +54,7 @@ TEST(Template, KeepsEveryPartInEveryForm)
         "a = -5, b[-5] {-251, %-integer#fb} = c . -5 + -1",
         "%characterData\"1.5\", %truth#02, %integer#00, %-integer#0005, %text\"\\xc3\\xa4\", %utf8Text\"AB\", %quotedText\"'\", %",
         "`SET` = 5",
+        "%quotedText\"\\x01\"",
         "a[b = %text\"\xC3\xA4\"]",
         "a = %text\"\xC3\xA4\"",
         "a = %characterData\"hi\", b = %characterData\"5\"",
@@ -88,6 +89,7 @@ TEST(Template, PrintsWhatItMeans)
         {"INTEGER = ; a = }", ""},
         {"INTEGER = ; = 5", "INTEGER = 5"},
         {"INTEGER = 5 . NULL", "INTEGER = 5 NULL"},
+        {"a = \"\\x7F\"", "a = \"\\x7f\""},
         {"VideoString, VideotexString", "VideotexString, VideotexString"},
     };
     for (const auto& [text, printed] : cases) {

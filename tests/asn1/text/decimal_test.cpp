@@ -54,4 +54,22 @@ TEST(Decimal, ReadsNumbersOfAnyLength)
     EXPECT_EQ(parser.root()->value()->token(), number);
 }
 
+TEST(Decimal, BoundsSignedNumbers)
+{
+    element number;
+    const std::string longest(maxSignedDecimal, '9');
+    for (const std::string& digits : {longest, "-" + longest}) {
+        ASSERT_TRUE(SignedFromDecimal(digits, number));
+        EXPECT_EQ(DecimalFromSigned(number).view(), digits);
+        EXPECT_FALSE(SignedFromDecimal(digits + "9", number));
+    }
+    element tooLong;
+    tooLong.resize(maxSignedInteger);
+    tooLong.data()[0] = 0x7F;
+    EXPECT_TRUE(DecimalFromSigned(tooLong).isEmpty());
+    element padded("\xFF\xFB", 2, ElementType::integer);
+    padded.setNegative(true);
+    EXPECT_TRUE(DecimalFromSigned(padded).isEmpty());
+}
+
 } // namespace
