@@ -31,9 +31,10 @@ private:
     std::map<std::string, std::string> fields_;
 };
 
-/// The vectors of tests/data/crypto/FILE. A line is "name = value"; "#" begins a comment, and the first one of a file names the
-/// source of its figures; a blank line ends a vector. A line "[name = value]" holds for all vectors that follow, until the same
-/// name is set again. A file that is missing, has no vector or a line that is none of these fails the test.
+/// The vectors of FILE, of the folder of the test program (tests/data/crypto or pki). A line is "name = value"; "#" begins a
+/// comment, and the first one of a file names the source of its figures; a blank line ends a vector. A line "[name = value]" holds
+/// for all vectors that follow, until the same name is set again. A file that is missing, has no vector or a line that is none of
+/// these fails the test.
 std::vector<TestVector> ReadVectors(const std::string& file);
 
 std::string Hex(const Bytes& bytes);
