@@ -1,7 +1,7 @@
 #include "crypto/ec/prime_curves.h"
 
 #include "crypto/ec/jacobian_points.h"
-#include "crypto/ec/prime521_field.h"
+#include "crypto/ec/secp521r1_field.h"
 
 namespace ccrypto {
 
