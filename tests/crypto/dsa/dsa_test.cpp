@@ -65,6 +65,17 @@ struct Signed {
     Bytes s;
 };
 
+/// The numbers with p times `factor` in place of p, an order that divides that less 1, and a generator that is 1 modulo the factor:
+/// all that a key has to fulfil but the lengths.
+CCryptoDSANumbers Stretched(const CCryptoDSANumbers& numbers, const CCryptoBigInteger& factor, const CCryptoBigInteger& order)
+{
+    const CCryptoBigInteger one(1);
+    const auto p = CCryptoBigInteger::FromBytes(numbers.prime.bytes());
+    const auto g = CCryptoBigInteger::FromBytes(numbers.generator.bytes());
+    const element generator = (one + factor * ((g - one) * factor.modInverse(p)).modulo(p)).toBytes();
+    return {(p * factor).toBytes(), order.toBytes(), generator, generator};
+}
+
 } // namespace
 
 TEST(DSA, VerifiesAsTheVectorsSay)
@@ -107,7 +118,13 @@ TEST(DSA, RefusesSignaturesOutOfRange)
         EXPECT_FALSE(good.key->verifyHash(good.digest, signature, SignatureForm::pair)) << Hex(signature);
     EXPECT_FALSE(good.key->verifyHash(good.digest, Joined({good.r, good.s}), SignatureForm::der));
     EXPECT_FALSE(good.key->verifyHash({}, Joined({good.r, good.s}), SignatureForm::pair));
-    EXPECT_FALSE(good.key->verifyHash(Bytes(65, 1), Joined({good.r, good.s}), SignatureForm::pair));
+    // Of a digest the first bytes count, as many as the order has; but no digest has 65.
+    ASSERT_GE(good.digest.size(), good.r.size());
+    Bytes longer = good.digest;
+    longer.resize(maxDigestSize);
+    EXPECT_TRUE(good.key->verifyHash(longer, Joined({good.r, good.s}), SignatureForm::pair));
+    longer.push_back(0);
+    EXPECT_FALSE(good.key->verifyHash(longer, Joined({good.r, good.s}), SignatureForm::pair));
 }
 
 TEST(DSA, RefusesNumbersThatMakeNoKey)
@@ -160,6 +177,16 @@ TEST(DSA, RefusesNumbersThatMakeNoKey)
     EXPECT_EQ(CCryptoDSA::FromPublic({Number::FromHex(shortPrime).toBytes(), Number::FromHex(orderOfShortPrime).toBytes(),
                                       shortGenerator, shortGenerator}),
               nullptr);
+
+    // Lengths alone: 1 modulo the order are q 2^k + 1, and p times its inverse.
+    const Number q = Number::FromBytes(good.numbers.order.bytes());
+    const std::uint32_t room = CCryptoDSA::maxBits - p.bits() - q.bits();
+    EXPECT_NE(CCryptoDSA::FromPublic(Stretched(good.numbers, (q << (room - 1)) + Number(1), q)), nullptr);
+    EXPECT_EQ(CCryptoDSA::FromPublic(Stretched(good.numbers, (q << (room + 1)) + Number(1), q)), nullptr) << "a long prime";
+    const Number longOrder = q * Number(7);
+    const Number inverse = p.modInverse(longOrder);
+    EXPECT_EQ(CCryptoDSA::FromPublic(Stretched(good.numbers, inverse.isOdd() ? inverse : inverse + longOrder, longOrder)), nullptr)
+        << "a long order";
 
     CCryptoDSANumbers withZero = good.numbers;
     withZero.prime = ElementOf(Joined({{0}, BytesOf(good.numbers.prime)}));

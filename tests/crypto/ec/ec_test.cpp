@@ -2,6 +2,7 @@
 #include "crypto/bigint/big_integer.h"
 #include "crypto/ec/curve_arithmetic.h"
 #include "crypto/ec/ec.h"
+#include "crypto/ec/ecdsa_nonce.h"
 #include "tests/crypto/base/sequence_random.h"
 #include "tests/crypto/base/test_bytes.h"
 #include "tests/crypto/ec/domain_numbers.h"
@@ -206,6 +207,40 @@ TEST_P(EverySigningCurve, NoticesEachKindOfFault)
     turned.nonce = opposite;
     turned.s = bytesOf(order - Number::FromBytes(good.s));
     EXPECT_TRUE(check(turned));
+}
+
+TEST_P(EverySigningCurve, MakesNoSignatureOfWhichOneNumberIsZero)
+{
+    using Number = CCryptoBigInteger;
+    const Number& order = DomainOf(GetParam().id).order;
+    const CurveArithmetic& arithmetic = *CurveArithmetic::Of(GetParam().id);
+    const std::size_t length = GetParam().orderBytes;
+    SequenceRandom random(GetParam().id);
+    const Bytes key = BytesOf(CCryptoEC::Generate(GetParam().id, random)->privateScalar());
+    const Bytes nonce = BytesOf(CCryptoEC::Generate(GetParam().id, random)->privateScalar());
+    Bytes r(length);
+    Bytes s(length);
+    ASSERT_TRUE(arithmetic.sign(r, s, Bytes(length, 1), key, nonce));
+    // s is 0 for the digest -r * key, whose bits begin at the highest one of its bytes.
+    const Number number = (order - (Number::FromBytes(r) * Number::FromBytes(key)).modulo(order))
+                          << static_cast<std::uint32_t>(8 * length - order.bits());
+    Bytes digest(length);
+    ASSERT_TRUE(number.toBytes(digest));
+    EXPECT_FALSE(arithmetic.sign(r, s, digest, key, nonce));
+    digest[0] ^= 1;
+    EXPECT_TRUE(arithmetic.sign(r, s, digest, key, nonce));
+}
+
+TEST(EcdsaNonce, IsWipedAtTheEnd)
+{
+    // One step makes all bits of a nonce of prime256v1.
+    const Bytes number(32, 5);
+    auto nonces = std::make_unique<EcdsaNonce>(CCryptoHMAC::Create(algorithm::sha256), *CurveArithmetic::Of(algorithm::prime256v1),
+                                               number, number, Bytes());
+    Bytes nonce(32);
+    nonces->next(nonce);
+    EXPECT_TRUE(Holds(*nonces, Hex(nonce)));
+    EXPECT_FALSE(HoldsAfterItsEnd(std::move(nonces), nonce));
 }
 
 TEST_P(EveryCurve, IsWipedAtTheEnd)
