@@ -195,24 +195,31 @@ void AddMask(std::span<const std::uint8_t> seed, std::span<std::uint8_t> target)
 
 } // namespace
 
-TEST(RSAEncoding, OAEPWantsZerosBeforeTheOne)
+TEST(RSAEncoding, OAEPWantsZerosAndAOneBeforeTheMessage)
 {
     SequenceRandom random(1);
     Bytes encoded(128);
-    ASSERT_TRUE(rsa_encoding::EncodeOAEP(encoded, {}, Bytes(20, 9), random));
-    for (const std::uint8_t first : Bytes{0, 2, 0x80}) {
+    ASSERT_TRUE(rsa_encoding::EncodeOAEP(encoded, {}, Bytes(20), random));
+    constexpr std::size_t one = 128 - 33 - 21;
+    const struct {
+        std::size_t place;
+        std::uint8_t value;
+        bool good;
+    } cases[] = {{32, 0, true}, {32, 2, false}, {32, 0x80, false}, {one, 1, true}, {one, 0, false}, {one, 3, false}};
+    for (const auto& row : cases) {
+        SCOPED_TRACE(testing::Message() << row.place << ": " << int{row.value});
         Bytes block = encoded;
         const std::span<std::uint8_t> seed = std::span(block).subspan(1, 32);
         const std::span<std::uint8_t> data = std::span(block).subspan(33);
         AddMask(data, seed);
         AddMask(seed, data);
-        data[32] = first;
+        data[row.place] = row.value;
         AddMask(seed, data);
         AddMask(data, seed);
         constant_time::Mask good = constant_time::Mask::False();
         std::uint64_t length = 0;
         ASSERT_TRUE(rsa_encoding::DecodeOAEP(block, {}, good, length));
-        EXPECT_EQ(constant_time::Declassify(good), first == 0);
-        EXPECT_EQ(length, first == 0 ? 20u : 0u);
+        EXPECT_EQ(constant_time::Declassify(good), row.good);
+        EXPECT_EQ(length, row.good ? 20u : 0u);
     }
 }

@@ -86,6 +86,25 @@ TEST(RSAKey, RefusesPrivateNumbersThatDoNotBelongTogether)
         {"e", [](CCryptoRSANumbers& k) { k.publicExponent = element(3u); }},
         {"d", [](CCryptoRSANumbers& k) { k.privateExponent = Plus(k.privateExponent, 2); }},
         {"no d", [](CCryptoRSANumbers& k) { k.privateExponent = {}; }},
+        {"d for p alone",
+         [](CCryptoRSANumbers& k) {
+             k.privateExponent = (Big(k.privateExponent) + Big(k.prime1) - 1).toBytes();
+             k.exponent1 = k.exponent2 = {};
+         }},
+        {"d for q alone",
+         [](CCryptoRSANumbers& k) {
+             k.privateExponent = (Big(k.privateExponent) + Big(k.prime2) - 1).toBytes();
+             k.exponent1 = k.exponent2 = {};
+         }},
+        {"d above n, congruent to the right one",
+         [](CCryptoRSANumbers& k) {
+             const CCryptoBigInteger p1 = Big(k.prime1) - 1;
+             const CCryptoBigInteger q1 = Big(k.prime2) - 1;
+             CCryptoBigInteger d = Big(k.privateExponent);
+             while (d < Big(k.modulus))
+                 d += p1 * q1 / CCryptoBigInteger::Gcd(p1, q1);
+             k.privateExponent = d.toBytes();
+         }},
         {"d as large as n", [](CCryptoRSANumbers& k) { k.privateExponent = k.modulus; }},
         {"d longer than n", [](CCryptoRSANumbers& k) { k.privateExponent = element(Bytes(5000, 7).data(), 5000); }},
         {"p", [](CCryptoRSANumbers& k) { k.prime1 = Plus(k.prime1, 2); }},
@@ -95,7 +114,13 @@ TEST(RSAKey, RefusesPrivateNumbersThatDoNotBelongTogether)
         {"p = n, q = 1", [](CCryptoRSANumbers& k) { k.prime1 = k.modulus, k.prime2 = element(1u); }},
         {"q", [](CCryptoRSANumbers& k) { k.prime2 = Plus(k.prime2, -2); }},
         {"q = 0", [](CCryptoRSANumbers& k) { k.prime2 = element(0u); }},
-        {"p twice", [](CCryptoRSANumbers& k) { k.prime2 = k.prime1, k.modulus = (Big(k.prime1) * Big(k.prime1)).toBytes(); }},
+        {"p twice",
+         [](CCryptoRSANumbers& k) {
+             k.prime2 = k.prime1;
+             k.modulus = (Big(k.prime1) * Big(k.prime1)).toBytes();
+             k.privateExponent = Big(k.privateExponent).modulo(Big(k.prime1) - 1).toBytes();
+             k.exponent1 = k.exponent2 = k.coefficient = {};
+         }},
         {"primes in the other order, the rest not",
          [](CCryptoRSANumbers& k) { std::swap(k.prime1, k.prime2), k.exponent1 = {}, k.exponent2 = {}; }},
         {"d mod p - 1", [](CCryptoRSANumbers& k) { k.exponent1 = Plus(k.exponent1, 1); }},

@@ -151,9 +151,10 @@ TEST(RSASignature, OfPSSIsRefusedWithAnyByteOfItsBlockChanged)
     const CCryptoRSAPadding padding;
     const Bytes digest = Digest(32);
     const Bytes block = Opened(AnyKey().signPSS(padding, digest));
+    // The one before the salt becomes 2, and is not taken for a zero.
     for (std::size_t i = 0; i < block.size(); ++i) {
         Bytes changed = block;
-        changed[i] ^= 0x01;
+        changed[i] ^= 0x03;
         EXPECT_FALSE(AnyKey().verifyPSS(padding, digest, Signed(changed))) << i;
     }
     Bytes unusedBit = block;
@@ -228,6 +229,10 @@ TEST(RSASignature, OfPSSTakesEverySaltThatHasRoom)
         const CCryptoRSAPadding padding{.saltLength = length};
         const element signature = key.signPSS(padding, Digest(32));
         EXPECT_TRUE(key.verifyPSS(padding, Digest(32), signature.bytes())) << length;
+        for (const std::int32_t min : {0, length, length + 1}) {
+            const CCryptoRSAPadding any{.saltLength = CCryptoRSAPadding::saltOfAnyLength, .minSaltLength = min};
+            EXPECT_EQ(key.verifyPSS(any, Digest(32), signature.bytes()), length >= min) << length << ", at least " << min;
+        }
     }
     for (const std::int32_t length : {longest + 1, 1000, INT32_MAX, -2, -3, INT32_MIN})
         EXPECT_TRUE(key.signPSS({.saltLength = length}, Digest(32)).isEmpty()) << length;
