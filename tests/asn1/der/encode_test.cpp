@@ -64,6 +64,25 @@ TEST(Encode, WritesOrRefusesWhatATemplateAsksFor)
     }
 }
 
+// Arcs of ten octets and twenty digits meet every end of the buffers that they are collected in.
+TEST(Encode, WritesAndReadsObjectIdentifiersOfAnyLength)
+{
+    std::string dotted = "1.3";
+    std::string encoded = "2b";
+    for (std::uint32_t arcs = 1; arcs <= 20; ++arcs) {
+        SCOPED_TRACE(arcs);
+        dotted += ".18446744073709551615";
+        CCryptoParser parser;
+        ASSERT_TRUE(parser.Load_ASCII_Memory("OBJECT_IDENTIFIER = \"" + dotted + "\""));
+        const element der = parser.ToDer();
+        encoded += "81ffffffffffffffff7f";
+        EXPECT_TRUE(HexText(der.bytes()).view().ends_with(encoded));
+        CCryptoParser again;
+        ASSERT_TRUE(again.Load_DER_Memory(der));
+        EXPECT_EQ(again.root()->value()->token().view(), dotted);
+    }
+}
+
 TEST(Encode, TakesTheTypeOfATimeFromTheWordThatIsFilledIn)
 {
     const struct {
