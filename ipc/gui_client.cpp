@@ -1,7 +1,7 @@
 #include "ipc/gui_client.h"
 
 #include "core/diagnostics/auto_logger.h"
-#include "ipc/gui_ipc.h"
+#include "ipc/gui_connection.h"
 #include "ipc/session.h"
 
 using namespace ccrypto;

@@ -2,7 +2,7 @@
 
 #include "core/diagnostics/auto_logger.h"
 #include "ipc/gui_client.h"
-#include "ipc/gui_ipc.h"
+#include "ipc/gui_connection.h"
 
 using namespace ccrypto;
 

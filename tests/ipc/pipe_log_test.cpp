@@ -1,5 +1,5 @@
 #include "ipc/gui_client.h"
-#include "ipc/gui_ipc.h"
+#include "ipc/gui_connection.h"
 #include "ipc/pipe_server.h"
 #include "ipc/session.h"
 #include "tests/ipc/raw_peers.h"

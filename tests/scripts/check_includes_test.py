@@ -44,7 +44,7 @@ REFUSED = [
 ALLOWED = [
     ("shellext/context_menu/handler.cpp", '#include "core/text/element.h"'),
     ("shellext/context_menu/handler.cpp", '#include "shellext/sign_action.h"'),
-    ("shellext/exports.cpp", '#include "shellext/context_menu/handler.h"'),
+    ("shellext/dll/exports.cpp", '#include "shellext/context_menu/handler.h"'),
     ("examples/sign_and_verify.cpp", '#include "pki/pki.h"'),
     ("smartcard/p15.cpp", '#include "asn1/tree/element_node.h"'),
     ("tools/menuhost/main.cpp", '#include "shellext/handler.h"'),

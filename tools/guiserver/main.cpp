@@ -1,7 +1,7 @@
 // A stand-in for the GUI server of the signing client: answers its pipe and shows what arrives.
 
 #include "core/platform/secure_wipe.h"
-#include "ipc/gui_ipc.h"
+#include "ipc/gui_connection.h"
 #include "ipc/pipe_server.h"
 #include "tools/guiserver/options.h"
 #include "tools/guiserver/request_report.h"

@@ -1,6 +1,6 @@
 // What keeps the C++ runtime from leaving anything in a host that loads and unloads the library all day, as Explorer does.
 
-#include "core/diagnostics/log_nesting.h"
+#include "core/diagnostics/operation_records.h"
 #include "core/platform/process.h"
 
 #include <windows.h>
