@@ -1,7 +1,7 @@
 #include "core/diagnostics/auto_logger.h"
 
 #include "core/diagnostics/failure.h"
-#include "core/diagnostics/log_nesting.h"
+#include "core/diagnostics/operation_records.h"
 #include "core/log/log_text.h"
 #include "core/memory/out_of_memory.h"
 #include "core/platform/clock.h"

@@ -4,7 +4,7 @@
 #include "core/base/c_text.h"
 #include "core/diagnostics/error_descriptions.h"
 #include "core/diagnostics/failure.h"
-#include "core/diagnostics/log_nesting.h"
+#include "core/diagnostics/operation_records.h"
 #include "core/platform/process.h"
 #include "core/settings/log_settings.h"
 #include "core/text/utf8.h"

@@ -1,7 +1,7 @@
 #include "core/system/thread.h"
 
 #include "core/diagnostics/auto_logger.h"
-#include "core/diagnostics/log_nesting.h"
+#include "core/diagnostics/operation_records.h"
 #include "core/log/log.h"
 #include "core/log/log_writers.h"
 #include "core/memory/out_of_memory.h"

@@ -1,6 +1,6 @@
 #include "core/diagnostics/auto_logger.h"
 #include "core/diagnostics/failure.h"
-#include "core/diagnostics/log_nesting.h"
+#include "core/diagnostics/operation_records.h"
 #include "core/log/log.h"
 #include "core/log/log_line.h"
 #include "core/log/log_writers.h"

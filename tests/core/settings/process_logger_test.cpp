@@ -1,6 +1,6 @@
 #include "core/base/build_date.h"
 #include "core/diagnostics/error_descriptions.h"
-#include "core/diagnostics/log_nesting.h"
+#include "core/diagnostics/operation_records.h"
 #include "core/log/log.h"
 #include "core/log/log_writers.h"
 #include "core/platform/clock.h"

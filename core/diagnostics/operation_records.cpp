@@ -1,4 +1,4 @@
-#include "core/diagnostics/log_nesting.h"
+#include "core/diagnostics/operation_records.h"
 
 #include "core/base/never_destroyed.h"
 #include "core/containers/avl_tree.h"
