@@ -187,6 +187,13 @@ LimbVector PowerByBits(const MontgomeryModulus& m, const LimbVector& base, const
     return power;
 }
 
+LimbVector Square(const LimbVector& root)
+{
+    LimbVector square(2 * root.size());
+    limbs::Multiply(square.data(), root.data(), root.size(), root.data(), root.size());
+    return square;
+}
+
 class DigitVariant : public ::testing::TestWithParam<std::size_t> {};
 
 TEST_P(DigitVariant, RaisesToPowersSideBySide)
@@ -204,14 +211,19 @@ TEST_P(DigitVariant, RaisesToPowersSideBySide)
             std::vector<LimbVector> results;
             for (std::size_t p = 0; p < calls.moduli; ++p) {
                 const LimbVector full(calls.limbs, ~Limb{0});
-                const LimbVector modulus = i == 0 ? full : source.modulus(calls.limbs);
+                const LimbVector root = source.modulus(calls.limbs / 2);
+                const LimbVector modulus = i == 0 ? full : i == 3 ? Square(root) : source.modulus(calls.limbs);
                 const MontgomeryModulus& m = moduli.emplace_back(std::span<const Limb>(modulus));
                 bases.push_back(Modulo(source.limbs(calls.limbs), modulus, calls.limbs));
                 if (i == 1) {
                     bases.back().assign(m.modulus(), m.modulus() + calls.limbs);
                     bases.back()[0] -= 1;
                 }
-                exponents.push_back(i == 2 ? LimbVector(2) : source.limbs(2));
+                if (i == 3) { // its square is the modulus itself before the last reduction
+                    bases.back() = root;
+                    bases.back().resize(calls.limbs);
+                }
+                exponents.push_back(i == 2 ? LimbVector(2) : i == 3 ? LimbVector{2, 0} : source.limbs(2));
                 results.emplace_back(calls.limbs);
             }
             std::vector<MontgomeryPower> powers;
