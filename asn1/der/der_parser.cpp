@@ -5,6 +5,8 @@
 #include "core/diagnostics/auto_logger.h"
 #include "core/log/log_writers.h"
 
+#include <algorithm>
+
 using namespace ccrypto;
 
 namespace {
@@ -78,6 +80,8 @@ public:
     };
 
     Level decodeLevel(std::uint32_t position, std::uint32_t end, std::uint32_t depth, bool probing);
+    /// Notes what is left out from `position`, where a level ended, up to the end of its octets.
+    void checkPadding(std::uint32_t position, std::uint32_t end);
     bool fail(const char* reason, std::uint32_t offset);
     bool keepsOctets() const { return keepsOctets_; }
 
@@ -114,11 +118,13 @@ ElementNodePtr CCryptoDERParser::Decode(std::span<const std::uint8_t> input)
     reason_ = "";
     reasonOffset_ = 0;
     isDer_ = false;
+    leavesOctets_ = false;
     if (input.size() > UINT32_MAX)
         return logger.fail(ElementNodePtr(), "The data is longer than 4 GiB");
 
     Decoder decoder(*this, input);
     Decoder::Level level = decoder.decodeLevel(0, static_cast<std::uint32_t>(input.size()), 0, false);
+    decoder.checkPadding(level.end, static_cast<std::uint32_t>(input.size()));
     if (!level.failed && level.nodes == nullptr)
         level.failed = !decoder.fail("The data holds no element", 0);
     if (level.failed) {
@@ -131,6 +137,12 @@ ElementNodePtr CCryptoDERParser::Decode(std::span<const std::uint8_t> input)
     reasonOffset_ = 0;
     logger.setResult(true);
     return std::move(level.nodes);
+}
+
+void CCryptoDERParser::Decoder::checkPadding(std::uint32_t position, std::uint32_t end)
+{
+    const auto isPadding = [](std::uint8_t octet) { return octet == 0x00 || octet == 0xFF; };
+    parser_.leavesOctets_ |= !std::ranges::all_of(analyzer_.input().subspan(position, end - position), isPadding);
 }
 
 bool CCryptoDERParser::Decoder::fail(const char* reason, std::uint32_t offset)
@@ -242,6 +254,8 @@ bool CCryptoDERParser::Decoder::decodeConstructed(const DerHeader& header, eleme
 
     if (header.indefinite && !level.failed)
         position = afterContents(level.end, end);
+    else if (level.endedByOctet && !probing)
+        checkPadding(level.end, end);
     if (probing && level.endedByOctet)
         level.failed = !fail("Padding inside a value", level.end);
 

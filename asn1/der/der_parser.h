@@ -41,6 +41,9 @@ public:
     /// the input where it is false.
     [[nodiscard]] bool isDer() const { return isDer_; }
 
+    /// Whether the tree decoded last leaves out octets other than 00 and FF, which are padding, after the end of a level.
+    [[nodiscard]] bool leavesOctets() const { return leavesOctets_; }
+
     /// Why the last Decode failed, and at which offset.
     const char* reason() const { return reason_; }
     std::uint32_t reasonOffset() const { return reasonOffset_; }
@@ -52,4 +55,5 @@ private:
     const char* reason_ = "";
     std::uint32_t reasonOffset_ = 0;
     bool isDer_ = false;
+    bool leavesOctets_ = false;
 };

@@ -121,9 +121,14 @@ bool CCryptoASN1Object::Assign(const elementNode* node)
 bool CCryptoASN1Object::ParseDer(const element& der)
 {
     CCryptoAutoLogger logger("CCryptoASN1Object::ParseDer");
-    const ElementNodePtr tree = CCryptoDERParser().Decode(der.bytes());
+    CCryptoDERParser decoder;
+    const ElementNodePtr tree = decoder.Decode(der.bytes());
     if (!Parse(tree.get()))
         return logger.setResult(false);
+    if (!allowsSurplus_ && decoder.leavesOctets()) {
+        clear();
+        return logger.fail(false, "Octets other than padding follow the end of the data");
+    }
     if (!withSiblings_ && !allowsSurplus_ && NodesBetween(*tree, nullptr) > taken_) {
         clear();
         return logger.fail(false, "More elements follow the first");

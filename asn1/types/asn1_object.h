@@ -46,7 +46,8 @@ public:
     bool Parse(const elementNode* node);
     /// Parse for an object that already held something.
     bool Assign(const elementNode* node);
-    /// Decodes elements, then parses them. More than the template takes are refused.
+    /// Decodes elements, then parses them. More than the template takes are refused, and octets other than padding with 00 or FF
+    /// after a 00 or FF that ends a level.
     bool ParseDer(const element& der);
     /// Ignores data after the last item of the template, or of an element in it, which Parse and ParseDer refuse otherwise.
     void allowSurplus(bool allowed = true) { allowsSurplus_ = allowed; }
