@@ -382,11 +382,7 @@ Bytes OneAsymmetricKey(const ICryptoKeyPair& key, const Bytes& bits)
 
 TEST(KeyFile, ThePublicKeyBesideAPrivateOneBelongsToIt)
 {
-    std::vector<std::unique_ptr<ICryptoKeyPair>> keys;
-    for (const algorithm::Id kind : {algorithm::rsaEncryption, algorithm::prime256v1, algorithm::x25519})
-        keys.push_back(KeyOf(kind));
-    keys.push_back(std::make_unique<CCryptoEddsaKeyPair>(EddsaKey::Generate(algorithm::ed25519)));
-    for (const auto& key : keys) {
+    for (const auto& key : KeysOfEveryClass()) {
         ASSERT_NE(key, nullptr);
         SCOPED_TRACE(key->name());
         CCryptoSubjectPublicKeyInfo info;
@@ -405,8 +401,10 @@ TEST(KeyFile, ThePublicKeyBesideAPrivateOneBelongsToIt)
             EXPECT_FALSE(ReasonOfFailure().empty());
         }
     }
-    const auto& curveKey = static_cast<const CCryptoECKeyPair&>(*keys[1]).key();
-    EXPECT_NE(Load(OneAsymmetricKey(*keys[1], Joined({Bytes{0}, BytesOf(curveKey.publicPoint(true))}))), nullptr) << "compressed";
+    const std::unique_ptr<ICryptoKeyPair> onCurve = KeyOf(algorithm::prime256v1);
+    ASSERT_NE(onCurve, nullptr);
+    const auto& curveKey = static_cast<const CCryptoECKeyPair&>(*onCurve).key();
+    EXPECT_NE(Load(OneAsymmetricKey(*onCurve, Joined({Bytes{0}, BytesOf(curveKey.publicPoint(true))}))), nullptr) << "compressed";
 }
 
 TEST(KeyFile, NothingFollowsTheItemsOfAKey)

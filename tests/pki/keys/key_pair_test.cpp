@@ -202,11 +202,7 @@ TEST(KeyPair, OfACurveKnowsTheLengthOfItsLongestSignature)
 
 TEST(KeyPair, IsMadeOfItsNumbers)
 {
-    std::vector<std::unique_ptr<ICryptoKeyPair>> keys;
-    for (const algorithm::Id kind : {algorithm::rsaEncryption, algorithm::prime256v1, algorithm::x25519})
-        keys.push_back(KeyOf(kind));
-    keys.push_back(std::make_unique<CCryptoEddsaKeyPair>(EddsaKey::Generate(algorithm::ed25519)));
-    for (const auto& key : keys) {
+    for (const auto& key : KeysOfEveryClass()) {
         ASSERT_NE(key, nullptr);
         SCOPED_TRACE(key->name());
         EXPECT_EQ(HexOf(Remade(*key)->privateKeyInfo()), HexOf(key->privateKeyInfo()));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/diagnostics/failure.h"
+#include "pki/keys/eddsa_key_pair.h"
 #include "pki/keys/key_file.h"
 #include "tests/crypto/base/test_bytes.h"
 
@@ -9,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace ccrypto {
 
@@ -31,6 +33,16 @@ inline std::unique_ptr<ICryptoKeyPair> KeyOf(algorithm::Id kind)
             return Load(vector.bytes("PrivateKeyInfo"));
     ADD_FAILURE() << "no key of kind " << kind;
     return nullptr;
+}
+
+/// A key of each class of keys.
+inline std::vector<std::unique_ptr<ICryptoKeyPair>> KeysOfEveryClass()
+{
+    std::vector<std::unique_ptr<ICryptoKeyPair>> keys;
+    for (const algorithm::Id kind : {algorithm::rsaEncryption, algorithm::prime256v1, algorithm::x25519})
+        keys.push_back(KeyOf(kind));
+    keys.push_back(std::make_unique<CCryptoEddsaKeyPair>(EddsaKey::Generate(algorithm::ed25519)));
+    return keys;
 }
 
 } // namespace ccrypto
