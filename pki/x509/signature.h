@@ -1,0 +1,58 @@
+#pragma once
+
+#include "asn1/types/algorithm_identifier.h"
+#include "core/base/algorithm.h"
+#include "pki/keys/key_pair.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+
+namespace ccrypto {
+
+/// How a signature is made, as the AlgorithmIdentifier beside it says. The fixed algorithm table lacks several of these, so they
+/// are found by a table of their own.
+struct SignatureAlgorithm {
+    enum class Kind {
+        rsaPkcs1, ///< RSASSA-PKCS1-v1_5 (RFC 8017, 8.2), parameters NULL or absent
+        rsaPss,   ///< RSASSA-PSS with the parameters of RFC 4055, 3.1, whose defaults count
+        ecdsa,    ///< RFC 5758, 3.2; parameters absent
+        eddsa,    ///< Ed25519 and Ed448 (RFC 8410, 3); parameters absent
+        dsa,      ///< FIPS 186-4; only verified
+    };
+
+    Kind kind = Kind::rsaPkcs1;
+    algorithm::Id hash = algorithm::none;  ///< MD5, SHA-1 or SHA-2; none for eddsa
+    algorithm::Id curve = algorithm::none; ///< of eddsa: ed25519 or ed448
+    SCryptoPadding padding = {};           ///< of RSA
+
+    /// SHA-1; MD5 is refused before anybody asks.
+    [[nodiscard]] bool isWeak() const { return hash == algorithm::sha1 || hash == algorithm::md5; }
+};
+
+/// \return none, logged, for an algorithm that is not supported and for parameters that are not allowed.
+[[nodiscard]] std::optional<SignatureAlgorithm> ReadSignatureAlgorithm(const CCryptoAlgorithmIdentifier& identifier);
+
+/// The algorithm identifier of a signature with this key and hash (DER): RSA with PKCS#1 padding, ECDSA, or EdDSA, whose `hash` is
+/// ignored. Empty, logged as "Unsupported hash function", for a hash that cannot be expressed.
+[[nodiscard]] element SignatureAlgorithmFor(const ICryptoKeyPair& key, algorithm::Id hash);
+
+enum class SignatureResult {
+    good,
+    bad,                  ///< the signature is not the key's over these octets
+    unsupportedAlgorithm, ///< or one that does not fit the kind of key
+};
+
+/// Whether `signature` is the key's over `octets`, which are hashed here. MD5 gives unsupportedAlgorithm.
+[[nodiscard]] SignatureResult VerifySignature(ICryptoKeyPair& key, const SignatureAlgorithm& algorithm,
+                                              std::span<const std::uint8_t> octets, std::span<const std::uint8_t> signature);
+
+/// The same for octets of which only the digest, by the hash of the algorithm, is at hand; not for eddsa.
+[[nodiscard]] SignatureResult VerifyDigest(ICryptoKeyPair& key, const SignatureAlgorithm& algorithm,
+                                           std::span<const std::uint8_t> digest, std::span<const std::uint8_t> signature);
+
+/// Signs `octets`, which are hashed here, as SignatureAlgorithmFor() says. Empty, logged, when the key fails: a card was pulled.
+[[nodiscard]] element SignOctets(ICryptoKeyPair& key, algorithm::Id hash, std::span<const std::uint8_t> octets);
+
+} // namespace ccrypto
