@@ -3,6 +3,7 @@
 #include "asn1/types/algorithm_table.h"
 #include "asn1/types/asn1_values.h"
 #include "core/diagnostics/auto_logger.h"
+#include "pki/keys/dsa_key_pair.h"
 #include "pki/keys/ec_key_pair.h"
 #include "pki/keys/eddsa_key_pair.h"
 #include "pki/keys/key_objects.h"
@@ -60,6 +61,9 @@ algorithm::Id KindOf(CCryptoAutoLogger& logger, const CCryptoAlgorithmIdentifier
             return logger.fail(algorithm::none, "Unsupported curve: %s", oid.c_str());
         return curve->id;
     }
+    // Parameters are read with the key; they may be absent (RFC 3279, 2.3.2).
+    if (id == algorithm::dsa)
+        return id;
     if (id != algorithm::rsaEncryption && !IsCurveByItself(id))
         return logger.fail(algorithm::none, "Unsupported algorithm: %s", identifier.oid().c_str());
     // Some leave out the NULL that RSA has.
@@ -160,9 +164,27 @@ KeyPair PairOfPoint(const element& point, algorithm::Id curve)
     return PairOf(CCryptoEC::FromPublic(curve, point.bytes()));
 }
 
+KeyPair PairOfDSA(CCryptoAutoLogger& logger, const CCryptoAlgorithmIdentifier& identifier, const element& publicKey)
+{
+    CCryptoDSAPublicKeyObject object;
+    if (!object.ParseDer(publicKey))
+        return logger.fail(KeyPair(), "Not a DSAPublicKey");
+    if (identifier.parameters() == nullptr)
+        return CCryptoDSAKeyPair::WithoutParameters(object.numbers.publicValue);
+    CCryptoDSAParametersObject parameters;
+    if (!parameters.Parse(identifier.parameters()))
+        return logger.fail(KeyPair(), "Not Dss-Parms");
+    CCryptoDSANumbers numbers = std::move(parameters.numbers);
+    numbers.publicValue = object.numbers.publicValue;
+    std::unique_ptr<CCryptoDSA> key = CCryptoDSA::FromPublic(numbers);
+    return key != nullptr ? std::make_unique<CCryptoDSAKeyPair>(std::move(key)) : nullptr;
+}
+
 KeyPair PairOfPublicKey(CCryptoAutoLogger& logger, const CCryptoAlgorithmIdentifier& identifier, algorithm::Id kind,
                         const element& publicKey)
 {
+    if (kind == algorithm::dsa)
+        return PairOfDSA(logger, identifier, publicKey);
     return kind == algorithm::rsaEncryption ? PairOf(ReadRSAPublicKey(logger, publicKey), identifier)
                                             : PairOfPoint(publicKey, kind);
 }
@@ -226,6 +248,22 @@ element PublicKeyInfoOf(const EddsaKey& key)
     return info.BuildDer();
 }
 
+element PublicKeyInfoOf(const CCryptoDSANumbers& numbers)
+{
+    CCryptoSubjectPublicKeyInfo info;
+    info.algorithm.setId(algorithm::dsa);
+    info.algorithm.setNullParameters(false);
+    if (!numbers.prime.isEmpty()) {
+        CCryptoDSAParametersObject parameters;
+        parameters.numbers = numbers;
+        info.algorithm.setParameters(parameters.BuildTree().get());
+    }
+    CCryptoDSAPublicKeyObject key;
+    key.numbers = numbers;
+    info.publicKey = key.BuildDer();
+    return info.BuildDer();
+}
+
 std::unique_ptr<ICryptoKeyPair> LoadPrivateKeyInfo(const element& der)
 {
     CCryptoAutoLogger logger("LoadPrivateKeyInfo");
@@ -235,6 +273,8 @@ std::unique_ptr<ICryptoKeyPair> LoadPrivateKeyInfo(const element& der)
     const algorithm::Id kind = KindOf(logger, info.algorithm);
     if (kind == algorithm::none)
         return nullptr;
+    if (kind == algorithm::dsa)
+        return logger.fail(KeyPair(), "DSA only verifies: its private keys are not supported");
     KeyPair key;
     if (kind == algorithm::rsaEncryption)
         key = PairOf(ReadRSAPrivateKey(logger, info.privateKey), info.algorithm);

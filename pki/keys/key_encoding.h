@@ -1,5 +1,6 @@
 #pragma once
 
+#include "crypto/dsa/dsa.h"
 #include "crypto/ec/ec.h"
 #include "crypto/ec/eddsa.h"
 #include "crypto/rsa/rsa.h"
@@ -15,12 +16,14 @@
 namespace ccrypto {
 
 /// SubjectPublicKeyInfo (RFC 5280, 4.1.2.7; curves by RFC 5480 and RFC 8410, RSA by RFC 8017 and, for keys limited to PSS, RFC
-/// 4055).
+/// 4055; DSA by RFC 3279, 2.3.2, where a key without parameters is one that inherits them: see CCryptoDSAKeyPair).
 [[nodiscard]] std::unique_ptr<ICryptoKeyPair> LoadPublicKeyInfo(const element& der);
 /// \param algorithm the AlgorithmIdentifier, DER; null for rsaEncryption.
 [[nodiscard]] element PublicKeyInfoOf(const CCryptoRSA& key, const element* algorithm = nullptr);
 [[nodiscard]] element PublicKeyInfoOf(const CCryptoEC& key);
 [[nodiscard]] element PublicKeyInfoOf(const EddsaKey& key);
+/// Without parameters when these are empty.
+[[nodiscard]] element PublicKeyInfoOf(const CCryptoDSANumbers& numbers);
 
 /// PrivateKeyInfo (RFC 5958), not encrypted. Attributes are ignored; a public key beside the private one must belong to it.
 [[nodiscard]] std::unique_ptr<ICryptoKeyPair> LoadPrivateKeyInfo(const element& der);

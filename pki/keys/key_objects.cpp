@@ -23,12 +23,19 @@ constexpr const char* ecPrivateKeyTemplate =
     "SEQUENCE{INTEGER=version,OCTET_STRING[PRIMITIVE]{privateKey},CONTEXT_SPECIFIC[0,CONSTRUCTED](OPTIONAL){parameters}"
     "CONTEXT_SPECIFIC[1,CONSTRUCTED](OPTIONAL){BIT_STRING[PRIMITIVE]{#00,publicKey}}}";
 
+constexpr const char* dsaParametersTemplate = "SEQUENCE{INTEGER=p,INTEGER=q,INTEGER=g}";
+constexpr const char* dsaPublicKeyTemplate = "INTEGER=y";
+
+template <typename Numbers>
 struct NamedNumber {
     const char* name;
-    element CCryptoRSANumbers::*number;
+    element Numbers::*number;
 };
 
-constexpr NamedNumber rsaNumbers[] = {
+template <typename Numbers>
+using NumberNames = std::span<const NamedNumber<Numbers>>;
+
+constexpr NamedNumber<CCryptoRSANumbers> rsaNumberNames[] = {
     {"modulus", &CCryptoRSANumbers::modulus},
     {"publicExponent", &CCryptoRSANumbers::publicExponent},
     {"privateExponent", &CCryptoRSANumbers::privateExponent},
@@ -38,11 +45,22 @@ constexpr NamedNumber rsaNumbers[] = {
     {"exponent2", &CCryptoRSANumbers::exponent2},
     {"coefficient", &CCryptoRSANumbers::coefficient},
 };
-constexpr std::span<const NamedNumber> publicRsaNumbers{rsaNumbers, 2};
+constexpr NumberNames<CCryptoRSANumbers> rsaNumbers{rsaNumberNames};
+constexpr NumberNames<CCryptoRSANumbers> publicRsaNumbers = rsaNumbers.first(2);
 
-bool ReadNumbers(const CCryptoASN1Object& object, std::span<const NamedNumber> names, CCryptoRSANumbers& numbers)
+constexpr NamedNumber<CCryptoDSANumbers> dsaNumberNames[] = {
+    {"p", &CCryptoDSANumbers::prime},
+    {"q", &CCryptoDSANumbers::order},
+    {"g", &CCryptoDSANumbers::generator},
+    {"y", &CCryptoDSANumbers::publicValue},
+};
+constexpr NumberNames<CCryptoDSANumbers> dsaParameters{dsaNumberNames, 3};
+constexpr NumberNames<CCryptoDSANumbers> dsaPublicValue{dsaNumberNames + 3, 1};
+
+template <typename Numbers>
+bool ReadNumbers(const CCryptoASN1Object& object, NumberNames<Numbers> names, Numbers& numbers)
 {
-    for (const NamedNumber& entry : names) {
+    for (const NamedNumber<Numbers>& entry : names) {
         element value = object.findBytes(entry.name);
         if (value.negative() || value.isEmpty())
             return false;
@@ -51,9 +69,10 @@ bool ReadNumbers(const CCryptoASN1Object& object, std::span<const NamedNumber> n
     return true;
 }
 
-bool FillNumbers(CCryptoParser& parser, std::span<const NamedNumber> names, const CCryptoRSANumbers& numbers)
+template <typename Numbers>
+bool FillNumbers(CCryptoParser& parser, NumberNames<Numbers> names, const Numbers& numbers)
 {
-    for (const NamedNumber& entry : names) {
+    for (const NamedNumber<Numbers>& entry : names) {
         const element& value = numbers.*entry.number;
         if (value.isEmpty() || !parser.fill(entry.name, element(value.data(), value.length(), ElementType::integer)))
             return false;
@@ -184,6 +203,30 @@ bool CCryptoRSAPrivateKeyObject::BuildNode()
 bool CCryptoRSAPrivateKeyObject::ParseNode()
 {
     return HasVersion(*this, 0, 0) && HasItems(data(), 9) && ReadNumbers(*this, rsaNumbers, numbers);
+}
+
+CCryptoDSAParametersObject::CCryptoDSAParametersObject() : CCryptoASN1Object(dsaParametersTemplate) {}
+
+bool CCryptoDSAParametersObject::BuildNode()
+{
+    return FillNumbers(builder(), dsaParameters, numbers);
+}
+
+bool CCryptoDSAParametersObject::ParseNode()
+{
+    return HasItems(data(), 3) && ReadNumbers(*this, dsaParameters, numbers);
+}
+
+CCryptoDSAPublicKeyObject::CCryptoDSAPublicKeyObject() : CCryptoASN1Object(dsaPublicKeyTemplate) {}
+
+bool CCryptoDSAPublicKeyObject::BuildNode()
+{
+    return FillNumbers(builder(), dsaPublicValue, numbers);
+}
+
+bool CCryptoDSAPublicKeyObject::ParseNode()
+{
+    return ReadNumbers(*this, dsaPublicValue, numbers);
 }
 
 CCryptoECPrivateKeyObject::CCryptoECPrivateKeyObject() : CCryptoASN1Object(ecPrivateKeyTemplate) {}

@@ -2,6 +2,7 @@
 
 #include "asn1/types/algorithm_identifier.h"
 #include "asn1/types/asn1_object.h"
+#include "crypto/dsa/dsa.h"
 #include "crypto/rsa/rsa.h"
 
 #include <cstdint>
@@ -78,6 +79,36 @@ public:
     bool ParseNode() override;
 
     CCryptoRSANumbers numbers;
+
+protected:
+    void ClearFields() override { numbers = {}; }
+};
+
+/// Dss-Parms (RFC 3279, 2.3.2), without the public value.
+class CCryptoDSAParametersObject : public CCryptoASN1Object {
+public:
+    CCryptoDSAParametersObject();
+
+    bool BuildNode() override;
+    /// False for a number below zero.
+    bool ParseNode() override;
+
+    CCryptoDSANumbers numbers;
+
+protected:
+    void ClearFields() override { numbers = {}; }
+};
+
+/// DSAPublicKey (RFC 3279, 2.3.2): the public value alone.
+class CCryptoDSAPublicKeyObject : public CCryptoASN1Object {
+public:
+    CCryptoDSAPublicKeyObject();
+
+    bool BuildNode() override;
+    /// False for a number below zero.
+    bool ParseNode() override;
+
+    CCryptoDSANumbers numbers;
 
 protected:
     void ClearFields() override { numbers = {}; }

@@ -34,10 +34,10 @@ class ICryptoKeyPair {
 public:
     virtual ~ICryptoKeyPair() = default;
 
-    /// The kind of key: rsaEncryption, ecPublicKey, or the id of a curve that is an algorithm by itself: x25519, x448, ed25519,
-    /// ed448.
+    /// The kind of key: rsaEncryption, ecPublicKey, dsa, or the id of a curve that is an algorithm by itself: x25519, x448,
+    /// ed25519, ed448.
     [[nodiscard]] virtual ccrypto::algorithm::Id algorithmId() const = 0;
-    /// none for RSA.
+    /// none for RSA and DSA.
     [[nodiscard]] virtual ccrypto::algorithm::Id curveId() const = 0;
     /// "RSA", "RSA-PSS", "prime256v1", ...
     [[nodiscard]] virtual const char* name() const = 0;
@@ -46,8 +46,8 @@ public:
     /// Whether there is a private half, wherever it is.
     [[nodiscard]] virtual bool hasPrivate() const = 0;
 
-    /// The numbers of the public half: "modulus" and "publicExponent" (RFC 8017, A.1.1), "publicPoint" (SEC 1, 2.3.3; RFC 7748, 5)
-    /// or "publicKey" (RFC 8032, 5.1.5).
+    /// The numbers of the public half: "modulus" and "publicExponent" (RFC 8017, A.1.1), "publicPoint" (SEC 1, 2.3.3; RFC 7748, 5),
+    /// "publicKey" (RFC 8032, 5.1.5), or "p", "q", "g" and "y" (RFC 3279, 2.3.2), of which those that are inherited are left out.
     [[nodiscard]] virtual std::vector<SCryptoKeyNumber> publicNumbers() const = 0;
     /// Those of the private half, secret: "privateExponent" to "coefficient" (RFC 8017, A.1.2), "privateScalar" or "seed" (RFC
     /// 8032, 5.1.5). Empty when there is no private half or it cannot leave its place.

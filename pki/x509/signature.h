@@ -19,40 +19,48 @@ struct SignatureAlgorithm {
         rsaPss,   ///< RSASSA-PSS with the parameters of RFC 4055, 3.1, whose defaults count
         ecdsa,    ///< RFC 5758, 3.2; parameters absent
         eddsa,    ///< Ed25519 and Ed448 (RFC 8410, 3); parameters absent
-        dsa,      ///< FIPS 186-4; only verified
+        dsa,      ///< FIPS 186-4, parameters absent; only verified
     };
 
     Kind kind = Kind::rsaPkcs1;
-    algorithm::Id hash = algorithm::none;  ///< MD5, SHA-1 or SHA-2; none for eddsa
+    algorithm::Id hash = algorithm::none;  ///< MD5, SHA-1 or SHA-2; none for eddsa, and for MD2 and MD4
     algorithm::Id curve = algorithm::none; ///< of eddsa: ed25519 or ed448
     SCryptoPadding padding = {};           ///< of RSA
 
-    /// SHA-1; MD5 is refused before anybody asks.
-    [[nodiscard]] bool isWeak() const { return hash == algorithm::sha1 || hash == algorithm::md5; }
+    /// MD2, MD4 or MD5, with which collisions are made at will. Such signatures are named, so that a caller can say what is wrong
+    /// with them, but never verified.
+    [[nodiscard]] bool isBroken() const { return hash == algorithm::md5 || (hash == algorithm::none && kind != Kind::eddsa); }
+    /// SHA-1, and what is broken.
+    [[nodiscard]] bool isWeak() const { return hash == algorithm::sha1 || isBroken(); }
 };
 
 /// \return none, logged, for an algorithm that is not supported and for parameters that are not allowed.
 [[nodiscard]] std::optional<SignatureAlgorithm> ReadSignatureAlgorithm(const CCryptoAlgorithmIdentifier& identifier);
+/// The same of the octets of an AlgorithmIdentifier, which must be DER.
+[[nodiscard]] std::optional<SignatureAlgorithm> ReadSignatureAlgorithm(std::span<const std::uint8_t> der);
 
-/// The algorithm identifier of a signature with this key and hash (DER): RSA with PKCS#1 padding, ECDSA, or EdDSA, whose `hash` is
-/// ignored. Empty, logged as "Unsupported hash function", for a hash that cannot be expressed.
+/// The algorithm identifier of a signature with this key and hash (DER): RSA with PKCS#1 padding, or with PSS for a key that is
+/// limited to it; ECDSA; or EdDSA, whose `hash` is ignored. The hash is one of SHA-2, SHA-384 with RSA and SHA-224 with ECDSA among
+/// them, though the fixed algorithm table lacks both. Empty, logged as "Unsupported hash function", for another hash, SHA-1 among
+/// them, and logged for a key that does not sign.
 [[nodiscard]] element SignatureAlgorithmFor(const ICryptoKeyPair& key, algorithm::Id hash);
 
 enum class SignatureResult {
     good,
     bad,                  ///< the signature is not the key's over these octets
-    unsupportedAlgorithm, ///< or one that does not fit the kind of key
+    unsupportedAlgorithm, ///< or a broken one, or one that does not fit the kind of key
 };
 
-/// Whether `signature` is the key's over `octets`, which are hashed here. MD5 gives unsupportedAlgorithm.
+/// Whether `signature` is the key's over `octets`, which are hashed here.
 [[nodiscard]] SignatureResult VerifySignature(ICryptoKeyPair& key, const SignatureAlgorithm& algorithm,
                                               std::span<const std::uint8_t> octets, std::span<const std::uint8_t> signature);
 
-/// The same for octets of which only the digest, by the hash of the algorithm, is at hand; not for eddsa.
+/// The same for octets of which only the digest, by the hash of the algorithm, is at hand; unsupportedAlgorithm for eddsa.
 [[nodiscard]] SignatureResult VerifyDigest(ICryptoKeyPair& key, const SignatureAlgorithm& algorithm,
                                            std::span<const std::uint8_t> digest, std::span<const std::uint8_t> signature);
 
-/// Signs `octets`, which are hashed here, as SignatureAlgorithmFor() says. Empty, logged, when the key fails: a card was pulled.
+/// Signs `octets`, which are hashed here, as SignatureAlgorithmFor() says. Empty, logged, where that is, and when the key fails: a
+/// card was pulled.
 [[nodiscard]] element SignOctets(ICryptoKeyPair& key, algorithm::Id hash, std::span<const std::uint8_t> octets);
 
 } // namespace ccrypto

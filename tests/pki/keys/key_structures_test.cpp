@@ -7,6 +7,7 @@
 #include "pki/keys/key_objects.h"
 #include "pki/keys/password_objects.h"
 #include "tests/pki/keys/test_keys.h"
+#include "tests/pki/test_der.h"
 
 #include <algorithm>
 
@@ -16,23 +17,11 @@ using namespace ccrypto;
 
 namespace {
 
-/// One element of DER whose content has at most 65,535 bytes.
-Bytes Tlv(std::uint8_t tag, const Bytes& content)
-{
-    Bytes der = {tag};
-    if (content.size() > 255)
-        der.insert(der.end(), {0x82, static_cast<std::uint8_t>(content.size() >> 8)});
-    else if (content.size() > 127)
-        der.push_back(0x81);
-    der.push_back(static_cast<std::uint8_t>(content.size()));
-    return Joined({der, content});
-}
-
 constexpr std::uint8_t integerTag = 0x02;
 constexpr std::uint8_t octetStringTag = 0x04;
 constexpr std::uint8_t sequenceTag = 0x30;
 
-Bytes OidTlv(algorithm::Id id)
+Bytes AlgorithmOidTlv(algorithm::Id id)
 {
     return BytesOf(CCryptoASN1ObjectIdentifier(CCryptoString(OidOfAlgorithm(id))).BuildDer());
 }
@@ -55,8 +44,8 @@ Bytes PBES2Der(const PBES2Case& test)
     const bool isRc2 = test.cipher == algorithm::rc2Cbc;
     const Bytes iv = Tlv(octetStringTag, Bytes(isRc2 ? 8 : 16, 2));
     const Bytes parameters = isRc2 ? Tlv(sequenceTag, Joined({Tlv(integerTag, test.rc2Version), iv})) : iv;
-    return Tlv(sequenceTag, Joined({Tlv(sequenceTag, Joined({OidTlv(algorithm::pbkdf2), derivation})),
-                                    Tlv(sequenceTag, Joined({OidTlv(test.cipher), parameters}))}));
+    return Tlv(sequenceTag, Joined({Tlv(sequenceTag, Joined({AlgorithmOidTlv(algorithm::pbkdf2), derivation})),
+                                    Tlv(sequenceTag, Joined({AlgorithmOidTlv(test.cipher), parameters}))}));
 }
 
 } // namespace
