@@ -45,7 +45,7 @@ Bytes BytesOfHex(std::string_view digits)
 }
 
 template <algorithm::Id id>
-ElementNodePtr Oid()
+ElementNodePtr OidTree()
 {
     return CCryptoASN1ObjectIdentifier(CCryptoString(OidOfAlgorithm(id))).BuildTree();
 }
@@ -229,13 +229,13 @@ TEST(KeyFile, AlgorithmsHaveTheirOwnParametersAlone)
     } cases[] = {
         {"RSA with NULL", algorithm::rsaEncryption, algorithm::rsaEncryption, Null, true},
         {"RSA with none", algorithm::rsaEncryption, algorithm::rsaEncryption, Nothing, true},
-        {"RSA with a curve", algorithm::rsaEncryption, algorithm::rsaEncryption, Oid<algorithm::prime256v1>, false},
+        {"RSA with a curve", algorithm::rsaEncryption, algorithm::rsaEncryption, OidTree<algorithm::prime256v1>, false},
         {"RSA for signatures of one kind", algorithm::rsaEncryption, algorithm::sha256WithRsa, Null, false},
-        {"a curve by its name", algorithm::prime256v1, algorithm::ecPublicKey, Oid<algorithm::prime256v1>, true},
-        {"another curve", algorithm::prime256v1, algorithm::ecPublicKey, Oid<algorithm::brainpoolP256r1>, false},
+        {"a curve by its name", algorithm::prime256v1, algorithm::ecPublicKey, OidTree<algorithm::prime256v1>, true},
+        {"another curve", algorithm::prime256v1, algorithm::ecPublicKey, OidTree<algorithm::brainpoolP256r1>, false},
         {"no curve", algorithm::prime256v1, algorithm::ecPublicKey, Nothing, false},
         {"a curve that is implied", algorithm::prime256v1, algorithm::ecPublicKey, Null, false},
-        {"a curve that is an algorithm", algorithm::x25519, algorithm::ecPublicKey, Oid<algorithm::x25519>, false},
+        {"a curve that is an algorithm", algorithm::x25519, algorithm::ecPublicKey, OidTree<algorithm::x25519>, false},
         {"a curve that is none", algorithm::prime256v1, algorithm::prime256v1, Nothing, false},
         {"X25519 with none", algorithm::x25519, algorithm::x25519, Nothing, true},
         {"X25519 with NULL", algorithm::x25519, algorithm::x25519, Null, false},
