@@ -40,6 +40,14 @@ enum class Reason {
 /// "malformed", "not-der", … as the command line prints them; empty for none.
 [[nodiscard]] std::string_view ReasonWord(Reason reason);
 
+/// What one check of a certificate found: nothing, or what it breaks.
+struct Finding {
+    Reason reason = Reason::none;
+    CCryptoString detail;
+
+    [[nodiscard]] bool passed() const { return reason == Reason::none; }
+};
+
 enum class CertificateStatus { notChecked, good, revoked, unknown, stale, anchor };
 /// "good", "revoked", "unknown", "stale", "not-checked", "anchor".
 [[nodiscard]] std::string_view StatusWord(CertificateStatus status);

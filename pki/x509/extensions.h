@@ -10,7 +10,8 @@
 #include <vector>
 
 // The contents of extensions (RFC 5280, 4.2 and 5.2) as values. Every reader gives none for octets that are not DER of exactly that
-// structure.
+// structure, for a list without an item where the structure asks for one, and for lists of more than 10,000 items. Read all the
+// same are default values that are written, and named bits with trailing zeros.
 
 namespace ccrypto {
 
@@ -40,8 +41,8 @@ struct KeyUsage {
 struct GeneralName {
     enum class Kind { otherName, email, dns, x400Address, directory, ediPartyName, uri, ipAddress, registeredId };
     Kind kind = Kind::otherName;
-    /// The characters of email, dns and uri; the octets of ipAddress and registeredId; the SEQUENCE of a directory name; of
-    /// the others the whole value.
+    /// The characters (ASCII) of email, dns and uri; the octets of ipAddress and registeredId; the SEQUENCE of a directory name; of
+    /// the others what stands inside the tag: of otherName an OBJECT IDENTIFIER and the value under [0].
     element value;
 };
 using GeneralNames = std::vector<GeneralName>;
@@ -140,10 +141,14 @@ struct ReadExtensions {
     std::optional<element> deltaCrlIndicator;                         ///< of a list
     bool hasOcspNoCheck = false;                                      ///< RFC 6960, 4.2.2.2.1
 
-    bool isMalformed = false;        ///< an extension stands twice, or one of those above does not have its structure
-    bool hasUnknownCritical = false; ///< a critical extension that is none of those above
+    bool isMalformed = false; ///< an extension stands twice, or one of those above does not have its structure
+    /// A critical extension that validation does not process: one that is none of those above, of a list in a certificate or the
+    /// other way round, or one that only helps to find something (key identifiers of a certificate, authorityInformation,
+    /// freshestCrl).
+    bool hasUnknownCritical = false;
 };
-[[nodiscard]] ReadExtensions ReadAllExtensions(const CCrypto_X509_ValueList& extensions);
+enum class ExtensionOwner { certificate, list };
+[[nodiscard]] ReadExtensions ReadAllExtensions(const CCrypto_X509_ValueList& extensions, ExtensionOwner owner);
 
 /// The OIDs of extensions and purposes, as constants of their octets.
 namespace oids {
