@@ -1,5 +1,7 @@
 #pragma once
 
+#include "asn1/template/template_match.h"
+#include "core/diagnostics/auto_logger.h"
 #include "core/system/date_time.h"
 #include "pki/keys/key_pair.h"
 #include "pki/x509/x509_base.h"
@@ -36,6 +38,12 @@ public:
     [[nodiscard]] bool isValidAt(const CCryptoDateTime& now, std::int64_t toleranceSeconds = 0) const;
 
 private:
+    bool readFields(CCryptoAutoLogger& logger);
+    bool readNames(CCryptoAutoLogger& logger, const CCryptoTemplateMatch& match);
+    bool readKey(CCryptoAutoLogger& logger, const elementNode* node);
+    bool fail(CCryptoAutoLogger& logger, const char* reason);
+    void clear();
+
     element serialNumber_;
     CCryptoDateTime validFrom_;
     CCryptoDateTime validTo_;

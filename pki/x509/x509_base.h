@@ -55,6 +55,11 @@ protected:
     CCrypto_X509_Base() = default;
     ~CCrypto_X509_Base() = default;
 
+    /// Back to an object that nothing was loaded into; failure() stays.
+    void clearBase();
+
+    ccrypto::ElementNodePtr tree_; ///< what was read, where the lists refer to it; may be null
+
     element der_;
     bool isDer_ = false;
     ccrypto::LoadFailure failure_ = ccrypto::LoadFailure::none;

@@ -12,6 +12,7 @@
 class CCrypto_X509_Value : public CCryptoASN1Object {
 public:
     CCrypto_X509_Value();
+    /// \param node the SEQUENCE, or the SET of one that a name has.
     explicit CCrypto_X509_Value(const elementNode* node);
     /// \param value is copied, one node.
     CCrypto_X509_Value(const ccrypto::Oid& oid, const elementNode* value, bool critical = false);
@@ -23,7 +24,7 @@ public:
     [[nodiscard]] const ccrypto::Oid& oid() const { return oid_; }
     [[nodiscard]] bool isCritical() const { return critical_; }
     /// What stands after the OID, and after the flag: of an extension the OCTET STRING. Null when there is none.
-    [[nodiscard]] const elementNode* value() const { return value_.get(); }
+    [[nodiscard]] const elementNode* value() const { return value_; }
     /// The octets inside the OCTET STRING of an extension; empty for anything else.
     [[nodiscard]] element content() const;
     /// The characters of an attribute's value as UTF-8, whatever string type it has; empty, with `isText` false, for another type
@@ -38,9 +39,12 @@ protected:
     void ClearFields() override;
 
 private:
+    friend class CCrypto_X509_ValueList;
+
     ccrypto::Oid oid_;
     bool critical_ = false;
-    ccrypto::ElementNodePtr value_;
+    const elementNode* value_ = nullptr; ///< in ownValue_, in what was parsed, or in the tree that the list refers to
+    ccrypto::ElementNodePtr ownValue_;
     std::uint32_t relativeName_ = 0;
 };
 
@@ -56,6 +60,9 @@ public:
     /// \param first the first SET, or extension, of the list; null for an empty one. \return false, logged, the list empty, for
     /// what is neither, and for more than maxValues.
     [[nodiscard]] bool Parse(const elementNode* first);
+    /// The same without copies, for the owner of a tree: the nodes must outlive the list and what is moved out of it.
+    /// \param octets the SEQUENCE that the nodes are read from.
+    [[nodiscard]] bool Refer(const elementNode* first, std::span<const std::uint8_t> octets);
     void clear();
 
     [[nodiscard]] bool isEmpty() const { return values_.empty(); }
@@ -64,13 +71,19 @@ public:
     /// The first value of this OID; null when there is none.
     [[nodiscard]] const CCrypto_X509_Value* find(const ccrypto::Oid& oid) const;
 
-    /// The SEQUENCE of a name (DER): the octets as they were read, else built of the values.
-    [[nodiscard]] element GetDerEncodedElement() const;
+    /// The SEQUENCE (DER): the octets as they were read, else built of the values. \param asName of a list that was not read, as
+    /// for BuildItems. Empty, logged, for values that cannot be written.
+    [[nodiscard]] element GetDerEncodedElement(bool asName = true) const;
     /// The same without the identifier and length of the SEQUENCE: what the placeholders ISSUER, SUBJECT and EXTENSIONS stand for.
     /// \param asName each relative name becomes a SET. Null for an empty list.
     [[nodiscard]] ccrypto::ElementNodePtr BuildItems(bool asName) const;
 
 private:
+    bool readNode(const elementNode& node);
+    bool readAttributes(const elementNode& set, std::uint32_t relativeName);
+    bool append(const elementNode& node, bool isAttribute, std::uint32_t relativeName);
+
     std::vector<std::unique_ptr<CCrypto_X509_Value>> values_;
-    element readOctets_; ///< of the SEQUENCE; empty when the list was built or changed
+    ccrypto::ElementNodePtr ownNodes_; ///< what the values refer to, when the list was parsed
+    element readOctets_;               ///< of the SEQUENCE; empty when the list was built or changed
 };

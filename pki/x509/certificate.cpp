@@ -1,0 +1,302 @@
+#include "pki/x509/certificate.h"
+
+#include "asn1/der/der_cursor.h"
+#include "asn1/der/der_parser.h"
+#include "asn1/template/template_cache.h"
+#include "asn1/tree/node_parts.h"
+#include "pki/keys/key_encoding.h"
+#include "pki/x509/x509_time.h"
+
+#include <utility>
+
+using namespace ccrypto;
+
+namespace {
+
+constexpr const char* version3Template =
+    "SEQUENCE {SEQUENCE {CONTEXT_SPECIFIC[0] { INTEGER { VERSION } },INTEGER { SERIAL_NUMBER },SIGNATURE_ALGORITHM,"
+    "SEQUENCE[CONSTRUCTED] { ISSUER },SEQUENCE { VALID_FROM_TAG { VALID_FROM }, VALID_TO_TAG { VALID_TO } },"
+    "SEQUENCE[CONSTRUCTED] { SUBJECT },PUBLIC_KEY,CONTEXT_SPECIFIC[3,CONSTRUCTED] { SEQUENCE[CONSTRUCTED] { EXTENSIONS } }} "
+    "SIGNATURE_ALGORITHM_2, BIT_STRING { SIGNATURE } }";
+constexpr const char* version1Template =
+    "SEQUENCE {SEQUENCE {INTEGER { SERIAL_NUMBER },SIGNATURE_ALGORITHM,SEQUENCE[CONSTRUCTED] { ISSUER },"
+    "SEQUENCE { VALID_FROM_TAG { VALID_FROM }, VALID_TO_TAG { VALID_TO } },SEQUENCE[CONSTRUCTED] { SUBJECT },PUBLIC_KEY,"
+    "CONTEXT_SPECIFIC[3,CONSTRUCTED]{ SEQUENCE[CONSTRUCTED] { EXTENSIONS } }} SIGNATURE_ALGORITHM_2, BIT_STRING { SIGNATURE } }";
+
+// Those two demand extensions, which version 1 does not have and version 3 may leave out, and know no unique identifiers (RFC 5280,
+// 4.1.2.8). A key that is missing is found out here, too: what stands in its place is bound.
+constexpr const char* openVersion3Template =
+    "SEQUENCE {SEQUENCE {CONTEXT_SPECIFIC[0] { INTEGER { VERSION } },INTEGER { SERIAL_NUMBER },SIGNATURE_ALGORITHM,"
+    "SEQUENCE[CONSTRUCTED] { ISSUER },SEQUENCE { VALID_FROM_TAG { VALID_FROM }, VALID_TO_TAG { VALID_TO } },"
+    "SEQUENCE[CONSTRUCTED] { SUBJECT },PUBLIC_KEY(OPTIONAL),CONTEXT_SPECIFIC[1,IMPLICIT](OPTIONAL) { ISSUER_IDENTIFIER },"
+    "CONTEXT_SPECIFIC[2,IMPLICIT](OPTIONAL) { SUBJECT_IDENTIFIER },"
+    "CONTEXT_SPECIFIC[3,CONSTRUCTED](OPTIONAL) { SEQUENCE[CONSTRUCTED] { EXTENSIONS } }} "
+    "SIGNATURE_ALGORITHM_2, BIT_STRING { SIGNATURE } }";
+constexpr const char* openVersion1Template =
+    "SEQUENCE {SEQUENCE {INTEGER { SERIAL_NUMBER },SIGNATURE_ALGORITHM,SEQUENCE[CONSTRUCTED] { ISSUER },"
+    "SEQUENCE { VALID_FROM_TAG { VALID_FROM }, VALID_TO_TAG { VALID_TO } },SEQUENCE[CONSTRUCTED] { SUBJECT },"
+    "PUBLIC_KEY(OPTIONAL)} SIGNATURE_ALGORITHM_2, BIT_STRING { SIGNATURE } }";
+
+/// The tag of version 3 in front of the number, which a certificate of version 1 does not have: the path then leads nowhere.
+constexpr const char* versionPath = "{{{=";
+
+constexpr std::uint8_t sequenceTag = 0x30;
+constexpr std::uint8_t integerTag = 0x02;
+constexpr std::uint8_t bitStringTag = 0x03;
+constexpr std::uint8_t versionTag = 0xA0;
+constexpr std::uint8_t extensionsTag = 0xA3;
+constexpr std::int32_t maxVersion = 1'000'000;
+
+std::int32_t VersionOf(elementNode* root)
+{
+    const element* const number = CCryptoParser::find_path_element(root, versionPath);
+    if (number == nullptr)
+        return 1;
+    const std::int32_t version = number->exactInt().value_or(maxVersion);
+    return version < 0 || version >= maxVersion ? 0 : version + 1;
+}
+
+/// The octets of the parts that are kept as they were read.
+struct CertificateOctets {
+    std::span<const std::uint8_t> signedPart, issuer, subject, publicKey, extensions;
+};
+
+/// Walks octets that the template was found in. \return false for octets that are not DER after all.
+bool FindOctets(std::span<const std::uint8_t> der, CertificateOctets& octets)
+{
+    const auto certificate = OnlyValue(der, sequenceTag);
+    if (!certificate)
+        return false;
+    const DerItem signedPart = DerCursor(*certificate).read(sequenceTag);
+    DerCursor fields(signedPart.value);
+    if (fields.nextIs(versionTag) && !fields.read())
+        return false;
+    const bool isStart = fields.read(integerTag) && fields.read(sequenceTag);
+    const DerItem issuer = fields.read(sequenceTag);
+    const DerItem validity = fields.read(sequenceTag);
+    const DerItem subject = fields.read(sequenceTag);
+    const DerItem publicKey = fields.read(sequenceTag);
+    while (!fields.atEnd() && !fields.nextIs(extensionsTag)) {
+        if (!fields.read())
+            return false;
+    }
+    const DerItem extensions = fields.read(extensionsTag);
+    octets = {signedPart.octets, issuer.octets, subject.octets, publicKey.octets, extensions.value};
+    return isStart && issuer && validity && subject && publicKey;
+}
+
+element OctetsOfList(const TemplateBinding& items)
+{
+    const ElementNodePtr list = elementNode::Make(ElementType::sequence);
+    if (items.node != nullptr)
+        list->set(LinkKind::content, items.node->clone(true));
+    return CCryptoParser::ToDer(list.get());
+}
+
+/// The octets of a BIT STRING of whole bytes; null for any other, and for one without bits.
+const element* WholeBytes(const elementNode* bitString)
+{
+    const elementNode* const value = bitString != nullptr ? bitString->value() : nullptr;
+    if (value == nullptr || bitString->type() != ElementType::bitString || value->type() != ElementType::bytes)
+        return nullptr;
+    const element* const unusedBits = BracketNumber(*bitString);
+    return unusedBits != nullptr && unusedBits->toWord32() == 0 ? &value->token() : nullptr;
+}
+
+/// An INTEGER in no more octets than it needs (X.690, 8.3.2); null for any other.
+const element* MinimalInteger(const elementNode* value)
+{
+    const element* const octets = value != nullptr && value->type() == ElementType::integer ? &value->token() : nullptr;
+    if (octets == nullptr || octets->isEmpty())
+        return nullptr;
+    const bool isPadded =
+        octets->length() > 1 && (((*octets)[0] == 0 && (*octets)[1] < 0x80) || ((*octets)[0] == 0xFF && (*octets)[1] >= 0x80));
+    return isPadded ? nullptr : octets;
+}
+
+/// The moment as a UTC time; invalid beyond the years that the calendar has.
+CCryptoDateTime MovedBy(const CCryptoDateTime& time, std::int64_t seconds)
+{
+    constexpr std::int64_t millisecondsPerSecond = 1000;
+    constexpr std::int64_t maxSeconds = 400'000'000'000; ///< more than 9999 years
+    const std::optional<std::int64_t> milliseconds = time.toMilliseconds();
+    if (!milliseconds || seconds > maxSeconds || seconds < -maxSeconds)
+        return {};
+    std::int64_t whole = *milliseconds / millisecondsPerSecond;
+    std::int64_t rest = *milliseconds % millisecondsPerSecond;
+    if (rest < 0) {
+        rest += millisecondsPerSecond;
+        --whole;
+    }
+    platform::CalendarTime fields;
+    if (!platform::UnixSecondsToUtc(whole + seconds, fields))
+        return {};
+    fields.millisecond = static_cast<std::int32_t>(rest);
+    return CCryptoDateTime(fields, true);
+}
+
+CCryptoString ShownTime(const CCryptoDateTime& time)
+{
+    return time.format("yyyy-MM-dd HH:mm:ssZ");
+}
+
+} // namespace
+
+void CCrypto_X509_Certificate::clear()
+{
+    serialNumber_ = {};
+    validFrom_ = {};
+    validTo_ = {};
+    subject_.clear();
+    publicKeyInfo_ = {};
+    publicKeyBits_ = {};
+    publicKey_.reset();
+    clearBase();
+}
+
+bool CCrypto_X509_Certificate::LoadCertificate(const element& der)
+{
+    CCryptoAutoLogger logger("CCrypto_X509_Certificate::LoadCertificate");
+    element octets(der.data(), der.length());
+    clear();
+    failure_ = LoadFailure::malformed;
+    if (octets.isEmpty())
+        return logger.fail(false, "value is empty");
+    CCryptoDERParser decoder;
+    tree_ = decoder.Decode(octets.bytes());
+    if (tree_ == nullptr)
+        return logger.fail(false, "Loading failed!");
+    der_ = std::move(octets);
+    isDer_ = decoder.isDer();
+    if (!readFields(logger)) {
+        clear();
+        return false;
+    }
+    failure_ = LoadFailure::none;
+    return logger.setResult(true);
+}
+
+bool CCrypto_X509_Certificate::readFields(CCryptoAutoLogger& logger)
+{
+    const std::int32_t version = VersionOf(tree_.get());
+    if (version != 1 && version != 3)
+        return logger.fail(false, "Invalid version: %i", version);
+    version_ = static_cast<std::uint32_t>(version);
+
+    const elementNode* const quoted = ParsedTemplate(version == 3 ? version3Template : version1Template);
+    const elementNode* const open = ParsedTemplate(version == 3 ? openVersion3Template : openVersion1Template);
+    CCryptoTemplateMatch match;
+    if (!match.Match(quoted, tree_.get()) && !match.Match(open, tree_.get()))
+        return logger.fail(false, "Not a certificate: %s", match.failedStep().c_str());
+    if (match.surplus() != nullptr || match.following() != nullptr)
+        return logger.fail(false, "Data follows the last field");
+
+    const element* const serialNumber = MinimalInteger(match.find("SERIAL_NUMBER")->node);
+    if (serialNumber == nullptr)
+        return logger.fail(false, "Invalid serial number");
+    if (serialNumber->length() > maxSerialNumber)
+        return logger.fail(false, "The serial number is longer than %u bytes", maxSerialNumber);
+    serialNumber_ = Octets(*serialNumber);
+
+    if (!signatureAlgorithm_.Parse(match.find("SIGNATURE_ALGORITHM")->node))
+        return logger.fail(false, "Invalid signature algorithm");
+    validTo_ = ReadX509Time(match.find("VALID_TO_TAG")->node);
+    validFrom_ = ReadX509Time(match.find("VALID_FROM_TAG")->node);
+    if (!validFrom_.isValid() || !validTo_.isValid())
+        return logger.fail(false, "Invalid time");
+    if (!readNames(logger, match))
+        return false;
+    if (!outerSignatureAlgorithm_.Parse(match.find("SIGNATURE_ALGORITHM_2")->node))
+        return logger.fail(false, "Invalid signature algorithm");
+    // One placeholder ignores the unused bits.
+    const elementNode* const signature = match.find("SIGNATURE")->node;
+    const element* const signatureOctets = WholeBytes(signature != nullptr ? signature->parent() : nullptr);
+    if (signatureOctets == nullptr)
+        return logger.fail(false, "Invalid signature");
+    signature_ = Octets(*signatureOctets);
+
+    const TemplateBinding* const key = match.find("PUBLIC_KEY");
+    return readKey(logger, key != nullptr ? key->node : nullptr);
+}
+
+bool CCrypto_X509_Certificate::readNames(CCryptoAutoLogger& logger, const CCryptoTemplateMatch& match)
+{
+    const TemplateBinding& issuer = *match.find("ISSUER");
+    const TemplateBinding& subject = *match.find("SUBJECT");
+    const TemplateBinding* const extensions = match.find("EXTENSIONS");
+    const TemplateBinding* const key = match.find("PUBLIC_KEY");
+    if (key == nullptr || key->node->type() != ElementType::sequence)
+        return logger.fail(false, "Public key not found");
+
+    CertificateOctets octets;
+    element issuerOctets, subjectOctets, extensionsOctets;
+    if (isDer_ && !FindOctets(der_.bytes(), octets))
+        return logger.fail(false, "Loading failed!");
+    if (isDer_) {
+        signedOctets_ = octets.signedPart;
+        publicKeyInfo_ = element(octets.publicKey.data(), static_cast<std::uint32_t>(octets.publicKey.size()));
+    } else {
+        // The octets have another form than the one that all that follows is about.
+        publicKeyInfo_ = CCryptoParser::ToDer(key->node->clone().get());
+        issuerOctets = OctetsOfList(issuer);
+        subjectOctets = OctetsOfList(subject);
+        extensionsOctets = extensions != nullptr ? OctetsOfList(*extensions) : element();
+        octets.issuer = issuerOctets.bytes();
+        octets.subject = subjectOctets.bytes();
+        octets.extensions = extensionsOctets.bytes();
+    }
+    if (!issuer_.Refer(issuer.node, octets.issuer))
+        return logger.fail(false, "Invalid issuer");
+    if (!subject_.Refer(subject.node, octets.subject))
+        return logger.fail(false, "Invalid subject");
+    // Without a value there is no list (RFC 5280, 4.1).
+    if (extensions != nullptr && (extensions->node == nullptr || !extensions_.Refer(extensions->node, octets.extensions)))
+        return logger.fail(false, "Invalid extensions");
+    return true;
+}
+
+bool CCrypto_X509_Certificate::readKey(CCryptoAutoLogger& logger, const elementNode* node)
+{
+    const elementNode* const algorithm = node->content();
+    const element* const bits = WholeBytes(algorithm != nullptr ? algorithm->next() : nullptr);
+    if (bits == nullptr || algorithm->next()->next() != nullptr)
+        return logger.fail(false, "Key loading failed");
+    publicKeyBits_ = Octets(*bits);
+    publicKey_ = LoadPublicKeyInfo(publicKeyInfo_);
+    if (publicKey_ != nullptr)
+        return true;
+    failure_ = LoadFailure::unsupportedKey;
+    return logger.fail(false, "Key loading failed");
+}
+
+element CCrypto_X509_Certificate::GetCertificate() const
+{
+    return der_;
+}
+
+bool CCrypto_X509_Certificate::isValidAt(const CCryptoDateTime& now, std::int64_t toleranceSeconds) const
+{
+    CCryptoAutoLogger logger("CCrypto_X509_Certificate::isValidAt");
+    const CCryptoDateTime moment = MovedBy(now, toleranceSeconds);
+    if (!validFrom_.isValid() || !validTo_.isValid() || !moment.isValid())
+        return logger.fail(false, "Invalid time");
+    if (validFrom_ > moment)
+        return logger.fail(false, "Not valid yet: %s > %s", ShownTime(validFrom_).c_str(), ShownTime(moment).c_str());
+    if (validTo_ < moment)
+        return logger.fail(false, "Expired: %s < %s", ShownTime(validTo_).c_str(), ShownTime(moment).c_str());
+    return logger.setResult(true);
+}
+
+namespace ccrypto {
+
+CertificatePtr LoadCertificate(std::span<const std::uint8_t> der, LoadFailure* failure)
+{
+    auto certificate = std::make_shared<CCrypto_X509_Certificate>();
+    const bool isTooLong = der.size() > UINT32_MAX;
+    const bool isLoaded = !isTooLong && certificate->LoadCertificate(element(der.data(), static_cast<std::uint32_t>(der.size())));
+    if (failure != nullptr)
+        *failure = isTooLong ? LoadFailure::malformed : certificate->failure();
+    return isLoaded ? certificate : nullptr;
+}
+
+} // namespace ccrypto
