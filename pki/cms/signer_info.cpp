@@ -1,0 +1,82 @@
+#include "pki/cms/signer_info.h"
+
+#include "asn1/template/template_cache.h"
+#include "core/diagnostics/auto_logger.h"
+#include "pki/cms/template_filling.h"
+
+using namespace ccrypto;
+
+namespace {
+
+constexpr const char* signerInfoTemplate =
+    "SEQUENCE {INTEGER = version;signerIdentifier,digestAlgorithm,CONTEXT_SPECIFIC[0, "
+    "CONSTRUCTED](OPTIONAL){authenticatedAttributes}signatureAlgorithm,OCTET_STRING { signature }CONTEXT_SPECIFIC[1, "
+    "CONSTRUCTED](OPTIONAL){unAuthenticatedAttributes}}";
+constexpr const char* signerInfoToSignTemplate =
+    "SEQUENCE {INTEGER = "
+    "1;SEQUENCE{SEQUENCE[CONSTRUCTED]{issuer},INTEGER{serialNumber}};digestAlgorithm,CONTEXT_SPECIFIC[0]{authenticatedAttributes}"
+    "digestEncryptionAlgorithm,OCTET_STRING { encryptedDigest "
+    "}CONTEXT_SPECIFIC[1,CONSTRUCTED](OPTIONAL){unauthenticatedAttributes}}";
+
+constexpr std::uint32_t byIssuerAndSerial = 1;
+constexpr std::uint32_t byKeyIdentifier = 3;
+
+} // namespace
+
+CCryptoPKCS7SignerInfo::CCryptoPKCS7SignerInfo() : CCryptoASN1Object(signerInfoTemplate)
+{
+    const CCryptoAutoLogger logger("CCryptoPKCS7SignerInfo::CCryptoPKCS7SignerInfo", LoggerMode::resultOptional);
+}
+
+CCryptoPKCS7SignerInfo::CCryptoPKCS7SignerInfo(const elementNode* node) : CCryptoPKCS7SignerInfo()
+{
+    construct(node);
+}
+
+void CCryptoPKCS7SignerInfo::ClearFields()
+{
+    version = byIssuerAndSerial;
+    signer = {};
+    signature = {};
+    signedAttributes.reset();
+    unsignedAttributes.reset();
+}
+
+bool CCryptoPKCS7SignerInfo::ParseNode()
+{
+    CCryptoAutoLogger logger("CCryptoPKCS7SignerInfo::ParseNode");
+    if (!signer.read(find("signerIdentifier")))
+        return logger.fail(false, "The signer is not identified by issuer and serial number, nor by a key identifier");
+    version = findNumber("version");
+    if (findBytes("version").length() != 1 || version != (signer.isByKey() ? byKeyIdentifier : byIssuerAndSerial))
+        return logger.fail(false, "Invalid version");
+    signature = Octets(findBytes("signature"));
+    return logger.setResult(digestAlgorithm.Parse(find("digestAlgorithm")) &&
+                            signatureAlgorithm.Parse(find("signatureAlgorithm")) &&
+                            readAttributes("authenticatedAttributes", signedAttributes) &&
+                            readAttributes("unAuthenticatedAttributes", unsignedAttributes));
+}
+
+bool CCryptoPKCS7SignerInfo::readAttributes(const char* placeholder, std::unique_ptr<CCryptoPKCS7Attributes>& attributes)
+{
+    if (!isBound(placeholder))
+        return true;
+    attributes = std::make_unique<CCryptoPKCS7Attributes>();
+    return attributes->ParseItems(find(placeholder));
+}
+
+bool CCryptoPKCS7SignerInfo::BuildNode()
+{
+    CCryptoAutoLogger logger("CCryptoPKCS7SignerInfo::BuildNode");
+    if (signer.isByKey() || signedAttributes == nullptr)
+        return logger.fail(false, "A signer is written with issuer, serial number and signed attributes");
+    // What is signed must be in the order of writing: the attributes are those of the set that was hashed.
+    builder().setRoot(ParsedTemplate(signerInfoToSignTemplate)->clone(true));
+    return logger.setResult(
+        FillContentOf(builder(), "issuer", signer.issuer) && builder().fill("serialNumber", Octets(signer.serialNumber)) &&
+        FillTree(builder(), "digestAlgorithm", digestAlgorithm.BuildTree()) &&
+        FillMembers(builder(), "authenticatedAttributes", *signedAttributes) &&
+        FillTree(builder(), "digestEncryptionAlgorithm", signatureAlgorithm.BuildTree()) &&
+        builder().fill("encryptedDigest", Octets(signature)) &&
+        (unsignedAttributes == nullptr || FillMembers(builder(), "unauthenticatedAttributes", *unsignedAttributes)));
+}
