@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/system/date_time.h"
+#include "pki/x509/revoked_entries.h"
 #include "pki/x509/x509_base.h"
 
 #include <cstdint>
@@ -9,43 +10,17 @@
 #include <span>
 #include <vector>
 
-namespace ccrypto {
-
-/// CRLReason (RFC 5280, 5.3.1); 7 is not used.
-enum class RevocationReason : std::uint8_t {
-    unspecified = 0,
-    keyCompromise = 1,
-    caCompromise = 2,
-    affiliationChanged = 3,
-    superseded = 4,
-    cessationOfOperation = 5,
-    certificateHold = 6,
-    removeFromCrl = 8,
-    privilegeWithdrawn = 9,
-    aaCompromise = 10,
-};
-/// "keyCompromise", …; "unused (7)" and the like for numbers without a name.
-[[nodiscard]] const char* RevocationReasonName(RevocationReason reason);
-
-/// One entry of a revocation list, decoded when it was asked for.
-struct RevokedEntry {
-    element serialNumber; ///< big-endian, as the octets of the INTEGER are
-    CCryptoDateTime revocationDate;
-    std::optional<RevocationReason> reason;
-    CCryptoDateTime invalidityDate;  ///< invalid when it is not given
-    element certificateIssuer;       ///< GeneralNames (DER) of this entry or of the last one before it that has them; else empty
-    bool hasUnknownCritical = false; ///< an extension that is critical and is none of these: the list must not be used
-};
-
-} // namespace ccrypto
-
 /// A certificate revocation list (RFC 5280, 5) of version 1 or 2.
 ///
-/// Entries stay octets; an index of them, sorted by serial number, is made when one is first looked for. The list takes little more
-/// memory than its file.
+/// Entries stay octets under an index by serial number, so that the list takes little more memory than its file. All are checked at
+/// the load: a list with a malformed entry does not load, since nobody knows which certificate that entry revokes. A list that is
+/// loaded may be shared by threads.
 class CCrypto_X509_CRL : public CCrypto_X509_Base {
 public:
     static constexpr std::uint32_t maxEntries = 10'000'000;
+    /// Longest list, in bytes, that is read although it is not DER: unlike DER, it is read through a tree, which takes many times
+    /// the memory.
+    static constexpr std::uint32_t maxNotDer = 4 << 20;
 
     CCrypto_X509_CRL() = default;
 
@@ -58,15 +33,28 @@ public:
     /// Invalid when the list has none.
     [[nodiscard]] const CCryptoDateTime& nextUpdate() const { return nextUpdate_; }
 
-    [[nodiscard]] std::uint32_t entryCount() const;
-    /// In the order of the list; none, logged, for an entry that is malformed and past the end.
-    [[nodiscard]] std::optional<ccrypto::RevokedEntry> entry(std::uint32_t index) const;
+    [[nodiscard]] std::uint32_t entryCount() const { return entries_.count(); }
+    /// Whether an entry, whichever it is, has a critical extension that is not known: the list must then not be used for any
+    /// certificate (RFC 5280, 5.3).
+    [[nodiscard]] bool hasUnknownCriticalEntry() const { return entries_.hasUnknownCritical(); }
+    /// In the order of the list, decoded now: a loop over all of them needs no memory. None, logged, past the end.
+    [[nodiscard]] std::optional<ccrypto::RevokedEntry> entry(std::uint32_t index) const { return entries_.entry(index); }
     /// The entries of one serial number, as its INTEGER's octets, in the order of the list. An indirect list may have several.
-    [[nodiscard]] std::vector<ccrypto::RevokedEntry> find(std::span<const std::uint8_t> serialNumber) const;
+    [[nodiscard]] std::vector<ccrypto::RevokedEntry> find(std::span<const std::uint8_t> serialNumber) const
+    {
+        return entries_.find(serialNumber);
+    }
 
 private:
+    void clear();
+    bool readDer(std::span<const std::uint8_t> octets);
+    bool readFields(const CCryptoTemplateMatch& match);
+    bool readOtherThanDer();
+
     CCryptoDateTime thisUpdate_;
     CCryptoDateTime nextUpdate_;
+    element rewritten_; ///< a list that is not DER as DER would have it, for the entries
+    ccrypto::RevokedEntries entries_;
 };
 
 namespace ccrypto {
