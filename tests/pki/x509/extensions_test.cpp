@@ -1,6 +1,8 @@
+#include "pki/x509/certificate.h"
 #include "pki/x509/extensions.h"
 #include "tests/crypto/base/test_bytes.h"
 #include "tests/pki/x509/der_text.h"
+#include "tests/pki/x509/test_authority.h"
 
 #include <gtest/gtest.h>
 
@@ -318,4 +320,104 @@ TEST(Extensions, ListsEndAtTenThousandItems)
     EXPECT_TRUE(ReadExtendedKeyUsage(list()));
     content.insert(content.end(), purpose.begin(), purpose.end());
     EXPECT_FALSE(ReadExtendedKeyUsage(list()));
+}
+
+namespace {
+
+struct ExtensionsCase {
+    const char* name;
+    std::vector<Bytes> extensions;
+    bool isMalformed;
+    bool hasUnknownCritical;
+    bool hasUnknownCriticalInList;
+};
+
+/// \param content as DerOf takes it.
+Bytes CriticalExtension(std::string_view oid, std::string_view content)
+{
+    return TestExtension(oid, DerOf(content), true);
+}
+
+} // namespace
+
+TEST(Extensions, AreReadOnceEach)
+{
+    const Bytes names = TestAlternativeNames({TestDns("a")});
+    const ExtensionsCase cases[] = {
+        {"none", {}, false, false, false},
+        {"names", {names}, false, false, false},
+        {"names twice", {names, TestKeyUsage(0x80), names}, true, false, true},
+        {"an unknown one twice",
+         {TestExtension("1.2.3", DerOf("0500")), names, TestExtension("1.2.3", DerOf("0500"))},
+         true,
+         false,
+         false},
+        {"names that are none", {TestExtension("2.5.29.17", DerOf("3000"))}, true, false, false},
+        {"an unknown one", {TestExtension("1.2.3", DerOf("0500"))}, false, false, false},
+        {"a critical unknown one", {CriticalExtension("1.2.3", "0500")}, false, true, true},
+        {"critical constraints", {TestBasicConstraints(true)}, false, false, true},
+        {"a critical key identifier", {CriticalExtension("2.5.29.14", "04[00]")}, false, true, true},
+        {"the critical key identifier of an authority", {CriticalExtension("2.5.29.35", "30[80[00]]")}, false, true, false},
+        {"critical names of the issuer", {CriticalExtension("2.5.29.18", "30[82['a']]")}, false, true, true},
+        {"critical access", {CriticalExtension("1.3.6.1.5.5.7.1.1", "30[30[06[2A03] 86['a']]]")}, false, true, true},
+        {"a critical place of fresh lists", {CriticalExtension("2.5.29.46", "30[30[]]")}, false, true, true},
+        {"critical places of lists", {CriticalExtension("2.5.29.31", "30[30[]]")}, false, false, true},
+        {"a critical place of a list", {CriticalExtension("2.5.29.28", "30[8401FF]")}, false, true, false},
+        {"a malformed place of a list in a certificate", {TestExtension("2.5.29.28", DerOf("0500"))}, false, false, false},
+        {"a critical base of a list", {CriticalExtension("2.5.29.27", "020100")}, false, true, false},
+        {"no checks of a responder", {TestExtension("1.3.6.1.5.5.7.48.1.5", DerOf("0500"))}, false, false, false},
+        {"no checks of a responder, malformed", {TestExtension("1.3.6.1.5.5.7.48.1.5", DerOf("020100"))}, true, false, false},
+    };
+    const TestIssuer issuer = {.name = TestName("CN=Issuer"), .key = TestKey(1)};
+    for (const ExtensionsCase& test : cases) {
+        TestCertificate certificate("CN=Subject", TestKey(2));
+        for (const Bytes& extension : test.extensions)
+            certificate.extension(extension);
+        const CertificatePtr loaded = LoadCertificate(certificate.build(issuer));
+        ASSERT_TRUE(loaded) << test.name;
+        const ReadExtensions read = ReadAllExtensions(loaded->extensions(), ExtensionOwner::certificate);
+        EXPECT_EQ(read.isMalformed, test.isMalformed) << test.name;
+        EXPECT_EQ(read.hasUnknownCritical, test.hasUnknownCritical) << test.name;
+        EXPECT_EQ(ReadAllExtensions(loaded->extensions(), ExtensionOwner::list).hasUnknownCritical, test.hasUnknownCriticalInList)
+            << test.name;
+    }
+}
+
+TEST(Extensions, FillTheirFields)
+{
+    const TestIssuer issuer = {.name = TestName("CN=Issuer"), .key = TestKey(1)};
+    const Bytes der = TestCertificate("CN=Subject", TestKey(2))
+                          .authority(3)
+                          .extension(TestExtendedKeyUsage({"1.3.6.1.5.5.7.3.9"}))
+                          .extension(TestAuthorityKeyIdentifier(*issuer.key))
+                          .extension(TestAlternativeNames({TestDns("a"), TestEmail("b@c")}))
+                          .extension(TestNameConstraints({TestDns("d")}, {TestDns("e"), TestDns("f")}))
+                          .extension(TestPolicies({"1.2.3"}))
+                          .extension(TestPolicyMappings({{"1.2.3", "1.2.4"}}))
+                          .extension(TestPolicyConstraints(4, {}))
+                          .extension(TestInhibitAnyPolicy(5))
+                          .extension(TestDistributionPoint("http://g"))
+                          .extension(TestOcspLocation("http://h"))
+                          .extension(TestExtension("1.3.6.1.5.5.7.48.1.5", DerOf("0500")))
+                          .extension(TestExtension("2.5.29.46", DerOf("30[30[A2[A4[3000]]]]")))
+                          .build(issuer);
+    const CertificatePtr certificate = LoadCertificate(der);
+    ASSERT_TRUE(certificate);
+    const ReadExtensions read = ReadAllExtensions(certificate->extensions(), ExtensionOwner::certificate);
+    EXPECT_FALSE(read.isMalformed);
+    EXPECT_EQ(read.basicConstraints.value().pathLength, 3U);
+    EXPECT_TRUE(read.keyUsage.value().has(KeyUsageBit::keyCertSign));
+    EXPECT_EQ(read.extendedKeyUsage.value(), std::vector{oids::ocspSigning});
+    EXPECT_EQ(BytesOf(read.subjectKeyIdentifier.value()), TestKeyIdentifier(*TestKey(2)));
+    EXPECT_EQ(BytesOf(read.authorityKeyIdentifier.value().keyIdentifier), TestKeyIdentifier(*issuer.key));
+    EXPECT_EQ(read.subjectAlternativeName.value().size(), 2U);
+    EXPECT_EQ(read.nameConstraints.value().excluded.size(), 2U);
+    EXPECT_EQ(read.policies.value().size(), 1U);
+    EXPECT_EQ(read.policyMappings.value().size(), 1U);
+    EXPECT_EQ(read.policyConstraints.value().requireExplicitPolicy, 4U);
+    EXPECT_EQ(read.inhibitAnyPolicy, 5U);
+    EXPECT_EQ(read.distributionPoints.value().front().name.value().fullName.front().value.view(), "http://g");
+    EXPECT_EQ(read.authorityInformation.value().front().location.value.view(), "http://h");
+    EXPECT_EQ(read.freshestCrl.value().front().crlIssuer.size(), 1U);
+    EXPECT_TRUE(read.hasOcspNoCheck);
 }
