@@ -3,6 +3,7 @@
 #include "crypto/hash/hash.h"
 #include "pki/keys/dsa_key_pair.h"
 #include "pki/keys/key_encoding.h"
+#include "pki/keys/rsa_key_pair.h"
 #include "pki/x509/signature.h"
 #include "tests/pki/keys/test_keys.h"
 #include "tests/pki/test_der.h"
