@@ -48,6 +48,15 @@ public:
 
     /// One request, whole. \return false, logged, the object empty, for anything else: "value is empty", "Loading failed!", …
     [[nodiscard]] bool LoadRequest(const element& der);
+    /// Asks about the certificate with this serial number, as its INTEGER's octets, that `issuer` issued.
+    /// \param hash SHA-1, which every responder knows, or SHA-2. \return false, logged, the request unchanged.
+    [[nodiscard]] bool Ask(const CCrypto_X509_Certificate& issuer, const element& serialNumber,
+                           ccrypto::algorithm::Id hash = ccrypto::algorithm::sha1);
+    /// Adds a nonce of 32 random bytes (RFC 9654, 2.1), after which nonce() gives it. \return false, logged, when the random source
+    /// fails.
+    [[nodiscard]] bool AddNonce();
+    /// The octets of the nonce; empty when there is none, or one that is malformed.
+    [[nodiscard]] element nonce() const;
 
     bool ParseNode() override;
     bool SetTemplateValues() override;

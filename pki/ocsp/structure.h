@@ -58,13 +58,16 @@ namespace ccrypto::internal {
 /// The octets of an INTEGER as a value that is written with these octets.
 [[nodiscard]] element IntegerOfOctets(const element& octets);
 
-/// The members of a list, the first and its siblings. \return false, logged, for one that does not parse and for too many.
+/// Whether a list, the first and its siblings, has at most maxMembers.
+[[nodiscard]] bool IsWithinLimit(const elementNode* first);
+
+/// The members of a list, the first and its siblings. \return false for one that does not parse and for too many.
 template <typename Member>
 [[nodiscard]] bool ParseMembers(const elementNode* first, std::vector<std::unique_ptr<Member>>& members)
 {
+    if (!IsWithinLimit(first))
+        return false;
     for (const elementNode* node = first; node != nullptr; node = node->next()) {
-        if (members.size() >= CCryptoOCSP::CStructure::maxMembers)
-            return false;
         auto member = std::make_unique<Member>();
         if (!member->Parse(node))
             return false;
