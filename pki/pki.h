@@ -13,6 +13,7 @@
 #include "pki/ocsp/ocsp_extensions.h"
 #include "pki/ocsp/ocsp_request.h"
 #include "pki/ocsp/ocsp_response.h"
+#include "pki/ocsp/responder.h"
 #include "pki/ocsp/response_verification.h"
 #include "pki/x509/certificate.h"
 #include "pki/x509/crl.h"

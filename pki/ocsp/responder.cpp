@@ -1,0 +1,116 @@
+#include "pki/ocsp/responder.h"
+
+#include "core/diagnostics/auto_logger.h"
+#include "pki/ocsp/ocsp_extensions.h"
+#include "pki/ocsp/ocsp_request.h"
+#include "pki/x509/extensions.h"
+#include "pki/x509/name.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ccrypto {
+
+namespace {
+
+using CCryptoOCSP::CCertStatus;
+using CCryptoOCSP::COCSPRequest;
+using CCryptoOCSP::COCSPResponse;
+using CCryptoOCSP::CRequest;
+using CCryptoOCSP::CSingleResponse;
+using CCryptoOCSP::CTBSResponseData;
+using CCryptoOCSP::ResponseStatus;
+
+bool IsAnswerable(const COCSPRequest& request)
+{
+    const auto& requests = request.tbsRequest.requestList;
+    return !requests.empty() && !HasUnknownCriticalOcspExtension(request.tbsRequest.extensions) &&
+           ReadOcspNonce(request.tbsRequest.extensions).state != OcspNonce::State::malformed &&
+           std::ranges::none_of(requests, [](const auto& one) { return HasUnknownCriticalOcspExtension(one->extensions); });
+}
+
+/// Whether what is not in the list is good: it is the issuer's and covers all certificates and reasons. Lists that do not say so in
+/// critical extensions (RFC 5280, 5.2.4 and 5.2.5).
+bool IsCompleteList(const CCrypto_X509_CRL& list, const CCrypto_X509_Certificate& issuer)
+{
+    const auto listName = ComparableName::Read(list.issuer().GetDerEncodedElement().bytes());
+    const auto issuerName = ComparableName::Read(issuer.subject().GetDerEncodedElement().bytes());
+    const auto isPartial = [](const auto& extension) {
+        return extension->isCritical() || extension->oid() == oids::deltaCrlIndicator ||
+               extension->oid() == oids::issuingDistributionPoint;
+    };
+    return listName && issuerName && listName == issuerName && list.isDer() && issuer.publicKey() != nullptr &&
+           list.verifySignature(*issuer.publicKey()) == SignatureResult::good &&
+           std::ranges::none_of(list.extensions().values(), isPartial);
+}
+
+/// \return false for an entry that cannot be understood.
+bool ReadListStatus(const CCrypto_X509_CRL& list, const element& serialNumber, CCertStatus& status)
+{
+    const std::vector<RevokedEntry> entries = list.find(serialNumber.bytes());
+    status.kind = entries.empty() ? CCertStatus::Kind::good : CCertStatus::Kind::revoked;
+    if (entries.empty())
+        return true;
+    status.revocationTime = entries.front().revocationDate;
+    status.revocationReason = entries.front().reason;
+    return !entries.front().hasUnknownCritical;
+}
+
+bool AddResponses(COCSPRequest& request, const CCrypto_X509_CRL& list, const CCrypto_X509_Certificate& issuer,
+                  CTBSResponseData& data)
+{
+    CertIdMatcher matcher(issuer);
+    for (const auto& one : request.tbsRequest.requestList) {
+        auto single = std::make_unique<CSingleResponse>();
+        single->certStatus.kind = CCertStatus::Kind::unknown;
+        single->thisUpdate = list.thisUpdate();
+        single->nextUpdate = list.nextUpdate();
+        if (!single->certID.CopyOf(one->certID))
+            return false;
+        if (matcher.isOfIssuer(one->certID) && !ReadListStatus(list, one->certID.serialNumber, single->certStatus))
+            return false;
+        data.responses.push_back(std::move(single));
+    }
+    return true;
+}
+
+} // namespace
+
+element OcspErrorResponse(ResponseStatus status)
+{
+    COCSPResponse response;
+    response.responseStatus = status;
+    return response.BuildDer();
+}
+
+element AnswerFromCrl(const element& request, const CCrypto_X509_CRL& list, const OcspResponder& responder,
+                      const CCryptoDateTime& at)
+{
+    CCryptoAutoLogger logger("AnswerFromCrl");
+    COCSPRequest asked;
+    if (!asked.LoadRequest(request) || !IsAnswerable(asked))
+        return logger.warn(OcspErrorResponse(ResponseStatus::malformedRequest), "The request is malformed");
+    if (!IsCompleteList(list, responder.issuer))
+        return logger.fail(element(), "The list is not a complete one of the issuer");
+
+    COCSPResponse response;
+    response.responseStatus = ResponseStatus::successful;
+    response.hasResponseBytes = true;
+    auto& basic = response.basicResponse();
+    basic.tbsResponseData.producedAt = at;
+    if (responder.byName)
+        basic.tbsResponseData.responderName = responder.certificate.subject().GetDerEncodedElement();
+    if (!AddResponses(asked, list, responder.issuer, basic.tbsResponseData))
+        return logger.fail(element(), "An entry of the list cannot be understood");
+    if (const element nonce = asked.nonce(); !nonce.isEmpty() && !AddOcspNonce(basic.tbsResponseData.extensions, nonce))
+        return logger.fail(element());
+    if (responder.embedsCertificate && responder.certificate.der().view() != responder.issuer.der().view())
+        basic.certs.push_back(responder.certificate.der());
+    if (!basic.SignResponse(responder.certificate, responder.key, responder.hash))
+        return logger.fail(element());
+    element der = response.BuildDer();
+    logger.setResult(!der.isEmpty());
+    return der;
+}
+
+} // namespace ccrypto
