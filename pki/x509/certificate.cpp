@@ -5,6 +5,7 @@
 #include "asn1/template/template_cache.h"
 #include "asn1/tree/node_parts.h"
 #include "pki/keys/key_encoding.h"
+#include "pki/x509/certificate_templates.h"
 #include "pki/x509/x509_time.h"
 
 #include <utility>
@@ -13,18 +14,8 @@ using namespace ccrypto;
 
 namespace {
 
-constexpr const char* version3Template =
-    "SEQUENCE {SEQUENCE {CONTEXT_SPECIFIC[0] { INTEGER { VERSION } },INTEGER { SERIAL_NUMBER },SIGNATURE_ALGORITHM,"
-    "SEQUENCE[CONSTRUCTED] { ISSUER },SEQUENCE { VALID_FROM_TAG { VALID_FROM }, VALID_TO_TAG { VALID_TO } },"
-    "SEQUENCE[CONSTRUCTED] { SUBJECT },PUBLIC_KEY,CONTEXT_SPECIFIC[3,CONSTRUCTED] { SEQUENCE[CONSTRUCTED] { EXTENSIONS } }} "
-    "SIGNATURE_ALGORITHM_2, BIT_STRING { SIGNATURE } }";
-constexpr const char* version1Template =
-    "SEQUENCE {SEQUENCE {INTEGER { SERIAL_NUMBER },SIGNATURE_ALGORITHM,SEQUENCE[CONSTRUCTED] { ISSUER },"
-    "SEQUENCE { VALID_FROM_TAG { VALID_FROM }, VALID_TO_TAG { VALID_TO } },SEQUENCE[CONSTRUCTED] { SUBJECT },PUBLIC_KEY,"
-    "CONTEXT_SPECIFIC[3,CONSTRUCTED]{ SEQUENCE[CONSTRUCTED] { EXTENSIONS } }} SIGNATURE_ALGORITHM_2, BIT_STRING { SIGNATURE } }";
-
-// Those two demand extensions, which version 1 does not have and version 3 may leave out, and know no unique identifiers (RFC 5280,
-// 4.1.2.8). A key that is missing is found out here, too: what stands in its place is bound.
+// The templates that are tried first demand extensions, which version 1 does not have and version 3 may leave out, and know no
+// unique identifiers (RFC 5280, 4.1.2.8). A key that is missing is found out here, too: what stands in its place is bound.
 constexpr const char* openVersion3Template =
     "SEQUENCE {SEQUENCE {CONTEXT_SPECIFIC[0] { INTEGER { VERSION } },INTEGER { SERIAL_NUMBER },SIGNATURE_ALGORITHM,"
     "SEQUENCE[CONSTRUCTED] { ISSUER },SEQUENCE { VALID_FROM_TAG { VALID_FROM }, VALID_TO_TAG { VALID_TO } },"
@@ -183,7 +174,7 @@ bool CCrypto_X509_Certificate::readFields(CCryptoAutoLogger& logger)
         return logger.fail(false, "Invalid version: %i", version);
     version_ = static_cast<std::uint32_t>(version);
 
-    const elementNode* const quoted = ParsedTemplate(version == 3 ? version3Template : version1Template);
+    const elementNode* const quoted = ParsedTemplate(version == 3 ? version3CertificateTemplate : version1CertificateTemplate);
     const elementNode* const open = ParsedTemplate(version == 3 ? openVersion3Template : openVersion1Template);
     CCryptoTemplateMatch match;
     if (!match.Match(quoted, tree_.get()) && !match.Match(open, tree_.get()))

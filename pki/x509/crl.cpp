@@ -4,6 +4,7 @@
 #include "asn1/template/template_cache.h"
 #include "asn1/template/template_match.h"
 #include "core/diagnostics/auto_logger.h"
+#include "pki/x509/certificate_templates.h"
 #include "pki/x509/x509_time.h"
 
 #include <algorithm>
@@ -13,15 +14,9 @@ using namespace ccrypto;
 
 namespace {
 
-/// VALID_FROM_TAG and VALID_TO_TAG become the type of a time before a list is matched: as names they take any element, and where
-/// nextUpdate is absent the second would take the revoked certificates.
-constexpr const char* crlTemplate =
-    "SEQUENCE {SEQUENCE {INTEGER { VERSION },SIGNATURE_ALGORITHM,SEQUENCE [CONSTRUCTED] { ISSUER },VALID_FROM_TAG { VALID_FROM },"
-    "VALID_TO_TAG ( OPTIONAL ) { VALID_TO },SEQUENCE[CONSTRUCTED](OPTIONAL) { REVOKED }"
-    "CONTEXT_SPECIFIC [ 0, CONSTRUCTED ] { SEQUENCE[CONSTRUCTED] { EXTENSIONS } }} SIGNATURE_ALGORITHM_2, "
-    "BIT_STRING { SIGNATURE } }";
-
-/// The same for lists without a version or without extensions.
+/// For lists without a version or without extensions. In both templates VALID_FROM_TAG and VALID_TO_TAG become the type of a time
+/// before a list is matched: as names they take any element, and where nextUpdate is absent the second would take the revoked
+/// certificates.
 constexpr const char* plainCrlTemplate =
     "SEQUENCE {SEQUENCE {INTEGER(OPTIONAL) { VERSION },SIGNATURE_ALGORITHM,SEQUENCE [CONSTRUCTED] { ISSUER },"
     "VALID_FROM_TAG { VALID_FROM },VALID_TO_TAG ( OPTIONAL ) { VALID_TO },SEQUENCE[CONSTRUCTED](OPTIONAL) { REVOKED }"
@@ -189,7 +184,7 @@ bool CCrypto_X509_CRL::readDer(std::span<const std::uint8_t> octets)
         return logger.fail(false, "Not DER");
     CCryptoParser filled;
     CCryptoTemplateMatch match;
-    if (!MatchList(crlTemplate, frame.root(), *parts, filled, match) &&
+    if (!MatchList(revocationListTemplate, frame.root(), *parts, filled, match) &&
         !MatchList(plainCrlTemplate, frame.root(), *parts, filled, match))
         return logger.fail(false, "Not the structure of a list");
     if (!readFields(match))

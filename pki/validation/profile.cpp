@@ -1,0 +1,478 @@
+#include "pki/validation/profile.h"
+
+#include "asn1/der/der_cursor.h"
+#include "pki/validation/name_constraints.h"
+#include "pki/validation/name_forms.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace ccrypto {
+
+namespace {
+
+using ProfileOctets = std::span<const std::uint8_t>;
+
+namespace profile_tag {
+constexpr std::uint8_t boolean = 0x01;
+constexpr std::uint8_t integer = 0x02;
+constexpr std::uint8_t bitString = 0x03;
+constexpr std::uint8_t objectIdentifier = 0x06;
+constexpr std::uint8_t utf8String = 0x0C;
+constexpr std::uint8_t ia5String = 0x16;
+constexpr std::uint8_t utcTime = 0x17;
+constexpr std::uint8_t sequence = 0x30;
+constexpr std::uint8_t version = 0xA0;
+constexpr std::uint8_t issuerUniqueId = 0x81;
+constexpr std::uint8_t subjectUniqueId = 0x82;
+constexpr std::uint8_t extensions = 0xA3;
+} // namespace profile_tag
+
+/// The fields of a TBSCertificate that the loaded certificate does not keep as they were written.
+struct WrittenFields {
+    bool isRead = false;
+    bool hasVersion = false;
+    DerItem validFrom;
+    DerItem validTo;
+    bool hasUniqueIds = false;
+    bool hasExtensions = false;
+};
+
+WrittenFields ReadWrittenFields(ProfileOctets tbs)
+{
+    WrittenFields written;
+    const auto level = OnlyValue(tbs, profile_tag::sequence);
+    if (!level)
+        return written;
+    DerCursor fields(*level);
+    written.hasVersion = static_cast<bool>(fields.read(profile_tag::version));
+    const DerItem serial = fields.read(profile_tag::integer);
+    const DerItem algorithm = fields.read(profile_tag::sequence);
+    const DerItem issuer = fields.read(profile_tag::sequence);
+    DerCursor validity(fields.read(profile_tag::sequence).value);
+    written.validFrom = validity.read();
+    written.validTo = validity.read();
+    const DerItem subject = fields.read(profile_tag::sequence);
+    const DerItem publicKey = fields.read(profile_tag::sequence);
+    written.isRead = serial && algorithm && issuer && written.validTo && subject && publicKey;
+    const DerItem issuerUniqueId = fields.read(profile_tag::issuerUniqueId);
+    const DerItem subjectUniqueId = fields.read(profile_tag::subjectUniqueId);
+    written.hasUniqueIds = issuerUniqueId || subjectUniqueId;
+    written.hasExtensions = fields.nextIs(profile_tag::extensions);
+    return written;
+}
+
+/// What the rules look at.
+struct ProfileSubject {
+    const KnownCertificate& known;
+    const CCrypto_X509_Certificate& certificate;
+    const ReadExtensions& extensions;
+    const KnownCertificate* issuer; ///< null when it is not known
+    bool isCa;                      ///< it issued a certificate of the path, or says that it may
+    WrittenFields written;
+
+    [[nodiscard]] const CCrypto_X509_Value* find(const Oid& oid) const { return certificate.extensions().find(oid); }
+    [[nodiscard]] bool isCritical(const Oid& oid) const { return find(oid) != nullptr && find(oid)->isCritical(); }
+    [[nodiscard]] bool isNotCritical(const Oid& oid) const { return find(oid) != nullptr && !find(oid)->isCritical(); }
+    [[nodiscard]] bool hasUsage(KeyUsageBit bit) const { return extensions.keyUsage && extensions.keyUsage->has(bit); }
+};
+
+/// \return what is wrong; null when nothing is.
+using ProfileCheck = const char* (*)(const ProfileSubject&);
+
+const char* VersionFault(const ProfileSubject& subject)
+{
+    if (!subject.written.isRead)
+        return "the fields are not DER";
+    if (subject.written.hasExtensions && subject.certificate.extensions().isEmpty())
+        return "an empty list of extensions";
+    if (subject.certificate.version() < 3 && !subject.certificate.extensions().isEmpty())
+        return "extensions without version 3";
+    if (subject.certificate.version() == 1 && subject.written.hasVersion)
+        return "version 1 is written, though it is the default";
+    return nullptr;
+}
+
+const char* SerialNumberFault(const ProfileSubject& subject)
+{
+    constexpr std::size_t maxSerialNumber = 20;
+    const ProfileOctets octets = subject.certificate.serialNumber().bytes();
+    if (octets.empty() || std::ranges::all_of(octets, [](std::uint8_t octet) { return octet == 0; }))
+        return "the serial number is zero";
+    if ((octets[0] & 0x80) != 0)
+        return "the serial number is negative";
+    return octets.size() > maxSerialNumber ? "the serial number has more than 20 octets" : nullptr;
+}
+
+const char* AlgorithmFault(const ProfileSubject& subject)
+{
+    return subject.certificate.algorithmsAgree() ? nullptr : "the two signature algorithms differ";
+}
+
+const char* NameFault(const ProfileSubject& subject)
+{
+    if (subject.known.issuer.isEmpty())
+        return "the issuer's name is empty";
+    if (!subject.known.subject.isEmpty())
+        return nullptr;
+    if (subject.isCa || subject.hasUsage(KeyUsageBit::crlSign))
+        return "the subject of a CA or of an issuer of revocation lists is empty";
+    return subject.isCritical(oids::subjectAlternativeName) ? nullptr
+                                                            : "the subject is empty and the alternative names are not critical";
+}
+
+const char* ValidityFault(const ProfileSubject& subject)
+{
+    constexpr std::uint32_t firstYearOfGeneralizedTime = 2050;
+    constexpr std::uint32_t firstYearOfUtcTime = 1950;
+    const auto isWrongType = [](const DerItem& written, const CCryptoDateTime& time) {
+        const auto year = static_cast<std::uint32_t>(time.fields().year);
+        const bool isUtcTime = year >= firstYearOfUtcTime && year < firstYearOfGeneralizedTime;
+        return (written.identifier == profile_tag::utcTime) != isUtcTime;
+    };
+    return isWrongType(subject.written.validFrom, subject.certificate.validFrom()) ||
+                   isWrongType(subject.written.validTo, subject.certificate.validTo())
+               ? "years to 2049 are UTCTime, from 2050 on GeneralizedTime"
+               : nullptr;
+}
+
+const char* UniqueIdFault(const ProfileSubject& subject)
+{
+    return subject.written.hasUniqueIds ? "unique identifiers" : nullptr;
+}
+
+/// Whether the first field of the SEQUENCE is FALSE, which is the default value wherever this is asked.
+bool StartsWithFalse(ProfileOctets content)
+{
+    const auto level = OnlyValue(content, profile_tag::sequence);
+    return level && level->size() >= 3 && (*level)[0] == profile_tag::boolean && (*level)[2] == 0;
+}
+
+bool WritesCriticalFalse(ProfileOctets extensions)
+{
+    const auto level = OnlyValue(extensions, profile_tag::sequence);
+    DerCursor cursor(level ? *level : ProfileOctets());
+    while (const DerItem extension = cursor.read()) {
+        DerCursor fields(extension.value);
+        if (!fields.read(profile_tag::objectIdentifier))
+            return false;
+        if (const DerItem critical = fields.read(profile_tag::boolean);
+            critical && critical.value.size() == 1 && critical.value[0] == 0)
+            return true;
+    }
+    return false;
+}
+
+/// Of a BIT STRING of named bits, whether its last used bit is zero.
+bool HasTrailingZeros(ProfileOctets content)
+{
+    const auto value = OnlyValue(content, profile_tag::bitString);
+    return value && value->size() > 1 && (*value)[0] < 8 && ((value->back() >> (*value)[0]) & 1) == 0;
+}
+
+const char* DefaultValueFault(const ProfileSubject& subject)
+{
+    const element extensions = subject.certificate.extensions().GetDerEncodedElement();
+    if (WritesCriticalFalse(extensions.bytes()))
+        return "an extension says FALSE where the critical flag is left out";
+    if (const auto* const constraints = subject.find(oids::basicConstraints);
+        constraints != nullptr && StartsWithFalse(constraints->content().bytes()))
+        return "the basic constraints say FALSE where cA is left out";
+    if (const auto* const usage = subject.find(oids::keyUsage); usage != nullptr && HasTrailingZeros(usage->content().bytes()))
+        return "the key usage ends with a zero";
+    return nullptr;
+}
+
+bool IsSelfSigned(const ProfileSubject& subject)
+{
+    return subject.known.isSelfIssued() && subject.certificate.publicKey() != nullptr &&
+           subject.certificate.verifySignature(*subject.certificate.publicKey()) == SignatureResult::good;
+}
+
+const char* AuthorityKeyFault(const ProfileSubject& subject)
+{
+    const auto& identifier = subject.extensions.authorityKeyIdentifier;
+    if (!identifier)
+        return IsSelfSigned(subject) ? nullptr : "no authority key identifier";
+    if (subject.isCritical(oids::authorityKeyIdentifier))
+        return "the authority key identifier is critical";
+    if (identifier->keyIdentifier.isEmpty())
+        return "the authority key identifier names no key";
+    if (identifier->issuer.empty() != identifier->serialNumber.isEmpty())
+        return "the authority key identifier has an issuer or a serial number alone";
+    if (subject.issuer != nullptr && subject.issuer->extensions.subjectKeyIdentifier &&
+        *subject.issuer->extensions.subjectKeyIdentifier != identifier->keyIdentifier)
+        return "the authority key identifier is not the key identifier of the issuer";
+    return nullptr;
+}
+
+const char* SubjectKeyFault(const ProfileSubject& subject)
+{
+    if (subject.isCritical(oids::subjectKeyIdentifier))
+        return "the subject key identifier is critical";
+    return subject.isCa && !subject.extensions.subjectKeyIdentifier ? "a CA without a subject key identifier" : nullptr;
+}
+
+const char* KeyUsageFault(const ProfileSubject& subject)
+{
+    if (subject.extensions.keyUsage && subject.extensions.keyUsage->bits == 0)
+        return "the key usage is empty";
+    return subject.isCa && !subject.extensions.keyUsage ? "a CA without a key usage" : nullptr;
+}
+
+const char* BasicConstraintsFault(const ProfileSubject& subject)
+{
+    const auto& constraints = subject.extensions.basicConstraints;
+    const bool saysCa = constraints && constraints->isCa;
+    if (subject.hasUsage(KeyUsageBit::keyCertSign) && !saysCa)
+        return "keyCertSign without cA";
+    if (subject.isCa && !saysCa)
+        return "a CA without cA";
+    if (subject.isCa && !subject.isCritical(oids::basicConstraints))
+        return "the basic constraints of a CA are not critical";
+    if (constraints && constraints->pathLength && !(saysCa && subject.hasUsage(KeyUsageBit::keyCertSign)))
+        return "a path length without cA and keyCertSign";
+    return nullptr;
+}
+
+const char* CaExtensionFault(const ProfileSubject& subject)
+{
+    if (subject.isCa)
+        return nullptr;
+    const auto& extensions = subject.extensions;
+    return extensions.nameConstraints || extensions.policyMappings || extensions.policyConstraints || extensions.inhibitAnyPolicy
+               ? "an extension that belongs to CAs"
+               : nullptr;
+}
+
+const char* CriticalityFault(const ProfileSubject& subject)
+{
+    static const Oid directoryAttributes(std::array<std::uint8_t, 3>{0x55, 0x1D, 9});
+    for (const Oid* const oid : {&oids::nameConstraints, &oids::policyConstraints, &oids::inhibitAnyPolicy})
+        if (subject.isNotCritical(*oid))
+            return "name constraints, policy constraints or inhibitAnyPolicy that are not critical";
+    for (const Oid* const oid :
+         {&oids::freshestCrl, &oids::authorityInformationAccess, &oids::subjectInformationAccess, &directoryAttributes})
+        if (subject.isCritical(*oid))
+            return "information access, directory attributes or the place of fresh lists is critical";
+    return nullptr;
+}
+
+bool IsLetterOrDigit(char character)
+{
+    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
+           (character >= '0' && character <= '9');
+}
+
+/// The "preferred name syntax" (RFC 1034, 3.5; RFC 1123, 2.1).
+bool IsPreferredName(std::string_view text)
+{
+    if (text.ends_with('.') || !ReadHostName(text) || text.find('_') != std::string_view::npos)
+        return false;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const bool isEdge = at == 0 || at + 1 == text.size() || text[at - 1] == '.' || text[at + 1] == '.';
+        if (isEdge && text[at] != '.' && !IsLetterOrDigit(text[at]))
+            return false;
+    }
+    return true;
+}
+
+/// "scheme:" and something after it (RFC 3986, 3.1), and after "//" a host.
+bool IsAbsoluteUri(std::string_view uri)
+{
+    const std::size_t colon = std::min(uri.find(':'), uri.size());
+    const std::string_view scheme = uri.substr(0, colon);
+    const std::string_view rest = uri.substr(std::min(colon + 1, uri.size()));
+    const auto isOfScheme = [](char character) {
+        return IsLetterOrDigit(character) || character == '+' || character == '-' || character == '.';
+    };
+    if (scheme.empty() || scheme[0] < 'A' || rest.empty() || !std::ranges::all_of(scheme, isOfScheme) ||
+        std::ranges::any_of(rest, [](char character) { return character <= ' ' || character == 0x7F; }))
+        return false;
+    if (!rest.starts_with("//"))
+        return true;
+    const std::string_view authority = rest.substr(2, rest.find_first_of("/?#", 2) - 2);
+    const std::string_view host = authority.substr(authority.rfind('@') + 1);
+    return !host.empty() && host[0] != ':';
+}
+
+bool IsProperGeneralName(const GeneralName& name)
+{
+    const std::string_view text = name.value.view();
+    switch (name.kind) {
+    case GeneralName::Kind::email:
+        return ReadMailbox(text).has_value();
+    case GeneralName::Kind::dns:
+        return IsPreferredName(text.starts_with("*.") ? text.substr(2) : text);
+    case GeneralName::Kind::uri:
+        return IsAbsoluteUri(text);
+    case GeneralName::Kind::ipAddress:
+        return text.size() == 4 || text.size() == 16;
+    case GeneralName::Kind::directory:
+        return text.size() > 2;
+    default:
+        return !text.empty();
+    }
+}
+
+const char* AlternativeNameFault(const ProfileSubject& subject)
+{
+    const auto areProper = [](const GeneralNames& names) { return std::ranges::all_of(names, IsProperGeneralName); };
+    if (subject.extensions.subjectAlternativeName && !areProper(*subject.extensions.subjectAlternativeName))
+        return "an alternative name that is empty or not of its form";
+    if (const auto* const value = subject.find(oids::issuerAlternativeName)) {
+        const auto names = ReadGeneralNames(value->content().bytes());
+        if (!names || !areProper(*names))
+            return "an alternative name of the issuer that is empty or not of its form";
+    }
+    return nullptr;
+}
+
+const char* NameConstraintsFault(const ProfileSubject& subject)
+{
+    const auto& constraints = subject.extensions.nameConstraints;
+    if (!constraints)
+        return nullptr;
+    if (constraints->permitted.empty() && constraints->excluded.empty())
+        return "the name constraints are empty";
+    if (!NameConstraintState().add(*constraints).passed())
+        return "a name constraint that is not of its form";
+    const auto hasDot = [](const GeneralName& base) {
+        return base.kind == GeneralName::Kind::dns && base.value.view().starts_with('.');
+    };
+    return std::ranges::any_of(constraints->permitted, hasDot) || std::ranges::any_of(constraints->excluded, hasDot)
+               ? "a DNS constraint begins with a dot"
+               : nullptr;
+}
+
+constexpr std::uint8_t cpsQualifier[] = {0x2B, 0x06, 0x01, 0x05, 0x05, 0x07, 0x02, 0x01};
+constexpr std::uint8_t noticeQualifier[] = {0x2B, 0x06, 0x01, 0x05, 0x05, 0x07, 0x02, 0x02};
+
+/// Of a user notice the text, if any, is UTF8String or IA5String of 1 to 200 characters.
+bool IsProperNotice(ProfileOctets level)
+{
+    constexpr std::ptrdiff_t maxCharacters = 200;
+    DerCursor fields(level);
+    if (fields.nextIs(profile_tag::sequence) && !fields.read())
+        return false;
+    if (fields.atEnd())
+        return true;
+    if (!fields.nextIs(profile_tag::utf8String) && !fields.nextIs(profile_tag::ia5String))
+        return false;
+    const auto characters = std::ranges::count_if(fields.read().value, [](std::uint8_t octet) { return (octet & 0xC0) != 0x80; });
+    return characters >= 1 && characters <= maxCharacters && fields.atEnd();
+}
+
+const char* QualifierFault(const PolicyInformation& policy)
+{
+    for (const element& qualifier : policy.qualifiers) {
+        const auto level = OnlyValue(qualifier.bytes(), profile_tag::sequence);
+        DerCursor fields(level ? *level : ProfileOctets());
+        const DerItem id = fields.read(profile_tag::objectIdentifier);
+        const bool isNotice = std::ranges::equal(id.value, noticeQualifier);
+        if (policy.policy == oids::anyPolicy && !isNotice && !std::ranges::equal(id.value, cpsQualifier))
+            return "anyPolicy has a qualifier that RFC 5280 does not define";
+        if (isNotice && !IsProperNotice(fields.read(profile_tag::sequence).value))
+            return "the text of a user notice is not a UTF8String or IA5String of at most 200 characters";
+        if (std::ranges::equal(id.value, cpsQualifier) && !fields.nextIs(profile_tag::ia5String))
+            return "the address of a practice statement is not an IA5String";
+    }
+    return nullptr;
+}
+
+const char* PolicyFault(const ProfileSubject& subject)
+{
+    if (!subject.extensions.policies)
+        return nullptr;
+    std::vector<Oid> policies;
+    for (const PolicyInformation& policy : *subject.extensions.policies) {
+        policies.push_back(policy.policy);
+        if (const char* const fault = QualifierFault(policy))
+            return fault;
+    }
+    std::ranges::sort(policies);
+    return std::ranges::adjacent_find(policies) != policies.end() ? "a policy stands twice" : nullptr;
+}
+
+const char* PolicyMappingFault(const ProfileSubject& subject)
+{
+    const auto mapsAny = [](const PolicyMapping& mapping) {
+        return mapping.issuerDomain == oids::anyPolicy || mapping.subjectDomain == oids::anyPolicy;
+    };
+    if (subject.extensions.policyMappings && std::ranges::any_of(*subject.extensions.policyMappings, mapsAny))
+        return "anyPolicy is mapped";
+    const auto& constraints = subject.extensions.policyConstraints;
+    return constraints && !constraints->requireExplicitPolicy && !constraints->inhibitPolicyMapping
+               ? "the policy constraints are empty"
+               : nullptr;
+}
+
+const char* PointsFault(const ProfileSubject& subject, const std::optional<std::vector<DistributionPoint>>& points)
+{
+    if (!points)
+        return nullptr;
+    for (const DistributionPoint& point : *points) {
+        if (!point.name && point.crlIssuer.empty())
+            return "a distribution point has neither a name nor an issuer";
+        for (const GeneralName& issuer : point.crlIssuer) {
+            if (issuer.kind != GeneralName::Kind::directory)
+                return "the issuer at a distribution point is no directory name";
+            if (ComparableName::Read(issuer.value.bytes()) == subject.known.issuer)
+                return "a distribution point names the issuer of the certificate";
+        }
+        if (point.name && !point.name->relativeName.isEmpty() && point.crlIssuer.size() > 1)
+            return "a relative name at a distribution point of several issuers";
+    }
+    return std::ranges::all_of(*points, [](const DistributionPoint& point) { return point.reasons.has_value(); })
+               ? "no distribution point is for all reasons"
+               : nullptr;
+}
+
+const char* DistributionPointFault(const ProfileSubject& subject)
+{
+    const char* const fault = PointsFault(subject, subject.extensions.distributionPoints);
+    return fault != nullptr ? fault : PointsFault(subject, subject.extensions.freshestCrl);
+}
+
+/// A rule of RFC 5280, by its section.
+struct ProfileRule {
+    const char* section;
+    ProfileCheck check;
+};
+constexpr ProfileRule profileRules[] = {
+    {"4.1.1.2", AlgorithmFault},        {"4.1.2.1", VersionFault},
+    {"4.1.2.2", SerialNumberFault},     {"4.1.2.4", NameFault},
+    {"4.1.2.5", ValidityFault},         {"4.1.2.8", UniqueIdFault},
+    {"4.1", DefaultValueFault},         {"4.2", CriticalityFault},
+    {"4.2", CaExtensionFault},          {"4.2.1.1", AuthorityKeyFault},
+    {"4.2.1.2", SubjectKeyFault},       {"4.2.1.3", KeyUsageFault},
+    {"4.2.1.4", PolicyFault},           {"4.2.1.5", PolicyMappingFault},
+    {"4.2.1.6", AlternativeNameFault},  {"4.2.1.9", BasicConstraintsFault},
+    {"4.2.1.10", NameConstraintsFault}, {"4.2.1.13", DistributionPointFault},
+};
+
+} // namespace
+
+Finding CheckProfile(const KnownCertificate& certificate, CertificateRole role, const KnownCertificate* issuer)
+{
+    const auto& constraints = certificate.extensions.basicConstraints;
+    const ProfileSubject subject = {
+        .known = certificate,
+        .certificate = *certificate.certificate,
+        .extensions = certificate.extensions,
+        .issuer = issuer,
+        .isCa = role != CertificateRole::endEntity || (constraints && constraints->isCa),
+        .written = ReadWrittenFields(certificate.certificate->signedOctets()),
+    };
+    for (const ProfileRule& rule : profileRules)
+        if (const char* const fault = rule.check(subject))
+            return {Reason::profile, CCryptoString("RFC 5280, ", rule.section) + CCryptoString(": ") + CCryptoString(fault)};
+    return {};
+}
+
+} // namespace ccrypto
