@@ -2,6 +2,7 @@
 
 /// Front header of pki: everything of the module that clients use.
 
+#include "pki/keys/dsa_key_pair.h"
 #include "pki/keys/ec_key_pair.h"
 #include "pki/keys/eddsa_key_pair.h"
 #include "pki/keys/key_abilities.h"
@@ -16,7 +17,10 @@
 #include "pki/ocsp/responder.h"
 #include "pki/ocsp/response_verification.h"
 #include "pki/x509/certificate.h"
+#include "pki/x509/certificate_builder.h"
 #include "pki/x509/crl.h"
+#include "pki/x509/extension_builder.h"
+#include "pki/x509/extensions.h"
 #include "pki/x509/name.h"
 #include "pki/x509/revoked_entries.h"
 #include "pki/x509/signature.h"
