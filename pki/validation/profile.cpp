@@ -30,17 +30,14 @@ constexpr std::uint8_t sequence = 0x30;
 constexpr std::uint8_t version = 0xA0;
 constexpr std::uint8_t issuerUniqueId = 0x81;
 constexpr std::uint8_t subjectUniqueId = 0x82;
-constexpr std::uint8_t extensions = 0xA3;
 } // namespace profile_tag
 
 /// The fields of a TBSCertificate that the loaded certificate does not keep as they were written.
 struct WrittenFields {
     bool isRead = false;
-    bool hasVersion = false;
     DerItem validFrom;
     DerItem validTo;
     bool hasUniqueIds = false;
-    bool hasExtensions = false;
 };
 
 WrittenFields ReadWrittenFields(ProfileOctets tbs)
@@ -50,7 +47,7 @@ WrittenFields ReadWrittenFields(ProfileOctets tbs)
     if (!level)
         return written;
     DerCursor fields(*level);
-    written.hasVersion = static_cast<bool>(fields.read(profile_tag::version));
+    (void)fields.read(profile_tag::version);
     const DerItem serial = fields.read(profile_tag::integer);
     const DerItem algorithm = fields.read(profile_tag::sequence);
     const DerItem issuer = fields.read(profile_tag::sequence);
@@ -63,7 +60,6 @@ WrittenFields ReadWrittenFields(ProfileOctets tbs)
     const DerItem issuerUniqueId = fields.read(profile_tag::issuerUniqueId);
     const DerItem subjectUniqueId = fields.read(profile_tag::subjectUniqueId);
     written.hasUniqueIds = issuerUniqueId || subjectUniqueId;
-    written.hasExtensions = fields.nextIs(profile_tag::extensions);
     return written;
 }
 
@@ -89,13 +85,8 @@ const char* VersionFault(const ProfileSubject& subject)
 {
     if (!subject.written.isRead)
         return "the fields are not DER";
-    if (subject.written.hasExtensions && subject.certificate.extensions().isEmpty())
-        return "an empty list of extensions";
-    if (subject.certificate.version() < 3 && !subject.certificate.extensions().isEmpty())
-        return "extensions without version 3";
-    if (subject.certificate.version() == 1 && subject.written.hasVersion)
-        return "version 1 is written, though it is the default";
-    return nullptr;
+    const bool hasExtensions = !subject.certificate.extensions().isEmpty();
+    return subject.certificate.version() < 3 && hasExtensions ? "extensions without version 3" : nullptr;
 }
 
 const char* SerialNumberFault(const ProfileSubject& subject)
@@ -404,8 +395,13 @@ const char* PolicyMappingFault(const ProfileSubject& subject)
     const auto mapsAny = [](const PolicyMapping& mapping) {
         return mapping.issuerDomain == oids::anyPolicy || mapping.subjectDomain == oids::anyPolicy;
     };
-    if (subject.extensions.policyMappings && std::ranges::any_of(*subject.extensions.policyMappings, mapsAny))
-        return "anyPolicy is mapped";
+    return subject.extensions.policyMappings && std::ranges::any_of(*subject.extensions.policyMappings, mapsAny)
+               ? "anyPolicy is mapped"
+               : nullptr;
+}
+
+const char* PolicyConstraintsFault(const ProfileSubject& subject)
+{
     const auto& constraints = subject.extensions.policyConstraints;
     return constraints && !constraints->requireExplicitPolicy && !constraints->inhibitPolicyMapping
                ? "the policy constraints are empty"
@@ -445,15 +441,25 @@ struct ProfileRule {
     ProfileCheck check;
 };
 constexpr ProfileRule profileRules[] = {
-    {"4.1.1.2", AlgorithmFault},        {"4.1.2.1", VersionFault},
-    {"4.1.2.2", SerialNumberFault},     {"4.1.2.4", NameFault},
-    {"4.1.2.5", ValidityFault},         {"4.1.2.8", UniqueIdFault},
-    {"4.1", DefaultValueFault},         {"4.2", CriticalityFault},
-    {"4.2", CaExtensionFault},          {"4.2.1.1", AuthorityKeyFault},
-    {"4.2.1.2", SubjectKeyFault},       {"4.2.1.3", KeyUsageFault},
-    {"4.2.1.4", PolicyFault},           {"4.2.1.5", PolicyMappingFault},
-    {"4.2.1.6", AlternativeNameFault},  {"4.2.1.9", BasicConstraintsFault},
-    {"4.2.1.10", NameConstraintsFault}, {"4.2.1.13", DistributionPointFault},
+    {"4.1.1.2", AlgorithmFault},
+    {"4.1.2.1", VersionFault},
+    {"4.1.2.2", SerialNumberFault},
+    {"4.1.2.4", NameFault},
+    {"4.1.2.5", ValidityFault},
+    {"4.1.2.8", UniqueIdFault},
+    {"4.1", DefaultValueFault},
+    {"4.2", CriticalityFault},
+    {"4.2", CaExtensionFault},
+    {"4.2.1.1", AuthorityKeyFault},
+    {"4.2.1.2", SubjectKeyFault},
+    {"4.2.1.3", KeyUsageFault},
+    {"4.2.1.4", PolicyFault},
+    {"4.2.1.5", PolicyMappingFault},
+    {"4.2.1.6", AlternativeNameFault},
+    {"4.2.1.9", BasicConstraintsFault},
+    {"4.2.1.10", NameConstraintsFault},
+    {"4.2.1.11", PolicyConstraintsFault},
+    {"4.2.1.13", DistributionPointFault},
 };
 
 } // namespace
