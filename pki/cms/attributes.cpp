@@ -88,6 +88,12 @@ bool CCryptoPKCS7Attributes::ParseItems(const elementNode* first)
     return logger.setResult(Parse(WrapItems(ElementType::set, first).get()));
 }
 
+ElementNodePtr CCryptoPKCS7Attributes::items() const
+{
+    const elementNode* const first = data() != nullptr ? data()->content() : nullptr;
+    return first != nullptr ? first->clone(true) : nullptr;
+}
+
 const CCryptoPKCS7Attribute& CCryptoPKCS7Attributes::attribute(std::uint32_t index) const
 {
     return static_cast<const CCryptoPKCS7Attribute&>(*members()[index]);

@@ -45,7 +45,6 @@ public:
     /// \return false, logged, for an empty list, for more than maxAttributes, and for what is not an attribute.
     bool ParseItems(const elementNode* first);
 
-    void add(std::unique_ptr<CCryptoPKCS7Attribute> attribute) { CCryptoASN1Collection::add(std::move(attribute)); }
     [[nodiscard]] const CCryptoPKCS7Attribute& attribute(std::uint32_t index) const;
     [[nodiscard]] std::uint32_t size() const { return static_cast<std::uint32_t>(members().size()); }
     /// How many are of this type.
@@ -55,6 +54,8 @@ public:
 
     /// The SET, as it was read: what is signed (RFC 5652, 5.4).
     [[nodiscard]] element encodedSet() const { return CCryptoParser::ToDer(data()); }
+    /// A copy of the list that was read.
+    [[nodiscard]] ccrypto::ElementNodePtr items() const;
 };
 
 namespace ccrypto {

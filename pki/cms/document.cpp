@@ -1,10 +1,9 @@
 #include "pki/cms/document.h"
 
 #include "asn1/der/der_parser.h"
-#include "asn1/template/template_cache.h"
 #include "core/diagnostics/auto_logger.h"
 #include "pki/cms/ber_gathering.h"
-#include "pki/cms/template_filling.h"
+#include "pki/cms/tree_filling.h"
 
 using namespace ccrypto;
 
@@ -102,7 +101,7 @@ element CCryptoPKCS7Document::GetDerEncodedObject()
     }
     if (signedData_ == nullptr)
         return logger.fail(element(), "The document is empty");
-    CCryptoParser parser(ParsedTemplate(signedMessageTemplate)->clone(true));
+    CCryptoParser parser = TemplateToFill(signedMessageTemplate);
     if (!FillTree(parser, "signedData", signedData_->BuildTree()))
         return logger.fail(element());
     element der = parser.ToDer();

@@ -1,10 +1,9 @@
 #include "pki/cms/signed_data.h"
 
-#include "asn1/template/template_cache.h"
 #include "asn1/tree/item_list.h"
 #include "asn1/tree/node_parts.h"
 #include "core/diagnostics/auto_logger.h"
-#include "pki/cms/template_filling.h"
+#include "pki/cms/tree_filling.h"
 
 using namespace ccrypto;
 
@@ -143,7 +142,7 @@ bool CCryptoPKCS7SignedDataObject::BuildNode()
     CCryptoAutoLogger logger("CCryptoPKCS7SignedDataObject::BuildNode");
     if (contentType != OidOfContentType(ContentType::data))
         return logger.fail(false, "Only content of the type data is written");
-    builder().setRoot(ParsedTemplate(signedDataToSignTemplate)->clone(true));
+    builder() = TemplateToFill(signedDataToSignTemplate);
 
     ItemList algorithms;
     for (const auto& algorithm : digestAlgorithms)
@@ -173,7 +172,7 @@ bool CCryptoPKCS7SignedDataObject::BuildNode()
 
     if (!hasContent)
         return logger.setResult(true);
-    CCryptoParser embedded(ParsedTemplate(embeddedContentTemplate)->clone(true));
+    CCryptoParser embedded = TemplateToFill(embeddedContentTemplate);
     if (!embedded.fill("content", content))
         return logger.setResult(false);
     // An item that may be left out is, when it has nothing inside; empty content is there.

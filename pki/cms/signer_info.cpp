@@ -1,8 +1,7 @@
 #include "pki/cms/signer_info.h"
 
-#include "asn1/template/template_cache.h"
 #include "core/diagnostics/auto_logger.h"
-#include "pki/cms/template_filling.h"
+#include "pki/cms/tree_filling.h"
 
 using namespace ccrypto;
 
@@ -70,13 +69,12 @@ bool CCryptoPKCS7SignerInfo::BuildNode()
     CCryptoAutoLogger logger("CCryptoPKCS7SignerInfo::BuildNode");
     if (signer.isByKey() || signedAttributes == nullptr)
         return logger.fail(false, "A signer is written with issuer, serial number and signed attributes");
-    // What is signed must be in the order of writing: the attributes are those of the set that was hashed.
-    builder().setRoot(ParsedTemplate(signerInfoToSignTemplate)->clone(true));
+    builder() = TemplateToFill(signerInfoToSignTemplate);
     return logger.setResult(
         FillContentOf(builder(), "issuer", signer.issuer) && builder().fill("serialNumber", Octets(signer.serialNumber)) &&
         FillTree(builder(), "digestAlgorithm", digestAlgorithm.BuildTree()) &&
-        FillMembers(builder(), "authenticatedAttributes", *signedAttributes) &&
+        FillTree(builder(), "authenticatedAttributes", signedAttributes->items()) &&
         FillTree(builder(), "digestEncryptionAlgorithm", signatureAlgorithm.BuildTree()) &&
         builder().fill("encryptedDigest", Octets(signature)) &&
-        (unsignedAttributes == nullptr || FillMembers(builder(), "unauthenticatedAttributes", *unsignedAttributes)));
+        (unsignedAttributes == nullptr || FillTree(builder(), "unauthenticatedAttributes", unsignedAttributes->items())));
 }

@@ -1,6 +1,7 @@
-#include "pki/cms/template_filling.h"
+#include "pki/cms/tree_filling.h"
 
 #include "asn1/der/der_parser.h"
+#include "asn1/template/template_cache.h"
 
 namespace ccrypto {
 
@@ -16,10 +17,15 @@ bool FillContentOf(CCryptoParser& parser, std::string_view name, const element& 
     return tree != nullptr && FillTree(parser, name, tree->release(LinkKind::content));
 }
 
-bool FillMembers(CCryptoParser& parser, std::string_view name, CCryptoASN1Collection& collection)
+bool FillDer(CCryptoParser& parser, std::string_view name, const element& der)
 {
-    const ElementNodePtr tree = collection.BuildTree();
-    return tree != nullptr && FillTree(parser, name, tree->release(LinkKind::content));
+    return FillTree(parser, name, CCryptoDERParser().Decode(der.bytes()));
+}
+
+CCryptoParser TemplateToFill(const char* templateText)
+{
+    const elementNode* const items = ParsedTemplate(templateText);
+    return CCryptoParser(items != nullptr ? items->clone(true) : nullptr);
 }
 
 } // namespace ccrypto

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "asn1/parser/parser.h"
-#include "asn1/types/asn1_collections.h"
 #include "core/text/element.h"
 
 #include <string_view>
@@ -15,7 +14,10 @@ namespace ccrypto {
 /// The items inside one element of DER.
 [[nodiscard]] bool FillContentOf(CCryptoParser& parser, std::string_view name, const element& der);
 
-/// The members of a collection, without what is around them.
-[[nodiscard]] bool FillMembers(CCryptoParser& parser, std::string_view name, CCryptoASN1Collection& collection);
+/// The element that the octets are.
+[[nodiscard]] bool FillDer(CCryptoParser& parser, std::string_view name, const element& der);
+
+/// A template to be filled.
+[[nodiscard]] CCryptoParser TemplateToFill(const char* templateText);
 
 } // namespace ccrypto

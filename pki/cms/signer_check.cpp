@@ -1,0 +1,41 @@
+#include "pki/cms/signer_check.h"
+
+#include "core/diagnostics/failure.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace ccrypto {
+
+bool IsSameKey(const ICryptoKeyPair& one, const ICryptoKeyPair& other)
+{
+    const auto sameNumber = [](const SCryptoKeyNumber& left, const SCryptoKeyNumber& right) {
+        return std::string_view(left.name) == right.name && left.value == right.value;
+    };
+    return one.algorithmId() == other.algorithmId() && one.curveId() == other.curveId() &&
+           std::ranges::equal(one.publicNumbers(), other.publicNumbers(), sameNumber);
+}
+
+bool MaySignMessages(const ReadExtensions& extensions)
+{
+    return !extensions.keyUsage || extensions.keyUsage->has(KeyUsageBit::digitalSignature) ||
+           extensions.keyUsage->has(KeyUsageBit::nonRepudiation);
+}
+
+CCryptoString WhySignerIsRefused(const CCrypto_X509_Certificate& certificate, const ICryptoKeyPair& key, const CCryptoDateTime& now)
+{
+    if (!certificate.isValidAt(now)) {
+        const std::optional<Failure> failure = LastFailure();
+        return CCryptoString(failure ? std::string_view(failure->text) : "Not valid");
+    }
+    if (!IsSameKey(*certificate.publicKey(), key))
+        return "The certificate is not one of the signing key";
+    const ReadExtensions extensions = ReadAllExtensions(certificate.extensions(), ExtensionOwner::certificate);
+    if (extensions.isMalformed)
+        return "An extension is malformed";
+    if (extensions.hasUnknownCritical)
+        return "A critical extension is not known";
+    return MaySignMessages(extensions) ? CCryptoString() : CCryptoString("The key usage allows no signatures");
+}
+
+} // namespace ccrypto

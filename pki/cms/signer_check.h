@@ -1,0 +1,22 @@
+#pragma once
+
+#include "core/system/date_time.h"
+#include "core/text/string.h"
+#include "pki/keys/key_pair.h"
+#include "pki/x509/certificate.h"
+#include "pki/x509/extensions.h"
+
+namespace ccrypto {
+
+/// Whether two keys have the same public half.
+[[nodiscard]] bool IsSameKey(const ICryptoKeyPair& one, const ICryptoKeyPair& other);
+
+/// Whether a key usage, where there is one, lets the key sign messages: digitalSignature or nonRepudiation.
+[[nodiscard]] bool MaySignMessages(const ReadExtensions& extensions);
+
+/// Why a certificate does not let `key` sign messages at this time: it is not valid then, is another key's, its key usage does not
+/// allow it, or a critical extension is not known. Empty when it does. Its issuer is not looked for.
+[[nodiscard]] CCryptoString WhySignerIsRefused(const CCrypto_X509_Certificate& certificate, const ICryptoKeyPair& key,
+                                               const CCryptoDateTime& now);
+
+} // namespace ccrypto
