@@ -142,10 +142,8 @@ bool COCSPResponse::VerifySignature() const
         if (++tried == maxTriedCertificates)
             break;
     }
-    if (tried == 0) {
-        logger.WriteLog("Failed to verify: none of the response's certificates is the responder's");
-        logger.WriteLog("Responder certificate: none");
-    }
+    if (tried == 0)
+        logger.WriteLog("Failed to verify: none of the certificates is the responder's");
     return logger.setResult(false);
 }
 

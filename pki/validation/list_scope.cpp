@@ -1,0 +1,207 @@
+#include "pki/validation/list_scope.h"
+
+#include "asn1/der/der_cursor.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <string_view>
+#include <utility>
+
+namespace ccrypto {
+
+namespace {
+
+std::span<const std::uint8_t> WithoutZeros(const element& number)
+{
+    std::span<const std::uint8_t> octets = number.bytes();
+    while (!octets.empty() && octets.front() == 0)
+        octets = octets.subspan(1);
+    return octets;
+}
+
+element DirectoryValue(const CCrypto_X509_ValueList& name)
+{
+    return name.GetDerEncodedElement();
+}
+
+/// The SEQUENCE of a name of less than 64 KiB.
+element SequenceOf(const element& content)
+{
+    element sequence;
+    sequence.append(std::uint8_t{0x30});
+    if (content.length() >= 0x100) {
+        sequence.append(std::uint8_t{0x82});
+        sequence.append(static_cast<std::uint8_t>(content.length() >> 8));
+    } else if (content.length() >= 0x80) {
+        sequence.append(std::uint8_t{0x81});
+    }
+    sequence.append(static_cast<std::uint8_t>(content.length()));
+    sequence.append(content.data(), content.length());
+    return sequence;
+}
+
+/// The whole names of a point: a relative one is appended to the name of the issuer of the list.
+GeneralNames FullNames(const DistributionPointName& name, std::span<const std::uint8_t> issuerDer)
+{
+    if (name.relativeName.isEmpty())
+        return name.fullName;
+    const auto issuer = OnlyValue(issuerDer, 0x30);
+    if (!issuer || issuer->size() + name.relativeName.length() > 0xFFFF)
+        return {};
+    element names(issuer->data(), static_cast<std::uint32_t>(issuer->size()));
+    names.append(name.relativeName.data(), name.relativeName.length());
+    return {{GeneralName::Kind::directory, SequenceOf(names)}};
+}
+
+bool IsSameName(const GeneralName& first, const GeneralName& second)
+{
+    if (first.kind != second.kind)
+        return false;
+    if (first.value.view() == second.value.view())
+        return true;
+    if (first.kind != GeneralName::Kind::directory)
+        return false;
+    const std::optional<ComparableName> firstName = ComparableName::Read(first.value.bytes());
+    return firstName && firstName == ComparableName::Read(second.value.bytes());
+}
+
+bool HaveCommonName(const GeneralNames& first, const GeneralNames& second)
+{
+    return std::any_of(first.begin(), first.end(), [&](const GeneralName& name) {
+        return std::any_of(second.begin(), second.end(), [&](const GeneralName& other) { return IsSameName(name, other); });
+    });
+}
+
+std::vector<ComparableName> DirectoryNames(const GeneralNames& names)
+{
+    std::vector<ComparableName> directoryNames;
+    for (const GeneralName& name : names)
+        if (name.kind == GeneralName::Kind::directory)
+            if (std::optional<ComparableName> directoryName = ComparableName::Read(name.value.bytes()))
+                directoryNames.push_back(std::move(*directoryName));
+    return directoryNames;
+}
+
+std::string_view ContentOf(const KnownList& list, const Oid& oid, element& storage)
+{
+    const CCrypto_X509_Value* value = list.list->extensions().find(oid);
+    storage = value != nullptr ? value->content() : element();
+    return storage.view();
+}
+
+bool HaveSameExtension(const KnownList& first, const KnownList& second, const Oid& oid)
+{
+    std::array<element, 2> contents;
+    return ContentOf(first, oid, contents[0]) == ContentOf(second, oid, contents[1]);
+}
+
+} // namespace
+
+std::unique_ptr<KnownList> KnownList::Read(CrlPtr list)
+{
+    if (list == nullptr || !list->isLoaded() || !list->isDer() || !list->algorithmsAgree() || list->hasUnknownCriticalEntry())
+        return nullptr;
+    std::optional<ComparableName> issuer = ComparableName::Read(list->issuer().GetDerEncodedElement().bytes());
+    const std::optional<SignatureAlgorithm> signedBy = ReadSignatureAlgorithm(list->signatureAlgorithm());
+    auto known = std::make_unique<KnownList>();
+    known->extensions = ReadAllExtensions(list->extensions(), ExtensionOwner::list);
+    if (!issuer || !signedBy || known->extensions.isMalformed || known->extensions.hasUnknownCritical)
+        return nullptr;
+    known->issuer = std::move(*issuer);
+    known->signedBy = *signedBy;
+    known->list = std::move(list);
+    return known;
+}
+
+std::vector<StatusPoint> StatusPointsOf(const KnownCertificate& certificate)
+{
+    const element issuerDer = DirectoryValue(certificate.certificate->issuer());
+    std::vector<StatusPoint> points;
+    if (certificate.extensions.distributionPoints) {
+        for (const DistributionPoint& published : *certificate.extensions.distributionPoints) {
+            StatusPoint point;
+            point.reasons = published.reasons.value_or(allReasons) & allReasons;
+            point.namesIssuer = !published.crlIssuer.empty();
+            point.issuers = point.namesIssuer ? DirectoryNames(published.crlIssuer) : std::vector{certificate.issuer};
+            point.issuerNames = published.crlIssuer;
+            if (published.name) {
+                element relativeTo = issuerDer;
+                for (const GeneralName& name : published.crlIssuer)
+                    if (name.kind == GeneralName::Kind::directory)
+                        relativeTo = name.value;
+                point.name = DistributionPointName{FullNames(*published.name, relativeTo.bytes()), {}};
+            }
+            points.push_back(std::move(point));
+        }
+    }
+
+    StatusPoint implied;
+    implied.name = DistributionPointName{{{GeneralName::Kind::directory, issuerDer}}, {}};
+    implied.issuers = {certificate.issuer};
+    points.push_back(std::move(implied));
+    return points;
+}
+
+std::optional<ReasonFlags> ReasonsInScope(const KnownList& list, const StatusPoint& point, const KnownCertificate& certificate,
+                                          ValidationWork& work)
+{
+    if (point.namesIssuer && !list.isIndirect() && list.issuer != certificate.issuer)
+        return ReasonFlags{0};
+    if (!list.extensions.issuingDistributionPoint)
+        return point.reasons;
+
+    const IssuingDistributionPoint& scope = *list.extensions.issuingDistributionPoint;
+    const bool isCa = certificate.extensions.basicConstraints && certificate.extensions.basicConstraints->isCa;
+    if (scope.onlyAttributeCertificates || (isCa && scope.onlyUserCertificates) || (!isCa && scope.onlyCaCertificates))
+        return ReasonFlags{0};
+    if (scope.name) {
+        const element issuerDer = DirectoryValue(list.list->issuer());
+        const GeneralNames listNames = FullNames(*scope.name, issuerDer.bytes());
+        const GeneralNames& pointNames = point.name ? point.name->fullName : point.issuerNames;
+        const std::size_t comparisons = listNames.size() * pointNames.size();
+        if (comparisons > ValidationWork::maxScopeChecks || !work.takeScopeChecks(static_cast<std::uint32_t>(comparisons)))
+            return std::nullopt;
+        if (!HaveCommonName(listNames, pointNames))
+            return ReasonFlags{0};
+    }
+    return static_cast<ReasonFlags>(point.reasons & scope.onlySomeReasons.value_or(allReasons));
+}
+
+bool IsDeltaOf(const KnownList& delta, const KnownList& base)
+{
+    const ReadExtensions& changed = delta.extensions;
+    return changed.deltaCrlIndicator && changed.crlNumber && base.extensions.crlNumber && delta.issuer == base.issuer &&
+           !IsGreaterNumber(*changed.deltaCrlIndicator, *base.extensions.crlNumber) &&
+           IsGreaterNumber(*changed.crlNumber, *base.extensions.crlNumber) &&
+           HaveSameExtension(delta, base, oids::issuingDistributionPoint) &&
+           HaveSameExtension(delta, base, oids::authorityKeyIdentifier);
+}
+
+std::optional<RevokedEntry> EntryOf(const KnownList& list, const KnownCertificate& certificate)
+{
+    std::optional<RevokedEntry> removed;
+    for (RevokedEntry& entry : list.list->find(certificate.certificate->serialNumber().bytes())) {
+        bool isOfIssuer = list.issuer == certificate.issuer;
+        if (!entry.certificateIssuer.isEmpty()) {
+            const std::optional<GeneralNames> names = ReadGeneralNames(entry.certificateIssuer.bytes());
+            const std::vector<ComparableName> issuers = names ? DirectoryNames(*names) : std::vector<ComparableName>();
+            isOfIssuer = std::find(issuers.begin(), issuers.end(), certificate.issuer) != issuers.end();
+        }
+        if (!isOfIssuer)
+            continue;
+        if (entry.reason != RevocationReason::removeFromCrl)
+            return std::move(entry);
+        removed = std::move(entry);
+    }
+    return removed;
+}
+
+bool IsGreaterNumber(const element& first, const element& second)
+{
+    const std::span<const std::uint8_t> a = WithoutZeros(first);
+    const std::span<const std::uint8_t> b = WithoutZeros(second);
+    return a.size() != b.size() ? a.size() > b.size() : std::lexicographical_compare(b.begin(), b.end(), a.begin(), a.end());
+}
+
+} // namespace ccrypto

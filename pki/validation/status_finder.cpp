@@ -1,0 +1,357 @@
+#include "pki/validation/status_finder.h"
+
+#include "pki/ocsp/response_verification.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ccrypto {
+
+namespace {
+
+constexpr std::int64_t defaultMaxAgeSeconds = std::int64_t{24} * 60 * 60;
+
+/// Whether `time`, moved by `seconds`, is before `at`. Times that cannot be counted are.
+bool IsEarlier(const CCryptoDateTime& time, std::int64_t seconds, const CCryptoDateTime& at)
+{
+    const std::optional<std::int64_t> first = time.toMilliseconds();
+    const std::optional<std::int64_t> second = at.toMilliseconds();
+    return !first || !second || *first + 1000 * seconds < *second;
+}
+
+std::uint32_t RankOf(CertificateStatus status)
+{
+    switch (status) {
+    case CertificateStatus::revoked:
+        return 3;
+    case CertificateStatus::good:
+        return 2;
+    case CertificateStatus::stale:
+        return 1;
+    default:
+        return 0;
+    }
+}
+
+CCryptoString ListText(const KnownList& list)
+{
+    if (!list.extensions.crlNumber)
+        return "CRL";
+    element number = *list.extensions.crlNumber;
+    number.setType(ElementType::integer);
+    return "CRL " + number.toString();
+}
+
+CCryptoString RevocationText(const RevokedEntry& entry)
+{
+    return CCryptoString(RevocationReasonName(entry.reason.value_or(RevocationReason::unspecified))) + " since " +
+           TimeText(entry.revocationDate);
+}
+
+bool MaySignLists(const KnownCertificate& certificate)
+{
+    return !certificate.extensions.keyUsage || certificate.extensions.keyUsage->has(KeyUsageBit::crlSign);
+}
+
+} // namespace
+
+StatusFinder::StatusFinder(const CertificatePool& pool, const StatusSources& sources, const ValidationOptions& options,
+                           ValidationWork& work)
+    : pool_(pool), sources_(sources), options_(options), work_(work),
+      hasSources_(!sources.crls.empty() || !sources.responses.empty())
+{
+    signerOptions_.at = options.at;
+    signerOptions_.keyUsage = static_cast<std::uint16_t>(KeyUsageBit::crlSign);
+    signerOptions_.strict = options.strict;
+    signerOptions_.allowWeak = options.allowWeak;
+
+    for (const CrlPtr& list : sources.crls)
+        if (std::unique_ptr<KnownList> known = KnownList::Read(list))
+            lists_[known->issuer].push_back(std::move(known));
+    for (auto& [issuer, lists] : lists_)
+        std::stable_sort(lists.begin(), lists.end(), [](const auto& first, const auto& second) {
+            return first->list->thisUpdate() > second->list->thisUpdate();
+        });
+    if (!sources.responses.empty()) {
+        for (const auto& known : pool.certificates()) {
+            const auto& purposes = known->extensions.extendedKeyUsage;
+            if (purposes && std::find(purposes->begin(), purposes->end(), oids::ocspSigning) != purposes->end())
+                responders_.push_back(known->certificate);
+        }
+    }
+}
+
+void StatusFinder::judge(PathAttempt& attempt, const Keys& keys)
+{
+    const CertificatePath& path = attempt.path;
+    attempt.status.resize(path.size());
+    attempt.status.back().status = CertificateStatus::anchor;
+    for (std::uint32_t index = static_cast<std::uint32_t>(path.size()) - 1; index-- > 0;) {
+        const bool isRequired = options_.status == ValidationOptions::Status::chain ||
+                                (options_.status == ValidationOptions::Status::leaf && index == 0 && nesting_ == 0);
+        if (!isRequired && !hasSources_)
+            continue;
+        StatusInformation& information = attempt.status[index] = statusOf({path, keys, index});
+        if (information.status == CertificateStatus::revoked) {
+            attempt.stage = index == 0 ? PathAttempt::Stage::revoked : PathAttempt::Stage::status;
+            attempt.fault = {{Reason::revoked, information.detail}, index};
+            return;
+        }
+        if (isRequired && information.status != CertificateStatus::good && attempt.stage == PathAttempt::Stage::valid) {
+            attempt.stage = PathAttempt::Stage::undecided;
+            const bool isStale = information.status == CertificateStatus::stale;
+            attempt.fault = {{isStale ? Reason::statusStale : Reason::statusUnknown, information.detail}, index};
+        }
+    }
+}
+
+StatusInformation StatusFinder::statusOf(const Issued& issued)
+{
+    const std::tuple key{static_cast<const void*>(&issued.certificate()),
+                         static_cast<const void*>(issued.keys[issued.index + 1].get()),
+                         static_cast<const void*>(issued.path.back())};
+    if (const auto found = known_.find(key); found != known_.end())
+        return found->second;
+
+    StatusInformation information = statusByLists(issued);
+    if (information.status != CertificateStatus::revoked) {
+        StatusInformation answered = statusByResponses(issued);
+        const bool isBetter = RankOf(answered.status) > RankOf(information.status);
+        if (isBetter || (information.detail.isEmpty() && !answered.detail.isEmpty()))
+            information = std::move(answered);
+    }
+    if (information.detail.isEmpty())
+        information.detail = "no list or response says what the status is";
+    known_[key] = information;
+    return information;
+}
+
+StatusInformation StatusFinder::statusByResponses(const Issued& issued)
+{
+    OcspOptions options;
+    options.at = options_.at;
+    options.clockSkewSeconds = options_.clockSkewSeconds;
+    options.maxAgeSeconds = options_.maxAgeSeconds.value_or(defaultMaxAgeSeconds);
+    options.allowWeak = options_.allowWeak;
+    options.candidates = responders_;
+
+    StatusInformation best;
+    best.status = CertificateStatus::unknown;
+    for (const auto& response : sources_.responses) {
+        if (response == nullptr)
+            continue;
+        const OcspVerdict answer =
+            VerifyOcspResponse(*response, *issued.certificate().certificate, *issued.issuer().certificate, options);
+        if (!work_.takeSignatures(answer.signatures))
+            break;
+        StatusInformation information;
+        information.source = StatusInformation::Source::ocsp;
+        information.thisUpdate = answer.thisUpdate;
+        information.nextUpdate = answer.nextUpdate;
+        switch (answer.status) {
+        case OcspStatus::good:
+            information.status = CertificateStatus::good;
+            break;
+        case OcspStatus::revoked:
+            information.status = CertificateStatus::revoked;
+            break;
+        case OcspStatus::stale:
+            information.status = CertificateStatus::stale;
+            break;
+        case OcspStatus::unknown:
+        case OcspStatus::bad:
+            information.status = CertificateStatus::unknown;
+            break;
+        }
+        information.detail = answer.status == OcspStatus::good ? CCryptoString("OCSP") : answer.detail;
+        const bool saysMore = best.detail.isEmpty() && answer.failure != OcspFailure::wrongCertificate;
+        if (RankOf(information.status) > RankOf(best.status) || saysMore)
+            best = std::move(information);
+    }
+    return best;
+}
+
+StatusInformation StatusFinder::statusByLists(const Issued& issued)
+{
+    StatusInformation information;
+    information.status = CertificateStatus::unknown;
+    Heard heard;
+    for (const StatusPoint& point : StatusPointsOf(issued.certificate())) {
+        for (const ComparableName& issuer : point.issuers) {
+            const auto lists = lists_.find(issuer);
+            if (lists == lists_.end())
+                continue;
+            for (const auto& list : lists->second) {
+                if (list->isDelta())
+                    continue;
+                const std::optional<ReasonFlags> reasons = ReasonsInScope(*list, point, issued.certificate(), work_);
+                if (!reasons || work_.isExceeded())
+                    return information;
+                if (*reasons != 0 && hear(*list, *reasons, issued, heard, information))
+                    return information;
+            }
+        }
+    }
+
+    const KnownList* speaker = heard.good == allReasons ? heard.goodList : heard.staleList;
+    if (heard.good == allReasons) {
+        information.status = CertificateStatus::good;
+        information.detail = ListText(*heard.goodList);
+        if (heard.goodDelta != nullptr) {
+            information.detail = ListText(*heard.goodDelta) + " of " + information.detail;
+            speaker = heard.goodDelta;
+        }
+    } else if (heard.staleList != nullptr) {
+        information.status = CertificateStatus::stale;
+        information.detail = ListText(*heard.staleList) + " is too old";
+    } else if (heard.good != 0) {
+        information.detail = ListText(*heard.goodList) + " is for some reasons only";
+    }
+    if (speaker != nullptr) {
+        information.source = StatusInformation::Source::crl;
+        information.thisUpdate = speaker->list->thisUpdate();
+        information.nextUpdate = speaker->list->nextUpdate();
+    }
+    return information;
+}
+
+bool StatusFinder::hear(const KnownList& list, ReasonFlags reasons, const Issued& issued, Heard& heard,
+                        StatusInformation& information)
+{
+    // Signatures are the expensive part: a list is verified when it could change what is known.
+    const bool addsReasons = (reasons & ~heard.good) != 0;
+    std::optional<RevokedEntry> entry = EntryOf(list, issued.certificate());
+    if (!addsReasons && !entry)
+        return false;
+
+    const std::shared_ptr<ICryptoKeyPair> signer = signerOf(list, issued);
+    if (signer == nullptr) {
+        if (information.detail.isEmpty())
+            information.detail = ListText(list) + " is not signed by an issuer of lists for the certificate";
+        return false;
+    }
+    const Combined combined = combine(list, signer);
+    const KnownList* speaker = &list;
+    if (combined.delta != nullptr) {
+        if (std::optional<RevokedEntry> changed = EntryOf(*combined.delta, issued.certificate())) {
+            entry = std::move(changed);
+            speaker = combined.delta;
+        }
+    }
+
+    if (entry && entry->reason != RevocationReason::removeFromCrl) {
+        if (saysRevoked(*entry, combined.freshness) && (combined.freshness != Freshness::fresh || addsReasons)) {
+            information.status = CertificateStatus::revoked;
+            information.source = StatusInformation::Source::crl;
+            information.detail = RevocationText(*entry);
+            information.thisUpdate = speaker->list->thisUpdate();
+            information.nextUpdate = speaker->list->nextUpdate();
+            return true;
+        }
+        if (combined.freshness == Freshness::fresh)
+            return false;
+    }
+    if (combined.freshness == Freshness::fresh && addsReasons) {
+        heard.good = static_cast<ReasonFlags>(heard.good | reasons);
+        heard.goodList = &list;
+        heard.goodDelta = combined.delta;
+    } else if (combined.freshness == Freshness::stale && heard.staleList == nullptr) {
+        heard.staleList = &list;
+    }
+    return false;
+}
+
+bool StatusFinder::saysRevoked(const RevokedEntry& entry, Freshness freshness) const
+{
+    if (freshness == Freshness::fresh)
+        return true;
+    // A list of another time: the revocation must have happened by the time asked for, and cannot have been taken back.
+    return entry.reason != RevocationReason::certificateHold && entry.revocationDate <= options_.at;
+}
+
+StatusFinder::Freshness StatusFinder::freshnessOf(const KnownList& list) const
+{
+    if (IsEarlier(options_.at, options_.clockSkewSeconds, list.list->thisUpdate()))
+        return Freshness::early;
+    const bool hasEnd = list.list->nextUpdate().isValid();
+    const CCryptoDateTime& start = hasEnd ? list.list->nextUpdate() : list.list->thisUpdate();
+    const std::int64_t age = hasEnd ? 0 : options_.maxAgeSeconds.value_or(defaultMaxAgeSeconds);
+    return IsEarlier(start, age + options_.clockSkewSeconds, options_.at) ? Freshness::stale : Freshness::fresh;
+}
+
+StatusFinder::Combined StatusFinder::combine(const KnownList& base, const std::shared_ptr<ICryptoKeyPair>& signer)
+{
+    Combined combined{nullptr, freshnessOf(base)};
+    if (combined.freshness == Freshness::early)
+        return combined;
+    for (const auto& delta : lists_.at(base.issuer)) {
+        const bool isNewer =
+            combined.delta == nullptr ||
+            (delta->extensions.crlNumber && IsGreaterNumber(*delta->extensions.crlNumber, *combined.delta->extensions.crlNumber));
+        if (!isNewer || !IsDeltaOf(*delta, base))
+            continue;
+        const Freshness freshness = freshnessOf(*delta);
+        if (freshness == Freshness::early || !isSignedBy(*delta, signer))
+            continue;
+        combined.delta = delta.get();
+        if (freshness == Freshness::fresh)
+            combined.freshness = Freshness::fresh;
+    }
+    return combined;
+}
+
+bool StatusFinder::isSignedBy(const KnownList& list, const std::shared_ptr<ICryptoKeyPair>& key)
+{
+    if (list.signedBy.isBroken() || (list.signedBy.isWeak() && !options_.allowWeak))
+        return false;
+    return work_.check(*list.list, list.signedBy, *key) == SignatureResult::good;
+}
+
+std::shared_ptr<ICryptoKeyPair> StatusFinder::signerOf(const KnownList& list, const Issued& issued)
+{
+    // Certificates of the path above the one in question are valid as far as this path is.
+    for (std::size_t index = issued.index + std::size_t{1}; index < issued.path.size(); index++) {
+        const KnownCertificate& signer = *issued.path[index];
+        if (signer.subject == list.issuer && MaySignLists(signer) && isSignedBy(list, issued.keys[index]))
+            return issued.keys[index];
+    }
+    for (const KnownCertificate* signer : pool_.signersOf(list.issuer, list.extensions.authorityKeyIdentifier)) {
+        if (work_.isExceeded())
+            break;
+        const bool isOnPath = std::find(issued.path.begin(), issued.path.end(), signer) != issued.path.end();
+        if (isOnPath || !MaySignLists(*signer))
+            continue;
+        // What is not the signer is not worth a path.
+        const bool inherits = signer->key->signer() == nullptr;
+        if (!inherits && !isSignedBy(list, signer->key))
+            continue;
+        const std::shared_ptr<ICryptoKeyPair> key = validatedKey(*signer, *issued.path.back());
+        if (key != nullptr && isSignedBy(list, key))
+            return key;
+    }
+    return nullptr;
+}
+
+std::shared_ptr<ICryptoKeyPair> StatusFinder::validatedKey(const KnownCertificate& signer, const KnownCertificate& anchor)
+{
+    // While it is looked for, it is nobody: a signer cannot vouch for its own status.
+    if (nesting_ == maxNesting)
+        return nullptr;
+    const auto [position, isNew] = signers_.try_emplace({&signer, &anchor});
+    if (!isNew)
+        return position->second;
+
+    nesting_++;
+    PathFinder finder(pool_, signerOptions_, work_);
+    std::shared_ptr<ICryptoKeyPair> key;
+    const PathAttempt attempt = finder.find(signer, &anchor, false, [&](PathAttempt& path, const Keys& keys) {
+        judge(path, keys);
+        key = keys.front();
+    });
+    nesting_--;
+    if (attempt.stage == PathAttempt::Stage::valid)
+        position->second = key;
+    return position->second;
+}
+
+} // namespace ccrypto

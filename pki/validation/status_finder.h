@@ -1,0 +1,88 @@
+#pragma once
+
+#include "pki/validation/certificate_pool.h"
+#include "pki/validation/list_scope.h"
+#include "pki/validation/path_finder.h"
+#include "pki/validation/path_validation.h"
+#include "pki/validation/validation_work.h"
+#include "pki/validation/verdict.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <tuple>
+#include <vector>
+
+namespace ccrypto {
+
+/// Finds out from lists (RFC 5280, 6.3) and OCSP responses whether the certificates of a path are revoked.
+///
+/// What any of them says that is verified counts in this order: revoked, good, stale, unknown. Of good lists the newest speaks. A
+/// list or response of another time than the one asked for can say that a certificate was revoked, unless it was put on hold, but
+/// never that it is good.
+class StatusFinder {
+public:
+    StatusFinder(const CertificatePool& pool, const StatusSources& sources, const ValidationOptions& options, ValidationWork& work);
+
+    /// Looks for the status of every certificate of the path, from the anchor down, and changes the stage of the attempt where
+    /// what it finds or misses decides. \param keys of the certificates.
+    void judge(PathAttempt& attempt, const std::vector<std::shared_ptr<ICryptoKeyPair>>& keys);
+
+private:
+    using Keys = std::vector<std::shared_ptr<ICryptoKeyPair>>;
+    enum class Freshness { early, fresh, stale };
+    struct Issued {
+        const CertificatePath& path;
+        const Keys& keys;
+        std::uint32_t index = 0;
+
+        [[nodiscard]] const KnownCertificate& certificate() const { return *path[index]; }
+        [[nodiscard]] const KnownCertificate& issuer() const { return *path[index + 1]; }
+    };
+    /// A list together with the newest delta that fits it.
+    struct Combined {
+        const KnownList* delta = nullptr;
+        Freshness freshness = Freshness::stale;
+    };
+    /// What the lists have said so far.
+    struct Heard {
+        ReasonFlags good = 0;
+        const KnownList* goodList = nullptr;
+        const KnownList* goodDelta = nullptr;
+        const KnownList* staleList = nullptr;
+    };
+
+    [[nodiscard]] StatusInformation statusOf(const Issued& issued);
+    [[nodiscard]] StatusInformation statusByResponses(const Issued& issued);
+    [[nodiscard]] StatusInformation statusByLists(const Issued& issued);
+    /// \return true when the certificate is revoked.
+    [[nodiscard]] bool hear(const KnownList& list, ReasonFlags reasons, const Issued& issued, Heard& heard,
+                            StatusInformation& information);
+    [[nodiscard]] bool saysRevoked(const RevokedEntry& entry, Freshness freshness) const;
+    [[nodiscard]] Freshness freshnessOf(const KnownList& list) const;
+
+    [[nodiscard]] std::shared_ptr<ICryptoKeyPair> signerOf(const KnownList& list, const Issued& issued);
+    [[nodiscard]] bool isSignedBy(const KnownList& list, const std::shared_ptr<ICryptoKeyPair>& key);
+    /// The key of a certificate that signs lists, when a path to the anchor is valid; else null.
+    [[nodiscard]] std::shared_ptr<ICryptoKeyPair> validatedKey(const KnownCertificate& signer, const KnownCertificate& anchor);
+    [[nodiscard]] Combined combine(const KnownList& base, const std::shared_ptr<ICryptoKeyPair>& signer);
+
+    /// Signers of lists whose own status is on a list that another one signs, and so on.
+    static constexpr std::uint32_t maxNesting = 4;
+
+    const CertificatePool& pool_;
+    const StatusSources& sources_;
+    const ValidationOptions& options_;
+    ValidationOptions signerOptions_;
+    ValidationWork& work_;
+    bool hasSources_ = false;
+    std::uint32_t nesting_ = 0;
+
+    /// The newest first.
+    std::map<ComparableName, std::vector<std::unique_ptr<KnownList>>> lists_;
+    std::map<std::tuple<const void*, const void*, const void*>, StatusInformation> known_;
+    std::map<std::pair<const void*, const void*>, std::shared_ptr<ICryptoKeyPair>> signers_;
+    std::vector<CertificatePtr> responders_;
+};
+
+} // namespace ccrypto
