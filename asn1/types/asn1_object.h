@@ -49,6 +49,8 @@ public:
     /// Decodes elements, then parses them. More than the template takes are refused, and octets other than padding with 00 or FF
     /// after a 00 or FF that ends a level.
     bool ParseDer(const element& der);
+    /// Back to an object that was never given anything.
+    void clear();
     /// Ignores data after the last item of the template, or of an element in it, which Parse and ParseDer refuse otherwise.
     void allowSurplus(bool allowed = true) { allowsSurplus_ = allowed; }
     /// How many elements of the list at the node parsed last the template took.
@@ -89,7 +91,6 @@ private:
 
     Outcome setNodeToParse(const elementNode& node);
     Outcome parse(const elementNode& node);
-    void clear();
     const elementNode* valueOf(std::string_view name) const;
 
     const char* templateText_;

@@ -142,8 +142,10 @@ bool COCSPResponse::VerifySignature() const
         if (++tried == maxTriedCertificates)
             break;
     }
-    if (tried == 0)
-        logger.WriteLog("Failed to verify: none of the certificates is the responder's");
+    if (tried == 0) {
+        logger.WriteLog("Failed to verify: none of the response's certificates is the responder's");
+        logger.WriteLog("Responder certificate: none");
+    }
     return logger.setResult(false);
 }
 

@@ -16,7 +16,13 @@ namespace {
 /// Those whose name or key is the responder's; each costs a signature or two.
 constexpr std::uint32_t maxTriedResponders = 8;
 constexpr std::uint32_t minOcspRsaBits = 2048; ///< bits
-constexpr std::int64_t ocspSecond = 1000;
+
+/// In milliseconds. What a caller gives may be as long as it likes: this is longer than any two times are apart.
+std::int64_t OcspDuration(std::int64_t seconds)
+{
+    constexpr std::int64_t maxSeconds = 1'000'000'000'000;
+    return std::clamp(seconds, -maxSeconds, maxSeconds) * 1000;
+}
 
 constexpr std::string_view ocspStatusWords[] = {"good", "revoked", "unknown", "stale", "bad"};
 constexpr std::string_view ocspFailureWords[] = {
@@ -73,8 +79,8 @@ private:
     bool isTimely(const CCryptoOCSP::CSingleResponse& single, OcspVerdict& verdict) const;
 
     bool fail(OcspFailure failure, CCryptoString detail);
-    /// A responder that will not do: another may.
-    bool pass(OcspFailure failure, const char* detail);
+    /// Keeps why a responder is not used: another one may be.
+    bool skip(OcspFailure failure, const char* detail);
 
     const CCryptoOCSP::COCSPResponse& response_;
     const CCryptoOCSP::CBasicOCSPResponse& basic_;
@@ -94,7 +100,7 @@ bool OcspJudge::fail(OcspFailure failure, CCryptoString detail)
     return false;
 }
 
-bool OcspJudge::pass(OcspFailure failure, const char* detail)
+bool OcspJudge::skip(OcspFailure failure, const char* detail)
 {
     // The first responder that was something more than a stranger says why.
     const bool isFirst = verdict_.failure == OcspFailure::none || verdict_.failure == OcspFailure::wrongResponder;
@@ -146,9 +152,9 @@ bool OcspJudge::isSigned()
 bool OcspJudge::isSignedBy(const CCrypto_X509_Certificate& responder)
 {
     if (responder.publicKey() == nullptr)
-        return pass(OcspFailure::unsupportedAlgorithm, "the responder's key");
+        return skip(OcspFailure::unsupportedAlgorithm, "the responder's key");
     if (IsTooWeakForOcsp(*algorithm_, *responder.publicKey(), options_.allowWeak))
-        return pass(OcspFailure::weakAlgorithm, "the signature of the response");
+        return skip(OcspFailure::weakAlgorithm, "the signature of the response");
     ++verdict_.signatures;
     switch (VerifySignature(*responder.publicKey(), *algorithm_, basic_.signedOctets(), basic_.signature.bytes())) {
     case SignatureResult::good:
@@ -156,9 +162,9 @@ bool OcspJudge::isSignedBy(const CCrypto_X509_Certificate& responder)
         verdict_.detail = {};
         return true;
     case SignatureResult::bad:
-        return pass(OcspFailure::badSignature, "the signature of the response");
+        return skip(OcspFailure::badSignature, "the signature of the response");
     default:
-        return pass(OcspFailure::unsupportedAlgorithm, "the signature of the response");
+        return skip(OcspFailure::unsupportedAlgorithm, "the signature of the response");
     }
 }
 
@@ -168,7 +174,7 @@ bool OcspJudge::isSignedByNamed()
         if (named == nullptr || !basic_.isResponder(*named))
             continue;
         if (!named->isValidAt(options_.at)) {
-            pass(OcspFailure::responderNotValid, "the responder's certificate is not valid at the time");
+            skip(OcspFailure::responderNotValid, "the responder's certificate is not valid at the time");
             continue;
         }
         if (isSignedBy(*named)) {
@@ -207,23 +213,23 @@ bool OcspJudge::isEntitled(const CCrypto_X509_Certificate& certificate)
     const auto issuerName = ComparableName::Read(certificate.issuer().GetDerEncodedElement().bytes());
     const auto name = ComparableName::Read(issuer_.subject().GetDerEncodedElement().bytes());
     if (!issuerName || !name || issuerName != name)
-        return pass(OcspFailure::wrongResponder, "the responder's certificate is of another issuer");
+        return skip(OcspFailure::wrongResponder, "the responder's certificate is of another issuer");
     if (!certificate.isDer())
-        return pass(OcspFailure::notDer, "the responder's certificate is not DER");
+        return skip(OcspFailure::notDer, "the responder's certificate is not DER");
 
     const ReadExtensions extensions = ReadAllExtensions(certificate.extensions(), ExtensionOwner::certificate);
     if (extensions.isMalformed)
-        return pass(OcspFailure::malformed, "an extension of the responder's certificate");
+        return skip(OcspFailure::malformed, "an extension of the responder's certificate");
     if (extensions.hasUnknownCritical)
-        return pass(OcspFailure::criticalExtension, "the responder's certificate has one that is not known");
+        return skip(OcspFailure::criticalExtension, "the responder's certificate has one that is not known");
     const auto& purposes = extensions.extendedKeyUsage;
     if (!purposes || std::ranges::find(*purposes, oids::ocspSigning) == purposes->end())
-        return pass(OcspFailure::wrongResponder, "the responder's certificate is not for OCSPSigning");
+        return skip(OcspFailure::wrongResponder, "the responder's certificate is not for OCSPSigning");
     const auto& usage = extensions.keyUsage;
     if (usage && !usage->has(KeyUsageBit::digitalSignature) && !usage->has(KeyUsageBit::nonRepudiation))
-        return pass(OcspFailure::wrongResponder, "the responder's key is not for signatures");
+        return skip(OcspFailure::wrongResponder, "the responder's key is not for signatures");
     if (!certificate.isValidAt(options_.at))
-        return pass(OcspFailure::responderNotValid, "the responder's certificate is not valid at the time");
+        return skip(OcspFailure::responderNotValid, "the responder's certificate is not valid at the time");
     return isIssuedByIssuer(certificate);
 }
 
@@ -231,12 +237,12 @@ bool OcspJudge::isIssuedByIssuer(const CCrypto_X509_Certificate& certificate)
 {
     const std::optional<SignatureAlgorithm> algorithm = ReadSignatureAlgorithm(certificate.signatureAlgorithm());
     if (!algorithm)
-        return pass(OcspFailure::unsupportedAlgorithm, "the signature of the responder's certificate");
+        return skip(OcspFailure::unsupportedAlgorithm, "the signature of the responder's certificate");
     if (IsTooWeakForOcsp(*algorithm, *issuer_.publicKey(), options_.allowWeak))
-        return pass(OcspFailure::weakAlgorithm, "the signature of the responder's certificate");
+        return skip(OcspFailure::weakAlgorithm, "the signature of the responder's certificate");
     ++verdict_.signatures;
     return certificate.verifySignature(*issuer_.publicKey()) == SignatureResult::good ||
-           pass(OcspFailure::wrongResponder, "the responder's certificate is not signed by the issuer's key");
+           skip(OcspFailure::wrongResponder, "the responder's certificate is not signed by the issuer's key");
 }
 
 bool OcspJudge::answersRequest()
@@ -327,14 +333,14 @@ bool OcspJudge::isTimely(const CCryptoOCSP::CSingleResponse& single, OcspVerdict
     if (until && *until < *from)
         return failed(OcspStatus::bad, "nextUpdate is before thisUpdate");
 
-    const std::int64_t skew = options_.clockSkewSeconds * ocspSecond;
+    const std::int64_t skew = OcspDuration(options_.clockSkewSeconds);
     if (*from - skew > *at)
         return failed(OcspStatus::stale, CCryptoString("thisUpdate is ") + OcspTimeText(single.thisUpdate));
     if (*produced - skew > *at)
         return failed(OcspStatus::stale, CCryptoString("producedAt is ") + OcspTimeText(verdict.producedAt));
     if (until && *until + skew < *at)
         return failed(OcspStatus::stale, CCryptoString("nextUpdate was ") + OcspTimeText(single.nextUpdate));
-    if (!until && *at - *from > options_.maxAgeSeconds * ocspSecond)
+    if (!until && *at - *from > OcspDuration(options_.maxAgeSeconds))
         return failed(OcspStatus::stale, CCryptoString("no nextUpdate; thisUpdate was ") + OcspTimeText(single.thisUpdate));
     return true;
 }

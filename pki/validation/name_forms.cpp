@@ -121,6 +121,53 @@ std::optional<std::vector<std::uint8_t>> ReadIp6Address(std::string_view text)
     return octets;
 }
 
+bool IsLetterOrDigit(char character)
+{
+    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
+           (character >= '0' && character <= '9');
+}
+
+/// The "preferred name syntax" (RFC 1034, 3.5; RFC 1123, 2.1).
+bool IsPreferredName(std::string_view text)
+{
+    if (text.ends_with('.') || !ReadHostName(text) || text.find('_') != std::string_view::npos)
+        return false;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const bool isEdge = at == 0 || at + 1 == text.size() || text[at - 1] == '.' || text[at + 1] == '.';
+        if (isEdge && text[at] != '.' && !IsLetterOrDigit(text[at]))
+            return false;
+    }
+    return true;
+}
+
+/// The host of an authority (RFC 3986, 3.2), a name or an address.
+bool HasHost(std::string_view authority)
+{
+    std::string_view host = authority.substr(authority.rfind('@') + 1);
+    if (host.starts_with('[')) {
+        const std::size_t end = host.find(']');
+        return end != std::string_view::npos && ReadIp6Address(host.substr(1, end - 1));
+    }
+    host = host.substr(0, host.find(':'));
+    return ReadHostName(host).has_value();
+}
+
+/// "scheme:" and something after it (RFC 3986, 3.1), and after "//" a host.
+bool IsAbsoluteUri(std::string_view uri)
+{
+    const std::size_t colon = std::min(uri.find(':'), uri.size());
+    const std::string_view scheme = uri.substr(0, colon);
+    const std::string_view rest = uri.substr(std::min(colon + 1, uri.size()));
+    const auto isOfScheme = [](char character) {
+        return IsLetterOrDigit(character) || character == '+' || character == '-' || character == '.';
+    };
+    const auto isBlank = [](char character) { return character <= ' ' || character == 0x7F; };
+    if (scheme.empty() || scheme[0] < 'A' || rest.empty() || !std::ranges::all_of(scheme, isOfScheme) ||
+        std::ranges::any_of(rest, isBlank))
+        return false;
+    return !rest.starts_with("//") || HasHost(rest.substr(2, rest.find_first_of("/?#", 2) - 2));
+}
+
 CCryptoString TextOf(const GeneralName& name)
 {
     using enum GeneralName::Kind;
@@ -225,6 +272,25 @@ std::optional<std::string> ReadUriHost(std::string_view uri)
 std::optional<std::vector<std::uint8_t>> ReadIpAddress(std::string_view text)
 {
     return text.find(':') == std::string_view::npos ? ReadIp4Address(text) : ReadIp6Address(text);
+}
+
+bool IsConformingName(const GeneralName& name)
+{
+    const std::string_view text = name.value.view();
+    switch (name.kind) {
+    case GeneralName::Kind::email:
+        return ReadMailbox(text).has_value();
+    case GeneralName::Kind::dns:
+        return IsPreferredName(text.starts_with("*.") ? text.substr(2) : text);
+    case GeneralName::Kind::uri:
+        return IsAbsoluteUri(text);
+    case GeneralName::Kind::ipAddress:
+        return text.size() == 4 || text.size() == 16;
+    case GeneralName::Kind::directory:
+        return text.size() > 2;
+    default:
+        return !text.empty();
+    }
 }
 
 CCryptoString GeneralNameText(const GeneralName& name)

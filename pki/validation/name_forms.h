@@ -42,6 +42,10 @@ struct Mailbox {
 /// The 4 or 16 octets of "192.0.2.1" or "2001:db8::1" (RFC 4291, 2.2). \return none for anything else.
 [[nodiscard]] std::optional<std::vector<std::uint8_t>> ReadIpAddress(std::string_view text);
 
+/// Whether an alternative name keeps what RFC 5280, 4.2.1.6, asks of its form: not empty, DNS names in the preferred syntax (with
+/// or without a wildcard), mailboxes, absolute URIs, addresses of 4 or 16 octets.
+[[nodiscard]] bool IsConformingName(const GeneralName& name);
+
 /// "dNSName example.com": for people, without characters that a terminal would obey, and not longer than a line or two.
 [[nodiscard]] CCryptoString GeneralNameText(const GeneralName& name);
 

@@ -144,6 +144,22 @@ bool StartsWithFalse(ProfileOctets content)
     return level && level->size() >= 3 && (*level)[0] == profile_tag::boolean && (*level)[2] == 0;
 }
 
+/// Whether a subtree says that its minimum is 0. \param content of name constraints.
+bool WritesMinimum(ProfileOctets content)
+{
+    const auto level = OnlyValue(content, profile_tag::sequence);
+    DerCursor lists(level ? *level : ProfileOctets());
+    while (const DerItem list = lists.read()) {
+        DerCursor subtrees(list.value);
+        while (const DerItem subtree = subtrees.read()) {
+            DerCursor fields(subtree.value);
+            if (fields.read() && !fields.atEnd())
+                return true;
+        }
+    }
+    return false;
+}
+
 bool WritesCriticalFalse(ProfileOctets extensions)
 {
     const auto level = OnlyValue(extensions, profile_tag::sequence);
@@ -176,6 +192,8 @@ const char* DefaultValueFault(const ProfileSubject& subject)
         return "the basic constraints say FALSE where cA is left out";
     if (const auto* const usage = subject.find(oids::keyUsage); usage != nullptr && HasTrailingZeros(usage->content().bytes()))
         return "the key usage ends with a zero";
+    if (const auto* const names = subject.find(oids::nameConstraints); names != nullptr && WritesMinimum(names->content().bytes()))
+        return "a name constraint says 0 where the minimum is left out";
     return nullptr;
 }
 
@@ -254,66 +272,18 @@ const char* CriticalityFault(const ProfileSubject& subject)
     return nullptr;
 }
 
-bool IsLetterOrDigit(char character)
+const char* EmailFault(const ProfileSubject& subject)
 {
-    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-           (character >= '0' && character <= '9');
-}
-
-/// The "preferred name syntax" (RFC 1034, 3.5; RFC 1123, 2.1).
-bool IsPreferredName(std::string_view text)
-{
-    if (text.ends_with('.') || !ReadHostName(text) || text.find('_') != std::string_view::npos)
-        return false;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        const bool isEdge = at == 0 || at + 1 == text.size() || text[at - 1] == '.' || text[at + 1] == '.';
-        if (isEdge && text[at] != '.' && !IsLetterOrDigit(text[at]))
-            return false;
-    }
-    return true;
-}
-
-/// "scheme:" and something after it (RFC 3986, 3.1), and after "//" a host.
-bool IsAbsoluteUri(std::string_view uri)
-{
-    const std::size_t colon = std::min(uri.find(':'), uri.size());
-    const std::string_view scheme = uri.substr(0, colon);
-    const std::string_view rest = uri.substr(std::min(colon + 1, uri.size()));
-    const auto isOfScheme = [](char character) {
-        return IsLetterOrDigit(character) || character == '+' || character == '-' || character == '.';
-    };
-    if (scheme.empty() || scheme[0] < 'A' || rest.empty() || !std::ranges::all_of(scheme, isOfScheme) ||
-        std::ranges::any_of(rest, [](char character) { return character <= ' ' || character == 0x7F; }))
-        return false;
-    if (!rest.starts_with("//"))
-        return true;
-    const std::string_view authority = rest.substr(2, rest.find_first_of("/?#", 2) - 2);
-    const std::string_view host = authority.substr(authority.rfind('@') + 1);
-    return !host.empty() && host[0] != ':';
-}
-
-bool IsProperGeneralName(const GeneralName& name)
-{
-    const std::string_view text = name.value.view();
-    switch (name.kind) {
-    case GeneralName::Kind::email:
-        return ReadMailbox(text).has_value();
-    case GeneralName::Kind::dns:
-        return IsPreferredName(text.starts_with("*.") ? text.substr(2) : text);
-    case GeneralName::Kind::uri:
-        return IsAbsoluteUri(text);
-    case GeneralName::Kind::ipAddress:
-        return text.size() == 4 || text.size() == 16;
-    case GeneralName::Kind::directory:
-        return text.size() > 2;
-    default:
-        return !text.empty();
-    }
+    const auto isEmail = [](const GeneralName& name) { return name.kind == GeneralName::Kind::email; };
+    const auto& names = subject.extensions.subjectAlternativeName;
+    return subject.certificate.subject().find(oids::emailAddress) != nullptr && !(names && std::ranges::any_of(*names, isEmail))
+               ? "an e-mail address in the subject alone"
+               : nullptr;
 }
 
 const char* AlternativeNameFault(const ProfileSubject& subject)
 {
-    const auto areProper = [](const GeneralNames& names) { return std::ranges::all_of(names, IsProperGeneralName); };
+    const auto areProper = [](const GeneralNames& names) { return std::ranges::all_of(names, IsConformingName); };
     if (subject.extensions.subjectAlternativeName && !areProper(*subject.extensions.subjectAlternativeName))
         return "an alternative name that is empty or not of its form";
     if (const auto* const value = subject.find(oids::issuerAlternativeName)) {
@@ -446,6 +416,7 @@ constexpr ProfileRule profileRules[] = {
     {"4.1.2.2", SerialNumberFault},
     {"4.1.2.4", NameFault},
     {"4.1.2.5", ValidityFault},
+    {"4.1.2.6", EmailFault},
     {"4.1.2.8", UniqueIdFault},
     {"4.1", DefaultValueFault},
     {"4.2", CriticalityFault},

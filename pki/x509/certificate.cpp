@@ -3,9 +3,9 @@
 #include "asn1/der/der_cursor.h"
 #include "asn1/der/der_parser.h"
 #include "asn1/template/template_cache.h"
-#include "asn1/tree/node_parts.h"
 #include "pki/keys/key_encoding.h"
 #include "pki/x509/certificate_templates.h"
+#include "pki/x509/field_reading.h"
 #include "pki/x509/x509_time.h"
 
 #include <utility>
@@ -33,7 +33,6 @@ constexpr const char* versionPath = "{{{=";
 
 constexpr std::uint8_t sequenceTag = 0x30;
 constexpr std::uint8_t integerTag = 0x02;
-constexpr std::uint8_t bitStringTag = 0x03;
 constexpr std::uint8_t versionTag = 0xA0;
 constexpr std::uint8_t extensionsTag = 0xA3;
 constexpr std::int32_t maxVersion = 1'000'000;
@@ -74,35 +73,6 @@ bool FindOctets(std::span<const std::uint8_t> der, CertificateOctets& octets)
     const DerItem extensions = fields.read(extensionsTag);
     octets = {signedPart.octets, issuer.octets, subject.octets, publicKey.octets, extensions.value};
     return isStart && issuer && validity && subject && publicKey;
-}
-
-element OctetsOfList(const TemplateBinding& items)
-{
-    const ElementNodePtr list = elementNode::Make(ElementType::sequence);
-    if (items.node != nullptr)
-        list->set(LinkKind::content, items.node->clone(true));
-    return CCryptoParser::ToDer(list.get());
-}
-
-/// The octets of a BIT STRING of whole bytes; null for any other, and for one without bits.
-const element* WholeBytes(const elementNode* bitString)
-{
-    const elementNode* const value = bitString != nullptr ? bitString->value() : nullptr;
-    if (value == nullptr || bitString->type() != ElementType::bitString || value->type() != ElementType::bytes)
-        return nullptr;
-    const element* const unusedBits = BracketNumber(*bitString);
-    return unusedBits != nullptr && unusedBits->toWord32() == 0 ? &value->token() : nullptr;
-}
-
-/// An INTEGER in no more octets than it needs (X.690, 8.3.2); null for any other.
-const element* MinimalInteger(const elementNode* value)
-{
-    const element* const octets = value != nullptr && value->type() == ElementType::integer ? &value->token() : nullptr;
-    if (octets == nullptr || octets->isEmpty())
-        return nullptr;
-    const bool isPadded =
-        octets->length() > 1 && (((*octets)[0] == 0 && (*octets)[1] < 0x80) || ((*octets)[0] == 0xFF && (*octets)[1] >= 0x80));
-    return isPadded ? nullptr : octets;
 }
 
 /// The moment as a UTC time; invalid beyond the years that the calendar has.
@@ -236,21 +206,20 @@ bool CCrypto_X509_Certificate::readNames(CCryptoAutoLogger& logger, const CCrypt
         octets.subject = subjectOctets.bytes();
         octets.extensions = extensionsOctets.bytes();
     }
-    if (!issuer_.Refer(issuer.node, octets.issuer))
+    if (!issuer_.Refer(issuer.node, octets.issuer, true))
         return logger.fail(false, "Invalid issuer");
-    if (!subject_.Refer(subject.node, octets.subject))
+    if (!subject_.Refer(subject.node, octets.subject, true))
         return logger.fail(false, "Invalid subject");
     // Without a value there is no list (RFC 5280, 4.1).
-    if (extensions != nullptr && (extensions->node == nullptr || !extensions_.Refer(extensions->node, octets.extensions)))
+    if (extensions != nullptr && (extensions->node == nullptr || !extensions_.Refer(extensions->node, octets.extensions, false)))
         return logger.fail(false, "Invalid extensions");
     return true;
 }
 
 bool CCrypto_X509_Certificate::readKey(CCryptoAutoLogger& logger, const elementNode* node)
 {
-    const elementNode* const algorithm = node->content();
-    const element* const bits = WholeBytes(algorithm != nullptr ? algorithm->next() : nullptr);
-    if (bits == nullptr || algorithm->next()->next() != nullptr)
+    const element* const bits = PublicKeyBits(*node);
+    if (bits == nullptr)
         return logger.fail(false, "Key loading failed");
     publicKeyBits_ = Octets(*bits);
     publicKey_ = LoadPublicKeyInfo(publicKeyInfo_);
@@ -260,9 +229,134 @@ bool CCrypto_X509_Certificate::readKey(CCryptoAutoLogger& logger, const elementN
     return logger.fail(false, "Key loading failed");
 }
 
+void CCrypto_X509_Certificate::setSerialNumber(const element& magnitude)
+{
+    changeFields();
+    serialNumber_ = IntegerOctets(magnitude);
+}
+
+void CCrypto_X509_Certificate::setValidity(const CCryptoDateTime& from, const CCryptoDateTime& to)
+{
+    changeFields();
+    validFrom_ = from;
+    validTo_ = to;
+}
+
+void CCrypto_X509_Certificate::setIssuer(CCrypto_X509_ValueList issuer)
+{
+    changeFields();
+    issuer_ = std::move(issuer);
+}
+
+void CCrypto_X509_Certificate::setSubject(CCrypto_X509_ValueList subject)
+{
+    changeFields();
+    subject_ = std::move(subject);
+}
+
+void CCrypto_X509_Certificate::setExtensions(CCrypto_X509_ValueList extensions)
+{
+    changeFields();
+    extensions_ = std::move(extensions);
+}
+
+bool CCrypto_X509_Certificate::setPublicKey(std::shared_ptr<ICryptoKeyPair> key)
+{
+    CCryptoAutoLogger logger("CCrypto_X509_Certificate::setPublicKey");
+    changeFields();
+    element info = key != nullptr ? key->publicKeyInfo() : element();
+    const ElementNodePtr tree = info.isEmpty() ? nullptr : CCryptoDERParser().Decode(info.bytes());
+    const element* const bits = tree != nullptr ? PublicKeyBits(*tree) : nullptr;
+    if (bits == nullptr)
+        return logger.fail(false, "Public key not found");
+    publicKeyBits_ = Octets(*bits);
+    publicKeyInfo_ = std::move(info);
+    publicKey_ = std::move(key);
+    return logger.setResult(true);
+}
+
+bool CCrypto_X509_Certificate::setSignatureAlgorithm(const element& identifier)
+{
+    changeFields();
+    return signatureAlgorithm_.ParseDer(identifier) && outerSignatureAlgorithm_.ParseDer(identifier);
+}
+
+void CCrypto_X509_Certificate::setSignature(const element& signature)
+{
+    changeFields();
+    signature_ = Octets(signature);
+}
+
+void CCrypto_X509_Certificate::changeFields()
+{
+    // The tree stays: lists that were read refer to it.
+    der_ = {};
+    signedOctets_ = {};
+    isDer_ = false;
+}
+
+/// Fills the quoted template, or without extensions the one that can do without.
+bool CCrypto_X509_Certificate::fillFields(CCryptoParser& parser) const
+{
+    const bool isVersion1 = version_ == 1;
+    const bool hasExtensions = !extensions_.isEmpty();
+    const elementNode* const items = ParsedTemplate(isVersion1 && !hasExtensions ? openVersion1Template
+                                                    : hasExtensions              ? version3CertificateTemplate
+                                                                                 : openVersion3Template);
+    parser.setRoot(items != nullptr ? items->clone(true) : nullptr);
+    const auto fillOctets = [&parser](const char* name, const element& octets) {
+        const ElementNodePtr tree = octets.isEmpty() ? nullptr : CCryptoDERParser().Decode(octets.bytes());
+        return tree != nullptr && parser.fill_tree(name, tree.get());
+    };
+    const auto fillTime = [&parser](const char* tag, const char* name, const CCryptoDateTime& time) {
+        const CCryptoString text = X509TimeText(time);
+        return !text.isEmpty() && parser.fill_word(tag, X509TimeTypeWord(time)) && parser.fill(name, text.data());
+    };
+    const auto fillName = [&parser](const char* name, const CCrypto_X509_ValueList& list) {
+        const ElementNodePtr values = list.BuildItems(true);
+        return (values != nullptr || list.isEmpty()) && parser.fill_tree(name, values.get());
+    };
+    const ElementNodePtr extensions = extensions_.BuildItems(false);
+    element signature;
+    signature.append(std::uint8_t{0});
+    signature.append(signature_.view());
+    return (isVersion1 || parser.fill("VERSION", element(std::uint32_t{2}))) && parser.fill("SERIAL_NUMBER", serialNumber_) &&
+           fillOctets("SIGNATURE_ALGORITHM", signatureAlgorithm_.readOctets()) &&
+           fillOctets("SIGNATURE_ALGORITHM_2", outerSignatureAlgorithm_.readOctets()) && fillName("ISSUER", issuer_) &&
+           fillTime("VALID_FROM_TAG", "VALID_FROM", validFrom_) && fillTime("VALID_TO_TAG", "VALID_TO", validTo_) &&
+           fillName("SUBJECT", subject_) && fillOctets("PUBLIC_KEY", publicKeyInfo_) &&
+           (!hasExtensions || (extensions != nullptr && parser.fill_tree("EXTENSIONS", extensions.get()))) &&
+           parser.fill("SIGNATURE", signature);
+}
+
+element CCrypto_X509_Certificate::GetSignedPart() const
+{
+    CCryptoAutoLogger logger("CCrypto_X509_Certificate::GetSignedPart");
+    if (!signedOctets_.empty()) {
+        logger.setResult(true);
+        return {signedOctets_.data(), static_cast<std::uint32_t>(signedOctets_.size())};
+    }
+    CCryptoParser parser;
+    if (!fillFields(parser))
+        return logger.fail(element(), "A field cannot be written");
+    logger.setResult(true);
+    return CCryptoParser::ToDer(parser.root()->content()->clone().get());
+}
+
 element CCrypto_X509_Certificate::GetCertificate() const
 {
-    return der_;
+    CCryptoAutoLogger logger("CCrypto_X509_Certificate::GetCertificate");
+    if (isLoaded()) {
+        logger.setResult(true);
+        return der_;
+    }
+    if (serialNumber_.isEmpty())
+        logger.WriteLog("CCrypto_X509_Certificate::GetCertificate(); WARNING: CSN is empty?");
+    CCryptoParser parser;
+    if (!fillFields(parser))
+        return logger.fail(element(), "A field cannot be written");
+    logger.setResult(true);
+    return parser.ToDer();
 }
 
 bool CCrypto_X509_Certificate::isValidAt(const CCryptoDateTime& now, std::int64_t toleranceSeconds) const

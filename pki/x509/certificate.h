@@ -18,7 +18,8 @@ public:
     /// \param der one certificate. \return false, logged, the object empty and failure() set: "value is empty", "Loading failed!",
     /// "Invalid version: %i", "Public key not found", "Key loading failed", …
     bool LoadCertificate(const element& der);
-    /// The DER: as it was read, else built of the fields.
+    /// The DER: as it was read, else built of the fields, with a warning in the log when there is no serial number. Empty, logged,
+    /// when another field is missing.
     [[nodiscard]] element GetCertificate() const;
 
     /// Big-endian, as the octets of the INTEGER are.
@@ -37,11 +38,28 @@ public:
     /// yet: %s > %s" or "Expired: %s < %s".
     [[nodiscard]] bool isValidAt(const CCryptoDateTime& now, std::int64_t toleranceSeconds = 0) const;
 
+    // Fields of a certificate that is to be written. Each change makes der() empty: GetCertificate() is then built of the fields.
+    // It is of version 3, unless version 1 was read and there are no extensions.
+
+    void setSerialNumber(const element& magnitude);
+    void setValidity(const CCryptoDateTime& from, const CCryptoDateTime& to);
+    void setIssuer(CCrypto_X509_ValueList issuer);
+    void setSubject(CCrypto_X509_ValueList subject);
+    void setExtensions(CCrypto_X509_ValueList extensions);
+    /// \return false, logged, for null and for a key that has no SubjectPublicKeyInfo.
+    [[nodiscard]] bool setPublicKey(std::shared_ptr<ICryptoKeyPair> key);
+    /// Both of them. \param identifier AlgorithmIdentifier, DER. \return false, logged, for anything else.
+    [[nodiscard]] bool setSignatureAlgorithm(const element& identifier);
+    void setSignature(const element& signature);
+    /// What is to be signed: as it was read, else built of the fields. Empty, logged, when a field is missing.
+    [[nodiscard]] element GetSignedPart() const;
+
 private:
+    void changeFields();
+    bool fillFields(CCryptoParser& parser) const;
     bool readFields(CCryptoAutoLogger& logger);
     bool readNames(CCryptoAutoLogger& logger, const CCryptoTemplateMatch& match);
     bool readKey(CCryptoAutoLogger& logger, const elementNode* node);
-    bool fail(CCryptoAutoLogger& logger, const char* reason);
     void clear();
 
     element serialNumber_;

@@ -13,7 +13,12 @@ namespace ccrypto {
 
 /// A distinguished name in the form in which names are compared (RFC 5280, 7.1): case is folded and blanks are compressed in
 /// the values that are PrintableString, UTF8String, TeletexString, BMPString, UniversalString or IA5String; other values are their
-/// octets. Two names are the same when these are equal.
+/// octets. Two names are the same when these are equal. The values of one relative name may come in any order.
+///
+/// Text is prepared by RFC 4518, 2.2 and 2.6, without normalisation: an accented letter and the letter with a combining accent are
+/// different. Controls, soft hyphens, zero-width characters and marks of direction are left out; all separators of Unicode are
+/// blanks. Case is folded in Latin (Latin-1, Extended-A and Extended Additional, full-width), Greek, Cyrillic and Armenian letters;
+/// sharp s is "ss".
 class ComparableName {
 public:
     ComparableName() = default;
@@ -39,8 +44,18 @@ private:
 
 /// The twelve attributes that the name builder knows. Empty ones add nothing.
 struct NameStrings {
-    CCryptoString country, state, locality, serialNumber, organisation, organisationalUnit, surname, givenName, email, commonName,
-        title, pseudonym;
+    CCryptoString country = {};
+    CCryptoString state = {};
+    CCryptoString locality = {};
+    CCryptoString serialNumber = {};
+    CCryptoString organisation = {};
+    CCryptoString organisationalUnit = {};
+    CCryptoString surname = {};
+    CCryptoString givenName = {};
+    CCryptoString email = {};
+    CCryptoString commonName = {};
+    CCryptoString title = {};
+    CCryptoString pseudonym = {};
 };
 
 /// The attributes in the fixed order country, state, locality, organisation, organisational unit, pseudonym, title, serial

@@ -32,8 +32,8 @@ void CCrypto_X509_Base::clearBase()
     version_ = 0;
     issuer_.clear();
     extensions_.clear();
-    signatureAlgorithm_.Parse(nullptr);
-    outerSignatureAlgorithm_.Parse(nullptr);
+    signatureAlgorithm_.clear();
+    outerSignatureAlgorithm_.clear();
     signature_ = {};
     tree_.reset();
     der_ = {};

@@ -136,7 +136,7 @@ bool CCrypto_X509_ValueList::append(const elementNode& node, bool isAttribute, s
 
 bool CCrypto_X509_ValueList::readAttributes(const elementNode& set, std::uint32_t relativeName)
 {
-    if (set.content() == nullptr)
+    if (set.type() != ElementType::set || set.content() == nullptr)
         return false;
     for (const elementNode* attribute = set.content(); attribute != nullptr; attribute = attribute->next()) {
         if (!append(*attribute, true, relativeName))
@@ -145,15 +145,14 @@ bool CCrypto_X509_ValueList::readAttributes(const elementNode& set, std::uint32_
     return true;
 }
 
-bool CCrypto_X509_ValueList::Refer(const elementNode* first, std::span<const std::uint8_t> octets)
+bool CCrypto_X509_ValueList::Refer(const elementNode* first, std::span<const std::uint8_t> octets, bool asName)
 {
     CCryptoAutoLogger logger("CCrypto_X509_ValueList::Parse");
     clear();
     std::uint32_t relativeName = 0;
     for (const elementNode* node = first; node != nullptr; node = node->next()) {
-        const bool isAsBefore = node->type() == first->type();
-        const bool isRead = node->type() == ElementType::set ? readAttributes(*node, relativeName++) : append(*node, false, 0);
-        if (!isAsBefore || !isRead) {
+        const bool isRead = asName ? readAttributes(*node, relativeName++) : append(*node, false, 0);
+        if (!isRead) {
             clear();
             return logger.fail(false, "Not a name, and not a list of extensions");
         }
@@ -168,7 +167,7 @@ bool CCrypto_X509_ValueList::Parse(const elementNode* first)
     if (first != nullptr)
         list->set(LinkKind::content, first->clone(true));
     const element octets = CCryptoParser::ToDer(list.get());
-    const bool isRead = Refer(list->content(), octets.bytes());
+    const bool isRead = Refer(list->content(), octets.bytes(), first != nullptr && first->type() == ElementType::set);
     if (isRead)
         ownNodes_ = std::move(list);
     return isRead;
@@ -225,6 +224,11 @@ ElementNodePtr BuildRelativeName(ValueIterator first, ValueIterator last)
 ElementNodePtr CCrypto_X509_ValueList::BuildItems(bool asName) const
 {
     CCryptoAutoLogger logger("CCrypto_X509_ValueList::BuildItems");
+    if (!readOctets_.isEmpty()) {
+        const ElementNodePtr sequence = CCryptoDERParser().Decode(readOctets_.bytes());
+        logger.setResult(sequence != nullptr);
+        return sequence != nullptr ? sequence->release(LinkKind::content) : nullptr;
+    }
     ItemList list;
     for (auto first = values_.begin(); first != values_.end();) {
         const auto isOther = [&](const auto& value) { return value->relativeName() != (*first)->relativeName(); };

@@ -61,8 +61,8 @@ public:
     /// what is neither, and for more than maxValues.
     [[nodiscard]] bool Parse(const elementNode* first);
     /// The same without copies, for the owner of a tree: the nodes must outlive the list and what is moved out of it.
-    /// \param octets the SEQUENCE that the nodes are read from.
-    [[nodiscard]] bool Refer(const elementNode* first, std::span<const std::uint8_t> octets);
+    /// \param octets the SEQUENCE that the nodes are read from. \param asName a list of SETs, else of extensions.
+    [[nodiscard]] bool Refer(const elementNode* first, std::span<const std::uint8_t> octets, bool asName);
     void clear();
 
     [[nodiscard]] bool isEmpty() const { return values_.empty(); }
@@ -75,11 +75,11 @@ public:
     /// for BuildItems. Empty, logged, for values that cannot be written.
     [[nodiscard]] element GetDerEncodedElement(bool asName = true) const;
     /// The same without the identifier and length of the SEQUENCE: what the placeholders ISSUER, SUBJECT and EXTENSIONS stand for.
-    /// \param asName each relative name becomes a SET. Null for an empty list.
+    /// \param asName of a list that was not read: each relative name becomes a SET, its values in the order of DER. Null for an
+    /// empty list, and, logged, for values that cannot be written.
     [[nodiscard]] ccrypto::ElementNodePtr BuildItems(bool asName) const;
 
 private:
-    bool readNode(const elementNode& node);
     bool readAttributes(const elementNode& set, std::uint32_t relativeName);
     bool append(const elementNode& node, bool isAttribute, std::uint32_t relativeName);
 

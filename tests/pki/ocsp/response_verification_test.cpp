@@ -159,6 +159,12 @@ INSTANTIATE_TEST_SUITE_P(
                                    options.at = OcspTime("20260603000000Z");
                                    options.maxAgeSeconds = 172800;
                                }},
+                      OcspCase{"any age and skew", "good",
+                               [](TestOcspResponse& made, OcspOptions& options) {
+                                   made.nextUpdate.clear();
+                                   options.at = OcspTime("99991231235959Z");
+                                   options.maxAgeSeconds = options.clockSkewSeconds = INT64_MAX;
+                               }},
                       OcspCase{"an age does not shorten nextUpdate", "good",
                                [](TestOcspResponse&, OcspOptions& options) { options.maxAgeSeconds = 1; }}),
     CaseName<OcspCase>);

@@ -111,6 +111,13 @@ TEST(Profile, OfExtensions)
         {"4.1: an extension says FALSE where the critical flag is left out",
          SubjectWith({DerOf("30[06[551D0F] 010100 04[03[0780]]]")})},
 
+        {"4.1: a name constraint says 0 where the minimum is left out",
+         CaWith({ProfileExtension("2.5.29.30", "30[A1[30[82['a']] 30[82['a'] 800100]]]", true)})},
+
+        {"4.1.2.6: an e-mail address in the subject alone", SubjectWith({}), "CN=Subject,E=a@b"},
+        {"4.1.2.6: an e-mail address in the subject alone", SubjectWith({names({TestDns("a")})}), "CN=Subject,E=a@b"},
+        {"", SubjectWith({names({TestDns("a"), TestEmail("a@b")})}), "CN=Subject,E=a@b"},
+
         {"4.2: name constraints, policy constraints or inhibitAnyPolicy that are not critical",
          CaWith({TestNameConstraints({TestDns("a")}, {}, false)})},
         {"4.2: name constraints, policy constraints or inhibitAnyPolicy that are not critical",
@@ -210,12 +217,43 @@ TEST(Profile, OfAlternativeNames)
         return CheckProfile(Known(made.build(ProfileIssuer())), CertificateRole::endEntity).detail;
     };
     const Bytes improper[] = {
-        TestDns(""),           TestDns(" "),      TestDns("a_b"),   TestDns("-a"),      TestDns("a-"),        TestDns("a.-b"),
-        TestDns("a-.b"),       TestDns("a."),     TestDns("a*.b"),  TestDns("*"),       TestDns("*.*.a"),     TestDns("a..b"),
-        TestEmail(""),         TestEmail("a"),    TestEmail("a@"),  TestEmail("<a@b>"), TestUri(""),          TestUri("a"),
-        TestUri("a:"),         TestUri("/a"),     TestUri(":a"),    TestUri("1:a"),     TestUri("http:///a"), TestUri("http://:1/"),
-        TestUri("http://a@/"), TestUri("a:b c"),  TestUri("a/b:c"), TestIp({}),         TestIp({1, 2, 3}),    TestIp(Bytes(8)),
-        TestIp(Bytes(32)),     DerOf("A4[30[]]"), DerOf("A3[]"),
+        TestDns(""),
+        TestDns(" "),
+        TestDns("a_b"),
+        TestDns("-a"),
+        TestDns("a-"),
+        TestDns("a.-b"),
+        TestDns("a-.b"),
+        TestDns("a."),
+        TestDns("a*.b"),
+        TestDns("*"),
+        TestDns("*.*.a"),
+        TestDns("a..b"),
+        TestEmail(""),
+        TestEmail("a"),
+        TestEmail("a@"),
+        TestEmail("<a@b>"),
+        TestUri(""),
+        TestUri("a"),
+        TestUri("a:"),
+        TestUri("/a"),
+        TestUri(":a"),
+        TestUri("1:a"),
+        TestUri("http:///a"),
+        TestUri("http://:1/"),
+        TestUri("http://a@/"),
+        TestUri("http://a b/"),
+        TestUri("http://[::1"),
+        TestUri("http://[a]/"),
+        TestUri("http://a..b"),
+        TestUri("a:b c"),
+        TestUri("a/b:c"),
+        TestIp({}),
+        TestIp({1, 2, 3}),
+        TestIp(Bytes(8)),
+        TestIp(Bytes(32)),
+        DerOf("A4[30[]]"),
+        DerOf("A3[]"),
     };
     for (const Bytes& name : improper) {
         EXPECT_EQ(detailOf("2.5.29.17", name), "RFC 5280, 4.2.1.6: an alternative name that is empty or not of its form")
@@ -225,8 +263,11 @@ TEST(Profile, OfAlternativeNames)
             << Hex(name);
     }
     EXPECT_EQ(detailOf("2.5.29.18", {}), "RFC 5280, 4.2.1.6: an alternative name of the issuer that is empty or not of its form");
-    const Bytes proper[] = {TestDns("a-b.c1"),          TestDns("1.a"),     TestUri("urn:a"), TestUri("http://a@b:1/c"),
-                            TestUri("ldap://1.2.3.4/"), TestEmail("a@b.c"), DerOf("88[2A03]")};
+    const Bytes proper[] = {TestDns("a-b.c1"),          TestDns("1.a"),
+                            TestUri("urn:a"),           TestUri("http://a@b:1/c"),
+                            TestUri("ldap://1.2.3.4/"), TestUri("http://[::1]:8/"),
+                            TestUri("http://a.b?c"),    TestEmail("a@b.c"),
+                            DerOf("88[2A03]")};
     for (const Bytes& name : proper)
         EXPECT_EQ(detailOf("2.5.29.17", name), "") << Hex(name);
 }

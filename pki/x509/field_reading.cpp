@@ -1,0 +1,58 @@
+#include "pki/x509/field_reading.h"
+
+#include "asn1/parser/parser.h"
+#include "asn1/tree/node_parts.h"
+
+#include <algorithm>
+
+namespace ccrypto {
+
+const element* WholeBytes(const elementNode* bitString)
+{
+    const elementNode* const value = bitString != nullptr ? bitString->value() : nullptr;
+    if (value == nullptr || bitString->type() != ElementType::bitString || value->type() != ElementType::bytes)
+        return nullptr;
+    const element* const unusedBits = BracketNumber(*bitString);
+    return unusedBits != nullptr && unusedBits->toWord32() == 0 ? &value->token() : nullptr;
+}
+
+const element* MinimalInteger(const elementNode* value)
+{
+    const element* const octets = value != nullptr && value->type() == ElementType::integer ? &value->token() : nullptr;
+    if (octets == nullptr || octets->isEmpty())
+        return nullptr;
+    const std::uint8_t first = (*octets)[0];
+    const bool isPadded = octets->length() > 1 && (first == 0 || first == 0xFF) && ((first ^ (*octets)[1]) & 0x80) == 0;
+    return isPadded ? nullptr : octets;
+}
+
+element OctetsOfList(const TemplateBinding& items)
+{
+    const ElementNodePtr list = elementNode::Make(ElementType::sequence);
+    if (items.node != nullptr)
+        list->set(LinkKind::content, items.node->clone(true));
+    return CCryptoParser::ToDer(list.get());
+}
+
+const element* PublicKeyBits(const elementNode& publicKeyInfo)
+{
+    const elementNode* const algorithm = publicKeyInfo.content();
+    const elementNode* const key = algorithm != nullptr ? algorithm->next() : nullptr;
+    const bool isStructure = publicKeyInfo.type() == ElementType::sequence && key != nullptr &&
+                             algorithm->type() == ElementType::sequence && key->next() == nullptr;
+    return isStructure ? WholeBytes(key) : nullptr;
+}
+
+element IntegerOctets(const element& magnitude)
+{
+    const auto octets = magnitude.bytes();
+    const auto first = std::ranges::find_if(octets, [](std::uint8_t octet) { return octet != 0; });
+    element contents;
+    if (first != octets.end() ? *first >= 0x80 : !octets.empty())
+        contents.append(std::uint8_t{0});
+    const auto rest = octets.subspan(static_cast<std::size_t>(first - octets.begin()));
+    contents.append(rest.data(), static_cast<std::uint32_t>(rest.size()));
+    return contents;
+}
+
+} // namespace ccrypto
