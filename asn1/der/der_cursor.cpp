@@ -32,14 +32,12 @@ Head ReadHead(std::span<const std::uint8_t> level)
 
 } // namespace
 
-DerItem DerCursor::read()
+DerItem DerCursor::readOther()
 {
     const Head head = ReadHead(rest_);
     if (head.octets == 0 || head.length > rest_.size() - head.octets)
         return {};
-    const DerItem item = {rest_[0], rest_.first(head.octets + head.length), rest_.subspan(head.octets, head.length)};
-    rest_ = rest_.subspan(item.octets.size());
-    return item;
+    return take(head.octets, head.length);
 }
 
 std::optional<std::span<const std::uint8_t>> OnlyValue(std::span<const std::uint8_t> octets, std::uint8_t identifier)

@@ -27,12 +27,26 @@ public:
     [[nodiscard]] bool nextIs(std::uint8_t identifier) const { return !rest_.empty() && rest_.front() == identifier; }
     /// The next element, which is then behind the cursor. \return none, the cursor unmoved, at the end and for octets that are no
     /// element of DER.
-    [[nodiscard]] DerItem read();
+    [[nodiscard]] DerItem read()
+    {
+        // Most elements have a length of one octet.
+        const bool isShort =
+            rest_.size() >= 2 && rest_[1] < 0x80 && rest_[1] <= rest_.size() - 2 && rest_[0] != 0 && (rest_[0] & 0x1F) != 0x1F;
+        return isShort ? take(2, rest_[1]) : readOther();
+    }
     /// The same for an element with this identifier octet; none for any other.
     [[nodiscard]] DerItem read(std::uint8_t identifier) { return nextIs(identifier) ? read() : DerItem(); }
     [[nodiscard]] std::span<const std::uint8_t> rest() const { return rest_; }
 
 private:
+    DerItem readOther();
+    DerItem take(std::size_t headOctets, std::size_t length)
+    {
+        const DerItem item = {rest_[0], rest_.first(headOctets + length), rest_.subspan(headOctets, length)};
+        rest_ = rest_.subspan(headOctets + length);
+        return item;
+    }
+
     std::span<const std::uint8_t> rest_;
 };
 

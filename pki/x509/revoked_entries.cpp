@@ -35,6 +35,7 @@ constexpr std::array<std::uint8_t, 2> idCe = {0x55, 0x1D};
 
 constexpr std::uint8_t derTrue = 0xFF;
 constexpr std::uint8_t signBit = 0x80;
+constexpr std::uint8_t longForm = 0x80; ///< bit of a length octet: the others say how many more there are
 
 constexpr std::uint32_t entriesInStep = 64;
 /// A bucket holds about four entries of the usual length.
@@ -191,6 +192,22 @@ std::optional<EntryExtensions> ReadEntryExtensions(std::span<const std::uint8_t>
     return read;
 }
 
+// Of elements that were checked. The length of a serial number takes one octet.
+
+std::size_t HeadOctets(std::span<const std::uint8_t> element)
+{
+    return element[1] < longForm ? 2 : 2 + (element[1] - longForm);
+}
+
+std::uint32_t EntryLength(std::span<const std::uint8_t> entry)
+{
+    const std::size_t head = HeadOctets(entry);
+    std::size_t length = head == 2 ? entry[1] : 0;
+    for (std::size_t index = 2; index < head; ++index)
+        length = length << 8 | entry[index];
+    return static_cast<std::uint32_t>(head + length);
+}
+
 /// Any order in which the same numbers are equal.
 bool IsBefore(SerialOctets left, SerialOctets right)
 {
@@ -199,19 +216,30 @@ bool IsBefore(SerialOctets left, SerialOctets right)
     return std::memcmp(left.data(), right.data(), left.size()) < 0;
 }
 
-std::uint64_t HashOf(SerialOctets number)
+std::uint64_t Mixed(std::uint64_t hash, std::uint64_t word)
 {
     constexpr std::uint64_t odd = 0x9E3779B97F4A7C15; // 2^64 / the golden ratio
+    hash = (hash ^ word) * odd;
+    return hash ^ hash >> 32;
+}
+
+std::uint64_t HashOf(SerialOctets number)
+{
     std::uint64_t hash = number.size();
-    while (!number.empty()) {
-        std::uint64_t word = 0;
-        const std::size_t taken = std::min(number.size(), sizeof word);
-        std::memcpy(&word, number.data(), taken);
-        hash = (hash ^ word) * odd;
-        hash ^= hash >> 32;
-        number = number.subspan(taken);
+    std::uint64_t word = 0;
+    if (number.size() < sizeof word) {
+        for (const std::uint8_t octet : number)
+            word = word << 8 | octet;
+        return Mixed(hash, word);
     }
-    return hash * odd;
+    // The last word overlaps the one before it.
+    const std::uint8_t* const last = number.data() + number.size() - sizeof word;
+    for (const std::uint8_t* at = number.data(); at < last; at += sizeof word) {
+        std::memcpy(&word, at, sizeof word);
+        hash = Mixed(hash, word);
+    }
+    std::memcpy(&word, last, sizeof word);
+    return Mixed(hash, word);
 }
 
 } // namespace
@@ -273,11 +301,8 @@ bool RevokedEntries::makeIndex()
     CCryptoAutoLogger logger("RevokedEntries::makeIndex");
     for (std::size_t bucket = 2; bucket < bucketStarts_.size(); ++bucket)
         bucketStarts_[bucket] += bucketStarts_[bucket - 1];
-    for (DerCursor cursor(octets_); !cursor.atEnd();) {
-        const auto place = static_cast<Place>(octets_.size() - cursor.rest().size());
-        const SerialOctets serialNumber = DerCursor(cursor.read().value).read().value;
-        places_[bucketStarts_[bucketOf(serialNumber) + 1]++] = place;
-    }
+    for (Place place = 0; place < octets_.size(); place += EntryLength(octets_.subspan(place)))
+        places_[bucketStarts_[bucketOf(serialNumberAt(place)) + 1]++] = place;
     bucketStarts_.pop_back();
 
     for (std::size_t bucket = 0; bucket + 1 < bucketStarts_.size(); ++bucket) {
@@ -308,7 +333,7 @@ std::size_t RevokedEntries::bucketOf(std::span<const std::uint8_t> serialNumber)
 {
     // The number of buckets is a power of two, and up to two more are there for the starts.
     const std::size_t buckets = std::bit_floor(octets_.size() / octetsForBucket + 1);
-    return (HashOf(serialNumber) >> 32) & (buckets - 1);
+    return HashOf(serialNumber) & (buckets - 1);
 }
 
 /// The entries among which those of this number are; in a sorted bucket those alone.
@@ -326,7 +351,9 @@ std::span<const RevokedEntries::Place> RevokedEntries::candidates(std::span<cons
 
 SerialOctets RevokedEntries::serialNumberAt(Place place) const
 {
-    return DerCursor(DerCursor(octets_.subspan(place)).read().value).read().value;
+    const std::span<const std::uint8_t> entry = octets_.subspan(place);
+    const SerialOctets number = entry.subspan(HeadOctets(entry));
+    return number.subspan(HeadOctets(number), number[1]);
 }
 
 std::optional<RevokedEntry> RevokedEntries::entry(std::uint32_t index) const
@@ -338,7 +365,7 @@ std::optional<RevokedEntry> RevokedEntries::entry(std::uint32_t index) const
     }
     Place place = steps_[index / entriesInStep];
     for (std::uint32_t before = index % entriesInStep; before != 0; --before)
-        place += static_cast<Place>(DerCursor(octets_.subspan(place)).read().octets.size());
+        place += EntryLength(octets_.subspan(place));
     return decode(place);
 }
 
