@@ -1,9 +1,14 @@
 #include "core/diagnostics/failure.h"
+#include "pki/keys/key_file.h"
+#include "pki/x509/x509_time.h"
 #include "tests/pki/x509/revocation_lists.h"
+#include "tests/pki/x509/test_authority.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <map>
+#include <sstream>
 
 using namespace ccrypto;
 
@@ -238,6 +243,83 @@ TEST(RevocationList, OfOtherThanDerIsReadUpToALimit)
     EXPECT_TRUE(LoadOctets(list, atLimit));
     EXPECT_FALSE(list.isDer());
     EXPECT_FALSE(LoadOctets(list, listOf(CCrypto_X509_CRL::maxNotDer + 1)));
+}
+
+/// The words of the database of openssl's command, and what they mean here.
+const std::map<std::string, std::string> reasonsOfDatabase = {
+    {"", ""},
+    {"unspecified", "unspecified"},
+    {"keyCompromise", "keyCompromise"},
+    {"CACompromise", "cACompromise"},
+    {"affiliationChanged", "affiliationChanged"},
+    {"superseded", "superseded"},
+    {"cessationOfOperation", "cessationOfOperation"},
+    {"certificateHold", "certificateHold"},
+    {"holdInstruction,holdInstructionReject", "certificateHold"},
+    {"keyTime,20261001000000Z", "keyCompromise since 20261001000000Z"},
+    {"CAkeyTime,20261002000000Z", "cACompromise since 20261002000000Z"},
+};
+
+TEST(RevocationList, OfAnotherProgramIsRead)
+{
+    for (const TestVector& vector : ReadVectors("crls.txt")) {
+        SCOPED_TRACE(vector.text("Name"));
+        CCrypto_X509_CRL list;
+        ASSERT_TRUE(LoadOctets(list, vector.bytes("List")));
+        const std::unique_ptr<ICryptoKeyPair> key = CCryptoKeyFile().Load(vector.bytes("PublicKeyInfo"));
+        EXPECT_EQ(list.verifySignature(*key), SignatureResult::good);
+        EXPECT_EQ(list.version(), vector.text("Name").starts_with("version 1") ? 1u : 2u);
+        EXPECT_EQ(TextOf(list.thisUpdate()), "2026-11-01 00:00:00");
+        EXPECT_EQ(TextOf(list.nextUpdate()), "2026-12-01 00:00:00");
+        EXPECT_FALSE(list.hasUnknownCriticalEntry());
+
+        std::uint32_t count = 0;
+        std::istringstream entries(vector.text("Entries"));
+        for (std::string number, said; entries >> number && std::getline(entries >> std::ws, said, ';'); ++count) {
+            const std::size_t comma = said.find(',');
+            const std::vector<RevokedEntry> found = list.find(DerOf((number == "80" ? "00" : "") + number));
+            ASSERT_EQ(found.size(), 1u) << number;
+            EXPECT_EQ(found[0].revocationDate, ReadX509Time({der::utcTime, {}, TextBytes(said.substr(0, comma))}));
+            std::string reason = found[0].reason ? RevocationReasonName(*found[0].reason) : "";
+            if (found[0].invalidityDate.isValid())
+                reason += " since " + std::string(found[0].invalidityDate.toGeneralizedTime().view());
+            EXPECT_EQ(reason, reasonsOfDatabase.at(comma == std::string::npos ? "" : said.substr(comma + 1))) << number;
+        }
+        EXPECT_EQ(list.entryCount(), count);
+    }
+}
+
+TEST(RevocationList, IsNoLongerSignedWithAnyBitFlipped)
+{
+    const TestIssuer issuer = {.name = TestName("C=FI,CN=Root"), .key = TestKey(1)};
+    const Bytes good = TestCrl().entry(5).entry(7, 1).build(issuer);
+    CCrypto_X509_CRL list;
+    ASSERT_TRUE(LoadOctets(list, good));
+    ASSERT_EQ(list.verifySignature(*issuer.key), SignatureResult::good);
+    EXPECT_EQ(list.verifySignature(*TestKey(2)), SignatureResult::bad);
+    for (std::size_t index = 0; index < good.size(); ++index) {
+        Bytes bad = good;
+        bad[index] ^= static_cast<std::uint8_t>(1 << (index % 8));
+        EXPECT_FALSE(LoadOctets(list, bad) && list.verifySignature(*issuer.key) == SignatureResult::good) << index;
+    }
+}
+
+TEST(RevocationList, IsNotSignedWhereItIsNotDer)
+{
+    // The octets that were signed are untouched: the length of the signature alone is written in another way.
+    const TestIssuer issuer = {.name = TestName("CN=Root"), .key = TestKey(1)};
+    const Bytes tbs = TestCrl().entry(5).tbs(issuer);
+    const Bytes whole = TestCrl().entry(5).build(issuer);
+    const Bytes algorithm = TestAlgorithm(issuer);
+    const Bytes signature(whole.end() - static_cast<std::ptrdiff_t>(whole.size() - 3 - tbs.size() - algorithm.size()), whole.end());
+    ASSERT_EQ(signature[0], der::bitString);
+    Bytes longer = signature;
+    longer.insert(longer.begin() + 1, 0x81);
+    CCrypto_X509_CRL list;
+    ASSERT_TRUE(LoadOctets(list, Tlv(der::sequence, {tbs, algorithm, signature})));
+    ASSERT_EQ(list.verifySignature(*issuer.key), SignatureResult::good);
+    ASSERT_TRUE(LoadOctets(list, Tlv(der::sequence, {tbs, algorithm, longer})));
+    EXPECT_EQ(list.verifySignature(*issuer.key), SignatureResult::bad);
 }
 
 } // namespace
