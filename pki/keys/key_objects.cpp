@@ -214,7 +214,7 @@ bool CCryptoDSAParametersObject::BuildNode()
 
 bool CCryptoDSAParametersObject::ParseNode()
 {
-    return HasItems(data(), 3) && ReadNumbers(*this, dsaParameters, numbers);
+    return ReadNumbers(*this, dsaParameters, numbers);
 }
 
 CCryptoDSAPublicKeyObject::CCryptoDSAPublicKeyObject() : CCryptoASN1Object(dsaPublicKeyTemplate) {}

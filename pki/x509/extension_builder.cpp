@@ -81,9 +81,11 @@ bool IsUrl(const CCryptoString& url)
     return IsPrintableAscii(url.data(), '!');
 }
 
-bool IsUtf8Text(const CCryptoString& text)
+/// Characters that people read: a control character would be obeyed by what shows them.
+bool IsShownText(const CCryptoString& text)
 {
-    return AttributeText(ElementType::utf8String, text.data().bytes()).has_value();
+    const auto isControl = [](char c) { return (c >= 0 && c < ' ') || c == '\x7F'; };
+    return AttributeText(ElementType::utf8String, text.data().bytes()).has_value() && std::ranges::none_of(text.view(), isControl);
 }
 
 std::uint32_t CharactersOf(const CCryptoString& text)
@@ -318,8 +320,8 @@ std::optional<GeneralName> UserPrincipalName(const CCryptoString& name)
 {
     CCryptoAutoLogger logger("UserPrincipalName");
     using Result = std::optional<GeneralName>;
-    if (name.isEmpty() || !IsUtf8Text(name))
-        return logger.fail(Result(), "The name is empty, or not UTF-8");
+    if (name.isEmpty() || !IsShownText(name))
+        return logger.fail(Result(), "The name is empty, not UTF-8, or has control characters");
     logger.setResult(true);
     return GeneralName{.kind = GeneralName::Kind::otherName,
                        .value = ContentOf(FillTemplate(userPrincipalNameTemplate, {{"upn", OctetsOfSpan(name.data().bytes())}}))};
@@ -344,8 +346,9 @@ ExtensionPtr BuildCertificatePolicies(const std::vector<PolicyStatement>& polici
             return NoExtension(logger, "A policy is not an object identifier");
         if (!statement.practiceStatementUrl.isEmpty() && !IsUrl(statement.practiceStatementUrl))
             return NoExtension(logger, "The URL of a policy has other characters than URLs");
-        if (!IsUtf8Text(statement.userNotice) || CharactersOf(statement.userNotice) > maxNoticeCharacters)
-            return NoExtension(logger, "The notice of a policy is not UTF-8, or longer than 200 characters");
+        if (!IsShownText(statement.userNotice) || CharactersOf(statement.userNotice) > maxNoticeCharacters)
+            return NoExtension(logger,
+                               "The notice of a policy is not UTF-8, has control characters, or is longer than 200 characters");
         const element item = FillTemplate(policyTemplate, {{"CPS_OID", OctetsOfSpan(statement.policy.octets())},
                                                            {"CPS_pointerNotice_URL", UrlOctets(statement.practiceStatementUrl)},
                                                            {"CPS_userNotice", OctetsOfSpan(statement.userNotice.data().bytes())}});

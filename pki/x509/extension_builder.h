@@ -44,7 +44,8 @@ using ExtensionPtr = std::unique_ptr<CCrypto_X509_Value>;
 [[nodiscard]] std::vector<Oid> ListedPurposes();
 [[nodiscard]] ExtensionPtr BuildExtendedKeyUsage(const std::vector<Oid>& purposes, bool critical = false);
 
-/// The otherName of a user principal name: user@domain in any characters. \return none, logged, for text that is not UTF-8.
+/// The otherName of a user principal name: user@domain in any characters. \return none, logged, for text that is not
+/// UTF-8 and for control characters.
 [[nodiscard]] std::optional<GeneralName> UserPrincipalName(const CCryptoString& name);
 /// E-mail, DNS names and URIs are ASCII without control characters, the latter two without blanks; an address has 4 or 16 bytes.
 [[nodiscard]] ExtensionPtr BuildSubjectAlternativeName(const GeneralNames& names, bool critical = false);
@@ -53,7 +54,7 @@ using ExtensionPtr = std::unique_ptr<CCrypto_X509_Value>;
 struct PolicyStatement {
     Oid policy;
     CCryptoString practiceStatementUrl; ///< CPS pointer; may be empty
-    CCryptoString userNotice;           ///< explicitText, at most 200 characters; may be empty
+    CCryptoString userNotice;           ///< explicitText, at most 200 characters, no control characters; may be empty
 };
 [[nodiscard]] ExtensionPtr BuildCertificatePolicies(const std::vector<PolicyStatement>& policies, bool critical = false);
 

@@ -4,7 +4,9 @@
 #include "pki/x509/extension_builder.h"
 #include "tests/pki/keys/test_keys.h"
 #include "tests/pki/x509/test_authority.h"
+#include "tests/support/captured_log.h"
 
+#include <algorithm>
 #include <functional>
 
 using namespace ccrypto;
@@ -109,8 +111,10 @@ TEST(CertificateBuilder, IssuesCertificates)
     fields = CertificateOf();
     fields.subject = ElementOf(Tlv(der::sequence, Bytes()));
     fields.serialNumber = {};
+    const CapturedLog log;
     EXPECT_EQ(SignedHex(IssueCertificate(fields, key, algorithm::sha256)),
               Hex(ExpectedCertificate().subjectDer(Tlv(der::sequence, Bytes())).serial(0).tbs(BuilderIssuer())));
+    EXPECT_NE(std::ranges::count(log.texts(), "CCrypto_X509_Certificate::GetCertificate(); WARNING: CSN is empty?"), 0);
 }
 
 TEST(CertificateBuilder, SignsWithEveryKey)

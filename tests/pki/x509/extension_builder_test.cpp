@@ -187,6 +187,7 @@ TEST(ExtensionBuilder, RefusesWhatCannotBeWritten)
         [&] { return policy("", "", Oid()); },
         [&] { return policy("http://x /", ""); },
         [&] { return policy("", "\xFF"); },
+        [&] { return policy("", "a\x1B[2J"); },
         [&] { return policy("", longNotice + "a"); },
         [] { return BuildAuthorityInformationAccess({}); },
         [] { return BuildAuthorityInformationAccess({"http://o/"}, {""}); },
@@ -209,14 +210,14 @@ TEST(ExtensionBuilder, RefusesWhatCannotBeWritten)
             return BuildExtension(Oid(), ElementOf({5, 0}));
         },
     };
-    std::size_t number = 0;
-    for (const auto& build : cases) {
+    for (std::size_t number = 0; number < std::size(cases); ++number) {
         ForgetFailure();
-        EXPECT_EQ(build(), nullptr) << number;
-        EXPECT_NE(ReasonOfFailure(), "") << number++;
+        EXPECT_EQ(cases[number](), nullptr) << number;
+        EXPECT_NE(ReasonOfFailure(), "") << number;
     }
     EXPECT_FALSE(UserPrincipalName("").has_value());
     EXPECT_FALSE(UserPrincipalName("\xFF@x").has_value());
+    EXPECT_FALSE(UserPrincipalName(CCryptoString("a\0@x", 4u)).has_value());
 }
 
 TEST(ExtensionBuilder, PurposesHaveNames)

@@ -318,3 +318,17 @@ TEST(DSAKeys, ThatAreMalformedAreRefused)
     for (const auto& [name, der] : cases)
         EXPECT_EQ(LoadPublicKeyInfo(der), nullptr) << name;
 }
+
+TEST(DSAKeys, OnlyVerify)
+{
+    const Bytes identifier = Identifier("1.2.840.10040.4.1", Tlv(der::sequence, {NumberTlv(7), NumberTlv(3), NumberTlv(2)}));
+    EXPECT_EQ(Load(Tlv(der::sequence, {NumberTlv(0), identifier, Tlv(der::octetString, NumberTlv(2))})), nullptr);
+    EXPECT_NE(ReasonOfFailure().find("DSA only verifies"), std::string::npos);
+
+    const std::vector<std::unique_ptr<ICryptoKeyPair>> keys = KeysOfSignatures();
+    ICryptoKeyPair& key = *keys.back();
+    ASSERT_EQ(key.algorithmId(), algorithm::dsa);
+    EXPECT_TRUE(key.privateKeyInfo().isEmpty());
+    EXPECT_TRUE(SignatureAlgorithmFor(key, algorithm::sha256).isEmpty());
+    EXPECT_TRUE(SignOctets(key, algorithm::sha256, Bytes{1}).isEmpty());
+}
