@@ -46,7 +46,7 @@ bool ReadDecoded(Console& console, const std::string& name, const DerOptions& op
         StartReason();
         if (block.tree.Load_DER_Memory(block.data.bytes, options))
             continue;
-        block.problem = Reason("it does not decode");
+        block.problem = LastReason("it does not decode");
         const bool isText = block.data.label.empty() && IsText(block.data.bytes.view());
         if (!isText && HasLongTag(block.data.bytes.bytes()))
             block.problem += "; its tag is above 30, which is not supported";

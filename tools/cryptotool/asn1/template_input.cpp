@@ -76,7 +76,7 @@ bool ReadTemplate(Console& console, const std::string& name, std::string form, C
         loaded = !tree.isEmpty();
     }
     if (!loaded) {
-        reason = Reason("it does not parse");
+        reason = LastReason("it does not parse");
         return false;
     }
     if (form != "template" && !HoldsAsn1(tree.root())) {

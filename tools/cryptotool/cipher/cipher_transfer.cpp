@@ -16,13 +16,13 @@ constexpr std::size_t cipherPieceSize = 1U << 18;
 
 int RefuseText(Invocation& invocation, const CipherInput& input)
 {
-    return invocation.refuse(input.name(), Reason("it cannot be processed"));
+    return invocation.refuse(input.name(), LastReason("it cannot be processed"));
 }
 
 /// The key or the vector is not one of the cipher, whatever the text.
 int RefuseStart(Invocation& invocation)
 {
-    return invocation.refuse(NameOfSecret(invocation.arguments(), keySecret), Reason("the cipher cannot be started"));
+    return invocation.refuse(NameOfSecret(invocation.arguments(), keySecret), LastReason("the cipher cannot be started"));
 }
 
 /// The end of the text is not right. Of wrong padding the library does not know what it means; GCM says it by itself.
@@ -32,7 +32,7 @@ int RefuseEnd(Invocation& invocation, const CipherSetting& setting, const Cipher
         return RefuseText(invocation, input);
     const char* const secret = setting.isFromPassword ? "password" : "key";
     return invocation.refuse(input.name(),
-                             Reason("it cannot be processed") + "; the " + secret + " may be wrong, or the file damaged");
+                             LastReason("it cannot be processed") + "; the " + secret + " may be wrong, or the file damaged");
 }
 
 /// Takes the whole input through a cipher that was started. \param output null when no text comes out.

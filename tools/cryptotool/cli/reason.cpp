@@ -12,7 +12,7 @@ void StartReason()
     ForgetFailure();
 }
 
-std::string Reason(const char* otherwise)
+std::string LastReason(const char* otherwise)
 {
     const std::optional<Failure> failure = LastFailure();
     return failure && !failure->text.empty() ? failure->text : otherwise;

@@ -7,11 +7,11 @@
 
 namespace ccrypto {
 
-/// Forgets earlier failures, so that Reason() is about later ones.
+/// Forgets earlier failures, so that LastReason() is about later ones.
 void StartReason();
 
 /// The reason that the library recorded last since StartReason. \param otherwise stands in when it recorded none.
-std::string Reason(const char* otherwise);
+std::string LastReason(const char* otherwise);
 
 /// The system's words for platform::LastError().
 std::string SystemReason();

@@ -65,7 +65,7 @@ int Write(Invocation& invocation, const std::string& file, const CCryptoParser& 
     const bool isPem = arguments.has("pem");
     Output output(invocation.console(), arguments.value("output"), isPem ? Output::Content::text : Output::Content::binary);
     if (der.isEmpty())
-        return invocation.refuse(file, Reason("the template describes no elements") + NameInPlaceOfType(tree));
+        return invocation.refuse(file, LastReason("the template describes no elements") + NameInPlaceOfType(tree));
     return FinishOutput(invocation, output,
                         output.open() &&
                             (isPem ? output.write(WritePem(arguments.value("pem"), der).view()) : output.write(der.bytes())));

@@ -61,7 +61,7 @@ ElementNodePtr TakeOut(CCryptoParser& tree, elementNode& node)
     return taken;
 }
 
-/// Empty, with Reason() set, when the node cannot be written so. The tree may lose the node.
+/// Empty, with LastReason() set, when the node cannot be written so. The tree may lose the node.
 std::string Form(CCryptoParser& tree, elementNode& node, const std::string& form)
 {
     if (form == "value")
@@ -99,7 +99,7 @@ int Get(Invocation& invocation)
             return invocation.refuse(file, BlockPrefix(blocks, index) + FailedStep(root, path));
         const std::string shown = Form(blocks[index].tree, *node, form);
         if (shown.empty() && form != "bytes")
-            return invocation.refuse(file, BlockPrefix(blocks, index) + Reason("it cannot be printed in this form"));
+            return invocation.refuse(file, BlockPrefix(blocks, index) + LastReason("it cannot be printed in this form"));
         text += shown;
     }
     Output output(invocation.console(), arguments.value("output"), isBinary ? Output::Content::binary : Output::Content::text);

@@ -118,7 +118,7 @@ bool KeepElementAt(std::uint32_t offset, const DerOptions& decoding, DecodedBloc
     block.data.bytes = element(block.data.bytes.data() + offset, end - offset);
     StartReason();
     if (!block.tree.Load_DER_Memory(block.data.bytes, decoding) && block.problem.empty())
-        block.problem = Reason("it does not decode");
+        block.problem = LastReason("it does not decode");
     return true;
 }
 
@@ -130,7 +130,7 @@ element BlockBytes(const Blocks& blocks)
     return bytes;
 }
 
-/// Empty, with Reason() set, when the tree cannot be written so.
+/// Empty, with LastReason() set, when the tree cannot be written so.
 std::string TreeText(Blocks& blocks, const std::string& form)
 {
     StartReason();
@@ -161,7 +161,7 @@ bool WriteTree(Blocks& blocks, const std::string& form, std::uint32_t levels, Ou
             LimitDepth(block.tree.root(), levels);
     const std::string text = TreeText(blocks, form);
     if (text.empty())
-        reason = Reason("it cannot be printed in this form");
+        reason = LastReason("it cannot be printed in this form");
     return !text.empty() && output.write(text);
 }
 

@@ -164,7 +164,7 @@ int CipherFiles::derive(std::span<const std::uint8_t> salt, std::uint32_t count,
     const element both = CCryptoKeyDerivation::PBKDF2(algorithm::sha256, password.bytes(), salt, count,
                                                       keySize + static_cast<std::uint32_t>(ivSize));
     if (both.isEmpty())
-        return invocation_.refuse(input_.name(), Reason("no key can be made from this password"));
+        return invocation_.refuse(input_.name(), LastReason("no key can be made from this password"));
     setting_.key = element(both.data(), keySize);
     if (ivSize != 0)
         setting_.iv = element(both.data() + keySize, static_cast<std::uint32_t>(ivSize));

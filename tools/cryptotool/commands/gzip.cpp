@@ -94,7 +94,7 @@ int Transfer::refuseStream(const CDeflateStream& stream)
         return invocation_.refuse(output_.name(), outputReason_);
     std::string reason = stream.reason();
     if (reason.empty())
-        return refuseInput(Reason("it cannot be processed"));
+        return refuseInput(LastReason("it cannot be processed"));
     const std::string_view option = reason == InflateLimits::outputReason  ? "--max-output"
                                     : reason == InflateLimits::ratioReason ? "--max-ratio"
                                                                            : "";

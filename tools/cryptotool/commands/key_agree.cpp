@@ -107,7 +107,7 @@ int Agree(Invocation& invocation)
     if (!secret.isEmpty() && derivation.hash != algorithm::none)
         secret = derivation.derive(secret);
     if (secret.isEmpty())
-        return invocation.refuse(peerFile, Reason("the keys do not agree"));
+        return invocation.refuse(peerFile, LastReason("the keys do not agree"));
     const bool isHex = arguments.has(hexOutputOption.name);
     Output output(invocation.console(), arguments.value(outputOption.name),
                   isHex ? Output::Content::text : Output::Content::binary);

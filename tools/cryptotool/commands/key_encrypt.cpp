@@ -121,7 +121,7 @@ int EncryptWithKey(Invocation& invocation)
     StartReason();
     const element ciphertext = input.key->decrypter()->encrypt(text.bytes(), padding.padding);
     if (ciphertext.isEmpty())
-        return invocation.refuse(keyFile, Reason("it cannot encrypt this"));
+        return invocation.refuse(keyFile, LastReason("it cannot encrypt this"));
     Output output(invocation.console(), invocation.arguments().value(outputOption.name), Output::Content::binary);
     return FinishOutput(invocation, output, output.open() && output.write(ciphertext.bytes()));
 }

@@ -94,7 +94,7 @@ int Generate(Invocation& invocation)
     StartReason();
     const std::unique_ptr<ICryptoKeyPair> key =
         isRsa ? GenerateRsa(invocation.console(), static_cast<std::uint32_t>(bits)) : GenerateOnCurve(kind);
-    return key != nullptr ? target.write(invocation, *key, name) : invocation.refuse(name, Reason("no key could be made"));
+    return key != nullptr ? target.write(invocation, *key, name) : invocation.refuse(name, LastReason("no key could be made"));
 }
 
 } // namespace

@@ -32,7 +32,7 @@ int WritePublic(Invocation& invocation)
     CCryptoKeyFile keyFile;
     const element der = keyFile.Save(*input.key, form);
     if (der.isEmpty())
-        return invocation.refuse(file, Reason("the key cannot be saved"));
+        return invocation.refuse(file, LastReason("the key cannot be saved"));
     KeyOutput output(invocation, form);
     const int exit = output.open();
     return exit == exitDone ? output.write(der) : exit;

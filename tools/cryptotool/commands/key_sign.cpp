@@ -40,7 +40,7 @@ int Sign(Invocation& invocation)
     StartReason();
     const element signature = signing.key->signer()->sign(signing.hash, signing.input.bytes(), signing.padding);
     if (signature.isEmpty())
-        return invocation.refuse(key, Reason("it cannot sign this"));
+        return invocation.refuse(key, LastReason("it cannot sign this"));
     return FinishOutput(invocation, output, output.write(signature.bytes()));
 }
 

@@ -87,7 +87,7 @@ int WriteRandom(Invocation& invocation)
     for (std::uint64_t left = count; left != 0; left -= piece.length()) {
         piece.resize(static_cast<std::uint32_t>(std::min<std::uint64_t>(left, pieceSize)));
         if (!ICryptoRandom::Instance().generate({piece.data(), piece.length()}))
-            return invocation.refuse({}, Reason("no random bytes are available"));
+            return invocation.refuse({}, LastReason("no random bytes are available"));
         if (!WritePiece(output, form, piece.bytes()))
             return RefuseOutput(invocation, output);
         progress.add(piece.length());

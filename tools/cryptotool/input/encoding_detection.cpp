@@ -58,7 +58,7 @@ TextDecoding DecodeAsBase64(std::string_view text, element& bytes, std::string& 
     const bool isDecoded = DecodeBase64(text, bytes);
     if (isDecoded && !bytes.isEmpty())
         return TextDecoding::decoded;
-    reason = isDecoded ? "it is empty" : Reason("it is not base64");
+    reason = isDecoded ? "it is empty" : LastReason("it is not base64");
     return TextDecoding::broken;
 }
 
@@ -109,7 +109,7 @@ bool SplitBlocks(element bytes, std::vector<DataBlock>& blocks, std::string& rea
     if (HasPemBlock(text) && (text.starts_with("-----BEGIN ") || IsText(text))) {
         if (ReadPem(text, blocks))
             return true;
-        reason = Reason("its PEM cannot be read");
+        reason = LastReason("its PEM cannot be read");
         return false;
     }
     DataBlock block;

@@ -37,7 +37,7 @@ bool DropTextForm(element& bytes, std::string& reason)
 std::string ReasonWithoutKey(std::string_view text)
 {
     constexpr std::string_view opensshTypes[] = {"ssh-", "ecdsa-sha2-", "sk-ssh-", "sk-ecdsa-"};
-    std::string reason = Reason("it holds no key");
+    std::string reason = LastReason("it holds no key");
     if (std::ranges::any_of(opensshTypes, [=](std::string_view type) { return text.starts_with(type); }))
         return "it is a public key in the format of OpenSSH; ssh-keygen -e -m PKCS8 -f FILE converts it";
     // Of PKCS#12 (RFC 7292, 4) and CMS a content type of PKCS#7 is at the front.
@@ -79,7 +79,7 @@ int Load(Invocation& invocation, const std::string& file, const SecretKind* pass
     input.form = keyFile.form();
     if (passwordExit != exitDone || input.key != nullptr)
         return passwordExit;
-    return invocation.refuse(file, input.isOfCertificate ? Reason("it holds no key") : ReasonWithoutKey(bytes.view()));
+    return invocation.refuse(file, input.isOfCertificate ? LastReason("it holds no key") : ReasonWithoutKey(bytes.view()));
 }
 
 } // namespace

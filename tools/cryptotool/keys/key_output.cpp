@@ -109,7 +109,7 @@ int PrivateKeyTarget::write(Invocation& invocation, const ICryptoKeyPair& key, s
 {
     CCryptoKeyFile file;
     const element der = file.Save(key, form_, password_.view(), encryption_);
-    return der.isEmpty() ? invocation.refuse(source, Reason("the key cannot be saved")) : output_->write(der);
+    return der.isEmpty() ? invocation.refuse(source, LastReason("the key cannot be saved")) : output_->write(der);
 }
 
 KeyOutput::KeyOutput(Invocation& invocation, KeyForm form)
