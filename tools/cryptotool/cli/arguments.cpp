@@ -112,7 +112,7 @@ bool Arguments::readLetters(std::string_view word)
         if (found == nullptr)
             return failUnknown(letter < ' ' || letter > '~' ? word : shown, word.substr(1));
         if (found->kind == OptionKind::level) {
-            values_[std::string(found->name)] = letter;
+            values_[std::string(found->name)] = {std::string(1, letter)};
         } else if (found->kind == OptionKind::flag) {
             values_[std::string(found->name)];
         } else {
@@ -125,7 +125,7 @@ bool Arguments::readLetters(std::string_view word)
 
 bool Arguments::take(const Option& option, std::string_view shown, const std::string* value)
 {
-    std::string& place = values_[std::string(option.name)];
+    std::vector<std::string>& values = values_[std::string(option.name)];
     if (option.kind == OptionKind::flag)
         return value == nullptr || fail(std::string(shown) + " takes no value");
     if (value == nullptr) {
@@ -134,7 +134,7 @@ bool Arguments::take(const Option& option, std::string_view shown, const std::st
         value = &rest_.front();
         rest_ = rest_.subspan(1);
     }
-    place = *value;
+    const std::string& place = values.emplace_back(*value);
     std::uint64_t number = 0;
     if (option.kind == OptionKind::number && !ParseDecimal(place, number))
         return fail(std::string(shown) + " needs a number, not " + place);
@@ -148,16 +148,23 @@ bool Arguments::take(const Option& option, std::string_view shown, const std::st
 
 std::string Arguments::value(std::string_view name, std::string_view otherwise) const
 {
+    const std::vector<std::string>& given = values(name);
+    return given.empty() ? std::string(otherwise) : given.back();
+}
+
+const std::vector<std::string>& Arguments::values(std::string_view name) const
+{
+    static const std::vector<std::string> none;
     const auto found = values_.find(name);
-    return found != values_.end() ? found->second : std::string(otherwise);
+    return found != values_.end() ? found->second : none;
 }
 
 std::uint64_t Arguments::number(std::string_view name, std::uint64_t otherwise) const
 {
     std::uint64_t number = otherwise;
-    const auto found = values_.find(name);
-    if (found != values_.end())
-        ParseDecimal(found->second, number);
+    const std::vector<std::string>& given = values(name);
+    if (!given.empty())
+        ParseDecimal(given.back(), number);
     return number;
 }
 

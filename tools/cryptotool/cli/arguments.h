@@ -20,6 +20,8 @@ public:
     bool has(std::string_view name) const { return values_.contains(name); }
     /// The value given last; `otherwise` when the option was not given.
     std::string value(std::string_view name, std::string_view otherwise = {}) const;
+    /// Every value that was given, in order; of an option that is repeatable.
+    const std::vector<std::string>& values(std::string_view name) const;
     std::uint64_t number(std::string_view name, std::uint64_t otherwise) const;
     /// As given, counted from 0; empty after the last.
     std::string operand(std::size_t index) const { return index < operands_.size() ? operands_[index] : std::string(); }
@@ -41,7 +43,7 @@ private:
     const Command* command_ = nullptr;
     std::span<const std::string> rest_;
     std::string problem_;
-    std::map<std::string, std::string, std::less<>> values_;
+    std::map<std::string, std::vector<std::string>, std::less<>> values_;
     std::vector<std::string> operands_;
 };
 

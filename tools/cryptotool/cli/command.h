@@ -21,10 +21,11 @@ enum class OptionKind {
 /// One option, as --help shows it and as the words of the command line are read.
 struct Option {
     OptionKind kind;
-    char letter;            ///< "-o"; 0 when it has none
-    std::string_view name;  ///< "output" for "--output"; of a level, what its value is asked for by
-    std::string_view value; ///< what --help calls the value
-    std::string_view text;  ///< what it does
+    char letter;               ///< "-o"; 0 when it has none
+    std::string_view name;     ///< "output" for "--output"; of a level, what its value is asked for by
+    std::string_view value;    ///< what --help calls the value
+    std::string_view text;     ///< what it does
+    bool isRepeatable = false; ///< every value counts, not only the last
 };
 
 constexpr Option outputOption = {OptionKind::text, 'o', "output", "FILE",

@@ -57,6 +57,11 @@ std::string OptionWords(const Option& option)
     return option.value.empty() ? words : words + " " + std::string(option.value);
 }
 
+std::string OptionText(const Option& option)
+{
+    return std::string(option.text) + (option.isRepeatable ? "; repeatable" : "");
+}
+
 std::string Filled(std::string_view text, std::size_t width)
 {
     std::string filled;
@@ -123,7 +128,7 @@ std::string CommandHelp(const Command& command)
     std::vector<Row> rows;
     for (const auto& options : {command.options, std::span<const Option>(commonOptions)})
         for (const Option& option : options)
-            rows.push_back({OptionWords(option), std::string(option.text)});
+            rows.push_back({OptionWords(option), OptionText(option)});
     return FullName(command) + " [OPTION...] " + std::string(command.operands) + "\n\n" + Filled(command.details, helpWidth) +
            "\n" + Columns(rows);
 }

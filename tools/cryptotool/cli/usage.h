@@ -20,6 +20,8 @@ std::string CommandHelp(const Command& command);
 
 /// "-o, --output FILE"
 std::string OptionWords(const Option& option);
+/// What it does, and whether it may be given more than once.
+std::string OptionText(const Option& option);
 
 /// Fills lines of at most `width` characters with the words of `text`; a line that begins with a blank stays unchanged, and an
 /// empty one ends a paragraph. Each line ends with "\n".

@@ -1,4 +1,5 @@
 #include "tools/cryptotool/cli/arguments.h"
+#include "tools/cryptotool/cli/usage.h"
 #include "tools/cryptotool/commands/completion_script.h"
 
 namespace ccrypto {
@@ -41,13 +42,14 @@ std::string ZshValue(const Option& option)
 
 std::string OptionLine(const Option& option)
 {
-    const std::string text = "[" + ZshText(option.text) + "]" + ZshValue(option);
+    const std::string text = "[" + ZshText(OptionText(option)) + "]" + ZshValue(option);
+    const std::string often = option.isRepeatable ? "*" : "";
     if (option.kind == OptionKind::level)
         return "        '(-1 -2 -3 -4 -5 -6 -7 -8 -9)'-{1,2,3,4,5,6,7,8,9}'" + text + "' \\\n";
     const bool takesValue = option.kind != OptionKind::flag;
     const std::string name = "--" + std::string(option.name);
     if (option.letter == 0)
-        return "        '" + name + (takesValue ? "=" : "") + text + "' \\\n";
+        return "        '" + often + name + (takesValue ? "=" : "") + text + "' \\\n";
     const std::string letter = {'-', option.letter};
     return "        '(" + letter + " " + name + ")'{" + letter + (takesValue ? "+," : ",") + name + (takesValue ? "=" : "") + "}'" +
            text + "' \\\n";

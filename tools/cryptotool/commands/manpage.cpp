@@ -87,13 +87,14 @@ std::string OptionItems(std::span<const Option> options)
                 (option.letter != 0 ? Bold(std::string{'-', option.letter}) + ", " : "") + Bold("--" + std::string(option.name));
         if (!option.value.empty())
             items += " \\fI" + Roff(option.value) + "\\fR";
-        items += "\n" + Roff(option.text) + "\n";
+        items += "\n" + Roff(OptionText(option)) + "\n";
     }
     return items;
 }
 
 constexpr std::string_view exitStatus = R"(.SH EXIT STATUS
-0 on success, 1 when an input is refused, with the reason on standard error, 2 when the command line is wrong.
+0 on success, 1 when an input is refused, with the reason on standard error, 2 when the command line is wrong. Commands that print
+a verdict end with 0 when it is valid or good, 1 when it is invalid, revoked or bad, 3 when it is undecided.
 )";
 
 std::string CommandPage(const Command& command)
