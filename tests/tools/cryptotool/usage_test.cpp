@@ -46,6 +46,21 @@ TEST(CryptotoolUsage, WrongWordsGetOneLineAndAPointer)
         {"oid", "--\n\x1b"},
         {"random", "10T"},
         {"hash", "sha256", "-o", "", "-"},
+        {"cert", "verify", "a", "b"},
+        {"cert", "verify", "--at", "2026-11-23 12:00:00Z", "a"},
+        {"cert", "verify", "--at", "2026-02-29T12:00:00Z", "a"},
+        {"cert", "verify", "--policy", "nonsense", "a"},
+        {"cert", "verify", "--policy", "1.2.3", "--policy", "1.2..3", "a"},
+        {"cert", "verify", "--eku", "nonsense", "a"},
+        {"cert", "verify", "--key-usage", "nonsense", "a"},
+        {"cert", "verify", "--host", "", "a"},
+        {"cert", "verify", "--status", "some", "a"},
+        {"cert", "verify", "--max-depth", "-1", "a"},
+        {"cert", "verify", "--crl", "-", "--trust", "-", "a"},
+        {"cert", "verify", "--ocsp", "-", "-"},
+        {"crl", "find", "a"},
+        {"crl", "find", "a", "xyz"},
+        {"crl", "find", "a", "01", "--cert", "b"},
     };
     for (const auto& words : cases) {
         const ToolResult result = RunTool(words);

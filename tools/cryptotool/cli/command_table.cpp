@@ -10,13 +10,17 @@ const Command* const commandTable[] = {
     &asn1ShowCommand,  &asn1BuildCommand,  &asn1MatchCommand,  &asn1GetCommand,   &cipherEncCommand,  &cipherDecCommand,
     &oidCommand,       &gzipCommand,       &gunzipCommand,     &hashCommand,      &macCommand,        &randomCommand,
     &speedCommand,     &keyGenCommand,     &keyShowCommand,    &keyPublicCommand, &keyConvertCommand, &keySignCommand,
-    &keyVerifyCommand, &keyEncryptCommand, &keyDecryptCommand, &keyAgreeCommand,  &completionCommand, &manualCommand,
+    &keyVerifyCommand, &keyEncryptCommand, &keyDecryptCommand, &keyAgreeCommand,  &certShowCommand,   &certVerifyCommand,
+    &crlShowCommand,   &crlFindCommand,    &csrShowCommand,    &csrVerifyCommand, &completionCommand, &manualCommand,
 };
 
 constexpr Noun nounTable[] = {
     {"asn1", "show, build and match DER"},
     {"cipher", "encrypt and decrypt files with a password or a key"},
     {"key", "make, show and convert keys; sign, verify, encrypt and agree with them"},
+    {"cert", "show, verify and issue certificates"},
+    {"crl", "show, verify, search and issue revocation lists"},
+    {"csr", "show, verify and make certificate requests"},
 };
 
 } // namespace

@@ -11,6 +11,7 @@ namespace ccrypto {
 constexpr int exitDone = 0;
 constexpr int exitRefused = 1;
 constexpr int exitUsage = 2;
+constexpr int exitUndecided = 3;
 
 /// One call of a command: its arguments, the streams, and the two ways to say no.
 class Invocation {

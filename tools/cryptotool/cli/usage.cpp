@@ -103,12 +103,14 @@ std::string ProgramHelp()
             rows.push_back({std::string(command->noun), std::string(command->summary)});
     }
     return "cryptotool NOUN [VERB] [OPTION...] [OPERAND...]\n\n" + Columns(rows) + "\n" +
-           Filled("\"cryptotool help NOUN\" and \"cryptotool help NOUN VERB\" describe one of them, as --help after it does; "
-                  "\"cryptotool --version\" prints version, commit and the processor instructions in use.\n\n"
-                  "Files may be DER, PEM, base64 or hexadecimal text, which is detected; \"-\" is standard input. The exit "
-                  "code is 0 on success, 1 when an input is refused, with the reason on one line, and 2 when the command "
-                  "line is wrong.",
-                  helpWidth);
+           Filled(
+               "\"cryptotool help NOUN\" and \"cryptotool help NOUN VERB\" describe one of them, as --help after it does; "
+               "\"cryptotool --version\" prints version, commit and the processor instructions in use.\n\n"
+               "Files may be DER, PEM, base64 or hexadecimal text, which is detected; \"-\" is standard input. The exit "
+               "code is 0 on success, 1 when an input is refused, with the reason on one line, and 2 when the command "
+               "line is wrong. A command that prints a verdict ends with 0 for valid or good, 1 for invalid, revoked or bad, 3 for "
+               "undecided.",
+               helpWidth);
 }
 
 std::string NounHelp(const Noun& noun)

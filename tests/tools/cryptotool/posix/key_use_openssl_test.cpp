@@ -119,8 +119,8 @@ TEST_F(CryptotoolKeyUseOpenssl, WhatIsNoSupportedKeyIsNamed)
     } cases[] = {
         {"openssl ecparam -name sect233k1 -genkey -noout -out key && openssl req -x509 -new -key key -subj /CN=a -out made",
          "it is not a valid key of a supported algorithm: Unsupported curve: 1.3.132.0.26\n"},
-        {"openssl dsaparam -genkey 1024 >key && openssl req -x509 -new -key key -subj /CN=a -out made",
-         "it is not a valid key of a supported algorithm: Unsupported algorithm: 1.2.840.10040.4.1\n"},
+        {"openssl genpkey -algorithm DH -pkeyopt group:ffdhe2048 | openssl pkey -pubout -out made",
+         "it is not a valid key of a supported algorithm: Unsupported algorithm: 1.2.840.113549.1.3.1\n"},
         {"ssh-keygen -q -t ed25519 -N '' -f made", "it is a private key in the format of OpenSSH; ssh-keygen -p -m PKCS8"},
         {"mv made.pub made", "it is a public key in the format of OpenSSH; ssh-keygen -e -m PKCS8"},
         {"openssl req -new -key key -subj /CN=a -out made",

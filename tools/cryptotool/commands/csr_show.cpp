@@ -1,0 +1,61 @@
+#include "pki/x509/name.h"
+#include "tools/cryptotool/cli/command_table.h"
+#include "tools/cryptotool/pki/names.h"
+#include "tools/cryptotool/pki/object_input.h"
+#include "tools/cryptotool/pki/object_report.h"
+#include "tools/cryptotool/pki/report_output.h"
+
+namespace ccrypto {
+
+namespace {
+
+constexpr std::string_view csrShowDetails =
+    R"(Prints what the certificate request (PKCS#10) in FILE asks for: the name, the key and the extensions. Nothing is verified: see
+"cryptotool csr verify".
+)";
+constexpr std::string_view csrVerifyDetails =
+    R"(Verifies that the owner of the key in the certificate request in FILE signed it. Prints OK and ends with 0, or prints FAILED and
+ends with 1.
+)";
+constexpr Option csrShowOptions[] = {jsonOption, outputOption};
+constexpr Option csrVerifyOptions[] = {outputOption};
+
+int ShowRequest(Invocation& invocation)
+{
+    RequestPtr request;
+    if (const int exit = ReadRequest(invocation, invocation.arguments().operand(0), request); exit != exitDone)
+        return exit;
+    Report report;
+    report.addNumber("version", request->version());
+    report.add("subject", NameText(request->subject()).view());
+    report.add("key", KeyText(*request->publicKey()));
+    report.add("signatureAlgorithm", AlgorithmText(request->signatureAlgorithm()));
+    std::vector<std::string> attributes;
+    for (const Oid& attribute : request->attributes())
+        attributes.push_back(ShortNameOf(attribute));
+    report.addTexts("attributes", attributes);
+    DescribeExtensions(request->extensions(), report);
+    report.add("sha256", Fingerprint(request->der().bytes()));
+    report.add("publicKeySha256", Fingerprint(request->publicKeyInfo().bytes()));
+    return WriteReport(invocation, report);
+}
+
+int VerifyRequest(Invocation& invocation)
+{
+    RequestPtr request;
+    if (const int exit = ReadRequest(invocation, invocation.arguments().operand(0), request); exit != exitDone)
+        return exit;
+    const bool isGood = request->verifySignature() == SignatureResult::good;
+    const int exit = WriteText(invocation, isGood ? "OK\n" : "FAILED\n");
+    return exit == exitDone && !isGood ? exitRefused : exit;
+}
+
+} // namespace
+
+const Command csrShowCommand = {
+    "csr", "show", "prints what a certificate request asks for", "FILE", 1, 1, csrShowDetails, csrShowOptions, ShowRequest};
+const Command csrVerifyCommand = {
+    "csr",        "verify", "verifies the signature of a certificate request", "FILE", 1, 1, csrVerifyDetails, csrVerifyOptions,
+    VerifyRequest};
+
+} // namespace ccrypto

@@ -1,0 +1,141 @@
+#include "tools/cryptotool/pki/object_input.h"
+
+#include "tools/cryptotool/cli/reason.h"
+#include "tools/cryptotool/input/encoding_detection.h"
+#include "tools/cryptotool/input/file_input.h"
+
+#include <algorithm>
+#include <initializer_list>
+#include <utility>
+
+namespace ccrypto {
+
+namespace {
+
+struct KindOfObject {
+    ObjectKind kind;
+    const char* what;
+    std::vector<std::string_view> labels;
+};
+
+const KindOfObject& Describe(ObjectKind kind)
+{
+    static const KindOfObject kinds[] = {
+        {ObjectKind::certificate, "certificate", {"CERTIFICATE", "X509 CERTIFICATE", "TRUSTED CERTIFICATE"}},
+        {ObjectKind::list, "revocation list", {"X509 CRL", "CRL"}},
+        {ObjectKind::request, "certificate request", {"CERTIFICATE REQUEST", "NEW CERTIFICATE REQUEST"}},
+        {ObjectKind::message, "message", {"CMS", "PKCS7", "OCSP REQUEST", "OCSP RESPONSE"}},
+    };
+    return *std::ranges::find(kinds, kind, &KindOfObject::kind);
+}
+
+bool BelongsTo(const KindOfObject& kind, const DataBlock& block)
+{
+    return block.label.empty() || std::ranges::find(kind.labels, block.label) != kind.labels.end();
+}
+
+std::string WhatIsNotThere(ObjectKind kind)
+{
+    return std::string("it holds no ") + Describe(kind).what;
+}
+
+CrlPtr LoadList(const element& der)
+{
+    auto list = std::make_shared<CCrypto_X509_CRL>();
+    return list->LoadCRL(der) ? CrlPtr(std::move(list)) : nullptr;
+}
+
+RequestPtr LoadRequest(const element& der)
+{
+    auto request = std::make_shared<CCryptoCertificateRequest>();
+    return request->LoadRequest(der) ? RequestPtr(std::move(request)) : nullptr;
+}
+
+/// Loads every block; `load` gives null for what does not.
+template <typename Pointer, typename Load>
+int ReadAll(Invocation& invocation, const std::string& file, ObjectKind kind, const Load& load, std::vector<Pointer>& objects)
+{
+    std::vector<DataBlock> blocks;
+    if (const int exit = ReadObjects(invocation, file, kind, blocks); exit != exitDone)
+        return exit;
+    if (blocks.empty())
+        invocation.warn(file, WhatIsNotThere(kind));
+    for (std::size_t index = 0; index < blocks.size(); ++index) {
+        StartReason();
+        if (Pointer object = load(blocks[index].bytes))
+            objects.push_back(std::move(object));
+        else
+            invocation.warn(file, BlockName(blocks, index) + "ignored: " + LastReason(WhatIsNotThere(kind).c_str()));
+    }
+    return exitDone;
+}
+
+/// Loads the first block.
+template <typename Pointer, typename Load>
+int ReadFirst(Invocation& invocation, const std::string& file, ObjectKind kind, const Load& load, Pointer& object)
+{
+    std::vector<DataBlock> blocks;
+    if (const int exit = ReadObjectsOrRefuse(invocation, file, kind, blocks); exit != exitDone)
+        return exit;
+    StartReason();
+    object = load(blocks.front().bytes);
+    return object != nullptr ? exitDone : invocation.refuse(file, LastReason(WhatIsNotThere(kind).c_str()));
+}
+
+CertificatePtr LoadBlock(const element& der)
+{
+    return LoadCertificate(der.bytes());
+}
+
+} // namespace
+
+int ReadObjects(Invocation& invocation, const std::string& file, ObjectKind kind, std::vector<DataBlock>& blocks)
+{
+    element bytes;
+    std::string reason;
+    if (!ReadWhole(invocation.console(), file, bytes, reason))
+        return invocation.refuse(file, reason);
+    StartReason();
+    if (!SplitBlocks(std::move(bytes), blocks, reason))
+        invocation.warn(file, reason);
+    std::erase_if(blocks, [&](const DataBlock& block) { return !BelongsTo(Describe(kind), block); });
+    return exitDone;
+}
+
+int ReadObjectsOrRefuse(Invocation& invocation, const std::string& file, ObjectKind kind, std::vector<DataBlock>& blocks)
+{
+    const int exit = ReadObjects(invocation, file, kind, blocks);
+    return exit == exitDone && blocks.empty() ? invocation.refuse(file, WhatIsNotThere(kind)) : exit;
+}
+
+std::string BlockName(const std::vector<DataBlock>& blocks, std::size_t index)
+{
+    return blocks.size() > 1 ? "block " + std::to_string(index + 1) + ": " : std::string();
+}
+
+int ReadCertificate(Invocation& invocation, const std::string& file, CertificatePtr& certificate)
+{
+    return ReadFirst(invocation, file, ObjectKind::certificate, LoadBlock, certificate);
+}
+
+int ReadCertificates(Invocation& invocation, const std::string& file, std::vector<CertificatePtr>& certificates)
+{
+    return ReadAll(invocation, file, ObjectKind::certificate, LoadBlock, certificates);
+}
+
+int ReadLists(Invocation& invocation, const std::string& file, std::vector<CrlPtr>& lists)
+{
+    return ReadAll(invocation, file, ObjectKind::list, LoadList, lists);
+}
+
+int ReadList(Invocation& invocation, const std::string& file, CrlPtr& list)
+{
+    return ReadFirst(invocation, file, ObjectKind::list, LoadList, list);
+}
+
+int ReadRequest(Invocation& invocation, const std::string& file, RequestPtr& request)
+{
+    return ReadFirst(invocation, file, ObjectKind::request, LoadRequest, request);
+}
+
+} // namespace ccrypto
