@@ -201,10 +201,9 @@ PathFinding CheckPurposes(const CertificatePath& path, const ValidationOptions& 
 PathFinding CheckProfiles(const CertificatePath& path)
 {
     for (std::uint32_t index = static_cast<std::uint32_t>(path.size()); index-- > 0;) {
-        CertificateRole role = index == 0 ? CertificateRole::endEntity : CertificateRole::ca;
-        if (index + 1 == path.size())
-            role = CertificateRole::anchor;
-        if (Finding finding = CheckProfile(*path[index], role); !finding.passed())
+        const CertificateRole role = index == 0 ? CertificateRole::endEntity : CertificateRole::ca;
+        const KnownCertificate* const issuer = index + 1 < path.size() ? path[index + 1] : nullptr;
+        if (Finding finding = CheckProfile(*path[index], role, issuer); !finding.passed())
             return {std::move(finding), index};
     }
     return {};

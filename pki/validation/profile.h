@@ -8,8 +8,7 @@ namespace ccrypto {
 /// The place of a certificate in a path.
 enum class CertificateRole {
     endEntity, ///< the subject of the validation, also when it is a CA
-    ca,        ///< issued the certificate before it
-    anchor,    ///< the same, and the end of the path: its own certificate has to keep the same rules
+    ca,        ///< issued the certificate before it; the anchor's own certificate has to keep the same rules
 };
 
 /// Whether the certificate keeps what RFC 5280, section 4, asks of conforming CAs beyond what section 6 needs for validation:

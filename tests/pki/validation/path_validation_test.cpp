@@ -48,6 +48,16 @@ void ChainOf(World& world, const World::ChangeCertificate& root, const World::Ch
 
 void Unchanged(Cert&) {}
 
+void NamesKeyOfRoot(Cert& certificate)
+{
+    certificate.extension(TestAuthorityKeyIdentifier(*World::Who("Root").key));
+}
+
+void NamesKeyOfSub(Cert& certificate)
+{
+    certificate.extension(TestAuthorityKeyIdentifier(*World::Who("Sub").key));
+}
+
 void FlipLast(Bytes& der)
 {
     der.back() ^= 1;
@@ -444,7 +454,33 @@ INSTANTIATE_TEST_SUITE_P(
                       Chain(w);
                       w.options.strict = true;
                   },
-                  "profile 1"}),
+                  "profile 1"},
+        WorldCase{"the profile, kept",
+                  [](World& w) {
+                      ChainOf(w, Unchanged, NamesKeyOfRoot, NamesKeyOfSub);
+                      w.options.strict = true;
+                  },
+                  "VALID"},
+        WorldCase{"the profile: the key identifier of another",
+                  [](World& w) {
+                      ChainOf(w, Unchanged, NamesKeyOfRoot, NamesKeyOfRoot);
+                      w.options.strict = true;
+                  },
+                  "profile 0"},
+        WorldCase{"the profile of an anchor",
+                  [](World& w) {
+                      ChainOf(
+                          w, [](Cert& c) { c.serial(0); }, NamesKeyOfRoot, NamesKeyOfSub);
+                      w.options.strict = true;
+                  },
+                  "profile 2"},
+        WorldCase{"the profile of an anchor that is asked for",
+                  [](World& w) {
+                      w.subject("Leaf", "Sub", NamesKeyOfSub);
+                      w.anchors.push_back(w.subjectDer);
+                      w.options.strict = true;
+                  },
+                  "VALID"}),
     NameOfCase);
 
 INSTANTIATE_TEST_SUITE_P(

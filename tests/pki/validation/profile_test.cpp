@@ -326,11 +326,11 @@ TEST(Profile, OfVersionsAndNames)
 TEST(Profile, AnAuthorityNamesTheKeyOfItsIssuer)
 {
     const KnownCertificate issuer = Known(TestCertificate(ProfileIssuer()).authority().build(ProfileIssuer()));
-    ExpectDetail(issuer, CertificateRole::anchor, "");
+    ExpectDetail(issuer, CertificateRole::ca, "");
 
     // Issued by itself, but with another key: the key has to be named.
     const TestIssuer otherKey = {.name = ProfileIssuer().name, .key = TestKey(2)};
-    ExpectDetail(Known(TestCertificate(ProfileIssuer()).authority().build(otherKey)), CertificateRole::anchor,
+    ExpectDetail(Known(TestCertificate(ProfileIssuer()).authority().build(otherKey)), CertificateRole::ca,
                  "4.2.1.1: no authority key identifier");
 
     const auto subjectOf = [](const ICryptoKeyPair& key) {
