@@ -1,0 +1,254 @@
+#include "pki/cms/signed_data_verification.h"
+
+#include "core/diagnostics/auto_logger.h"
+#include "crypto/hash/hash.h"
+#include "pki/cms/embedded_status.h"
+#include "pki/cms/signer_check.h"
+
+#include <algorithm>
+#include <map>
+#include <string>
+
+namespace ccrypto {
+
+namespace {
+
+constexpr std::uint32_t minRsaBits = 2048;
+/// Certificates that say that they are the signer's: more are not tried.
+constexpr std::size_t maxCertificatesOfSigner = 8;
+
+std::string KeyOfIndex(const element& issuer, const element& serialNumber)
+{
+    return std::string(serialNumber.view()) + '/' + std::string(issuer.view());
+}
+
+/// All certificates of one verification, found by what signers say of them.
+class KnownSigners {
+public:
+    KnownSigners(const CCryptoPKCS7SignedDataObject& data, const SignedDataTrust& trust)
+    {
+        for (const CertificatePtr& anchor : trust.anchors)
+            add(anchor, true);
+        for (const element& der : data.certificates)
+            add(LoadCertificate(der.bytes()), false);
+        for (const CertificatePtr& candidate : trust.candidates)
+            add(candidate, false);
+    }
+
+    [[nodiscard]] const CertificatePool& pool() const { return pool_; }
+    [[nodiscard]] std::vector<const KnownCertificate*> find(const CertificateIdentifier& identifier) const
+    {
+        std::vector<const KnownCertificate*> found;
+        const auto& index = identifier.isByKey() ? byKey_ : byIssuer_;
+        const auto [first, last] = index.equal_range(identifier.isByKey() ? std::string(identifier.keyIdentifier.view())
+                                                                          : KeyOfIndex(identifier.issuer, identifier.serialNumber));
+        for (auto entry = first; entry != last && found.size() < maxCertificatesOfSigner; ++entry)
+            if (identifier.means(*entry->second->certificate))
+                found.push_back(entry->second);
+        return found;
+    }
+
+private:
+    void add(const CertificatePtr& certificate, bool isAnchor)
+    {
+        if (certificate == nullptr)
+            return;
+        const std::uint32_t before = pool_.size();
+        const KnownCertificate* const known = pool_.add(certificate, isAnchor);
+        if (known == nullptr || pool_.size() == before)
+            return;
+        byIssuer_.emplace(KeyOfIndex(certificate->issuer().GetDerEncodedElement(), Octets(certificate->serialNumber())), known);
+        if (known->extensions.subjectKeyIdentifier)
+            byKey_.emplace(std::string(known->extensions.subjectKeyIdentifier->view()), known);
+    }
+
+    CertificatePool pool_;
+    std::multimap<std::string, const KnownCertificate*> byIssuer_;
+    std::multimap<std::string, const KnownCertificate*> byKey_;
+};
+
+CCryptoString TextOfKey(const ICryptoKeyPair& key)
+{
+    std::string text = key.name();
+    if (key.algorithmId() == algorithm::rsaEncryption)
+        text += ' ' + std::to_string(key.keySize());
+    return CCryptoString(std::string_view(text));
+}
+
+/// How far a signer came; of several certificates the one that came furthest speaks.
+enum class Progress { certificate, reference, signature, path, valid };
+
+class Verification {
+public:
+    Verification(const CCryptoPKCS7SignedDataObject& data, SignedContent* content, const SignedDataTrust& trust,
+                 const SignedDataOptions& options)
+        : data_(data), content_(content), options_(options), known_(data, trust), status_(trust.status)
+    {
+        if (options.validation.status != ValidationOptions::Status::none)
+            AddStatusOfMessage(data, status_);
+    }
+
+    [[nodiscard]] SignerVerdict verify(const CCryptoPKCS7SignerInfo& signer);
+
+private:
+    struct Attempt {
+        Progress progress = Progress::certificate;
+        SignerVerdict verdict;
+    };
+
+    [[nodiscard]] Attempt tryCertificate(const CCryptoPKCS7SignerInfo& signer, const SignerStatement& statement,
+                                         SignerVerdict verdict, const KnownCertificate& known);
+    [[nodiscard]] SignerFault checkAlgorithms(const SignerStatement& statement, const ICryptoKeyPair& key) const;
+    [[nodiscard]] PathVerdict validate(const CCryptoPKCS7SignerInfo& signer, const CertificatePtr& certificate);
+
+    const CCryptoPKCS7SignedDataObject& data_;
+    SignedContent* content_;
+    const SignedDataOptions& options_;
+    KnownSigners known_;
+    StatusSources status_;
+    /// Of signers that bring no proof of status of their own.
+    std::map<const CCrypto_X509_Certificate*, PathVerdict> paths_;
+};
+
+SignerVerdict Refused(SignerVerdict verdict, const SignerFault& fault)
+{
+    verdict.verdict = Verdict::invalid;
+    verdict.reason = fault.reason;
+    verdict.detail = fault.detail;
+    return verdict;
+}
+
+SignerFault CheckReferences(const SignerStatement& statement, const CCrypto_X509_Certificate& certificate)
+{
+    for (const CertificateReferences& references : statement.signingCertificates)
+        if (!references.front().means(certificate))
+            return {Reason::badSignature, "The signed attribute names another certificate"};
+    return {};
+}
+
+/// Every certificate that is named is one of the path.
+SignerFault CheckNamedPath(const SignerStatement& statement, const PathVerdict& path)
+{
+    for (const CertificateReferences& references : statement.signingCertificates) {
+        for (const CertificateReference& reference : references) {
+            const auto isMeant = [&](const PathStep& step) { return reference.means(*step.certificate); };
+            if (!std::ranges::any_of(path.path, isMeant))
+                return {Reason::badSignature, "The signed attribute names a certificate that is not in the path"};
+        }
+    }
+    return {};
+}
+
+SignerVerdict Verification::verify(const CCryptoPKCS7SignerInfo& signer)
+{
+    SignerVerdict verdict;
+    SignerStatement statement;
+    const SignerFault fault = statement.read(signer, data_.contentType, content_);
+    if (const std::unique_ptr<ICryptoHash> hash = statement.hash != algorithm::none ? ICryptoHash::Create(statement.hash) : nullptr)
+        verdict.digestName = hash->name();
+    verdict.signingTime = statement.signingTime;
+    verdict.namesCertificate = !statement.signingCertificates.empty();
+    if (!fault.isNone())
+        return Refused(std::move(verdict), fault);
+    if (options_.requiresSigningCertificate && !verdict.namesCertificate)
+        return Refused(std::move(verdict), {Reason::malformed, "No signed attribute names the signer's certificate"});
+
+    Attempt furthest = {Progress::certificate, Refused(verdict, {Reason::noPath, "The signer's certificate is not there"})};
+    for (const KnownCertificate* const known : known_.find(signer.signer)) {
+        Attempt attempt = tryCertificate(signer, statement, verdict, *known);
+        if (attempt.progress > furthest.progress)
+            furthest = std::move(attempt);
+        if (furthest.progress == Progress::valid)
+            break;
+    }
+    return std::move(furthest.verdict);
+}
+
+SignerFault Verification::checkAlgorithms(const SignerStatement& statement, const ICryptoKeyPair& key) const
+{
+    if (statement.algorithm.isBroken())
+        return {Reason::weakAlgorithm, "MD5"};
+    if (options_.validation.allowWeak)
+        return {};
+    if (statement.algorithm.isWeak() || statement.hash == algorithm::sha1)
+        return {Reason::weakAlgorithm, "SHA-1"};
+    if (key.algorithmId() == algorithm::rsaEncryption && key.keySize() < minRsaBits)
+        return {Reason::weakAlgorithm, "RSA below 2048 bits"};
+    return {};
+}
+
+Verification::Attempt Verification::tryCertificate(const CCryptoPKCS7SignerInfo& signer, const SignerStatement& statement,
+                                                   SignerVerdict verdict, const KnownCertificate& known)
+{
+    const CertificatePtr& certificate = known.certificate;
+    ICryptoKeyPair& key = *certificate->publicKey();
+    verdict.certificate = certificate;
+    verdict.keyText = TextOfKey(key);
+    if (const SignerFault fault = CheckReferences(statement, *certificate); !fault.isNone())
+        return {Progress::reference, Refused(std::move(verdict), fault)};
+    if (const SignerFault fault = checkAlgorithms(statement, key); !fault.isNone())
+        return {Progress::signature, Refused(std::move(verdict), fault)};
+    if (const SignerFault fault = VerifySigner(signer, statement, key, *content_, verdict.order); !fault.isNone())
+        return {Progress::signature, Refused(std::move(verdict), fault)};
+    if (!MaySignMessages(known.extensions))
+        return {Progress::path, Refused(std::move(verdict), {Reason::keyUsage, "The key usage allows no signatures"})};
+
+    verdict.path = validate(signer, certificate);
+    verdict.verdict = verdict.path.verdict;
+    verdict.reason = verdict.path.reason;
+    verdict.detail = verdict.path.detail;
+    if (verdict.verdict == Verdict::invalid)
+        return {Progress::path, std::move(verdict)};
+    if (const SignerFault fault = CheckNamedPath(statement, verdict.path); !fault.isNone())
+        return {Progress::path, Refused(std::move(verdict), fault)};
+    return {Progress::valid, std::move(verdict)};
+}
+
+PathVerdict Verification::validate(const CCryptoPKCS7SignerInfo& signer, const CertificatePtr& certificate)
+{
+    StatusSources own;
+    if (options_.validation.status != ValidationOptions::Status::none && AddStatusOfSigner(signer, own)) {
+        own.crls.insert(own.crls.end(), status_.crls.begin(), status_.crls.end());
+        own.responses.insert(own.responses.end(), status_.responses.begin(), status_.responses.end());
+        return ValidateCertificate(certificate, known_.pool(), own, options_.validation);
+    }
+    const auto found = paths_.find(certificate.get());
+    if (found != paths_.end())
+        return found->second;
+    return paths_[certificate.get()] = ValidateCertificate(certificate, known_.pool(), status_, options_.validation);
+}
+
+} // namespace
+
+SignedDataVerdict VerifySignedData(const CCryptoPKCS7SignedDataObject& data, SignedContent* content, const SignedDataTrust& trust,
+                                   const SignedDataOptions& options)
+{
+    CCryptoAutoLogger logger("VerifySignedData");
+    SignedContent embedded(data.content.bytes());
+    if (content == nullptr && data.hasContent)
+        content = &embedded;
+    SignedDataVerdict result;
+    result.reason = Reason::badSignature;
+    result.detail = "There is no signer";
+    Verification verification(data, content, trust, options);
+    for (const auto& signer : data.signerInfos)
+        result.signers.push_back(verification.verify(*signer));
+
+    const auto first = [&](Verdict verdict) {
+        return std::ranges::find_if(result.signers, [=](const SignerVerdict& signer) { return signer.verdict == verdict; });
+    };
+    auto speaker = first(Verdict::invalid);
+    if (speaker == result.signers.end())
+        speaker = first(Verdict::undecided);
+    if (speaker == result.signers.end())
+        speaker = result.signers.begin();
+    if (speaker != result.signers.end()) {
+        result.verdict = speaker->verdict;
+        result.reason = speaker->reason;
+        result.detail = speaker->detail;
+    }
+    logger.setResult(result.verdict == Verdict::valid);
+    return result;
+}
+
+} // namespace ccrypto

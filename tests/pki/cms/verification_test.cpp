@@ -1,0 +1,408 @@
+#include "crypto/hash/hash.h"
+#include "pki/cms/document.h"
+#include "pki/cms/pkcs7.h"
+#include "pki/cms/signed_data_verification.h"
+#include "tests/pki/cms/cms_files.h"
+#include "tests/pki/keys/test_keys.h"
+#include "tests/pki/x509/test_authority.h"
+
+#include <algorithm>
+
+using namespace ccrypto;
+
+namespace {
+
+const Bytes verifiedContent = TextBytes("content");
+const CCryptoDateTime verificationTime({.year = 2026, .month = 12, .day = 1}, true);
+
+SignedDataVerdict VerdictOf(const Bytes& message, const SignedDataTrust& trust, const SignedDataOptions& options,
+                            SignedContent* content = nullptr)
+{
+    CCryptoPKCS7Document document;
+    if (!document.Parse(message) || document.signedData() == nullptr)
+        return {.verdict = Verdict::invalid, .reason = Reason::malformed, .detail = "Not read", .signers = {}};
+    return VerifySignedData(*document.signedData(), content, trust, options);
+}
+
+struct CmsFileCase {
+    const char* file;
+    const char* options; ///< "trust", "content", "other content", "digest", "cades", "weak", "candidate", joined by blanks
+    Reason reason;
+    std::size_t signers = 1;
+};
+
+const CmsFileCase cmsFileCases[] = {
+    {"ec_attached", "trust", Reason::none},
+    {"ec_attached", "", Reason::noPath},
+    {"ec_attached", "trust content", Reason::none},
+    {"ec_attached", "trust other-content", Reason::badSignature},
+    {"ec_attached", "trust cades", Reason::malformed},
+    {"ec_detached", "trust content", Reason::none},
+    {"ec_detached", "trust digest", Reason::none},
+    {"ec_detached", "trust", Reason::badSignature},
+    {"ec_detached", "trust other-content", Reason::badSignature},
+    {"ec_key_identifier", "trust", Reason::none},
+    {"ec_no_attributes", "trust", Reason::none},
+    {"ec_no_attributes", "trust content", Reason::none},
+    {"ec_no_attributes", "trust digest", Reason::badSignature},
+    {"ec_no_attributes", "trust other-content", Reason::badSignature},
+    {"ec_no_attributes", "trust cades", Reason::malformed},
+    {"ec_stream", "trust", Reason::none},
+    {"ec_cades", "trust cades", Reason::none},
+    {"ec_cades_sha384", "trust cades", Reason::none},
+    {"ec_no_certificates", "trust", Reason::noPath},
+    {"ec_no_certificates", "trust candidate", Reason::none},
+    {"ec_other_type", "trust", Reason::none},
+    {"rsa", "trust", Reason::none},
+    {"rsa_pss", "trust", Reason::none},
+    {"rsa_cades_sha1", "trust", Reason::weakAlgorithm},
+    {"rsa_cades_sha1", "trust weak cades", Reason::none},
+    {"rsa_md5", "trust", Reason::weakAlgorithm},
+    {"rsa_md5", "trust weak", Reason::weakAlgorithm},
+    {"two_signers", "trust", Reason::none, 2},
+    {"certificates_alone", "trust", Reason::badSignature, 0},
+};
+
+SignedDataVerdict VerdictOfFile(const Bytes& message, std::string_view words)
+{
+    const auto has = [&](std::string_view word) {
+        return (' ' + std::string(words) + ' ').find(' ' + std::string(word) + ' ') != std::string::npos;
+    };
+    SignedDataTrust trust;
+    if (has("trust"))
+        trust.anchors = {LoadCertificate(CmsFile("certificate_root"))};
+    if (has("candidate"))
+        trust.candidates = {LoadCertificate(CmsFile("certificate_ec"))};
+    SignedDataOptions options;
+    options.validation.at = verificationTime;
+    options.validation.allowWeak = has("weak");
+    options.requiresSigningCertificate = has("cades");
+    const Bytes other = TextBytes("contents");
+    SignedContent content(has("other-content") ? other : verifiedContent);
+    if (has("digest"))
+        content = SignedContent(algorithm::sha256, ICryptoHash::Create(algorithm::sha256)->digestOf(verifiedContent));
+    const bool isGiven = has("content") || has("other-content") || has("digest");
+    return VerdictOf(message, trust, options, isGiven ? &content : nullptr);
+}
+
+const TestIssuer& VerificationRoot()
+{
+    static const TestIssuer issuer = {.name = TestName("CN=Verification root"), .key = TestKey(1)};
+    return issuer;
+}
+
+SignedDataTrust TrustInRoot()
+{
+    SignedDataTrust trust;
+    trust.anchors = {LoadCertificate(TestCertificate(VerificationRoot()).authority().build(VerificationRoot()))};
+    return trust;
+}
+
+Bytes SignerCertificate(std::uint8_t keyUsage = 0x80)
+{
+    return TestCertificate("CN=Signer", TestKey(2)).serial(7).extension(TestKeyUsage(keyUsage)).build(VerificationRoot());
+}
+
+const Bytes sha256Identifier = Tlv(0x30, OidTlv("2.16.840.1.101.3.4.2.1"));
+const Bytes ecdsaIdentifier = Tlv(0x30, OidTlv("1.2.840.10045.4.3.2"));
+const Bytes ecKeyIdentifier = Tlv(0x30, OidTlv("1.2.840.10045.2.1"));
+
+Bytes Sha256(const Bytes& octets)
+{
+    return BytesOf(ICryptoHash::Create(algorithm::sha256)->digestOf(octets));
+}
+
+Bytes AttributeOf(std::string_view oid, const Bytes& values)
+{
+    return Tlv(0x30, {OidTlv(oid), Tlv(0x31, values)});
+}
+
+const Bytes dataTypeAttribute = AttributeOf("1.2.840.113549.1.9.3", OidTlv("1.2.840.113549.1.7.1"));
+const Bytes digestAttribute = AttributeOf("1.2.840.113549.1.9.4", Tlv(0x04, Sha256(verifiedContent)));
+
+/// A message written here, sense or not.
+struct TestMessage {
+    Bytes attributes = Joined({dataTypeAttribute, digestAttribute}); ///< without the SET
+    Bytes signedOctets;                                              ///< empty for the SET of these
+    Bytes content = verifiedContent;
+    Bytes contentType = OidTlv("1.2.840.113549.1.7.1");
+    Bytes certificate = SignerCertificate();
+    Bytes digestAlgorithm = sha256Identifier;
+    Bytes signatureAlgorithm = ecdsaIdentifier;
+    Bytes unsignedAttributes;
+
+    [[nodiscard]] Bytes build() const
+    {
+        const Bytes octets = !signedOctets.empty() ? signedOctets : Tlv(0x31, attributes);
+        const Bytes signature = BytesOf(TestKey(2)->signer()->sign(algorithm::sha256, Sha256(octets)));
+        const Bytes info = Tlv(0x30, {NumberTlv(1), Tlv(0x30, {VerificationRoot().name, NumberTlv(7)}), digestAlgorithm,
+                                      attributes.empty() ? Bytes() : Tlv(0xA0, attributes), signatureAlgorithm,
+                                      Tlv(0x04, signature), unsignedAttributes.empty() ? Bytes() : Tlv(0xA1, unsignedAttributes)});
+        const Bytes data =
+            Tlv(0x30, {NumberTlv(1), Tlv(0x31, sha256Identifier), Tlv(0x30, {contentType, Tlv(0xA0, Tlv(0x04, content))}),
+                       Tlv(0xA0, certificate), Tlv(0x31, info)});
+        return Tlv(0x30, {OidTlv("1.2.840.113549.1.7.2"), Tlv(0xA0, data)});
+    }
+    [[nodiscard]] SignerVerdict verdict(bool isCades = false, bool wantsStatus = false) const
+    {
+        SignedDataOptions options;
+        options.validation.at = verificationTime;
+        options.validation.status = wantsStatus ? ValidationOptions::Status::leaf : ValidationOptions::Status::none;
+        options.requiresSigningCertificate = isCades;
+        SignedDataVerdict whole = VerdictOf(build(), TrustInRoot(), options);
+        EXPECT_EQ(whole.signers.size(), 1u) << whole.detail.c_str();
+        return whole.signers.empty() ? SignerVerdict() : std::move(whole.signers[0]);
+    }
+    TestMessage& with(const Bytes& more)
+    {
+        attributes = Joined({attributes, more});
+        return *this;
+    }
+};
+
+Bytes Protection(const Bytes& digest, const Bytes& signatureItems, std::uint8_t tag = 0xA1)
+{
+    return AttributeOf("1.2.840.113549.1.9.52", Tlv(0x30, {digest, Tlv(tag, signatureItems)}));
+}
+
+/// ESSCertIDv2.
+Bytes Reference(const Bytes& certificate, const Bytes& more = {})
+{
+    return Tlv(0x30, {Tlv(0x04, Sha256(certificate)), more});
+}
+
+Bytes SigningCertificateV2(const Bytes& references)
+{
+    return AttributeOf("1.2.840.113549.1.9.16.2.47", Tlv(0x30, Tlv(0x30, references)));
+}
+
+Bytes IssuerSerial(const Bytes& name, std::uint64_t serial)
+{
+    return Tlv(0x30, {Tlv(0x30, Tlv(0xA4, name)), NumberTlv(serial)});
+}
+
+} // namespace
+
+TEST(CmsVerification, JudgesWhatOthersSigned)
+{
+    for (const CmsFileCase& entry : cmsFileCases) {
+        const SignedDataVerdict verdict = VerdictOfFile(CmsFile(entry.file), entry.options);
+        EXPECT_EQ(ReasonWord(verdict.reason), ReasonWord(entry.reason))
+            << entry.file << ' ' << entry.options << ": " << verdict.detail.c_str();
+        EXPECT_EQ(verdict.verdict == Verdict::valid, entry.reason == Reason::none) << entry.file << ' ' << entry.options;
+        EXPECT_EQ(verdict.signers.size(), entry.signers) << entry.file;
+    }
+    const SignedDataVerdict verdict = VerdictOfFile(CmsFile("two_signers"), "trust");
+    std::vector<std::string> keys;
+    for (const SignerVerdict& signer : verdict.signers) {
+        EXPECT_STREQ(signer.digestName, "SHA-256");
+        EXPECT_TRUE(signer.signingTime.isValid());
+        EXPECT_EQ(signer.order, AttributeOrder::encoded);
+        EXPECT_EQ(signer.path.path.size(), 3u);
+        keys.push_back(signer.keyText.c_str());
+    }
+    std::ranges::sort(keys);
+    EXPECT_EQ(keys, (std::vector<std::string>{"RSA 2048", "prime256v1"}));
+}
+
+TEST(CmsVerification, AFlippedBitIsNeverValid)
+{
+    const Bytes message = CmsFile("ec_cades");
+    CCryptoPKCS7Document document;
+    ASSERT_TRUE(document.Parse(message));
+    // The signer's description ends the message.
+    const std::size_t length = document.signedData()->signerInfos[0]->BuildDer().length();
+    ASSERT_GT(length, 300u);
+    for (std::size_t index = message.size() - length; index < message.size(); index += 2) {
+        Bytes changed = message;
+        changed[index] ^= static_cast<std::uint8_t>(1 << index / 2 % 8);
+        EXPECT_NE(VerdictOfFile(changed, "trust cades").verdict, Verdict::valid) << index;
+    }
+}
+
+TEST(CmsVerification, AttributesStandExactlyOnceAndDescribeTheContent)
+{
+    const Bytes typeValue = OidTlv("1.2.840.113549.1.7.1");
+    const Bytes digestValue = Tlv(0x04, Sha256(verifiedContent));
+    const Bytes otherDigest = Tlv(0x04, Sha256(TextBytes("other")));
+    const auto type = [](const Bytes& values) { return AttributeOf("1.2.840.113549.1.9.3", values); };
+    const auto digest = [](const Bytes& values) { return AttributeOf("1.2.840.113549.1.9.4", values); };
+    const auto time = [](const Bytes& values) { return AttributeOf("1.2.840.113549.1.9.5", values); };
+    const Bytes now = TestTime("20261123120000Z");
+    const Bytes certificate = SignerCertificate();
+    const Bytes otherCertificate = TestCertificate("CN=Signer", TestKey(2)).serial(8).build(VerificationRoot());
+    const Bytes ecdsa = OidTlv("1.2.840.10045.4.3.2");
+    const Bytes both = Joined({dataTypeAttribute, digestAttribute});
+    const struct {
+        const char* name;
+        Bytes attributes;
+        Reason reason;
+    } cases[] = {
+        {"as it should be", both, Reason::none},
+        {"no content type", digestAttribute, Reason::malformed},
+        {"two content types", Joined({both, dataTypeAttribute}), Reason::malformed},
+        {"a content type of two values", Joined({type(Joined({typeValue, typeValue})), digestAttribute}), Reason::malformed},
+        {"a content type of no value", Joined({type({}), digestAttribute}), Reason::malformed},
+        {"another content type", Joined({type(OidTlv("1.2.3.4")), digestAttribute}), Reason::badSignature},
+        {"a content type that is no identifier", Joined({type(NumberTlv(1)), digestAttribute}), Reason::malformed},
+        {"no digest", dataTypeAttribute, Reason::malformed},
+        {"two digests", Joined({both, digestAttribute}), Reason::malformed},
+        {"a right digest before a wrong one", Joined({dataTypeAttribute, digest(Joined({digestValue, otherDigest}))}),
+         Reason::malformed},
+        {"another digest", Joined({dataTypeAttribute, digest(otherDigest)}), Reason::badSignature},
+        {"a digest that is no octets", Joined({dataTypeAttribute, digest(NumberTlv(1))}), Reason::malformed},
+        {"a signing time", Joined({both, time(now)}), Reason::none},
+        {"two signing times", Joined({both, time(now), time(now)}), Reason::malformed},
+        {"a time that does not exist", Joined({both, time(Tlv(0x17, TextBytes("260231000000Z")))}), Reason::malformed},
+        {"the algorithms protected", Joined({both, Protection(sha256Identifier, ecdsa)}), Reason::none},
+        {"NULL for no parameters", Joined({both, Protection(Tlv(0x30, {OidTlv("2.16.840.1.101.3.4.2.1"), {5, 0}}), ecdsa)}),
+         Reason::none},
+        {"another signature algorithm protected", Joined({both, Protection(sha256Identifier, OidTlv("1.2.840.10045.4.3.3"))}),
+         Reason::badSignature},
+        {"another digest algorithm protected", Joined({both, Protection(Tlv(0x30, OidTlv("2.16.840.1.101.3.4.2.3")), ecdsa)}),
+         Reason::badSignature},
+        {"an explicit tag of protection", Joined({both, Protection(sha256Identifier, ecdsaIdentifier)}), Reason::badSignature},
+        {"a code's algorithm protected", Joined({both, Protection(sha256Identifier, ecdsa, 0xA2)}), Reason::malformed},
+        {"the certificate named", Joined({both, SigningCertificateV2(Reference(certificate))}), Reason::none},
+        {"with its issuer", Joined({both, SigningCertificateV2(Reference(certificate, IssuerSerial(VerificationRoot().name, 7)))}),
+         Reason::none},
+        {"with another serial number",
+         Joined({both, SigningCertificateV2(Reference(certificate, IssuerSerial(VerificationRoot().name, 8)))}),
+         Reason::badSignature},
+        {"with another issuer", Joined({both, SigningCertificateV2(Reference(certificate, IssuerSerial(TestName("CN=Other"), 7)))}),
+         Reason::badSignature},
+        {"another certificate named", Joined({both, SigningCertificateV2(Reference(otherCertificate))}), Reason::badSignature},
+        {"another certificate named second",
+         Joined({both, SigningCertificateV2(Joined({Reference(certificate), Reference(otherCertificate)}))}), Reason::badSignature},
+        {"no certificate named", Joined({both, SigningCertificateV2({})}), Reason::malformed},
+        {"named twice", Joined({both, SigningCertificateV2(Reference(certificate)), SigningCertificateV2(Reference(certificate))}),
+         Reason::malformed},
+    };
+    for (const auto& entry : cases) {
+        TestMessage message;
+        message.attributes = entry.attributes;
+        message.certificate = certificate;
+        const SignerVerdict verdict = message.verdict();
+        EXPECT_EQ(ReasonWord(verdict.reason), ReasonWord(entry.reason)) << entry.name << ": " << verdict.detail.c_str();
+        EXPECT_EQ(verdict.verdict == Verdict::valid, entry.reason == Reason::none) << entry.name;
+    }
+}
+
+TEST(CmsVerification, HashesAttributesAsEncodedThenSorted)
+{
+    const Bytes unsorted = Joined({digestAttribute, dataTypeAttribute});
+    const Bytes sorted = Tlv(0x31, {dataTypeAttribute, digestAttribute});
+    TestMessage message;
+    message.attributes = unsorted;
+    EXPECT_EQ(message.verdict().verdict, Verdict::valid);
+    EXPECT_EQ(message.verdict().order, AttributeOrder::encoded);
+    message.signedOctets = sorted;
+    EXPECT_EQ(message.verdict().verdict, Verdict::valid);
+    EXPECT_EQ(message.verdict().order, AttributeOrder::sorted);
+    // The octets in the message, whose tag is [0], are not what is signed.
+    message.signedOctets = Tlv(0xA0, unsorted);
+    EXPECT_EQ(message.verdict().reason, Reason::badSignature);
+}
+
+TEST(CmsVerification, WithoutAttributesTheContentIsSigned)
+{
+    TestMessage message;
+    message.attributes.clear();
+    message.signedOctets = verifiedContent;
+    EXPECT_EQ(message.verdict().verdict, Verdict::valid);
+    EXPECT_EQ(message.verdict().order, AttributeOrder::none);
+    EXPECT_EQ(message.verdict(true).reason, Reason::malformed);
+    // The attributes of another message, as its content.
+    message.content = message.signedOctets = Tlv(0x31, {dataTypeAttribute, digestAttribute});
+    EXPECT_EQ(message.verdict().reason, Reason::badSignature);
+    EXPECT_STREQ(message.verdict().detail.c_str(), "The content is itself a set of attributes");
+    message.content = message.signedOctets = verifiedContent;
+    message.contentType = OidTlv("1.2.3.4");
+    EXPECT_EQ(message.verdict().reason, Reason::malformed);
+}
+
+TEST(CmsVerification, RefusesAlgorithmsAndCertificates)
+{
+    const Bytes null = {5, 0};
+    const struct {
+        const char* name;
+        Bytes digest;
+        Bytes signature;
+        Bytes certificate;
+        Reason reason;
+    } cases[] = {
+        {"NULL beside the digest", Tlv(0x30, {OidTlv("2.16.840.1.101.3.4.2.1"), null}), ecdsaIdentifier, SignerCertificate(),
+         Reason::none},
+        {"the key's own algorithm", sha256Identifier, ecKeyIdentifier, SignerCertificate(), Reason::none},
+        {"other parameters of the digest", Tlv(0x30, {OidTlv("2.16.840.1.101.3.4.2.1"), NumberTlv(1)}), ecdsaIdentifier,
+         SignerCertificate(), Reason::unsupportedAlgorithm},
+        {"an unknown digest", Tlv(0x30, OidTlv("1.2.3.4")), ecdsaIdentifier, SignerCertificate(), Reason::unsupportedAlgorithm},
+        {"NULL beside ECDSA", sha256Identifier, Tlv(0x30, {OidTlv("1.2.840.10045.4.3.2"), null}), SignerCertificate(),
+         Reason::unsupportedAlgorithm},
+        {"another hash of the signature", sha256Identifier, Tlv(0x30, OidTlv("1.2.840.10045.4.3.3")), SignerCertificate(),
+         Reason::unsupportedAlgorithm},
+        {"RSA", sha256Identifier, Tlv(0x30, {OidTlv("1.2.840.113549.1.1.1"), null}), SignerCertificate(),
+         Reason::unsupportedAlgorithm},
+        {"a key usage for certificates alone", sha256Identifier, ecdsaIdentifier, SignerCertificate(0x04), Reason::keyUsage},
+        {"a key usage for signatures that cannot be denied", sha256Identifier, ecdsaIdentifier, SignerCertificate(0x40),
+         Reason::none},
+        {"a certificate that another name and key claim first", sha256Identifier, ecdsaIdentifier,
+         Joined({TestCertificate("CN=Bogus", TestKey(3)).serial(7).build(VerificationRoot()), SignerCertificate()}), Reason::none},
+        {"an expired certificate", sha256Identifier, ecdsaIdentifier,
+         TestCertificate("CN=Signer", TestKey(2))
+             .serial(7)
+             .validity("20200101000000Z", "20261101000000Z")
+             .build(VerificationRoot()),
+         Reason::expired},
+        {"a certificate of another serial number", sha256Identifier, ecdsaIdentifier,
+         TestCertificate("CN=Signer", TestKey(2)).serial(9).build(VerificationRoot()), Reason::noPath},
+    };
+    for (const auto& entry : cases) {
+        TestMessage message;
+        message.digestAlgorithm = entry.digest;
+        message.signatureAlgorithm = entry.signature;
+        message.certificate = entry.certificate;
+        const SignerVerdict verdict = message.verdict();
+        EXPECT_EQ(ReasonWord(verdict.reason), ReasonWord(entry.reason)) << entry.name << ": " << verdict.detail.c_str();
+        EXPECT_EQ(verdict.verdict == Verdict::valid, entry.reason == Reason::none) << entry.name;
+    }
+}
+
+TEST(CmsVerification, FindsProofsOfStatusInTheMessage)
+{
+    const Bytes good = TestCrl().entry(8).build(VerificationRoot());
+    const Bytes revoked = TestCrl().entry(7).build(VerificationRoot());
+    const auto values = [](const Bytes& list) { return Tlv(0x30, Tlv(0xA0, Tlv(0x30, list))); };
+    TestMessage message;
+    EXPECT_EQ(message.verdict(false, true).verdict, Verdict::undecided);
+    for (const char* const oid : {"1.2.840.113549.1.9.16.2.22", "1.2.840.113549.1.9.16.2.24"}) {
+        message.unsignedAttributes = AttributeOf(oid, values(good));
+        EXPECT_EQ(message.verdict(false, true).verdict, Verdict::valid) << oid;
+        message.unsignedAttributes = AttributeOf(oid, values(revoked));
+        EXPECT_EQ(message.verdict(false, true).reason, Reason::revoked) << oid;
+    }
+    message.unsignedAttributes.clear();
+    message.with(AttributeOf("1.2.840.113583.1.1.8", values(good)));
+    EXPECT_EQ(message.verdict(false, true).verdict, Verdict::valid);
+}
+
+TEST(CmsVerification, AcceptsWhatIsSignedHere)
+{
+    for (const TestKeyPtr& key : {TestRsaKey(), TestKey(2), TestEd25519Key()}) {
+        SCryptoSignature request;
+        request.signer = LoadCertificate(TestCertificate("CN=Signer", key).serial(7).build(VerificationRoot()));
+        request.key = key.get();
+        request.hash = key->algorithmId() == algorithm::ed25519 ? algorithm::sha512 : algorithm::sha256;
+        request.content = verifiedContent;
+        request.addsSigningTime = request.addsAlgorithmProtection = true;
+        request.now = verificationTime;
+        SignedDataOptions options;
+        options.validation.at = verificationTime;
+        options.requiresSigningCertificate = true;
+        const SignedDataVerdict verdict = VerdictOf(BytesOf(CCryptoPKCS7::ComputeSignature(request)), TrustInRoot(), options);
+        EXPECT_EQ(verdict.verdict, Verdict::valid) << key->name() << ": " << verdict.detail.c_str();
+        ASSERT_EQ(verdict.signers.size(), 1u);
+        EXPECT_EQ(verdict.signers[0].signingTime, verificationTime);
+        EXPECT_TRUE(verdict.signers[0].namesCertificate);
+    }
+}
