@@ -21,6 +21,9 @@ constexpr const char* listTemplate = "SEQUENCE[CONSTRUCTED]{ values }";
 // The value of an attribute may be a BOOLEAN, which the template of extensions takes for the flag.
 constexpr const char* attributeTemplate = "SEQUENCE{ OBJECT_IDENTIFIER = oid, value }";
 
+constexpr const char* valueMissing = "CCrypto_X509_Value; Parser or value missing?";
+constexpr const char* valueInvalid = "CCrypto_X509_Value; Invalid value?";
+
 const elementNode* SequenceOf(const elementNode* node)
 {
     const bool isRelativeName = node != nullptr && node->type() == ElementType::set;
@@ -50,7 +53,7 @@ CCrypto_X509_Value::CCrypto_X509_Value() : CCryptoASN1Object(valueTemplate) {}
 
 CCrypto_X509_Value::CCrypto_X509_Value(const elementNode* node) : CCrypto_X509_Value()
 {
-    construct(SequenceOf(node));
+    Parse(node);
 }
 
 CCrypto_X509_Value::CCrypto_X509_Value(const Oid& oid, const elementNode* value, bool critical) : CCrypto_X509_Value()
@@ -82,16 +85,22 @@ bool CCrypto_X509_Value::BuildNode()
            builder().fill_tree("value", value_);
 }
 
+bool CCrypto_X509_Value::Parse(const elementNode* node)
+{
+    CCryptoAutoLogger logger("CCrypto_X509_Value::Parse");
+    const elementNode* const sequence = SequenceOf(node);
+    const elementNode* const items = ParsedTemplate(valueTemplate);
+    const bool isThere = sequence != nullptr && items != nullptr && CCryptoTemplateMatch().Match(items, sequence);
+    if (CCryptoASN1Object::Parse(isThere ? sequence : nullptr))
+        return logger.setResult(true);
+    return logger.fail(false, "%s", isThere ? valueInvalid : valueMissing);
+}
+
 bool CCrypto_X509_Value::ParseNode()
 {
-    CCryptoAutoLogger logger("CCrypto_X509_Value::ParseNode");
     value_ = find("value");
-    if (value_ == nullptr)
-        return logger.fail(false, "CCrypto_X509_Value; Parser or value missing?");
     oid_ = Oid::OfNode(data()->content());
-    if (oid_.isNone() || (isBound("mandatory") && !ReadFlag(find("mandatory"), critical_)))
-        return logger.fail(false, "CCrypto_X509_Value; Invalid value?");
-    return logger.setResult(true);
+    return !oid_.isNone() && (!isBound("mandatory") || ReadFlag(find("mandatory"), critical_));
 }
 
 element CCrypto_X509_Value::content() const
@@ -120,7 +129,7 @@ bool CCrypto_X509_ValueList::append(const elementNode& node, bool isAttribute, s
     CCryptoTemplateMatch match;
     const elementNode* const items = ParsedTemplate(isAttribute ? attributeTemplate : valueTemplate);
     if (items == nullptr || !match.Match(items, &node))
-        return logger.fail(false, "CCrypto_X509_Value; Parser or value missing?");
+        return logger.fail(false, "%s", valueMissing);
 
     auto value = std::make_unique<CCrypto_X509_Value>();
     value->oid_ = Oid::OfNode(node.content());
@@ -129,7 +138,7 @@ bool CCrypto_X509_ValueList::append(const elementNode& node, bool isAttribute, s
     value->relativeName_ = relativeName;
     if (value->oid_.isNone() || match.surplus() != nullptr || (flag != nullptr && !ReadFlag(flag->node, value->critical_)) ||
         (!isAttribute && !IsPrimitiveString(*value->value_)))
-        return logger.fail(false, "CCrypto_X509_Value; Invalid value?");
+        return logger.fail(false, "%s", valueInvalid);
     values_.push_back(std::move(value));
     return true;
 }

@@ -18,7 +18,9 @@ public:
     CCrypto_X509_Value(const ccrypto::Oid& oid, const elementNode* value, bool critical = false);
 
     bool BuildNode() override;
-    /// Logs "CCrypto_X509_Value; Parser or value missing?" and "CCrypto_X509_Value; Invalid value?".
+    /// \param node as for the constructor. \return false, logged: "CCrypto_X509_Value; Parser or value missing?" or
+    /// "CCrypto_X509_Value; Invalid value?".
+    bool Parse(const elementNode* node);
     bool ParseNode() override;
 
     [[nodiscard]] const ccrypto::Oid& oid() const { return oid_; }

@@ -17,6 +17,9 @@ ElementNodePtr DecodedValue(const Bytes& der)
     return CCryptoDERParser().Decode(der);
 }
 
+constexpr const char* valueMissingText = "CCrypto_X509_Value; Parser or value missing?";
+constexpr const char* valueInvalidText = "CCrypto_X509_Value; Invalid value?";
+
 struct ValueCase {
     const char* name;
     Bytes der;
@@ -34,20 +37,21 @@ TEST_P(ReadsValue, OfExtensionsAndAttributes)
     ForgetFailure();
     const CCrypto_X509_Value value(DecodedValue(GetParam().der).get());
     EXPECT_EQ(value.oid().isNone(), *GetParam().reason != '\0');
-    EXPECT_EQ(ReasonOfFailure().substr(0, std::string(GetParam().reason).size()), GetParam().reason);
+    EXPECT_EQ(ReasonOfFailure(), GetParam().reason);
     EXPECT_EQ(value.value() == nullptr, *GetParam().reason != '\0');
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Values, ReadsValue,
-    ::testing::Values(
-        ValueCase{"attribute", commonNameValue, ""}, ValueCase{"attribute in its SET", Tlv(der::set, commonNameValue), ""},
-        ValueCase{"two in a SET", Tlv(der::set, {commonNameValue, commonNameValue}), "elementNode is NULL"},
-        ValueCase{"empty SET", Tlv(der::set, Bytes()), "elementNode is NULL"},
-        ValueCase{"no OID", Tlv(der::sequence, NumberTlv(1)), "Invalid elementToParse"},
-        ValueCase{"OID of no octets", Tlv(der::sequence, {Tlv(der::oid, Bytes()), NumberTlv(1)}), "ParseNode() failed"},
-        ValueCase{"flag of two octets", Tlv(der::sequence, {OidTlv("2.5.29.19"), Tlv(der::boolean, {0, 0}), NumberTlv(1)}),
-                  "ParseNode() failed"}));
+    ::testing::Values(ValueCase{"attribute", commonNameValue, ""},
+                      ValueCase{"attribute in its SET", Tlv(der::set, commonNameValue), ""},
+                      ValueCase{"two in a SET", Tlv(der::set, {commonNameValue, commonNameValue}), valueMissingText},
+                      ValueCase{"empty SET", Tlv(der::set, Bytes()), valueMissingText},
+                      ValueCase{"no OID", Tlv(der::sequence, NumberTlv(1)), valueMissingText},
+                      ValueCase{"OID of no octets", Tlv(der::sequence, {Tlv(der::oid, Bytes()), NumberTlv(1)}), valueInvalidText},
+                      ValueCase{"flag of two octets",
+                                Tlv(der::sequence, {OidTlv("2.5.29.19"), Tlv(der::boolean, {0, 0}), NumberTlv(1)}),
+                                valueInvalidText}));
 
 TEST(X509Value, OidsWithoutUniqueTextComeBackAsTheirOctets)
 {
