@@ -2,6 +2,8 @@
 
 #include "asn1/der/der_cursor.h"
 #include "core/diagnostics/auto_logger.h"
+#include "pki/x509/extensions.h"
+#include "pki/x509/name.h"
 #include "pki/x509/x509_time.h"
 
 #include <algorithm>
@@ -38,8 +40,8 @@ constexpr std::uint8_t signBit = 0x80;
 constexpr std::uint8_t longForm = 0x80; ///< bit of a length octet: the others say how many more there are
 
 constexpr std::uint32_t entriesInStep = 64;
-/// A bucket holds about four entries of the usual length.
-constexpr std::size_t octetsForBucket = 128;
+/// A bucket holds about six entries of the usual length.
+constexpr std::size_t octetsForBucket = 256;
 /// Longer buckets are sorted.
 constexpr std::size_t maxScanned = 32;
 
@@ -145,6 +147,21 @@ std::optional<EntryExtension> SplitExtension(const DerItem& item)
     return extension;
 }
 
+/// Whether a certificateIssuer has a directory name to compare with: with none, its entries would belong to nobody.
+bool NamesAnIssuer(std::span<const std::uint8_t> content)
+{
+    const std::optional<GeneralNames> names = ReadGeneralNames(content);
+    bool isNamed = false;
+    for (const GeneralName& name : names.value_or(GeneralNames())) {
+        if (name.kind != GeneralName::Kind::directory)
+            continue;
+        if (!ComparableName::Read(name.value.bytes()))
+            return false;
+        isNamed = true;
+    }
+    return isNamed;
+}
+
 /// \return false for an extension that is known and malformed.
 bool ReadEntryExtension(const EntryExtension& extension, EntryExtensions& read)
 {
@@ -161,11 +178,9 @@ bool ReadEntryExtension(const EntryExtension& extension, EntryExtensions& read)
         read.invalidityDate = cursor.read(entry_tag::generalizedTime);
         return read.invalidityDate && cursor.atEnd() && ReadX509Time(read.invalidityDate).isValid();
     }
-    case certificateIssuerArc: {
-        const auto names = OnlyValue(extension.content, entry_tag::sequence);
+    case certificateIssuerArc:
         read.certificateIssuer = extension.content;
-        return names && !names->empty();
-    }
+        return NamesAnIssuer(extension.content);
     default:
         read.hasUnknownCritical |= extension.isCritical;
         return true;

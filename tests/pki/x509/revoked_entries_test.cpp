@@ -17,7 +17,7 @@ constexpr std::uint32_t noLimit = 0xFFFFFFFF;
 constexpr const char* entryDate = "17['261020120000Z']";
 constexpr const char* reasonExtension = "30[ 0603551D15 04[ 0A0101 ] ]";
 constexpr const char* invalidityExtension = "30[ 0603551D18 04[ 18['20261001000000Z'] ] ]";
-constexpr const char* issuerExtension = "30[ 0603551D1D 0101FF 04[ 30[ 8203'abc' ] ] ]";
+constexpr const char* issuerExtension = "30[ 0603551D1D 0101FF 04[ 30[ 8203'abc' A4[ 30[ 31[ 30[ 0603550403 0C['A'] ] ] ] ] ] ] ]";
 constexpr const char* otherExtension = "30[ 06032A0304 04[ 0500 ] ]";
 
 std::string EntryText(const std::string& serialNumber, const std::string& extensions = "")
@@ -101,7 +101,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "2026-10-20 12:00:00 keyCompromise invalid 2026-10-01 00:00:00"},
         EntryCase{"critical ones that are known",
                   EntryText("05", "30[ 0603551D15 0101FF 04[ 0A010A ] ]" + std::string(issuerExtension)),
-                  "2026-10-20 12:00:00 aACompromise by 30058203616263"},
+                  "2026-10-20 12:00:00 aACompromise by 30158203616263a40e300c310a300806035504030c0141"},
         EntryCase{"a flag that is FALSE", EntryText("05", "30[ 0603551D15 010100 04[ 0A0108 ] ]"),
                   "2026-10-20 12:00:00 removeFromCRL"},
         EntryCase{"another that is critical", EntryText("05", "30[ 06032A0304 0101FF 04[ 0500 ] ]"),
@@ -198,16 +198,27 @@ INSTANTIATE_TEST_SUITE_P(
         BadEntryCase{"an invalidity date and more", EntryText("05", "30[ 0603551D18 04[ 18['20261001000000Z'] 0500 ] ]"),
                      malformedExtensions},
         BadEntryCase{"a name for an issuer", EntryText("05", "30[ 0603551D1D 0101FF 04[ 8203'abc' ] ]"), malformedExtensions},
+        BadEntryCase{"an issuer without a directory name", EntryText("05", "30[ 0603551D1D 0101FF 04[ 30[ 8203'abc' ] ] ]"),
+                     malformedExtensions},
+        BadEntryCase{"an issuer with a directory name that is none",
+                     EntryText("05", "30[ 0603551D1D 0101FF 04[ 30[ A4[ 30[ 0500 ] ] ] ] ]"), malformedExtensions},
+        BadEntryCase{"an issuer with a name of no kind", EntryText("05", "30[ 0603551D1D 0101FF 04[ 30[ A4[ 3000 ] 8900 ] ] ]"),
+                     malformedExtensions},
         BadEntryCase{"no name of an issuer", EntryText("05", "30[ 0603551D1D 0101FF 04[ 3000 ] ]"), malformedExtensions}));
 
 TEST(RevokedEntries, TakeTheIssuerOfTheLastOneThatNamesIt)
 {
-    const std::string second = "30[ 0603551D1D 0101FF 04[ 30[ 8203'xyz' ] ] ]";
+    const std::string second = "30[ 0603551D1D 0101FF 04[ 30[ A4[ 30[ 31[ 30[ 0603550403 0C['B'] ] ] ] ] ] ] ]";
     const Bytes octets = DerOf(EntryText("05") + EntryText("06", issuerExtension) + EntryText("05") +
                                EntryText("07", reasonExtension) + EntryText("05", second) + EntryText("08"));
     RevokedEntries entries;
     ASSERT_TRUE(entries.Read(octets, noLimit));
-    const char* const issuers[] = {"", "30058203616263", "30058203616263", "30058203616263", "3005820378797a", "3005820378797a"};
+    const char* const issuers[] = {"",
+                                   "30158203616263a40e300c310a300806035504030c0141",
+                                   "30158203616263a40e300c310a300806035504030c0141",
+                                   "30158203616263a40e300c310a300806035504030c0141",
+                                   "3010a40e300c310a300806035504030c0142",
+                                   "3010a40e300c310a300806035504030c0142"};
     for (std::uint32_t index = 0; index < entries.count(); ++index)
         EXPECT_EQ(HexOf(entries.entry(index)->certificateIssuer), issuers[index]) << index;
     std::vector<std::string> found;
