@@ -240,9 +240,14 @@ INSTANTIATE_TEST_SUITE_P(
                                        made.status = {0x80, 0, 0x82, 0};
                                        return made.build(Authority());
                                    }},
+                      ResponseCase{"an element after the last of a single response",
+                                   [](TestOcspResponse& made) {
+                                       made.singleEnd = {0xA2, 2, 5, 0};
+                                       return made.build(Authority());
+                                   }},
                       ResponseCase{"no extension in the list",
                                    [](TestOcspResponse& made) {
-                                       made.nextUpdate = Joined({made.nextUpdate, {0xA1, 2, 0x30, 0}});
+                                       made.singleEnd = {0xA1, 2, 0x30, 0};
                                        return made.build(Authority());
                                    }},
                       ResponseCase{"a serial number of 64 bytes",
@@ -345,6 +350,17 @@ TEST(OcspStructures, WhatIsNotDerSaysSo)
         ASSERT_TRUE(response.LoadResponse(ElementOf(der)));
         EXPECT_FALSE(response.isDer());
     }
+}
+
+TEST(OcspStructures, SignatureOverWhatIsNotDerIsNone)
+{
+    const CertificatePtr issuer = LoadedCertificate(TestCertificate(Authority()).authority().build(Authority()));
+    TestOcspResponse made(Authority());
+    made.singleEnd = {0, 0}; // the decoder ends the level here, so what follows would be signed and not read
+    COCSPResponse response;
+    ASSERT_TRUE(response.LoadResponse(ElementOf(made.build(Authority()))));
+    EXPECT_FALSE(response.isDer());
+    EXPECT_FALSE(response.VerifySignature(*issuer));
 }
 
 TEST(OcspStructures, MembersHaveALimit)

@@ -157,6 +157,10 @@ TEST(OcspResponder, ListMustBeCompleteAndTheIssuers)
     EXPECT_FALSE(RespondingAuthority().answer(request).isEmpty());
     EXPECT_TRUE(RespondingAuthority(TestCrl().delta(1)).answer(request).isEmpty());
     EXPECT_TRUE(RespondingAuthority(TestCrl().extension(TestIssuingDistributionPoint({0x81, 1, 0xFF}))).answer(request).isEmpty());
+    for (const char* partial : {"2.5.29.27", "2.5.29.28"})
+        EXPECT_TRUE(RespondingAuthority(TestCrl().extension(TestExtension(partial, {0x30, 0}))).answer(request).isEmpty())
+            << "not critical: " << partial;
+    EXPECT_TRUE(RespondingAuthority(TestCrl().extension(TestExtension("1.2.3", {5, 0}, true))).answer(request).isEmpty());
     EXPECT_TRUE(RespondingAuthority(TestCrl(), {.name = Root().name, .key = TestKey(9)}).answer(request).isEmpty());
     EXPECT_TRUE(RespondingAuthority(TestCrl(), {.name = TestName("CN=Other"), .key = Root().key}).answer(request).isEmpty());
     const TestCrl strange = TestCrl().entry(7, {}, "20260101000000Z", {TestExtension("1.2.3", {5, 0}, true)});

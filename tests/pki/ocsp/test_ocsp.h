@@ -75,6 +75,7 @@ struct TestOcspResponse {
     Bytes nextUpdate = TestOcspTime("20260608000000Z"); ///< empty for none
     Bytes producedAt = TestOcspTime("20260601000000Z");
     Bytes singleExtensions;
+    Bytes singleEnd; ///< whatever follows in it
     Bytes moreResponses;
     Bytes responder; ///< empty for the key of who signs
     Bytes extensions;
@@ -94,7 +95,7 @@ struct TestOcspResponse {
     [[nodiscard]] Bytes single() const
     {
         return Tlv(der::sequence, {certIdDer.empty() ? certId.build() : certIdDer, status, thisUpdate, tagged(0, nextUpdate),
-                                   taggedList(1, singleExtensions)});
+                                   taggedList(1, singleExtensions), singleEnd});
     }
     [[nodiscard]] Bytes data(const TestIssuer& signer) const
     {
