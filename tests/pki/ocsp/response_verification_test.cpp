@@ -1,5 +1,6 @@
 #include "core/base/ascii.h"
 #include "pki/ocsp/response_verification.h"
+#include "tests/pki/keys/test_keys.h"
 #include "tests/pki/ocsp/test_ocsp.h"
 
 #include <fstream>
@@ -290,6 +291,15 @@ Bytes BuildWith(const OcspWorld& world, TestOcspResponse& made, const Bytes& cer
     return made.build(world.responder);
 }
 
+/// A response by a responder named in advance whose key is short.
+Bytes BuildWithShortKey(TestOcspResponse& made, OcspOptions& options)
+{
+    const TestIssuer issuer = {.name = World().stranger.name, .key = KeyOf(algorithm::rsaEncryption)};
+    EXPECT_EQ(issuer.key->keySize(), 1024u);
+    options.namedResponders = {LoadedCertificate(TestCertificate(issuer).build(issuer))};
+    return made.build(issuer);
+}
+
 } // namespace
 
 INSTANTIATE_TEST_SUITE_P(By, OcspResponderRight,
@@ -445,6 +455,23 @@ INSTANTIATE_TEST_SUITE_P(By, OcspResponderRight,
                                                options.namedResponders = {LoadedCertificate(TestCertificate(itself).build(itself))};
                                                options.allowWeak = true;
                                                return made.build(rsa);
+                                           }},
+                             ResponderCase{"RSA of 1024 bits", "bad: weak-algorithm",
+                                           [](const OcspWorld&, TestOcspResponse& made, OcspOptions& options) {
+                                               return BuildWithShortKey(made, options);
+                                           }},
+                             ResponderCase{"RSA of 1024 bits where it is allowed", "good",
+                                           [](const OcspWorld&, TestOcspResponse& made, OcspOptions& options) {
+                                               options.allowWeak = true;
+                                               return BuildWithShortKey(made, options);
+                                           }},
+                             ResponderCase{"one entitled by octets that are not DER", "bad: not-der",
+                                           [](const OcspWorld& world, TestOcspResponse& made, OcspOptions& options) {
+                                               Bytes certificate = world.entitled();
+                                               certificate[1] = 0x83;
+                                               certificate.insert(certificate.begin() + 2, 0);
+                                               options.candidates = {LoadedCertificate(certificate)};
+                                               return made.build(world.responder);
                                            }},
                              ResponderCase{"the eighth of its name", "good",
                                            [](const OcspWorld& world, TestOcspResponse& made, OcspOptions&) {
