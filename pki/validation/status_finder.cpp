@@ -318,8 +318,12 @@ std::shared_ptr<ICryptoKeyPair> StatusFinder::signerOf(const KnownList& list, co
     for (const KnownCertificate* signer : pool_.signersOf(list.issuer, list.extensions.authorityKeyIdentifier)) {
         if (work_.isExceeded())
             break;
-        const bool isOnPath = std::find(issued.path.begin(), issued.path.end(), signer) != issued.path.end();
-        if (isOnPath || !MaySignLists(*signer))
+        if (!MaySignLists(*signer))
+            continue;
+        // The certificate of a signer of lists may be on such a list itself: its path is valid as far as this one is.
+        if (signer == &issued.certificate() && isSignedBy(list, issued.keys[issued.index]))
+            return issued.keys[issued.index];
+        if (std::find(issued.path.begin(), issued.path.end(), signer) != issued.path.end())
             continue;
         // What is not the signer is not worth a path.
         const bool inherits = signer->key->signer() == nullptr;
@@ -334,7 +338,7 @@ std::shared_ptr<ICryptoKeyPair> StatusFinder::signerOf(const KnownList& list, co
 
 std::shared_ptr<ICryptoKeyPair> StatusFinder::validatedKey(const KnownCertificate& signer, const KnownCertificate& anchor)
 {
-    // While it is looked for, it is nobody: a signer cannot vouch for its own status.
+    // While it is looked for, it is nobody: signers cannot vouch for each other's status.
     if (nesting_ == maxNesting)
         return nullptr;
     const auto [position, isNew] = signers_.try_emplace({&signer, &anchor});

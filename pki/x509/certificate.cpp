@@ -169,12 +169,14 @@ bool CCrypto_X509_Certificate::readFields(CCryptoAutoLogger& logger)
         return false;
     if (!outerSignatureAlgorithm_.Parse(match.find("SIGNATURE_ALGORITHM_2")->node))
         return logger.fail(false, "Invalid signature algorithm");
-    // One placeholder ignores the unused bits.
-    const elementNode* const signature = match.find("SIGNATURE")->node;
-    const element* const signatureOctets = WholeBytes(signature != nullptr ? signature->parent() : nullptr);
-    if (signatureOctets == nullptr)
+    const elementNode* const value = match.find("SIGNATURE")->node;
+    const elementNode* const signature = value != nullptr ? value->parent() : nullptr;
+    // One placeholder ignores the unused bits. What has any is no signature, but may well be what somebody made of one: it is kept
+    // empty, which no key verifies, so that the certificate can be shown and be called badly signed.
+    if (const element* const octets = WholeBytes(signature); octets != nullptr)
+        signature_ = Octets(*octets);
+    else if (!HasUnusedBits(signature))
         return logger.fail(false, "Invalid signature");
-    signature_ = Octets(*signatureOctets);
 
     const TemplateBinding* const key = match.find("PUBLIC_KEY");
     return readKey(logger, key != nullptr ? key->node : nullptr);

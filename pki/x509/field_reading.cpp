@@ -7,13 +7,28 @@
 
 namespace ccrypto {
 
-const element* WholeBytes(const elementNode* bitString)
+namespace {
+
+/// The value of a primitive BIT STRING that has bits; null for any other.
+const elementNode* BitsOf(const elementNode* bitString)
 {
     const elementNode* const value = bitString != nullptr ? bitString->value() : nullptr;
-    if (value == nullptr || bitString->type() != ElementType::bitString || value->type() != ElementType::bytes)
-        return nullptr;
-    const element* const unusedBits = BracketNumber(*bitString);
+    return value != nullptr && bitString->type() == ElementType::bitString && value->type() == ElementType::bytes ? value : nullptr;
+}
+
+} // namespace
+
+const element* WholeBytes(const elementNode* bitString)
+{
+    const elementNode* const value = BitsOf(bitString);
+    const element* const unusedBits = value != nullptr ? BracketNumber(*bitString) : nullptr;
     return unusedBits != nullptr && unusedBits->toWord32() == 0 ? &value->token() : nullptr;
+}
+
+bool HasUnusedBits(const elementNode* bitString)
+{
+    const element* const unusedBits = BitsOf(bitString) != nullptr ? BracketNumber(*bitString) : nullptr;
+    return unusedBits != nullptr && unusedBits->toWord32() != 0;
 }
 
 const element* MinimalInteger(const elementNode* value)

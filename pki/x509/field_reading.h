@@ -11,6 +11,9 @@ namespace ccrypto {
 /// The octets of a primitive BIT STRING of whole bytes; null for any other, and for one without bits.
 [[nodiscard]] const element* WholeBytes(const elementNode* bitString);
 
+/// Whether a primitive BIT STRING has bits of which some in the last octet are unused.
+[[nodiscard]] bool HasUnusedBits(const elementNode* bitString);
+
 /// The octets of an INTEGER in no more of them than it needs (X.690, 8.3.2); null for any other value.
 [[nodiscard]] const element* MinimalInteger(const elementNode* value);
 

@@ -44,7 +44,7 @@ public:
     [[nodiscard]] const CCryptoAlgorithmIdentifier& outerSignatureAlgorithm() const { return outerSignatureAlgorithm_; }
     /// Whether the two identifiers have the same octets, as RFC 5280, 4.1.1.2, asks.
     [[nodiscard]] bool algorithmsAgree() const;
-    /// Whole bytes: a BIT STRING with unused bits does not load.
+    /// Empty, and so good for no key, when bits of the last octet are unused.
     [[nodiscard]] const element& signature() const { return signature_; }
 
     /// Whether the owner of `key` signed it. Unsupported algorithms, algorithms that do not agree, and octets that are not DER are

@@ -234,9 +234,16 @@ INSTANTIATE_TEST_SUITE_P(
                           .list("Root2");
                   },
                   "status-unknown 0 ?"},
-        WorldCase{"one that would vouch for itself",
+        WorldCase{"one whose own list has nothing against it",
                   [](W& w) {
                       w.plain("Sub/lists", "Sub", [](TestCertificate& c) { c.extension(TestKeyUsage(0x02)); }).list("Sub/lists");
+                  },
+                  "VALID"},
+        WorldCase{"one revoked by its own list",
+                  [](W& w) {
+                      w.plain("Sub/lists", "Sub", [](TestCertificate& c) {
+                           c.serial(8).extension(TestKeyUsage(0x02));
+                       }).list("Sub/lists", [](L& l) { l.entry(8); });
                   },
                   "status-unknown 0 ?"}),
     NameOfStatusCase);

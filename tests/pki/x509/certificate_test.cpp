@@ -342,11 +342,6 @@ const LoadCase loadCases[] = {
          return Joined({LeafCertificate().build(CertificateRoot()), NumberTlv(1)});
      },
      "Data follows the last field"},
-    {"a signature with an unused bit",
-     [] {
-         return WithSignatureField(Tlv(der::bitString, {1, 2}));
-     },
-     "Invalid signature"},
     {"a signature without bits", [] { return WithSignatureField(Tlv(der::bitString, Bytes{0})); }, "Invalid signature"},
     {"a signature without octets", [] { return WithSignatureField(Tlv(der::bitString, Bytes())); }, "Not a certificate"},
     {"a signature in pieces",
@@ -437,6 +432,15 @@ const SignatureCase signatureCases[] = {
          return LeafCertificate()
              .innerAlgorithm(Tlv(der::sequence, {OidTlv("1.2.840.10045.4.3.2"), Tlv(der::null, Bytes())}))
              .build(CertificateRoot());
+     },
+     SignatureResult::bad},
+    {"the issuer's, an unused bit in it",
+     [] {
+         Bytes der = LeafCertificate().build(CertificateRoot());
+         DerCursor fields(*OnlyValue(der, der::sequence));
+         const bool areRead = fields.read(der::sequence) && fields.read(der::sequence);
+         der[der.size() - fields.read(der::bitString).value.size()] = areRead ? 1 : 0;
+         return der;
      },
      SignatureResult::bad},
     {"an unknown algorithm",
