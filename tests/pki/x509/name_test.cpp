@@ -1,5 +1,6 @@
 #include "asn1/parser/parser.h"
 #include "pki/x509/name.h"
+#include "tests/pki/keys/test_keys.h"
 
 #include <gtest/gtest.h>
 
