@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 using namespace ccrypto;
 
 namespace {
@@ -103,4 +105,19 @@ TEST(Identity, IsInTheAlternativeNames)
         EXPECT_EQ(finding.passed(), test.answers) << test.asked << " by " << test.name;
         EXPECT_EQ(finding.reason, test.answers ? Reason::none : Reason::name) << test.asked << " by " << test.name;
     }
+}
+
+TEST(Identity, HostNamesAreShort)
+{
+    const auto answers = [](const std::string& host) {
+        ReadExtensions extensions;
+        extensions.subjectAlternativeName = TestGeneralNames({"dns:" + host});
+        return CheckHost(extensions, host).passed();
+    };
+    const std::string label(63, 'a');
+    EXPECT_TRUE(answers(label));
+    EXPECT_FALSE(answers(label + "a"));
+    const std::string three = label + "." + label + "." + label + ".";
+    EXPECT_TRUE(answers(three + std::string(61, 'a')));
+    EXPECT_FALSE(answers(three + std::string(62, 'a')));
 }

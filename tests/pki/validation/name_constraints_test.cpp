@@ -110,6 +110,7 @@ TEST(NameConstraints, OfEachForm)
         Within("uri:ftp://example.org@example.com:21/x", "uri:example.com"),
         Outside("uri:http://example.org?@example.com/", "uri:example.com"),
         Outside("uri:http://example.org#@example.com/", "uri:example.com"),
+        Within("uri:http://a@example.org@example.com/", "uri:example.com"),
         Within("uri:http://example.com", "uri:example.com"),
         Within("uri:http://example.com./", "uri:example.com"),
         Within("uri:http://example.com/", "uri:"),
@@ -135,6 +136,7 @@ TEST(NameConstraints, OfEachForm)
         Outside("ip:20010DB8000000000000000000000001", "ip:0000000000000000"),
         Within("ip:20010DB8000000000000000000000001", "ip:20010DB8000000000000000000000000FFFFFFFF000000000000000000000000"),
         Outside("ip:20010DB9000000000000000000000001", "ip:20010DB8000000000000000000000000FFFFFFFF000000000000000000000000"),
+        Outside("ip:20010DB8", "ip:20010DB8000000000000000000000000FFFFFFFF000000000000000000000000"),
         Unreadable("ip:C00002", "ip:C0000200FFFFFF00"),
         Unreadable("ip:C0000200FFFFFF00", "ip:C0000200FFFFFF00"),
         Unreadable("ip:", "ip:0000000000000000"),
@@ -286,6 +288,10 @@ TEST(NameConstraints, WorkIsBounded)
     for (int check = 0; check < 3; ++check)
         EXPECT_TRUE(state.check({}, {name}, three).passed());
     EXPECT_EQ(state.check({}, {name}, three).reason, Reason::limit);
+
+    // Names that are only read are work, too.
+    NameWork five(5);
+    EXPECT_EQ(state.check({}, GeneralNames(5, TestGeneralName("email:a@b")), five).reason, Reason::limit);
 
     // Long names are more work than short ones.
     NameConstraintState longNames;
