@@ -67,23 +67,33 @@ std::span<const Variant<MontgomeryCalls>> MontgomeryVariants()
 MontgomeryModulus::MontgomeryModulus(std::span<const Limb> modulus)
     : limbs_((modulus.size() + limbsOfBlock - 1) / limbsOfBlock * limbsOfBlock),
       bits_(constant_time::Declassify(limbs::BitLength(modulus.data(), modulus.size()))),
-      negativeInverse_(0 - limbs::InverseModuloLimb(modulus[0])), numbers_(3 * limbs_)
+      negativeInverse_(0 - limbs::InverseModuloLimb(modulus[0])), numbers_(2 * limbs_), squareOfR_(limbs_)
 {
     Limb* const m = numbers_.data();
     Limb* const one = m + limbs_;
-    Limb* const squareOfR = one + limbs_;
     std::copy(modulus.begin(), modulus.end(), m);
 
     // From the highest power of two below m up to R.
     one[(bits_ - 1) / bitsOfLimb] = Limb{1} << (bits_ - 1) % bitsOfLimb;
     for (std::size_t i = bits_ - 1; i < limbs_ * bitsOfLimb; ++i)
         add(one, one, one);
+}
+
+const MontgomeryModulus::Limb* MontgomeryModulus::squareOfR() const
+{
+    std::call_once(squareOfROnce_, [this] { computeSquareOfR(); });
+    return squareOfR_.data();
+}
+
+void MontgomeryModulus::computeSquareOfR() const
+{
+    Limb* const squareOfR = squareOfR_.data();
     // 2^c R, 2^2c R, 2^4c R, ... R R.
     std::size_t odd = limbs_ * bitsOfLimb;
     std::size_t squarings = 0;
     for (; odd % 2 == 0; odd /= 2)
         ++squarings;
-    std::copy_n(one, limbs_, squareOfR);
+    std::copy_n(one(), limbs_, squareOfR);
     for (std::size_t i = 0; i < odd; ++i)
         add(squareOfR, squareOfR, squareOfR);
     Scratch scratch(*this);
@@ -105,7 +115,7 @@ void MontgomeryModulus::square(Limb* result, const Limb* number, Scratch& scratc
 
 void MontgomeryModulus::enter(Limb* result, const Limb* number, Scratch& scratch) const
 {
-    multiply(result, number, modulus() + 2 * limbs_, scratch);
+    multiply(result, number, squareOfR(), scratch);
 }
 
 void MontgomeryModulus::leave(Limb* result, const Limb* number, Scratch& scratch) const

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <mutex>
 #include <span>
 
 namespace ccrypto {
@@ -72,12 +73,18 @@ public:
     bool invert(Limb* result, const Limb* number) const;
 
 private:
+    const Limb* squareOfR() const;
+    void computeSquareOfR() const;
     MontgomeryPower powerOf(Limb* result, const Limb* base, std::span<const Limb> exponent) const;
 
     std::size_t limbs_;
     std::size_t bits_;
     Limb negativeInverse_;     ///< -m^-1 mod 2^64
-    WipedArray<Limb> numbers_; ///< m, R mod m, R^2 mod m
+    WipedArray<Limb> numbers_; ///< m, R mod m
+    /// R^2 mod m, computed when a number is first brought to Montgomery form: that takes most of the time of loading a public key,
+    /// and many keys of certificates are never used.
+    mutable WipedArray<Limb> squareOfR_;
+    mutable std::once_flag squareOfROnce_;
 };
 
 } // namespace ccrypto
