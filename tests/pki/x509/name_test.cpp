@@ -1,6 +1,7 @@
 #include "asn1/parser/parser.h"
 #include "pki/x509/name.h"
 #include "tests/pki/keys/test_keys.h"
+#include "tests/pki/test_der.h"
 
 #include <gtest/gtest.h>
 
