@@ -7,11 +7,13 @@ namespace ccrypto {
 namespace {
 
 const Command* const commandTable[] = {
-    &asn1ShowCommand,  &asn1BuildCommand,  &asn1MatchCommand,  &asn1GetCommand,   &cipherEncCommand,  &cipherDecCommand,
-    &oidCommand,       &gzipCommand,       &gunzipCommand,     &hashCommand,      &macCommand,        &randomCommand,
-    &speedCommand,     &keyGenCommand,     &keyShowCommand,    &keyPublicCommand, &keyConvertCommand, &keySignCommand,
-    &keyVerifyCommand, &keyEncryptCommand, &keyDecryptCommand, &keyAgreeCommand,  &certShowCommand,   &certVerifyCommand,
-    &crlShowCommand,   &crlFindCommand,    &csrShowCommand,    &csrVerifyCommand, &completionCommand, &manualCommand,
+    &asn1ShowCommand,  &asn1BuildCommand,   &asn1MatchCommand,  &asn1GetCommand,    &cipherEncCommand,   &cipherDecCommand,
+    &oidCommand,       &gzipCommand,        &gunzipCommand,     &hashCommand,       &macCommand,         &randomCommand,
+    &speedCommand,     &keyGenCommand,      &keyShowCommand,    &keyPublicCommand,  &keyConvertCommand,  &keySignCommand,
+    &keyVerifyCommand, &keyEncryptCommand,  &keyDecryptCommand, &keyAgreeCommand,   &certShowCommand,    &certVerifyCommand,
+    &certBuildCommand, &crlShowCommand,     &crlFindCommand,    &crlBuildCommand,   &csrShowCommand,     &csrBuildCommand,
+    &csrVerifyCommand, &ocspRequestCommand, &ocspShowCommand,   &ocspVerifyCommand, &ocspRespondCommand, &cmsShowCommand,
+    &cmsSignCommand,   &cmsVerifyCommand,   &completionCommand, &manualCommand,
 };
 
 constexpr Noun nounTable[] = {
@@ -21,6 +23,8 @@ constexpr Noun nounTable[] = {
     {"cert", "show, verify and issue certificates"},
     {"crl", "show, verify, search and issue revocation lists"},
     {"csr", "show, verify and make certificate requests"},
+    {"ocsp", "ask for the status of certificates, judge answers, and give them"},
+    {"cms", "sign files and verify, encrypt and decrypt messages"},
 };
 
 } // namespace

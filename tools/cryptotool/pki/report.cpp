@@ -13,8 +13,8 @@ constexpr std::size_t levelIndent = 2;
 /// The start of a line, up to the column of values; a name that is too long is followed by two blanks.
 std::string NameColumn(const Paint& paint, std::size_t indent, const std::string& name)
 {
-    const std::size_t width = indent + name.size();
-    return std::string(indent, ' ') + paint(Color::name, name) + std::string(width + 2 < nameColumn ? nameColumn - width : 2, ' ');
+    const std::size_t gap = name.size() + 2 < nameColumn ? nameColumn - name.size() : 2;
+    return std::string(indent, ' ') + paint(Color::name, name) + std::string(gap, ' ');
 }
 
 } // namespace

@@ -90,13 +90,14 @@ CCryptoDateTime UtcNow()
     return {fields, true};
 }
 
-CCryptoDateTime Later(const CCryptoDateTime& time, std::int64_t seconds)
+CCryptoDateTime DaysLater(const CCryptoDateTime& time, std::uint64_t days)
 {
-    constexpr std::int64_t maxSeconds = 400'000'000'000;
+    constexpr std::uint64_t maxDays = 3'652'424; // of ten thousand years
+    constexpr std::int64_t secondsOfDay = 24 * 60 * 60;
     const std::optional<std::int64_t> milliseconds = time.toMilliseconds();
     platform::CalendarTime fields;
-    if (!milliseconds || seconds > maxSeconds || seconds < -maxSeconds ||
-        !platform::UnixSecondsToUtc(*milliseconds / 1000 + seconds, fields))
+    if (!milliseconds || days > maxDays ||
+        !platform::UnixSecondsToUtc(*milliseconds / 1000 + static_cast<std::int64_t>(days) * secondsOfDay, fields))
         return {};
     return {fields, true};
 }

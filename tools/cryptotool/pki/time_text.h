@@ -2,6 +2,7 @@
 
 #include "core/system/date_time.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,7 +22,7 @@ namespace ccrypto {
 
 /// The present, in whole seconds.
 [[nodiscard]] CCryptoDateTime UtcNow();
-/// The time that lies so many seconds later, or earlier. Invalid for a time that no calendar has.
-[[nodiscard]] CCryptoDateTime Later(const CCryptoDateTime& time, std::int64_t seconds);
+/// The time so many days later. Invalid for a time that no calendar has.
+[[nodiscard]] CCryptoDateTime DaysLater(const CCryptoDateTime& time, std::uint64_t days);
 
 } // namespace ccrypto

@@ -142,18 +142,24 @@ int ReadResponses(Invocation& invocation, const std::string& file,
     return exitDone;
 }
 
+int ReadStatusFiles(Invocation& invocation, StatusSources& sources)
+{
+    int exit = exitDone;
+    for (const std::string& file : invocation.arguments().values(crlOption.name))
+        if (exit == exitDone)
+            exit = ReadLists(invocation, file, sources.crls);
+    for (const std::string& file : invocation.arguments().values(ocspOption.name))
+        if (exit == exitDone)
+            exit = ReadResponses(invocation, file, sources.responses);
+    return exit;
+}
+
 int ReadValidationFiles(Invocation& invocation, ValidationInput& input)
 {
     int exit = AddCertificates(invocation, trustOption, true, input.pool);
     if (exit == exitDone)
         exit = AddCertificates(invocation, untrustedOption, false, input.pool);
-    for (const std::string& file : invocation.arguments().values(crlOption.name))
-        if (exit == exitDone)
-            exit = ReadLists(invocation, file, input.sources.crls);
-    for (const std::string& file : invocation.arguments().values(ocspOption.name))
-        if (exit == exitDone)
-            exit = ReadResponses(invocation, file, input.sources.responses);
-    return exit;
+    return exit == exitDone ? ReadStatusFiles(invocation, input.sources) : exit;
 }
 
 } // namespace ccrypto

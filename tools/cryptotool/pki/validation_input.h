@@ -57,6 +57,9 @@ std::vector<std::string> ValidationFiles(const Invocation& invocation);
 /// when a file cannot be read.
 int ReadValidationFiles(Invocation& invocation, ValidationInput& input);
 
+/// Reads the files of status that the invocation names. \return as above.
+int ReadStatusFiles(Invocation& invocation, StatusSources& sources);
+
 /// Reads a file of OCSP responses. Other blocks are ignored, with a warning. \return as above.
 int ReadResponses(Invocation& invocation, const std::string& file,
                   std::vector<std::shared_ptr<const CCryptoOCSP::COCSPResponse>>& responses);

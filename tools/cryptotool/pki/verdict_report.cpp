@@ -66,6 +66,13 @@ int ExitCodeOf(Verdict verdict)
     return verdict == Verdict::valid ? exitDone : exitRefused;
 }
 
+void DescribePath(const std::vector<PathStep>& path, Report& report)
+{
+    Report& list = report.addList("path");
+    for (const PathStep& step : path)
+        DescribeStep(step, list.addItem({}));
+}
+
 void DescribeVerdict(const PathVerdict& verdict, Report& report)
 {
     report.add("verdict", VerdictWord(verdict.verdict));
@@ -79,9 +86,7 @@ void DescribeVerdict(const PathVerdict& verdict, Report& report)
         report.add("detail", verdict.detail.view());
     }
     report.addTime("at", verdict.at);
-    Report& path = report.addList("path");
-    for (const PathStep& step : verdict.path)
-        DescribeStep(step, path.addItem({}));
+    DescribePath(verdict.path, report);
     Report& policies = report.addList("policies");
     for (const Oid& policy : verdict.policies)
         policies.add({}, policy.dotted().view());
@@ -115,21 +120,26 @@ std::string StatusText(const StatusInformation& status)
     return detail.empty() ? text : text + " (" + OneLine(detail) + ")";
 }
 
-std::string VerdictText(const PathVerdict& verdict, const Paint& paint)
+std::string PathText(const std::vector<PathStep>& path)
 {
     std::size_t width = 0;
-    for (const PathStep& step : verdict.path)
+    for (const PathStep& step : path)
         width = std::max(width, WidthOf(OneLine(SubjectOf(step))));
     width = std::min(width, maxSubjectColumn);
-    std::string text = VerdictHeading(verdict.verdict, paint) + ReasonText(verdict) + "\n";
-    for (std::size_t index = 0; index < verdict.path.size(); ++index) {
-        const std::string subject = OneLine(SubjectOf(verdict.path[index]));
+    std::string text;
+    for (std::size_t index = 0; index < path.size(); ++index) {
+        const std::string subject = OneLine(SubjectOf(path[index]));
         const std::string number = std::to_string(index);
         text += std::string(number.size() < 3 ? 3 - number.size() : 0, ' ') + number + "  " + subject;
         text += std::string(WidthOf(subject) < width ? width - WidthOf(subject) : 0, ' ') + "    ";
-        text += StatusText(verdict.path[index].status) + "\n";
+        text += StatusText(path[index].status) + "\n";
     }
     return text;
+}
+
+std::string VerdictText(const PathVerdict& verdict, const Paint& paint)
+{
+    return VerdictHeading(verdict.verdict, paint) + ReasonText(verdict) + "\n" + PathText(verdict.path);
 }
 
 } // namespace ccrypto

@@ -5,6 +5,7 @@
 #include "tools/cryptotool/pki/report.h"
 
 #include <string>
+#include <vector>
 
 namespace ccrypto {
 
@@ -15,8 +16,12 @@ namespace ccrypto {
 
 /// Members "verdict", "reason", "certificate", "detail", "at", "path", "policies" and "work".
 void DescribeVerdict(const PathVerdict& verdict, Report& report);
+/// The member "path".
+void DescribePath(const std::vector<PathStep>& path, Report& report);
 /// The verdict in capital letters on a line, with the reason after it, and a line for each certificate of the path.
 [[nodiscard]] std::string VerdictText(const PathVerdict& verdict, const Paint& paint);
+/// A line for each certificate: its number, its subject and its status.
+[[nodiscard]] std::string PathText(const std::vector<PathStep>& path);
 /// "VALID", "INVALID" or "UNDECIDED", painted.
 [[nodiscard]] std::string VerdictHeading(Verdict verdict, const Paint& paint);
 /// "good (CRL 7, until 2026-12-01 00:00:00Z)".

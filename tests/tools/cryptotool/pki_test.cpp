@@ -1,0 +1,255 @@
+#include "tests/tools/cryptotool/pki_folder.h"
+
+using namespace ccrypto;
+
+namespace {
+
+class CryptotoolPki : public PkiFolder {};
+
+TEST_F(CryptotoolPki, ACertificateIsShownWhole)
+{
+    const std::string text = Tool({"cert", "show", "@me.pem"}).output;
+    for (const char* const line : {
+             "version             3\n",
+             "serialNumber        1001\n",
+             "signatureAlgorithm  ecdsa-with-SHA256\n",
+             "issuer              CN=Example Sub CA, C=FI\n",
+             "notBefore           2026-01-01 00:00:00Z\n",
+             "notAfter            2030-01-01 00:00:00Z\n",
+             "subject             CN=Signer, O=Example, C=FI\n",
+             "key                 EC prime256v1\n",
+             "  keyUsage (critical)\n    digitalSignature\n",
+             "  extKeyUsage\n    emailProtection\n",
+             "  subjectAltName\n    email:me@example.com\n    DNS:*.example.com\n    IP:192.0.2.1\n",
+             "  certificatePolicies\n    1.2.246.1\n",
+         })
+        EXPECT_NE(text.find(line), std::string::npos) << line << text;
+    Put("two.pem", Get("sub.pem") + Get("root.pem"));
+    const std::string two = Tool({"cert", "show", "@two.pem"}).output;
+    EXPECT_EQ(two.find("certificate 1 of 2\n"), 0U) << two;
+    EXPECT_NE(two.find("      CA, at most 0 intermediates\n"), std::string::npos) << two;
+    EXPECT_NE(two.find("\ncertificate 2 of 2\n"), std::string::npos) << two;
+    const std::string json = Tool({"cert", "show", "--json", "@me.pem"}).output;
+    EXPECT_NE(json.find(R"({"oid":"2.5.29.15","name":"keyUsage","critical":true,"values":["digitalSignature"]})"),
+              std::string::npos)
+        << json;
+}
+
+TEST_F(CryptotoolPki, HostileNamesDoNotReachTheTerminal)
+{
+    Done({"cert", "build", "@me.key", "--subject", "CN=ä12345678", "--not-before", "2026-01-01T00:00:00Z", "--outform", "der", "-o",
+          "@hostile"});
+    std::string der = Get("hostile");
+    for (std::size_t at = der.find("12345678"); at != std::string::npos; at = der.find("12345678"))
+        der.replace(at, 8,
+                    "\x1b[2J\xe2\x80\xae"
+                    "x");
+    Put("hostile", der);
+    for (const Words& words : {Words{"cert", "show", "@hostile"},
+                               {"cert", "show", "--json", "@hostile"},
+                               {"cert", "verify", "--trust", "@hostile", "@hostile"},
+                               {"cert", "verify", "--json", "@hostile"}}) {
+        const ToolResult result = Tool(words);
+        EXPECT_NE(result.output, "");
+        EXPECT_EQ((result.output + result.error).find('\x1b'), std::string::npos) << result.output;
+        EXPECT_EQ((result.output + result.error).find("\xe2\x80\xae"), std::string::npos) << result.output;
+    }
+}
+
+TEST_F(CryptotoolPki, NamesAreReadAsTheyArePrinted)
+{
+    const struct {
+        const char* text;
+        const char* printed; ///< null: the same
+    } cases[] = {
+        {"CN=Signer, O=Example, C=FI", nullptr},
+        {"cn=Signer,o=Example,c=FI", "CN=Signer, O=Example, C=FI"},
+        {R"(CN=a\,b\+c\"d\\e\<f\>g\;h)", nullptr},
+        {R"(CN=\20 a\20 )", R"(CN=\  a\ )"},
+        {"CN=  a b  , C=FI", "CN=a b, C=FI"},
+        {R"(CN=\c3\a4, O=ä)", "CN=ä, O=ä"},
+        {"2.5.4.65=x, 1.2.3.4=y", "pseudonym=x, 1.2.3.4=y"},
+        {R"(emailAddress=a@b.fi, CN=x\"}\,SET{y)", nullptr},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.text);
+        const ToolResult made = Tool({"csr", "build", "@me.key", "--subject", test.text, "-o", "@named.csr"});
+        EXPECT_EQ(made.code, exitDone) << made.error;
+        const std::string shown = Tool({"csr", "show", "@named.csr"}).output;
+        const std::string wanted = "subject             " + std::string(test.printed != nullptr ? test.printed : test.text) + "\n";
+        EXPECT_NE(shown.find(wanted), std::string::npos) << shown;
+    }
+    for (const char* const text : {"Signer", "XY=a", "CN=a, ", "CN=a\\", "CN=ä@b"})
+        EXPECT_NE(Tool({"csr", "build", "@me.key", "--subject", text}).code, exitDone) << text;
+    const std::string joined = "CN=a+serialNumber=5, C=FI";
+    Done({"csr", "build", "@me.key", "--subject", joined, "-o", "@joined.csr"});
+    const std::string shown = Tool({"csr", "show", "@joined.csr"}).output;
+    EXPECT_TRUE(shown.find("CN=a+serialNumber=5, C=FI\n") != std::string::npos ||
+                shown.find("serialNumber=5+CN=a, C=FI\n") != std::string::npos)
+        << shown;
+}
+
+TEST_F(CryptotoolPki, ARequestCarriesWishesThatTheIssuerGrantsOrNot)
+{
+    Done({"csr", "build", "@me.key", "--subject", "CN=Wish", "--san", "DNS:wish.example", "--key-usage", "keyAgreement", "-o",
+          "@wish.csr"});
+    EXPECT_EQ(Tool({"csr", "verify", "@wish.csr"}).output, "OK\n");
+    const Words issue = {"cert",     "build",       "@wish.csr",       "--ca", "@sub.pem", "--ca-key",
+                         "@sub.key", "--key-usage", "digitalSignature"};
+    EXPECT_EQ(Tool({"cert", "show", "-"}, Tool(issue).output).output.find("wish.example"), std::string::npos);
+    const std::string granted = Tool({"cert", "show", "-"}, Tool(With(issue, {"--copy-extensions"})).output).output;
+    EXPECT_NE(granted.find("DNS:wish.example"), std::string::npos) << granted;
+    EXPECT_NE(granted.find("    digitalSignature\n"), std::string::npos) << granted;
+    EXPECT_EQ(granted.find("keyAgreement"), std::string::npos) << granted;
+
+    Done({"csr", "build", "@me.key", "--subject", "CN=Wish", "--outform", "der", "-o", "@forged.csr"});
+    std::string der = Get("forged.csr");
+    der.replace(der.find("Wish"), 4, "Fish");
+    Put("forged.csr", der);
+    const ToolResult verified = Tool({"csr", "verify", "@forged.csr"});
+    EXPECT_EQ(verified.output, "FAILED\n");
+    EXPECT_EQ(verified.code, exitRefused);
+    const ToolResult refused = Tool({"cert", "build", "@forged.csr", "--ca", "@sub.pem", "--ca-key", "@sub.key", "-o", "@none"});
+    EXPECT_EQ(refused.code, exitRefused);
+    EXPECT_EQ(Get("none"), "");
+    EXPECT_EQ(Tool({"cert", "build", "@me.csr", "--ca", "@sub.pem", "--ca-key", "@root.key"}).error,
+              "cryptotool: " + Path("root.key") + ": not the key of " + Path("sub.pem") + "\n");
+}
+
+TEST_F(CryptotoolPki, ListsAreSearchedAndContinued)
+{
+    const ToolResult listed = Tool({"crl", "find", "@lost.crl", "10:01"});
+    EXPECT_EQ(listed.code, exitRefused);
+    EXPECT_EQ(listed.output, "listed              yes\n"
+                             "serialNumber        1001\n"
+                             "revocationDate      2026-11-02 08:00:00Z\n"
+                             "reason              keyCompromise\n");
+    EXPECT_EQ(Tool({"crl", "find", "@lost.crl", "--cert", "@me.pem"}).output, listed.output);
+    const ToolResult absent = Tool({"crl", "find", "@lost.crl", "1002"});
+    EXPECT_EQ(absent.code, exitDone);
+    EXPECT_EQ(absent.output, "listed              no\n");
+    List("sub", "more.crl", {"--previous", "@lost.crl", "--number", "9", "--revoke", "80", "--revoke", "0abc,superseded"});
+    const std::string shown = Tool({"crl", "show", "@more.crl"}).output;
+    EXPECT_NE(shown.find("  cRLNumber\n    9\n"), std::string::npos) << shown;
+    EXPECT_NE(shown.find("entries             3\n"), std::string::npos) << shown;
+    EXPECT_NE(shown.find("    serialNumber        80\n    revocationDate      2026-11-01 00:00:00Z\n  entry 2\n"),
+              std::string::npos)
+        << shown;
+    EXPECT_NE(shown.find("    reason              superseded\n"), std::string::npos) << shown;
+    EXPECT_EQ(Tool({"crl", "show", "--entries", "1", "@more.crl"}).output.find("entry 1"), std::string::npos);
+    for (const char* const text : {"", "xyz", "01,nonsense", "01,superseded,yesterday"})
+        EXPECT_EQ(Tool({"crl", "build", "--ca", "@sub.pem", "--ca-key", "@sub.key", "--revoke", text}).code, exitUsage) << text;
+}
+
+TEST_F(CryptotoolPki, AResponderAnswersFromAList)
+{
+    Done({"ocsp", "request", "--issuer", "@sub.pem", "@me.pem", "-o", "@request"});
+    Done({"ocsp", "request", "--issuer", "@sub.pem", "@me.pem", "-o", "@other"});
+    const auto respond = [](const char* list, const char* file, const Words& more) {
+        Done(With({"ocsp", "respond", "--ca", "@sub.pem", "--crl", list, "--at", "2026-11-23T11:00:00Z", "@request", "-o", file},
+                  more));
+    };
+    const Words delegated = {"--signer", "@responder.pem", "--key", "@responder.key"};
+    respond("@sub.crl", "@good", delegated);
+    respond("@sub.crl", "@byissuer", {"--key", "@sub.key", "--by-name"});
+    respond("@lost.crl", "@revoked", delegated);
+    const Words start = {"ocsp", "verify", "--issuer", "@sub.pem", "--at", "2026-11-23T12:00:00Z"};
+    const struct {
+        const char* name;
+        Words words;
+        int code;
+        const char* start;
+    } cases[] = {
+        {"good", {"--cert", "@me.pem", "@good"}, 0, "GOOD  "},
+        {"by its serial number", {"--serial", "1001", "@good"}, 0, "GOOD  "},
+        {"signed by the issuer", {"--cert", "@me.pem", "@byissuer"}, 0, "GOOD  "},
+        {"revoked", {"--cert", "@me.pem", "@revoked"}, 1, "REVOKED  keyCompromise since 2026-11-02 08:00:00Z"},
+        {"its own request", {"--cert", "@me.pem", "--request", "@request", "--require-nonce", "@good"}, 0, "GOOD"},
+        {"another request", {"--cert", "@me.pem", "--request", "@other", "@good"}, 1, "BAD  wrong-nonce"},
+        {"another certificate", {"--serial", "1002", "@good"}, 1, "BAD  wrong-certificate"},
+        {"another issuer", {"--issuer", "@root.pem", "--cert", "@me.pem", "@good"}, 1, "BAD  wrong-"},
+        {"a month later", {"--cert", "@me.pem", "--at", "2026-12-24T12:00:00Z", "@good"}, 3, "STALE  "},
+        {"a request", {"--cert", "@me.pem", "@request"}, 1, "BAD  malformed"},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.name);
+        const ToolResult result = Tool(With(start, test.words));
+        EXPECT_EQ(result.code, test.code) << result.output << result.error;
+        EXPECT_EQ(result.output.find(test.start), 0U) << result.output;
+    }
+    EXPECT_EQ(Tool(With(start, {"--cert", "@me.pem", "--require-nonce", "@good"})).code, exitUsage);
+    EXPECT_EQ(
+        Tool(With(start, {"--json", "--cert", "@me.pem", "@revoked"})).output.find("{\"status\":\"revoked\",\n\"failure\":null,\n"),
+        0U);
+    EXPECT_EQ(Verify({"--ocsp", "@good", "--status", "leaf", "@me.pem"}).code, 0);
+    EXPECT_EQ(Verify({"--ocsp", "@revoked", "--status", "leaf", "@me.pem"}).code, 1);
+    const std::string shown = Tool({"ocsp", "show", "@revoked"}).output;
+    EXPECT_NE(shown.find("    status              revoked\n"), std::string::npos) << shown;
+    EXPECT_NE(Tool({"ocsp", "show", "@request"}).output.find("type                request\nnonce               "),
+              std::string::npos);
+}
+
+TEST_F(CryptotoolPki, MessagesAreSignedAndVerified)
+{
+    Put("report", "what was signed");
+    Put("altered", "what was Signed");
+    const Words sign = {"cms",     "sign",    "--signer", "@me.pem", "--key",
+                        "@me.key", "--certs", "@sub.pem", "--at",    "2026-11-23T12:00:00Z"};
+    Done(With(sign, {"--signing-time", "@report", "-o", "@detached"}));
+    Done(With(sign, {"--embed", "--crl", "@sub.crl", "--revocation", "pdf", "--outform", "pem", "@report", "-o", "@embedded"}));
+    const Words verify = {"cms", "verify", "--trust", "@root.pem", "--at", "2026-11-23T12:00:00Z"};
+    const ToolResult detached = Tool(With(verify, {"--content", "@report", "@detached"}));
+    EXPECT_EQ(detached.code, 0) << detached.output << detached.error;
+    EXPECT_EQ(detached.output.find("VALID  CN=Signer, O=Example, C=FI; SHA-256, "), 0U) << detached.output;
+    EXPECT_NE(detached.output.find("; 2026-11-23 12:00:00Z by its own word\n"), std::string::npos) << detached.output;
+    const struct {
+        const char* name;
+        Words words;
+        int code;
+        const char* start;
+    } cases[] = {
+        {"embedded, with its proof", {"--status", "leaf", "--cades", "@embedded"}, 0, "VALID"},
+        {"without a proof", {"--status", "leaf", "--content", "@report", "@detached"}, 3, "UNDECIDED  status-unknown"},
+        {"revoked", {"--crl", "@lost.crl", "--status", "leaf", "--content", "@report", "@detached"}, 1, "INVALID  revoked"},
+        {"altered", {"--content", "@altered", "@detached"}, 1, "INVALID  bad-signature"},
+        {"without the content", {"@detached"}, 1, "INVALID  "},
+        {"no message", {"@report"}, 1, "INVALID  malformed"},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.name);
+        const ToolResult result = Tool(With(verify, test.words));
+        EXPECT_EQ(result.code, test.code) << result.output << result.error;
+        EXPECT_EQ(result.output.find(test.start), 0U) << result.output;
+    }
+    Done(With(verify, {"--extract", "@content", "@embedded", "-o", "@verdict"}));
+    EXPECT_EQ(Get("content"), "what was signed");
+    EXPECT_EQ(Tool(With(verify, {"--extract", "@invalid", "--trust", "@me.pem", "--at", "2031-01-01T00:00:00Z", "@embedded"})).code,
+              1);
+    EXPECT_EQ(Get("invalid"), "");
+    EXPECT_NE(Tool({"cms", "show", "@embedded"}).output.find("    serialNumber        1001\n"), std::string::npos);
+}
+
+TEST_F(CryptotoolPki, ASignatureThatFailsLeavesNoFile)
+{
+    Put("report", "what was signed");
+    const struct {
+        const char* signer;
+        const char* key;
+        const char* at;
+    } cases[] = {
+        {"@me.pem", "@me.key", "2031-01-01T00:00:00Z"},
+        {"@me.pem", "@sub.key", "2026-11-23T12:00:00Z"},
+        {"@sub.pem", "@sub.key", "2026-11-23T12:00:00Z"}, // for certificates and lists alone
+        {"@me.pem", "@me.pem", "2026-11-23T12:00:00Z"},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.key);
+        const ToolResult result =
+            Tool({"cms", "sign", "--signer", test.signer, "--key", test.key, "--at", test.at, "@report", "-o", "@unsigned"});
+        EXPECT_EQ(result.code, exitRefused);
+        EXPECT_NE(result.error, "");
+        EXPECT_EQ(Get("unsigned"), "");
+    }
+}
+
+} // namespace
