@@ -2,6 +2,9 @@
 
 /// Front header of pki: everything of the module that clients use.
 
+#include "pki/cms/document.h"
+#include "pki/cms/pkcs7.h"
+#include "pki/cms/signed_data_verification.h"
 #include "pki/keys/dsa_key_pair.h"
 #include "pki/keys/ec_key_pair.h"
 #include "pki/keys/eddsa_key_pair.h"

@@ -107,7 +107,8 @@ std::string CommandPage(const Command& command)
 std::string ProgramPage()
 {
     std::string page =
-        Head(PageName(nullptr), "shows, builds and matches DER, makes keys, signs, encrypts, hashes and packs files") +
+        Head(PageName(nullptr),
+             "shows, builds and matches DER, makes keys and certificates, signs, verifies, encrypts, hashes and packs files") +
         Bold("cryptotool") + " \\fINOUN\\fR [\\fIVERB\\fR] [\\fIOPTION\\fR...] [\\fIOPERAND\\fR...]\n.SH DESCRIPTION\n" +
         "Files may be DER, PEM, base64 or hexadecimal text, which is detected; \\(lq\\-\\(rq is standard input.\n"
         ".SH COMMANDS\n";
