@@ -3,6 +3,7 @@
 /// Front header of pki: everything of the module that clients use.
 
 #include "pki/cms/document.h"
+#include "pki/cms/enveloped_data.h"
 #include "pki/cms/pkcs7.h"
 #include "pki/cms/signed_data_verification.h"
 #include "pki/keys/dsa_key_pair.h"
