@@ -240,6 +240,9 @@ TEST(Forms, RefuseLongNumbersAndTooManyItems)
     const std::string digits(1000001, '9');
     const std::string tooLong = "A number has more than 1000000 digits";
     const std::string tooMany = "Parsing failed; More than 2000000 items";
+    // Up to what 800 members come to with two items each, and not with three.
+    const std::string nulls = Repeated("null,", 1998000);
+    const std::string sets = nulls + Repeated("{\"SET[0,0]\":\"\"},", 800) + "null]}";
     const struct {
         std::string text, reason;
         bool (CCryptoParser::*load)(std::string_view);
@@ -252,8 +255,8 @@ TEST(Forms, RefuseLongNumbersAndTooManyItems)
         {std::string(2000001, '\\'), tooMany, &CCryptoParser::Load_ASCII_Memory},
         {"[" + Repeated("{},", 2000000) + "{}]", tooMany, &CCryptoParser::Load_JSON_Memory},
         // Fewer items than that as an ordinary document.
-        {"{\"SEQUENCE\":[" + Repeated("{\"SET[0,0]\":\"\"},", 700000) + "null]}", tooMany, &CCryptoParser::Load_JSON_Memory},
-        {"{\"ASN.1\":[" + Repeated("{\"SET[0,0]\":\"\"},", 700000) + "null]}", tooMany, &CCryptoParser::Load_JSON_Memory},
+        {"{\"SEQUENCE\":[" + sets, tooMany, &CCryptoParser::Load_JSON_Memory},
+        {"{\"ASN.1\":[" + sets, tooMany, &CCryptoParser::Load_JSON_Memory},
         {"<a>" + Repeated("<b/>", 2000000) + "</a>", tooMany, &CCryptoParser::Load_XML_Memory},
     };
     for (const auto& each : cases) {
@@ -266,9 +269,9 @@ TEST(Forms, RefuseLongNumbersAndTooManyItems)
     }
     CCryptoParser parser;
     EXPECT_TRUE(parser.Load_ASCII_Memory("INTEGER=" + digits.substr(1)));
-    EXPECT_TRUE(parser.Load_JSON_Memory("{\"SEQUENCE\":[" + Repeated("{\"CONTEXT_SPECIFIC[0]\":\"\"},", 700000) + "null]}"));
+    EXPECT_TRUE(parser.Load_JSON_Memory("{\"SEQUENCE\":[" + nulls + Repeated("{\"CONTEXT_SPECIFIC[0]\":\"\"},", 800) + "null]}"));
     EXPECT_EQ(parser.root()->type(), ElementType::sequence);
-    EXPECT_TRUE(parser.Load_JSON_Memory("{\"other\":[" + Repeated("{\"SET[0,0]\":\"\"},", 700000) + "null]}"));
+    EXPECT_TRUE(parser.Load_JSON_Memory("{\"other\":[" + sets));
     // The name of a member is not an item then.
     EXPECT_TRUE(parser.Load_JSON_Memory("{\"" + digits + "\":1}"));
 }

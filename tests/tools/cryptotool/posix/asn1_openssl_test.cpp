@@ -212,8 +212,9 @@ TEST_F(CryptotoolZoo, OutlineAgreesWithOpenssl)
 TEST(CryptotoolOutline, AgreesWithOpensslOverTheSystemsCertificates)
 {
     const TemporaryDirectory folder;
-    const auto files = Asn1Parse("/etc/ssl/certs/*.pem", "", folder);
-    ASSERT_GT(files.size(), 50U);
+    // Some of them: each is a process of its own.
+    const auto files = Asn1Parse("/etc/ssl/certs/[A-C]*.pem", "", folder);
+    ASSERT_GT(files.size(), 20U);
     ExpectSameElements(files);
 }
 
