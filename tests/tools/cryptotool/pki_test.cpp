@@ -229,6 +229,32 @@ TEST_F(CryptotoolPki, MessagesAreSignedAndVerified)
     EXPECT_NE(Tool({"cms", "show", "@embedded"}).output.find("    serialNumber        1001\n"), std::string::npos);
 }
 
+TEST_F(CryptotoolPki, RecipientsOpenWhatWasEncryptedForThem)
+{
+    Put("letter", "not for everyone");
+    for (const char* const name : {"one", "two"}) {
+        const std::string at = "@" + std::string(name);
+        Done({"key", "gen", "rsa", "--bits", "1024", "-o", at + ".key"});
+        Done({"cert", "build", at + ".key", "--subject", "CN=" + std::string(name), "-o", at + ".pem"});
+    }
+    const Words encrypt = {"cms", "encrypt", "--recipient", "@one.pem", "--recipient", "@two.pem", "@letter", "-o", "@sealed"};
+    for (const Words& more : {Words{}, {"--oaep", "sha256"}, {"--cipher", "aes-128-cbc", "--outform", "pem"}}) {
+        Done(With(encrypt, more));
+        EXPECT_EQ(Get("sealed").find("not for everyone"), std::string::npos);
+        for (const char* const name : {"@one", "@two"})
+            EXPECT_EQ(
+                Tool({"cms", "decrypt", "--recipient", name + std::string(".pem"), "--key", name + std::string(".key"), "@sealed"})
+                    .output,
+                "not for everyone");
+        const ToolResult other = Tool({"cms", "decrypt", "--recipient", "@me.pem", "--key", "@me.key", "@sealed", "-o", "@opened"});
+        EXPECT_EQ(other.code, exitRefused);
+        EXPECT_EQ(Get("opened"), "");
+    }
+    // For keys that do not encrypt.
+    EXPECT_EQ(Tool({"cms", "encrypt", "--recipient", "@me.pem", "@letter"}).code, exitRefused);
+    EXPECT_EQ(Tool({"cms", "encrypt", "@letter"}).code, exitUsage);
+}
+
 TEST_F(CryptotoolPki, ASignatureThatFailsLeavesNoFile)
 {
     Put("report", "what was signed");

@@ -13,7 +13,7 @@ const Command* const commandTable[] = {
     &keyVerifyCommand, &keyEncryptCommand,  &keyDecryptCommand, &keyAgreeCommand,   &certShowCommand,    &certVerifyCommand,
     &certBuildCommand, &crlShowCommand,     &crlFindCommand,    &crlBuildCommand,   &csrShowCommand,     &csrBuildCommand,
     &csrVerifyCommand, &ocspRequestCommand, &ocspShowCommand,   &ocspVerifyCommand, &ocspRespondCommand, &cmsShowCommand,
-    &cmsSignCommand,   &cmsVerifyCommand,   &completionCommand, &manualCommand,
+    &cmsSignCommand,   &cmsVerifyCommand,   &cmsEncryptCommand, &cmsDecryptCommand, &completionCommand,  &manualCommand,
 };
 
 constexpr Noun nounTable[] = {

@@ -13,6 +13,8 @@ extern const Command certShowCommand;
 extern const Command certVerifyCommand;
 extern const Command cipherDecCommand;
 extern const Command cipherEncCommand;
+extern const Command cmsDecryptCommand;
+extern const Command cmsEncryptCommand;
 extern const Command cmsShowCommand;
 extern const Command cmsSignCommand;
 extern const Command cmsVerifyCommand;
