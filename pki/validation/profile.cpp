@@ -3,6 +3,7 @@
 #include "asn1/der/der_cursor.h"
 #include "pki/validation/name_constraints.h"
 #include "pki/validation/name_forms.h"
+#include "pki/validation/profile_names.h"
 
 #include <algorithm>
 #include <array>
@@ -22,11 +23,13 @@ namespace profile_tag {
 constexpr std::uint8_t boolean = 0x01;
 constexpr std::uint8_t integer = 0x02;
 constexpr std::uint8_t bitString = 0x03;
+constexpr std::uint8_t null = 0x05;
 constexpr std::uint8_t objectIdentifier = 0x06;
 constexpr std::uint8_t utf8String = 0x0C;
 constexpr std::uint8_t ia5String = 0x16;
 constexpr std::uint8_t utcTime = 0x17;
 constexpr std::uint8_t sequence = 0x30;
+constexpr std::uint8_t set = 0x31;
 constexpr std::uint8_t version = 0xA0;
 constexpr std::uint8_t issuerUniqueId = 0x81;
 constexpr std::uint8_t subjectUniqueId = 0x82;
@@ -37,6 +40,8 @@ struct WrittenFields {
     bool isRead = false;
     DerItem validFrom;
     DerItem validTo;
+    DerItem algorithm;
+    DerItem publicKey;
     bool hasUniqueIds = false;
 };
 
@@ -49,14 +54,14 @@ WrittenFields ReadWrittenFields(ProfileOctets tbs)
     DerCursor fields(*level);
     (void)fields.read(profile_tag::version);
     const DerItem serial = fields.read(profile_tag::integer);
-    const DerItem algorithm = fields.read(profile_tag::sequence);
+    written.algorithm = fields.read(profile_tag::sequence);
     const DerItem issuer = fields.read(profile_tag::sequence);
     DerCursor validity(fields.read(profile_tag::sequence).value);
     written.validFrom = validity.read();
     written.validTo = validity.read();
     const DerItem subject = fields.read(profile_tag::sequence);
-    const DerItem publicKey = fields.read(profile_tag::sequence);
-    written.isRead = serial && algorithm && issuer && written.validTo && subject && publicKey;
+    written.publicKey = fields.read(profile_tag::sequence);
+    written.isRead = serial && written.algorithm && issuer && written.validTo && subject && written.publicKey;
     const DerItem issuerUniqueId = fields.read(profile_tag::issuerUniqueId);
     const DerItem subjectUniqueId = fields.read(profile_tag::subjectUniqueId);
     written.hasUniqueIds = issuerUniqueId || subjectUniqueId;
@@ -100,9 +105,40 @@ const char* SerialNumberFault(const ProfileSubject& subject)
     return octets.size() > maxSerialNumber ? "the serial number has more than 20 octets" : nullptr;
 }
 
+/// Whether the algorithm is one of PKCS#1 with another parameter than NULL, which RFC 3279 (2.2.1, 2.3.1) and RFC 4055 (5) demand.
+bool LacksNull(ProfileOctets identifier)
+{
+    constexpr std::uint8_t pkcs1[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x01};
+    constexpr std::uint8_t withOtherParameters[] = {7, 8, 9, 10}; // OAEP, its functions and PSS
+    DerCursor fields(identifier);
+    const ProfileOctets oid = fields.read(profile_tag::objectIdentifier).value;
+    if (oid.size() != std::size(pkcs1) + 1 || !std::ranges::equal(oid.first(std::size(pkcs1)), pkcs1) ||
+        std::ranges::find(withOtherParameters, oid.back()) != std::end(withOtherParameters))
+        return false;
+    const DerItem parameters = fields.read(profile_tag::null);
+    return !parameters || !parameters.value.empty() || !fields.atEnd();
+}
+
 const char* AlgorithmFault(const ProfileSubject& subject)
 {
-    return subject.certificate.algorithmsAgree() ? nullptr : "the two signature algorithms differ";
+    if (!subject.certificate.algorithmsAgree())
+        return "the two signature algorithms differ";
+    return LacksNull(subject.written.algorithm.value) ? "the signature algorithm lacks its parameter NULL" : nullptr;
+}
+
+const char* KeyAlgorithmFault(const ProfileSubject& subject)
+{
+    DerCursor fields(subject.written.publicKey.value);
+    return LacksNull(fields.read(profile_tag::sequence).value) ? "the algorithm of the key lacks its parameter NULL" : nullptr;
+}
+
+const char* NameFormsFault(const ProfileSubject& subject)
+{
+    const element issuer = subject.certificate.issuer().GetDerEncodedElement();
+    if (const char* const fault = NameFormFault(issuer.bytes()))
+        return fault;
+    const element name = subject.certificate.subject().GetDerEncodedElement();
+    return NameFormFault(name.bytes());
 }
 
 const char* NameFault(const ProfileSubject& subject)
@@ -214,8 +250,9 @@ const char* AuthorityKeyFault(const ProfileSubject& subject)
         return "the authority key identifier names no key";
     if (identifier->issuer.empty() != identifier->serialNumber.isEmpty())
         return "the authority key identifier has an issuer or a serial number alone";
-    if (subject.issuer != nullptr && subject.issuer->extensions.subjectKeyIdentifier &&
-        *subject.issuer->extensions.subjectKeyIdentifier != identifier->keyIdentifier)
+    const KnownCertificate* const issuer = subject.issuer == nullptr && IsSelfSigned(subject) ? &subject.known : subject.issuer;
+    if (issuer != nullptr && issuer->extensions.subjectKeyIdentifier &&
+        *issuer->extensions.subjectKeyIdentifier != identifier->keyIdentifier)
         return "the authority key identifier is not the key identifier of the issuer";
     return nullptr;
 }
@@ -259,14 +296,19 @@ const char* CaExtensionFault(const ProfileSubject& subject)
                : nullptr;
 }
 
+const Oid& DirectoryAttributesOid()
+{
+    static const Oid oid(std::array<std::uint8_t, 3>{0x55, 0x1D, 9});
+    return oid;
+}
+
 const char* CriticalityFault(const ProfileSubject& subject)
 {
-    static const Oid directoryAttributes(std::array<std::uint8_t, 3>{0x55, 0x1D, 9});
     for (const Oid* const oid : {&oids::nameConstraints, &oids::policyConstraints, &oids::inhibitAnyPolicy})
         if (subject.isNotCritical(*oid))
             return "name constraints, policy constraints or inhibitAnyPolicy that are not critical";
     for (const Oid* const oid :
-         {&oids::freshestCrl, &oids::authorityInformationAccess, &oids::subjectInformationAccess, &directoryAttributes})
+         {&oids::freshestCrl, &oids::authorityInformationAccess, &oids::subjectInformationAccess, &DirectoryAttributesOid()})
         if (subject.isCritical(*oid))
             return "information access, directory attributes or the place of fresh lists is critical";
     return nullptr;
@@ -308,6 +350,30 @@ const char* NameConstraintsFault(const ProfileSubject& subject)
     };
     return std::ranges::any_of(constraints->permitted, hasDot) || std::ranges::any_of(constraints->excluded, hasDot)
                ? "a DNS constraint begins with a dot"
+               : nullptr;
+}
+
+const char* DirectoryAttributesFault(const ProfileSubject& subject)
+{
+    const auto* const value = subject.find(DirectoryAttributesOid());
+    if (value == nullptr)
+        return nullptr;
+    const element content = value->content();
+    const auto level = OnlyValue(content.bytes(), profile_tag::sequence);
+    bool isProper = level && !level->empty();
+    DerCursor attributes(level ? *level : ProfileOctets());
+    while (isProper && !attributes.atEnd()) {
+        DerCursor fields(attributes.read(profile_tag::sequence).value);
+        isProper = fields.read(profile_tag::objectIdentifier) && !fields.read(profile_tag::set).value.empty() && fields.atEnd();
+    }
+    return isProper ? nullptr : "directory attributes that are empty or not of their form";
+}
+
+const char* InformationAccessFault(const ProfileSubject& subject)
+{
+    const auto* const value = subject.find(oids::subjectInformationAccess);
+    return value != nullptr && !ReadAuthorityInformationAccess(value->content().bytes())
+               ? "the information access of the subject is empty or not of its form"
                : nullptr;
 }
 
@@ -415,8 +481,10 @@ constexpr ProfileRule profileRules[] = {
     {"4.1.2.1", VersionFault},
     {"4.1.2.2", SerialNumberFault},
     {"4.1.2.4", NameFault},
+    {"4.1.2.4", NameFormsFault},
     {"4.1.2.5", ValidityFault},
     {"4.1.2.6", EmailFault},
+    {"4.1.2.7", KeyAlgorithmFault},
     {"4.1.2.8", UniqueIdFault},
     {"4.1", DefaultValueFault},
     {"4.2", CriticalityFault},
@@ -427,10 +495,12 @@ constexpr ProfileRule profileRules[] = {
     {"4.2.1.4", PolicyFault},
     {"4.2.1.5", PolicyMappingFault},
     {"4.2.1.6", AlternativeNameFault},
+    {"4.2.1.8", DirectoryAttributesFault},
     {"4.2.1.9", BasicConstraintsFault},
     {"4.2.1.10", NameConstraintsFault},
     {"4.2.1.11", PolicyConstraintsFault},
     {"4.2.1.13", DistributionPointFault},
+    {"4.2.2.2", InformationAccessFault},
 };
 
 } // namespace

@@ -86,6 +86,8 @@ TEST(Profile, OfExtensions)
     const auto names = [](std::initializer_list<Bytes> list) { return TestAlternativeNames(list); };
     const auto policies = [](std::string_view content) { return ProfileExtension("2.5.29.32", content); };
     const auto points = [](std::string_view content) { return ProfileExtension("2.5.29.31", content); };
+    constexpr std::string_view directoryAttributes = "4.2.1.8: directory attributes that are empty or not of their form";
+    constexpr std::string_view informationAccess = "4.2.2.2: the information access of the subject is empty or not of its form";
     const ProfileCase cases[] = {
         {"", SubjectWith({})},
         {"", SubjectWith({names({TestDns("a.example"), TestDns("*.a.example"), TestEmail("a@b"), TestUri("urn:a"),
@@ -200,6 +202,15 @@ TEST(Profile, OfExtensions)
         {"", SubjectWith({points("30[30[A0[A0[86['a:b']]] 81[0640]] 30[A0[A0[86['a:b']]]]]")})},
         {"4.2.1.13: a distribution point has neither a name nor an issuer",
          SubjectWith({ProfileExtension("2.5.29.46", "30[30[81[0640]]]")})},
+        {"", SubjectWith({ProfileExtension("2.5.29.9", "30[30[06[2A03] 31[0500]]]")})},
+        {directoryAttributes, SubjectWith({ProfileExtension("2.5.29.9", "30[]")})},
+        {directoryAttributes, SubjectWith({ProfileExtension("2.5.29.9", "0500")})},
+        {directoryAttributes, SubjectWith({ProfileExtension("2.5.29.9", "30[30[06[2A03] 31[]]]")})},
+        {directoryAttributes, SubjectWith({ProfileExtension("2.5.29.9", "30[30[06[2A03] 31[0500] 0500]]")})},
+        {directoryAttributes, SubjectWith({ProfileExtension("2.5.29.9", "30[30[06[2A03] 31[0500]] 0500]")})},
+        {"", SubjectWith({ProfileExtension("1.3.6.1.5.5.7.1.11", "30[30[06[2A03] 86['a:b']]]")})},
+        {informationAccess, SubjectWith({ProfileExtension("1.3.6.1.5.5.7.1.11", "30[]")})},
+        {informationAccess, SubjectWith({ProfileExtension("1.3.6.1.5.5.7.1.11", "30[30[06[2A03]]]")})},
     };
     for (const ProfileCase& test : cases) {
         TestCertificate made(test.subject, TestKey(2));
@@ -303,6 +314,65 @@ TEST(Profile, OfFields)
     }
 }
 
+TEST(Profile, OfNameForms)
+{
+    constexpr std::string_view wrongType = "4.1.2.4: an attribute of a name is not a string of its type";
+    constexpr std::string_view empty = "4.1.2.4: an attribute of a name is empty";
+    constexpr std::string_view tooLong = "4.1.2.4: an attribute of a name has too many characters";
+    const auto one = [](std::string_view oid, const std::string& value) {
+        return "30[31[30[06[" + std::string(oid) + "] " + value + "]]]";
+    };
+    const auto text = [](std::string_view tag, std::size_t size) {
+        return std::string(tag) + "['" + std::string(size, 'x') + "']";
+    };
+    constexpr std::string_view commonName = "550403";
+    constexpr std::string_view country = "550406";
+    constexpr std::string_view email = "2A864886F70D010901";
+    struct FormCase {
+        std::string_view detail;
+        std::string name;
+    };
+    const FormCase cases[] = {
+        {"", "30[31[30[06[550403] 0C['b']] 30[06[55040A] 0C['a']]]]"},
+        {"4.1.2.4: the attributes of a relative name are not in the order of DER",
+         "30[31[30[06[55040A] 0C['a']] 30[06[550403] 0C['b']]]]"},
+
+        {"", one(commonName, text("0C", 64))},
+        {"", one(commonName, "0C['" + std::string(63, 'x') + "' C3A4]")},
+        {tooLong, one(commonName, text("0C", 65))},
+        {tooLong, one(commonName, text("13", 65))},
+        {empty, one(commonName, "0C[]")},
+        {"", one(commonName, "14[E4]")},
+        {"", one(commonName, "1E[00E4]")},
+        {"", one(commonName, "1C[000000E4]")},
+        {wrongType, one(commonName, "1E[00E400]")},
+        {wrongType, one(commonName, "1C[0000E4]")},
+        {wrongType, one(commonName, "0C[E4]")},
+        {wrongType, one(commonName, "13['a@b']")},
+        {wrongType, one(commonName, "16['a']")},
+        {wrongType, one(commonName, "30[0C['a']]")},
+
+        {"", one(country, "13['FI']")},
+        {wrongType, one(country, "0C['FI']")},
+        {tooLong, one(country, "13['FIN']")},
+        {wrongType, one("550405", "0C['1']")},
+        {wrongType, one("55042E", "0C['1']")},
+        {"", one("0992268993F22C640119", text("16", 300))},
+        {wrongType, one("0992268993F22C640119", "0C['a']")},
+        {wrongType, one(email, "0C['a@b']")},
+        {"", one("2A03", "04[]")},
+    };
+    for (const FormCase& test : cases) {
+        TestCertificate made("CN=Subject", TestKey(2));
+        made.subjectDer(DerOf(test.name)).extension(TestAuthorityKeyIdentifier(*ProfileIssuer().key));
+        ExpectDetail(Known(made.build(ProfileIssuer())), CertificateRole::endEntity, test.detail);
+    }
+
+    const TestIssuer odd = {.name = DerOf(one(commonName, "0C[]")), .key = TestKey(1)};
+    TestCertificate made("CN=Subject", TestKey(2));
+    ExpectDetail(Known(made.extension(TestAuthorityKeyIdentifier(*TestKey(1))).build(odd)), CertificateRole::endEntity, empty);
+}
+
 TEST(Profile, OfVersionsAndNames)
 {
     const TestIssuer nameless = {.name = TestName(""), .key = TestKey(1)};
@@ -312,6 +382,19 @@ TEST(Profile, OfVersionsAndNames)
 
     ExpectDetail(Known(TestCertificate(made).innerAlgorithm(DerOf("30[06[2A864886F70D01010B] 0500]")).build(ProfileIssuer())),
                  CertificateRole::endEntity, "4.1.1.2: the two signature algorithms differ");
+    const Bytes rsaWithoutNull = DerOf("30[06[2A864886F70D01010B]]");
+    ExpectDetail(Known(TestCertificate(made).innerAlgorithm(rsaWithoutNull).outerAlgorithm(rsaWithoutNull).build(ProfileIssuer())),
+                 CertificateRole::endEntity, "4.1.1.2: the signature algorithm lacks its parameter NULL");
+    const auto rsaKey = [](std::string_view algorithm) {
+        return DerOf("30[" + std::string(algorithm) + " 03[00 30[02[00" + std::string(512, 'F') + "] 02[010001]]]]");
+    };
+    ExpectDetail(Known(TestCertificate(made).publicKeyInfo(rsaKey("30[06[2A864886F70D010101] 0500]")).build(ProfileIssuer())),
+                 CertificateRole::endEntity, "");
+    ExpectDetail(Known(TestCertificate(made).publicKeyInfo(rsaKey("30[06[2A864886F70D010101]]")).build(ProfileIssuer())),
+                 CertificateRole::endEntity, "4.1.2.7: the algorithm of the key lacks its parameter NULL");
+    ExpectDetail(Known(TestCertificate(made).publicKeyInfo(rsaKey("30[06[2A864886F70D01010A]]")).build(ProfileIssuer())),
+                 CertificateRole::endEntity, "");
+
     ExpectDetail(Known(TestCertificate(made).version(1).build(ProfileIssuer())), CertificateRole::endEntity,
                  "4.2.1.1: no authority key identifier");
     ExpectDetail(
@@ -332,6 +415,10 @@ TEST(Profile, AnAuthorityNamesTheKeyOfItsIssuer)
     const TestIssuer otherKey = {.name = ProfileIssuer().name, .key = TestKey(2)};
     ExpectDetail(Known(TestCertificate(ProfileIssuer()).authority().build(otherKey)), CertificateRole::ca,
                  "4.2.1.1: no authority key identifier");
+
+    const Bytes otherIdentifier = TestAuthorityKeyIdentifier(*TestKey(2));
+    ExpectDetail(Known(TestCertificate(ProfileIssuer()).authority().extension(otherIdentifier).build(ProfileIssuer())),
+                 CertificateRole::ca, "4.2.1.1: the authority key identifier is not the key identifier of the issuer");
 
     const auto subjectOf = [](const ICryptoKeyPair& key) {
         return Known(TestCertificate("CN=Subject", TestKey(3)).extension(TestAuthorityKeyIdentifier(key)).build(ProfileIssuer()));
