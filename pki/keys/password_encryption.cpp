@@ -151,10 +151,12 @@ struct KeyAndVector {
     element iv;
 };
 
-bool DerivePKCS12(const Recipe& recipe, std::string_view password, KeyAndVector& derived)
+using Password = std::optional<std::string_view>;
+
+bool DerivePKCS12(const Recipe& recipe, Password password, KeyAndVector& derived)
 {
-    const element units = CCryptoKeyDerivation::PKCS12Password(password);
-    if (units.isEmpty())
+    const element units = password ? CCryptoKeyDerivation::PKCS12Password(*password) : element();
+    if (password && units.isEmpty())
         return false;
     const auto derive = [&](CCryptoKeyDerivation::PKCS12Use use, std::uint32_t length) {
         return CCryptoKeyDerivation::PKCS12(algorithm::sha1, use, units.bytes(), recipe.salt.bytes(), recipe.iterations, length);
@@ -173,15 +175,15 @@ bool DerivePKCS12(const Recipe& recipe, std::string_view password, KeyAndVector&
     return true;
 }
 
-bool DerivePBES2(const Recipe& recipe, std::string_view password, KeyAndVector& derived)
+bool DerivePBES2(const Recipe& recipe, Password password, KeyAndVector& derived)
 {
     derived.iv = recipe.iv;
-    derived.key = CCryptoKeyDerivation::PBKDF2(recipe.prf, BytesOfPassword(password), recipe.salt.bytes(), recipe.iterations,
-                                               recipe.keyLength);
+    derived.key = CCryptoKeyDerivation::PBKDF2(recipe.prf, BytesOfPassword(password.value_or("")), recipe.salt.bytes(),
+                                               recipe.iterations, recipe.keyLength);
     return !derived.key.isEmpty();
 }
 
-bool Derive(CCryptoAutoLogger& logger, const Recipe& recipe, std::string_view password, KeyAndVector& derived)
+bool Derive(CCryptoAutoLogger& logger, const Recipe& recipe, Password password, KeyAndVector& derived)
 {
     const bool isDerived =
         recipe.scheme != nullptr ? DerivePKCS12(recipe, password, derived) : DerivePBES2(recipe, password, derived);
@@ -260,7 +262,20 @@ bool CCryptoPasswordEncryption::Understands(const CCryptoAlgorithmIdentifier& ho
     return ReadRecipe(logger, how, recipe) && logger.setResult(true);
 }
 
-bool CCryptoPasswordEncryption::Decrypt(const CCryptoAlgorithmIdentifier& how, std::string_view password,
+std::optional<SCryptoPasswordEncryption> CCryptoPasswordEncryption::ParametersOf(const CCryptoAlgorithmIdentifier& how)
+{
+    CCryptoAutoLogger logger("CCryptoPasswordEncryption::ParametersOf");
+    Recipe recipe;
+    if (!ReadRecipe(logger, how, recipe))
+        return {};
+    logger.setResult(true);
+    return SCryptoPasswordEncryption{.scheme = how.id(),
+                                     .cipher = recipe.cipher,
+                                     .prf = recipe.scheme != nullptr ? algorithm::hmacSha1 : recipe.prf,
+                                     .iterations = recipe.iterations};
+}
+
+bool CCryptoPasswordEncryption::Decrypt(const CCryptoAlgorithmIdentifier& how, std::optional<std::string_view> password,
                                         std::span<const std::uint8_t> ciphertext, element& text)
 {
     CCryptoAutoLogger logger("CCryptoPasswordEncryption::Decrypt");

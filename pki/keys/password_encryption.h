@@ -5,6 +5,7 @@
 #include "crypto/random/random.h"
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -33,8 +34,13 @@ public:
     /// are out of bounds, or that asks for more than 50,000,000 iterations. RC2 in CBC mode under PBES2 is understood, too.
     [[nodiscard]] static bool Understands(const CCryptoAlgorithmIdentifier& how);
 
-    /// \return false, logged, `text` empty, for a description that is not understood, and for a wrong password, as far as the
-    /// padding shows.
-    [[nodiscard]] static bool Decrypt(const CCryptoAlgorithmIdentifier& how, std::string_view password,
+    /// What a description asks for; of the schemes of PKCS#12 the cipher and the prf are those that the scheme implies. None,
+    /// logged, for what Understands() refuses.
+    [[nodiscard]] static std::optional<SCryptoPasswordEncryption> ParametersOf(const CCryptoAlgorithmIdentifier& how);
+
+    /// \param password none for no password at all, which the schemes of PKCS#12 tell from an empty one: the two zero bytes at its
+    /// end are left out. \return false, logged, `text` empty, for a description that is not understood, and for a wrong password,
+    /// as far as the padding shows.
+    [[nodiscard]] static bool Decrypt(const CCryptoAlgorithmIdentifier& how, std::optional<std::string_view> password,
                                       std::span<const std::uint8_t> ciphertext, element& text);
 };
