@@ -20,6 +20,7 @@
 #include "pki/ocsp/ocsp_response.h"
 #include "pki/ocsp/responder.h"
 #include "pki/ocsp/response_verification.h"
+#include "pki/pkcs12/pkcs12.h"
 #include "pki/validation/certificate_pool.h"
 #include "pki/validation/path_validation.h"
 #include "pki/validation/verdict.h"
