@@ -85,6 +85,22 @@ TEST_F(CryptotoolCertVerify, ThePathIsPrintedInColumns)
               "  2  CN=Example Root, C=FI         anchor\n");
 }
 
+TEST_F(CryptotoolCertVerify, PoliciesHaveAnyNumbers)
+{
+    // Those that are given come back: the anchor as its own subject has any policy.
+    for (const char* const policy :
+         {"0.0", "0.39", "1.0", "1.39.128", "2.0", "2.39", "2.47.5", "2.48", "2.999.3", "2.175.16384", "1.2.18446744073709551615",
+          "2.340282366920938463463374607431768211375", "2.25.340282366920938463463374607431768211455"}) {
+        const ToolResult result = Verify({"--json", "--explicit-policy", "--policy", policy, "@root.pem"});
+        EXPECT_EQ(result.code, 0) << policy << result.error;
+        EXPECT_NE(result.output.find("\"policies\":[\"" + std::string(policy) + "\"]"), std::string::npos)
+            << policy << result.output;
+    }
+    for (const char* const policy : {"1", "1.", "1.40", "3.1", "12.1", "1..2", "1.2.", ".1.2", "1.2x", "1.-2",
+                                     "2.25.1000000000000000000000000000000000000000"})
+        EXPECT_EQ(Verify({"--policy", policy, "@root.pem"}).code, 2) << policy;
+}
+
 /// JSON without its line ends, every fingerprint "F".
 std::string Flat(const std::string& json)
 {

@@ -122,7 +122,7 @@ Lines PoliciesLines(Octets content)
     if (!read)
         return lines;
     for (const PolicyInformation& information : *read) {
-        lines.push_back(information.policy == oids::anyPolicy ? "anyPolicy" : std::string(information.policy.dotted().view()));
+        lines.push_back(information.policy == oids::anyPolicy ? "anyPolicy" : OidText(information.policy));
         for (const element& qualifier : information.qualifiers)
             lines.push_back(QualifierLine(qualifier.bytes()));
     }
@@ -134,8 +134,7 @@ Lines MappingsLines(Octets content)
     Lines lines;
     if (const auto read = ReadPolicyMappings(content))
         for (const PolicyMapping& mapping : *read)
-            lines.push_back(std::string(mapping.issuerDomain.dotted().view()) + " = " +
-                            std::string(mapping.subjectDomain.dotted().view()));
+            lines.push_back(OidText(mapping.issuerDomain) + " = " + OidText(mapping.subjectDomain));
     return lines;
 }
 

@@ -8,6 +8,7 @@
 #include "tools/cryptotool/asn1/time_and_address.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace ccrypto {
 
@@ -70,6 +71,71 @@ std::string HexOf(std::span<const std::uint8_t> octets)
     return std::string(HexText(octets).view());
 }
 
+/// A number of an object identifier, in groups of seven bits, the lowest first.
+using ArcGroups = std::vector<std::uint32_t>;
+constexpr std::size_t maxArcDigits = 39; ///< of 128 bits, which the numbers under 2.25 have
+constexpr std::size_t maxArcGroups = 19;
+
+/// \return empty for what is not a number.
+ArcGroups GroupsOfDecimal(std::string_view decimal)
+{
+    if (decimal.empty() || decimal.size() > maxArcDigits || !std::ranges::all_of(decimal, IsDigit))
+        return {};
+    ArcGroups groups = {0};
+    for (const char digit : decimal) {
+        std::uint32_t carry = static_cast<std::uint32_t>(digit - '0');
+        for (std::uint32_t& group : groups) {
+            carry += group * 10;
+            group = carry % 128;
+            carry /= 128;
+        }
+        if (carry != 0)
+            groups.push_back(carry);
+    }
+    return groups;
+}
+
+std::string DecimalOfGroups(ArcGroups groups)
+{
+    std::string decimal;
+    while (!groups.empty()) {
+        std::uint32_t rest = 0;
+        for (std::size_t at = groups.size(); at-- > 0;) {
+            rest = rest * 128 + groups[at];
+            groups[at] = rest / 10;
+            rest %= 10;
+        }
+        decimal.insert(decimal.begin(), static_cast<char>('0' + rest));
+        while (!groups.empty() && groups.back() == 0)
+            groups.pop_back();
+    }
+    return decimal;
+}
+
+/// Adds to the second number what the first one counts in the octets (X.690, 8.19.4).
+void AddTo(ArcGroups& groups, std::uint32_t summand)
+{
+    for (std::size_t at = 0; summand != 0; ++at) {
+        if (at == groups.size())
+            groups.push_back(0);
+        summand += groups[at];
+        groups[at] = summand % 128;
+        summand /= 128;
+    }
+}
+
+/// The reverse, where there is as much.
+void TakeFrom(ArcGroups& groups, std::uint32_t subtrahend)
+{
+    for (std::uint32_t& group : groups) {
+        const bool borrows = group < subtrahend;
+        group = group + (borrows ? 128 : 0) - subtrahend;
+        subtrahend = borrows ? 1 : 0;
+    }
+    while (groups.size() > 1 && groups.back() == 0)
+        groups.pop_back();
+}
+
 /// An OBJECT IDENTIFIER and a value under [0], which is text in the only kind that is common.
 std::string OtherNameText(std::span<const std::uint8_t> content)
 {
@@ -78,7 +144,7 @@ std::string OtherNameText(std::span<const std::uint8_t> content)
     const DerItem value = cursor.read(0xA0);
     if (!type || !value)
         return "otherName:#" + HexOf(content);
-    const std::string dotted(Oid(type.value).dotted().view());
+    const std::string dotted = OidText(Oid(type.value));
     const auto text = OnlyValue(value.value, 0x0C);
     if (dotted == principalNameOid && text)
         return "UPN:" + std::string(text->begin(), text->end());
@@ -108,13 +174,49 @@ std::string ShortNameOf(std::string_view dotted)
 
 std::string ShortNameOf(const Oid& oid)
 {
-    return ShortNameOf(oid.dotted().view());
+    return ShortNameOf(OidText(oid));
+}
+
+std::string OidText(const Oid& oid)
+{
+    std::string dotted;
+    ArcGroups groups;
+    for (const std::uint8_t octet : oid.octets()) {
+        if ((groups.empty() && octet == 0x80) || groups.size() == maxArcGroups)
+            return HexOf(oid.octets());
+        groups.insert(groups.begin(), octet & 0x7FU);
+        if ((octet & 0x80) != 0)
+            continue;
+        if (dotted.empty()) {
+            const std::uint32_t first = groups.size() == 1 ? std::min(groups[0] / 40, 2U) : 2;
+            TakeFrom(groups, 40 * first);
+            dotted = std::to_string(first);
+        }
+        dotted += "." + DecimalOfGroups(groups);
+        groups.clear();
+    }
+    return groups.empty() ? dotted : HexOf(oid.octets());
 }
 
 Oid OidOf(std::string_view text)
 {
-    const bool isDotted = !text.empty() && IsDigit(text.front()) && text.find('.') != std::string_view::npos;
-    return isDotted ? Oid::FromDotted(text) : Oid();
+    const std::string_view first = text.substr(0, text.find('.'));
+    if (first.size() != 1 || first[0] < '0' || first[0] > '2' || first.size() == text.size())
+        return {};
+    std::uint32_t firstTimes40 = 40 * static_cast<std::uint32_t>(first[0] - '0');
+    std::vector<std::uint8_t> octets;
+    for (std::size_t dot = 1; dot < text.size();) {
+        const std::size_t next = std::min(text.find('.', dot + 1), text.size());
+        ArcGroups groups = GroupsOfDecimal(text.substr(dot + 1, next - dot - 1));
+        const bool isSmall = groups.size() == 1 && groups[0] < 40;
+        if (groups.empty() || (octets.empty() && first[0] != '2' && !isSmall))
+            return {};
+        AddTo(groups, std::exchange(firstTimes40, 0));
+        for (std::size_t at = groups.size(); at-- > 0;)
+            octets.push_back(static_cast<std::uint8_t>(groups[at] | (at != 0 ? 0x80U : 0U)));
+        dot = next;
+    }
+    return Oid(octets);
 }
 
 Oid PurposeOf(std::string_view text)
@@ -206,7 +308,7 @@ std::string AlternativeNameText(const GeneralName& name, bool isSubtree)
     case GeneralName::Kind::directory:
         return "dirName:" + std::string(NameText(name.value.bytes()).view());
     case GeneralName::Kind::registeredId:
-        return "RID:" + std::string(Oid(name.value.bytes()).dotted().view());
+        return "RID:" + OidText(Oid(name.value.bytes()));
     case GeneralName::Kind::ipAddress: {
         const std::string address = AddressText(name.value.bytes(), isSubtree);
         return "IP:" + (address.empty() ? "#" + HexOf(name.value.bytes()) : address);

@@ -22,7 +22,10 @@ namespace ccrypto {
 
 /// A purpose by its name (RFC 5280, 4.2.1.12) or dotted. Case does not matter. \return none for anything else.
 [[nodiscard]] Oid PurposeOf(std::string_view text);
-/// Dotted text alone.
+/// "2.999.1": the dotted text that the standards give to the octets (X.690, 8.19), with numbers of up to 128 bits. Hexadecimal
+/// digits for octets without one.
+[[nodiscard]] std::string OidText(const Oid& oid);
+/// Dotted text alone, as above.
 [[nodiscard]] Oid OidOf(std::string_view text);
 
 /// The names of the bits that are set (RFC 5280, 4.2.1.3).

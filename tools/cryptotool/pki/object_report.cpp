@@ -46,7 +46,7 @@ void DescribeExtensions(const CCrypto_X509_ValueList& extensions, Report& report
     for (const auto& extension : extensions.values()) {
         const std::string name = ShortNameOf(extension->oid());
         Report& item = list.addItem(name + (extension->isCritical() ? " (critical)" : ""));
-        item.add("oid", extension->oid().dotted().view()).inJsonOnly();
+        item.add("oid", OidText(extension->oid())).inJsonOnly();
         item.add("name", name).inJsonOnly();
         item.addTruth("critical", extension->isCritical()).inJsonOnly();
         item.addTexts("values", ExtensionLines(*extension)).withoutName();

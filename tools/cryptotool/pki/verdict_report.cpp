@@ -89,7 +89,7 @@ void DescribeVerdict(const PathVerdict& verdict, Report& report)
     DescribePath(verdict.path, report);
     Report& policies = report.addList("policies");
     for (const Oid& policy : verdict.policies)
-        policies.add({}, policy.dotted().view());
+        policies.add({}, OidText(policy));
     Report& work = report.addGroup("work");
     work.addNumber("steps", verdict.work.steps);
     work.addNumber("signatures", verdict.work.signatures);
