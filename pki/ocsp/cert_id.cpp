@@ -3,6 +3,7 @@
 #include "core/diagnostics/auto_logger.h"
 #include "crypto/hash/hash.h"
 #include "pki/x509/certificate.h"
+#include "pki/x509/field_reading.h"
 
 #include <algorithm>
 #include <iterator>
@@ -61,6 +62,9 @@ bool CCertID::ParseNode()
     serialNumber = Octets(findBytes("serialNumber"));
     if (serialNumber.isEmpty() || serialNumber.length() > maxSerialNumber)
         return logger.fail(false, "A serial number of %u bytes", serialNumber.length());
+    // What is answered repeats the number, and must be DER.
+    if (!IsMinimalInteger(serialNumber.bytes()))
+        return logger.fail(false, "The serial number has more octets than it needs");
     return logger.setResult(true);
 }
 

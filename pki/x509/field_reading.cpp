@@ -34,11 +34,15 @@ bool HasUnusedBits(const elementNode* bitString)
 const element* MinimalInteger(const elementNode* value)
 {
     const element* const octets = value != nullptr && value->type() == ElementType::integer ? &value->token() : nullptr;
-    if (octets == nullptr || octets->isEmpty())
-        return nullptr;
-    const std::uint8_t first = (*octets)[0];
-    const bool isPadded = octets->length() > 1 && (first == 0 || first == 0xFF) && ((first ^ (*octets)[1]) & 0x80) == 0;
-    return isPadded ? nullptr : octets;
+    return octets != nullptr && IsMinimalInteger(octets->bytes()) ? octets : nullptr;
+}
+
+bool IsMinimalInteger(std::span<const std::uint8_t> octets)
+{
+    if (octets.size() < 2)
+        return !octets.empty();
+    const std::uint8_t first = octets[0];
+    return (first != 0 && first != 0xFF) || ((first ^ octets[1]) & 0x80) != 0;
 }
 
 element OctetsOfList(const TemplateBinding& items)

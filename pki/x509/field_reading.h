@@ -4,6 +4,9 @@
 #include "asn1/tree/element_node.h"
 #include "core/text/element.h"
 
+#include <cstdint>
+#include <span>
+
 // What the readers of certificates and requests have in common.
 
 namespace ccrypto {
@@ -16,6 +19,8 @@ namespace ccrypto {
 
 /// The octets of an INTEGER in no more of them than it needs (X.690, 8.3.2); null for any other value.
 [[nodiscard]] const element* MinimalInteger(const elementNode* value);
+/// Whether the contents of an INTEGER have no octet that DER leaves out.
+[[nodiscard]] bool IsMinimalInteger(std::span<const std::uint8_t> octets);
 
 /// The SEQUENCE of the elements that a placeholder stands for.
 [[nodiscard]] element OctetsOfList(const TemplateBinding& items);

@@ -261,6 +261,11 @@ INSTANTIATE_TEST_SUITE_P(
                                        made.certId.serial = Bytes(65, 1);
                                        return made.build(Authority());
                                    }},
+                      ResponseCase{"a serial number with an octet too many",
+                                   [](TestOcspResponse& made) {
+                                       made.certId.serial = {0, 7};
+                                       return made.build(Authority());
+                                   }},
                       ResponseCase{"another element after the certificates",
                                    [](TestOcspResponse& made) {
                                        Bytes basic = made.basic(Authority());
