@@ -139,14 +139,17 @@ bool CBasicOCSPResponse::SignResponse(const CCrypto_X509_Certificate& responder,
     signature = {};
     if (!responder.isLoaded() || responder.publicKey() == nullptr || responder.publicKey()->publicKeyInfo() != key.publicKeyInfo())
         return logger.fail(false, "Invalid responder certificate");
-    if (tbsResponseData.responderName.isEmpty() && tbsResponseData.responderKeyHash.isEmpty())
-        tbsResponseData.responderKeyHash = ResponderKeyHash(responder);
-    if (!tbsResponseData.producedAt.isValid())
-        tbsResponseData.producedAt = CCryptoDateTime::Now();
+    const bool isNamed = !tbsResponseData.responderName.isEmpty() || !tbsResponseData.responderKeyHash.isEmpty();
+    if (isNamed && !isResponder(responder))
+        return logger.fail(false, "Invalid responder certificate");
 
     const element identifier = SignatureAlgorithmFor(key, hash);
     if (identifier.isEmpty() || !signatureAlgorithm.ParseDer(identifier) || !IsExpressedByTable(signatureAlgorithm))
         return logger.fail(false, "Unsupported hash function");
+    if (!isNamed)
+        tbsResponseData.responderKeyHash = ResponderKeyHash(responder);
+    if (!tbsResponseData.producedAt.isValid())
+        tbsResponseData.producedAt = CCryptoDateTime::Now();
     const element tbs = tbsResponseData.BuildDer();
     if (tbs.isEmpty())
         return logger.fail(false, "There is no response to sign");

@@ -36,7 +36,8 @@ public:
 
     /// Fills the signature algorithm and the signature over the DER of tbsResponseData. A responder that is not given is given by
     /// its key, a time of the response that is not given is the present. \return false, logged: "Invalid responder certificate" for
-    /// one that is not loaded or has another key, "Unsupported hash function", "Signature operation failed".
+    /// one that is not loaded, has another key or is not the one that the response names, "Unsupported hash function",
+    /// "Signature operation failed".
     [[nodiscard]] bool SignResponse(const CCrypto_X509_Certificate& responder, ICryptoKeyPair& key, ccrypto::algorithm::Id hash);
     /// Whether the owner of the certificate signed the octets. Nothing is said of who that is: see VerifyOcspResponse().
     /// \return false, logged as "Failed to verify:" and "Responder certificate:" with the details.

@@ -137,11 +137,13 @@ TEST(OcspResponder, MalformedRequestsAreAnsweredSo)
 {
     const RespondingAuthority authority;
     const Bytes one = TestCertId{.issuer = Root()}.build();
+    const Bytes padded = TestCertId{.issuer = Root(), .serial = {0, 5}}.build();
     const Bytes critical = TestExtension("1.2.3", {5, 0}, true);
     const Bytes malformed[] = {
         {},
         {0x30, 0},
         RequestOf({}),
+        RequestOf(Tlv(der::sequence, padded)),
         RequestOf(Tlv(der::sequence, one), TestNonce({})),
         RequestOf(Tlv(der::sequence, one), TestNonce(Bytes(129, 1))),
         RequestOf(Tlv(der::sequence, one), critical),
@@ -186,6 +188,11 @@ TEST(OcspSignature, FailsWithItsMessages)
               "Unsupported hash function");
     EXPECT_EQ(LoggedAs([&] { return response.SignResponse(*authority.certificate, card, algorithm::sha256); }),
               "Signature operation failed");
+    response.tbsResponseData.responderKeyHash = {};
+    response.tbsResponseData.responderName = ElementOf(TestName("CN=Somebody"));
+    EXPECT_EQ(LoggedAs([&] { return response.SignResponse(*authority.certificate, *TestKey(2), algorithm::sha256); }),
+              "Invalid responder certificate")
+        << "of another responder than the response names";
     EXPECT_TRUE(response.isEmpty());
     EXPECT_TRUE(response.BuildDer().isEmpty());
 }
