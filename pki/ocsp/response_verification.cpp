@@ -15,6 +15,8 @@ namespace {
 
 /// Those whose name or key is the responder's; each costs a signature or two.
 constexpr std::uint32_t maxTriedResponders = 8;
+/// Certificates of a response that are loaded to see whose they are. A response may have very many.
+constexpr std::size_t maxSeenCertificates = 100;
 constexpr std::uint32_t minOcspRsaBits = 2048; ///< bits
 
 /// In milliseconds. What a caller gives may be as long as it likes: this is longer than any two times are apart.
@@ -187,7 +189,7 @@ bool OcspJudge::isSignedByNamed()
 
 bool OcspJudge::isSignedByEntitled()
 {
-    for (const element& octets : basic_.certs) {
+    for (const element& octets : std::span(basic_.certs).first(std::min(basic_.certs.size(), maxSeenCertificates))) {
         if (tryEntitled(LoadCertificate(octets.bytes())))
             return true;
         if (tried_ == maxTriedResponders)
@@ -266,7 +268,9 @@ void OcspJudge::findStatus()
 {
     constexpr OcspStatus mildestFirst[] = {OcspStatus::bad, OcspStatus::stale, OcspStatus::good, OcspStatus::unknown,
                                            OcspStatus::revoked};
-    const auto severity = [&](const OcspVerdict& verdict) { return std::ranges::find(mildestFirst, verdict.status); };
+    const auto severity = [&](const OcspVerdict& verdict) {
+        return std::pair(std::ranges::find(mildestFirst, verdict.status), verdict.revocationTime.isValid());
+    };
 
     CertIdMatcher matcher(issuer_);
     std::optional<OcspVerdict> worst;
@@ -294,7 +298,13 @@ OcspVerdict OcspJudge::judgeSingle(const CCryptoOCSP::CSingleResponse& single) c
         verdict.detail = "the response has a critical extension that is not known";
         return verdict;
     }
-    if (!isTimely(single, verdict))
+    const bool isRevoked = single.certStatus.kind == CCertStatus::Kind::revoked;
+    const bool isOfThisTime = isTimely(single, verdict);
+    if (isRevoked && verdict.failure == OcspFailure::none) {
+        verdict.revocationTime = single.certStatus.revocationTime;
+        verdict.revocationReason = single.certStatus.revocationReason;
+    }
+    if (!isOfThisTime)
         return verdict;
     switch (single.certStatus.kind) {
     case CCertStatus::Kind::good:
@@ -302,8 +312,6 @@ OcspVerdict OcspJudge::judgeSingle(const CCryptoOCSP::CSingleResponse& single) c
         break;
     case CCertStatus::Kind::revoked:
         verdict.status = OcspStatus::revoked;
-        verdict.revocationTime = single.certStatus.revocationTime;
-        verdict.revocationReason = single.certStatus.revocationReason;
         if (verdict.revocationReason)
             verdict.detail = CCryptoString(RevocationReasonName(*verdict.revocationReason)) + " ";
         verdict.detail += CCryptoString("since ") + OcspTimeText(verdict.revocationTime);
@@ -367,6 +375,15 @@ OcspVerdict VerifyOcspResponse(const CCryptoOCSP::COCSPResponse& response, const
                                const CCrypto_X509_Certificate& issuer, const OcspOptions& options)
 {
     return OcspJudge(response, serialNumber, issuer, options).judge();
+}
+
+bool IsAboutOthers(const CCryptoOCSP::COCSPResponse& response, const CCrypto_X509_Certificate& subject,
+                   const CCrypto_X509_Certificate& issuer)
+{
+    CertIdMatcher matcher(issuer);
+    const auto& responses = response.basicResponse().tbsResponseData.responses;
+    const auto isAboutIt = [&](const auto& single) { return matcher.matches(single->certID, subject.serialNumber()); };
+    return !responses.empty() && std::ranges::none_of(responses, isAboutIt);
 }
 
 } // namespace ccrypto

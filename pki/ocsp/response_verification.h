@@ -63,7 +63,7 @@ struct OcspVerdict {
     OcspStatus status = OcspStatus::bad;
     OcspFailure failure = OcspFailure::none;
     CCryptoString detail;           ///< in words: "keyCompromise since 2026-11-02 08:00:00Z", "nextUpdate was 2026-…"
-    CCryptoDateTime revocationTime; ///< when revoked
+    CCryptoDateTime revocationTime; ///< when revoked, and when stale where that is what was said
     std::optional<RevocationReason> revocationReason;
     CCryptoDateTime producedAt;
     CCryptoDateTime thisUpdate;
@@ -76,11 +76,15 @@ struct OcspVerdict {
 ///
 /// The responder is the issuer, or a certificate that the issuer's key issued for OCSPSigning and that is valid at the time, or one
 /// of those named. Whether an entitled responder is itself revoked is not looked up, as id-pkix-ocsp-nocheck asks and most
-/// responders' certificates are marked. At most 8 certificates are tried.
+/// responders' certificates are marked. At most 8 certificates are tried, among the first 100 of the response.
 [[nodiscard]] OcspVerdict VerifyOcspResponse(const CCryptoOCSP::COCSPResponse& response, const CCrypto_X509_Certificate& subject,
                                              const CCrypto_X509_Certificate& issuer, const OcspOptions& options);
 /// The same for a serial number, as its INTEGER's octets.
 [[nodiscard]] OcspVerdict VerifyOcspResponse(const CCryptoOCSP::COCSPResponse& response, const element& serialNumber,
                                              const CCrypto_X509_Certificate& issuer, const OcspOptions& options);
+
+/// Whether the response gives the status of other certificates alone, so that its signature need not be checked.
+[[nodiscard]] bool IsAboutOthers(const CCryptoOCSP::COCSPResponse& response, const CCrypto_X509_Certificate& subject,
+                                 const CCrypto_X509_Certificate& issuer);
 
 } // namespace ccrypto

@@ -11,12 +11,19 @@ namespace {
 
 constexpr std::int64_t defaultMaxAgeSeconds = std::int64_t{24} * 60 * 60;
 
-/// Whether `time`, moved by `seconds`, is before `at`. Times that cannot be counted are.
-bool IsEarlier(const CCryptoDateTime& time, std::int64_t seconds, const CCryptoDateTime& at)
+/// In milliseconds. What a caller gives may be as long as it likes: this is longer than any two times are apart.
+std::int64_t StatusDuration(std::int64_t seconds)
+{
+    constexpr std::int64_t maxSeconds = 1'000'000'000'000;
+    return std::clamp(seconds, -maxSeconds, maxSeconds) * 1000;
+}
+
+/// Whether `time`, moved by `milliseconds`, is before `at`. Times that cannot be counted are.
+bool IsEarlier(const CCryptoDateTime& time, std::int64_t milliseconds, const CCryptoDateTime& at)
 {
     const std::optional<std::int64_t> first = time.toMilliseconds();
     const std::optional<std::int64_t> second = at.toMilliseconds();
-    return !first || !second || *first + 1000 * seconds < *second;
+    return !first || !second || *first + milliseconds < *second;
 }
 
 std::uint32_t RankOf(CertificateStatus status)
@@ -42,10 +49,9 @@ CCryptoString ListText(const KnownList& list)
     return "CRL " + number.toString();
 }
 
-CCryptoString RevocationText(const RevokedEntry& entry)
+CCryptoString RevocationText(std::optional<RevocationReason> reason, const CCryptoDateTime& since)
 {
-    return CCryptoString(RevocationReasonName(entry.reason.value_or(RevocationReason::unspecified))) + " since " +
-           TimeText(entry.revocationDate);
+    return CCryptoString(RevocationReasonName(reason.value_or(RevocationReason::unspecified))) + " since " + TimeText(since);
 }
 
 bool MaySignLists(const KnownCertificate& certificate)
@@ -138,7 +144,7 @@ StatusInformation StatusFinder::statusByResponses(const Issued& issued)
     StatusInformation best;
     best.status = CertificateStatus::unknown;
     for (const auto& response : sources_.responses) {
-        if (response == nullptr)
+        if (response == nullptr || IsAboutOthers(*response, *issued.certificate().certificate, *issued.issuer().certificate))
             continue;
         const OcspVerdict answer =
             VerifyOcspResponse(*response, *issued.certificate().certificate, *issued.issuer().certificate, options);
@@ -164,6 +170,10 @@ StatusInformation StatusFinder::statusByResponses(const Issued& issued)
             break;
         }
         information.detail = answer.status == OcspStatus::good ? CCryptoString("OCSP") : answer.detail;
+        if (answer.status == OcspStatus::stale && staysRevoked(answer.revocationReason, answer.revocationTime)) {
+            information.status = CertificateStatus::revoked;
+            information.detail = RevocationText(answer.revocationReason, answer.revocationTime);
+        }
         const bool saysMore = best.detail.isEmpty() && answer.failure != OcspFailure::wrongCertificate;
         if (RankOf(information.status) > RankOf(best.status) || saysMore)
             best = std::move(information);
@@ -240,15 +250,16 @@ bool StatusFinder::hear(const KnownList& list, ReasonFlags reasons, const Issued
     }
 
     if (entry && entry->reason != RevocationReason::removeFromCrl) {
-        if (saysRevoked(*entry, combined.freshness) && (combined.freshness != Freshness::fresh || addsReasons)) {
+        const bool isFresh = combined.freshness == Freshness::fresh;
+        if (isFresh ? addsReasons : staysRevoked(entry->reason, entry->revocationDate)) {
             information.status = CertificateStatus::revoked;
             information.source = StatusInformation::Source::crl;
-            information.detail = RevocationText(*entry);
+            information.detail = RevocationText(entry->reason, entry->revocationDate);
             information.thisUpdate = speaker->list->thisUpdate();
             information.nextUpdate = speaker->list->nextUpdate();
             return true;
         }
-        if (combined.freshness == Freshness::fresh)
+        if (isFresh)
             return false;
     }
     if (combined.freshness == Freshness::fresh && addsReasons) {
@@ -261,22 +272,20 @@ bool StatusFinder::hear(const KnownList& list, ReasonFlags reasons, const Issued
     return false;
 }
 
-bool StatusFinder::saysRevoked(const RevokedEntry& entry, Freshness freshness) const
+bool StatusFinder::staysRevoked(std::optional<RevocationReason> reason, const CCryptoDateTime& since) const
 {
-    if (freshness == Freshness::fresh)
-        return true;
-    // A list of another time: the revocation must have happened by the time asked for, and cannot have been taken back.
-    return entry.reason != RevocationReason::certificateHold && entry.revocationDate <= options_.at;
+    return reason != RevocationReason::certificateHold && since.isValid() && since <= options_.at;
 }
 
 StatusFinder::Freshness StatusFinder::freshnessOf(const KnownList& list) const
 {
-    if (IsEarlier(options_.at, options_.clockSkewSeconds, list.list->thisUpdate()))
+    const std::int64_t skew = StatusDuration(options_.clockSkewSeconds);
+    if (IsEarlier(options_.at, skew, list.list->thisUpdate()))
         return Freshness::early;
     const bool hasEnd = list.list->nextUpdate().isValid();
     const CCryptoDateTime& start = hasEnd ? list.list->nextUpdate() : list.list->thisUpdate();
-    const std::int64_t age = hasEnd ? 0 : options_.maxAgeSeconds.value_or(defaultMaxAgeSeconds);
-    return IsEarlier(start, age + options_.clockSkewSeconds, options_.at) ? Freshness::stale : Freshness::fresh;
+    const std::int64_t age = hasEnd ? 0 : StatusDuration(options_.maxAgeSeconds.value_or(defaultMaxAgeSeconds));
+    return IsEarlier(start, age + skew, options_.at) ? Freshness::stale : Freshness::fresh;
 }
 
 StatusFinder::Combined StatusFinder::combine(const KnownList& base, const std::shared_ptr<ICryptoKeyPair>& signer)

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <tuple>
 #include <vector>
 
@@ -58,7 +59,9 @@ private:
     /// \return true when the certificate is revoked.
     [[nodiscard]] bool hear(const KnownList& list, ReasonFlags reasons, const Issued& issued, Heard& heard,
                             StatusInformation& information);
-    [[nodiscard]] bool saysRevoked(const RevokedEntry& entry, Freshness freshness) const;
+    /// Whether what a list or response of another time says holds at the time asked for: the revocation had happened by then, and
+    /// cannot have been taken back.
+    [[nodiscard]] bool staysRevoked(std::optional<RevocationReason> reason, const CCryptoDateTime& since) const;
     [[nodiscard]] Freshness freshnessOf(const KnownList& list) const;
 
     [[nodiscard]] std::shared_ptr<ICryptoKeyPair> signerOf(const KnownList& list, const Issued& issued);

@@ -489,6 +489,18 @@ INSTANTIATE_TEST_SUITE_P(By, OcspResponderRight,
                                                made.certs.push_back(world.entitled());
                                                return made.build(world.responder);
                                            }},
+                             ResponderCase{"one after 99 others", "good",
+                                           [](const OcspWorld& world, TestOcspResponse& made, OcspOptions&) {
+                                               made.certs.assign(99, Bytes{0x30, 0});
+                                               made.certs.push_back(world.entitled());
+                                               return made.build(world.responder);
+                                           }},
+                             ResponderCase{"one after 100 others", "bad: wrong-responder",
+                                           [](const OcspWorld& world, TestOcspResponse& made, OcspOptions&) {
+                                               made.certs.assign(100, Bytes{0x30, 0});
+                                               made.certs.push_back(world.entitled());
+                                               return made.build(world.responder);
+                                           }},
                              ResponderCase{"octets that are not DER", "bad: not-der",
                                            [](const OcspWorld& world, TestOcspResponse& made, OcspOptions&) {
                                                return Joined({made.build(world.root), {0}});
