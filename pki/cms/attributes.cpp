@@ -55,7 +55,7 @@ bool CCryptoPKCS7Attribute::ParseNode()
     if (type_.isNone())
         return logger.fail(false, "Attribute type not found?");
     const elementNode* const set = find("attrValues");
-    if (set == nullptr || set->type() != ElementType::set || CountItems(set->content()) > maxValues)
+    if (set == nullptr || set->type() != ElementType::set || set->content() == nullptr || CountItems(set->content()) > maxValues)
         return logger.fail(false, "attrValues parsing error");
     return logger.setResult(true);
 }

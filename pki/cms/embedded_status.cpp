@@ -4,6 +4,10 @@
 #include "core/diagnostics/auto_logger.h"
 #include "pki/cms/tree_filling.h"
 
+#include <functional>
+#include <set>
+#include <string>
+
 namespace ccrypto {
 
 namespace {
@@ -20,24 +24,6 @@ element DerElement(std::span<const std::uint8_t> octets)
     return {octets.data(), static_cast<std::uint32_t>(octets.size())};
 }
 
-void AddCrl(element der, StatusSources& sources)
-{
-    if (sources.crls.size() >= CCryptoPKCS7SignedDataObject::maxCertificates)
-        return;
-    auto list = std::make_shared<CCrypto_X509_CRL>();
-    if (list->LoadCRL(std::move(der)))
-        sources.crls.push_back(std::move(list));
-}
-
-void AddResponse(const element& der, StatusSources& sources)
-{
-    if (sources.responses.size() >= CCryptoPKCS7SignedDataObject::maxCertificates)
-        return;
-    auto response = std::make_shared<CCryptoOCSP::COCSPResponse>();
-    if (response->LoadResponse(der))
-        sources.responses.push_back(std::move(response));
-}
-
 /// The OCSPResponse of a basic response.
 element ResponseOf(const element& basicResponse)
 {
@@ -47,10 +33,56 @@ element ResponseOf(const element& basicResponse)
                                                                                                             : element();
 }
 
-/// [0] with lists and [1] with responses, each a SEQUENCE OF, as both attributes have them.
-void AddValues(const elementNode* value, bool areBasic, StatusSources& sources)
+class StatusCollector {
+public:
+    explicit StatusCollector(StatusSources& sources) : sources_(sources) {}
+
+    void addCrl(std::span<const std::uint8_t> der);
+    void addResponse(std::span<const std::uint8_t> der);
+    /// Of one type.
+    void addAttributes(const CCryptoPKCS7Attributes* attributes, const Oid& type, bool areBasic);
+
+private:
+    void addValue(const elementNode& value, bool areBasic);
+
+    StatusSources& sources_;
+    std::uint32_t crls_ = 0;
+    std::uint32_t responses_ = 0;
+    std::set<std::string, std::less<>> seen_;
+};
+
+void StatusCollector::addCrl(std::span<const std::uint8_t> der)
 {
-    const element octets = value != nullptr ? CCryptoParser::ToDer(value) : element();
+    if (crls_ == CCryptoPKCS7SignedDataObject::maxCertificates || !seen_.emplace(der.begin(), der.end()).second)
+        return;
+    ++crls_;
+    auto list = std::make_shared<CCrypto_X509_CRL>();
+    if (list->LoadCRL(DerElement(der)))
+        sources_.crls.push_back(std::move(list));
+}
+
+void StatusCollector::addResponse(std::span<const std::uint8_t> der)
+{
+    if (responses_ == CCryptoPKCS7SignedDataObject::maxCertificates || !seen_.emplace(der.begin(), der.end()).second)
+        return;
+    ++responses_;
+    auto response = std::make_shared<CCryptoOCSP::COCSPResponse>();
+    if (response->LoadResponse(DerElement(der)))
+        sources_.responses.push_back(std::move(response));
+}
+
+void StatusCollector::addAttributes(const CCryptoPKCS7Attributes* attributes, const Oid& type, bool areBasic)
+{
+    for (std::uint32_t index = 0; attributes != nullptr && index < attributes->size(); ++index)
+        if (attributes->attribute(index).type() == type)
+            for (const elementNode* value = attributes->attribute(index).values(); value != nullptr; value = value->next())
+                addValue(*value, areBasic);
+}
+
+/// [0] with lists and [1] with responses, each a SEQUENCE OF, as both attributes have them.
+void StatusCollector::addValue(const elementNode& value, bool areBasic)
+{
+    const element octets = CCryptoParser::ToDer(value.clone().get());
     DerCursor fields(OnlyValue(octets.bytes(), listTag).value_or(std::span<const std::uint8_t>()));
     while (!fields.atEnd()) {
         const DerItem field = fields.read();
@@ -61,38 +93,29 @@ void AddValues(const elementNode* value, bool areBasic, StatusSources& sources)
         DerCursor items(OnlyValue(field.value, listTag).value_or(std::span<const std::uint8_t>()));
         while (const DerItem item = items.read(listTag)) {
             if (field.identifier == crlsTag)
-                AddCrl(DerElement(item.octets), sources);
+                addCrl(item.octets);
+            else if (areBasic)
+                addResponse(ResponseOf(DerElement(item.octets)).bytes());
             else
-                AddResponse(areBasic ? ResponseOf(DerElement(item.octets)) : DerElement(item.octets), sources);
+                addResponse(item.octets);
         }
     }
-}
-
-bool AddAttributes(const CCryptoPKCS7Attributes* attributes, const Oid& type, bool areBasic, StatusSources& sources)
-{
-    const CCryptoPKCS7Attribute* const attribute = attributes != nullptr ? attributes->find(type) : nullptr;
-    if (attribute == nullptr)
-        return false;
-    AddValues(attribute->onlyValue(), areBasic, sources);
-    return true;
 }
 
 } // namespace
 
 void AddStatusOfMessage(const CCryptoPKCS7SignedDataObject& data, StatusSources& sources)
 {
+    StatusCollector collector(sources);
     for (const element& list : data.crls)
-        AddCrl(list, sources);
+        collector.addCrl(list.bytes());
     for (const element& response : data.ocspResponses)
-        AddResponse(response, sources);
-}
-
-bool AddStatusOfSigner(const CCryptoPKCS7SignerInfo& signer, StatusSources& sources)
-{
-    const bool pdf = AddAttributes(signer.signedAttributes.get(), cms::pdfRevocationInformation, false, sources);
-    const bool values = AddAttributes(signer.unsignedAttributes.get(), cms::revocationValues, true, sources);
-    const bool references = AddAttributes(signer.unsignedAttributes.get(), cms::revocationReferences, true, sources);
-    return pdf || values || references;
+        collector.addResponse(response.bytes());
+    for (const auto& signer : data.signerInfos) {
+        collector.addAttributes(signer->signedAttributes.get(), cms::pdfRevocationInformation, false);
+        collector.addAttributes(signer->unsignedAttributes.get(), cms::revocationValues, true);
+        collector.addAttributes(signer->unsignedAttributes.get(), cms::revocationReferences, true);
+    }
 }
 
 } // namespace ccrypto

@@ -5,12 +5,11 @@
 
 namespace ccrypto {
 
-/// Adds the revocation lists and OCSP responses that stand beside the certificates of a message. What does not load is ignored: it
-/// proves nothing.
+/// Adds the revocation lists and OCSP responses of a message: those that stand beside its certificates, and those in the attributes
+/// of its signers, every value of each: the signed attribute of PDF files, and the unsigned ones of CAdES, revocation values and,
+/// as this system writes them, under the identifier of revocation references. Each proves itself by its own signature, so that it
+/// does not matter where it stands. What does not load is ignored: it proves nothing. The same octets are loaded once, and no more
+/// than CCryptoPKCS7SignedDataObject::maxCertificates lists and as many responses.
 void AddStatusOfMessage(const CCryptoPKCS7SignedDataObject& data, StatusSources& sources);
-
-/// Adds those in the attributes of one signer: the signed one of PDF files, and the unsigned ones of CAdES, revocation values and,
-/// as this system writes them, under the identifier of revocation references. \return whether there were any.
-bool AddStatusOfSigner(const CCryptoPKCS7SignerInfo& signer, StatusSources& sources);
 
 } // namespace ccrypto

@@ -3,6 +3,8 @@
 #include "asn1/der/der_cursor.h"
 #include "crypto/hash/hash.h"
 
+#include <algorithm>
+
 namespace ccrypto {
 
 namespace {
@@ -27,6 +29,16 @@ const element& SignedContent::digest(algorithm::Id hash)
             digest = function->digestOf(*octets_);
     }
     return digest;
+}
+
+bool SignedContent::isMadeOf(std::span<const std::uint8_t> octets) const
+{
+    if (octets_)
+        return std::ranges::equal(*octets_, octets);
+    return std::ranges::all_of(digests_, [&](const auto& entry) {
+        const std::unique_ptr<ICryptoHash> function = ICryptoHash::Create(entry.first);
+        return entry.second.isEmpty() || (function != nullptr && function->digestOf(octets) == entry.second);
+    });
 }
 
 bool SignedContent::isSetOfAttributes() const

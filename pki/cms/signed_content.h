@@ -22,6 +22,9 @@ public:
     /// Made once for each hash. Empty when only the digests of others are known.
     [[nodiscard]] const element& digest(algorithm::Id hash);
 
+    /// Whether it is `octets`, or its digests are theirs.
+    [[nodiscard]] bool isMadeOf(std::span<const std::uint8_t> octets) const;
+
     /// Whether the octets are a SET of attributes, as signers sign in place of the content: a signature over one would be taken for
     /// a signature over the other.
     [[nodiscard]] bool isSetOfAttributes() const;

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <map>
+#include <ranges>
+#include <set>
 #include <string>
 
 namespace ccrypto {
@@ -14,38 +16,37 @@ namespace ccrypto {
 namespace {
 
 constexpr std::uint32_t minRsaBits = 2048;
-/// Certificates that say that they are the signer's: more are not tried.
-constexpr std::size_t maxCertificatesOfSigner = 8;
+/// Of one message: certificates that say that they are a signer's, and signatures of signers that are verified.
+constexpr std::uint32_t maxCandidates = 100'000;
+constexpr std::uint32_t maxSignatures = 2'000;
 
 std::string KeyOfIndex(const element& issuer, const element& serialNumber)
 {
     return std::string(serialNumber.view()) + '/' + std::string(issuer.view());
 }
 
-/// All certificates of one verification, found by what signers say of them.
+/// All certificates of one verification, found by what signers say of them: those of the caller before those of the message, which
+/// anyone can add to.
 class KnownSigners {
 public:
     KnownSigners(const CCryptoPKCS7SignedDataObject& data, const SignedDataTrust& trust)
     {
         for (const CertificatePtr& anchor : trust.anchors)
             add(anchor, true);
-        for (const element& der : data.certificates)
-            add(LoadCertificate(der.bytes()), false);
         for (const CertificatePtr& candidate : trust.candidates)
             add(candidate, false);
+        for (const element& der : data.certificates)
+            add(LoadCertificate(der.bytes()), false);
     }
 
     [[nodiscard]] const CertificatePool& pool() const { return pool_; }
-    [[nodiscard]] std::vector<const KnownCertificate*> find(const CertificateIdentifier& identifier) const
+    /// By the identifier or by a text that is the same.
+    [[nodiscard]] auto find(const CertificateIdentifier& identifier) const
     {
-        std::vector<const KnownCertificate*> found;
         const auto& index = identifier.isByKey() ? byKey_ : byIssuer_;
         const auto [first, last] = index.equal_range(identifier.isByKey() ? std::string(identifier.keyIdentifier.view())
                                                                           : KeyOfIndex(identifier.issuer, identifier.serialNumber));
-        for (auto entry = first; entry != last && found.size() < maxCertificatesOfSigner; ++entry)
-            if (identifier.means(*entry->second->certificate))
-                found.push_back(entry->second);
-        return found;
+        return std::ranges::subrange(first, last);
     }
 
 private:
@@ -76,16 +77,18 @@ CCryptoString TextOfKey(const ICryptoKeyPair& key)
 }
 
 /// How far a signer came; of several certificates the one that came furthest speaks.
-enum class Progress { certificate, reference, signature, path, valid };
+enum class Progress { certificate, reference, signature, path, undecided, valid };
 
 class Verification {
 public:
     Verification(const CCryptoPKCS7SignedDataObject& data, SignedContent* content, const SignedDataTrust& trust,
                  const SignedDataOptions& options)
-        : data_(data), content_(content), options_(options), known_(data, trust), status_(trust.status)
+        : data_(data), content_(content), options_(options), known_(data, trust), status_(StatusOf(data, trust)),
+          validator_(known_.pool(), status_, options.validation),
+          isOtherContent_(data.hasContent && content != nullptr && !content->isMadeOf(data.content.bytes()))
     {
-        if (options.validation.status != ValidationOptions::Status::none)
-            AddStatusOfMessage(data, status_);
+        for (const auto& algorithm : data.digestAlgorithms)
+            hashes_.insert(ReadMessageHash(*algorithm));
     }
 
     [[nodiscard]] SignerVerdict verify(const CCryptoPKCS7SignerInfo& signer);
@@ -96,17 +99,29 @@ private:
         SignerVerdict verdict;
     };
 
+    /// What the caller knows of status before what the message brings: that a certificate is revoked counts always.
+    [[nodiscard]] static StatusSources StatusOf(const CCryptoPKCS7SignedDataObject& data, const SignedDataTrust& trust)
+    {
+        StatusSources sources = trust.status;
+        AddStatusOfMessage(data, sources);
+        return sources;
+    }
+    [[nodiscard]] SignerFault check(const CCryptoPKCS7SignerInfo& signer, SignerStatement& statement) const;
     [[nodiscard]] Attempt tryCertificate(const CCryptoPKCS7SignerInfo& signer, const SignerStatement& statement,
                                          SignerVerdict verdict, const KnownCertificate& known);
     [[nodiscard]] SignerFault checkAlgorithms(const SignerStatement& statement, const ICryptoKeyPair& key) const;
-    [[nodiscard]] PathVerdict validate(const CCryptoPKCS7SignerInfo& signer, const CertificatePtr& certificate);
+    [[nodiscard]] PathVerdict validate(const CertificatePtr& certificate);
 
     const CCryptoPKCS7SignedDataObject& data_;
     SignedContent* content_;
     const SignedDataOptions& options_;
     KnownSigners known_;
     StatusSources status_;
-    /// Of signers that bring no proof of status of their own.
+    CertificateValidator validator_;
+    bool isOtherContent_;
+    std::set<algorithm::Id> hashes_; ///< that the message says are those of its signers
+    std::uint32_t candidates_ = 0;
+    std::uint32_t signatures_ = 0;
     std::map<const CCrypto_X509_Certificate*, PathVerdict> paths_;
 };
 
@@ -139,22 +154,42 @@ SignerFault CheckNamedPath(const SignerStatement& statement, const PathVerdict& 
     return {};
 }
 
+SignerFault Verification::check(const CCryptoPKCS7SignerInfo& signer, SignerStatement& statement) const
+{
+    if (isOtherContent_)
+        return {Reason::badSignature, "The embedded content is another one than the content given"};
+    if (const SignerFault fault = statement.read(signer, data_.contentType, content_); !fault.isNone())
+        return fault;
+    if (!hashes_.contains(statement.hash))
+        return {Reason::malformed, "The signer's digest algorithm is not among those of the message"};
+    if (!options_.requiresSigningCertificate)
+        return {};
+    if (statement.signingCertificates.empty())
+        return {Reason::malformed, "No signed attribute names the signer's certificate"};
+    const auto isWeak = [](const CertificateReferences& references) { return references.front().hash == algorithm::sha1; };
+    if (!options_.validation.allowWeak && std::ranges::all_of(statement.signingCertificates, isWeak))
+        return {Reason::weakAlgorithm, "SHA-1 names the signer's certificate"};
+    return {};
+}
+
 SignerVerdict Verification::verify(const CCryptoPKCS7SignerInfo& signer)
 {
     SignerVerdict verdict;
     SignerStatement statement;
-    const SignerFault fault = statement.read(signer, data_.contentType, content_);
+    const SignerFault fault = check(signer, statement);
     if (const std::unique_ptr<ICryptoHash> hash = statement.hash != algorithm::none ? ICryptoHash::Create(statement.hash) : nullptr)
         verdict.digestName = hash->name();
     verdict.signingTime = statement.signingTime;
     verdict.namesCertificate = !statement.signingCertificates.empty();
     if (!fault.isNone())
         return Refused(std::move(verdict), fault);
-    if (options_.requiresSigningCertificate && !verdict.namesCertificate)
-        return Refused(std::move(verdict), {Reason::malformed, "No signed attribute names the signer's certificate"});
 
     Attempt furthest = {Progress::certificate, Refused(verdict, {Reason::noPath, "The signer's certificate is not there"})};
-    for (const KnownCertificate* const known : known_.find(signer.signer)) {
+    for (const auto& [text, known] : known_.find(signer.signer)) {
+        if (++candidates_ > maxCandidates || signatures_ >= maxSignatures)
+            return Refused(std::move(verdict), {Reason::limit, "too many certificates or signatures of signers"});
+        if (!signer.signer.means(*known->certificate))
+            continue;
         Attempt attempt = tryCertificate(signer, statement, verdict, *known);
         if (attempt.progress > furthest.progress)
             furthest = std::move(attempt);
@@ -188,12 +223,13 @@ Verification::Attempt Verification::tryCertificate(const CCryptoPKCS7SignerInfo&
         return {Progress::reference, Refused(std::move(verdict), fault)};
     if (const SignerFault fault = checkAlgorithms(statement, key); !fault.isNone())
         return {Progress::signature, Refused(std::move(verdict), fault)};
+    ++signatures_;
     if (const SignerFault fault = VerifySigner(signer, statement, key, *content_, verdict.order); !fault.isNone())
         return {Progress::signature, Refused(std::move(verdict), fault)};
     if (!MaySignMessages(known.extensions))
         return {Progress::path, Refused(std::move(verdict), {Reason::keyUsage, "The key usage allows no signatures"})};
 
-    verdict.path = validate(signer, certificate);
+    verdict.path = validate(certificate);
     verdict.verdict = verdict.path.verdict;
     verdict.reason = verdict.path.reason;
     verdict.detail = verdict.path.detail;
@@ -201,21 +237,16 @@ Verification::Attempt Verification::tryCertificate(const CCryptoPKCS7SignerInfo&
         return {Progress::path, std::move(verdict)};
     if (const SignerFault fault = CheckNamedPath(statement, verdict.path); !fault.isNone())
         return {Progress::path, Refused(std::move(verdict), fault)};
-    return {Progress::valid, std::move(verdict)};
+    const bool isValid = verdict.verdict == Verdict::valid;
+    return {isValid ? Progress::valid : Progress::undecided, std::move(verdict)};
 }
 
-PathVerdict Verification::validate(const CCryptoPKCS7SignerInfo& signer, const CertificatePtr& certificate)
+PathVerdict Verification::validate(const CertificatePtr& certificate)
 {
-    StatusSources own;
-    if (options_.validation.status != ValidationOptions::Status::none && AddStatusOfSigner(signer, own)) {
-        own.crls.insert(own.crls.end(), status_.crls.begin(), status_.crls.end());
-        own.responses.insert(own.responses.end(), status_.responses.begin(), status_.responses.end());
-        return ValidateCertificate(certificate, known_.pool(), own, options_.validation);
-    }
-    const auto found = paths_.find(certificate.get());
-    if (found != paths_.end())
-        return found->second;
-    return paths_[certificate.get()] = ValidateCertificate(certificate, known_.pool(), status_, options_.validation);
+    const auto [entry, isNew] = paths_.try_emplace(certificate.get());
+    if (isNew)
+        entry->second = validator_.validate(certificate);
+    return entry->second;
 }
 
 } // namespace

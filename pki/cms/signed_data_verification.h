@@ -43,7 +43,12 @@ struct SignedDataVerdict {
 };
 
 /// Verifies every signer of a message: signature, attributes, certificate and its path.
-/// \param content of a detached signature, or what embedded content must be; null for the embedded content.
+///
+/// Lists and OCSP responses of the message count beside those of the caller, whatever status is required: a revocation that is
+/// verified refuses always. What is tried is bounded over all signers: 100,000 certificates that claim to be a signer's, 2,000
+/// signatures of signers, and one CertificateValidator; beyond it the reason is limit.
+/// \param content of a detached signature, or what embedded content must be: where both are there and are not the same octets,
+/// every signer is refused. Null for the embedded content.
 [[nodiscard]] SignedDataVerdict VerifySignedData(const CCryptoPKCS7SignedDataObject& data, SignedContent* content,
                                                  const SignedDataTrust& trust, const SignedDataOptions& options);
 

@@ -64,16 +64,6 @@ std::optional<AlgorithmParts> PartsOfIdentifier(const element& octets)
     return value ? PartsOfAlgorithm(*value) : std::nullopt;
 }
 
-algorithm::Id ReadMessageHash(const CCryptoAlgorithmIdentifier& identifier)
-{
-    const element octets = identifier.readOctets();
-    const std::optional<AlgorithmParts> parts = PartsOfIdentifier(octets);
-    if (!parts || !parts->parameters.empty())
-        return algorithm::none;
-    const auto* const found = std::ranges::find(messageHashes, identifier.id());
-    return found != std::end(messageHashes) && Oid::FromDotted(OidOfAlgorithm(*found)) == parts->oid ? *found : algorithm::none;
-}
-
 /// How the signature was made. \return none, logged, for what is not supported.
 std::optional<SignatureAlgorithm> ReadAlgorithmOfSigner(const CCryptoPKCS7SignerInfo& signer, algorithm::Id hash)
 {
@@ -156,7 +146,31 @@ SignerFault ReadSigningTime(const CCryptoPKCS7Attributes& attributes, CCryptoDat
     return time.isValid() ? SignerFault() : SignerFault{Reason::malformed, "The signing time is malformed"};
 }
 
+/// What anyone may add says nothing, yet would be taken for the signer's word.
+SignerFault CheckPlaces(const CCryptoPKCS7SignerInfo& signer)
+{
+    static const Oid signedAlone[] = {cms::contentType,         cms::messageDigest,      cms::signingTime,
+                                      cms::algorithmProtection, cms::signingCertificate, cms::signingCertificateV2};
+    if (signer.unsignedAttributes != nullptr)
+        for (const Oid& type : signedAlone)
+            if (signer.unsignedAttributes->count(type) != 0)
+                return {Reason::malformed, "An attribute that must be signed is not"};
+    if (signer.signedAttributes != nullptr && signer.signedAttributes->count(cms::counterSignature) != 0)
+        return {Reason::malformed, "A countersignature is among the signed attributes"};
+    return {};
+}
+
 } // namespace
+
+algorithm::Id ReadMessageHash(const CCryptoAlgorithmIdentifier& identifier)
+{
+    const element octets = identifier.readOctets();
+    const std::optional<AlgorithmParts> parts = PartsOfIdentifier(octets);
+    if (!parts || !parts->parameters.empty())
+        return algorithm::none;
+    const auto* const found = std::ranges::find(messageHashes, identifier.id());
+    return found != std::end(messageHashes) && Oid::FromDotted(OidOfAlgorithm(*found)) == parts->oid ? *found : algorithm::none;
+}
 
 SignerFault SignerStatement::read(const CCryptoPKCS7SignerInfo& signer, const Oid& contentType, SignedContent* content)
 {
@@ -168,6 +182,8 @@ SignerFault SignerStatement::read(const CCryptoPKCS7SignerInfo& signer, const Oi
     algorithm = *read;
     if (!AlgorithmsFit(algorithm, hash))
         return {Reason::unsupportedAlgorithm, "The signature algorithm does not go with the digest algorithm"};
+    if (const SignerFault fault = CheckPlaces(signer); !fault.isNone())
+        return fault;
     if (content == nullptr)
         return {Reason::badSignature, "The content is detached and was not given"};
 

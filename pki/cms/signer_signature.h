@@ -36,10 +36,14 @@ struct SignerStatement {
 
     /// Reads the algorithms and the attributes: the content type and the message digest stand there exactly once, with one value
     /// each, and are those of the content; without attributes the content is data and not itself a set of attributes. An
-    /// attribute of algorithm protection says the same as the signer's description (RFC 6211).
+    /// attribute of algorithm protection says the same as the signer's description (RFC 6211). Attributes that must be signed are
+    /// not among the unsigned ones, nor a countersignature among the signed ones (RFC 5652, 11).
     /// \param content null when it is not at hand.
     [[nodiscard]] SignerFault read(const CCryptoPKCS7SignerInfo& signer, const Oid& contentType, SignedContent* content);
 };
+
+/// What messages are hashed with; none for what is not supported, and for parameters other than NULL.
+[[nodiscard]] algorithm::Id ReadMessageHash(const CCryptoAlgorithmIdentifier& identifier);
 
 /// Whether the signature is that of the key, over the attributes as they are encoded, else as they are sorted, or over the content.
 [[nodiscard]] SignerFault VerifySigner(const CCryptoPKCS7SignerInfo& signer, const SignerStatement& statement, ICryptoKeyPair& key,

@@ -5,7 +5,10 @@
 #include "pki/validation/status_finder.h"
 #include "pki/validation/validation_work.h"
 
+#include <memory>
+#include <optional>
 #include <utility>
+#include <vector>
 
 namespace ccrypto {
 
@@ -41,34 +44,60 @@ void Report(PathAttempt attempt, PathVerdict& verdict)
 
 } // namespace
 
-PathVerdict ValidateCertificate(const CertificatePtr& subject, const CertificatePool& pool, const StatusSources& sources,
-                                const ValidationOptions& options)
-{
-    CCryptoAutoLogger logger("ValidateCertificate");
+struct CertificateValidator::Parts {
+    Parts(const CertificatePool& certificates, const StatusSources& sources, const ValidationOptions& wanted)
+        : pool(certificates), options(wanted), finder(certificates, wanted, work), statuses(certificates, sources, wanted, work)
+    {
+    }
 
+    const CertificatePool& pool;
+    const ValidationOptions& options;
+    ValidationWork work;
+    PathFinder finder;
+    StatusFinder statuses;
+    /// Subjects that are not of the pool: what was found out about them is remembered by address.
+    std::vector<std::unique_ptr<KnownCertificate>> others;
+};
+
+CertificateValidator::CertificateValidator(const CertificatePool& pool, const StatusSources& sources,
+                                           const ValidationOptions& options)
+    : parts_(std::make_unique<Parts>(pool, sources, options))
+{
+}
+
+CertificateValidator::~CertificateValidator() = default;
+
+PathVerdict CertificateValidator::validate(const CertificatePtr& subject)
+{
+    CCryptoAutoLogger logger("CertificateValidator::validate");
+    Parts& parts = *parts_;
     PathVerdict verdict;
-    verdict.at = options.at;
-    std::optional<KnownCertificate> read;
-    const KnownCertificate* known = subject != nullptr ? pool.find(*subject) : nullptr;
-    if (known == nullptr || !options.at.isValid()) {
-        read = KnownCertificate::Read(subject);
-        if (!read || !options.at.isValid()) {
+    verdict.at = parts.options.at;
+    const KnownCertificate* known = subject != nullptr ? parts.pool.find(*subject) : nullptr;
+    if (known == nullptr || !parts.options.at.isValid()) {
+        std::optional<KnownCertificate> read = KnownCertificate::Read(subject);
+        if (!read || !parts.options.at.isValid()) {
             verdict.reason = Reason::malformed;
             verdict.detail = read ? "no time to validate at" : "no certificate";
             return logger.fail(std::move(verdict));
         }
-        if (const KnownCertificate* sameKey = pool.withKeyOf(*subject))
+        if (const KnownCertificate* sameKey = parts.pool.withKeyOf(*subject))
             read->key = sameKey->key;
-        known = &*read;
+        known = parts.others.emplace_back(std::make_unique<KnownCertificate>(std::move(*read))).get();
     }
 
-    ValidationWork work;
-    PathFinder finder(pool, options, work);
-    StatusFinder statuses(pool, sources, options, work);
-    const auto judge = [&](PathAttempt& attempt, const auto& keys) { statuses.judge(attempt, keys); };
-    Report(finder.find(*known, nullptr, true, judge), verdict);
-    verdict.work = {work.steps(), work.signatures()};
+    const std::uint32_t steps = parts.work.steps();
+    const std::uint32_t signatures = parts.work.signatures();
+    const auto judge = [&](PathAttempt& attempt, const auto& keys) { parts.statuses.judge(attempt, keys); };
+    Report(parts.finder.find(*known, nullptr, true, judge), verdict);
+    verdict.work = {parts.work.steps() - steps, parts.work.signatures() - signatures};
     return logger.succeed(std::move(verdict));
+}
+
+PathVerdict ValidateCertificate(const CertificatePtr& subject, const CertificatePool& pool, const StatusSources& sources,
+                                const ValidationOptions& options)
+{
+    return CertificateValidator(pool, sources, options).validate(subject);
 }
 
 } // namespace ccrypto

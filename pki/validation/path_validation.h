@@ -9,6 +9,7 @@
 #include "pki/x509/crl.h"
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -44,10 +45,25 @@ struct StatusSources {
     std::vector<std::shared_ptr<const CCryptoOCSP::COCSPResponse>> responses;
 };
 
-/// Builds paths from a certificate to anchors and validates them (RFC 5280, section 6): what is tried is bounded by 1,000 steps,
-/// 200 signatures and 64 certificates, whatever the pool holds.
+/// Builds paths from certificates to anchors and validates them (RFC 5280, section 6): what is tried is bounded by 1,000 steps,
+/// 200 signatures and 64 certificates, whatever the pool holds, for all certificates together that one object validates.
 ///
-/// Each pair of certificate and issuer is checked once.
+/// Each pair of certificate and issuer is checked once. What it is given must live as long.
+class CertificateValidator {
+public:
+    CertificateValidator(const CertificatePool& pool, const StatusSources& sources, const ValidationOptions& options);
+    ~CertificateValidator();
+    CertificateValidator(const CertificateValidator&) = delete;
+    CertificateValidator& operator=(const CertificateValidator&) = delete;
+
+    [[nodiscard]] PathVerdict validate(const CertificatePtr& subject);
+
+private:
+    struct Parts;
+    std::unique_ptr<Parts> parts_;
+};
+
+/// Validates one certificate.
 [[nodiscard]] PathVerdict ValidateCertificate(const CertificatePtr& subject, const CertificatePool& pool,
                                               const StatusSources& sources, const ValidationOptions& options);
 

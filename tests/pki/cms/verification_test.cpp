@@ -130,17 +130,24 @@ struct TestMessage {
     Bytes digestAlgorithm = sha256Identifier;
     Bytes signatureAlgorithm = ecdsaIdentifier;
     Bytes unsignedAttributes;
+    Bytes digestAlgorithms = sha256Identifier; ///< of the message
+    std::vector<Bytes> moreSigners;            ///< the same one again, with these unsigned attributes
 
     [[nodiscard]] Bytes build() const
     {
         const Bytes octets = !signedOctets.empty() ? signedOctets : Tlv(0x31, attributes);
         const Bytes signature = BytesOf(TestKey(2)->signer()->sign(algorithm::sha256, Sha256(octets)));
-        const Bytes info = Tlv(0x30, {NumberTlv(1), Tlv(0x30, {VerificationRoot().name, NumberTlv(7)}), digestAlgorithm,
-                                      attributes.empty() ? Bytes() : Tlv(0xA0, attributes), signatureAlgorithm,
-                                      Tlv(0x04, signature), unsignedAttributes.empty() ? Bytes() : Tlv(0xA1, unsignedAttributes)});
+        const auto info = [&](const Bytes& more) {
+            return Tlv(0x30, {NumberTlv(1), Tlv(0x30, {VerificationRoot().name, NumberTlv(7)}), digestAlgorithm,
+                              attributes.empty() ? Bytes() : Tlv(0xA0, attributes), signatureAlgorithm, Tlv(0x04, signature),
+                              more.empty() ? Bytes() : Tlv(0xA1, more)});
+        };
+        Bytes infos = info(unsignedAttributes);
+        for (const Bytes& more : moreSigners)
+            infos = Joined({infos, info(more)});
         const Bytes data =
-            Tlv(0x30, {NumberTlv(1), Tlv(0x31, sha256Identifier), Tlv(0x30, {contentType, Tlv(0xA0, Tlv(0x04, content))}),
-                       Tlv(0xA0, certificate), Tlv(0x31, info)});
+            Tlv(0x30, {NumberTlv(1), Tlv(0x31, digestAlgorithms), Tlv(0x30, {contentType, Tlv(0xA0, Tlv(0x04, content))}),
+                       Tlv(0xA0, certificate), Tlv(0x31, infos)});
         return Tlv(0x30, {OidTlv("1.2.840.113549.1.7.2"), Tlv(0xA0, data)});
     }
     [[nodiscard]] SignerVerdict verdict(bool isCades = false, bool wantsStatus = false) const
@@ -242,7 +249,6 @@ TEST(CmsVerification, AttributesStandExactlyOnceAndDescribeTheContent)
         {"no content type", digestAttribute, Reason::malformed},
         {"two content types", Joined({both, dataTypeAttribute}), Reason::malformed},
         {"a content type of two values", Joined({type(Joined({typeValue, typeValue})), digestAttribute}), Reason::malformed},
-        {"a content type of no value", Joined({type({}), digestAttribute}), Reason::malformed},
         {"another content type", Joined({type(OidTlv("1.2.3.4")), digestAttribute}), Reason::badSignature},
         {"a content type that is no identifier", Joined({type(NumberTlv(1)), digestAttribute}), Reason::malformed},
         {"no digest", dataTypeAttribute, Reason::malformed},
@@ -384,6 +390,160 @@ TEST(CmsVerification, FindsProofsOfStatusInTheMessage)
     message.unsignedAttributes.clear();
     message.with(AttributeOf("1.2.840.113583.1.1.8", values(good)));
     EXPECT_EQ(message.verdict(false, true).verdict, Verdict::valid);
+}
+
+TEST(CmsVerification, ARevocationInTheMessageCountsAlways)
+{
+    const Bytes good = TestCrl().entry(8).build(VerificationRoot());
+    const Bytes revoked = TestCrl().entry(7).build(VerificationRoot());
+    const Bytes forged = TestCrl().entry(7).build({.name = VerificationRoot().name, .key = TestKey(3)});
+    const auto values = [](const Bytes& list) { return Tlv(0x30, Tlv(0xA0, Tlv(0x30, list))); };
+    const auto pdf = [&](const Bytes& octets) { return AttributeOf("1.2.840.113583.1.1.8", octets); };
+    const auto etsi = [&](const Bytes& octets) { return AttributeOf("1.2.840.113549.1.9.16.2.24", octets); };
+    const struct {
+        const char* name;
+        Bytes attributes;
+        Bytes unsignedAttributes;
+        Reason reason;
+    } cases[] = {
+        {"good", pdf(values(good)), {}, Reason::none},
+        {"revoked by another key", pdf(values(forged)), {}, Reason::none},
+        {"revoked, signed", pdf(values(revoked)), {}, Reason::revoked},
+        {"revoked, not signed", {}, etsi(values(revoked)), Reason::revoked},
+        {"good, then revoked", Joined({pdf(values(good)), pdf(values(revoked))}), {}, Reason::revoked},
+        {"a second value", pdf(Joined({values(good), values(revoked)})), {}, Reason::revoked},
+        {"a second attribute, not signed", {}, Joined({etsi(values(good)), etsi(values(revoked))}), Reason::revoked},
+    };
+    for (const auto& entry : cases) {
+        TestMessage message;
+        message.with(entry.attributes).unsignedAttributes = entry.unsignedAttributes;
+        const SignerVerdict verdict = message.verdict();
+        EXPECT_EQ(ReasonWord(verdict.reason), ReasonWord(entry.reason)) << entry.name << ": " << verdict.detail.c_str();
+        EXPECT_EQ(verdict.verdict == Verdict::valid, entry.reason == Reason::none) << entry.name;
+    }
+}
+
+TEST(CmsVerification, EmbeddedContentIsTheContentGiven)
+{
+    const Bytes signedContent = verifiedContent;
+    const SignedContent digest(algorithm::sha256, ElementOf(Sha256(verifiedContent)));
+    for (const bool hasAttributes : {true, false}) {
+        for (const Bytes& embedded : {verifiedContent, TextBytes("evil content"), Bytes()}) {
+            TestMessage message;
+            message.content = embedded;
+            if (!hasAttributes) {
+                message.attributes.clear();
+                message.signedOctets = verifiedContent;
+            }
+            SignedDataOptions options;
+            options.validation.at = verificationTime;
+            for (SignedContent content : {SignedContent(signedContent), digest}) {
+                if (!hasAttributes && !content.octets())
+                    continue;
+                const SignedDataVerdict verdict = VerdictOf(message.build(), TrustInRoot(), options, &content);
+                EXPECT_EQ(verdict.verdict == Verdict::valid, embedded == verifiedContent) << hasAttributes << embedded.size();
+                if (embedded != verifiedContent) {
+                    EXPECT_EQ(verdict.reason, Reason::badSignature);
+                    EXPECT_STREQ(verdict.detail.c_str(), "The embedded content is another one than the content given");
+                }
+            }
+        }
+    }
+}
+
+TEST(CmsVerification, AttributesAndAlgorithmsStandInTheirPlaces)
+{
+    const Bytes sha384 = Tlv(0x30, OidTlv("2.16.840.1.101.3.4.2.2"));
+    const Bytes time = AttributeOf("1.2.840.113549.1.9.5", TestTime("20261123120000Z"));
+    const Bytes counterSignature = AttributeOf("1.2.840.113549.1.9.6", Tlv(0x30, NumberTlv(1)));
+    const Bytes empty = AttributeOf("1.2.3.4", {});
+    const struct {
+        const char* name;
+        Bytes attributes;
+        Bytes unsignedAttributes;
+        Bytes digestAlgorithms;
+        bool isValid;
+    } cases[] = {
+        {"as it should be", {}, {}, sha256Identifier, true},
+        {"two digest algorithms", {}, {}, Joined({sha384, sha256Identifier}), true},
+        {"another digest algorithm", {}, {}, sha384, false},
+        {"no digest algorithm", {}, {}, {}, false},
+        {"a content type, not signed", {}, dataTypeAttribute, sha256Identifier, false},
+        {"a message digest, not signed", {}, digestAttribute, sha256Identifier, false},
+        {"a signing time, not signed", {}, time, sha256Identifier, false},
+        {"a protection, not signed", {}, Protection(sha256Identifier, OidTlv("1.2.840.10045.4.3.2")), sha256Identifier, false},
+        {"a named certificate, not signed", {}, SigningCertificateV2(Reference(SignerCertificate())), sha256Identifier, false},
+        {"a countersignature, not signed", {}, counterSignature, sha256Identifier, true},
+        {"a countersignature, signed", counterSignature, {}, sha256Identifier, false},
+        {"no values", empty, {}, sha256Identifier, false},
+        {"no values, not signed", {}, empty, sha256Identifier, false},
+    };
+    for (const auto& entry : cases) {
+        TestMessage message;
+        message.with(entry.attributes).unsignedAttributes = entry.unsignedAttributes;
+        message.digestAlgorithms = entry.digestAlgorithms;
+        SignedDataOptions options;
+        options.validation.at = verificationTime;
+        const SignedDataVerdict verdict = VerdictOf(message.build(), TrustInRoot(), options);
+        EXPECT_EQ(verdict.verdict == Verdict::valid, entry.isValid) << entry.name << ": " << verdict.detail.c_str();
+        if (!entry.isValid)
+            EXPECT_EQ(verdict.reason, Reason::malformed) << entry.name;
+    }
+}
+
+TEST(CmsVerification, OnlyAStrongHashNamesTheCertificate)
+{
+    const Bytes certificate = SignerCertificate();
+    const Bytes digest = BytesOf(ICryptoHash::Create(algorithm::sha1)->digestOf(certificate));
+    const Bytes first = AttributeOf("1.2.840.113549.1.9.16.2.12", Tlv(0x30, Tlv(0x30, Tlv(0x30, Tlv(0x04, digest)))));
+    TestMessage message;
+    message.certificate = certificate;
+    message.with(first);
+    EXPECT_EQ(message.verdict().reason, Reason::none);
+    EXPECT_EQ(message.verdict(true).reason, Reason::weakAlgorithm);
+    message.with(SigningCertificateV2(Reference(certificate)));
+    EXPECT_EQ(message.verdict(true).reason, Reason::none);
+}
+
+TEST(CmsVerification, CertificatesThatClaimToBeTheSignersDoNotHideIt)
+{
+    Bytes fakes;
+    for (std::uint32_t count = 0; count < 20; ++count)
+        fakes = Joined({fakes, TestCertificate("CN=Fake " + std::to_string(count), TestKey(3))
+                                   .serial(7)
+                                   .build({.name = VerificationRoot().name, .key = TestKey(3)})});
+    TestMessage message;
+    message.certificate = Joined({fakes, SignerCertificate()});
+    EXPECT_EQ(message.verdict().reason, Reason::none);
+
+    // What the caller gives comes first, however much the message brings.
+    message.certificate = fakes;
+    message.moreSigners.resize(149);
+    SignedDataTrust trust = TrustInRoot();
+    SignedDataOptions options;
+    options.validation.at = verificationTime;
+    const SignedDataVerdict fake = VerdictOf(message.build(), trust, options);
+    EXPECT_EQ(fake.reason, Reason::badSignature);
+    ASSERT_EQ(fake.signers.size(), 150u);
+    EXPECT_EQ(fake.signers.back().reason, Reason::limit);
+    trust.candidates = {LoadCertificate(SignerCertificate())};
+    EXPECT_EQ(VerdictOf(message.build(), trust, options).verdict, Verdict::valid);
+}
+
+TEST(CmsVerification, WorkIsBoundedOverAllSigners)
+{
+    // Each signer brings a list that claims to be the issuer's, and is not.
+    TestMessage message;
+    for (std::uint32_t number = 0; number < 250; ++number) {
+        const Bytes list = TestCrl().entry(7).entry(1000 + number).build({.name = VerificationRoot().name, .key = TestKey(3)});
+        message.moreSigners.push_back(AttributeOf("1.2.840.113549.1.9.16.2.24", Tlv(0x30, Tlv(0xA0, Tlv(0x30, list)))));
+    }
+    SignedDataOptions options;
+    options.validation.at = verificationTime;
+    EXPECT_EQ(VerdictOf(message.build(), TrustInRoot(), options).reason, Reason::limit);
+    // The same list again costs nothing.
+    message.moreSigners.assign(250, message.moreSigners[0]);
+    EXPECT_EQ(VerdictOf(message.build(), TrustInRoot(), options).verdict, Verdict::valid);
 }
 
 TEST(CmsVerification, AcceptsWhatIsSignedHere)
