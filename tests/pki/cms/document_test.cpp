@@ -157,7 +157,7 @@ TEST(CmsDocument, KnowsVersions)
 TEST(CmsDocument, HasLimits)
 {
     constexpr std::size_t limit = 10'000;
-    const Bytes attribute = HexOctets("30 07 06 03 2A 03 04 31 00");
+    const Bytes attribute = HexOctets("30 09 06 03 2A 03 04 31 02 05 00");
     const auto values = [](std::size_t count) {
         return Tlv(0xA0, Tlv(0x30, Joined({HexOctets("06 03 2A 03 04"), Tlv(0x31, Repeated({0x05, 0x00}, count))})));
     };
