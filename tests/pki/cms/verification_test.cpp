@@ -395,7 +395,7 @@ TEST(CmsVerification, FindsProofsOfStatusInTheMessage)
 TEST(CmsVerification, ARevocationInTheMessageCountsAlways)
 {
     const Bytes good = TestCrl().entry(8).build(VerificationRoot());
-    const Bytes revoked = TestCrl().entry(7).build(VerificationRoot());
+    const Bytes revoked = TestCrl().thisUpdate("20260601000000Z").entry(7).build(VerificationRoot());
     const Bytes forged = TestCrl().entry(7).build({.name = VerificationRoot().name, .key = TestKey(3)});
     const auto values = [](const Bytes& list) { return Tlv(0x30, Tlv(0xA0, Tlv(0x30, list))); };
     const auto pdf = [&](const Bytes& octets) { return AttributeOf("1.2.840.113583.1.1.8", octets); };
@@ -541,7 +541,8 @@ TEST(CmsVerification, WorkIsBoundedOverAllSigners)
     options.validation.at = verificationTime;
     EXPECT_EQ(VerdictOf(message.build(), TrustInRoot(), options).reason, Reason::limit);
     // The same list again costs nothing.
-    message.moreSigners.assign(250, message.moreSigners[0]);
+    const Bytes same = message.moreSigners[0];
+    message.moreSigners.assign(250, same);
     EXPECT_EQ(VerdictOf(message.build(), TrustInRoot(), options).verdict, Verdict::valid);
 }
 
