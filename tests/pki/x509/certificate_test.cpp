@@ -1,3 +1,4 @@
+#include "asn1/der/der_cursor.h"
 #include "asn1/der/pem.h"
 #include "pki/x509/certificate.h"
 #include "pki/x509/name.h"

@@ -2,6 +2,7 @@
 #include "pki/x509/name.h"
 #include "tests/pki/keys/test_keys.h"
 #include "tests/pki/test_der.h"
+#include "tests/pki/x509/test_authority.h"
 
 #include <gtest/gtest.h>
 
