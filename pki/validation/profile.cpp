@@ -4,6 +4,7 @@
 #include "pki/validation/name_constraints.h"
 #include "pki/validation/name_forms.h"
 #include "pki/validation/profile_names.h"
+#include "pki/x509/der_tags.h"
 
 #include <algorithm>
 #include <array>
@@ -19,21 +20,9 @@ namespace {
 
 using ProfileOctets = std::span<const std::uint8_t>;
 
-namespace profile_tag {
-constexpr std::uint8_t boolean = 0x01;
-constexpr std::uint8_t integer = 0x02;
-constexpr std::uint8_t bitString = 0x03;
-constexpr std::uint8_t null = 0x05;
-constexpr std::uint8_t objectIdentifier = 0x06;
-constexpr std::uint8_t utf8String = 0x0C;
-constexpr std::uint8_t ia5String = 0x16;
-constexpr std::uint8_t utcTime = 0x17;
-constexpr std::uint8_t sequence = 0x30;
-constexpr std::uint8_t set = 0x31;
-constexpr std::uint8_t version = 0xA0;
-constexpr std::uint8_t issuerUniqueId = 0x81;
-constexpr std::uint8_t subjectUniqueId = 0x82;
-} // namespace profile_tag
+constexpr std::uint8_t profileVersionTag = der_tag::Constructed(0);
+constexpr std::uint8_t issuerUniqueIdTag = der_tag::Primitive(1);
+constexpr std::uint8_t subjectUniqueIdTag = der_tag::Primitive(2);
 
 /// The fields of a TBSCertificate that the loaded certificate does not keep as they were written.
 struct WrittenFields {
@@ -48,22 +37,22 @@ struct WrittenFields {
 WrittenFields ReadWrittenFields(ProfileOctets tbs)
 {
     WrittenFields written;
-    const auto level = OnlyValue(tbs, profile_tag::sequence);
+    const auto level = OnlyValue(tbs, der_tag::sequence);
     if (!level)
         return written;
     DerCursor fields(*level);
-    (void)fields.read(profile_tag::version);
-    const DerItem serial = fields.read(profile_tag::integer);
-    written.algorithm = fields.read(profile_tag::sequence);
-    const DerItem issuer = fields.read(profile_tag::sequence);
-    DerCursor validity(fields.read(profile_tag::sequence).value);
+    (void)fields.read(profileVersionTag);
+    const DerItem serial = fields.read(der_tag::integer);
+    written.algorithm = fields.read(der_tag::sequence);
+    const DerItem issuer = fields.read(der_tag::sequence);
+    DerCursor validity(fields.read(der_tag::sequence).value);
     written.validFrom = validity.read();
     written.validTo = validity.read();
-    const DerItem subject = fields.read(profile_tag::sequence);
-    written.publicKey = fields.read(profile_tag::sequence);
+    const DerItem subject = fields.read(der_tag::sequence);
+    written.publicKey = fields.read(der_tag::sequence);
     written.isRead = serial && written.algorithm && issuer && written.validTo && subject && written.publicKey;
-    const DerItem issuerUniqueId = fields.read(profile_tag::issuerUniqueId);
-    const DerItem subjectUniqueId = fields.read(profile_tag::subjectUniqueId);
+    const DerItem issuerUniqueId = fields.read(issuerUniqueIdTag);
+    const DerItem subjectUniqueId = fields.read(subjectUniqueIdTag);
     written.hasUniqueIds = issuerUniqueId || subjectUniqueId;
     return written;
 }
@@ -111,11 +100,11 @@ bool LacksNull(ProfileOctets identifier)
     constexpr std::uint8_t pkcs1[] = {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x01};
     constexpr std::uint8_t withOtherParameters[] = {7, 8, 9, 10}; // OAEP, its functions and PSS
     DerCursor fields(identifier);
-    const ProfileOctets oid = fields.read(profile_tag::objectIdentifier).value;
+    const ProfileOctets oid = fields.read(der_tag::objectIdentifier).value;
     if (oid.size() != std::size(pkcs1) + 1 || !std::ranges::equal(oid.first(std::size(pkcs1)), pkcs1) ||
         std::ranges::find(withOtherParameters, oid.back()) != std::end(withOtherParameters))
         return false;
-    const DerItem parameters = fields.read(profile_tag::null);
+    const DerItem parameters = fields.read(der_tag::null);
     return !parameters || !parameters.value.empty() || !fields.atEnd();
 }
 
@@ -129,7 +118,7 @@ const char* AlgorithmFault(const ProfileSubject& subject)
 const char* KeyAlgorithmFault(const ProfileSubject& subject)
 {
     DerCursor fields(subject.written.publicKey.value);
-    return LacksNull(fields.read(profile_tag::sequence).value) ? "the algorithm of the key lacks its parameter NULL" : nullptr;
+    return LacksNull(fields.read(der_tag::sequence).value) ? "the algorithm of the key lacks its parameter NULL" : nullptr;
 }
 
 const char* NameFormsFault(const ProfileSubject& subject)
@@ -160,7 +149,7 @@ const char* ValidityFault(const ProfileSubject& subject)
     const auto isWrongType = [](const DerItem& written, const CCryptoDateTime& time) {
         const auto year = static_cast<std::uint32_t>(time.fields().year);
         const bool isUtcTime = year >= firstYearOfUtcTime && year < firstYearOfGeneralizedTime;
-        return (written.identifier == profile_tag::utcTime) != isUtcTime;
+        return (written.identifier == der_tag::utcTime) != isUtcTime;
     };
     return isWrongType(subject.written.validFrom, subject.certificate.validFrom()) ||
                    isWrongType(subject.written.validTo, subject.certificate.validTo())
@@ -176,14 +165,14 @@ const char* UniqueIdFault(const ProfileSubject& subject)
 /// Whether the first field of the SEQUENCE is FALSE, which is the default value wherever this is asked.
 bool StartsWithFalse(ProfileOctets content)
 {
-    const auto level = OnlyValue(content, profile_tag::sequence);
-    return level && level->size() >= 3 && (*level)[0] == profile_tag::boolean && (*level)[2] == 0;
+    const auto level = OnlyValue(content, der_tag::sequence);
+    return level && level->size() >= 3 && (*level)[0] == der_tag::boolean && (*level)[2] == 0;
 }
 
 /// Whether a subtree says that its minimum is 0. \param content of name constraints.
 bool WritesMinimum(ProfileOctets content)
 {
-    const auto level = OnlyValue(content, profile_tag::sequence);
+    const auto level = OnlyValue(content, der_tag::sequence);
     DerCursor lists(level ? *level : ProfileOctets());
     while (const DerItem list = lists.read()) {
         DerCursor subtrees(list.value);
@@ -198,13 +187,13 @@ bool WritesMinimum(ProfileOctets content)
 
 bool WritesCriticalFalse(ProfileOctets extensions)
 {
-    const auto level = OnlyValue(extensions, profile_tag::sequence);
+    const auto level = OnlyValue(extensions, der_tag::sequence);
     DerCursor cursor(level ? *level : ProfileOctets());
     while (const DerItem extension = cursor.read()) {
         DerCursor fields(extension.value);
-        if (!fields.read(profile_tag::objectIdentifier))
+        if (!fields.read(der_tag::objectIdentifier))
             return false;
-        if (const DerItem critical = fields.read(profile_tag::boolean);
+        if (const DerItem critical = fields.read(der_tag::boolean);
             critical && critical.value.size() == 1 && critical.value[0] == 0)
             return true;
     }
@@ -214,7 +203,7 @@ bool WritesCriticalFalse(ProfileOctets extensions)
 /// Of a BIT STRING of named bits, whether its last used bit is zero.
 bool HasTrailingZeros(ProfileOctets content)
 {
-    const auto value = OnlyValue(content, profile_tag::bitString);
+    const auto value = OnlyValue(content, der_tag::bitString);
     return value && value->size() > 1 && (*value)[0] < 8 && ((value->back() >> (*value)[0]) & 1) == 0;
 }
 
@@ -359,12 +348,12 @@ const char* DirectoryAttributesFault(const ProfileSubject& subject)
     if (value == nullptr)
         return nullptr;
     const element content = value->content();
-    const auto level = OnlyValue(content.bytes(), profile_tag::sequence);
+    const auto level = OnlyValue(content.bytes(), der_tag::sequence);
     bool isProper = level && !level->empty();
     DerCursor attributes(level ? *level : ProfileOctets());
     while (isProper && !attributes.atEnd()) {
-        DerCursor fields(attributes.read(profile_tag::sequence).value);
-        isProper = fields.read(profile_tag::objectIdentifier) && !fields.read(profile_tag::set).value.empty() && fields.atEnd();
+        DerCursor fields(attributes.read(der_tag::sequence).value);
+        isProper = fields.read(der_tag::objectIdentifier) && !fields.read(der_tag::set).value.empty() && fields.atEnd();
     }
     return isProper ? nullptr : "directory attributes that are empty or not of their form";
 }
@@ -385,11 +374,11 @@ bool IsProperNotice(ProfileOctets level)
 {
     constexpr std::ptrdiff_t maxCharacters = 200;
     DerCursor fields(level);
-    if (fields.nextIs(profile_tag::sequence) && !fields.read())
+    if (fields.nextIs(der_tag::sequence) && !fields.read())
         return false;
     if (fields.atEnd())
         return true;
-    if (!fields.nextIs(profile_tag::utf8String) && !fields.nextIs(profile_tag::ia5String))
+    if (!fields.nextIs(der_tag::utf8String) && !fields.nextIs(der_tag::ia5String))
         return false;
     const auto characters = std::ranges::count_if(fields.read().value, [](std::uint8_t octet) { return (octet & 0xC0) != 0x80; });
     return characters >= 1 && characters <= maxCharacters && fields.atEnd();
@@ -398,15 +387,15 @@ bool IsProperNotice(ProfileOctets level)
 const char* QualifierFault(const PolicyInformation& policy)
 {
     for (const element& qualifier : policy.qualifiers) {
-        const auto level = OnlyValue(qualifier.bytes(), profile_tag::sequence);
+        const auto level = OnlyValue(qualifier.bytes(), der_tag::sequence);
         DerCursor fields(level ? *level : ProfileOctets());
-        const DerItem id = fields.read(profile_tag::objectIdentifier);
+        const DerItem id = fields.read(der_tag::objectIdentifier);
         const bool isNotice = std::ranges::equal(id.value, noticeQualifier);
         if (policy.policy == oids::anyPolicy && !isNotice && !std::ranges::equal(id.value, cpsQualifier))
             return "anyPolicy has a qualifier that RFC 5280 does not define";
-        if (isNotice && !IsProperNotice(fields.read(profile_tag::sequence).value))
+        if (isNotice && !IsProperNotice(fields.read(der_tag::sequence).value))
             return "the text of a user notice is not a UTF8String or IA5String of at most 200 characters";
-        if (std::ranges::equal(id.value, cpsQualifier) && !fields.nextIs(profile_tag::ia5String))
+        if (std::ranges::equal(id.value, cpsQualifier) && !fields.nextIs(der_tag::ia5String))
             return "the address of a practice statement is not an IA5String";
     }
     return nullptr;

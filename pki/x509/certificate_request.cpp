@@ -5,6 +5,7 @@
 #include "asn1/template/template_cache.h"
 #include "core/diagnostics/auto_logger.h"
 #include "pki/keys/key_encoding.h"
+#include "pki/x509/der_tags.h"
 #include "pki/x509/field_reading.h"
 
 #include <utility>
@@ -23,8 +24,6 @@ constexpr const char* builtRequestTemplate = "SEQUENCE {INFO,SIGNATURE_ALGORITHM
 constexpr const char* attributeTemplateOfRequest = "SEQUENCE{ OBJECT_IDENTIFIER = oid, SET[CONSTRUCTED] { values } }";
 constexpr const char* extensionRequestTemplate =
     "SEQUENCE{OBJECT_IDENTIFIER = \"1.2.840.113549.1.9.14\",SET{SEQUENCE[CONSTRUCTED] { EXTENSIONS }}}";
-
-constexpr std::uint8_t requestSequenceTag = 0x30;
 
 const Oid& ExtensionRequest()
 {
@@ -109,8 +108,8 @@ bool CCryptoCertificateRequest::readFields(CCryptoAutoLogger& logger)
     version_ = 1;
 
     if (isDer_) {
-        const auto request = OnlyValue(der_.bytes(), requestSequenceTag);
-        signedOctets_ = request ? DerCursor(*request).read(requestSequenceTag).octets : std::span<const std::uint8_t>();
+        const auto request = OnlyValue(der_.bytes(), der_tag::sequence);
+        signedOctets_ = request ? DerCursor(*request).read(der_tag::sequence).octets : std::span<const std::uint8_t>();
     }
     const TemplateBinding& subject = *match.find("SUBJECT");
     const element subjectOctets = OctetsOfList(subject);

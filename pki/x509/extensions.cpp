@@ -1,6 +1,7 @@
 #include "pki/x509/extensions.h"
 
 #include "asn1/der/der_cursor.h"
+#include "pki/x509/der_tags.h"
 
 #include <algorithm>
 #include <limits>
@@ -15,28 +16,6 @@ namespace ccrypto {
 namespace {
 
 using ExtensionOctets = std::span<const std::uint8_t>;
-
-namespace extension_tag {
-constexpr std::uint8_t boolean = 0x01;
-constexpr std::uint8_t integer = 0x02;
-constexpr std::uint8_t bitString = 0x03;
-constexpr std::uint8_t octetString = 0x04;
-constexpr std::uint8_t objectIdentifier = 0x06;
-constexpr std::uint8_t sequence = 0x30;
-constexpr std::uint8_t set = 0x31;
-
-/// The identifier octet of an IMPLICIT tag over a primitive type.
-constexpr std::uint8_t Primitive(std::uint8_t number)
-{
-    return static_cast<std::uint8_t>(0x80 | number);
-}
-
-/// The identifier octet of an EXPLICIT tag, and of an IMPLICIT one over a constructed type.
-constexpr std::uint8_t Constructed(std::uint8_t number)
-{
-    return static_cast<std::uint8_t>(0xA0 | number);
-}
-} // namespace extension_tag
 
 /// Of any list within an extension.
 constexpr std::size_t maxExtensionItems = 10'000;
@@ -60,7 +39,7 @@ bool IsIdentifierContent(ExtensionOctets octets)
 
 std::optional<Oid> TakeIdentifier(DerCursor& cursor)
 {
-    const DerItem item = cursor.read(extension_tag::objectIdentifier);
+    const DerItem item = cursor.read(der_tag::objectIdentifier);
     if (!item || !IsIdentifierContent(item.value))
         return std::nullopt;
     return Oid(item.value);
@@ -128,7 +107,7 @@ std::optional<std::vector<Item>> TakeAll(ExtensionOctets level, std::optional<It
 template <typename Item>
 std::optional<std::vector<Item>> SequenceOf(ExtensionOctets content, std::optional<Item> (*take)(DerCursor&))
 {
-    const std::optional<ExtensionOctets> level = OnlyValue(content, extension_tag::sequence);
+    const std::optional<ExtensionOctets> level = OnlyValue(content, der_tag::sequence);
     return level ? TakeAll(*level, take) : std::nullopt;
 }
 
@@ -137,10 +116,9 @@ bool IsRelativeName(ExtensionOctets level)
 {
     DerCursor attributes(level);
     while (!attributes.atEnd()) {
-        const DerItem attribute = attributes.read(extension_tag::sequence);
+        const DerItem attribute = attributes.read(der_tag::sequence);
         DerCursor fields(attribute.value);
-        if (!attribute || !IsIdentifierContent(fields.read(extension_tag::objectIdentifier).value) || !fields.read() ||
-            !fields.atEnd())
+        if (!attribute || !IsIdentifierContent(fields.read(der_tag::objectIdentifier).value) || !fields.read() || !fields.atEnd())
             return false;
     }
     return !level.empty();
@@ -149,12 +127,12 @@ bool IsRelativeName(ExtensionOctets level)
 /// Whether the octets are one Name.
 bool IsDirectoryName(ExtensionOctets octets)
 {
-    const std::optional<ExtensionOctets> level = OnlyValue(octets, extension_tag::sequence);
+    const std::optional<ExtensionOctets> level = OnlyValue(octets, der_tag::sequence);
     if (!level)
         return false;
     DerCursor relativeNames(*level);
     while (!relativeNames.atEnd()) {
-        const DerItem relativeName = relativeNames.read(extension_tag::set);
+        const DerItem relativeName = relativeNames.read(der_tag::set);
         if (!relativeName || !IsRelativeName(relativeName.value))
             return false;
     }
@@ -165,9 +143,9 @@ bool IsDirectoryName(ExtensionOctets octets)
 bool IsOtherName(ExtensionOctets level)
 {
     DerCursor fields(level);
-    if (!IsIdentifierContent(fields.read(extension_tag::objectIdentifier).value))
+    if (!IsIdentifierContent(fields.read(der_tag::objectIdentifier).value))
         return false;
-    const DerItem wrapped = fields.read(extension_tag::Constructed(0));
+    const DerItem wrapped = fields.read(der_tag::Constructed(0));
     DerCursor values(wrapped.value);
     return wrapped && fields.atEnd() && values.read() && values.atEnd();
 }
@@ -189,15 +167,15 @@ struct GeneralNameForm {
     bool (*isValue)(ExtensionOctets);
 };
 constexpr GeneralNameForm generalNameForms[] = {
-    {extension_tag::Primitive(2), GeneralName::Kind::dns, IsIa5},
-    {extension_tag::Primitive(6), GeneralName::Kind::uri, IsIa5},
-    {extension_tag::Primitive(1), GeneralName::Kind::email, IsIa5},
-    {extension_tag::Primitive(7), GeneralName::Kind::ipAddress, IsAnyOctets},
-    {extension_tag::Constructed(4), GeneralName::Kind::directory, IsDirectoryName},
-    {extension_tag::Constructed(0), GeneralName::Kind::otherName, IsOtherName},
-    {extension_tag::Constructed(3), GeneralName::Kind::x400Address, IsAnyOctets},
-    {extension_tag::Constructed(5), GeneralName::Kind::ediPartyName, IsAnyOctets},
-    {extension_tag::Primitive(8), GeneralName::Kind::registeredId, IsIdentifierContent},
+    {der_tag::Primitive(2), GeneralName::Kind::dns, IsIa5},
+    {der_tag::Primitive(6), GeneralName::Kind::uri, IsIa5},
+    {der_tag::Primitive(1), GeneralName::Kind::email, IsIa5},
+    {der_tag::Primitive(7), GeneralName::Kind::ipAddress, IsAnyOctets},
+    {der_tag::Constructed(4), GeneralName::Kind::directory, IsDirectoryName},
+    {der_tag::Constructed(0), GeneralName::Kind::otherName, IsOtherName},
+    {der_tag::Constructed(3), GeneralName::Kind::x400Address, IsAnyOctets},
+    {der_tag::Constructed(5), GeneralName::Kind::ediPartyName, IsAnyOctets},
+    {der_tag::Primitive(8), GeneralName::Kind::registeredId, IsIdentifierContent},
 };
 
 std::optional<GeneralName> TakeGeneralName(DerCursor& cursor)
@@ -212,31 +190,31 @@ std::optional<GeneralName> TakeGeneralName(DerCursor& cursor)
 /// GeneralSubtree, of which only the base is kept.
 std::optional<GeneralName> TakeSubtree(DerCursor& cursor)
 {
-    const DerItem item = cursor.read(extension_tag::sequence);
+    const DerItem item = cursor.read(der_tag::sequence);
     DerCursor fields(item.value);
     std::optional<GeneralName> base = TakeGeneralName(fields);
-    if (const DerItem minimum = fields.read(extension_tag::Primitive(0)); minimum && CountOf(minimum.value) != 0)
+    if (const DerItem minimum = fields.read(der_tag::Primitive(0)); minimum && CountOf(minimum.value) != 0)
         return std::nullopt;
     return fields.atEnd() ? std::move(base) : std::nullopt;
 }
 
 std::optional<element> TakeQualifier(DerCursor& cursor)
 {
-    const DerItem item = cursor.read(extension_tag::sequence);
+    const DerItem item = cursor.read(der_tag::sequence);
     DerCursor fields(item.value);
-    if (!IsIdentifierContent(fields.read(extension_tag::objectIdentifier).value) || !fields.read() || !fields.atEnd())
+    if (!IsIdentifierContent(fields.read(der_tag::objectIdentifier).value) || !fields.read() || !fields.atEnd())
         return std::nullopt;
     return OctetsOf(item.octets);
 }
 
 std::optional<PolicyInformation> TakePolicy(DerCursor& cursor)
 {
-    DerCursor fields(cursor.read(extension_tag::sequence).value);
+    DerCursor fields(cursor.read(der_tag::sequence).value);
     std::optional<Oid> policy = TakeIdentifier(fields);
     if (!policy)
         return std::nullopt;
     PolicyInformation information = {std::move(*policy), {}};
-    if (const DerItem qualifiers = fields.read(extension_tag::sequence)) {
+    if (const DerItem qualifiers = fields.read(der_tag::sequence)) {
         std::optional<std::vector<element>> read = TakeAll(qualifiers.value, TakeQualifier);
         if (!read)
             return std::nullopt;
@@ -249,7 +227,7 @@ std::optional<PolicyInformation> TakePolicy(DerCursor& cursor)
 
 std::optional<PolicyMapping> TakeMapping(DerCursor& cursor)
 {
-    DerCursor fields(cursor.read(extension_tag::sequence).value);
+    DerCursor fields(cursor.read(der_tag::sequence).value);
     std::optional<Oid> issuerDomain = TakeIdentifier(fields);
     std::optional<Oid> subjectDomain = TakeIdentifier(fields);
     if (!issuerDomain || !subjectDomain || !fields.atEnd())
@@ -259,7 +237,7 @@ std::optional<PolicyMapping> TakeMapping(DerCursor& cursor)
 
 std::optional<AccessDescription> TakeAccessDescription(DerCursor& cursor)
 {
-    DerCursor fields(cursor.read(extension_tag::sequence).value);
+    DerCursor fields(cursor.read(der_tag::sequence).value);
     std::optional<Oid> method = TakeIdentifier(fields);
     std::optional<GeneralName> location = TakeGeneralName(fields);
     if (!method || !location || !fields.atEnd())
@@ -275,17 +253,17 @@ std::optional<DistributionPointName> PointNameOf(ExtensionOctets level)
     if (!item || !cursor.atEnd())
         return std::nullopt;
     DistributionPointName name;
-    if (item.identifier == extension_tag::Constructed(0)) {
+    if (item.identifier == der_tag::Constructed(0)) {
         std::optional<GeneralNames> names = TakeAll(item.value, TakeGeneralName);
         if (!names)
             return std::nullopt;
         name.fullName = std::move(*names);
         return name;
     }
-    if (item.identifier != extension_tag::Constructed(1) || !IsRelativeName(item.value))
+    if (item.identifier != der_tag::Constructed(1) || !IsRelativeName(item.value))
         return std::nullopt;
     name.relativeName = OctetsOf(item.octets);
-    name.relativeName.data()[0] = extension_tag::set;
+    name.relativeName.data()[0] = der_tag::set;
     return name;
 }
 
@@ -328,12 +306,12 @@ std::optional<element> IntegerOctetsOf(ExtensionOctets octets)
 
 std::optional<DistributionPoint> TakeDistributionPoint(DerCursor& cursor)
 {
-    const DerItem item = cursor.read(extension_tag::sequence);
+    const DerItem item = cursor.read(der_tag::sequence);
     DerCursor fields(item.value);
     DistributionPoint point;
-    if (!item || !TakeOptional(fields, extension_tag::Constructed(0), PointNameOf, point.name) ||
-        !TakeOptional(fields, extension_tag::Primitive(1), NamedBitsOf, point.reasons) ||
-        !TakeOptional(fields, extension_tag::Constructed(2), NamesOf, point.crlIssuer) || !fields.atEnd())
+    if (!item || !TakeOptional(fields, der_tag::Constructed(0), PointNameOf, point.name) ||
+        !TakeOptional(fields, der_tag::Primitive(1), NamedBitsOf, point.reasons) ||
+        !TakeOptional(fields, der_tag::Constructed(2), NamesOf, point.crlIssuer) || !fields.atEnd())
         return std::nullopt;
     return point;
 }
@@ -342,20 +320,20 @@ std::optional<DistributionPoint> TakeDistributionPoint(DerCursor& cursor)
 
 std::optional<BasicConstraints> ReadBasicConstraints(std::span<const std::uint8_t> content)
 {
-    const std::optional<ExtensionOctets> level = OnlyValue(content, extension_tag::sequence);
+    const std::optional<ExtensionOctets> level = OnlyValue(content, der_tag::sequence);
     if (!level)
         return std::nullopt;
     DerCursor fields(*level);
     BasicConstraints constraints;
-    if (!TakeOptional(fields, extension_tag::boolean, TruthOf, constraints.isCa) ||
-        !TakeOptional(fields, extension_tag::integer, CountOf, constraints.pathLength) || !fields.atEnd())
+    if (!TakeOptional(fields, der_tag::boolean, TruthOf, constraints.isCa) ||
+        !TakeOptional(fields, der_tag::integer, CountOf, constraints.pathLength) || !fields.atEnd())
         return std::nullopt;
     return constraints;
 }
 
 std::optional<KeyUsage> ReadKeyUsage(std::span<const std::uint8_t> content)
 {
-    const std::optional<ExtensionOctets> value = OnlyValue(content, extension_tag::bitString);
+    const std::optional<ExtensionOctets> value = OnlyValue(content, der_tag::bitString);
     const std::optional<std::uint16_t> bits = value ? NamedBitsOf(*value) : std::nullopt;
     if (!bits)
         return std::nullopt;
@@ -369,20 +347,20 @@ std::optional<std::vector<Oid>> ReadExtendedKeyUsage(std::span<const std::uint8_
 
 std::optional<element> ReadSubjectKeyIdentifier(std::span<const std::uint8_t> content)
 {
-    const std::optional<ExtensionOctets> value = OnlyValue(content, extension_tag::octetString);
+    const std::optional<ExtensionOctets> value = OnlyValue(content, der_tag::octetString);
     return value ? AnyOctetsOf(*value) : std::nullopt;
 }
 
 std::optional<AuthorityKeyIdentifier> ReadAuthorityKeyIdentifier(std::span<const std::uint8_t> content)
 {
-    const std::optional<ExtensionOctets> level = OnlyValue(content, extension_tag::sequence);
+    const std::optional<ExtensionOctets> level = OnlyValue(content, der_tag::sequence);
     if (!level)
         return std::nullopt;
     DerCursor fields(*level);
     AuthorityKeyIdentifier identifier;
-    if (!TakeOptional(fields, extension_tag::Primitive(0), AnyOctetsOf, identifier.keyIdentifier) ||
-        !TakeOptional(fields, extension_tag::Constructed(1), NamesOf, identifier.issuer) ||
-        !TakeOptional(fields, extension_tag::Primitive(2), IntegerOctetsOf, identifier.serialNumber) || !fields.atEnd())
+    if (!TakeOptional(fields, der_tag::Primitive(0), AnyOctetsOf, identifier.keyIdentifier) ||
+        !TakeOptional(fields, der_tag::Constructed(1), NamesOf, identifier.issuer) ||
+        !TakeOptional(fields, der_tag::Primitive(2), IntegerOctetsOf, identifier.serialNumber) || !fields.atEnd())
         return std::nullopt;
     return identifier;
 }
@@ -394,13 +372,13 @@ std::optional<GeneralNames> ReadGeneralNames(std::span<const std::uint8_t> conte
 
 std::optional<NameConstraints> ReadNameConstraints(std::span<const std::uint8_t> content)
 {
-    const std::optional<ExtensionOctets> level = OnlyValue(content, extension_tag::sequence);
+    const std::optional<ExtensionOctets> level = OnlyValue(content, der_tag::sequence);
     if (!level)
         return std::nullopt;
     DerCursor fields(*level);
     NameConstraints constraints;
-    if (!TakeOptional(fields, extension_tag::Constructed(0), SubtreesOf, constraints.permitted) ||
-        !TakeOptional(fields, extension_tag::Constructed(1), SubtreesOf, constraints.excluded) || !fields.atEnd())
+    if (!TakeOptional(fields, der_tag::Constructed(0), SubtreesOf, constraints.permitted) ||
+        !TakeOptional(fields, der_tag::Constructed(1), SubtreesOf, constraints.excluded) || !fields.atEnd())
         return std::nullopt;
     return constraints;
 }
@@ -417,20 +395,20 @@ std::optional<std::vector<PolicyMapping>> ReadPolicyMappings(std::span<const std
 
 std::optional<PolicyConstraints> ReadPolicyConstraints(std::span<const std::uint8_t> content)
 {
-    const std::optional<ExtensionOctets> level = OnlyValue(content, extension_tag::sequence);
+    const std::optional<ExtensionOctets> level = OnlyValue(content, der_tag::sequence);
     if (!level)
         return std::nullopt;
     DerCursor fields(*level);
     PolicyConstraints constraints;
-    if (!TakeOptional(fields, extension_tag::Primitive(0), CountOf, constraints.requireExplicitPolicy) ||
-        !TakeOptional(fields, extension_tag::Primitive(1), CountOf, constraints.inhibitPolicyMapping) || !fields.atEnd())
+    if (!TakeOptional(fields, der_tag::Primitive(0), CountOf, constraints.requireExplicitPolicy) ||
+        !TakeOptional(fields, der_tag::Primitive(1), CountOf, constraints.inhibitPolicyMapping) || !fields.atEnd())
         return std::nullopt;
     return constraints;
 }
 
 std::optional<std::uint32_t> ReadSkipCertificates(std::span<const std::uint8_t> content)
 {
-    const std::optional<ExtensionOctets> value = OnlyValue(content, extension_tag::integer);
+    const std::optional<ExtensionOctets> value = OnlyValue(content, der_tag::integer);
     return value ? CountOf(*value) : std::nullopt;
 }
 
@@ -441,17 +419,17 @@ std::optional<std::vector<DistributionPoint>> ReadDistributionPoints(std::span<c
 
 std::optional<IssuingDistributionPoint> ReadIssuingDistributionPoint(std::span<const std::uint8_t> content)
 {
-    const std::optional<ExtensionOctets> level = OnlyValue(content, extension_tag::sequence);
+    const std::optional<ExtensionOctets> level = OnlyValue(content, der_tag::sequence);
     if (!level)
         return std::nullopt;
     DerCursor fields(*level);
     IssuingDistributionPoint point;
-    if (!TakeOptional(fields, extension_tag::Constructed(0), PointNameOf, point.name) ||
-        !TakeOptional(fields, extension_tag::Primitive(1), TruthOf, point.onlyUserCertificates) ||
-        !TakeOptional(fields, extension_tag::Primitive(2), TruthOf, point.onlyCaCertificates) ||
-        !TakeOptional(fields, extension_tag::Primitive(3), NamedBitsOf, point.onlySomeReasons) ||
-        !TakeOptional(fields, extension_tag::Primitive(4), TruthOf, point.isIndirect) ||
-        !TakeOptional(fields, extension_tag::Primitive(5), TruthOf, point.onlyAttributeCertificates) || !fields.atEnd())
+    if (!TakeOptional(fields, der_tag::Constructed(0), PointNameOf, point.name) ||
+        !TakeOptional(fields, der_tag::Primitive(1), TruthOf, point.onlyUserCertificates) ||
+        !TakeOptional(fields, der_tag::Primitive(2), TruthOf, point.onlyCaCertificates) ||
+        !TakeOptional(fields, der_tag::Primitive(3), NamedBitsOf, point.onlySomeReasons) ||
+        !TakeOptional(fields, der_tag::Primitive(4), TruthOf, point.isIndirect) ||
+        !TakeOptional(fields, der_tag::Primitive(5), TruthOf, point.onlyAttributeCertificates) || !fields.atEnd())
         return std::nullopt;
     return point;
 }
@@ -463,7 +441,7 @@ std::optional<std::vector<AccessDescription>> ReadAuthorityInformationAccess(std
 
 std::optional<element> ReadCrlNumber(std::span<const std::uint8_t> content)
 {
-    const std::optional<ExtensionOctets> value = OnlyValue(content, extension_tag::integer);
+    const std::optional<ExtensionOctets> value = OnlyValue(content, der_tag::integer);
     return value && IsUnsignedContent(*value) ? AnyOctetsOf(*value) : std::nullopt;
 }
 

@@ -5,6 +5,7 @@
 #include "core/text/hex.h"
 #include "core/text/utf8.h"
 #include "pki/x509/attribute_text.h"
+#include "pki/x509/der_tags.h"
 
 #include <algorithm>
 #include <iterator>
@@ -12,10 +13,6 @@
 namespace ccrypto {
 
 namespace {
-
-constexpr std::uint8_t nameSequenceTag = 0x30;
-constexpr std::uint8_t nameSetTag = 0x31;
-constexpr std::uint8_t oidTag = 0x06;
 
 /// One attribute as octets.
 struct AttributeOctets {
@@ -28,21 +25,21 @@ using NameOctets = std::vector<std::vector<AttributeOctets>>;
 
 std::optional<NameOctets> ReadNameOctets(std::span<const std::uint8_t> der)
 {
-    const auto name = OnlyValue(der, nameSequenceTag);
+    const auto name = OnlyValue(der, der_tag::sequence);
     if (!name)
         return std::nullopt;
     NameOctets relativeNames;
     std::size_t count = 0;
     for (DerCursor sets(*name); !sets.atEnd();) {
-        const DerItem set = sets.read(nameSetTag);
+        const DerItem set = sets.read(der_tag::set);
         DerCursor attributes(set.value);
         if (!set || attributes.atEnd())
             return std::nullopt;
         auto& relativeName = relativeNames.emplace_back();
         while (!attributes.atEnd()) {
-            const DerItem attribute = attributes.read(nameSequenceTag);
+            const DerItem attribute = attributes.read(der_tag::sequence);
             DerCursor parts(attribute.value);
-            const DerItem oid = parts.read(oidTag);
+            const DerItem oid = parts.read(der_tag::objectIdentifier);
             const DerItem value = parts.read();
             if (oid.value.empty() || !value || !parts.atEnd() || ++count > CCrypto_X509_ValueList::maxValues)
                 return std::nullopt;

@@ -2,6 +2,7 @@
 
 #include "asn1/der/der_cursor.h"
 #include "core/diagnostics/auto_logger.h"
+#include "pki/x509/der_tags.h"
 #include "pki/x509/extensions.h"
 #include "pki/x509/name.h"
 #include "pki/x509/x509_time.h"
@@ -17,17 +18,6 @@ using namespace ccrypto;
 namespace {
 
 using SerialOctets = std::span<const std::uint8_t>;
-
-/// The identifier octets that entries are made of.
-namespace entry_tag {
-constexpr std::uint8_t boolean = 0x01;
-constexpr std::uint8_t integer = 0x02;
-constexpr std::uint8_t octetString = 0x04;
-constexpr std::uint8_t objectIdentifier = 0x06;
-constexpr std::uint8_t enumerated = 0x0A;
-constexpr std::uint8_t generalizedTime = 0x18;
-constexpr std::uint8_t sequence = 0x30;
-} // namespace entry_tag
 
 /// The last arcs of the extensions of an entry (RFC 5280, 5.3), all under id-ce, 2.5.29.
 constexpr std::uint8_t reasonCodeArc = 21;
@@ -107,11 +97,11 @@ std::optional<EntryParts> SplitEntry(const DerItem& entry)
 {
     DerCursor cursor(entry.value);
     EntryParts parts;
-    parts.serialNumber = cursor.read(entry_tag::integer).value;
+    parts.serialNumber = cursor.read(der_tag::integer).value;
     parts.date = cursor.read();
     if (!cursor.atEnd())
-        parts.extensions = cursor.read(entry_tag::sequence);
-    if (entry.identifier != entry_tag::sequence || parts.serialNumber.empty() || IsPadded(parts.serialNumber) || !parts.date ||
+        parts.extensions = cursor.read(der_tag::sequence);
+    if (entry.identifier != der_tag::sequence || parts.serialNumber.empty() || IsPadded(parts.serialNumber) || !parts.date ||
         !cursor.atEnd())
         return std::nullopt;
     return parts;
@@ -128,19 +118,19 @@ struct EntryExtension {
 
 std::optional<EntryExtension> SplitExtension(const DerItem& item)
 {
-    if (item.identifier != entry_tag::sequence)
+    if (item.identifier != der_tag::sequence)
         return std::nullopt;
     DerCursor cursor(item.value);
     EntryExtension extension;
-    extension.oid = cursor.read(entry_tag::objectIdentifier).value;
-    if (cursor.nextIs(entry_tag::boolean)) {
+    extension.oid = cursor.read(der_tag::objectIdentifier).value;
+    if (cursor.nextIs(der_tag::boolean)) {
         // FALSE is the default and should be left out; it says the same where it is written.
         const DerItem critical = cursor.read();
         if (critical.value.size() != 1 || (critical.value[0] != derTrue && critical.value[0] != 0))
             return std::nullopt;
         extension.isCritical = critical.value[0] == derTrue;
     }
-    const DerItem content = cursor.read(entry_tag::octetString);
+    const DerItem content = cursor.read(der_tag::octetString);
     extension.content = content.value;
     if (extension.oid.empty() || !content || !cursor.atEnd())
         return std::nullopt;
@@ -167,7 +157,7 @@ bool ReadEntryExtension(const EntryExtension& extension, EntryExtensions& read)
 {
     switch (extension.arc()) {
     case reasonCodeArc: {
-        const auto number = OnlyValue(extension.content, entry_tag::enumerated);
+        const auto number = OnlyValue(extension.content, der_tag::enumerated);
         if (!number || number->size() != 1 || number->front() >= signBit)
             return false;
         read.reason = static_cast<RevocationReason>(number->front());
@@ -175,7 +165,7 @@ bool ReadEntryExtension(const EntryExtension& extension, EntryExtensions& read)
     }
     case invalidityDateArc: {
         DerCursor cursor(extension.content);
-        read.invalidityDate = cursor.read(entry_tag::generalizedTime);
+        read.invalidityDate = cursor.read(der_tag::generalizedTime);
         return read.invalidityDate && cursor.atEnd() && ReadX509Time(read.invalidityDate).isValid();
     }
     case certificateIssuerArc:

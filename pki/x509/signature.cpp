@@ -6,6 +6,7 @@
 #include "asn1/types/oid.h"
 #include "core/diagnostics/auto_logger.h"
 #include "crypto/hash/hash.h"
+#include "pki/x509/der_tags.h"
 
 #include <algorithm>
 #include <iterator>
@@ -17,12 +18,6 @@ namespace ccrypto {
 namespace {
 
 using Kind = SignatureAlgorithm::Kind;
-
-constexpr std::uint8_t oidIdentifier = 0x06;
-constexpr std::uint8_t integerIdentifier = 0x02;
-constexpr std::uint8_t nullIdentifier = 0x05;
-constexpr std::uint8_t sequenceIdentifier = 0x30;
-constexpr std::uint8_t contextIdentifier = 0xA0;
 
 struct SignatureRow {
     const char* oid;
@@ -89,17 +84,17 @@ struct IdentifierParts {
     std::span<const std::uint8_t> oid;
     DerItem parameters;
 
-    bool hasOnlyNull() const { return !parameters || (parameters.identifier == nullIdentifier && parameters.value.empty()); }
+    bool hasOnlyNull() const { return !parameters || (parameters.identifier == der_tag::null && parameters.value.empty()); }
 };
 
 std::optional<IdentifierParts> ReadIdentifier(std::span<const std::uint8_t> der)
 {
-    const auto content = OnlyValue(der, sequenceIdentifier);
+    const auto content = OnlyValue(der, der_tag::sequence);
     if (!content)
         return std::nullopt;
     DerCursor cursor(*content);
     IdentifierParts parts;
-    const DerItem oid = cursor.read(oidIdentifier);
+    const DerItem oid = cursor.read(der_tag::objectIdentifier);
     if (!oid)
         return std::nullopt;
     parts.oid = oid.value;
@@ -126,7 +121,7 @@ algorithm::Id ReadMaskHash(std::span<const std::uint8_t> der)
 /// An INTEGER from 0 to 32767, far above any salt that a key has space for.
 std::optional<std::int32_t> ReadSmallNumber(std::span<const std::uint8_t> der)
 {
-    const auto value = OnlyValue(der, integerIdentifier);
+    const auto value = OnlyValue(der, der_tag::integer);
     if (!value || value->empty() || value->size() > 2 || (*value)[0] >= 0x80)
         return std::nullopt;
     if (value->size() == 1)
@@ -140,7 +135,7 @@ std::optional<std::int32_t> ReadSmallNumber(std::span<const std::uint8_t> der)
 /// RSASSA-PSS-params (RFC 4055, 3.1). A default that is written out is read, too, as verifiers must.
 bool ReadPssParameters(const DerItem& parameters, SignatureAlgorithm& algorithm)
 {
-    if (parameters.identifier != sequenceIdentifier)
+    if (parameters.identifier != der_tag::sequence)
         return false;
     CCryptoRSAPadding& masking = algorithm.padding.masking;
     algorithm.padding.scheme = SCryptoPadding::Scheme::masked;
@@ -150,13 +145,13 @@ bool ReadPssParameters(const DerItem& parameters, SignatureAlgorithm& algorithm)
     std::int32_t trailerField = 1;
 
     DerCursor cursor(parameters.value);
-    if (const DerItem hash = cursor.read(contextIdentifier))
+    if (const DerItem hash = cursor.read(der_tag::Constructed(0)))
         algorithm.hash = ReadHashAlgorithm(hash.value);
-    if (const DerItem mask = cursor.read(contextIdentifier + 1))
+    if (const DerItem mask = cursor.read(der_tag::Constructed(1)))
         masking.maskHash = ReadMaskHash(mask.value);
-    if (const DerItem salt = cursor.read(contextIdentifier + 2))
+    if (const DerItem salt = cursor.read(der_tag::Constructed(2)))
         masking.saltLength = ReadSmallNumber(salt.value).value_or(-1);
-    if (const DerItem trailer = cursor.read(contextIdentifier + 3))
+    if (const DerItem trailer = cursor.read(der_tag::Constructed(3)))
         trailerField = ReadSmallNumber(trailer.value).value_or(-1);
     masking.hash = algorithm.hash;
     return cursor.atEnd() && algorithm.hash != algorithm::none && masking.maskHash != algorithm::none &&
