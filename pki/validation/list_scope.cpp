@@ -1,6 +1,8 @@
 #include "pki/validation/list_scope.h"
 
 #include "asn1/der/der_cursor.h"
+#include "pki/x509/der_tags.h"
+#include "pki/x509/template_filling.h"
 
 #include <algorithm>
 #include <array>
@@ -25,33 +27,17 @@ element DirectoryValue(const CCrypto_X509_ValueList& name)
     return name.GetDerEncodedElement();
 }
 
-/// The SEQUENCE of a name of less than 64 KiB.
-element SequenceOf(const element& content)
-{
-    element sequence;
-    sequence.append(std::uint8_t{0x30});
-    if (content.length() >= 0x100) {
-        sequence.append(std::uint8_t{0x82});
-        sequence.append(static_cast<std::uint8_t>(content.length() >> 8));
-    } else if (content.length() >= 0x80) {
-        sequence.append(std::uint8_t{0x81});
-    }
-    sequence.append(static_cast<std::uint8_t>(content.length()));
-    sequence.append(content.data(), content.length());
-    return sequence;
-}
-
 /// The whole names of a point: a relative one is appended to the name of the issuer of the list.
 GeneralNames FullNames(const DistributionPointName& name, std::span<const std::uint8_t> issuerDer)
 {
     if (name.relativeName.isEmpty())
         return name.fullName;
-    const auto issuer = OnlyValue(issuerDer, 0x30);
+    const auto issuer = OnlyValue(issuerDer, der_tag::sequence);
     if (!issuer || issuer->size() + name.relativeName.length() > 0xFFFF)
         return {};
     element names(issuer->data(), static_cast<std::uint32_t>(issuer->size()));
     names.append(name.relativeName.data(), name.relativeName.length());
-    return {{GeneralName::Kind::directory, SequenceOf(names)}};
+    return {{GeneralName::Kind::directory, SequenceOfItems(names)}};
 }
 
 bool IsSameName(const GeneralName& first, const GeneralName& second)

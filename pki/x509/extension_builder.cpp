@@ -4,6 +4,7 @@
 #include "core/diagnostics/auto_logger.h"
 #include "crypto/hash/hash.h"
 #include "pki/x509/attribute_text.h"
+#include "pki/x509/der_tags.h"
 #include "pki/x509/template_filling.h"
 
 #include <algorithm>
@@ -35,7 +36,6 @@ constexpr const char* accessTemplate = "SEQUENCE{OBJECT_IDENTIFIER{METHOD},CONTE
 constexpr const char* distributionPointsTemplate =
     "SEQUENCE{SEQUENCE{CONTEXT_SPECIFIC[0]{CONTEXT_SPECIFIC[0]{CONTEXT_SPECIFIC[6,IMPLICIT]{CDP1}}}}"
     "SEQUENCE(OPTIONAL){CONTEXT_SPECIFIC[0]{CONTEXT_SPECIFIC[0]{CONTEXT_SPECIFIC[6,IMPLICIT]{CDP2}}}}}";
-constexpr const char* extensionListTemplate = "SEQUENCE[CONSTRUCTED]{items}";
 constexpr const char* issuingDistributionPointTemplate =
     "SEQUENCE{CONTEXT_SPECIFIC[0](OPTIONAL){CONTEXT_SPECIFIC[0,CONSTRUCTED]{names}}"
     "CONTEXT_SPECIFIC[1,IMPLICIT](OPTIONAL){onlyUser}CONTEXT_SPECIFIC[2,IMPLICIT](OPTIONAL){onlyCa}"
@@ -93,12 +93,6 @@ std::uint32_t CharactersOf(const CCryptoString& text)
     return static_cast<std::uint32_t>(std::ranges::count_if(text.view(), [](char c) { return (c & 0xC0) != 0x80; }));
 }
 
-/// The SEQUENCE of elements that are ready; empty for none.
-element ListOf(const element& items)
-{
-    return items.isEmpty() ? element() : FillTemplate(extensionListTemplate, {{"items", items}});
-}
-
 /// The octets of a BIT STRING: the count of unused bits and the bits, without zeros at their end (X.690, 11.2.2).
 element NamedBits(std::uint16_t bits)
 {
@@ -144,7 +138,7 @@ bool IsAnything(const element& value)
 
 bool IsName(const element& value)
 {
-    return OnlyValue(value.bytes(), 0x30).has_value();
+    return OnlyValue(value.bytes(), der_tag::sequence).has_value();
 }
 
 constexpr NameForm nameForms[] = {
@@ -167,7 +161,7 @@ element EncodedNames(CCryptoAutoLogger& logger, const GeneralNames& names)
         const auto* const form = std::ranges::find(nameForms, name.kind, &NameForm::kind);
         if (form == std::end(nameForms) || !form->isValue(name.value))
             return logger.fail(element(), "A name is empty, or has characters or a length that its type does not have");
-        const element encoded = FillTemplate(form->templateText, {{form->placeholder, OctetsOfSpan(name.value.bytes())}});
+        const element encoded = FillTemplate(form->templateText, {{form->placeholder, Octets(name.value)}});
         items.append(encoded.data(), encoded.length());
     }
     return items.isEmpty() ? logger.fail(element(), "There are no names") : items;
@@ -187,7 +181,7 @@ ExtensionPtr BuildListNumber(CCryptoAutoLogger& logger, const Oid& oid, const el
 
 element UrlOctets(const CCryptoString& url)
 {
-    return OctetsOfSpan(url.data().bytes());
+    return Octets(url.data());
 }
 
 /// AccessDescriptions one after the other.
@@ -214,7 +208,7 @@ ExtensionPtr BuildExtension(const Oid& oid, const element& content, bool critica
     if (oid.isNone() || content.isEmpty())
         return NoExtension(logger, "There is no content");
     const ElementNodePtr value = elementNode::Make(ElementType::octetString);
-    value->set(LinkKind::content, OctetsOfSpan(content.bytes()));
+    value->set(LinkKind::content, Octets(content));
     logger.setResult(true);
     return std::make_unique<CCrypto_X509_Value>(oid, value.get(), critical);
 }
@@ -263,8 +257,7 @@ ExtensionPtr BuildSubjectKeyIdentifier(const element& keyIdentifier)
         return NoExtension(logger, "There is no key identifier");
     logger.setResult(true);
     // An OCTET STRING in the OCTET STRING.
-    return BuildExtension(oids::subjectKeyIdentifier,
-                          FillTemplate(keyIdentifierTemplate, {{"KID", OctetsOfSpan(keyIdentifier.bytes())}}));
+    return BuildExtension(oids::subjectKeyIdentifier, FillTemplate(keyIdentifierTemplate, {{"KID", Octets(keyIdentifier)}}));
 }
 
 ExtensionPtr BuildAuthorityKeyIdentifier(const element& keyIdentifier)
@@ -274,7 +267,7 @@ ExtensionPtr BuildAuthorityKeyIdentifier(const element& keyIdentifier)
         return NoExtension(logger, "There is no key identifier");
     logger.setResult(true);
     return BuildExtension(oids::authorityKeyIdentifier,
-                          ContentOf(FillTemplate(authorityKeyIdentifierTemplate, {{"KID", OctetsOfSpan(keyIdentifier.bytes())}})));
+                          ContentOf(FillTemplate(authorityKeyIdentifierTemplate, {{"KID", Octets(keyIdentifier)}})));
 }
 
 Oid PurposeNamed(std::string_view nameOrOid)
@@ -313,7 +306,7 @@ ExtensionPtr BuildExtendedKeyUsage(const std::vector<Oid>& purposes, bool critic
     if (items.isEmpty())
         return NoExtension(logger, "There are no purposes");
     logger.setResult(true);
-    return BuildExtension(oids::extendedKeyUsage, ListOf(items), critical);
+    return BuildExtension(oids::extendedKeyUsage, SequenceOfItems(items), critical);
 }
 
 std::optional<GeneralName> UserPrincipalName(const CCryptoString& name)
@@ -324,7 +317,7 @@ std::optional<GeneralName> UserPrincipalName(const CCryptoString& name)
         return logger.fail(Result(), "The name is empty, not UTF-8, or has control characters");
     logger.setResult(true);
     return GeneralName{.kind = GeneralName::Kind::otherName,
-                       .value = ContentOf(FillTemplate(userPrincipalNameTemplate, {{"upn", OctetsOfSpan(name.data().bytes())}}))};
+                       .value = ContentOf(FillTemplate(userPrincipalNameTemplate, {{"upn", Octets(name.data())}}))};
 }
 
 ExtensionPtr BuildSubjectAlternativeName(const GeneralNames& names, bool critical)
@@ -334,7 +327,7 @@ ExtensionPtr BuildSubjectAlternativeName(const GeneralNames& names, bool critica
     if (items.isEmpty())
         return nullptr;
     logger.setResult(true);
-    return BuildExtension(oids::subjectAlternativeName, ListOf(items), critical);
+    return BuildExtension(oids::subjectAlternativeName, SequenceOfItems(items), critical);
 }
 
 ExtensionPtr BuildCertificatePolicies(const std::vector<PolicyStatement>& policies, bool critical)
@@ -351,13 +344,13 @@ ExtensionPtr BuildCertificatePolicies(const std::vector<PolicyStatement>& polici
                                "The notice of a policy is not UTF-8, has control characters, or is longer than 200 characters");
         const element item = FillTemplate(policyTemplate, {{"CPS_OID", OctetsOfSpan(statement.policy.octets())},
                                                            {"CPS_pointerNotice_URL", UrlOctets(statement.practiceStatementUrl)},
-                                                           {"CPS_userNotice", OctetsOfSpan(statement.userNotice.data().bytes())}});
+                                                           {"CPS_userNotice", Octets(statement.userNotice.data())}});
         items.append(item.data(), item.length());
     }
     if (items.isEmpty())
         return NoExtension(logger, "There are no policies");
     logger.setResult(true);
-    return BuildExtension(oids::certificatePolicies, ListOf(items), critical);
+    return BuildExtension(oids::certificatePolicies, SequenceOfItems(items), critical);
 }
 
 ExtensionPtr BuildAuthorityInformationAccess(const std::vector<CCryptoString>& ocspUrls,
@@ -374,7 +367,7 @@ ExtensionPtr BuildAuthorityInformationAccess(const std::vector<CCryptoString>& o
     if (items.isEmpty())
         return NoExtension(logger, "There are no URLs");
     logger.setResult(true);
-    return BuildExtension(oids::authorityInformationAccess, ListOf(items));
+    return BuildExtension(oids::authorityInformationAccess, SequenceOfItems(items));
 }
 
 ExtensionPtr BuildCrlDistributionPoints(const std::vector<CCryptoString>& urls)
@@ -393,7 +386,7 @@ ExtensionPtr BuildCrlDistributionPoints(const std::vector<CCryptoString>& urls)
         items.append(points.data(), points.length());
     }
     logger.setResult(true);
-    return BuildExtension(oids::crlDistributionPoints, ListOf(items));
+    return BuildExtension(oids::crlDistributionPoints, SequenceOfItems(items));
 }
 
 ExtensionPtr BuildCrlNumber(const element& number)

@@ -4,6 +4,7 @@
 #include "asn1/parser/parser.h"
 #include "asn1/template/template_cache.h"
 #include "asn1/tree/node_parts.h"
+#include "asn1/types/asn1_object.h"
 
 namespace ccrypto {
 
@@ -33,6 +34,11 @@ element FillTemplate(const char* templateText, std::initializer_list<TemplateFil
             return {};
     }
     return parser.ToDer();
+}
+
+element SequenceOfItems(const element& items)
+{
+    return items.isEmpty() ? element() : FillTemplate("SEQUENCE[CONSTRUCTED]{items}", {{"items", Octets(items)}});
 }
 
 element ContentOf(const element& der)
