@@ -5,6 +5,8 @@
 #include "asn1/template/template_match.h"
 #include "core/diagnostics/auto_logger.h"
 #include "pki/x509/certificate_templates.h"
+#include "pki/x509/der_tags.h"
+#include "pki/x509/template_filling.h"
 #include "pki/x509/x509_time.h"
 
 #include <algorithm>
@@ -23,15 +25,6 @@ constexpr const char* plainCrlTemplate =
     "CONTEXT_SPECIFIC [ 0, CONSTRUCTED ](OPTIONAL) { SEQUENCE[CONSTRUCTED] { EXTENSIONS } }} SIGNATURE_ALGORITHM_2, "
     "BIT_STRING { SIGNATURE } }";
 
-/// The identifier octets that a list is cut up by.
-namespace list_tag {
-constexpr std::uint8_t integer = 0x02;
-constexpr std::uint8_t bitString = 0x03;
-constexpr std::uint8_t utcTime = 0x17;
-constexpr std::uint8_t generalizedTime = 0x18;
-constexpr std::uint8_t sequence = 0x30;
-} // namespace list_tag
-
 /// Where the parts of a list are in its octets.
 struct ListParts {
     std::span<const std::uint8_t> signedOctets;
@@ -46,34 +39,34 @@ struct ListParts {
 
 DerItem ReadTime(DerCursor& fields)
 {
-    return fields.nextIs(list_tag::utcTime) ? fields.read() : fields.read(list_tag::generalizedTime);
+    return fields.nextIs(der_tag::utcTime) ? fields.read() : fields.read(der_tag::generalizedTime);
 }
 
 /// Looks only as closely as it takes to find the revoked certificates. \return none for octets in which that is not possible.
 std::optional<ListParts> SplitList(std::span<const std::uint8_t> octets)
 {
-    const auto list = OnlyValue(octets, list_tag::sequence);
+    const auto list = OnlyValue(octets, der_tag::sequence);
     if (!list)
         return std::nullopt;
     ListParts parts;
     DerCursor outer(*list);
-    const DerItem signedPart = outer.read(list_tag::sequence);
+    const DerItem signedPart = outer.read(der_tag::sequence);
     parts.signedOctets = signedPart.octets;
-    parts.outerAlgorithm = outer.read(list_tag::sequence);
-    parts.signature = outer.read(list_tag::bitString);
+    parts.outerAlgorithm = outer.read(der_tag::sequence);
+    parts.signature = outer.read(der_tag::bitString);
     if (!signedPart || !parts.outerAlgorithm || !parts.signature || !outer.atEnd())
         return std::nullopt;
 
     DerCursor fields(signedPart.value);
-    if (fields.nextIs(list_tag::integer) && !fields.read())
+    if (fields.nextIs(der_tag::integer) && !fields.read())
         return std::nullopt;
-    const bool hasNames = fields.read(list_tag::sequence) && fields.read(list_tag::sequence);
+    const bool hasNames = fields.read(der_tag::sequence) && fields.read(der_tag::sequence);
     parts.thisUpdate = ReadTime(fields);
     parts.nextUpdate = ReadTime(fields);
     if (!hasNames || !parts.thisUpdate)
         return std::nullopt;
     parts.beforeEntries = signedPart.value.first(signedPart.value.size() - fields.rest().size());
-    if (fields.nextIs(list_tag::sequence)) {
+    if (fields.nextIs(der_tag::sequence)) {
         parts.revoked = fields.read();
         if (!parts.revoked)
             return std::nullopt;
@@ -82,45 +75,25 @@ std::optional<ListParts> SplitList(std::span<const std::uint8_t> octets)
     return parts;
 }
 
-void AppendOctets(element& target, std::span<const std::uint8_t> octets)
-{
-    target.append(octets.data(), static_cast<std::uint32_t>(octets.size()));
-}
-
-/// A SEQUENCE of these octets.
-element SequenceOf(std::initializer_list<std::span<const std::uint8_t>> pieces)
-{
-    std::size_t length = 0;
-    for (const auto piece : pieces)
-        length += piece.size();
-    element encoded;
-    encoded.append(list_tag::sequence);
-    if (length < 0x80) {
-        encoded.append(static_cast<std::uint8_t>(length));
-    } else {
-        std::uint8_t count = 1;
-        while (length >> (8 * count) != 0)
-            ++count;
-        encoded.append(static_cast<std::uint8_t>(0x80 | count));
-        while (count-- != 0)
-            encoded.append(static_cast<std::uint8_t>(length >> (8 * count)));
-    }
-    for (const auto piece : pieces)
-        AppendOctets(encoded, piece);
-    return encoded;
-}
-
 /// The list without its revoked certificates, which are too many for a tree.
 element FrameOf(const ListParts& parts)
 {
-    const element fields = SequenceOf({parts.beforeEntries, parts.afterEntries});
-    return SequenceOf({fields.bytes(), parts.outerAlgorithm.octets, parts.signature.octets});
+    const auto append = [](element& target, std::span<const std::uint8_t> octets) {
+        target.append(octets.data(), static_cast<std::uint32_t>(octets.size()));
+    };
+    element fields;
+    append(fields, parts.beforeEntries);
+    append(fields, parts.afterEntries);
+    element items = SequenceOfItems(fields);
+    append(items, parts.outerAlgorithm.octets);
+    append(items, parts.signature.octets);
+    return SequenceOfItems(items);
 }
 
 /// Puts the type of the time in place of the name, which stays optional. An absent time is any.
 void FillTimeTag(CCryptoParser& parser, const char* name, const DerItem& time)
 {
-    const bool isGeneralized = time && time.identifier == list_tag::generalizedTime;
+    const bool isGeneralized = time && time.identifier == der_tag::generalizedTime;
     parser.index_node(name)->token() = element(isGeneralized ? ElementType::generalizedType : ElementType::utcTime);
 }
 
@@ -166,7 +139,7 @@ bool CCrypto_X509_CRL::LoadCRL(element der)
     isDer_ = readDer(der_.bytes());
     if (!isDer_ && !readOtherThanDer()) {
         clear();
-        return logger.fail(false, "Loading failed!");
+        return logger.setResult(false);
     }
     failure_ = LoadFailure::none;
     return logger.setResult(true);
@@ -194,10 +167,11 @@ bool CCrypto_X509_CRL::readDer(std::span<const std::uint8_t> octets)
     nextUpdate_ = parts->nextUpdate ? ReadX509Time(parts->nextUpdate) : CCryptoDateTime();
     if (!thisUpdate_.isValid() || (parts->nextUpdate && !nextUpdate_.isValid()))
         return logger.fail(false, "A time of the list is malformed");
+    // With unused bits it is no signature, but the list can be shown: as in a certificate, it is kept empty.
     const std::span<const std::uint8_t> bits = parts->signature.value;
-    if (bits.empty() || bits.front() != 0)
-        return logger.fail(false, "The signature is not whole bytes");
-    signature_ = element(bits.data() + 1, static_cast<std::uint32_t>(bits.size() - 1));
+    if (bits.size() < 2 || bits.front() > 7)
+        return logger.fail(false, "Invalid signature");
+    signature_ = bits.front() == 0 ? OctetsOfSpan(bits.subspan(1)) : element();
     signedOctets_ = parts->signedOctets;
     return logger.setResult(entries_.Read(parts->revoked.value, maxEntries));
 }
@@ -206,8 +180,9 @@ bool CCrypto_X509_CRL::readFields(const CCryptoTemplateMatch& match)
 {
     CCryptoAutoLogger logger("CCrypto_X509_CRL::readFields");
     const elementNode* const version = BoundTo(match, "VERSION");
-    version_ = version != nullptr ? version->token().toWord32() + 1 : 1;
-    if (version != nullptr && (version_ != 2 || version->token().length() != 1))
+    const bool isOneOctet = version != nullptr && version->token().length() == 1 && version->token()[0] < 0x80;
+    version_ = version == nullptr ? 1 : isOneOctet ? version->token()[0] + 1u : 0;
+    if (version != nullptr && version_ != 2)
         return logger.fail(false, "Invalid version: %i", static_cast<int>(version_));
     const bool isRead = signatureAlgorithm_.Parse(BoundTo(match, "SIGNATURE_ALGORITHM")) &&
                         issuer_.Parse(BoundTo(match, "ISSUER")) && extensions_.Parse(BoundTo(match, "EXTENSIONS")) &&
@@ -220,9 +195,12 @@ bool CCrypto_X509_CRL::readOtherThanDer()
 {
     CCryptoAutoLogger logger("CCrypto_X509_CRL::readOtherThanDer");
     if (der_.length() > maxNotDer)
-        return logger.fail(false, "A list that is not DER is longer than %u bytes", maxNotDer);
+        return logger.fail(false, "Not a list in DER, and longer than the %u bytes that are read in another form", maxNotDer);
     CCryptoParser tree;
-    if (!tree.Load_DER_Memory(der_) || tree.isDer())
+    if (!tree.Load_DER_Memory(der_))
+        return logger.fail(false, "Loading failed!");
+    // The reason is the one that reading it as DER gave.
+    if (tree.isDer())
         return logger.setResult(false);
     rewritten_ = tree.ToDer();
     const bool isRead = readDer(rewritten_.bytes());

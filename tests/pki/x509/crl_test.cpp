@@ -98,6 +98,7 @@ INSTANTIATE_TEST_SUITE_P(
 struct BadListCase {
     const char* name;
     std::function<void(ListText&)> change;
+    const char* reason = "Not the structure of a list";
 
     friend void PrintTo(const BadListCase& value, std::ostream* out) { *out << value.name; }
 };
@@ -111,7 +112,7 @@ TEST_P(BadList, LeavesTheObjectEmpty)
     ListText text;
     GetParam().change(text);
     EXPECT_FALSE(LoadOctets(list, text.octets())) << GetParam().name;
-    EXPECT_EQ(LastFailure()->text, "Loading failed!");
+    EXPECT_EQ(LastFailure()->text, GetParam().reason);
     EXPECT_EQ(list.failure(), LoadFailure::malformed);
     EXPECT_FALSE(list.isLoaded());
     EXPECT_FALSE(list.isDer());
@@ -125,20 +126,23 @@ TEST_P(BadList, LeavesTheObjectEmpty)
 INSTANTIATE_TEST_SUITE_P(
     Lists, BadList,
     ::testing::Values(
-        BadListCase{"version 1 that is written", [](ListText& list) { list.version = "020100"; }},
-        BadListCase{"version 3", [](ListText& list) { list.version = "020102"; }},
-        BadListCase{"version 2 with a power of 256", [](ListText& list) { list.version = "02050100000001"; }},
-        BadListCase{"version below 0", [](ListText& list) { list.version = "0201FF"; }},
+        BadListCase{"version 1 that is written", [](ListText& list) { list.version = "020100"; }, "Invalid version: 1"},
+        BadListCase{"version 3", [](ListText& list) { list.version = "020102"; }, "Invalid version: 3"},
+        BadListCase{"version 2 with a power of 256", [](ListText& list) { list.version = "02050100000001"; }, "Invalid version: 0"},
+        BadListCase{"version below 0", [](ListText& list) { list.version = "0201FF"; }, "Invalid version: 0"},
         BadListCase{"no algorithm", [](ListText& list) { list.algorithm = ""; }},
         BadListCase{"no issuer", [](ListText& list) { list.issuer = ""; }},
         BadListCase{"no time", [](ListText& list) { list.thisUpdate = list.nextUpdate = ""; }},
         BadListCase{"a text for nextUpdate", [](ListText& list) { list.nextUpdate = "13['261201000000Z']"; }},
         BadListCase{"an OCTET STRING for nextUpdate", [](ListText& list) { list.nextUpdate = "0400"; }},
         BadListCase{"a third time", [](ListText& list) { list.nextUpdate += list.nextUpdate; }},
-        BadListCase{"a month that is none", [](ListText& list) { list.thisUpdate = "17['261301000000Z']"; }},
-        BadListCase{"a day that is none", [](ListText& list) { list.nextUpdate = "17['270229000000Z']"; }},
-        BadListCase{"no seconds", [](ListText& list) { list.nextUpdate = "17['2612010000Z']"; }},
-        BadListCase{"a zone", [](ListText& list) { list.nextUpdate = "17['261201000000+0000']"; }},
+        BadListCase{"a month that is none", [](ListText& list) { list.thisUpdate = "17['261301000000Z']"; },
+                    "A time of the list is malformed"},
+        BadListCase{"a day that is none", [](ListText& list) { list.nextUpdate = "17['270229000000Z']"; },
+                    "A time of the list is malformed"},
+        BadListCase{"no seconds", [](ListText& list) { list.nextUpdate = "17['2612010000Z']"; }, "A time of the list is malformed"},
+        BadListCase{"a zone", [](ListText& list) { list.nextUpdate = "17['261201000000+0000']"; },
+                    "A time of the list is malformed"},
         BadListCase{"entries twice", [](ListText& list) { list.revoked += list.revoked; }},
         BadListCase{"entries twice, one empty", [](ListText& list) { list.revoked = "3000" + list.revoked; }},
         BadListCase{"extensions twice", [](ListText& list) { list.afterExtensions = list.extensions; }},
@@ -146,15 +150,18 @@ INSTANTIATE_TEST_SUITE_P(
         BadListCase{"more after the extensions", [](ListText& list) { list.afterExtensions = "0500"; }},
         BadListCase{"more inside the tag", [](ListText& list) { list.extensions.insert(list.extensions.size() - 1, "0500"); }},
         BadListCase{"entries after the extensions", [](ListText& list) { std::swap(list.revoked, list.extensions); }},
-        BadListCase{"an extension without content", [](ListText& list) { list.extensions = "A0[30[30[0603551D14]]]"; }},
+        BadListCase{"an extension without content", [](ListText& list) { list.extensions = "A0[30[30[0603551D14]]]"; },
+                    "Not a name, and not a list of extensions"},
         BadListCase{"no signature", [](ListText& list) { list.signature = ""; }},
         BadListCase{"a signature of no bytes", [](ListText& list) { list.signature = "0300"; }},
-        BadListCase{"a signature with an unused bit", [](ListText& list) { list.signature = "0303010102"; }},
+        BadListCase{"a signature without bits", [](ListText& list) { list.signature = "030100"; }, "Invalid signature"},
+        BadListCase{"a signature with eight unused bits", [](ListText& list) { list.signature = "0303080102"; },
+                    "Invalid signature"},
         BadListCase{"an OCTET STRING as signature", [](ListText& list) { list.signature = "0403000102"; }},
         BadListCase{"more after the signature", [](ListText& list) { list.afterSignature = "0500"; }},
         BadListCase{"no outer algorithm", [](ListText& list) { list.outerAlgorithm = ""; }},
-        BadListCase{"no entry in the entries", [](ListText& list) { list.revoked = "30[ 0500 ]"; }},
-        BadListCase{"an entry in pieces", [](ListText& list) { list.revoked = "30[ 3014 020105 ]"; }}));
+        BadListCase{"no entry in the entries", [](ListText& list) { list.revoked = "30[ 0500 ]"; }, "Entry 0 is malformed"},
+        BadListCase{"an entry in pieces", [](ListText& list) { list.revoked = "30[ 3014 020105 ]"; }, "Loading failed!"}));
 
 TEST(RevocationList, SaysWhyItDidNotLoad)
 {
@@ -302,6 +309,18 @@ TEST(RevocationList, IsNoLongerSignedWithAnyBitFlipped)
         bad[index] ^= static_cast<std::uint8_t>(1 << (index % 8));
         EXPECT_FALSE(LoadOctets(list, bad) && list.verifySignature(*issuer.key) == SignatureResult::good) << index;
     }
+}
+
+TEST(RevocationList, IsNotSignedWithAnUnusedBit)
+{
+    ListText text;
+    text.signature = "0303010102";
+    CCrypto_X509_CRL list;
+    ASSERT_TRUE(LoadOctets(list, text.octets()));
+    EXPECT_EQ(list.entryCount(), 2u);
+    EXPECT_TRUE(list.isDer());
+    EXPECT_TRUE(list.signature().isEmpty());
+    EXPECT_NE(list.verifySignature(*TestKey(1)), SignatureResult::good);
 }
 
 TEST(RevocationList, IsNotSignedWhereItIsNotDer)
