@@ -5,6 +5,7 @@
 #include "asn1/template/template_cache.h"
 #include "pki/keys/key_encoding.h"
 #include "pki/x509/certificate_templates.h"
+#include "pki/x509/der_tags.h"
 #include "pki/x509/field_reading.h"
 #include "pki/x509/x509_time.h"
 
@@ -31,10 +32,8 @@ constexpr const char* openVersion1Template =
 /// The tag of version 3 in front of the number, which a certificate of version 1 does not have: the path then leads nowhere.
 constexpr const char* versionPath = "{{{=";
 
-constexpr std::uint8_t sequenceTag = 0x30;
-constexpr std::uint8_t integerTag = 0x02;
-constexpr std::uint8_t versionTag = 0xA0;
-constexpr std::uint8_t extensionsTag = 0xA3;
+constexpr std::uint8_t versionTag = der_tag::Constructed(0);
+constexpr std::uint8_t extensionsTag = der_tag::Constructed(3);
 constexpr std::int32_t maxVersion = 1'000'000;
 
 std::int32_t VersionOf(elementNode* root)
@@ -54,25 +53,25 @@ struct CertificateOctets {
 /// Walks octets that the template was found in. \return false for octets that are not DER after all.
 bool FindOctets(std::span<const std::uint8_t> der, CertificateOctets& octets)
 {
-    const auto certificate = OnlyValue(der, sequenceTag);
+    const auto certificate = OnlyValue(der, der_tag::sequence);
     if (!certificate)
         return false;
-    const DerItem signedPart = DerCursor(*certificate).read(sequenceTag);
+    const DerItem signedPart = DerCursor(*certificate).read(der_tag::sequence);
     DerCursor fields(signedPart.value);
     if (fields.nextIs(versionTag) && !fields.read())
         return false;
-    const bool isStart = fields.read(integerTag) && fields.read(sequenceTag);
-    const DerItem issuer = fields.read(sequenceTag);
-    const DerItem validity = fields.read(sequenceTag);
-    const DerItem subject = fields.read(sequenceTag);
-    const DerItem publicKey = fields.read(sequenceTag);
+    const bool isStart = fields.read(der_tag::integer) && fields.read(der_tag::sequence);
+    const DerItem issuer = fields.read(der_tag::sequence);
+    const DerItem validity = fields.read(der_tag::sequence);
+    const DerItem subject = fields.read(der_tag::sequence);
+    const DerItem publicKey = fields.read(der_tag::sequence);
     while (!fields.atEnd() && !fields.nextIs(extensionsTag)) {
         if (!fields.read())
             return false;
     }
     const DerItem extensions = fields.read(extensionsTag);
     octets = {signedPart.octets, issuer.octets, subject.octets, publicKey.octets, extensions.value};
-    return isStart && issuer && validity && subject && publicKey;
+    return isStart && issuer && validity && subject;
 }
 
 /// The moment as a UTC time; invalid beyond the years that the calendar has.
@@ -188,8 +187,6 @@ bool CCrypto_X509_Certificate::readNames(CCryptoAutoLogger& logger, const CCrypt
     const TemplateBinding& subject = *match.find("SUBJECT");
     const TemplateBinding* const extensions = match.find("EXTENSIONS");
     const TemplateBinding* const key = match.find("PUBLIC_KEY");
-    if (key == nullptr || key->node->type() != ElementType::sequence)
-        return logger.fail(false, "Public key not found");
 
     CertificateOctets octets;
     element issuerOctets, subjectOctets, extensionsOctets;
@@ -200,7 +197,7 @@ bool CCrypto_X509_Certificate::readNames(CCryptoAutoLogger& logger, const CCrypt
         publicKeyInfo_ = element(octets.publicKey.data(), static_cast<std::uint32_t>(octets.publicKey.size()));
     } else {
         // The octets have another form than the one that all that follows is about.
-        publicKeyInfo_ = CCryptoParser::ToDer(key->node->clone().get());
+        publicKeyInfo_ = key != nullptr ? CCryptoParser::ToDer(key->node->clone().get()) : element();
         issuerOctets = OctetsOfList(issuer);
         subjectOctets = OctetsOfList(subject);
         extensionsOctets = extensions != nullptr ? OctetsOfList(*extensions) : element();
@@ -220,6 +217,8 @@ bool CCrypto_X509_Certificate::readNames(CCryptoAutoLogger& logger, const CCrypt
 
 bool CCrypto_X509_Certificate::readKey(CCryptoAutoLogger& logger, const elementNode* node)
 {
+    if (node == nullptr || node->type() != ElementType::sequence)
+        return logger.fail(false, "Public key not found");
     const element* const bits = PublicKeyBits(*node);
     if (bits == nullptr)
         return logger.fail(false, "Key loading failed");
@@ -229,6 +228,15 @@ bool CCrypto_X509_Certificate::readKey(CCryptoAutoLogger& logger, const elementN
         return true;
     failure_ = LoadFailure::unsupportedKey;
     return logger.fail(false, "Key loading failed");
+}
+
+bool CCrypto_X509_Certificate::setVersion(std::uint32_t version)
+{
+    changeFields();
+    if (version != 1 && version != 3)
+        return false;
+    version_ = version;
+    return true;
 }
 
 void CCrypto_X509_Certificate::setSerialNumber(const element& magnitude)
@@ -265,15 +273,23 @@ void CCrypto_X509_Certificate::setExtensions(CCrypto_X509_ValueList extensions)
 bool CCrypto_X509_Certificate::setPublicKey(std::shared_ptr<ICryptoKeyPair> key)
 {
     CCryptoAutoLogger logger("CCrypto_X509_Certificate::setPublicKey");
+    if (key == nullptr || !setPublicKeyInfo(key->publicKeyInfo()))
+        return logger.fail(false, "Public key not found");
+    publicKey_ = std::move(key);
+    return logger.setResult(true);
+}
+
+bool CCrypto_X509_Certificate::setPublicKeyInfo(const element& info)
+{
+    CCryptoAutoLogger logger("CCrypto_X509_Certificate::setPublicKeyInfo");
     changeFields();
-    element info = key != nullptr ? key->publicKeyInfo() : element();
     const ElementNodePtr tree = info.isEmpty() ? nullptr : CCryptoDERParser().Decode(info.bytes());
     const element* const bits = tree != nullptr ? PublicKeyBits(*tree) : nullptr;
     if (bits == nullptr)
         return logger.fail(false, "Public key not found");
     publicKeyBits_ = Octets(*bits);
-    publicKeyInfo_ = std::move(info);
-    publicKey_ = std::move(key);
+    publicKeyInfo_ = Octets(info);
+    publicKey_.reset();
     return logger.setResult(true);
 }
 
@@ -300,11 +316,11 @@ void CCrypto_X509_Certificate::changeFields()
 /// Fills the quoted template, or without extensions the one that can do without.
 bool CCrypto_X509_Certificate::fillFields(CCryptoParser& parser) const
 {
-    const bool isVersion1 = version_ == 1;
     const bool hasExtensions = !extensions_.isEmpty();
-    const elementNode* const items = ParsedTemplate(isVersion1 && !hasExtensions ? openVersion1Template
-                                                    : hasExtensions              ? version3CertificateTemplate
-                                                                                 : openVersion3Template);
+    const bool isVersion1 = version_ == 1 && !hasExtensions;
+    const elementNode* const items = ParsedTemplate(isVersion1      ? openVersion1Template
+                                                    : hasExtensions ? version3CertificateTemplate
+                                                                    : openVersion3Template);
     parser.setRoot(items != nullptr ? items->clone(true) : nullptr);
     const auto fillOctets = [&parser](const char* name, const element& octets) {
         const ElementNodePtr tree = octets.isEmpty() ? nullptr : CCryptoDERParser().Decode(octets.bytes());
@@ -319,10 +335,12 @@ bool CCrypto_X509_Certificate::fillFields(CCryptoParser& parser) const
         return (values != nullptr || list.isEmpty()) && parser.fill_tree(name, values.get());
     };
     const ElementNodePtr extensions = extensions_.BuildItems(false);
+    const element zero = element(std::uint32_t{0});
     element signature;
     signature.append(std::uint8_t{0});
     signature.append(signature_.view());
-    return (isVersion1 || parser.fill("VERSION", element(std::uint32_t{2}))) && parser.fill("SERIAL_NUMBER", serialNumber_) &&
+    return (isVersion1 || parser.fill("VERSION", element(std::uint32_t{2}))) &&
+           parser.fill("SERIAL_NUMBER", serialNumber_.isEmpty() ? zero : serialNumber_) &&
            fillOctets("SIGNATURE_ALGORITHM", signatureAlgorithm_.readOctets()) &&
            fillOctets("SIGNATURE_ALGORITHM_2", outerSignatureAlgorithm_.readOctets()) && fillName("ISSUER", issuer_) &&
            fillTime("VALID_FROM_TAG", "VALID_FROM", validFrom_) && fillTime("VALID_TO_TAG", "VALID_TO", validTo_) &&

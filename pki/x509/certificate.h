@@ -39,8 +39,11 @@ public:
     [[nodiscard]] bool isValidAt(const CCryptoDateTime& now, std::int64_t toleranceSeconds = 0) const;
 
     // Fields of a certificate that is to be written. Each change makes der() empty: GetCertificate() is then built of the fields.
-    // It is of version 3, unless version 1 was read and there are no extensions.
+    // It is of version 3, unless version 1 was read or set and there are no extensions.
 
+    /// \return false for another than 1 or 3.
+    [[nodiscard]] bool setVersion(std::uint32_t version);
+    /// \param magnitude big-endian; empty for none, which is written as 0 with a warning in the log.
     void setSerialNumber(const element& magnitude);
     void setValidity(const CCryptoDateTime& from, const CCryptoDateTime& to);
     void setIssuer(CCrypto_X509_ValueList issuer);
@@ -48,6 +51,8 @@ public:
     void setExtensions(CCrypto_X509_ValueList extensions);
     /// \return false, logged, for null and for a key that has no SubjectPublicKeyInfo.
     [[nodiscard]] bool setPublicKey(std::shared_ptr<ICryptoKeyPair> key);
+    /// The same of a key that is not loaded: publicKey() is then null. \param info SubjectPublicKeyInfo, DER.
+    [[nodiscard]] bool setPublicKeyInfo(const element& info);
     /// Both of them. \param identifier AlgorithmIdentifier, DER. \return false, logged, for anything else.
     [[nodiscard]] bool setSignatureAlgorithm(const element& identifier);
     void setSignature(const element& signature);

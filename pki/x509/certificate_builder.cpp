@@ -5,7 +5,9 @@
 #include "asn1/template/template_cache.h"
 #include "core/diagnostics/auto_logger.h"
 #include "crypto/random/random.h"
+#include "pki/x509/certificate.h"
 #include "pki/x509/certificate_templates.h"
+#include "pki/x509/der_tags.h"
 #include "pki/x509/extension_builder.h"
 #include "pki/x509/signature.h"
 #include "pki/x509/template_filling.h"
@@ -13,12 +15,12 @@
 
 #include <array>
 #include <optional>
+#include <utility>
 
 namespace ccrypto {
 
 namespace {
 
-constexpr std::uint8_t sequenceOctet = 0x30;
 constexpr std::uint32_t maxIssuedSerialNumber = 20;
 
 // An entry's extensions are written in this order. The issuer of the certificate stands in lists of several issuers alone (RFC
@@ -36,7 +38,7 @@ constexpr const char* generalizedTimeTemplate = "GeneralizedType{TIME}";
 /// The octets within the one SEQUENCE that `der` holds; none for anything else.
 std::optional<element> WithinSequence(const element& der)
 {
-    const auto value = OnlyValue(der.bytes(), sequenceOctet);
+    const auto value = OnlyValue(der.bytes(), der_tag::sequence);
     return value ? std::optional(OctetsOfSpan(*value)) : std::nullopt;
 }
 
@@ -54,12 +56,21 @@ element TimeDer(const CCryptoDateTime& time)
     return FillTemplate(isUtcTime ? utcTimeTemplate : generalizedTimeTemplate, {{"TIME", X509TimeText(time).data()}});
 }
 
-/// The template of a certificate or list while it is filled and signed.
-class SignedTemplate {
+/// No bit of the last octet is unused.
+element SignatureBits(const element& signature)
+{
+    element bits;
+    bits.append(std::uint8_t{0});
+    bits.append(signature.view());
+    return bits;
+}
+
+/// The template of a list while it is filled and signed.
+class ListTemplate {
 public:
-    SignedTemplate(CCryptoAutoLogger& logger, const char* templateText) : logger_(logger)
+    explicit ListTemplate(CCryptoAutoLogger& logger) : logger_(logger)
     {
-        if (const elementNode* const items = ParsedTemplate(templateText))
+        if (const elementNode* const items = ParsedTemplate(revocationListTemplate))
             parser_.setRoot(items->clone(true));
     }
 
@@ -71,15 +82,15 @@ public:
             return logger_.fail(false, "A time is missing, or cannot be written");
         return parser_.fill_word(tagName, X509TimeTypeWord(time)) && parser_.fill(name, text.data());
     }
-    /// The content of the SEQUENCE `der`; an empty one leaves the placeholder.
-    bool fillName(std::string_view name, const element& der, bool mayBeEmpty)
+    /// \param der the SEQUENCE of a name that is not empty.
+    bool fillIssuer(const element& der)
     {
         const std::optional<element> content = WithinSequence(der);
-        if (!content || (content->isEmpty() && !mayBeEmpty))
-            return logger_.fail(false, "There is no name of the issuer, or a name is not a SEQUENCE");
-        return content->isEmpty() || parser_.fill(name, *content);
+        if (!content || content->isEmpty())
+            return logger_.fail(false, "There is no name of the issuer, or it is not a SEQUENCE");
+        return parser_.fill("ISSUER", *content);
     }
-    /// Without extensions the tagged list that is to hold them is left out: it may not be empty (RFC 5280, 4.1).
+    /// Without extensions the tagged list that is to hold them is left out: it may not be empty (RFC 5280, 5.1).
     bool fillExtensions(const CCrypto_X509_ValueList& extensions)
     {
         if (extensions.isEmpty())
@@ -95,18 +106,14 @@ public:
     element sign(ICryptoKeyPair& key, algorithm::Id hash)
     {
         const element algorithm = SignatureAlgorithmFor(key, hash);
-        if (algorithm.isEmpty() || !parser_.fill("SIGNATURE_ALGORITHM", OctetsOfSpan(algorithm.bytes())) ||
-            !parser_.fill("SIGNATURE_ALGORITHM_2", OctetsOfSpan(algorithm.bytes())))
+        if (algorithm.isEmpty() || !parser_.fill("SIGNATURE_ALGORITHM", Octets(algorithm)) ||
+            !parser_.fill("SIGNATURE_ALGORITHM_2", Octets(algorithm)))
             return {};
         const element octets = CCryptoParser::ToDer(parser_.root()->content()->clone().get());
         const element signature = octets.isEmpty() ? element() : SignOctets(key, hash, octets.bytes());
         if (signature.isEmpty())
             return logger_.fail(element(), "Signature operation failed");
-        // No bit of the last octet is unused.
-        element bits;
-        bits.append(std::uint8_t{0});
-        bits.append(signature.data(), signature.length());
-        return parser_.fill("SIGNATURE", bits) ? parser_.ToDer() : element();
+        return parser_.fill("SIGNATURE", SignatureBits(signature)) ? parser_.ToDer() : element();
     }
 
 private:
@@ -140,14 +147,14 @@ element EntryDer(const RevokedEntry& entry)
     if (entry.invalidityDate.isValid())
         invalidityDate =
             FillTemplate(invalidityDateTemplate, {{"INVALIDITY_DATE", entry.invalidityDate.toGeneralizedTime().data()}});
-    return FillTemplate(revokedEntryTemplate, {{"SERIAL_NUMBER", OctetsOfSpan(entry.serialNumber.bytes())},
+    return FillTemplate(revokedEntryTemplate, {{"SERIAL_NUMBER", Octets(entry.serialNumber)},
                                                {"REVOKE_DATE", TimeDer(entry.revocationDate)},
                                                {"INVALIDITY_DATE", invalidityDate},
                                                {"REASON_CODE", reason},
                                                {"CERTIFICATE_ISSUER", CertificateIssuerOf(entry)}});
 }
 
-bool FillEntries(CCryptoAutoLogger& logger, SignedTemplate& list, const RevocationListFields& fields)
+bool FillEntries(CCryptoAutoLogger& logger, ListTemplate& list, const RevocationListFields& fields)
 {
     element entries;
     for (const RevokedEntry& entry : fields.entries) {
@@ -159,6 +166,43 @@ bool FillEntries(CCryptoAutoLogger& logger, SignedTemplate& list, const Revocati
         entries.append(der.data(), der.length());
     }
     return entries.isEmpty() || list.fillOctets("REVOKED", entries);
+}
+
+bool SetExtensions(const CCrypto_X509_ValueList& extensions, CCrypto_X509_Certificate& certificate)
+{
+    CCrypto_X509_ValueList copy;
+    const ElementNodePtr items = extensions.BuildItems(false);
+    if ((items == nullptr && !extensions.isEmpty()) || !copy.Parse(items.get()))
+        return false;
+    certificate.setExtensions(std::move(copy));
+    return true;
+}
+
+/// \return false, logged, for fields that make no certificate.
+bool SetFields(CCryptoAutoLogger& logger, const CertificateFields& fields, CCrypto_X509_Certificate& certificate)
+{
+    if (!certificate.setVersion(fields.version))
+        return logger.fail(false, "Invalid version: %i", static_cast<int>(fields.version));
+    if (fields.version == 1 && !fields.extensions.isEmpty())
+        return logger.fail(false, "A certificate of version 1 has no extensions");
+    if (!fields.serialNumber.isEmpty() && !IsIssuedSerialNumber(fields.serialNumber))
+        return logger.fail(false, "The serial number is negative, or not an INTEGER of at most 20 bytes");
+    if (!fields.validFrom.isValid() || !fields.validTo.isValid())
+        return logger.fail(false, "A time is missing, or cannot be written");
+    if (fields.validTo < fields.validFrom)
+        return logger.fail(false, "The certificate ends before it starts");
+    CCrypto_X509_ValueList issuer, subject;
+    if (!issuer.ParseName(fields.issuer.bytes()) || issuer.isEmpty() || !subject.ParseName(fields.subject.bytes()))
+        return logger.fail(false, "There is no name of the issuer, or a name is not one");
+    if (!certificate.setPublicKeyInfo(fields.publicKeyInfo))
+        return logger.fail(false, "Public key not found");
+    if (!SetExtensions(fields.extensions, certificate))
+        return logger.fail(false, "The extensions cannot be written");
+    certificate.setSerialNumber(fields.serialNumber);
+    certificate.setValidity(fields.validFrom, fields.validTo);
+    certificate.setIssuer(std::move(issuer));
+    certificate.setSubject(std::move(subject));
+    return true;
 }
 
 } // namespace
@@ -177,32 +221,15 @@ element NewSerialNumber()
 element IssueCertificate(const CertificateFields& fields, ICryptoKeyPair& issuerKey, algorithm::Id hash)
 {
     CCryptoAutoLogger logger("IssueCertificate");
-    if (fields.version != 1 && fields.version != 3)
-        return logger.fail(element(), "Invalid version: %i", static_cast<int>(fields.version));
-    if (fields.version == 1 && !fields.extensions.isEmpty())
-        return logger.fail(element(), "A certificate of version 1 has no extensions");
-    element serialNumber = OctetsOfSpan(fields.serialNumber.bytes());
-    if (serialNumber.isEmpty()) {
-        logger.WriteLog("CCrypto_X509_Certificate::GetCertificate(); WARNING: CSN is empty?");
-        serialNumber.append(std::uint8_t{0});
-    }
-    if (!IsIssuedSerialNumber(serialNumber))
-        return logger.fail(element(), "The serial number is negative, or not an INTEGER of at most 20 bytes");
-    if (fields.validTo < fields.validFrom)
-        return logger.fail(element(), "The certificate ends before it starts");
-    if (!WithinSequence(fields.publicKeyInfo))
-        return logger.fail(element(), "Public key not found");
-
-    const bool hasVersion = fields.version == 3;
-    SignedTemplate certificate(logger, hasVersion ? version3CertificateTemplate : version1CertificateTemplate);
-    const bool isFilled =
-        (!hasVersion || certificate.fillOctets("VERSION", element(fields.version - 1))) &&
-        certificate.fillOctets("SERIAL_NUMBER", serialNumber) && certificate.fillName("ISSUER", fields.issuer, false) &&
-        certificate.fillTime("VALID_FROM_TAG", "VALID_FROM", fields.validFrom) &&
-        certificate.fillTime("VALID_TO_TAG", "VALID_TO", fields.validTo) && certificate.fillName("SUBJECT", fields.subject, true) &&
-        certificate.fillOctets("PUBLIC_KEY", OctetsOfSpan(fields.publicKeyInfo.bytes())) &&
-        certificate.fillExtensions(fields.extensions);
-    element der = isFilled ? certificate.sign(issuerKey, hash) : element();
+    CCrypto_X509_Certificate certificate;
+    if (!SetFields(logger, fields, certificate) || !certificate.setSignatureAlgorithm(SignatureAlgorithmFor(issuerKey, hash)))
+        return {};
+    const element signedPart = certificate.GetSignedPart();
+    const element signature = signedPart.isEmpty() ? element() : SignOctets(issuerKey, hash, signedPart.bytes());
+    if (signature.isEmpty())
+        return logger.fail(element(), "Signature operation failed");
+    certificate.setSignature(signature);
+    element der = certificate.GetCertificate();
     logger.setResult(!der.isEmpty());
     return der;
 }
@@ -218,12 +245,12 @@ element IssueRevocationList(const RevocationListFields& fields, ICryptoKeyPair& 
     if (hasEnd && fields.nextUpdate < fields.thisUpdate)
         return logger.fail(element(), "The list ends before it starts");
 
-    SignedTemplate list(logger, revocationListTemplate);
-    const bool isFilled =
-        list.fillOctets("VERSION", element(fields.version - 1)) && list.fillName("ISSUER", fields.issuer, false) &&
-        list.fillTime("VALID_FROM_TAG", "VALID_FROM", fields.thisUpdate) &&
-        (!hasEnd || list.fillTime("VALID_TO_TAG", "VALID_TO", fields.nextUpdate)) && FillEntries(logger, list, fields) &&
-        list.fillExtensions(fields.extensions) && (fields.version == 2 || list.removeVersion());
+    ListTemplate list(logger);
+    const bool isFilled = list.fillOctets("VERSION", element(fields.version - 1)) && list.fillIssuer(fields.issuer) &&
+                          list.fillTime("VALID_FROM_TAG", "VALID_FROM", fields.thisUpdate) &&
+                          (!hasEnd || list.fillTime("VALID_TO_TAG", "VALID_TO", fields.nextUpdate)) &&
+                          FillEntries(logger, list, fields) && list.fillExtensions(fields.extensions) &&
+                          (fields.version == 2 || list.removeVersion());
     element der = isFilled ? list.sign(issuerKey, hash) : element();
     logger.setResult(!der.isEmpty());
     return der;

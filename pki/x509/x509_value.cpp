@@ -182,6 +182,19 @@ bool CCrypto_X509_ValueList::Parse(const elementNode* first)
     return isRead;
 }
 
+bool CCrypto_X509_ValueList::ParseName(std::span<const std::uint8_t> der)
+{
+    CCryptoAutoLogger logger("CCrypto_X509_ValueList::ParseName");
+    clear();
+    CCryptoDERParser decoder;
+    ElementNodePtr name = decoder.Decode(der);
+    if (name == nullptr || !decoder.isDer() || name->type() != ElementType::sequence || name->next() != nullptr ||
+        !Refer(name->content(), der, true))
+        return logger.fail(false, "Not a name");
+    ownNodes_ = std::move(name);
+    return logger.setResult(true);
+}
+
 void CCrypto_X509_ValueList::clear()
 {
     values_.clear();

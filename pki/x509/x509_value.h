@@ -62,6 +62,8 @@ public:
     /// \param first the first SET, or extension, of the list; null for an empty one. \return false, logged, the list empty, for
     /// what is neither, and for more than maxValues.
     [[nodiscard]] bool Parse(const elementNode* first);
+    /// The same of a name. \param der the SEQUENCE; anything else, and octets after it, give false.
+    [[nodiscard]] bool ParseName(std::span<const std::uint8_t> der);
     /// The same without copies, for the owner of a tree: the nodes must outlive the list and what is moved out of it.
     /// \param octets the SEQUENCE that the nodes are read from. \param asName a list of SETs, else of extensions.
     [[nodiscard]] bool Refer(const elementNode* first, std::span<const std::uint8_t> octets, bool asName);

@@ -152,6 +152,18 @@ TEST(CertificateBuilder, RefusesFieldsOfNoCertificate)
          [](CertificateFields& fields) {
              fields.issuer = ElementOf({1, 2, 3});
          }},
+        {"an issuer of another structure",
+         [](CertificateFields& fields) { fields.issuer = ElementOf(Tlv(der::sequence, NumberTlv(1))); }},
+        {"a subject that is not DER",
+         [](CertificateFields& fields) {
+             fields.subject = ElementOf({der::sequence, 0x81, 0});
+         }},
+        {"a subject with octets after it",
+         [](CertificateFields& fields) {
+             fields.subject = ElementOf({der::sequence, 0, der::null, 0});
+         }},
+        {"a key of another structure",
+         [](CertificateFields& fields) { fields.publicKeyInfo = ElementOf(Tlv(der::sequence, NumberTlv(1))); }},
         {"no subject", [](CertificateFields& fields) { fields.subject = {}; }},
         {"no start", [](CertificateFields& fields) { fields.validFrom = {}; }},
         {"no end", [](CertificateFields& fields) { fields.validTo = {}; }},

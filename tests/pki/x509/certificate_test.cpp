@@ -1,6 +1,7 @@
 #include "asn1/der/der_cursor.h"
 #include "asn1/der/pem.h"
 #include "pki/x509/certificate.h"
+#include "pki/x509/extension_builder.h"
 #include "pki/x509/name.h"
 #include "tests/pki/keys/test_keys.h"
 #include "tests/pki/x509/test_authority.h"
@@ -177,6 +178,14 @@ const LoadCase loadCases[] = {
          return SignedFields(Joined({Tlv(der::Context(0), NumberTlv(2)), JoinedFields(fields)}));
      },
      "Public key not found"},
+    {"no key, and no issuer",
+     [] {
+         std::vector<Bytes> fields = FieldsOfVersion1();
+         fields[2] = Tlv(der::sequence, Tlv(der::set, Bytes()));
+         fields.pop_back();
+         return SignedFields(JoinedFields(fields));
+     },
+     "Invalid issuer"},
     {"no key, no more", [] { return WithVersion1Field(5, {}); }, "Public key not found"},
     {"a key of another structure", [] { return WithVersion1Field(5, Tlv(der::sequence, NumberTlv(1))); }, "Key loading failed"},
     {"a key of an unknown algorithm",
@@ -575,6 +584,24 @@ TEST(Certificate, WarnsOfNoSerialNumberAndGoesOn)
     ASSERT_TRUE(certificate.LoadCertificate(ElementOf(LeafCertificate().build(CertificateRoot()))));
     certificate.setSerialNumber({});
     const CapturedLog log;
-    EXPECT_FALSE(certificate.GetCertificate().isEmpty());
+    CCrypto_X509_Certificate read;
+    ASSERT_TRUE(read.LoadCertificate(certificate.GetCertificate()));
+    EXPECT_EQ(HexOf(read.serialNumber()), "00");
     EXPECT_THAT(log.texts(), ::testing::Contains("CCrypto_X509_Certificate::GetCertificate(); WARNING: CSN is empty?"));
+}
+
+TEST(Certificate, OfVersion1BecomesVersion3WithExtensions)
+{
+    CCrypto_X509_Certificate certificate;
+    ASSERT_TRUE(certificate.LoadCertificate(ElementOf(SignedFields(JoinedFields(FieldsOfVersion1())))));
+    certificate.setSignature(element("x", 1));
+    CCrypto_X509_Certificate read;
+    ASSERT_TRUE(read.LoadCertificate(certificate.GetCertificate()));
+    EXPECT_EQ(read.version(), 1u);
+    CCrypto_X509_ValueList extensions;
+    extensions.add(BuildBasicConstraints({}));
+    certificate.setExtensions(std::move(extensions));
+    ASSERT_TRUE(read.LoadCertificate(certificate.GetCertificate()));
+    EXPECT_EQ(read.version(), 3u);
+    EXPECT_EQ(read.extensions().values().size(), 1u);
 }
