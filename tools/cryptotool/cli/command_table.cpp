@@ -13,7 +13,8 @@ const Command* const commandTable[] = {
     &keyVerifyCommand, &keyEncryptCommand,  &keyDecryptCommand, &keyAgreeCommand,   &certShowCommand,    &certVerifyCommand,
     &certBuildCommand, &crlShowCommand,     &crlFindCommand,    &crlBuildCommand,   &csrShowCommand,     &csrBuildCommand,
     &csrVerifyCommand, &ocspRequestCommand, &ocspShowCommand,   &ocspVerifyCommand, &ocspRespondCommand, &cmsShowCommand,
-    &cmsSignCommand,   &cmsVerifyCommand,   &cmsEncryptCommand, &cmsDecryptCommand, &completionCommand,  &manualCommand,
+    &cmsSignCommand,   &cmsVerifyCommand,   &cmsEncryptCommand, &cmsDecryptCommand, &p12ShowCommand,     &p12ImportCommand,
+    &p12ExportCommand, &completionCommand,  &manualCommand,
 };
 
 constexpr Noun nounTable[] = {
@@ -25,6 +26,7 @@ constexpr Noun nounTable[] = {
     {"csr", "show, verify and make certificate requests"},
     {"ocsp", "ask for the status of certificates, judge answers, and give them"},
     {"cms", "sign files and verify, encrypt and decrypt messages"},
+    {"p12", "show, read and make files of keys and certificates (PKCS#12)"},
 };
 
 } // namespace

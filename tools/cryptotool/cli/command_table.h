@@ -44,6 +44,9 @@ extern const Command ocspRespondCommand;
 extern const Command ocspShowCommand;
 extern const Command ocspVerifyCommand;
 extern const Command oidCommand;
+extern const Command p12ExportCommand;
+extern const Command p12ImportCommand;
+extern const Command p12ShowCommand;
 extern const Command randomCommand;
 extern const Command speedCommand;
 

@@ -56,38 +56,38 @@ int ReadName(Invocation& invocation, const Option& option, std::span<const Named
 
 } // namespace
 
+int ReadPasswordEncryption(Invocation& invocation, SCryptoPasswordEncryption& encryption)
+{
+    const Arguments& arguments = invocation.arguments();
+    const bool hasScheme = arguments.has(keySchemeOption.name);
+    if (hasScheme && arguments.has(keyCipherOption.name))
+        return invocation.misuse("--cipher and --scheme are mutually exclusive");
+    const std::uint64_t iterations = arguments.number(keyIterationsOption.name, encryption.iterations);
+    if (iterations < minIterations || iterations > maxIterations)
+        return invocation.misuse("--iterations must be from " + std::to_string(minIterations) + " to " +
+                                 std::to_string(maxIterations));
+    encryption.iterations = static_cast<std::uint32_t>(iterations);
+    int exit = ReadName(invocation, keyCipherOption, ciphers, encryption.cipher);
+    if (exit == exitDone)
+        exit = ReadName(invocation, keySchemeOption, schemes, encryption.scheme);
+    if (exit == exitDone && hasScheme)
+        invocation.warn({}, arguments.value(keySchemeOption.name) +
+                                " is weak: anyone with the file may recover the key without the password");
+    return exit;
+}
+
 int PrivateKeyTarget::read(Invocation& invocation, const SecretKind& secret)
 {
     const Arguments& arguments = invocation.arguments();
     form_ = FormOf(arguments.value(privateFormOption.name));
     secret_ = &secret;
     if (form_ == KeyForm::encryptedPrivateKey)
-        return readEncryption(invocation);
+        return ReadPasswordEncryption(invocation, encryption_);
     // Ignoring a password would leave a key unprotected that its user takes for encrypted.
     for (const Option& option : {keyCipherOption, keyIterationsOption, keySchemeOption, secret.file, secret.descriptor})
         if (arguments.has(option.name))
             return invocation.misuse("--" + std::string(option.name) + " requires --form encrypted");
     return exitDone;
-}
-
-int PrivateKeyTarget::readEncryption(Invocation& invocation)
-{
-    const Arguments& arguments = invocation.arguments();
-    const bool hasScheme = arguments.has(keySchemeOption.name);
-    if (hasScheme && arguments.has(keyCipherOption.name))
-        return invocation.misuse("--cipher and --scheme are mutually exclusive");
-    const std::uint64_t iterations = arguments.number(keyIterationsOption.name, encryption_.iterations);
-    if (iterations < minIterations || iterations > maxIterations)
-        return invocation.misuse("--iterations must be from " + std::to_string(minIterations) + " to " +
-                                 std::to_string(maxIterations));
-    encryption_.iterations = static_cast<std::uint32_t>(iterations);
-    int exit = ReadName(invocation, keyCipherOption, ciphers, encryption_.cipher);
-    if (exit == exitDone)
-        exit = ReadName(invocation, keySchemeOption, schemes, encryption_.scheme);
-    if (exit == exitDone && hasScheme)
-        invocation.warn({}, arguments.value(keySchemeOption.name) +
-                                " is weak: anyone with the file may recover the key without the password");
-    return exit;
 }
 
 int PrivateKeyTarget::prepare(Invocation& invocation, algorithm::Id kind)

@@ -23,6 +23,10 @@ constexpr Option keySchemeOption = {
     "for encrypted: an old, weak scheme of PKCS#12, for programs that read nothing newer: sha1-3des, "
     "sha1-2des, sha1-rc2-128, sha1-rc2-40, sha1-rc4-128 or sha1-rc4-40"};
 
+/// Reads keyCipherOption, keyIterationsOption and keySchemeOption, and warns of a weak scheme. \return exitDone, or exitUsage after
+/// the reason was printed.
+int ReadPasswordEncryption(Invocation& invocation, SCryptoPasswordEncryption& encryption);
+
 /// Where a key goes: the place that the options of an invocation name, as PEM or DER; a private key's file is for its owner alone.
 class KeyOutput {
 public:
@@ -53,8 +57,6 @@ public:
     int write(Invocation& invocation, const ICryptoKeyPair& key, std::string_view source);
 
 private:
-    int readEncryption(Invocation& invocation);
-
     KeyForm form_ = KeyForm::privateKeyInfo;
     const SecretKind* secret_ = nullptr;
     SCryptoPasswordEncryption encryption_;

@@ -62,4 +62,28 @@ TEST_F(CryptotoolPkiOpenssl, TheirObjectsAreAccepted)
     EXPECT_NE(Tool({"cert", "show", "@t.pem"}).output.find(R"(CN=a\, b, O=Their, C=FI)"), std::string::npos);
 }
 
+TEST_F(CryptotoolPkiOpenssl, StoresOfKeysAreAcceptedBothWays)
+{
+    Put("secret", "secret");
+    Done({"p12", "export", "--key", "@me.key", "--name", "Me", "--iterations", "1000", "--new-password-file", "@secret", "@me.pem",
+          "@sub.pem", "-o", "@me.p12"});
+    EXPECT_TRUE(Shell("openssl pkcs12 -in me.p12 -passin file:secret -nodes -out all.pem && "
+                      "openssl pkcs12 -export -inkey me.key -in me.pem -name Theirs -passout file:secret -out their.p12"))
+        << Get("log");
+    EXPECT_EQ(Get("all.pem").find("friendlyName: Me"), Get("all.pem").find("friendlyName"));
+    EXPECT_NE(Get("all.pem").find("BEGIN PRIVATE KEY"), std::string::npos);
+
+    const ToolResult closed = Tool({"p12", "show", "@their.p12"});
+    EXPECT_NE(closed.output.find("verified            no"), std::string::npos) << closed.output;
+    const ToolResult shown = Tool({"p12", "show", "--password-file", "@secret", "@their.p12"});
+    EXPECT_NE(shown.output.find("friendlyName        Theirs"), std::string::npos) << shown.output;
+    EXPECT_NE(shown.output.find("verified            yes"), std::string::npos) << shown.output;
+    Done({"p12", "import", "--plain", "--password-file", "@secret", "@their.p12", "-o", "@back.pem"});
+    EXPECT_TRUE(
+        Shell("openssl pkey -in me.key -pubout -out 1.pub && openssl pkey -in back.pem -pubout -out 2.pub && cmp 1.pub 2.pub"))
+        << Get("log");
+    Put("secret", "wrong");
+    EXPECT_EQ(Tool({"p12", "show", "--password-file", "@secret", "@their.p12"}).code, 1);
+}
+
 } // namespace
