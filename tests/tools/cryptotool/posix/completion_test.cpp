@@ -36,8 +36,8 @@ TEST(CryptotoolCompletion, BashCompletesWordsOptionsValuesAndFiles)
         const char* replies;
     } cases[] = {
         {"as", "asn1"},
-        {"''",
-         "asn1 cipher key cert crl csr ocsp cms p12 oid gzip gunzip hash mac random speed completion manpage help --help --version"},
+        {"''", "asn1 cipher key cert crl csr ocsp cms p12 oid gzip gunzip hash mac random speed completion manpage help --help "
+               "--version"},
         {"key s", "show sign"},
         {"key ''", "gen show public convert sign verify encrypt decrypt agree --help"},
         {"help cip", "cipher"},
