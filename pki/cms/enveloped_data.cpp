@@ -13,6 +13,9 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
+#include <string_view>
+#include <utility>
 
 using namespace ccrypto;
 
@@ -203,7 +206,8 @@ bool CCryptoPKCS7EnvelopedDataObject::readRecipient(const elementNode& node)
 bool CCryptoPKCS7EnvelopedDataObject::BuildNode()
 {
     CCryptoAutoLogger logger("CCryptoPKCS7EnvelopedDataObject::BuildNode");
-    ItemList list;
+    // A SET OF is written in the order of its elements' octets (X.690, 11.6).
+    std::vector<std::pair<element, ElementNodePtr>> trees;
     for (const KeyRecipient& recipient : recipients) {
         CCryptoParser parser = TemplateToFill(keyRecipientToWriteTemplate);
         if (!FillContentOf(parser, "issuer", recipient.recipient.issuer) ||
@@ -211,8 +215,13 @@ bool CCryptoPKCS7EnvelopedDataObject::BuildNode()
             !FillDer(parser, "keyEncryptionAlgorithm", recipient.keyEncryptionAlgorithm) ||
             !parser.fill("encryptedKey", Octets(recipient.encryptedKey)))
             return logger.setResult(false);
-        list.add(parser.takeRoot());
+        element der = parser.ToDer();
+        trees.emplace_back(std::move(der), parser.takeRoot());
     }
+    std::ranges::sort(trees, {}, [](const auto& tree) { return tree.first.view(); });
+    ItemList list;
+    for (auto& [der, tree] : trees)
+        list.add(std::move(tree));
     return logger.setResult(builder().fill("version", element(std::uint32_t{0})) &&
                             FillTree(builder(), "recipientInfos", std::move(list.first)) &&
                             FillTree(builder(), "encryptedContentInfo", encryptedContent.BuildTree()));
@@ -242,7 +251,10 @@ element EncryptForRecipients(std::span<const std::uint8_t> content, std::span<co
     SCryptoPadding padding;
     padding.scheme = options.keyPadding;
     padding.masking.hash = options.maskingHash;
+    std::set<std::string_view> written;
     for (const CertificatePtr& certificate : recipients) {
+        if (certificate != nullptr && !written.insert(certificate->der().view()).second)
+            continue;
         ICryptoDecrypter* const encrypter = certificate != nullptr ? certificate->publicKey()->decrypter() : nullptr;
         if (encrypter == nullptr)
             return logger.fail(element(), "Messages are encrypted for RSA keys alone; elliptic-curve recipients come later");
@@ -269,10 +281,12 @@ element EncryptForRecipients(std::span<const std::uint8_t> content, std::span<co
 }
 
 bool DecryptAsRecipient(std::span<const std::uint8_t> message, const CCrypto_X509_Certificate& certificate, ICryptoKeyPair& key,
-                        element& content)
+                        element& content, Oid* contentType)
 {
     CCryptoAutoLogger logger("DecryptAsRecipient");
     content = {};
+    if (contentType != nullptr)
+        *contentType = {};
     CCryptoPKCS7Document document;
     CCryptoPKCS7EnvelopedDataObject data;
     if (!document.Parse(message) || document.contentInfo()->contentType() != ContentType::envelopedData ||
@@ -298,6 +312,8 @@ bool DecryptAsRecipient(std::span<const std::uint8_t> message, const CCrypto_X50
         return logger.fail(false, "Unsupported decryption algorithm");
     if (!cipher->decrypt(contentKey.bytes(), iv.bytes(), data.encryptedContent.encryptedContent.bytes(), content))
         return logger.fail(false, "The message cannot be opened");
+    if (contentType != nullptr)
+        *contentType = data.encryptedContent.contentOid();
     return logger.setResult(true);
 }
 

@@ -54,14 +54,15 @@ struct EnvelopeOptions {
 };
 
 /// A message of enveloped data, DER, that the owners of these certificates can open. Their keys are RSA keys; a key usage, where
-/// there is one, allows key encipherment. \return empty, logged, otherwise.
+/// there is one, allows key encipherment. One that is given twice is written once. \return empty, logged, otherwise.
 [[nodiscard]] element EncryptForRecipients(std::span<const std::uint8_t> content, std::span<const CertificatePtr> recipients,
                                            const EnvelopeOptions& options = {});
 
 /// Opens a message, DER or BER, with the private key of one recipient. A key that was encrypted otherwise, or damaged, gives a
-/// random one in its place, so that all that is wrong with a message ends with the same text. \return false, logged, `content`
-/// empty.
+/// random one in its place, so that all that is wrong with a message ends with the same text.
+/// \param contentType set, where it is given, to what the message says of the content, which need not be data.
+/// \return false, logged, `content` empty.
 [[nodiscard]] bool DecryptAsRecipient(std::span<const std::uint8_t> message, const CCrypto_X509_Certificate& certificate,
-                                      ICryptoKeyPair& key, element& content);
+                                      ICryptoKeyPair& key, element& content, Oid* contentType = nullptr);
 
 } // namespace ccrypto

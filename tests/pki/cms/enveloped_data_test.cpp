@@ -73,6 +73,29 @@ TEST(CmsEnvelopes, OpenAgain)
     }
 }
 
+TEST(CmsEnvelopes, HoldTheirRecipientsOnceAndInOrder)
+{
+    const TestIssuer issuer = {.name = TestName("CN=Envelopes"), .key = TestKey(1)};
+    std::vector<CertificatePtr> recipients;
+    for (const std::uint64_t serial : {9, 7, 8})
+        recipients.push_back(LoadCertificate(TestCertificate("CN=Recipient", TestRsaKey()).serial(serial).build(issuer)));
+    recipients.push_back(recipients[0]);
+    const element message = EncryptForRecipients(TextBytes("content"), recipients);
+    CCryptoPKCS7Document document;
+    ASSERT_TRUE(document.Parse(message.bytes()));
+    CCryptoPKCS7EnvelopedDataObject data;
+    ASSERT_TRUE(data.Parse(document.contentInfo()->content()));
+    Bytes serials;
+    for (const KeyRecipient& recipient : data.recipients)
+        serials.push_back(recipient.recipient.serialNumber[0]);
+    EXPECT_EQ(serials, (Bytes{7, 8, 9}));
+    for (const CertificatePtr& recipient : recipients) {
+        element content;
+        EXPECT_TRUE(DecryptAsRecipient(message.bytes(), *recipient, *TestRsaKey(), content));
+        EXPECT_EQ(content.view(), "content");
+    }
+}
+
 TEST(CmsEnvelopes, AreForRsaKeysThatMayEncipher)
 {
     const struct {
