@@ -22,6 +22,7 @@
 #include "pki/ocsp/response_verification.h"
 #include "pki/pkcs12/pkcs12.h"
 #include "pki/validation/certificate_pool.h"
+#include "pki/validation/list_verification.h"
 #include "pki/validation/path_validation.h"
 #include "pki/validation/verdict.h"
 #include "pki/x509/certificate.h"

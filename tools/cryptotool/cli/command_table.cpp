@@ -7,14 +7,14 @@ namespace ccrypto {
 namespace {
 
 const Command* const commandTable[] = {
-    &asn1ShowCommand,  &asn1BuildCommand,   &asn1MatchCommand,  &asn1GetCommand,    &cipherEncCommand,   &cipherDecCommand,
-    &oidCommand,       &gzipCommand,        &gunzipCommand,     &hashCommand,       &macCommand,         &randomCommand,
-    &speedCommand,     &keyGenCommand,      &keyShowCommand,    &keyPublicCommand,  &keyConvertCommand,  &keySignCommand,
-    &keyVerifyCommand, &keyEncryptCommand,  &keyDecryptCommand, &keyAgreeCommand,   &certShowCommand,    &certVerifyCommand,
-    &certBuildCommand, &crlShowCommand,     &crlFindCommand,    &crlBuildCommand,   &csrShowCommand,     &csrBuildCommand,
-    &csrVerifyCommand, &ocspRequestCommand, &ocspShowCommand,   &ocspVerifyCommand, &ocspRespondCommand, &cmsShowCommand,
-    &cmsSignCommand,   &cmsVerifyCommand,   &cmsEncryptCommand, &cmsDecryptCommand, &p12ShowCommand,     &p12ImportCommand,
-    &p12ExportCommand, &completionCommand,  &manualCommand,
+    &asn1ShowCommand,  &asn1BuildCommand,  &asn1MatchCommand,   &asn1GetCommand,    &cipherEncCommand,  &cipherDecCommand,
+    &oidCommand,       &gzipCommand,       &gunzipCommand,      &hashCommand,       &macCommand,        &randomCommand,
+    &speedCommand,     &keyGenCommand,     &keyShowCommand,     &keyPublicCommand,  &keyConvertCommand, &keySignCommand,
+    &keyVerifyCommand, &keyEncryptCommand, &keyDecryptCommand,  &keyAgreeCommand,   &certShowCommand,   &certVerifyCommand,
+    &certBuildCommand, &crlShowCommand,    &crlVerifyCommand,   &crlFindCommand,    &crlBuildCommand,   &csrShowCommand,
+    &csrBuildCommand,  &csrVerifyCommand,  &ocspRequestCommand, &ocspShowCommand,   &ocspVerifyCommand, &ocspRespondCommand,
+    &cmsShowCommand,   &cmsSignCommand,    &cmsVerifyCommand,   &cmsEncryptCommand, &cmsDecryptCommand, &p12ShowCommand,
+    &p12ImportCommand, &p12ExportCommand,  &completionCommand,  &manualCommand,
 };
 
 constexpr Noun nounTable[] = {

@@ -22,6 +22,7 @@ extern const Command completionCommand;
 extern const Command crlBuildCommand;
 extern const Command crlFindCommand;
 extern const Command crlShowCommand;
+extern const Command crlVerifyCommand;
 extern const Command csrBuildCommand;
 extern const Command csrShowCommand;
 extern const Command csrVerifyCommand;
