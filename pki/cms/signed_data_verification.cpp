@@ -28,6 +28,8 @@ std::string KeyOfIndex(const element& issuer, const element& serialNumber)
 /// All certificates of one verification, found by what signers say of them: those of the caller before those of the message, which
 /// anyone can add to.
 class KnownSigners {
+    using Index = std::multimap<std::string, const KnownCertificate*>;
+
 public:
     KnownSigners(const CCryptoPKCS7SignedDataObject& data, const SignedDataTrust& trust)
     {
@@ -40,13 +42,21 @@ public:
     }
 
     [[nodiscard]] const CertificatePool& pool() const { return pool_; }
+    /// A part of an index. A std::ranges::subrange does not compile with clang 14 and this standard library.
+    struct Found {
+        Index::const_iterator first, last;
+
+        [[nodiscard]] Index::const_iterator begin() const { return first; }
+        [[nodiscard]] Index::const_iterator end() const { return last; }
+    };
+
     /// By the identifier or by a text that is the same.
-    [[nodiscard]] auto find(const CertificateIdentifier& identifier) const
+    [[nodiscard]] Found find(const CertificateIdentifier& identifier) const
     {
         const auto& index = identifier.isByKey() ? byKey_ : byIssuer_;
         const auto [first, last] = index.equal_range(identifier.isByKey() ? std::string(identifier.keyIdentifier.view())
                                                                           : KeyOfIndex(identifier.issuer, identifier.serialNumber));
-        return std::ranges::subrange(first, last);
+        return {first, last};
     }
 
 private:
@@ -64,8 +74,8 @@ private:
     }
 
     CertificatePool pool_;
-    std::multimap<std::string, const KnownCertificate*> byIssuer_;
-    std::multimap<std::string, const KnownCertificate*> byKey_;
+    Index byIssuer_;
+    Index byKey_;
 };
 
 CCryptoString TextOfKey(const ICryptoKeyPair& key)

@@ -350,8 +350,10 @@ std::span<const RevokedEntries::Place> RevokedEntries::candidates(std::span<cons
     const auto all = std::span(places_).subspan(bucketStarts_[bucket], bucketStarts_[bucket + 1] - bucketStarts_[bucket]);
     if (all.size() <= maxScanned)
         return all;
-    const auto found = std::ranges::equal_range(all, serialNumber, IsBefore, [this](Place place) { return serialNumberAt(place); });
-    return {found.begin(), found.end()};
+    // Two searches: std::ranges::equal_range gives a subrange, which clang 14 cannot compile with this standard library.
+    const auto serialNumberOf = [this](Place place) { return serialNumberAt(place); };
+    const auto first = std::ranges::lower_bound(all, serialNumber, IsBefore, serialNumberOf);
+    return {first, std::ranges::upper_bound(first, all.end(), serialNumber, IsBefore, serialNumberOf)};
 }
 
 SerialOctets RevokedEntries::serialNumberAt(Place place) const
