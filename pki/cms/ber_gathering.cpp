@@ -44,6 +44,18 @@ void AppendHead(element& output, std::uint8_t identifier, std::uint32_t length)
     }
 }
 
+/// All that stand in DER, at whatever depth, as far as it can be read.
+std::uint32_t CountElements(std::span<const std::uint8_t> der)
+{
+    std::uint32_t elements = 0;
+    while (const DerItem item = DerCursor(der).read()) {
+        ++elements;
+        const bool isConstructed = (item.identifier & derConstructedBit) != 0;
+        der = der.subspan(item.octets.size() - (isConstructed ? item.value.size() : 0));
+    }
+    return elements;
+}
+
 class BerGatherer {
 public:
     explicit BerGatherer(std::span<const std::uint8_t> input) : input_(input) {}
@@ -80,6 +92,11 @@ private:
     void close();
     void addOctets(std::uint32_t offset, std::uint32_t length);
     bool holdsCertificates(std::uint8_t identifier) const;
+    bool count(std::uint32_t elements)
+    {
+        elements_ += elements;
+        return elements_ <= maxMessageElements || fail("The message has more than 2,000,000 elements");
+    }
     bool fail(const char* reason)
     {
         reason_ = reason;
@@ -88,6 +105,7 @@ private:
 
     std::span<const std::uint8_t> input_;
     std::uint32_t position_ = 0;
+    std::uint32_t elements_ = 0;
     bool isSame_ = true; ///< what is written is the input
     bool isSignedData_ = false;
     std::vector<Level> levels_;
@@ -134,6 +152,8 @@ bool BerGatherer::readNext()
     if (!readHead(head))
         return false;
     const bool isConstructed = (head.identifier & derConstructedBit) != 0;
+    if (level.content != Content::pieces && !count(1))
+        return false;
     if (level.content == Content::pieces && (head.identifier & ~derConstructedBit) != primitiveOctetString)
         return fail("A piece of an OCTET STRING is not one");
     if (isConstructed)
@@ -194,6 +214,8 @@ bool BerGatherer::readVerbatim()
     const DerItem item = DerCursor(input_.subspan(position_, level.end - position_)).read();
     if (!item)
         return fail("A certificate or list in the message is not DER");
+    if (!count(CountElements(item.octets)))
+        return false;
     const auto length = static_cast<std::uint32_t>(item.octets.size());
     addOctets(position_, length);
     position_ += length;

@@ -9,6 +9,8 @@ namespace ccrypto {
 
 constexpr std::uint32_t maxMessageSize = 256u << 20; ///< bytes of one message
 constexpr std::uint32_t maxMessageDepth = 128;       ///< levels of one message
+/// Elements of one message, pieces of content not counted: each becomes a node of a tree.
+constexpr std::uint32_t maxMessageElements = 2'000'000;
 
 /// A message as DER has it: what is written in one pass has indefinite lengths, lengths of more octets than needed, and content
 /// cut into pieces (X.690, 8.7.3), none of which the templates take. Each piece of an OCTET STRING is put after the one before.

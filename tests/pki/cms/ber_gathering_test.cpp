@@ -87,6 +87,21 @@ TEST(BerGathering, HasLimits)
     EXPECT_TRUE(GatherBer(Nested(maxMessageDepth + 1)).isEmpty());
     EXPECT_EQ(ReasonOfFailure().substr(0, 49), "The message is nested more than 128 levels deep (");
 
+    // Elements, but not the pieces of content.
+    Bytes nulls(2 * std::size_t{maxMessageElements});
+    for (std::size_t index = 0; index < nulls.size(); index += 2)
+        nulls[index] = 0x05;
+    EXPECT_FALSE(GatherBer(Tlv(0x30, Bytes(nulls.begin() + 2, nulls.end()))).isEmpty());
+    EXPECT_TRUE(GatherBer(Tlv(0x30, nulls)).isEmpty());
+    EXPECT_TRUE(ReasonOfFailure().starts_with("The message has more than 2,000,000 elements"));
+    const Bytes certificates = Tlv(0xA0, Tlv(0x30, nulls));
+    const Bytes data = Tlv(0x30, {NumberTlv(1), Tlv(0x31, Bytes()), Tlv(0x30, OidTlv("1.2.840.113549.1.7.1")), certificates});
+    EXPECT_TRUE(GatherBer(Tlv(0x30, {OidTlv("1.2.840.113549.1.7.2"), Tlv(0xA0, data)})).isEmpty());
+    EXPECT_TRUE(ReasonOfFailure().starts_with("The message has more than 2,000,000 elements"));
+    for (std::size_t index = 0; index < nulls.size(); index += 2)
+        nulls[index] = 0x04;
+    EXPECT_FALSE(GatherBer(Tlv(0x24, nulls)).isEmpty());
+
     // Only the first octets are looked at.
     const std::unique_ptr<std::uint8_t[]> large(new std::uint8_t[maxMessageSize + 1]);
     large[0] = large[1] = 0;
