@@ -4,8 +4,10 @@
 #include "core/diagnostics/auto_logger.h"
 #include "core/diagnostics/failure.h"
 #include "crypto/hash/hash.h"
+#include "pki/cms/ber_gathering.h"
 #include "pki/cms/document.h"
 #include "pki/cms/signer_check.h"
+#include "pki/x509/crl.h"
 #include "pki/x509/signature.h"
 
 #include <algorithm>
@@ -64,6 +66,8 @@ element DigestOfDocument(const SCryptoSignature& signature)
     element digest = signature.documentDigest;
     if (digest.isEmpty() && signature.content)
         digest = hash->digestOf(*signature.content);
+    if (signature.content && !signature.documentDigest.isEmpty() && !(hash->digestOf(*signature.content) == digest))
+        return logger.fail(element(), "The digest of the document is not that of its content");
     if (digest.length() != hash->digestSize())
         return logger.fail(element(), "The digest of the document is not one of %s", hash->name());
     logger.setResult(true);
@@ -120,18 +124,26 @@ element CCryptoPKCS7::ComputeSignature(const SCryptoSignature& signature)
     CCryptoAutoLogger logger("CCryptoPKCS7::ComputeSignature");
     if (signature.signer == nullptr || !signature.signer->isLoaded() || !signature.signer->isDer())
         return logger.fail(element(), "Invalid subject certificate");
-    if (signature.key == nullptr || !IsKnownKey(*signature.key))
-        return logger.fail(element(), "Unknown key type?");
     const CCryptoDateTime now = signature.now.isValid() ? signature.now : CCryptoDateTime::Now();
-    const CCryptoString refusal = WhySignerIsRefused(*signature.signer, *signature.key, now);
+    const CCryptoString refusal = WhySignerIsRefused(*signature.signer, now);
     if (!refusal.isEmpty())
         return logger.fail(element(), "VerifyCertificate: %s", refusal.c_str());
+    if (signature.key == nullptr || !IsKnownKey(*signature.key))
+        return logger.fail(element(), "Unknown key type?");
+    if (!IsSameKey(*signature.signer->publicKey(), *signature.key))
+        return logger.fail(element(), "VerifyCertificate: %s", "The certificate is not one of the signing key");
     const SignatureChoice* const choice = ChooseSignature(*signature.key, signature.hash);
     if (choice == nullptr)
         return logger.fail(element(), "Unsupported hash function");
     if (!(signature.crl.isEmpty() || IsOneSequence(signature.crl)) ||
         !(signature.ocspResponse.isEmpty() || IsOneSequence(signature.ocspResponse)))
         return logger.fail(element(), "What is to prove the status of the certificate is not DER");
+    if (!signature.ocspResponse.isEmpty() && BasicResponseOf(signature.ocspResponse).isEmpty())
+        return logger.fail(element(), "The OCSP response holds no basic response");
+    if (!signature.crl.isEmpty() && !CCrypto_X509_CRL().LoadCRL(signature.crl))
+        return logger.fail(element(), "The revocation list is not one");
+    if (signature.content && signature.content->size() > maxMessageSize)
+        return logger.fail(element(), "The content is longer than 256 MiB");
 
     SignerAttributes attributes;
     attributes.signer = signature.signer.get();

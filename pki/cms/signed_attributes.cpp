@@ -115,7 +115,8 @@ element BasicResponseOf(const element& ocspResponse)
     DerCursor bytes(OnlyValue(response.read(0xA0).value, 0x30).value_or(std::span<const std::uint8_t>()));
     const DerItem type = bytes.read(0x06);
     const DerItem octets = bytes.read(0x04);
-    const bool isBasic = status.value.size() == 1 && status.value[0] == 0 && basicResponse == type.value;
+    const bool isBasic = status.value.size() == 1 && status.value[0] == 0 && basicResponse == type.value && response.atEnd() &&
+                         bytes.atEnd() && OnlyValue(octets.value, 0x30).has_value();
     return isBasic ? element(octets.value.data(), static_cast<std::uint32_t>(octets.value.size())) : element();
 }
 

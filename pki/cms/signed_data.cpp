@@ -5,6 +5,9 @@
 #include "core/diagnostics/auto_logger.h"
 #include "pki/cms/tree_filling.h"
 
+#include <algorithm>
+#include <span>
+
 using namespace ccrypto;
 
 namespace {
@@ -35,6 +38,20 @@ public:
 
     [[nodiscard]] bool isOcspResponse() const { return Oid::OfNode(data()->content()) == ocspResponseFormat; }
 };
+
+/// The items of a SET OF, in the order of DER (X.690, 11.6).
+element JoinSorted(const std::vector<element>& items)
+{
+    std::vector<std::span<const std::uint8_t>> sorted;
+    for (const element& item : items)
+        sorted.push_back(item.bytes());
+    std::ranges::sort(sorted,
+                      [](const auto& left, const auto& right) { return std::ranges::lexicographical_compare(left, right); });
+    element joined;
+    for (const auto& item : sorted)
+        joined.append(item.data(), static_cast<std::uint32_t>(item.size()));
+    return joined;
+}
 
 element DerOf(const elementNode& item)
 {
@@ -159,14 +176,10 @@ bool CCryptoPKCS7SignedDataObject::BuildNode()
         return logger.setResult(false);
 
     // Octets are put into the set unchanged: a certificate is signed as it is.
-    element octets;
-    for (const element& certificate : certificates)
-        octets.append(certificate.data(), certificate.length());
+    element octets = JoinSorted(certificates);
     if (!octets.isEmpty() && !builder().fill("ExtendedCertificatesAndCertificates", octets))
         return logger.setResult(false);
-    octets.clear();
-    for (const element& list : crls)
-        octets.append(list.data(), list.length());
+    octets = JoinSorted(crls);
     if (!octets.isEmpty() && !builder().fill("CertificateRevocationLists", octets))
         return logger.setResult(false);
 

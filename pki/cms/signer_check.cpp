@@ -22,14 +22,12 @@ bool MaySignMessages(const ReadExtensions& extensions)
            extensions.keyUsage->has(KeyUsageBit::nonRepudiation);
 }
 
-CCryptoString WhySignerIsRefused(const CCrypto_X509_Certificate& certificate, const ICryptoKeyPair& key, const CCryptoDateTime& now)
+CCryptoString WhySignerIsRefused(const CCrypto_X509_Certificate& certificate, const CCryptoDateTime& now)
 {
     if (!certificate.isValidAt(now)) {
         const std::optional<Failure> failure = LastFailure();
         return CCryptoString(failure ? std::string_view(failure->text) : "Not valid");
     }
-    if (!IsSameKey(*certificate.publicKey(), key))
-        return "The certificate is not one of the signing key";
     const ReadExtensions extensions = ReadAllExtensions(certificate.extensions(), ExtensionOwner::certificate);
     if (extensions.isMalformed)
         return "An extension is malformed";

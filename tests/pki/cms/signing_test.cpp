@@ -74,7 +74,16 @@ Bytes OcspResponseOf(const Bytes& basic, std::uint8_t status = 0)
 constexpr const char* typeAndDigest = "1.2.840.113549.1.9.3 1.2.840.113549.1.9.4 1.2.840.113549.1.9.16.2.47";
 
 /// A list long enough that its attribute is longer than that of the certificate.
-const Bytes longList = Tlv(0x30, Tlv(0x04, Bytes(600, 0x55)));
+const Bytes& LongList()
+{
+    static const Bytes list = [] {
+        TestCrl crl;
+        for (std::uint64_t serial = 1; serial <= 30; ++serial)
+            crl.entry(serial);
+        return crl.build(SigningAuthority());
+    }();
+    return list;
+}
 
 /// A key that has been pulled.
 class DeadKey : public ICryptoKeyPair, public ICryptoSigner {
@@ -187,7 +196,7 @@ TEST(CmsSigning, LeavesOutWhatIsNotAskedFor)
         EXPECT_EQ(info->unsignedAttributes, nullptr);
     }
     request.embedding = RevocationEmbedding::none;
-    request.crl = ElementOf(longList);
+    request.crl = ElementOf(LongList());
     CCryptoPKCS7Document document;
     const CCryptoPKCS7SignerInfo* const info = OnlySigner(document, CCryptoPKCS7::ComputeSignature(request));
     ASSERT_NE(info, nullptr);
@@ -204,9 +213,9 @@ TEST(CmsSigning, EmbedsWhatProvesTheStatus)
         bool hasResponse;
         Bytes value;
     } cases[] = {
-        {RevocationEmbedding::pdf, true, false, Tlv(0x30, Tlv(0xA0, Tlv(0x30, longList)))},
+        {RevocationEmbedding::pdf, true, false, Tlv(0x30, Tlv(0xA0, Tlv(0x30, LongList())))},
         {RevocationEmbedding::pdf, true, true, Tlv(0x30, Tlv(0xA1, Tlv(0x30, response)))},
-        {RevocationEmbedding::etsi, true, false, Tlv(0x30, Tlv(0xA0, Tlv(0x30, longList)))},
+        {RevocationEmbedding::etsi, true, false, Tlv(0x30, Tlv(0xA0, Tlv(0x30, LongList())))},
         {RevocationEmbedding::etsi, true, true, Tlv(0x30, Tlv(0xA1, Tlv(0x30, basic)))},
     };
     const CertificatePtr signer = SigningRequestOf(TestKey(2)).signer;
@@ -218,7 +227,7 @@ TEST(CmsSigning, EmbedsWhatProvesTheStatus)
         ASSERT_NE(other, nullptr);
         request.embedding = entry.mode;
         if (entry.hasList)
-            request.crl = ElementOf(longList);
+            request.crl = ElementOf(LongList());
         if (entry.hasResponse)
             request.ocspResponse = ElementOf(response);
         CCryptoPKCS7Document document;
@@ -248,8 +257,11 @@ TEST(CmsSigning, EmbedsOrDetachesTheContent)
     EXPECT_EQ(attached.signedData()->content.view(), "content");
     EXPECT_EQ(attached.signedData()->contentType, OidOfContentType(ContentType::data));
     ASSERT_EQ(attached.signedData()->certificates.size(), 2u);
-    EXPECT_EQ(attached.signedData()->certificates[0], request.signer->der());
-    EXPECT_EQ(BytesOf(attached.signedData()->certificates[1]), extra);
+    // Whichever comes first by its octets does, whatever the caller's order.
+    std::vector<Bytes> both = {BytesOf(request.signer->der()), extra};
+    std::ranges::sort(both);
+    EXPECT_EQ(BytesOf(attached.signedData()->certificates[0]), both[0]);
+    EXPECT_EQ(BytesOf(attached.signedData()->certificates[1]), both[1]);
     EXPECT_TRUE(attached.signedData()->crls.empty());
 
     const Bytes nothing;
@@ -303,6 +315,12 @@ TEST(CmsSigning, RefusesWithoutOutput)
              return plain().extension(TestExtension("2.5.29.15", {0x05, 0x00}));
          }),
          "VerifyCertificate: An extension is malformed"},
+        {"an expired certificate and no key",
+         [&](SCryptoSignature& request) {
+             WithSigner([&] { return plain().validity("20200101000000Z", "20261123115959Z"); })(request);
+             request.key = nullptr;
+         },
+         "VerifyCertificate: Expired: "},
         {"no key", [](SCryptoSignature& request) { request.key = nullptr; }, "Unknown key type?"},
         {"a key that does not sign", [&](SCryptoSignature& request) { request.key = agreement.get(); }, "Unknown key type?"},
         {"a key that was pulled", [&](SCryptoSignature& request) { request.key = &dead; }, "signHash: The key does not sign"},
@@ -314,10 +332,33 @@ TEST(CmsSigning, RefusesWithoutOutput)
          "The signed attributes would not be in the order of DER"},
         {"SHA-256 with Ed25519", [](SCryptoSignature& request) { request = SigningRequestOf(TestEd25519Key()); },
          "Unsupported hash function"},
-        {"a digest of another hash", [](SCryptoSignature& request) { request.documentDigest = ElementOf(Bytes(20, 1)); },
+        {"a digest of another hash",
+         [](SCryptoSignature& request) {
+             request.content.reset();
+             request.documentDigest = ElementOf(Bytes(20, 1));
+         },
          "The digest of the document is not one of SHA-256"},
         {"neither digest nor content", [](SCryptoSignature& request) { request.content.reset(); },
          "The digest of the document is not one of SHA-256"},
+        {"a list in the place of a response",
+         [](SCryptoSignature& request) {
+             request.embedding = RevocationEmbedding::pdf;
+             request.ocspResponse = ElementOf(LongList());
+         },
+         "The OCSP response holds no basic response"},
+        {"octets after the basic response",
+         [](SCryptoSignature& request) {
+             request.embedding = RevocationEmbedding::pdf;
+             request.ocspResponse = ElementOf(OcspResponseOf({0x30, 0x00, 0x05, 0x00}));
+         },
+         "The OCSP response holds no basic response"},
+        {"a response in the place of a list",
+         [](SCryptoSignature& request) {
+             request.crl = ElementOf(OcspResponseOf({0x30, 0x00}));
+         },
+         "The revocation list is not one"},
+        {"the digest of other content", [](SCryptoSignature& request) { request.documentDigest = ElementOf(Bytes(32, 1)); },
+         "The digest of the document is not that of its content"},
         {"a list that is not DER",
          [](SCryptoSignature& request) {
              request.crl = ElementOf({0x30, 0x01});
