@@ -251,7 +251,9 @@ bool StatusFinder::hear(const KnownList& list, ReasonFlags reasons, const Issued
 
     if (entry && entry->reason != RevocationReason::removeFromCrl) {
         const bool isFresh = combined.freshness == Freshness::fresh;
-        if (isFresh ? addsReasons : staysRevoked(entry->reason, entry->revocationDate)) {
+        // What a newer list said counts more; of lists of one moment, the one that revokes does.
+        const bool isOverruled = !addsReasons && speaker->list->thisUpdate() < heard.speaker()->list->thisUpdate();
+        if (isFresh ? !isOverruled : staysRevoked(entry->reason, entry->revocationDate)) {
             information.status = CertificateStatus::revoked;
             information.source = StatusInformation::Source::crl;
             information.detail = RevocationText(entry->reason, entry->revocationDate);

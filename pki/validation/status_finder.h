@@ -18,9 +18,9 @@ namespace ccrypto {
 
 /// Finds out from lists (RFC 5280, 6.3) and OCSP responses whether the certificates of a path are revoked.
 ///
-/// What any of them says that is verified counts in this order: revoked, good, stale, unknown. Of good lists the newest speaks. A
-/// list or response of another time than the one asked for can say that a certificate was revoked, unless it was put on hold, but
-/// never that it is good.
+/// What any of them says that is verified counts in this order: revoked, good, stale, unknown. Of lists that hold the newest
+/// speaks, of those of one moment one that revokes. A list or response of another time than the one asked for can say that a
+/// certificate was revoked, unless it was put on hold, but never that it is good.
 class StatusFinder {
 public:
     StatusFinder(const CertificatePool& pool, const StatusSources& sources, const ValidationOptions& options, ValidationWork& work);
@@ -51,6 +51,9 @@ private:
         const KnownList* goodList = nullptr;
         const KnownList* goodDelta = nullptr;
         const KnownList* staleList = nullptr;
+
+        /// What said last that the certificate is good; null while nothing did.
+        [[nodiscard]] const KnownList* speaker() const { return goodDelta != nullptr ? goodDelta : goodList; }
     };
 
     [[nodiscard]] StatusInformation statusOf(const Issued& issued);

@@ -90,6 +90,10 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         WorldCase{"good", [](W& w) { w.list("Sub"); }, "VALID"},
         WorldCase{"revoked", [](W& w) { w.list("Sub", [](L& l) { l.entry(3).entry(7, 1).entry(9); }); }, "revoked 0"},
+        WorldCase{"revoked by the second list of one moment", [](W& w) { w.list("Sub").list("Sub", [](L& l) { l.entry(7); }); },
+                  "revoked 0"},
+        WorldCase{"revoked by the first list of one moment", [](W& w) { w.list("Sub", [](L& l) { l.entry(7); }).list("Sub"); },
+                  "revoked 0"},
         WorldCase{"an authority revoked",
                   [](W& w) { w.list("Root", [](L& l) { l.thisUpdate("20260601000000Z").entry(5); }).list("Sub"); }, "revoked 1"},
         WorldCase{"no list", [](W&) {}, "status-unknown 0 ?"},
