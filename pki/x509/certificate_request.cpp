@@ -76,18 +76,9 @@ void CCryptoCertificateRequest::clear()
 bool CCryptoCertificateRequest::LoadRequest(const element& der)
 {
     CCryptoAutoLogger logger("CCryptoCertificateRequest::LoadRequest");
-    element octets(der.data(), der.length());
+    element octets(der.data(), der.length()); // which may be a part of what is cleared
     clear();
-    failure_ = LoadFailure::malformed;
-    if (octets.isEmpty())
-        return logger.fail(false, "value is empty");
-    CCryptoDERParser decoder;
-    tree_ = decoder.Decode(octets.bytes());
-    if (tree_ == nullptr)
-        return logger.fail(false, "Loading failed!");
-    der_ = std::move(octets);
-    isDer_ = decoder.isDer();
-    if (!readFields(logger)) {
+    if (!decode(logger, std::move(octets)) || !readFields(logger)) {
         clear();
         return false;
     }

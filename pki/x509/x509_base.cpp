@@ -1,6 +1,9 @@
 #include "pki/x509/x509_base.h"
 
+#include "asn1/der/der_parser.h"
 #include "core/diagnostics/auto_logger.h"
+
+#include <utility>
 
 using namespace ccrypto;
 
@@ -23,6 +26,20 @@ SignatureResult CCrypto_X509_Base::verifySignature(ICryptoKeyPair& key) const
     const SignatureResult result = VerifySignature(key, *algorithm, signedOctets_, signature_.bytes());
     logger.setResult(result == SignatureResult::good);
     return result;
+}
+
+bool CCrypto_X509_Base::decode(CCryptoAutoLogger& logger, element der)
+{
+    failure_ = LoadFailure::malformed;
+    if (der.isEmpty())
+        return logger.fail(false, "value is empty");
+    CCryptoDERParser decoder;
+    tree_ = decoder.Decode(der.bytes());
+    if (tree_ == nullptr)
+        return logger.fail(false, "Loading failed!");
+    der_ = std::move(der);
+    isDer_ = decoder.isDer();
+    return true;
 }
 
 void CCrypto_X509_Base::clearBase()

@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <span>
 
+class CCryptoAutoLogger;
+
 namespace ccrypto {
 
 /// Why a certificate or list did not load.
@@ -55,6 +57,9 @@ protected:
     CCrypto_X509_Base() = default;
     ~CCrypto_X509_Base() = default;
 
+    /// Takes the octets and their tree, for the fields to be read from. \return false, logged, for none ("value is empty") and for
+    /// what does not decode ("Loading failed!"); failure() is malformed until a caller says otherwise.
+    [[nodiscard]] bool decode(CCryptoAutoLogger& logger, element der);
     /// Back to an object that nothing was loaded into; failure() stays.
     void clearBase();
 
