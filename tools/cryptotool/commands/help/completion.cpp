@@ -1,6 +1,6 @@
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/invocation.h"
-#include "tools/cryptotool/commands/completion_script.h"
+#include "tools/cryptotool/commands/help/completion_script.h"
 #include "tools/cryptotool/output/output.h"
 
 namespace ccrypto {

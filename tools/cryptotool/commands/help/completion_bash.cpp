@@ -1,5 +1,5 @@
 #include "tools/cryptotool/cli/arguments.h"
-#include "tools/cryptotool/commands/completion_script.h"
+#include "tools/cryptotool/commands/help/completion_script.h"
 
 namespace ccrypto {
 

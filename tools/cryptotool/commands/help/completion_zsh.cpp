@@ -1,6 +1,6 @@
 #include "tools/cryptotool/cli/arguments.h"
 #include "tools/cryptotool/cli/usage.h"
-#include "tools/cryptotool/commands/completion_script.h"
+#include "tools/cryptotool/commands/help/completion_script.h"
 
 namespace ccrypto {
 

@@ -4,7 +4,7 @@
 #include "tools/cryptotool/cli/host.h"
 #include "tools/cryptotool/cli/invocation.h"
 #include "tools/cryptotool/cli/progress.h"
-#include "tools/cryptotool/commands/speed_row.h"
+#include "tools/cryptotool/commands/speed/speed_row.h"
 #include "tools/cryptotool/output/output.h"
 #include "tools/text/safe_text.h"
 

@@ -2,7 +2,7 @@
 #include "crypto/cipher/aes.h"
 #include "crypto/cipher/des.h"
 #include "crypto/cipher/gcm.h"
-#include "tools/cryptotool/commands/speed_row.h"
+#include "tools/cryptotool/commands/speed/speed_row.h"
 
 #include <array>
 #include <memory>

@@ -2,7 +2,7 @@
 #include "crypto/ec/ec.h"
 #include "crypto/ec/prime_curves.h"
 #include "crypto/ec/x25519.h"
-#include "tools/cryptotool/commands/speed_row.h"
+#include "tools/cryptotool/commands/speed/speed_row.h"
 
 #include <memory>
 

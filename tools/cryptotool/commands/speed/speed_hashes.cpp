@@ -2,7 +2,7 @@
 #include "crypto/hash/block_hash.h"
 #include "crypto/kdf/key_derivation.h"
 #include "crypto/random/random.h"
-#include "tools/cryptotool/commands/speed_row.h"
+#include "tools/cryptotool/commands/speed/speed_row.h"
 
 #include <algorithm>
 #include <array>

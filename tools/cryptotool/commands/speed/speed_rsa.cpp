@@ -1,7 +1,7 @@
 #include "core/base/algorithm.h"
 #include "crypto/bigint/montgomery_calls.h"
 #include "crypto/rsa/rsa.h"
-#include "tools/cryptotool/commands/speed_row.h"
+#include "tools/cryptotool/commands/speed/speed_row.h"
 
 #include <memory>
 
