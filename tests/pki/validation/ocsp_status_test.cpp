@@ -1,0 +1,157 @@
+#include "pki/validation/validation_work.h"
+#include "tests/pki/ocsp/test_ocsp.h"
+#include "tests/pki/validation/status_cases.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+namespace ccrypto {
+namespace {
+
+using W = TestWorld;
+using L = TestCrl;
+
+void AddOcsp(W& world, const TestOcspResponse& response, const char* signer)
+{
+    const Bytes der = response.build(W::Who(signer));
+    auto loaded = std::make_shared<CCryptoOCSP::COCSPResponse>();
+    ASSERT_TRUE(loaded->LoadResponse(element(der.data(), static_cast<std::uint32_t>(der.size()))));
+    world.sources.responses.push_back(std::move(loaded));
+}
+
+TestOcspResponse OcspOfLeaf()
+{
+    TestOcspResponse response(W::Who("Sub"));
+    response.certId.serial = {7};
+    response.thisUpdate = response.producedAt = TestOcspTime("20261120000000Z");
+    response.nextUpdate = TestOcspTime("20261201000000Z");
+    return response;
+}
+
+Bytes RevokedStatus()
+{
+    return Tlv(der::Context(1), TestOcspTime("20261101000000Z"));
+}
+
+/// Revoked for a reason by a response that holds no longer.
+TestOcspResponse OldOcspOfLeaf(std::uint8_t reason)
+{
+    TestOcspResponse response = OcspOfLeaf();
+    response.status = Tlv(der::Context(1), {TestOcspTime("20261101000000Z"), {0xA0, 3, 10, 1, reason}});
+    response.nextUpdate = TestOcspTime("20261121000000Z");
+    return response;
+}
+
+/// Revoked at that time by a response that does not hold yet.
+void AddLaterOcsp(W& world, const char* revoked)
+{
+    TestOcspResponse response = OcspOfLeaf();
+    response.status = Tlv(der::Context(1), TestOcspTime(revoked));
+    response.thisUpdate = response.producedAt = TestOcspTime("20261130000000Z");
+    AddOcsp(world, response, "Sub");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Responses, StatusCases,
+    ::testing::Values(WorldCase{"good", [](W& w) { AddOcsp(w, OcspOfLeaf(), "Sub"); }, "VALID"},
+                      WorldCase{"revoked",
+                                [](W& w) {
+                                    TestOcspResponse r = OcspOfLeaf();
+                                    r.status = RevokedStatus();
+                                    AddOcsp(w, r, "Sub");
+                                },
+                                "revoked 0"},
+                      WorldCase{"revoked, though a list says good",
+                                [](W& w) {
+                                    TestOcspResponse r = OcspOfLeaf();
+                                    r.status = RevokedStatus();
+                                    AddOcsp(w, r, "Sub");
+                                    w.list("Sub");
+                                },
+                                "revoked 0"},
+                      WorldCase{"good, though a list says revoked",
+                                [](W& w) {
+                                    AddOcsp(w, OcspOfLeaf(), "Sub");
+                                    w.list("Sub", [](L& l) { l.entry(7); });
+                                },
+                                "revoked 0"},
+                      WorldCase{"unknown",
+                                [](W& w) {
+                                    TestOcspResponse r = OcspOfLeaf();
+                                    r.status = {0x82, 0};
+                                    AddOcsp(w, r, "Sub");
+                                },
+                                "status-unknown 0 ?"},
+                      WorldCase{"unknown, though a list says good",
+                                [](W& w) {
+                                    TestOcspResponse r = OcspOfLeaf();
+                                    r.status = {0x82, 0};
+                                    AddOcsp(w, r, "Sub");
+                                    w.list("Sub");
+                                },
+                                "VALID"},
+                      WorldCase{"too old",
+                                [](W& w) {
+                                    TestOcspResponse r = OcspOfLeaf();
+                                    r.nextUpdate = TestOcspTime("20261121000000Z");
+                                    AddOcsp(w, r, "Sub");
+                                },
+                                "status-stale 0 ?"},
+                      WorldCase{"revoked long ago, though a list says good",
+                                [](W& w) {
+                                    AddOcsp(w, OldOcspOfLeaf(1), "Sub");
+                                    w.list("Sub");
+                                },
+                                "revoked 0"},
+                      WorldCase{"put on hold long ago", [](W& w) { AddOcsp(w, OldOcspOfLeaf(6), "Sub"); }, "status-stale 0 ?"},
+                      WorldCase{"put on hold long ago, though a list says good",
+                                [](W& w) {
+                                    AddOcsp(w, OldOcspOfLeaf(6), "Sub");
+                                    w.list("Sub");
+                                },
+                                "VALID"},
+                      WorldCase{"revoked, as a later one says", [](W& w) { AddLaterOcsp(w, "20261123120000Z"); }, "revoked 0"},
+                      WorldCase{"not yet revoked, as a later one says",
+                                [](W& w) {
+                                    AddLaterOcsp(w, "20261123120001Z");
+                                    w.list("Sub");
+                                },
+                                "VALID"},
+                      WorldCase{"any age and skew",
+                                [](W& w) {
+                                    w.options.clockSkewSeconds = INT64_MAX;
+                                    w.options.maxAgeSeconds = INT64_MAX;
+                                    w.list("Sub", [](L& l) { l.nextUpdate(""); });
+                                },
+                                "VALID"},
+                      WorldCase{"after many of other certificates",
+                                [](W& w) {
+                                    TestOcspResponse r = OcspOfLeaf();
+                                    r.certId.serial = {8};
+                                    AddOcsp(w, r, "Sub");
+                                    w.sources.responses.resize(ValidationWork::maxSignatures, w.sources.responses.front());
+                                    AddOcsp(w, OcspOfLeaf(), "Sub");
+                                },
+                                "VALID"},
+                      WorldCase{"of another certificate",
+                                [](W& w) {
+                                    TestOcspResponse r = OcspOfLeaf();
+                                    r.certId.serial = {8};
+                                    AddOcsp(w, r, "Sub");
+                                },
+                                "status-unknown 0 ?"},
+                      WorldCase{"signed by another key", [](W& w) { AddOcsp(w, OcspOfLeaf(), "Sub/2"); }, "status-unknown 0 ?"},
+                      WorldCase{"signed by a responder among the candidates",
+                                [](W& w) {
+                                    w.plain("Responder", "Sub",
+                                            [](TestCertificate& c) { c.extension(TestExtendedKeyUsage({ocspSigningOid})); });
+                                    AddOcsp(w, OcspOfLeaf(), "Responder");
+                                },
+                                "VALID"}),
+    NameOfStatusCase);
+
+} // namespace
+} // namespace ccrypto
