@@ -49,5 +49,10 @@ namespace ccrypto {
 
 /// The hash of an HMAC by their ids; any other id unchanged.
 algorithm::Id HashOfHMAC(algorithm::Id id);
+/// Whether the id is that of an HMAC.
+[[nodiscard]] inline bool IsHMAC(algorithm::Id id)
+{
+    return HashOfHMAC(id) != id;
+}
 
 } // namespace ccrypto

@@ -59,6 +59,7 @@ bool CCryptoPKCS7encryptedContentObject::ParseNode()
 {
     CCryptoAutoLogger logger("CCryptoPKCS7encryptedContentObject::ParseNode");
     encryptedContent = Octets(findBytes("encryptedContent"));
+    // Padding, and a stream cipher of anything but nothing, leave octets.
     if (encryptedContent.isEmpty())
         return logger.fail(false, "Invalid contentData");
     return logger.setResult(ReadContentOID() && contentEncryptionAlgorithm.Parse(find("contentEncryptionAlgorithm")));

@@ -22,7 +22,7 @@ public:
     bool ParseNode() override;
 
     /// Content of the type data, encrypted with a password (RFC 8018; RFC 7292, appendix C). \return false, logged: "Unsupported
-    /// prf algorithm" or "Unsupported encryption algorithm".
+    /// prf algorithm", "Unsupported encryption algorithm", or why CCryptoPasswordEncryption::Encrypt failed.
     [[nodiscard]] bool Encrypt(const SCryptoPasswordEncryption& parameters, std::string_view password,
                                std::span<const std::uint8_t> content, ICryptoRandom& random = ICryptoRandom::Instance());
     /// \param password none for no password at all; see CCryptoPasswordEncryption::Decrypt. \return false, logged, `content` empty:

@@ -14,8 +14,8 @@ public:
     CCryptoPKCS7encryptedDataObject();
 
     bool BuildNode() override;
-    /// Logs "Invalid version" for versions other than 0 and 2, and "Invalid contentData". Content in pieces is joined; attributes
-    /// that are not protected are ignored.
+    /// Logs "Invalid version" for versions other than 0 and, with attributes that are not protected, 2; and "Invalid contentData".
+    /// Content in pieces is joined; the attributes are ignored.
     bool ParseNode() override;
 
     /// As CCryptoPKCS7encryptedContentObject has them.

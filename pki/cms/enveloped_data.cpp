@@ -52,7 +52,7 @@ public:
     bool BuildNode() override { return false; }
     bool ParseNode() override
     {
-        const std::uint32_t version = findNumber("version");
+        const std::optional<std::uint32_t> version = findBytes("version").exactWord32();
         const elementNode* const algorithm = find("keyEncryptionAlgorithm");
         if (algorithm == nullptr)
             return false;

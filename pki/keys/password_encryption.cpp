@@ -114,7 +114,7 @@ bool ReadPBES2(CCryptoAutoLogger& logger, const elementNode* node, Recipe& recip
     recipe.iterations = parameters.iterations;
     recipe.prf = parameters.prf;
     // A hash by itself is no pseudorandom function.
-    if (HashOfHMAC(recipe.prf) == recipe.prf)
+    if (!IsHMAC(recipe.prf))
         return logger.fail(false, "Unsupported pseudorandom function: %u", recipe.prf);
     return ReadCipher(logger, parameters, recipe);
 }
@@ -236,6 +236,12 @@ bool Describe(CCryptoAutoLogger& logger, const SCryptoPasswordEncryption& wanted
 }
 
 } // namespace
+
+bool CCryptoPasswordEncryption::Supports(const SCryptoPasswordEncryption& parameters)
+{
+    return parameters.scheme == algorithm::pbes2 ? FindPBES2Cipher(parameters.cipher) != nullptr
+                                                 : FindPKCS12Scheme(parameters.scheme) != nullptr;
+}
 
 element CCryptoPasswordEncryption::Encrypt(const SCryptoPasswordEncryption& parameters, std::string_view password,
                                            std::span<const std::uint8_t> text, CCryptoAlgorithmIdentifier& how,

@@ -24,6 +24,8 @@ struct SCryptoPasswordEncryption {
 /// (RFC 7292, appendix C).
 class CCryptoPasswordEncryption {
 public:
+    /// Whether Encrypt() has the scheme and the cipher.
+    [[nodiscard]] static bool Supports(const SCryptoPasswordEncryption& parameters);
     /// \param password UTF-8 text. \param how is given the description, with a fresh salt. \return the ciphertext; empty, logged,
     /// for a scheme that is none of these and when there are no random bytes.
     [[nodiscard]] static element Encrypt(const SCryptoPasswordEncryption& parameters, std::string_view password,

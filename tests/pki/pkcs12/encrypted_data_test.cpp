@@ -64,8 +64,10 @@ TEST_P(EncryptWithPassword, ReadsWhatItWrote)
 }
 
 INSTANTIATE_TEST_SUITE_P(Schemes, EncryptWithPassword,
-                         ::testing::Values(SchemeOf(algorithm::pbes2), SchemeOf(algorithm::pkcs12Sha1Rc4_128),
-                                           SchemeOf(algorithm::pkcs12Sha1Rc4_40), SchemeOf(algorithm::pkcs12Sha1TripleDes3Key),
+                         ::testing::Values(SchemeOf(algorithm::pbes2),
+                                           SCryptoPasswordEncryption{.prf = algorithm::hmacSha1, .iterations = 10},
+                                           SchemeOf(algorithm::pkcs12Sha1Rc4_128), SchemeOf(algorithm::pkcs12Sha1Rc4_40),
+                                           SchemeOf(algorithm::pkcs12Sha1TripleDes3Key),
                                            SchemeOf(algorithm::pkcs12Sha1TripleDes2Key), SchemeOf(algorithm::pkcs12Sha1Rc2_128),
                                            SchemeOf(algorithm::pkcs12Sha1Rc2_40)));
 
@@ -88,8 +90,15 @@ TEST(EncryptedData, NamesWhatIsNotSupported)
     EXPECT_EQ(LastText(), "Unsupported encryption algorithm");
     EXPECT_FALSE(data.Encrypt({.prf = algorithm::sha256, .iterations = 10}, "secret", OctetsOf(encryptedText)));
     EXPECT_EQ(LastText(), "Unsupported prf algorithm");
+    EXPECT_FALSE(data.Encrypt({.cipher = algorithm::rc4}, "secret", OctetsOf(encryptedText)));
+    EXPECT_EQ(LastText(), "Unsupported encryption algorithm");
+    // What is wrong otherwise has its own text.
+    EXPECT_FALSE(data.Encrypt({.iterations = 50'000'001}, "secret", OctetsOf(encryptedText)));
+    EXPECT_EQ(LastText(), "No key can be derived so");
+    EXPECT_FALSE(data.Encrypt(SchemeOf(algorithm::pkcs12Sha1Rc4_128), "secret", {}));
+    EXPECT_EQ(LastText(), "There is nothing to encrypt");
 
-    element content;
+    element content(std::string_view("what was there"));
     ASSERT_TRUE(data.Encrypt(SchemeOf(algorithm::pbes2), "secret", OctetsOf(encryptedText)));
     const element der = data.BuildDer();
     const Bytes good(der.data(), der.data() + der.length());
@@ -110,6 +119,7 @@ TEST(EncryptedData, NamesWhatIsNotSupported)
         data.clear();
         ASSERT_TRUE(data.ParseDer(ElementOfBytes(changed))) << wrong.oid;
         EXPECT_FALSE(data.Decrypt("secret", content)) << wrong.oid;
+        EXPECT_TRUE(content.isEmpty());
         EXPECT_EQ(LastText(), wrong.message);
     }
 }
@@ -119,6 +129,7 @@ struct ContentCase {
     Bytes content; ///< the element in the place of encryptedContent
     const char* message;
     std::uint8_t version = 0;
+    Bytes after = {}; ///< the content and its algorithm
 };
 
 void PrintTo(const ContentCase& test, std::ostream* stream)
@@ -133,8 +144,9 @@ TEST_P(EncryptedContent, IsGatheredOfItsPieces)
     const Bytes algorithm =
         Tlv(der::sequence, {OidTlv("1.2.840.113549.1.12.1.3"),
                             Tlv(der::sequence, {Tlv(der::octetString, TextBytes("saltsalt")), Tlv(der::integer, Bytes{10})})});
-    const Bytes data = Tlv(der::sequence, {Tlv(der::integer, Bytes{GetParam().version}),
-                                           Tlv(der::sequence, {OidTlv("1.2.840.113549.1.7.1"), algorithm, GetParam().content})});
+    const Bytes data =
+        Tlv(der::sequence, {Tlv(der::integer, Bytes{GetParam().version}),
+                            Tlv(der::sequence, {OidTlv("1.2.840.113549.1.7.1"), algorithm, GetParam().content}), GetParam().after});
     const CapturedLog log;
     CCryptoPKCS7encryptedDataObject read;
     const bool isRead = read.ParseDer(GatherBer(data));
@@ -150,7 +162,13 @@ INSTANTIATE_TEST_SUITE_P(
     Forms, EncryptedContent,
     ::testing::Values(
         ContentCase{"one string", Tlv(0x80, TextBytes("12345678")), nullptr},
-        ContentCase{"version 2, with attributes", Tlv(0x80, TextBytes("12345678")), nullptr, 2},
+        ContentCase{"attributes", Tlv(0x80, TextBytes("12345678")), nullptr, 2, Tlv(0xA1, Tlv(der::null, Bytes{}))},
+        ContentCase{"attributes under version 0", Tlv(0x80, TextBytes("12345678")), "Invalid version", 0, Tlv(0xA1, Bytes{})},
+        ContentCase{"version 2 without attributes", Tlv(0x80, TextBytes("12345678")), "Invalid version", 2},
+        ContentCase{"another element after the content", Tlv(0x80, TextBytes("12345678")),
+                    "What follows the content is not attributes", 2, Tlv(0xA2, Bytes{})},
+        ContentCase{"attributes twice", Tlv(0x80, TextBytes("12345678")), "What follows the content is not attributes", 2,
+                    Joined({Tlv(0xA1, Bytes{}), Tlv(0xA1, Bytes{})})},
         ContentCase{"pieces", Tlv(0xA0, {Tlv(der::octetString, TextBytes("1234")), Tlv(der::octetString, TextBytes("5678"))}),
                     nullptr},
         ContentCase{"pieces in pieces",
