@@ -60,6 +60,7 @@ void CCryptoPKCS12::clear()
     safeContents_.clear();
     safes_.clear();
     bags_.clear();
+    certificates_.clear();
     iterationsLeft_ = maxIterations;
 }
 
@@ -123,7 +124,8 @@ PKCS12Outcome CCryptoPKCS12::readSafes()
 {
     CCryptoAutoLogger logger("CCryptoPKCS12::readSafes");
     bool isLocked = mac_ != nullptr;
-    PKCS12SafeReader reader(bags_, [](std::span<const std::uint8_t> encrypted, PKCS12Bag& bag) {
+    std::vector<PKCS12Bag> bags;
+    PKCS12SafeReader reader(bags, [](std::span<const std::uint8_t> encrypted, PKCS12Bag& bag) {
         CCryptoEncryptedPrivateKeyInfo info;
         if (!info.ParseDer(CopyOf(encrypted)))
             return PKCS12SafeReader::KeyResult::failed;
@@ -138,14 +140,15 @@ PKCS12Outcome CCryptoPKCS12::readSafes()
             safe.isOpen = true;
         } else if (safe.type == OidOfContentType(ContentType::encryptedData)) {
             CCryptoPKCS7encryptedDataObject data;
-            if (!data.ParseDer(safeContents_[index]))
-                return logger.fail(PKCS12Outcome::malformed);
+            if (!data.ParseDer(safeContents_[index]) || data.encryptedContentInfo.contentType() != ContentType::data)
+                return logger.fail(PKCS12Outcome::malformed, "The encrypted contents are malformed, or no octets");
             safe.encryption = CCryptoPasswordEncryption::ParametersOf(data.encryptedContentInfo.contentEncryptionAlgorithm);
             isLocked = true;
         }
     }
-    for (const PKCS12Bag& bag : bags_)
+    for (const PKCS12Bag& bag : bags)
         isLocked |= IsClosed(bag);
+    setBags(std::move(bags));
     return logger.succeed(isLocked ? PKCS12Outcome::locked : PKCS12Outcome::opened);
 }
 
@@ -238,7 +241,7 @@ PKCS12Outcome CCryptoPKCS12::openWith(Password password)
         }
         safe.isOpen = true;
     }
-    bags_ = std::move(bags);
+    setBags(std::move(bags));
     safes_ = std::move(safes);
     return logger.succeed(PKCS12Outcome::opened);
 }
@@ -264,20 +267,29 @@ bool CCryptoPKCS12::Load(std::span<const std::uint8_t> bytes, const PasswordSour
     return logger.fail(false);
 }
 
+void CCryptoPKCS12::setBags(std::vector<PKCS12Bag> bags)
+{
+    bags_ = std::move(bags);
+    certificates_.clear();
+    for (std::size_t index = 0; index < bags_.size(); ++index) {
+        const PKCS12Bag& bag = bags_[index];
+        if (bag.certificate == nullptr)
+            continue;
+        const std::string key(bag.certificate->publicKey()->publicKeyInfo().view());
+        const std::string keyId(bag.localKeyId.view());
+        for (const auto& [ofKey, ofId] : {std::pair(key, keyId), std::pair(key, std::string()), std::pair(std::string(), keyId)})
+            certificates_.try_emplace({ofKey, ofId}, index);
+    }
+}
+
 const PKCS12Bag* CCryptoPKCS12::certificateOf(const PKCS12Bag& key) const
 {
-    const element publicKey = key.key != nullptr ? key.key->publicKeyInfo() : element();
-    const PKCS12Bag* found = nullptr;
-    for (const PKCS12Bag& bag : bags_) {
-        if (bag.kind != PKCS12Bag::Kind::certificate || bag.certificate == nullptr)
-            continue;
-        const bool hasId = !key.localKeyId.isEmpty() && bag.localKeyId == key.localKeyId;
-        // An identifier is chosen by whoever wrote the file; a public key that is another one shows that it is wrong.
-        const bool hasKey = !publicKey.isEmpty() && bag.certificate->publicKey()->publicKeyInfo() == publicKey;
-        if (hasId && (hasKey || publicKey.isEmpty()))
-            return &bag;
-        if (hasKey && found == nullptr)
-            found = &bag;
-    }
-    return found;
+    const std::string publicKey(key.key != nullptr ? key.key->publicKeyInfo().view() : std::string_view());
+    if (publicKey.empty() && key.localKeyId.isEmpty())
+        return nullptr;
+    auto found = certificates_.find({publicKey, std::string(key.localKeyId.view())});
+    // An identifier is chosen by whoever wrote the file; a public key that is another one shows that it is wrong.
+    if (found == certificates_.end() && !publicKey.empty())
+        found = certificates_.find({publicKey, {}});
+    return found != certificates_.end() ? &bags_[found->second] : nullptr;
 }

@@ -7,10 +7,13 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace ccrypto {
@@ -90,7 +93,7 @@ public:
 
     /// Makes a file. \param key null for certificates alone; it must have a private half that can leave its place.
     /// \param certificates the first with the key's public key is bound to it; the chain follows in any order.
-    /// \return DER; empty, logged, on failure.
+    /// \return DER; empty, logged, on failure, and for more certificates or iterations than Load() accepts.
     [[nodiscard]] static element Save(const ICryptoKeyPair* key, std::span<const ccrypto::CertificatePtr> certificates,
                                       std::string_view password, const SCryptoPKCS12Options& options = {},
                                       ICryptoRandom& random = ICryptoRandom::Instance());
@@ -104,6 +107,7 @@ private:
     /// Of what Read() found; keys inside of what is encrypted come on top.
     std::uint64_t iterationsAskedFor() const;
     bool spend(std::uint32_t iterations);
+    void setBags(std::vector<ccrypto::PKCS12Bag> bags);
 
     ccrypto::PKCS12Outcome outcome_ = ccrypto::PKCS12Outcome::malformed;
     element contents_; ///< AuthenticatedSafe as the MAC covers it
@@ -111,5 +115,8 @@ private:
     std::vector<element> safeContents_; ///< of data the octets, of encryptedData EncryptedData
     std::vector<ccrypto::PKCS12Safe> safes_;
     std::vector<ccrypto::PKCS12Bag> bags_;
+    /// The first certificate with this public key and this localKeyId, of which one may be left out. A search of all bags for each
+    /// key would take minutes for a file of thousands.
+    std::map<std::pair<std::string, std::string>, std::size_t> certificates_;
     std::uint32_t iterationsLeft_ = maxIterations;
 };
