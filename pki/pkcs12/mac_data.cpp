@@ -155,7 +155,7 @@ bool CCryptoPKCS12MacData::isSupported() const
         return logger.fail(false, "The algorithm of the MAC has parameters");
     if (!isPBMAC1_)
         return logger.setResult(CCryptoKeyDerivation::Allows(row->hash, salt_.bytes(), iterations_, row->length));
-    if (!isRead_ || pbmac1_.mac != row->hmac || HashOfHMAC(pbmac1_.prf) == pbmac1_.prf)
+    if (!isRead_ || pbmac1_.mac != row->hmac || !IsHMAC(pbmac1_.prf))
         return logger.fail(false, "The algorithm of the MAC is not supported");
     if (pbmac1_.keyLength < minKey)
         return logger.fail(false, "The key of the MAC is too short");

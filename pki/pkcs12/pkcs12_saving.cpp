@@ -197,6 +197,14 @@ element CCryptoPKCS12::Save(const ICryptoKeyPair* key, std::span<const Certifica
     CCryptoAutoLogger logger("CCryptoPKCS12::Save");
     if (key == nullptr && certificates.empty())
         return logger.fail(element(), "There is neither a key nor a certificate");
+    // What Load() would refuse.
+    const std::uint64_t encrypted = (key != nullptr ? 1U : 0U) + (certificates.empty() ? 0U : 1U);
+    const std::uint64_t iterations =
+        encrypted * options.encryption.iterations + (options.mac != SCryptoPKCS12Options::Mac::none ? options.macIterations : 0U);
+    if (iterations > maxIterations)
+        return logger.fail(element(), "All keys of the file together would take more than 50,000,000 iterations");
+    if (certificates.size() >= PKCS12SafeReader::maxBags)
+        return logger.fail(element(), "There are too many certificates");
     PKCS12Writer writer(password, options, random);
     if (!writer.addCertificates(certificates, key))
         return logger.fail(element(), "The certificates cannot be written");
