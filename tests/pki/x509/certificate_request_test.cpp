@@ -21,10 +21,10 @@ const TestIssuer& Requester()
     return requester;
 }
 
-Bytes CertificateRequestOf(const Bytes& version, const Bytes& attributes)
+Bytes CertificateRequestOf(const Bytes& version, const Bytes& attributes, const Bytes& subject = Requester().name,
+                           const Bytes& key = BytesOf(Requester().key->publicKeyInfo()))
 {
-    const Bytes info = Tlv(der::sequence, {version, Requester().name, BytesOf(Requester().key->publicKeyInfo()), attributes});
-    return TestSigned(info, Requester());
+    return TestSigned(Tlv(der::sequence, {version, subject, key, attributes}), Requester());
 }
 
 Bytes RequestWithAttributes(const std::vector<Bytes>& attributes)
@@ -51,6 +51,7 @@ struct RequestCase {
     const char* reason = ""; ///< empty for a request that loads
     std::size_t extensions = 0;
     std::size_t attributes = 0;
+    LoadFailure failure = LoadFailure::malformed; ///< for a request that does not load
 };
 
 class LoadsRequest : public ::testing::TestWithParam<RequestCase> {};
@@ -84,6 +85,24 @@ const RequestCase requestCases[] = {
      "Invalid extensions"},
     {"a name in place of extensions",
      [] { return RequestWithAttributes({RequestAttribute(extensionRequestOid, TestName("CN=x"))}); }, "Invalid extensions"},
+    {"a SET in place of extensions",
+     [] { return RequestWithAttributes({RequestAttribute(extensionRequestOid, Tlv(der::set, TestKeyUsage(0x04)))}); },
+     "Invalid extensions"},
+    {"10,001 attributes", [] { return RequestWithAttributes(std::vector(10'001, RequestAttribute("1.2.3", NumberTlv(1)))); },
+     "There are more than 10000 values"},
+    {"an attribute without a type",
+     [] {
+         return RequestWithAttributes({Tlv(der::sequence, {Tlv(der::oid, Bytes()), Tlv(der::set, NumberTlv(1))})});
+     },
+     "Invalid attribute"},
+    {"a subject that is none", [] { return CertificateRequestOf(NumberTlv(0), {}, Tlv(der::sequence, NumberTlv(1))); },
+     "Invalid subject"},
+    {"a key of another algorithm",
+     [] {
+         return CertificateRequestOf(NumberTlv(0), {}, Requester().name,
+                                     Tlv(der::sequence, {Tlv(der::sequence, OidTlv("1.2.3")), Tlv(der::bitString, Bytes{0, 1})}));
+     },
+     "Key loading failed", 0, 0, LoadFailure::unsupportedKey},
     {"an attribute that is none", [] { return RequestWithAttributes({NumberTlv(1)}); }, "Invalid attribute"},
     {"an attribute with more than values",
      [] {
@@ -123,6 +142,7 @@ TEST_P(LoadsRequest, OrSaysWhyNot)
     EXPECT_THAT(ReasonOfFailure(), ::testing::StartsWith(GetParam().reason));
     EXPECT_EQ(request.extensions().values().size(), GetParam().extensions);
     EXPECT_EQ(request.attributes().size(), GetParam().attributes);
+    EXPECT_EQ(request.failure(), isLoaded ? LoadFailure::none : GetParam().failure);
     EXPECT_EQ(request.publicKey() != nullptr, isLoaded);
     EXPECT_EQ(NameText(request.subject()), isLoaded ? "CN=Asks, C=FI" : "");
     EXPECT_EQ(request.verifySignature(), isLoaded ? SignatureResult::good : SignatureResult::bad);
@@ -167,6 +187,10 @@ TEST(CertificateRequest, ReadsThoseOfOpenssl)
 TEST(CertificateRequest, NoFlippedBitVerifies)
 {
     const Bytes der = RequestWithAttributes({});
+    // Nor what was signed when it was not DER: a length of more octets than it takes.
+    CCryptoCertificateRequest notDer;
+    ASSERT_TRUE(notDer.LoadRequest(ElementOf(CertificateRequestOf({2, 0x81, 1, 0}, {}))));
+    EXPECT_NE(notDer.verifySignature(), SignatureResult::good);
     for (std::size_t index = 0; index < der.size(); ++index) {
         Bytes changed = der;
         changed[index] ^= static_cast<std::uint8_t>(1u << (index % 8));
