@@ -9,6 +9,7 @@
 #include "pki/x509/field_reading.h"
 #include "pki/x509/x509_time.h"
 
+#include <optional>
 #include <utility>
 
 using namespace ccrypto;
@@ -160,13 +161,10 @@ bool CCrypto_X509_Certificate::readFields(CCryptoAutoLogger& logger)
     if (!outerSignatureAlgorithm_.Parse(match.find("SIGNATURE_ALGORITHM_2")->node))
         return logger.fail(false, "Invalid signature algorithm");
     const elementNode* const value = match.find("SIGNATURE")->node;
-    const elementNode* const signature = value != nullptr ? value->parent() : nullptr;
-    // One placeholder ignores the unused bits. What has any is no signature, but may well be what somebody made of one: it is kept
-    // empty, which no key verifies, so that the certificate can be shown and be called badly signed.
-    if (const element* const octets = WholeBytes(signature); octets != nullptr)
-        signature_ = Octets(*octets);
-    else if (!HasUnusedBits(signature))
+    std::optional<element> signature = SignatureOctets(value != nullptr ? value->parent() : nullptr);
+    if (!signature)
         return logger.fail(false, "Invalid signature");
+    signature_ = std::move(*signature);
 
     const TemplateBinding* const key = match.find("PUBLIC_KEY");
     return readKey(logger, key != nullptr ? key->node : nullptr);

@@ -9,6 +9,7 @@
 #include "pki/x509/certificate_templates.h"
 #include "pki/x509/der_tags.h"
 #include "pki/x509/extension_builder.h"
+#include "pki/x509/field_reading.h"
 #include "pki/x509/signature.h"
 #include "pki/x509/template_filling.h"
 #include "pki/x509/x509_time.h"
@@ -45,9 +46,7 @@ std::optional<element> WithinSequence(const element& der)
 /// Whether these are the octets of an INTEGER of 0 or above, of a length that issuers may write (RFC 5280, 4.1.2.2).
 bool IsIssuedSerialNumber(const element& octets)
 {
-    if (octets.isEmpty() || octets.length() > maxIssuedSerialNumber || octets[0] >= 0x80)
-        return false;
-    return octets.length() == 1 || octets[0] != 0 || octets[1] >= 0x80;
+    return octets.length() <= maxIssuedSerialNumber && IsUnsignedInteger(octets.bytes());
 }
 
 element TimeDer(const CCryptoDateTime& time)

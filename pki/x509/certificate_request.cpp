@@ -8,6 +8,7 @@
 #include "pki/x509/der_tags.h"
 #include "pki/x509/field_reading.h"
 
+#include <optional>
 #include <utility>
 
 using namespace ccrypto;
@@ -109,11 +110,11 @@ bool CCryptoCertificateRequest::readFields(CCryptoAutoLogger& logger)
     const elementNode* const algorithm = match.find("SIGNATURE_ALGORITHM")->node;
     if (!signatureAlgorithm_.Parse(algorithm) || !outerSignatureAlgorithm_.Parse(algorithm))
         return logger.fail(false, "Invalid signature algorithm");
-    const elementNode* const signature = match.find("SIGNATURE")->node;
-    const element* const signatureOctets = WholeBytes(signature != nullptr ? signature->parent() : nullptr);
-    if (signatureOctets == nullptr)
+    const elementNode* const value = match.find("SIGNATURE")->node;
+    std::optional<element> signature = SignatureOctets(value != nullptr ? value->parent() : nullptr);
+    if (!signature)
         return logger.fail(false, "Invalid signature");
-    signature_ = Octets(*signatureOctets);
+    signature_ = std::move(*signature);
     const TemplateBinding* const attributes = match.find("ATTRIBUTES");
     return (attributes == nullptr || readAttributes(logger, attributes->node)) && readKey(logger, match.find("PUBLIC_KEY")->node);
 }

@@ -2,6 +2,7 @@
 
 #include "asn1/der/der_cursor.h"
 #include "pki/x509/der_tags.h"
+#include "pki/x509/field_reading.h"
 
 #include <algorithm>
 #include <limits>
@@ -45,18 +46,10 @@ std::optional<Oid> TakeIdentifier(DerCursor& cursor)
     return Oid(item.value);
 }
 
-/// Whether these are the content octets of an INTEGER of 0 or above, none of them needless.
-bool IsUnsignedContent(ExtensionOctets octets)
-{
-    if (octets.empty() || (octets[0] & 0x80) != 0)
-        return false;
-    return octets.size() == 1 || octets[0] != 0 || (octets[1] & 0x80) != 0;
-}
-
 /// \return the largest number for those above 32 bits.
 std::optional<std::uint32_t> CountOf(ExtensionOctets octets)
 {
-    if (!IsUnsignedContent(octets))
+    if (!IsUnsignedInteger(octets))
         return std::nullopt;
     if (octets.size() > 5 || (octets.size() == 5 && octets[0] != 0))
         return std::numeric_limits<std::uint32_t>::max();
@@ -299,9 +292,7 @@ std::optional<element> AnyOctetsOf(ExtensionOctets octets)
 std::optional<element> IntegerOctetsOf(ExtensionOctets octets)
 {
     // A serial number below zero is against the rules, but names a certificate.
-    const bool isMinimal = octets.size() == 1 || (octets.size() > 1 && (octets[0] != 0 || (octets[1] & 0x80) != 0) &&
-                                                  (octets[0] != 0xFF || (octets[1] & 0x80) == 0));
-    return isMinimal ? AnyOctetsOf(octets) : std::nullopt;
+    return IsMinimalInteger(octets) ? AnyOctetsOf(octets) : std::nullopt;
 }
 
 std::optional<DistributionPoint> TakeDistributionPoint(DerCursor& cursor)
@@ -442,7 +433,7 @@ std::optional<std::vector<AccessDescription>> ReadAuthorityInformationAccess(std
 std::optional<element> ReadCrlNumber(std::span<const std::uint8_t> content)
 {
     const std::optional<ExtensionOctets> value = OnlyValue(content, der_tag::integer);
-    return value && IsUnsignedContent(*value) ? AnyOctetsOf(*value) : std::nullopt;
+    return value && IsUnsignedInteger(*value) ? AnyOctetsOf(*value) : std::nullopt;
 }
 
 } // namespace ccrypto

@@ -25,24 +25,18 @@ const element* WholeBytes(const elementNode* bitString)
     return unusedBits != nullptr && unusedBits->toWord32() == 0 ? &value->token() : nullptr;
 }
 
-bool HasUnusedBits(const elementNode* bitString)
+std::optional<element> SignatureOctets(const elementNode* bitString)
 {
+    if (const element* const octets = WholeBytes(bitString); octets != nullptr)
+        return element(octets->data(), octets->length());
     const element* const unusedBits = BitsOf(bitString) != nullptr ? BracketNumber(*bitString) : nullptr;
-    return unusedBits != nullptr && unusedBits->toWord32() != 0;
+    return unusedBits != nullptr ? std::optional(element()) : std::nullopt;
 }
 
 const element* MinimalInteger(const elementNode* value)
 {
     const element* const octets = value != nullptr && value->type() == ElementType::integer ? &value->token() : nullptr;
     return octets != nullptr && IsMinimalInteger(octets->bytes()) ? octets : nullptr;
-}
-
-bool IsMinimalInteger(std::span<const std::uint8_t> octets)
-{
-    if (octets.size() < 2)
-        return !octets.empty();
-    const std::uint8_t first = octets[0];
-    return (first != 0 && first != 0xFF) || ((first ^ octets[1]) & 0x80) != 0;
 }
 
 element OctetsOfList(const TemplateBinding& items)

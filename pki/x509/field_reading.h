@@ -5,6 +5,7 @@
 #include "core/text/element.h"
 
 #include <cstdint>
+#include <optional>
 #include <span>
 
 // What the readers of certificates and requests have in common.
@@ -14,13 +15,24 @@ namespace ccrypto {
 /// The octets of a primitive BIT STRING of whole bytes; null for any other, and for one without bits.
 [[nodiscard]] const element* WholeBytes(const elementNode* bitString);
 
-/// Whether a primitive BIT STRING has bits of which some in the last octet are unused.
-[[nodiscard]] bool HasUnusedBits(const elementNode* bitString);
+/// The octets of a signature. Where some bits of the last octet are unused it is empty, which no key verifies: what it signs can be
+/// shown, and be called badly signed. \return none for any other value.
+[[nodiscard]] std::optional<element> SignatureOctets(const elementNode* bitString);
 
 /// The octets of an INTEGER in no more of them than it needs (X.690, 8.3.2); null for any other value.
 [[nodiscard]] const element* MinimalInteger(const elementNode* value);
-/// Whether the contents of an INTEGER have no octet that DER leaves out.
-[[nodiscard]] bool IsMinimalInteger(std::span<const std::uint8_t> octets);
+/// Whether these are the contents of an INTEGER in no more octets than it needs.
+[[nodiscard]] inline bool IsMinimalInteger(std::span<const std::uint8_t> octets)
+{
+    if (octets.size() < 2)
+        return !octets.empty();
+    return (octets[0] != 0 && octets[0] != 0xFF) || ((octets[0] ^ octets[1]) & 0x80) != 0;
+}
+/// The same for one of 0 or above.
+[[nodiscard]] inline bool IsUnsignedInteger(std::span<const std::uint8_t> octets)
+{
+    return IsMinimalInteger(octets) && octets[0] < 0x80;
+}
 
 /// The SEQUENCE of the elements that a placeholder stands for.
 [[nodiscard]] element OctetsOfList(const TemplateBinding& items);

@@ -4,6 +4,7 @@
 #include "core/diagnostics/auto_logger.h"
 #include "pki/x509/der_tags.h"
 #include "pki/x509/extensions.h"
+#include "pki/x509/field_reading.h"
 #include "pki/x509/name.h"
 #include "pki/x509/x509_time.h"
 
@@ -85,14 +86,6 @@ struct EntryExtensions {
     bool hasUnknownCritical = false;
 };
 
-/// Of an INTEGER: the first nine bits are not all the same (X.690, 8.3.2).
-bool IsPadded(SerialOctets number)
-{
-    if (number.size() < 2)
-        return false;
-    return number[0] == 0 ? number[1] < signBit : number[0] == 0xFF && number[1] >= signBit;
-}
-
 std::optional<EntryParts> SplitEntry(const DerItem& entry)
 {
     DerCursor cursor(entry.value);
@@ -101,8 +94,7 @@ std::optional<EntryParts> SplitEntry(const DerItem& entry)
     parts.date = cursor.read();
     if (!cursor.atEnd())
         parts.extensions = cursor.read(der_tag::sequence);
-    if (entry.identifier != der_tag::sequence || parts.serialNumber.empty() || IsPadded(parts.serialNumber) || !parts.date ||
-        !cursor.atEnd())
+    if (entry.identifier != der_tag::sequence || !IsMinimalInteger(parts.serialNumber) || !parts.date || !cursor.atEnd())
         return std::nullopt;
     return parts;
 }
@@ -379,7 +371,7 @@ std::optional<RevokedEntry> RevokedEntries::entry(std::uint32_t index) const
 std::vector<RevokedEntry> RevokedEntries::find(std::span<const std::uint8_t> serialNumber) const
 {
     // The same number may have been written with more octets than it needs, where it was not read as DER.
-    while (IsPadded(serialNumber))
+    while (serialNumber.size() > 1 && !IsMinimalInteger(serialNumber))
         serialNumber = serialNumber.subspan(1);
     std::vector<RevokedEntry> found;
     for (const Place place : candidates(serialNumber)) {

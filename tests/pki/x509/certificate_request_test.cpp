@@ -1,3 +1,4 @@
+#include "asn1/der/der_cursor.h"
 #include "pki/x509/certificate_request.h"
 #include "pki/x509/name.h"
 #include "tests/pki/keys/test_keys.h"
@@ -182,6 +183,17 @@ TEST(CertificateRequest, ReadsThoseOfOpenssl)
         EXPECT_EQ(request.extensions().values().size(), vector.number("Extensions"));
         EXPECT_EQ(request.attributes().size(), vector.number("Attributes"));
     }
+}
+
+TEST(CertificateRequest, OfASignatureWithAnUnusedBitIsReadAndDoesNotVerify)
+{
+    Bytes der = RequestWithAttributes({});
+    DerCursor fields(*OnlyValue(der, der::sequence));
+    ASSERT_TRUE(fields.read(der::sequence) && fields.read(der::sequence));
+    der[der.size() - fields.read(der::bitString).value.size()] = 1;
+    CCryptoCertificateRequest request;
+    ASSERT_TRUE(request.LoadRequest(ElementOf(der)));
+    EXPECT_EQ(request.verifySignature(), SignatureResult::bad);
 }
 
 TEST(CertificateRequest, NoFlippedBitVerifies)
