@@ -112,8 +112,9 @@ bool PathFinder::mayFollow(const KnownCertificate& issuer, bool withFaults)
     if (const auto known = work_.checked(*frame.certificate->certificate, *issuer.key); known && *known != SignatureResult::good)
         return false;
 
-    const bool isCycle =
-        std::any_of(frames_.begin(), frames_.end(), [&](const Frame& below) { return below.certificate->hasIdentityOf(issuer); });
+    const bool isCycle = frames_.front().certificate == &issuer ||
+                         std::any_of(frames_.begin() + 1, frames_.end(),
+                                     [&](const Frame& below) { return below.certificate->hasIdentityOf(issuer); });
     if (isCycle) {
         frame.mayDoBetter = true;
         return false;

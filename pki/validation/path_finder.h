@@ -42,7 +42,8 @@ struct PathAttempt {
 ///
 /// Depth first over chains of names, without recursion. Signatures are verified when a chain has reached an anchor, from the anchor
 /// down, so whoever is not certified by an anchor cannot make the finder work on signatures; and a certificate from which no anchor
-/// can be reached is not tried again. A certificate is in a path once, and so is a name with a key.
+/// can be reached is not tried again. A certificate is in a path once, and so is a name with a key among the issuers: the subject
+/// may have those of an issuer, whose key renewed it.
 class PathFinder {
 public:
     /// What is to be done with a path whose signatures are good and that keeps the rules; its stage is valid, and may be changed.

@@ -31,6 +31,25 @@ INSTANTIATE_TEST_SUITE_P(
                           .subject("Leaf", "Sub");
                   },
                   "VALID"},
+        WorldCase{"a root renewed with its key",
+                  [](World& w) {
+                      w.anchor("Root");
+                      w.subjectDer = World::Certificate("Root", "Root", true, [](Cert& c) { c.serial(2); });
+                  },
+                  "VALID"},
+        WorldCase{"an authority renewed with its key",
+                  [](World& w) {
+                      w.anchor("Root").authority("Sub", "Root");
+                      w.subjectDer = World::Certificate("Sub", "Sub", true, [](Cert& c) { c.serial(2); });
+                  },
+                  "VALID"},
+        WorldCase{"of two paths the one whose fault is nearer to the subject",
+                  [](World& w) {
+                      const auto isOld = [](Cert& c) { c.validity("20200101000000Z", "20210101000000Z"); };
+                      w.anchor("Root").authority("Sub", "Root", isOld);
+                      w.authority("Old", "Root", isOld).authority("Sub", "Old").subject("Leaf", "Sub");
+                  },
+                  "expired 1"},
         WorldCase{"another key beside the right one",
                   [](World& w) {
                       w.anchor("Root")
