@@ -40,25 +40,6 @@ GeneralNames FullNames(const DistributionPointName& name, std::span<const std::u
     return {{GeneralName::Kind::directory, SequenceOfItems(names)}};
 }
 
-bool IsSameName(const GeneralName& first, const GeneralName& second)
-{
-    if (first.kind != second.kind)
-        return false;
-    if (first.value.view() == second.value.view())
-        return true;
-    if (first.kind != GeneralName::Kind::directory)
-        return false;
-    const std::optional<ComparableName> firstName = ComparableName::Read(first.value.bytes());
-    return firstName && firstName == ComparableName::Read(second.value.bytes());
-}
-
-bool HaveCommonName(const GeneralNames& first, const GeneralNames& second)
-{
-    return std::any_of(first.begin(), first.end(), [&](const GeneralName& name) {
-        return std::any_of(second.begin(), second.end(), [&](const GeneralName& other) { return IsSameName(name, other); });
-    });
-}
-
 std::vector<ComparableName> DirectoryNames(const GeneralNames& names)
 {
     std::vector<ComparableName> directoryNames;
@@ -82,7 +63,41 @@ bool HaveSameExtension(const KnownList& first, const KnownList& second, const Oi
     return ContentOf(first, oid, contents[0]) == ContentOf(second, oid, contents[1]);
 }
 
+/// In milliseconds. What a caller gives may be as long as it likes: this is longer than any two times are apart.
+std::int64_t Milliseconds(std::int64_t seconds)
+{
+    constexpr std::int64_t maxSeconds = 1'000'000'000'000;
+    return std::clamp(seconds, -maxSeconds, maxSeconds) * 1000;
+}
+
+/// Whether `time`, moved by `milliseconds`, is before `at`. Times that cannot be counted are.
+bool IsEarlier(const CCryptoDateTime& time, std::int64_t milliseconds, const CCryptoDateTime& at)
+{
+    const std::optional<std::int64_t> first = time.toMilliseconds();
+    const std::optional<std::int64_t> second = at.toMilliseconds();
+    return !first || !second || *first + milliseconds < *second;
+}
+
 } // namespace
+
+ScopeNames::ScopeNames(const GeneralNames& names)
+{
+    for (const GeneralName& name : names) {
+        std::optional<ComparableName> directory;
+        if (name.kind == GeneralName::Kind::directory)
+            directory = ComparableName::Read(name.value.bytes());
+        if (directory)
+            directories_.insert(std::move(*directory));
+        else
+            others_.emplace(name.kind, name.value.view());
+    }
+}
+
+bool ScopeNames::hasAnyOf(const ScopeNames& names) const
+{
+    return std::ranges::any_of(names.directories_, [&](const ComparableName& name) { return directories_.contains(name); }) ||
+           std::ranges::any_of(names.others_, [&](const auto& name) { return others_.contains(name); });
+}
 
 std::unique_ptr<KnownList> KnownList::Read(CrlPtr list)
 {
@@ -96,6 +111,8 @@ std::unique_ptr<KnownList> KnownList::Read(CrlPtr list)
         return nullptr;
     known->issuer = std::move(*issuer);
     known->signedBy = *signedBy;
+    if (const auto& scope = known->extensions.issuingDistributionPoint; scope && scope->name)
+        known->pointNames = ScopeNames(FullNames(*scope->name, DirectoryValue(list->issuer()).bytes()));
     known->list = std::move(list);
     return known;
 }
@@ -110,20 +127,21 @@ std::vector<StatusPoint> StatusPointsOf(const KnownCertificate& certificate)
             point.reasons = published.reasons.value_or(allReasons) & allReasons;
             point.namesIssuer = !published.crlIssuer.empty();
             point.issuers = point.namesIssuer ? DirectoryNames(published.crlIssuer) : std::vector{certificate.issuer};
-            point.issuerNames = published.crlIssuer;
             if (published.name) {
                 element relativeTo = issuerDer;
                 for (const GeneralName& name : published.crlIssuer)
                     if (name.kind == GeneralName::Kind::directory)
                         relativeTo = name.value;
-                point.name = DistributionPointName{FullNames(*published.name, relativeTo.bytes()), {}};
+                point.names = ScopeNames(FullNames(*published.name, relativeTo.bytes()));
+            } else {
+                point.names = ScopeNames(published.crlIssuer);
             }
             points.push_back(std::move(point));
         }
     }
 
     StatusPoint implied;
-    implied.name = DistributionPointName{{{GeneralName::Kind::directory, issuerDer}}, {}};
+    implied.names = ScopeNames({{GeneralName::Kind::directory, issuerDer}});
     implied.issuers = {certificate.issuer};
     points.push_back(std::move(implied));
     return points;
@@ -141,14 +159,10 @@ std::optional<ReasonFlags> ReasonsInScope(const KnownList& list, const StatusPoi
     const bool isCa = certificate.extensions.basicConstraints && certificate.extensions.basicConstraints->isCa;
     if (scope.onlyAttributeCertificates || (isCa && scope.onlyUserCertificates) || (!isCa && scope.onlyCaCertificates))
         return ReasonFlags{0};
-    if (scope.name) {
-        const element issuerDer = DirectoryValue(list.list->issuer());
-        const GeneralNames listNames = FullNames(*scope.name, issuerDer.bytes());
-        const GeneralNames& pointNames = point.name ? point.name->fullName : point.issuerNames;
-        const std::size_t comparisons = listNames.size() * pointNames.size();
-        if (comparisons > ValidationWork::maxScopeChecks || !work.takeScopeChecks(static_cast<std::uint32_t>(comparisons)))
+    if (list.pointNames) {
+        if (!work.takeScopeChecks(static_cast<std::uint32_t>(point.names.size())))
             return std::nullopt;
-        if (!HaveCommonName(listNames, pointNames))
+        if (!list.pointNames->hasAnyOf(point.names))
             return ReasonFlags{0};
     }
     return static_cast<ReasonFlags>(point.reasons & scope.onlySomeReasons.value_or(allReasons));
@@ -188,6 +202,17 @@ bool IsGreaterNumber(const element& first, const element& second)
     const std::span<const std::uint8_t> a = WithoutZeros(first);
     const std::span<const std::uint8_t> b = WithoutZeros(second);
     return a.size() != b.size() ? a.size() > b.size() : std::lexicographical_compare(b.begin(), b.end(), a.begin(), a.end());
+}
+
+Freshness FreshnessOf(const CCrypto_X509_CRL& list, const ValidationOptions& options)
+{
+    const std::int64_t skew = Milliseconds(options.clockSkewSeconds);
+    if (IsEarlier(options.at, skew, list.thisUpdate()))
+        return Freshness::early;
+    const bool hasEnd = list.nextUpdate().isValid();
+    const CCryptoDateTime& start = hasEnd ? list.nextUpdate() : list.thisUpdate();
+    const std::int64_t age = hasEnd ? 0 : Milliseconds(options.maxAgeSeconds);
+    return IsEarlier(start, age + skew, options.at) ? Freshness::stale : Freshness::fresh;
 }
 
 } // namespace ccrypto

@@ -1,20 +1,40 @@
 #pragma once
 
 #include "pki/validation/certificate_pool.h"
+#include "pki/validation/path_validation.h"
 #include "pki/validation/validation_work.h"
 #include "pki/x509/crl.h"
 #include "pki/x509/extensions.h"
 #include "pki/x509/name.h"
 #include "pki/x509/signature.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <set>
+#include <string>
+#include <utility>
 #include <vector>
 
 // Which certificates a revocation list speaks of (RFC 5280, 6.3.3 (b) to (d)).
 
 namespace ccrypto {
+
+/// Names of distribution points, in the form in which they are compared.
+class ScopeNames {
+public:
+    ScopeNames() = default;
+    explicit ScopeNames(const GeneralNames& names);
+
+    [[nodiscard]] std::size_t size() const { return directories_.size() + others_.size(); }
+    [[nodiscard]] bool hasAnyOf(const ScopeNames& names) const;
+
+private:
+    std::set<ComparableName> directories_;
+    /// With those that are not names of a directory, whatever their kind says.
+    std::set<std::pair<GeneralName::Kind, std::string>> others_;
+};
 
 /// A list with what is read of it once.
 struct KnownList {
@@ -22,6 +42,8 @@ struct KnownList {
     ComparableName issuer;
     ReadExtensions extensions;
     SignatureAlgorithm signedBy;
+    /// Of the distribution point that the list is for; none where it names none.
+    std::optional<ScopeNames> pointNames;
 
     /// \return null for a list of which nothing may be believed: not DER, malformed, critical extensions that are not processed,
     /// in the list or in any entry, an algorithm that is not supported.
@@ -36,13 +58,11 @@ struct KnownList {
 
 /// One place where the status of a certificate is published.
 struct StatusPoint {
-    /// Its name, and that of the certificate's issuer, which relative names begin with.
-    std::optional<DistributionPointName> name;
+    /// Under which a list may have this point: its own, or else those of the issuer of the lists.
+    ScopeNames names;
     ReasonFlags reasons = allReasons;
     /// The issuers of the lists: those that the point names, or the issuer of the certificate.
     std::vector<ComparableName> issuers;
-    /// The names that a list may have its point under when this one has no name of its own.
-    GeneralNames issuerNames;
     bool namesIssuer = false;
 };
 
@@ -62,5 +82,10 @@ struct StatusPoint {
 
 /// Whether `first` is the greater of two CRL numbers, big-endian.
 [[nodiscard]] bool IsGreaterNumber(const element& first, const element& second);
+
+enum class Freshness { early, fresh, stale };
+/// Where the time asked for is between this update and next update, or the greatest age where there is no next update; the clock
+/// skew extends both ends.
+[[nodiscard]] Freshness FreshnessOf(const CCrypto_X509_CRL& list, const ValidationOptions& options);
 
 } // namespace ccrypto

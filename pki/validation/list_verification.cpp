@@ -10,8 +10,6 @@ namespace ccrypto {
 
 namespace {
 
-constexpr std::int64_t listAgeSeconds = std::int64_t{24} * 60 * 60;
-
 /// What makes a list unusable whoever signed it; see KnownList::Read().
 Finding CheckListItself(const CCrypto_X509_CRL& list, const ValidationOptions& options)
 {
@@ -34,19 +32,16 @@ Finding CheckListItself(const CCrypto_X509_CRL& list, const ValidationOptions& o
 
 Finding CheckListTime(const CCrypto_X509_CRL& list, const ValidationOptions& options)
 {
-    const std::optional<std::int64_t> at = options.at.toMilliseconds();
-    const std::optional<std::int64_t> start = list.thisUpdate().toMilliseconds();
-    const bool hasEnd = list.nextUpdate().isValid();
-    const std::optional<std::int64_t> end = hasEnd ? list.nextUpdate().toMilliseconds() : start;
-    const std::int64_t skew = 1000 * options.clockSkewSeconds;
-    const std::int64_t age = hasEnd ? 0 : 1000 * options.maxAgeSeconds.value_or(listAgeSeconds);
-    if (!at || !start || !end)
-        return {Reason::malformed, "a time that does not exist"};
-    if (*at + skew < *start)
+    switch (FreshnessOf(list, options)) {
+    case Freshness::early:
         return {Reason::notYetValid, "this update is " + TimeText(list.thisUpdate())};
-    if (*end + age + skew < *at)
-        return {Reason::statusStale, hasEnd ? "next update was " + TimeText(list.nextUpdate())
-                                            : "this update was " + TimeText(list.thisUpdate()) + ", with no next update"};
+    case Freshness::stale:
+        return {Reason::statusStale, list.nextUpdate().isValid()
+                                         ? "next update was " + TimeText(list.nextUpdate())
+                                         : "this update was " + TimeText(list.thisUpdate()) + ", with no next update"};
+    case Freshness::fresh:
+        break;
+    }
     return {};
 }
 
@@ -57,7 +52,6 @@ public:
         : list_(list), pool_(pool), needsPath_(needsPath), allowWeak_(options.allowWeak)
     {
         signerOptions_.at = options.at;
-        signerOptions_.keyUsage = static_cast<std::uint16_t>(KeyUsageBit::crlSign);
         signerOptions_.strict = options.strict;
         signerOptions_.allowWeak = options.allowWeak;
         verdict_.reason = Reason::noPath;

@@ -24,7 +24,7 @@ struct ValidationOptions {
     CCryptoDateTime at; ///< UTC; must be valid
     Status status = Status::none;
     std::int64_t clockSkewSeconds = 300;       ///< of thisUpdate, and after nextUpdate
-    std::optional<std::int64_t> maxAgeSeconds; ///< of status without nextUpdate
+    std::int64_t maxAgeSeconds = 24 * 60 * 60; ///< of status without nextUpdate
     std::vector<Oid> policies;                 ///< the user's; empty for any
     bool explicitPolicy = false;
     bool inhibitAnyPolicy = false;

@@ -9,23 +9,6 @@ namespace ccrypto {
 
 namespace {
 
-constexpr std::int64_t defaultMaxAgeSeconds = std::int64_t{24} * 60 * 60;
-
-/// In milliseconds. What a caller gives may be as long as it likes: this is longer than any two times are apart.
-std::int64_t StatusDuration(std::int64_t seconds)
-{
-    constexpr std::int64_t maxSeconds = 1'000'000'000'000;
-    return std::clamp(seconds, -maxSeconds, maxSeconds) * 1000;
-}
-
-/// Whether `time`, moved by `milliseconds`, is before `at`. Times that cannot be counted are.
-bool IsEarlier(const CCryptoDateTime& time, std::int64_t milliseconds, const CCryptoDateTime& at)
-{
-    const std::optional<std::int64_t> first = time.toMilliseconds();
-    const std::optional<std::int64_t> second = at.toMilliseconds();
-    return !first || !second || *first + milliseconds < *second;
-}
-
 std::uint32_t RankOf(CertificateStatus status)
 {
     switch (status) {
@@ -67,7 +50,6 @@ StatusFinder::StatusFinder(const CertificatePool& pool, const StatusSources& sou
       hasSources_(!sources.crls.empty() || !sources.responses.empty())
 {
     signerOptions_.at = options.at;
-    signerOptions_.keyUsage = static_cast<std::uint16_t>(KeyUsageBit::crlSign);
     signerOptions_.strict = options.strict;
     signerOptions_.allowWeak = options.allowWeak;
 
@@ -97,7 +79,8 @@ void StatusFinder::judge(PathAttempt& attempt, const Keys& keys)
                                 (options_.status == ValidationOptions::Status::leaf && index == 0 && nesting_ == 0);
         if (!isRequired && !hasSources_)
             continue;
-        StatusInformation& information = attempt.status[index] = statusOf({path, keys, index});
+        const bool isSettled = attempt.stage == PathAttempt::Stage::valid;
+        StatusInformation& information = attempt.status[index] = statusOf({path, keys, index}, isSettled);
         if (information.status == CertificateStatus::revoked) {
             attempt.stage = index == 0 ? PathAttempt::Stage::revoked : PathAttempt::Stage::status;
             attempt.fault = {{Reason::revoked, information.detail}, index};
@@ -111,12 +94,10 @@ void StatusFinder::judge(PathAttempt& attempt, const Keys& keys)
     }
 }
 
-StatusInformation StatusFinder::statusOf(const Issued& issued)
+StatusInformation StatusFinder::statusOf(const Issued& issued, bool isSettled)
 {
-    const std::tuple key{static_cast<const void*>(&issued.certificate()),
-                         static_cast<const void*>(issued.keys[issued.index + 1].get()),
-                         static_cast<const void*>(issued.path.back())};
-    if (const auto found = known_.find(key); found != known_.end())
+    const std::pair<const void*, const void*> key{&issued.certificate(), issued.path.back()};
+    if (const auto found = known_.find(key); isSettled && found != known_.end())
         return found->second;
 
     StatusInformation information = statusByLists(issued);
@@ -128,7 +109,8 @@ StatusInformation StatusFinder::statusOf(const Issued& issued)
     }
     if (information.detail.isEmpty())
         information.detail = "no list or response says what the status is";
-    known_[key] = information;
+    if (isSettled)
+        known_[key] = information;
     return information;
 }
 
@@ -137,7 +119,7 @@ StatusInformation StatusFinder::statusByResponses(const Issued& issued)
     OcspOptions options;
     options.at = options_.at;
     options.clockSkewSeconds = options_.clockSkewSeconds;
-    options.maxAgeSeconds = options_.maxAgeSeconds.value_or(defaultMaxAgeSeconds);
+    options.maxAgeSeconds = options_.maxAgeSeconds;
     options.allowWeak = options_.allowWeak;
     options.candidates = responders_;
 
@@ -174,7 +156,7 @@ StatusInformation StatusFinder::statusByResponses(const Issued& issued)
             information.status = CertificateStatus::revoked;
             information.detail = RevocationText(answer.revocationReason, answer.revocationTime);
         }
-        const bool saysMore = best.detail.isEmpty() && answer.failure != OcspFailure::wrongCertificate;
+        const bool saysMore = best.detail.isEmpty();
         if (RankOf(information.status) > RankOf(best.status) || saysMore)
             best = std::move(information);
     }
@@ -186,7 +168,7 @@ StatusInformation StatusFinder::statusByLists(const Issued& issued)
     StatusInformation information;
     information.status = CertificateStatus::unknown;
     Heard heard;
-    for (const StatusPoint& point : StatusPointsOf(issued.certificate())) {
+    for (const StatusPoint& point : pointsOf(issued.certificate())) {
         for (const ComparableName& issuer : point.issuers) {
             const auto lists = lists_.find(issuer);
             if (lists == lists_.end())
@@ -230,45 +212,37 @@ bool StatusFinder::hear(const KnownList& list, ReasonFlags reasons, const Issued
 {
     // Signatures are the expensive part: a list is verified when it could change what is known.
     const bool addsReasons = (reasons & ~heard.good) != 0;
-    std::optional<RevokedEntry> entry = EntryOf(list, issued.certificate());
-    if (!addsReasons && !entry)
+    if (!addsReasons && !EntryOf(list, issued.certificate()))
         return false;
 
-    const std::shared_ptr<ICryptoKeyPair> signer = signerOf(list, issued);
-    if (signer == nullptr) {
+    const ListSigner signer = signerOf(list, issued);
+    if (signer.key == nullptr) {
         if (information.detail.isEmpty())
             information.detail = ListText(list) + " is not signed by an issuer of lists for the certificate";
         return false;
     }
-    const Combined combined = combine(list, signer);
-    const KnownList* speaker = &list;
-    if (combined.delta != nullptr) {
-        if (std::optional<RevokedEntry> changed = EntryOf(*combined.delta, issued.certificate())) {
-            entry = std::move(changed);
-            speaker = combined.delta;
-        }
-    }
-
+    const auto [delta, entry, freshness] = combine(list, signer.key, issued.certificate());
+    const bool isFresh = freshness == Freshness::fresh;
     if (entry && entry->reason != RevocationReason::removeFromCrl) {
-        const bool isFresh = combined.freshness == Freshness::fresh;
+        const KnownList& speaker = delta != nullptr ? *delta : list;
         // What a newer list said counts more; of lists of one moment, the one that revokes does.
-        const bool isOverruled = !addsReasons && speaker->list->thisUpdate() < heard.speaker()->list->thisUpdate();
-        if (isFresh ? !isOverruled : staysRevoked(entry->reason, entry->revocationDate)) {
+        const bool isOverruled =
+            !addsReasons && !heard.isOwnWord && speaker.list->thisUpdate() < heard.speaker()->list->thisUpdate();
+        if (isFresh ? !isOverruled : staysRevoked(entry)) {
             information.status = CertificateStatus::revoked;
             information.source = StatusInformation::Source::crl;
             information.detail = RevocationText(entry->reason, entry->revocationDate);
-            information.thisUpdate = speaker->list->thisUpdate();
-            information.nextUpdate = speaker->list->nextUpdate();
+            information.thisUpdate = speaker.list->thisUpdate();
+            information.nextUpdate = speaker.list->nextUpdate();
             return true;
         }
-        if (isFresh)
-            return false;
     }
-    if (combined.freshness == Freshness::fresh && addsReasons) {
+    if (isFresh && addsReasons) {
         heard.good = static_cast<ReasonFlags>(heard.good | reasons);
         heard.goodList = &list;
-        heard.goodDelta = combined.delta;
-    } else if (combined.freshness == Freshness::stale && heard.staleList == nullptr) {
+        heard.goodDelta = delta;
+        heard.isOwnWord |= signer.isSubject;
+    } else if (freshness == Freshness::stale && heard.staleList == nullptr) {
         heard.staleList = &list;
     }
     return false;
@@ -279,20 +253,15 @@ bool StatusFinder::staysRevoked(std::optional<RevocationReason> reason, const CC
     return reason != RevocationReason::certificateHold && since.isValid() && since <= options_.at;
 }
 
-StatusFinder::Freshness StatusFinder::freshnessOf(const KnownList& list) const
+bool StatusFinder::staysRevoked(const std::optional<RevokedEntry>& entry) const
 {
-    const std::int64_t skew = StatusDuration(options_.clockSkewSeconds);
-    if (IsEarlier(options_.at, skew, list.list->thisUpdate()))
-        return Freshness::early;
-    const bool hasEnd = list.list->nextUpdate().isValid();
-    const CCryptoDateTime& start = hasEnd ? list.list->nextUpdate() : list.list->thisUpdate();
-    const std::int64_t age = hasEnd ? 0 : StatusDuration(options_.maxAgeSeconds.value_or(defaultMaxAgeSeconds));
-    return IsEarlier(start, age + skew, options_.at) ? Freshness::stale : Freshness::fresh;
+    return entry && entry->reason != RevocationReason::removeFromCrl && staysRevoked(entry->reason, entry->revocationDate);
 }
 
-StatusFinder::Combined StatusFinder::combine(const KnownList& base, const std::shared_ptr<ICryptoKeyPair>& signer)
+StatusFinder::Combined StatusFinder::combine(const KnownList& base, const std::shared_ptr<ICryptoKeyPair>& signer,
+                                             const KnownCertificate& certificate)
 {
-    Combined combined{nullptr, freshnessOf(base)};
+    Combined combined{nullptr, EntryOf(base, certificate), FreshnessOf(*base.list, options_)};
     if (combined.freshness == Freshness::early)
         return combined;
     for (const auto& delta : lists_.at(base.issuer)) {
@@ -301,30 +270,42 @@ StatusFinder::Combined StatusFinder::combine(const KnownList& base, const std::s
             (delta->extensions.crlNumber && IsGreaterNumber(*delta->extensions.crlNumber, *combined.delta->extensions.crlNumber));
         if (!isNewer || !IsDeltaOf(*delta, base))
             continue;
-        const Freshness freshness = freshnessOf(*delta);
-        if (freshness == Freshness::early || !isSignedBy(*delta, signer))
+        // One of another time takes nothing back.
+        const bool isFresh = FreshnessOf(*delta->list, options_) == Freshness::fresh;
+        std::optional<RevokedEntry> changed = EntryOf(*delta, certificate);
+        if ((!isFresh && !staysRevoked(changed)) || !isSignedBy(*delta, signer))
             continue;
         combined.delta = delta.get();
-        if (freshness == Freshness::fresh)
+        if (changed)
+            combined.entry = std::move(changed);
+        if (isFresh)
             combined.freshness = Freshness::fresh;
     }
     return combined;
 }
 
+const std::vector<StatusPoint>& StatusFinder::pointsOf(const KnownCertificate& certificate)
+{
+    const auto [position, isNew] = points_.try_emplace(&certificate);
+    if (isNew)
+        position->second = StatusPointsOf(certificate);
+    return position->second;
+}
+
 bool StatusFinder::isSignedBy(const KnownList& list, const std::shared_ptr<ICryptoKeyPair>& key)
 {
-    if (list.signedBy.isBroken() || (list.signedBy.isWeak() && !options_.allowWeak))
+    if (list.signedBy.isWeak() && !options_.allowWeak)
         return false;
     return work_.check(*list.list, list.signedBy, *key) == SignatureResult::good;
 }
 
-std::shared_ptr<ICryptoKeyPair> StatusFinder::signerOf(const KnownList& list, const Issued& issued)
+StatusFinder::ListSigner StatusFinder::signerOf(const KnownList& list, const Issued& issued)
 {
     // Certificates of the path above the one in question are valid as far as this path is.
     for (std::size_t index = issued.index + std::size_t{1}; index < issued.path.size(); index++) {
         const KnownCertificate& signer = *issued.path[index];
         if (signer.subject == list.issuer && MaySignLists(signer) && isSignedBy(list, issued.keys[index]))
-            return issued.keys[index];
+            return {issued.keys[index]};
     }
     for (const KnownCertificate* signer : pool_.signersOf(list.issuer, list.extensions.authorityKeyIdentifier)) {
         if (work_.isExceeded())
@@ -333,7 +314,7 @@ std::shared_ptr<ICryptoKeyPair> StatusFinder::signerOf(const KnownList& list, co
             continue;
         // The certificate of a signer of lists may be on such a list itself: its path is valid as far as this one is.
         if (signer == &issued.certificate() && isSignedBy(list, issued.keys[issued.index]))
-            return issued.keys[issued.index];
+            return {issued.keys[issued.index], true};
         if (std::find(issued.path.begin(), issued.path.end(), signer) != issued.path.end())
             continue;
         // What is not the signer is not worth a path.
@@ -342,20 +323,19 @@ std::shared_ptr<ICryptoKeyPair> StatusFinder::signerOf(const KnownList& list, co
             continue;
         const std::shared_ptr<ICryptoKeyPair> key = validatedKey(*signer, *issued.path.back());
         if (key != nullptr && isSignedBy(list, key))
-            return key;
+            return {key};
     }
-    return nullptr;
+    return {};
 }
 
 std::shared_ptr<ICryptoKeyPair> StatusFinder::validatedKey(const KnownCertificate& signer, const KnownCertificate& anchor)
 {
-    // While it is looked for, it is nobody: signers cannot vouch for each other's status.
+    if (const auto found = signers_.find({&signer, &anchor}); found != signers_.end())
+        return found->second;
     if (nesting_ == maxNesting)
         return nullptr;
-    const auto [position, isNew] = signers_.try_emplace({&signer, &anchor});
-    if (!isNew)
-        return position->second;
-
+    // While it is looked for, it is nobody: signers cannot vouch for each other's status.
+    std::shared_ptr<ICryptoKeyPair>& known = signers_[{&signer, &anchor}];
     nesting_++;
     PathFinder finder(pool_, signerOptions_, work_);
     std::shared_ptr<ICryptoKeyPair> key;
@@ -365,8 +345,8 @@ std::shared_ptr<ICryptoKeyPair> StatusFinder::validatedKey(const KnownCertificat
     });
     nesting_--;
     if (attempt.stage == PathAttempt::Stage::valid)
-        position->second = key;
-    return position->second;
+        known = std::move(key);
+    return known;
 }
 
 } // namespace ccrypto

@@ -11,7 +11,7 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace ccrypto {
@@ -19,8 +19,9 @@ namespace ccrypto {
 /// Finds out from lists (RFC 5280, 6.3) and OCSP responses whether the certificates of a path are revoked.
 ///
 /// What any of them says that is verified counts in this order: revoked, good, stale, unknown. Of lists that hold the newest
-/// speaks, of those of one moment one that revokes. A list or response of another time than the one asked for can say that a
-/// certificate was revoked, unless it was put on hold, but never that it is good.
+/// speaks, of those of one moment one that revokes; one that the certificate itself signed never overrules another. A list or
+/// response of another time than the one asked for can say that a certificate was revoked, unless it was put on hold, but never
+/// that it is good.
 class StatusFinder {
 public:
     StatusFinder(const CertificatePool& pool, const StatusSources& sources, const ValidationOptions& options, ValidationWork& work);
@@ -31,7 +32,6 @@ public:
 
 private:
     using Keys = std::vector<std::shared_ptr<ICryptoKeyPair>>;
-    enum class Freshness { early, fresh, stale };
     struct Issued {
         const CertificatePath& path;
         const Keys& keys;
@@ -43,7 +43,14 @@ private:
     /// A list together with the newest delta that fits it.
     struct Combined {
         const KnownList* delta = nullptr;
+        /// Of the certificate, in the newer of the two that has one.
+        std::optional<RevokedEntry> entry;
         Freshness freshness = Freshness::stale;
+    };
+    /// Who signed a list.
+    struct ListSigner {
+        std::shared_ptr<ICryptoKeyPair> key; ///< null where nobody who may is found
+        bool isSubject = false;              ///< the certificate that the list is asked about
     };
     /// What the lists have said so far.
     struct Heard {
@@ -51,12 +58,16 @@ private:
         const KnownList* goodList = nullptr;
         const KnownList* goodDelta = nullptr;
         const KnownList* staleList = nullptr;
+        /// The certificate signed one of the good lists itself: whoever has a revoked key may say so.
+        bool isOwnWord = false;
 
         /// What said last that the certificate is good; null while nothing did.
         [[nodiscard]] const KnownList* speaker() const { return goodDelta != nullptr ? goodDelta : goodList; }
     };
 
-    [[nodiscard]] StatusInformation statusOf(const Issued& issued);
+    /// \param isSettled whether nothing above the certificate is in doubt. Only then is the answer remembered for other paths: a
+    /// list that is signed by what is in doubt in one path proves nothing in another.
+    [[nodiscard]] StatusInformation statusOf(const Issued& issued, bool isSettled);
     [[nodiscard]] StatusInformation statusByResponses(const Issued& issued);
     [[nodiscard]] StatusInformation statusByLists(const Issued& issued);
     /// \return true when the certificate is revoked.
@@ -65,13 +76,15 @@ private:
     /// Whether what a list or response of another time says holds at the time asked for: the revocation had happened by then, and
     /// cannot have been taken back.
     [[nodiscard]] bool staysRevoked(std::optional<RevocationReason> reason, const CCryptoDateTime& since) const;
-    [[nodiscard]] Freshness freshnessOf(const KnownList& list) const;
+    [[nodiscard]] bool staysRevoked(const std::optional<RevokedEntry>& entry) const;
 
-    [[nodiscard]] std::shared_ptr<ICryptoKeyPair> signerOf(const KnownList& list, const Issued& issued);
+    [[nodiscard]] ListSigner signerOf(const KnownList& list, const Issued& issued);
     [[nodiscard]] bool isSignedBy(const KnownList& list, const std::shared_ptr<ICryptoKeyPair>& key);
     /// The key of a certificate that signs lists, when a path to the anchor is valid; else null.
     [[nodiscard]] std::shared_ptr<ICryptoKeyPair> validatedKey(const KnownCertificate& signer, const KnownCertificate& anchor);
-    [[nodiscard]] Combined combine(const KnownList& base, const std::shared_ptr<ICryptoKeyPair>& signer);
+    [[nodiscard]] Combined combine(const KnownList& base, const std::shared_ptr<ICryptoKeyPair>& signer,
+                                   const KnownCertificate& certificate);
+    [[nodiscard]] const std::vector<StatusPoint>& pointsOf(const KnownCertificate& certificate);
 
     /// Signers of lists whose own status is on a list that another one signs, and so on.
     static constexpr std::uint32_t maxNesting = 4;
@@ -86,8 +99,10 @@ private:
 
     /// The newest first.
     std::map<ComparableName, std::vector<std::unique_ptr<KnownList>>> lists_;
-    std::map<std::tuple<const void*, const void*, const void*>, StatusInformation> known_;
+    /// Of a certificate below an anchor.
+    std::map<std::pair<const void*, const void*>, StatusInformation> known_;
     std::map<std::pair<const void*, const void*>, std::shared_ptr<ICryptoKeyPair>> signers_;
+    std::map<const void*, std::vector<StatusPoint>> points_;
     std::vector<CertificatePtr> responders_;
 };
 

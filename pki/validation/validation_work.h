@@ -20,7 +20,7 @@ public:
     static constexpr std::uint32_t maxSteps = 1'000;
     static constexpr std::uint32_t maxSignatures = 200;
     static constexpr std::uint32_t maxPathLength = 64;
-    /// Names of distribution points and of lists that are compared.
+    /// Names of distribution points that are looked for among those of lists.
     static constexpr std::uint32_t maxScopeChecks = 1'000'000;
 
     /// Each counts as one certificate that is put on a path. \return false when there are none left.

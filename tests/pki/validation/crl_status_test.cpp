@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace ccrypto {
 namespace {
@@ -76,6 +77,20 @@ INSTANTIATE_TEST_SUITE_P(
                       });
                   },
                   "status-unknown 0 ?"},
+        WorldCase{"an extension twice",
+                  [](W& w) {
+                      w.list("Sub", [](L& l) {
+                          l.extension(TestAuthorityKeyIdentifier(*W::Who("Sub").key));
+                          l.extension(TestAuthorityKeyIdentifier(*W::Who("Sub").key));
+                      });
+                  },
+                  "status-unknown 0 ?"},
+        WorldCase{"an authority revoked, and good with another certificate",
+                  [](W& w) {
+                      w.authority("Sub", "Root", [](TestCertificate& c) { c.serial(6); });
+                      w.list("Root", [](L& l) { l.entry(5); }).list("Sub");
+                  },
+                  "VALID"},
         WorldCase{"SHA-1",
                   [](W& w) {
                       TestIssuer sub = W::Who("Sub");
@@ -149,6 +164,35 @@ INSTANTIATE_TEST_SUITE_P(
                   [](W& w) { w.list("Sub", [](L& l) { l.entry(7, 1, "20261201000000Z"); }); }, "revoked 0"}),
     NameOfStatusCase);
 
+/// A signer of the lists of Sub, and a list, where the profile counts.
+void UseStrictSigner(W& w, bool namesItsKey)
+{
+    const auto names = [](const char* issuer) {
+        return [=](TestCertificate& c) { c.extension(TestAuthorityKeyIdentifier(*W::Who(issuer).key)); };
+    };
+    w.others.clear();
+    w.authority("Sub", "Root", names("Root")).subject("Leaf", "Sub", names("Sub"));
+    w.authority("Sub/lists", "Root", namesItsKey ? names("Root") : TestWorld::ChangeCertificate()).list("Sub/lists");
+    w.options.strict = true;
+}
+
+/// A certificate that Sub made for itself to sign lists, which Sub revokes with the subject, and its own list of the next day.
+void SpeakForItself(W& w)
+{
+    w.plain("Sub/lists", "Sub", [](TestCertificate& c) { c.serial(8).extension(TestKeyUsage(0x02)); })
+        .list("Sub", [](L& l) { l.entry(7).entry(8); })
+        .list("Sub/lists", [](L& l) { l.thisUpdate("20260102000000Z"); });
+}
+
+/// A signer of the lists of Sub whose own certificate is signed with SHA-1, and a list.
+void AddWeakSigner(W& w)
+{
+    TestIssuer root = W::Who("Root");
+    root.hash = algorithm::sha1;
+    w.others.push_back(TestCertificate(W::Who("Sub/lists")).extension(TestKeyUsage(0x02)).build(root));
+    w.list("Sub/lists");
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Signers, StatusCases,
     ::testing::Values(
@@ -171,6 +215,13 @@ INSTANTIATE_TEST_SUITE_P(
                        }).list("Sub/lists");
                   },
                   "status-unknown 0 ?"},
+        WorldCase{"the same, whose status nobody knows, where that of the subject is asked for",
+                  [](W& w) {
+                      w.lists.clear();
+                      w.plain("Sub/lists", "Root", [](TestCertificate& c) { c.extension(TestKeyUsage(0x02)); }).list("Sub/lists");
+                      w.options.status = ValidationOptions::Status::leaf;
+                  },
+                  "VALID"},
         WorldCase{"the same without cRLSign",
                   [](W& w) {
                       w.plain("Sub/lists", "Root", [](TestCertificate& c) { c.extension(TestKeyUsage(0x80)); }).list("Sub/lists");
@@ -184,11 +235,50 @@ INSTANTIATE_TEST_SUITE_P(
                           .list("Root2");
                   },
                   "status-unknown 0 ?"},
+        WorldCase{"the same of another anchor, which certified the issuer, too",
+                  [](W& w) {
+                      w.anchor("Root2")
+                          .authority("Sub", "Root2")
+                          .plain("Sub/lists", "Root2", [](TestCertificate& c) { c.extension(TestKeyUsage(0x02)); })
+                          .list("Sub/lists")
+                          .list("Root2");
+                  },
+                  "VALID"},
+        WorldCase{"revoked below one of two anchors",
+                  [](W& w) {
+                      w.anchor("Root2")
+                          .authority("Sub", "Root2")
+                          .plain("Sub/lists", "Root", [](TestCertificate& c) { c.extension(TestKeyUsage(0x02)); })
+                          .list("Sub/lists", [](L& l) { l.entry(7); });
+                      w.options.status = ValidationOptions::Status::none;
+                  },
+                  "revoked 0"},
+        WorldCase{"against the profile", [](W& w) { UseStrictSigner(w, false); }, "status-unknown 0 ?"},
+        WorldCase{"as the profile wants it", [](W& w) { UseStrictSigner(w, true); }, "VALID"},
+        WorldCase{"an issuer in doubt, and one without cRLSign that is not",
+                  [](W& w) {
+                      const Bytes point = Tlv(der::Context(0), Tlv(der::Context(0), TestUri("http://a/")));
+                      w.lists.clear();
+                      w.plain("Sub", "Root", [&](TestCertificate& c) {
+                           c.serial(6).extension(TestBasicConstraints(true)).extension(TestKeyUsage(0x04));
+                           c.extension(TestExtension("2.5.29.31", Tlv(der::sequence, Tlv(der::sequence, point))));
+                       }).list("Root", [&](L& l) { l.extension(TestIssuingDistributionPoint(point)); });
+                      w.list("Sub");
+                  },
+                  "status-unknown 0 ?"},
+        WorldCase{"the same, signed with SHA-1", [](W& w) { AddWeakSigner(w); }, "status-unknown 0 ?"},
+        WorldCase{"the same, signed with SHA-1 where it is allowed",
+                  [](W& w) {
+                      AddWeakSigner(w);
+                      w.options.allowWeak = true;
+                  },
+                  "VALID"},
         WorldCase{"one whose own list has nothing against it",
                   [](W& w) {
                       w.plain("Sub/lists", "Sub", [](TestCertificate& c) { c.extension(TestKeyUsage(0x02)); }).list("Sub/lists");
                   },
                   "VALID"},
+        WorldCase{"one that takes back its own revocation", [](W& w) { SpeakForItself(w); }, "revoked 0"},
         WorldCase{"one revoked by its own list",
                   [](W& w) {
                       w.plain("Sub/lists", "Sub", [](TestCertificate& c) {
@@ -213,8 +303,44 @@ TEST(PathStatus, SaysWhatItKnowsOfEachStep)
     EXPECT_EQ(verdict.work.steps, 3U);
     EXPECT_EQ(verdict.work.signatures, 4U);
 
+    // What adds nothing is not verified. A delta is named with its base.
+    world.list("Sub", [](L& l) { l.thisUpdate("20250601000000Z").number(6); });
+    EXPECT_EQ(world.validate().work.signatures, 4U);
+    world.list("Sub", [](L& l) { l.number(8).delta(7); });
+    EXPECT_EQ(world.validate().path.front().status.detail, "CRL 8 of CRL 7");
+
     world.list("Sub", [](L& l) { l.thisUpdate("20260601000000Z").entry(7, 1, "20261102080000Z"); });
     EXPECT_EQ(world.validate().detail, "keyCompromise since 2026-11-02 08:00:00Z");
+}
+
+TEST(PathStatus, OfAListTooOldIsThatOfTheNewest)
+{
+    TestWorld world = StatusWorld();
+    world.list("Sub", [](L& l) { l.number(2).thisUpdate("20260102000000Z").nextUpdate("20260201000000Z"); });
+    world.list("Sub", [](L& l) { l.number(1).nextUpdate("20260301000000Z"); });
+    EXPECT_EQ(world.validate().detail, "CRL 2 is too old");
+}
+
+/// The status of each signer of lists is on a list that the next one signs.
+TEST(PathStatus, AsksFourSignersOfListsDeep)
+{
+    for (const std::uint32_t depth : {4U, 5U}) {
+        TestWorld world = StatusWorld();
+        const auto signer = [&](const std::string& name, const std::string& issuer) {
+            world.plain(name + "/lists", issuer, [](TestCertificate& c) { c.extension(TestKeyUsage(0x02)); }).list(name + "/lists");
+        };
+        world.lists.clear();
+        signer("Root", "Root");
+        std::string name = "Sub";
+        for (std::uint32_t number = 1; number <= depth; number++) {
+            const std::string next = "Signer" + std::to_string(number);
+            world.authority(next, "Root", [](TestCertificate& c) { c.serial(5); });
+            signer(name, next);
+            name = next;
+        }
+        world.list(name);
+        EXPECT_EQ(Summary(world.validate()), depth == 4 ? "VALID" : "status-unknown 0 ?");
+    }
 }
 
 /// A list of which a bit is flipped makes nothing valid that is not: neither a good certificate nor a revoked one.

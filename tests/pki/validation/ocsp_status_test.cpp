@@ -14,12 +14,24 @@ namespace {
 using W = TestWorld;
 using L = TestCrl;
 
-void AddOcsp(W& world, const TestOcspResponse& response, const char* signer)
+void AddOcspBy(W& world, const TestOcspResponse& response, const TestIssuer& signer)
 {
-    const Bytes der = response.build(W::Who(signer));
+    const Bytes der = response.build(signer);
     auto loaded = std::make_shared<CCryptoOCSP::COCSPResponse>();
     ASSERT_TRUE(loaded->LoadResponse(element(der.data(), static_cast<std::uint32_t>(der.size()))));
     world.sources.responses.push_back(std::move(loaded));
+}
+
+void AddOcsp(W& world, const TestOcspResponse& response, const char* signer)
+{
+    AddOcspBy(world, response, W::Who(signer));
+}
+
+void AddWeakOcsp(W& world, const TestOcspResponse& response)
+{
+    TestIssuer sub = W::Who("Sub");
+    sub.hash = algorithm::sha1;
+    AddOcspBy(world, response, sub);
 }
 
 TestOcspResponse OcspOfLeaf()
@@ -136,6 +148,45 @@ INSTANTIATE_TEST_SUITE_P(
                                     AddOcsp(w, OcspOfLeaf(), "Sub");
                                 },
                                 "VALID"},
+                      WorldCase{"too old, but not by the skew that is allowed",
+                                [](W& w) {
+                                    TestOcspResponse r = OcspOfLeaf();
+                                    r.nextUpdate = TestOcspTime("20261123110000Z");
+                                    AddOcsp(w, r, "Sub");
+                                    w.options.clockSkewSeconds = 3600;
+                                },
+                                "VALID"},
+                      WorldCase{"days old without next update",
+                                [](W& w) {
+                                    TestOcspResponse r = OcspOfLeaf();
+                                    r.nextUpdate = {};
+                                    AddOcsp(w, r, "Sub");
+                                },
+                                "status-stale 0 ?"},
+                      WorldCase{"as many days old as are allowed",
+                                [](W& w) {
+                                    TestOcspResponse r = OcspOfLeaf();
+                                    r.nextUpdate = {};
+                                    AddOcsp(w, r, "Sub");
+                                    w.options.maxAgeSeconds = 4 * 86400;
+                                },
+                                "VALID"},
+                      WorldCase{"SHA-1", [](W& w) { AddWeakOcsp(w, OcspOfLeaf()); }, "status-unknown 0 ?"},
+                      WorldCase{"SHA-1 where it is allowed",
+                                [](W& w) {
+                                    AddWeakOcsp(w, OcspOfLeaf());
+                                    w.options.allowWeak = true;
+                                },
+                                "VALID"},
+                      WorldCase{"after more bad ones than are verified",
+                                [](W& w) {
+                                    TestOcspResponse r = OcspOfLeaf();
+                                    r.responder = Tlv(der::Context(1), W::Who("Sub").name);
+                                    AddOcsp(w, r, "Sub/2");
+                                    w.sources.responses.resize(ValidationWork::maxSignatures, w.sources.responses.front());
+                                    AddOcsp(w, OcspOfLeaf(), "Sub");
+                                },
+                                "limit 0"},
                       WorldCase{"of another certificate",
                                 [](W& w) {
                                     TestOcspResponse r = OcspOfLeaf();

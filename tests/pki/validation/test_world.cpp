@@ -90,21 +90,33 @@ TestWorld& TestWorld::list(const std::string& issuer, const ChangeList& change)
     return *this;
 }
 
-PathVerdict TestWorld::validate() const
+CertificatePool TestWorld::pool() const
 {
     CertificatePool pool;
     for (const Bytes& der : anchors)
         static_cast<void>(pool.add(Loaded(der), true));
     for (const Bytes& der : others)
         static_cast<void>(pool.add(Loaded(der), false));
-    StatusSources all = sources;
+    return pool;
+}
+
+std::vector<CrlPtr> TestWorld::loadedLists() const
+{
+    std::vector<CrlPtr> loaded;
     for (const Bytes& der : lists) {
         auto crl = std::make_shared<CCrypto_X509_CRL>();
         if (!crl->LoadCRL(element(der.data(), static_cast<std::uint32_t>(der.size()))))
             throw std::runtime_error("a list of the test does not load");
-        all.crls.push_back(std::move(crl));
+        loaded.push_back(std::move(crl));
     }
-    return ValidateCertificate(Loaded(subjectDer), pool, all, options);
+    return loaded;
+}
+
+PathVerdict TestWorld::validate() const
+{
+    StatusSources all = sources;
+    all.crls = loadedLists();
+    return ValidateCertificate(Loaded(subjectDer), pool(), all, options);
 }
 
 std::string Summary(const PathVerdict& verdict)

@@ -32,6 +32,8 @@ public:
     TestWorld& subjectAuthority(const std::string& name, const std::string& issuer, const ChangeCertificate& change = {});
     TestWorld& list(const std::string& issuer, const ChangeList& change = {});
 
+    [[nodiscard]] CertificatePool pool() const;
+    [[nodiscard]] std::vector<CrlPtr> loadedLists() const;
     [[nodiscard]] PathVerdict validate() const;
 
     ValidationOptions options = DefaultOptions();
