@@ -31,6 +31,9 @@ constexpr const char* anyElementTemplate = "certStatus";
 
 enum Tag : std::uint32_t { goodTag = 0, revokedTag = 1, unknownTag = 2 };
 
+/// The largest ENUMERATED of one octet. Numbers without a name are read: whatever the reason is, the certificate is revoked.
+constexpr std::uint8_t maxReason = 0x7F;
+
 /// Whether a tag holds nothing, as an implicit NULL, or a NULL of its own.
 bool HoldsNull(const elementNode& tagged)
 {
@@ -87,7 +90,7 @@ bool CCertStatus::readRevoked(const CCryptoTemplateMatch& match)
     const TemplateBinding* const reason = match.find("revocationReason");
     if (reason == nullptr)
         return revocationTime.isValid() && time->next() == nullptr;
-    if (reason->node == nullptr || reason->node->token().length() != 1)
+    if (reason->node == nullptr || reason->node->token().length() != 1 || reason->node->token()[0] > maxReason)
         return false;
     revocationReason = static_cast<RevocationReason>(reason->node->token()[0]);
     return revocationTime.isValid();
@@ -115,6 +118,8 @@ bool CCertStatus::SetTemplateValues()
     default:
         return logger.fail(false, "No alternative is given");
     }
+    if (revocationReason && static_cast<std::uint8_t>(*revocationReason) > maxReason)
+        return logger.fail(false, "The reason of the revocation cannot be written");
     if (!setTemplate(revokedTemplate) || !fillTime("revocationTime", revocationTime))
         return logger.fail(false, "The time of the revocation cannot be written");
     return logger.setResult(!revocationReason.has_value() ||

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace ccrypto {
 
@@ -60,6 +61,15 @@ element NewOcspNonce(std::uint32_t length)
     element nonce;
     nonce.resize(length);
     return ICryptoRandom::Instance().generate({nonce.data(), nonce.length()}) ? nonce : element();
+}
+
+bool HasDoubledOcspExtension(const CCrypto_X509_ValueList& extensions)
+{
+    std::vector<Oid> oids;
+    for (const auto& extension : extensions.values())
+        oids.push_back(extension->oid());
+    std::ranges::sort(oids);
+    return std::ranges::adjacent_find(oids) != oids.end();
 }
 
 bool HasUnknownCriticalOcspExtension(const CCrypto_X509_ValueList& extensions)

@@ -26,6 +26,8 @@ struct OcspNonce {
 /// Random octets for a nonce; empty, logged, when the random source fails.
 [[nodiscard]] element NewOcspNonce(std::uint32_t length = OcspNonce::usualLength);
 
+/// Whether an extension is there twice, which no request, response or part of one may have (RFC 5280, 4.2).
+[[nodiscard]] bool HasDoubledOcspExtension(const CCrypto_X509_ValueList& extensions);
 /// Whether an extension of a request or response is critical and means nothing to us: what it stands in must then not be used.
 [[nodiscard]] bool HasUnknownCriticalOcspExtension(const CCrypto_X509_ValueList& extensions);
 

@@ -5,9 +5,12 @@
 #include "pki/ocsp/ocsp_request.h"
 #include "pki/x509/extensions.h"
 #include "pki/x509/name.h"
+#include "pki/x509/signature.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
+#include <vector>
 
 namespace ccrypto {
 
@@ -24,9 +27,12 @@ using CCryptoOCSP::ResponseStatus;
 bool IsAnswerable(const COCSPRequest& request)
 {
     const auto& requests = request.tbsRequest.requestList;
-    return !requests.empty() && !HasUnknownCriticalOcspExtension(request.tbsRequest.extensions) &&
+    const auto areUsable = [](const CCrypto_X509_ValueList& extensions) {
+        return !HasUnknownCriticalOcspExtension(extensions) && !HasDoubledOcspExtension(extensions);
+    };
+    return !requests.empty() && areUsable(request.tbsRequest.extensions) &&
            ReadOcspNonce(request.tbsRequest.extensions).state != OcspNonce::State::malformed &&
-           std::ranges::none_of(requests, [](const auto& one) { return HasUnknownCriticalOcspExtension(one->extensions); });
+           std::ranges::all_of(requests, [&](const auto& one) { return areUsable(one->extensions); });
 }
 
 /// Whether what is not in the list is good: it is the issuer's and covers all certificates and reasons. Lists that do not say so in
@@ -40,20 +46,34 @@ bool IsCompleteList(const CCrypto_X509_CRL& list, const CCrypto_X509_Certificate
                extension->oid() == oids::issuingDistributionPoint;
     };
     return listName && issuerName && listName == issuerName && list.isDer() && issuer.publicKey() != nullptr &&
-           list.verifySignature(*issuer.publicKey()) == SignatureResult::good &&
+           list.verifySignature(*issuer.publicKey()) == SignatureResult::good && !list.hasUnknownCriticalEntry() &&
            std::ranges::none_of(list.extensions().values(), isPartial);
 }
 
-/// \return false for an entry that cannot be understood.
+/// Of several entries one that is not a hold speaks. \return false for an entry that such a list does not have: removed from a
+/// base, or of another issuer.
 bool ReadListStatus(const CCrypto_X509_CRL& list, const element& serialNumber, CCertStatus& status)
 {
     const std::vector<RevokedEntry> entries = list.find(serialNumber.bytes());
     status.kind = entries.empty() ? CCertStatus::Kind::good : CCertStatus::Kind::revoked;
-    if (entries.empty())
-        return true;
-    status.revocationTime = entries.front().revocationDate;
-    status.revocationReason = entries.front().reason;
-    return !entries.front().hasUnknownCritical;
+    const auto isHold = [](const RevokedEntry& entry) { return entry.reason == RevocationReason::certificateHold; };
+    auto worst = std::ranges::find_if_not(entries, isHold);
+    if (worst == entries.end())
+        worst = entries.begin();
+    if (worst != entries.end()) {
+        status.revocationTime = worst->revocationDate;
+        status.revocationReason = worst->reason;
+    }
+    return std::ranges::none_of(entries, [](const RevokedEntry& entry) {
+        return entry.reason == RevocationReason::removeFromCrl || !entry.certificateIssuer.isEmpty();
+    });
+}
+
+/// Whether the signature of the list is strong enough to answer from it. One that is broken never verifies.
+bool IsStrongList(const CCrypto_X509_CRL& list, bool allowWeak)
+{
+    const std::optional<SignatureAlgorithm> algorithm = ReadSignatureAlgorithm(list.signatureAlgorithm());
+    return algorithm && (allowWeak || !algorithm->isWeak());
 }
 
 bool AddResponses(COCSPRequest& request, const CCrypto_X509_CRL& list, const CCrypto_X509_Certificate& issuer,
@@ -90,6 +110,8 @@ element AnswerFromCrl(const element& request, const CCrypto_X509_CRL& list, cons
     COCSPRequest asked;
     if (!asked.LoadRequest(request) || !IsAnswerable(asked))
         return logger.warn(OcspErrorResponse(ResponseStatus::malformedRequest), "The request is malformed");
+    if (!IsStrongList(list, responder.allowWeak))
+        return logger.fail(element(), "The signature of the list is weak");
     if (!IsCompleteList(list, responder.issuer))
         return logger.fail(element(), "The list is not a complete one of the issuer");
 
@@ -101,7 +123,7 @@ element AnswerFromCrl(const element& request, const CCrypto_X509_CRL& list, cons
     if (responder.byName)
         basic.tbsResponseData.responderName = responder.certificate.subject().GetDerEncodedElement();
     if (!AddResponses(asked, list, responder.issuer, basic.tbsResponseData))
-        return logger.fail(element(), "An entry of the list cannot be understood");
+        return logger.fail(element(), "An entry is not one of a complete list");
     if (const element nonce = asked.nonce(); !nonce.isEmpty() && !AddOcspNonce(basic.tbsResponseData.extensions, nonce))
         return logger.fail(element());
     if (responder.embedsCertificate && responder.certificate.der().view() != responder.issuer.der().view())

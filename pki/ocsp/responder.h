@@ -17,14 +17,17 @@ struct OcspResponder {
     algorithm::Id hash = algorithm::sha256;
     bool byName = false;           ///< the responder is given by its name, otherwise by its key
     bool embedsCertificate = true; ///< the responder's certificate goes into the response, unless it is the issuer's
+    bool allowWeak = false;        ///< answers from a list that is signed with SHA-1; MD5 never
 };
 
 /// Answers a request from a revocation list of the issuer: good, revoked, or unknown for certificates of other issuers. The
 /// response holds as long as the list, says the nonce of the request, and was made at `at`.
 ///
-/// What is not a request, asks for nothing, has a malformed nonce or an unknown critical extension is answered by
-/// malformedRequest, without a signature.
-/// \return the response, DER; empty, logged, for a list that is not complete or not the issuer's, and when signing fails.
+/// What is not a request, asks for nothing, has a malformed nonce, an extension twice or an unknown critical one is answered by
+/// malformedRequest, without a signature. Neither the list's nextUpdate nor the right of the responder to answer is checked:
+/// whoever asks does, and may have named the responder in advance. \return the response, DER; empty, logged, for a list that is not
+/// complete or not the issuer's, for a weak signature of it, for an
+///         entry that only another kind of list may have, and when signing fails.
 [[nodiscard]] element AnswerFromCrl(const element& request, const CCrypto_X509_CRL& list, const OcspResponder& responder,
                                     const CCryptoDateTime& at);
 

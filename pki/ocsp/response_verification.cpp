@@ -78,6 +78,7 @@ private:
     bool answersRequest();
     void findStatus();
     OcspVerdict judgeSingle(const CCryptoOCSP::CSingleResponse& single) const;
+    static void setRevoked(OcspVerdict& verdict);
     bool isTimely(const CCryptoOCSP::CSingleResponse& single, OcspVerdict& verdict) const;
 
     bool fail(OcspFailure failure, CCryptoString detail);
@@ -134,6 +135,8 @@ bool OcspJudge::isReadable()
         return fail(OcspFailure::notSuccessful, ResponseStatusName(response_.responseStatus));
     if (basic_.isEmpty())
         return fail(OcspFailure::malformed, "there is no basic response");
+    if (HasDoubledOcspExtension(basic_.tbsResponseData.extensions))
+        return fail(OcspFailure::malformed, "the response has an extension twice");
     if (HasUnknownCriticalOcspExtension(basic_.tbsResponseData.extensions))
         return fail(OcspFailure::criticalExtension, "the response has a critical extension that is not known");
     verdict_.producedAt = basic_.tbsResponseData.producedAt;
@@ -263,10 +266,11 @@ bool OcspJudge::answersRequest()
     return options_.nonce.view() == nonce.octets.view() || fail(OcspFailure::wrongNonce, "the nonce is another than was sent");
 }
 
-/// Of several responses about the certificate the worst that is of this time counts.
+/// Of several responses about the certificate the worst counts; one of another time only where there is none of this time, or where
+/// it revokes for good.
 void OcspJudge::findStatus()
 {
-    constexpr OcspStatus mildestFirst[] = {OcspStatus::bad, OcspStatus::stale, OcspStatus::good, OcspStatus::unknown,
+    constexpr OcspStatus mildestFirst[] = {OcspStatus::stale, OcspStatus::good, OcspStatus::unknown, OcspStatus::bad,
                                            OcspStatus::revoked};
     const auto severity = [&](const OcspVerdict& verdict) {
         return std::pair(std::ranges::find(mildestFirst, verdict.status), verdict.revocationTime.isValid());
@@ -274,14 +278,20 @@ void OcspJudge::findStatus()
 
     CertIdMatcher matcher(issuer_);
     std::optional<OcspVerdict> worst;
+    std::optional<OcspVerdict> oldRevocation;
     for (const auto& single : basic_.tbsResponseData.responses) {
         if (!matcher.matches(single->certID, serialNumber_))
             continue;
         OcspVerdict found = judgeSingle(*single);
+        if (found.status == OcspStatus::stale && IsLastingRevocation(found.revocationReason, found.revocationTime, options_.at))
+            oldRevocation = found;
         if (!worst || severity(found) > severity(*worst))
             worst = std::move(found);
     }
-    if (worst)
+    if (oldRevocation && (worst->status == OcspStatus::good || worst->status == OcspStatus::unknown)) {
+        verdict_ = std::move(*oldRevocation);
+        setRevoked(verdict_);
+    } else if (worst)
         verdict_ = std::move(*worst);
     else
         fail(OcspFailure::wrongCertificate, "no response is about the certificate");
@@ -293,6 +303,11 @@ OcspVerdict OcspJudge::judgeSingle(const CCryptoOCSP::CSingleResponse& single) c
     OcspVerdict verdict = verdict_;
     verdict.thisUpdate = single.thisUpdate;
     verdict.nextUpdate = single.nextUpdate;
+    if (HasDoubledOcspExtension(single.singleExtensions)) {
+        verdict.failure = OcspFailure::malformed;
+        verdict.detail = "the response has an extension twice";
+        return verdict;
+    }
     if (HasUnknownCriticalOcspExtension(single.singleExtensions)) {
         verdict.failure = OcspFailure::criticalExtension;
         verdict.detail = "the response has a critical extension that is not known";
@@ -311,10 +326,7 @@ OcspVerdict OcspJudge::judgeSingle(const CCryptoOCSP::CSingleResponse& single) c
         verdict.status = OcspStatus::good;
         break;
     case CCertStatus::Kind::revoked:
-        verdict.status = OcspStatus::revoked;
-        if (verdict.revocationReason)
-            verdict.detail = CCryptoString(RevocationReasonName(*verdict.revocationReason)) + " ";
-        verdict.detail += CCryptoString("since ") + OcspTimeText(verdict.revocationTime);
+        setRevoked(verdict);
         break;
     default:
         verdict.status = OcspStatus::unknown;
@@ -322,6 +334,14 @@ OcspVerdict OcspJudge::judgeSingle(const CCryptoOCSP::CSingleResponse& single) c
         break;
     }
     return verdict;
+}
+
+void OcspJudge::setRevoked(OcspVerdict& verdict)
+{
+    verdict.status = OcspStatus::revoked;
+    verdict.detail =
+        verdict.revocationReason ? CCryptoString(RevocationReasonName(*verdict.revocationReason)) + " " : CCryptoString();
+    verdict.detail += CCryptoString("since ") + OcspTimeText(verdict.revocationTime);
 }
 
 bool OcspJudge::isTimely(const CCryptoOCSP::CSingleResponse& single, OcspVerdict& verdict) const

@@ -75,8 +75,11 @@ struct OcspVerdict {
 /// What the response says of `subject`, issued by `issuer`. The issuer itself is not judged here.
 ///
 /// The responder is the issuer, or a certificate that the issuer's key issued for OCSPSigning and that is valid at the time, or one
-/// of those named. Whether an entitled responder is itself revoked is not looked up, as id-pkix-ocsp-nocheck asks and most
-/// responders' certificates are marked. At most 8 certificates are tried, among the first 100 of the response.
+/// of those named. Whether an entitled responder is itself revoked is not looked up here: StatusFinder does, where it has lists. At
+/// most 8 certificates are tried, among the first 100 of the response.
+///
+/// Where the response says several things of the certificate, the worst counts: revoked, what cannot be understood, unknown, good.
+/// A revocation of another time counts beside what is of this time, unless it was a hold; alone it is stale.
 [[nodiscard]] OcspVerdict VerifyOcspResponse(const CCryptoOCSP::COCSPResponse& response, const CCrypto_X509_Certificate& subject,
                                              const CCrypto_X509_Certificate& issuer, const OcspOptions& options);
 /// The same for a serial number, as its INTEGER's octets.

@@ -156,11 +156,30 @@ StatusInformation StatusFinder::statusByResponses(const Issued& issued)
             information.status = CertificateStatus::revoked;
             information.detail = RevocationText(answer.revocationReason, answer.revocationTime);
         }
+        if (CCryptoString reason = whyNotBelieved(answer.responder, issued); !reason.isEmpty()) {
+            information.status = CertificateStatus::unknown;
+            information.detail = std::move(reason);
+        }
         const bool saysMore = best.detail.isEmpty();
         if (RankOf(information.status) > RankOf(best.status) || saysMore)
             best = std::move(information);
     }
     return best;
+}
+
+CCryptoString StatusFinder::whyNotBelieved(const CertificatePtr& responder, const Issued& issued)
+{
+    const std::optional<KnownCertificate> known = responder != nullptr ? KnownCertificate::Read(responder) : std::nullopt;
+    if (!known || lists_.empty())
+        return {};
+    // A path like that of the certificate in question, with the responder in its place.
+    CertificatePath path(issued.path.begin() + issued.index, issued.path.end());
+    Keys keys(issued.keys.begin() + issued.index, issued.keys.end());
+    path.front() = &*known;
+    keys.front() = known->key;
+    const StatusInformation status = statusByLists({path, keys});
+    return status.status == CertificateStatus::revoked ? "the responder's certificate is revoked: " + status.detail
+                                                       : CCryptoString();
 }
 
 StatusInformation StatusFinder::statusByLists(const Issued& issued)
@@ -250,7 +269,7 @@ bool StatusFinder::hear(const KnownList& list, ReasonFlags reasons, const Issued
 
 bool StatusFinder::staysRevoked(std::optional<RevocationReason> reason, const CCryptoDateTime& since) const
 {
-    return reason != RevocationReason::certificateHold && since.isValid() && since <= options_.at;
+    return IsLastingRevocation(reason, since, options_.at);
 }
 
 bool StatusFinder::staysRevoked(const std::optional<RevokedEntry>& entry) const

@@ -21,7 +21,7 @@ namespace ccrypto {
 /// What any of them says that is verified counts in this order: revoked, good, stale, unknown. Of lists that hold the newest
 /// speaks, of those of one moment one that revokes; one that the certificate itself signed never overrules another. A list or
 /// response of another time than the one asked for can say that a certificate was revoked, unless it was put on hold, but never
-/// that it is good.
+/// that it is good. A responder whose own certificate is revoked by a list says nothing.
 class StatusFinder {
 public:
     StatusFinder(const CertificatePool& pool, const StatusSources& sources, const ValidationOptions& options, ValidationWork& work);
@@ -69,6 +69,8 @@ private:
     /// list that is signed by what is in doubt in one path proves nothing in another.
     [[nodiscard]] StatusInformation statusOf(const Issued& issued, bool isSettled);
     [[nodiscard]] StatusInformation statusByResponses(const Issued& issued);
+    /// Why what the responder says does not count: the lists revoke its certificate. Empty when they do not.
+    [[nodiscard]] CCryptoString whyNotBelieved(const CertificatePtr& responder, const Issued& issued);
     [[nodiscard]] StatusInformation statusByLists(const Issued& issued);
     /// \return true when the certificate is revoked.
     [[nodiscard]] bool hear(const KnownList& list, ReasonFlags reasons, const Issued& issued, Heard& heard,

@@ -249,6 +249,11 @@ const char* RevocationReasonName(RevocationReason reason)
     return found != std::end(reasonNames) ? found->name : unusedReasonNames.texts[static_cast<std::uint8_t>(reason)].data();
 }
 
+bool IsLastingRevocation(std::optional<RevocationReason> reason, const CCryptoDateTime& since, const CCryptoDateTime& at)
+{
+    return reason != RevocationReason::certificateHold && since.isValid() && since <= at;
+}
+
 bool RevokedEntries::Read(std::span<const std::uint8_t> octets, std::uint32_t maxEntries)
 {
     clear();

@@ -26,6 +26,10 @@ enum class RevocationReason : std::uint8_t {
 /// "keyCompromise", …; "unused (7)" and the like for numbers without a name.
 [[nodiscard]] const char* RevocationReasonName(RevocationReason reason);
 
+/// Whether a revocation holds at `at` whenever it was published: it had happened by then, and is no hold, which can be taken back.
+[[nodiscard]] bool IsLastingRevocation(std::optional<RevocationReason> reason, const CCryptoDateTime& since,
+                                       const CCryptoDateTime& at);
+
 /// One entry of a revocation list, decoded when it was asked for.
 struct RevokedEntry {
     element serialNumber; ///< big-endian, as the octets of the INTEGER are

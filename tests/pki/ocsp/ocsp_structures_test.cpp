@@ -118,6 +118,8 @@ INSTANTIATE_TEST_SUITE_P(
         StatusCase{"good with two", {0xA0, 4, 5, 0, 5, 0}, CCertStatus::Kind::none},
         StatusCase{"revoked", Tlv(0xA1, revokedTime), CCertStatus::Kind::revoked},
         StatusCase{"revoked, reason", Tlv(0xA1, {revokedTime, {0xA0, 3, 10, 1, 4}}), CCertStatus::Kind::revoked},
+        StatusCase{"revoked, reason without a name", Tlv(0xA1, {revokedTime, {0xA0, 3, 10, 1, 0x7F}}), CCertStatus::Kind::revoked},
+        StatusCase{"revoked, reason below zero", Tlv(0xA1, {revokedTime, {0xA0, 3, 10, 1, 0x80}}), CCertStatus::Kind::none},
         StatusCase{"revoked, empty reason", Tlv(0xA1, {revokedTime, {0xA0, 2, 10, 0}}), CCertStatus::Kind::none},
         StatusCase{"revoked, reason of two bytes", Tlv(0xA1, {revokedTime, {0xA0, 4, 10, 2, 1, 4}}), CCertStatus::Kind::none},
         StatusCase{"revoked, two reasons", Tlv(0xA1, {revokedTime, {0xA0, 3, 10, 1, 4, 0xA0, 3, 10, 1, 1}}),
@@ -141,6 +143,10 @@ TEST(OcspStructures, OneAlternativeIsWritten)
     status.kind = CCertStatus::Kind::good;
     status.revocationReason = RevocationReason::superseded;
     EXPECT_TRUE(status.BuildDer().isEmpty()) << "good and revoked";
+    status.kind = CCertStatus::Kind::revoked;
+    status.revocationTime = OcspTime(ocspNow);
+    status.revocationReason = static_cast<RevocationReason>(0x80);
+    EXPECT_TRUE(status.BuildDer().isEmpty()) << "a reason that is not read again";
     status.kind = CCertStatus::Kind::unknown;
     status.revocationReason.reset();
     status.revocationTime = OcspTime(ocspNow);

@@ -147,6 +147,7 @@ TEST(OcspResponder, MalformedRequestsAreAnsweredSo)
         RequestOf(Tlv(der::sequence, one), TestNonce({})),
         RequestOf(Tlv(der::sequence, one), TestNonce(Bytes(129, 1))),
         RequestOf(Tlv(der::sequence, one), critical),
+        RequestOf(Tlv(der::sequence, one), Joined({TestExtension("1.2.3", {5, 0}), TestExtension("1.2.3", {5, 0})})),
         RequestOf(Tlv(der::sequence, {one, Tlv(0xA0, Tlv(der::sequence, critical))})),
     };
     for (const Bytes& request : malformed)
@@ -165,8 +166,32 @@ TEST(OcspResponder, ListMustBeCompleteAndTheIssuers)
     EXPECT_TRUE(RespondingAuthority(TestCrl().extension(TestExtension("1.2.3", {5, 0}, true))).answer(request).isEmpty());
     EXPECT_TRUE(RespondingAuthority(TestCrl(), {.name = Root().name, .key = TestKey(9)}).answer(request).isEmpty());
     EXPECT_TRUE(RespondingAuthority(TestCrl(), {.name = TestName("CN=Other"), .key = Root().key}).answer(request).isEmpty());
-    const TestCrl strange = TestCrl().entry(7, {}, "20260101000000Z", {TestExtension("1.2.3", {5, 0}, true)});
-    EXPECT_TRUE(RespondingAuthority(strange).answer(request).isEmpty()) << "an entry with a critical extension";
+    const Bytes issuer = TestExtension("2.5.29.29", Tlv(der::sequence, Tlv(0xA4, TestName("CN=Other"))), true);
+    for (const TestCrl& strange : {TestCrl().entry(7, {}, "20260101000000Z", {TestExtension("1.2.3", {5, 0}, true)}),
+                                   TestCrl().entry(7, 8), TestCrl().entry(7, {}, "20260101000000Z", {issuer})})
+        EXPECT_TRUE(RespondingAuthority(strange).answer(request).isEmpty()) << Hex(strange.tbs(Root()));
+}
+
+TEST(OcspResponder, WeakListIsUsedWhereItIsAllowed)
+{
+    const Bytes request = RequestOf(Tlv(der::sequence, TestCertId{.issuer = Root()}.build()));
+    for (const algorithm::Id hash : {algorithm::sha1, algorithm::md5}) {
+        const TestIssuer weak = {.name = Root().name, .key = Root().key, .hash = hash};
+        const RespondingAuthority authority(TestCrl(), weak);
+        OcspResponder responder = authority.responder();
+        EXPECT_TRUE(authority.answer(request).isEmpty());
+        responder.allowWeak = true;
+        EXPECT_EQ(AnswerFromCrl(ElementOf(request), authority.list, responder, OcspTime(ocspNow)).isEmpty(),
+                  hash != algorithm::sha1);
+    }
+}
+
+TEST(OcspResponder, EntryForGoodSpeaksBeforeAHold)
+{
+    const RespondingAuthority authority(TestCrl().entry(7, 6).entry(7, 1, "20260301000000Z").entry(7, 6));
+    COCSPResponse response;
+    ASSERT_TRUE(response.LoadResponse(authority.answer(RequestOf(Tlv(der::sequence, TestCertId{.issuer = Root()}.build())))));
+    EXPECT_EQ(response.basicResponse().tbsResponseData.responses[0]->certStatus.revocationReason, RevocationReason::keyCompromise);
 }
 
 TEST(OcspSignature, FailsWithItsMessages)

@@ -86,6 +86,17 @@ TEST_P(OcspVerification, ByTheIssuer)
 }
 
 const Bytes keyCompromise = Tlv(0xA1, {TestOcspTime("20260501000000Z"), {0xA0, 3, 10, 1, 1}});
+const Bytes onHold = Tlv(0xA1, {TestOcspTime("20260501000000Z"), {0xA0, 3, 10, 1, 6}});
+
+/// Adds what was said of the certificate a month before.
+void AddOld(TestOcspResponse& made, const Bytes& status)
+{
+    TestOcspResponse old = made;
+    old.status = status;
+    old.thisUpdate = TestOcspTime("20260501000000Z");
+    old.nextUpdate = TestOcspTime("20260508000000Z");
+    made.moreResponses = old.single();
+}
 
 } // namespace
 
@@ -112,6 +123,14 @@ INSTANTIATE_TEST_SUITE_P(
                      made.moreResponses = made.single();
                      made.thisUpdate = TestOcspTime("20250101000000Z");
                      made.nextUpdate = TestOcspTime("20250102000000Z");
+                 }},
+        OcspCase{"revoked before, and good now", "revoked",
+                 [](TestOcspResponse& made, OcspOptions&) { AddOld(made, keyCompromise); }},
+        OcspCase{"on hold before, and good now", "good", [](TestOcspResponse& made, OcspOptions&) { AddOld(made, onHold); }},
+        OcspCase{"what cannot be understood beside good", "bad: critical-extension",
+                 [](TestOcspResponse& made, OcspOptions&) {
+                     made.moreResponses = made.single();
+                     made.singleExtensions = TestExtension("1.2.3", {5, 0}, true);
                  }},
         OcspCase{"not successful", "bad: not-successful", [](TestOcspResponse& made, OcspOptions&) { made.responseStatus = 3; }},
         OcspCase{"another type", "bad: malformed",
@@ -206,6 +225,16 @@ INSTANTIATE_TEST_SUITE_P(
                       OcspCase{"an extension", "good",
                                [](TestOcspResponse& made, OcspOptions&) {
                                    made.extensions = TestExtension("1.2.3", {5, 0});
+                               }},
+                      OcspCase{"an extension twice", "bad: malformed",
+                               [](TestOcspResponse& made, OcspOptions&) {
+                                   const Bytes extension = TestExtension("1.2.3", {5, 0});
+                                   made.extensions = Joined({extension, TestNonce({1}), extension});
+                               }},
+                      OcspCase{"an extension of one twice", "bad: malformed",
+                               [](TestOcspResponse& made, OcspOptions&) {
+                                   const Bytes extension = TestExtension("1.2.3", {5, 0});
+                                   made.singleExtensions = Joined({extension, extension});
                                }},
                       OcspCase{"a critical extension", "bad: critical-extension",
                                [](TestOcspResponse& made, OcspOptions&) {

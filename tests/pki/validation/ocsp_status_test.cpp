@@ -48,6 +48,13 @@ Bytes RevokedStatus()
     return Tlv(der::Context(1), TestOcspTime("20261101000000Z"));
 }
 
+/// What a responder of Sub says, of serial number 9.
+void AddOcspOfResponder(W& world, const TestOcspResponse& response)
+{
+    world.plain("Responder", "Sub", [](TestCertificate& c) { c.serial(9).extension(TestExtendedKeyUsage({ocspSigningOid})); });
+    AddOcsp(world, response, "Responder");
+}
+
 /// Revoked for a reason by a response that holds no longer.
 TestOcspResponse OldOcspOfLeaf(std::uint8_t reason)
 {
@@ -195,13 +202,22 @@ INSTANTIATE_TEST_SUITE_P(
                                 },
                                 "status-unknown 0 ?"},
                       WorldCase{"signed by another key", [](W& w) { AddOcsp(w, OcspOfLeaf(), "Sub/2"); }, "status-unknown 0 ?"},
-                      WorldCase{"signed by a responder among the candidates",
+                      WorldCase{"signed by a responder among the candidates", [](W& w) { AddOcspOfResponder(w, OcspOfLeaf()); },
+                                "VALID"},
+                      WorldCase{"revoked, by a responder who is revoked",
                                 [](W& w) {
-                                    w.plain("Responder", "Sub",
-                                            [](TestCertificate& c) { c.extension(TestExtendedKeyUsage({ocspSigningOid})); });
-                                    AddOcsp(w, OcspOfLeaf(), "Responder");
+                                    TestOcspResponse r = OcspOfLeaf();
+                                    r.status = RevokedStatus();
+                                    AddOcspOfResponder(w, r);
+                                    w.list("Sub", [](L& l) { l.entry(9); });
                                 },
-                                "VALID"}),
+                                "VALID"},
+                      WorldCase{"good, by a responder who was revoked long ago",
+                                [](W& w) {
+                                    AddOcspOfResponder(w, OcspOfLeaf());
+                                    w.list("Sub", [](L& l) { l.entry(9).nextUpdate("20261101000000Z"); });
+                                },
+                                "status-stale 0 ?"}),
     NameOfStatusCase);
 
 } // namespace
