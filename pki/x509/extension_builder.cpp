@@ -1,6 +1,7 @@
 #include "pki/x509/extension_builder.h"
 
 #include "asn1/der/der_cursor.h"
+#include "core/base/ascii.h"
 #include "core/diagnostics/auto_logger.h"
 #include "crypto/hash/hash.h"
 #include "pki/x509/attribute_text.h"
@@ -61,6 +62,11 @@ constexpr PurposeRow purposeRows[] = {
     {"", "1.3.6.1.4.1.4449.1.2.4.1.1"},
     {"timeStamping", "1.3.6.1.5.5.7.3.8"},
     {"OCSPSigning", "1.3.6.1.5.5.7.3.9"},
+    {"ipsecEndSystem", "1.3.6.1.5.5.7.3.5"},
+    {"ipsecTunnel", "1.3.6.1.5.5.7.3.6"},
+    {"ipsecUser", "1.3.6.1.5.5.7.3.7"},
+    {"ipsecIKE", "1.3.6.1.5.5.7.3.17"},
+    {"documentSigning", "1.3.6.1.5.5.7.3.36"},
     {"anyExtendedKeyUsage", "2.5.29.37.0"},
 };
 constexpr std::size_t listedPurposes = 9;
@@ -274,7 +280,8 @@ Oid PurposeNamed(std::string_view nameOrOid)
 {
     if (nameOrOid.empty())
         return {};
-    const auto* const found = std::ranges::find(purposeRows, nameOrOid, &PurposeRow::name);
+    const auto* const found =
+        std::ranges::find_if(purposeRows, [=](const PurposeRow& row) { return SameInAnyCase(row.name, nameOrOid); });
     return Oid::FromDotted(found != std::end(purposeRows) ? found->oid : nameOrOid);
 }
 

@@ -35,12 +35,14 @@ using ExtensionPtr = std::unique_ptr<CCrypto_X509_Value>;
 [[nodiscard]] ExtensionPtr BuildAuthorityKeyIdentifier(const element& keyIdentifier);
 
 /// A purpose by its name ("serverAuth", "clientAuth", "codeSigning", "emailProtection", "smartCardLogon", "individualCodeSigning",
-/// "commercialCodeSigning", "encryptingFileSystem", "timeStamping", "OCSPSigning", "anyExtendedKeyUsage") or by its dotted OID.
-/// \return none for any other text.
+/// "commercialCodeSigning", "encryptingFileSystem", "timeStamping", "OCSPSigning", "ipsecEndSystem", "ipsecTunnel", "ipsecUser",
+/// "ipsecIKE", "documentSigning", "anyExtendedKeyUsage") in upper or lower case, or by its dotted OID. \return none for any other
+/// text.
 [[nodiscard]] Oid PurposeNamed(std::string_view nameOrOid);
 /// The name; empty for a purpose without one.
 [[nodiscard]] std::string_view PurposeName(const Oid& purpose);
-/// All of the list above but the last three: what a signing client's certificates may be used for.
+/// Those of the list above up to "encryptingFileSystem", and one without a name: what a signing client's certificates may be used
+/// for.
 [[nodiscard]] std::vector<Oid> ListedPurposes();
 [[nodiscard]] ExtensionPtr BuildExtendedKeyUsage(const std::vector<Oid>& purposes, bool critical = false);
 

@@ -226,5 +226,5 @@ TEST(ExtensionBuilder, PurposesHaveNames)
     EXPECT_EQ(PurposeName(Oid::FromDotted("1.3.6.1.5.5.7.3.9")), "OCSPSigning");
     EXPECT_EQ(PurposeName(Oid::FromDotted("1.2.3")), "");
     EXPECT_TRUE(PurposeNamed("").isNone());
-    EXPECT_TRUE(PurposeNamed("serverauth").isNone());
+    EXPECT_EQ(PurposeNamed("serverauth"), PurposeNamed("serverAuth"));
 }

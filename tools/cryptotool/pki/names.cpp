@@ -4,6 +4,7 @@
 #include "asn1/oid/oid_names.h"
 #include "core/base/ascii.h"
 #include "core/text/hex.h"
+#include "pki/x509/extension_builder.h"
 #include "pki/x509/name.h"
 #include "tools/cryptotool/asn1/time_and_address.h"
 
@@ -13,20 +14,6 @@
 namespace ccrypto {
 
 namespace {
-
-struct Purpose {
-    std::string_view name;
-    std::string_view dotted;
-};
-constexpr Purpose purposes[] = {
-    {"serverAuth", "1.3.6.1.5.5.7.3.1"},       {"clientAuth", "1.3.6.1.5.5.7.3.2"},
-    {"codeSigning", "1.3.6.1.5.5.7.3.3"},      {"emailProtection", "1.3.6.1.5.5.7.3.4"},
-    {"ipsecEndSystem", "1.3.6.1.5.5.7.3.5"},   {"ipsecTunnel", "1.3.6.1.5.5.7.3.6"},
-    {"ipsecUser", "1.3.6.1.5.5.7.3.7"},        {"timeStamping", "1.3.6.1.5.5.7.3.8"},
-    {"OCSPSigning", "1.3.6.1.5.5.7.3.9"},      {"ipsecIKE", "1.3.6.1.5.5.7.3.17"},
-    {"documentSigning", "1.3.6.1.5.5.7.3.36"}, {"smartCardLogon", "1.3.6.1.4.1.311.20.2.2"},
-    {"anyExtendedKeyUsage", "2.5.29.37.0"},
-};
 
 struct UsageName {
     KeyUsageBit bit;
@@ -158,9 +145,8 @@ std::string ShortNameOf(std::string_view dotted)
     for (const OwnName& row : ownNames)
         if (row.dotted == dotted)
             return std::string(row.name);
-    const auto purpose = std::ranges::find(purposes, dotted, &Purpose::dotted);
-    if (purpose != std::end(purposes))
-        return std::string(purpose->name);
+    if (const std::string_view purpose = PurposeName(OidOf(dotted)); !purpose.empty())
+        return std::string(purpose);
     const char* const found = FindOidName(dotted);
     if (found == nullptr)
         return std::string(dotted);
@@ -221,8 +207,8 @@ Oid OidOf(std::string_view text)
 
 Oid PurposeOf(std::string_view text)
 {
-    const auto known = std::ranges::find_if(purposes, [=](const Purpose& row) { return SameInAnyCase(row.name, text); });
-    return known != std::end(purposes) ? OidOf(known->dotted) : OidOf(text);
+    Oid purpose = OidOf(text);
+    return purpose.isNone() ? PurposeNamed(text) : purpose;
 }
 
 std::vector<std::string> KeyUsageNames(KeyUsage usage)
