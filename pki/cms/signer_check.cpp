@@ -2,19 +2,9 @@
 
 #include "core/diagnostics/failure.h"
 
-#include <algorithm>
 #include <string_view>
 
 namespace ccrypto {
-
-bool IsSameKey(const ICryptoKeyPair& one, const ICryptoKeyPair& other)
-{
-    const auto sameNumber = [](const SCryptoKeyNumber& left, const SCryptoKeyNumber& right) {
-        return std::string_view(left.name) == right.name && left.value == right.value;
-    };
-    return one.algorithmId() == other.algorithmId() && one.curveId() == other.curveId() &&
-           std::ranges::equal(one.publicNumbers(), other.publicNumbers(), sameNumber);
-}
 
 bool MaySignMessages(const ReadExtensions& extensions)
 {

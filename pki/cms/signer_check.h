@@ -2,14 +2,10 @@
 
 #include "core/system/date_time.h"
 #include "core/text/string.h"
-#include "pki/keys/key_pair.h"
 #include "pki/x509/certificate.h"
 #include "pki/x509/extensions.h"
 
 namespace ccrypto {
-
-/// Whether two keys have the same public half.
-[[nodiscard]] bool IsSameKey(const ICryptoKeyPair& one, const ICryptoKeyPair& other);
 
 /// Whether a key usage, where there is one, lets the key sign messages: digitalSignature or nonRepudiation.
 [[nodiscard]] bool MaySignMessages(const ReadExtensions& extensions);

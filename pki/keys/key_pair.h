@@ -73,3 +73,15 @@ protected:
     ICryptoKeyPair(const ICryptoKeyPair&) = default;
     ICryptoKeyPair& operator=(const ICryptoKeyPair&) = default;
 };
+
+namespace ccrypto {
+
+/// Whether two keys have the same public half, however each was written. A key that is limited to PSS is not the same without that
+/// limit: its owner must not use it otherwise.
+[[nodiscard]] inline bool IsSameKey(const ICryptoKeyPair& one, const ICryptoKeyPair& other)
+{
+    const element info = one.publicKeyInfo();
+    return !info.isEmpty() && info == other.publicKeyInfo();
+}
+
+} // namespace ccrypto

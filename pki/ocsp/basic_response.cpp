@@ -137,7 +137,7 @@ bool CBasicOCSPResponse::SignResponse(const CCrypto_X509_Certificate& responder,
     der_ = {};
     isDer_ = false;
     signature = {};
-    if (!responder.isLoaded() || responder.publicKey() == nullptr || responder.publicKey()->publicKeyInfo() != key.publicKeyInfo())
+    if (!responder.isLoaded() || responder.publicKey() == nullptr || !IsSameKey(*responder.publicKey(), key))
         return logger.fail(false, "Invalid responder certificate");
     const bool isNamed = !tbsResponseData.responderName.isEmpty() || !tbsResponseData.responderKeyHash.isEmpty();
     if (isNamed && !isResponder(responder))

@@ -298,6 +298,9 @@ TEST(KeyFile, KeysLimitedToPssStaySo)
         EXPECT_EQ(HexOf(key->publicHalf()->publicKeyInfo()), vector.text("PublicKeyInfo"));
         for (const KeyForm form : {KeyForm::rsaPrivateKey, KeyForm::rsaPublicKey})
             EXPECT_TRUE(file.Save(*key, form).isEmpty());
+        const auto free = file.Load(RSAPrivateKeyOf(static_cast<const CCryptoRSAKeyPair&>(*key).key()).bytes());
+        EXPECT_TRUE(IsSameKey(*key, *half));
+        EXPECT_FALSE(IsSameKey(*free, *half)) << "it would sign otherwise";
 
         const auto hash = static_cast<algorithm::Id>(vector.number("Hash"));
         const std::int32_t minSalt = static_cast<std::int32_t>(vector.number("MinSalt"));

@@ -210,11 +210,6 @@ int ReadCertificateExtensions(Invocation& invocation, CCrypto_X509_ValueList& ex
     return exitDone;
 }
 
-bool IsKeyOf(const ICryptoKeyPair& key, const CCrypto_X509_Certificate& certificate)
-{
-    return std::ranges::equal(key.publicKeyInfo().bytes(), certificate.publicKey()->publicKeyInfo().bytes());
-}
-
 int ReadCertificateAndKey(Invocation& invocation, const Option& certificate, const Option& key,
                           const std::vector<std::string>& otherFiles, IssuerInput& owner)
 {
@@ -233,7 +228,9 @@ int ReadCertificateAndKey(Invocation& invocation, const Option& certificate, con
     if (exit != exitDone)
         return exit;
     owner.key = std::move(input.key);
-    return IsKeyOf(*owner.key, *owner.certificate) ? exitDone : invocation.refuse(keyFile, "not the key of " + certificateFile);
+    const ICryptoKeyPair* const certified = owner.certificate->publicKey().get();
+    const bool isPair = certified != nullptr && IsSameKey(*owner.key, *certified);
+    return isPair ? exitDone : invocation.refuse(keyFile, "not the key of " + certificateFile);
 }
 
 int ReadIssuer(Invocation& invocation, const std::vector<std::string>& otherFiles, IssuerInput& issuer)

@@ -62,9 +62,6 @@ int ReadIssuer(Invocation& invocation, const std::vector<std::string>& otherFile
 int ReadCertificateAndKey(Invocation& invocation, const Option& certificate, const Option& key,
                           const std::vector<std::string>& otherFiles, IssuerInput& owner);
 
-/// Whether certificate and key belong together.
-[[nodiscard]] bool IsKeyOf(const ICryptoKeyPair& key, const CCrypto_X509_Certificate& certificate);
-
 /// Writes an object as PEM with this label, or as DER, as keyEncodingOption and outputOption say. \return the exit code.
 int WriteObject(Invocation& invocation, const char* label, const element& der);
 
