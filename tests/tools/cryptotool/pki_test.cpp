@@ -153,6 +153,9 @@ TEST_F(CryptotoolPki, AResponderAnswersFromAList)
     respond("@sub.crl", "@good", delegated);
     respond("@sub.crl", "@byissuer", {"--key", "@sub.key", "--by-name"});
     respond("@lost.crl", "@revoked", delegated);
+    std::string malformed = Get("request");
+    malformed[malformed.find("\x04\x22\x04\x20") + 2] = '\x0C';
+    Put("malformed", malformed);
     const Words start = {"ocsp", "verify", "--issuer", "@sub.pem", "--at", "2026-11-23T12:00:00Z"};
     const struct {
         const char* name;
@@ -166,6 +169,7 @@ TEST_F(CryptotoolPki, AResponderAnswersFromAList)
         {"revoked", {"--cert", "@me.pem", "@revoked"}, 1, "REVOKED  keyCompromise since 2026-11-02 08:00:00Z"},
         {"its own request", {"--cert", "@me.pem", "--request", "@request", "--require-nonce", "@good"}, 0, "GOOD"},
         {"another request", {"--cert", "@me.pem", "--request", "@other", "@good"}, 1, "BAD  wrong-nonce"},
+        {"a request with a malformed nonce", {"--cert", "@me.pem", "--request", "@malformed", "@good"}, 1, ""},
         {"another certificate", {"--serial", "1002", "@good"}, 1, "BAD  wrong-certificate"},
         {"another issuer", {"--issuer", "@root.pem", "--cert", "@me.pem", "@good"}, 1, "BAD  wrong-"},
         {"a month later", {"--cert", "@me.pem", "--at", "2026-12-24T12:00:00Z", "@good"}, 3, "STALE  "},
@@ -176,6 +180,18 @@ TEST_F(CryptotoolPki, AResponderAnswersFromAList)
         const ToolResult result = Tool(With(start, test.words));
         EXPECT_EQ(result.code, test.code) << result.output << result.error;
         EXPECT_EQ(result.output.find(test.start), 0U) << result.output;
+        EXPECT_EQ(result.output.empty(), *test.start == '\0');
+    }
+    for (const auto& [words, warning] :
+         {std::pair<Words, const char*>{{"--key", "@sub.key", "--at", "2026-11-23T11:00:00Z"}, ""},
+          {{"--key", "@sub.key", "--at", "2026-12-24T11:00:00Z"}, "cryptotool: the response: warning: stale: nextUpdate was "},
+          {{"--signer", "@me.pem", "--key", "@me.key", "--at", "2026-11-23T11:00:00Z"},
+           "cryptotool: the response: warning: wrong-responder: "}}) {
+        const ToolResult made =
+            Tool(With({"ocsp", "respond", "--ca", "@sub.pem", "--crl", "@sub.crl", "@request", "-o", "@doubtful"}, words));
+        EXPECT_EQ(made.code, exitDone);
+        EXPECT_EQ(made.error.substr(0, std::string(warning).size()), warning);
+        EXPECT_EQ(made.error.empty(), *warning == '\0') << made.error;
     }
     EXPECT_EQ(Tool(With(start, {"--cert", "@me.pem", "--require-nonce", "@good"})).code, exitUsage);
     EXPECT_EQ(

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <span>
 #include <string_view>
 
@@ -27,6 +30,16 @@ struct Option {
     std::string_view text;     ///< what it does
     bool isRepeatable = false; ///< every value counts, not only the last
 };
+
+/// Lists of options, one after the other, as one list.
+template <std::size_t... Sizes>
+constexpr std::array<Option, (Sizes + ...)> JoinOptions(const Option (&... lists)[Sizes])
+{
+    std::array<Option, (Sizes + ...)> joined = {};
+    auto end = joined.begin();
+    ((end = std::copy(std::begin(lists), std::end(lists), end)), ...);
+    return joined;
+}
 
 constexpr Option outputOption = {OptionKind::text, 'o', "output", "FILE",
                                  "write to FILE, in one step when all is done; \"-\" is stdout"};

@@ -36,7 +36,17 @@ constexpr Option allowWeakOption = {OptionKind::flag, 0, "allow-weak", "", "acce
 constexpr Option clockSkewOption = {OptionKind::number, 0, "clock-skew", "SECONDS",
                                     "how far the clocks of those who publish status may be off (300)"};
 constexpr Option maxAgeOption = {OptionKind::number, 0, "max-age", "SECONDS",
-                                 "use status that names no next update for so long after it was published"};
+                                 "use status that names no next update for so long after it was published (86400)"};
+
+// What the commands that print a verdict have in common.
+constexpr Option pathOptions[] = {
+    trustOption,          untrustedOption,      crlOption,
+    ocspOption,           statusOption,         timeOption,
+    policyOption,         explicitPolicyOption, inhibitAnyPolicyOption,
+    inhibitMappingOption, purposeOption,        keyUsageOption,
+};
+constexpr Option profileOptions[] = {maxDepthOption, strictOption};
+constexpr Option verdictOptions[] = {allowWeakOption, clockSkewOption, maxAgeOption, jsonOption, outputOption};
 
 /// Everything that a validation needs besides the subject.
 struct ValidationInput {

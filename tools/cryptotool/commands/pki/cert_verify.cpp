@@ -23,30 +23,8 @@ them: RFC 5280, section 6. Prints VALID, INVALID or UNDECIDED, and the path. End
 With --json: "verdict", "reason", "certificate" (counted from 0, the subject), "detail", "at", "path", "policies" and "work".
 Whatever does not parse besides the subject is ignored, with a warning.
 )";
-constexpr Option certVerifyOptions[] = {
-    trustOption,
-    untrustedOption,
-    crlOption,
-    ocspOption,
-    statusOption,
-    timeOption,
-    policyOption,
-    explicitPolicyOption,
-    inhibitAnyPolicyOption,
-    inhibitMappingOption,
-    purposeOption,
-    keyUsageOption,
-    hostOption,
-    ipOption,
-    emailOption,
-    maxDepthOption,
-    strictOption,
-    allowWeakOption,
-    clockSkewOption,
-    maxAgeOption,
-    jsonOption,
-    outputOption,
-};
+constexpr Option certNameOptions[] = {hostOption, ipOption, emailOption};
+constexpr auto certVerifyOptions = JoinOptions(pathOptions, certNameOptions, profileOptions, verdictOptions);
 
 /// The verdict on a subject that does not load.
 PathVerdict VerdictWithoutSubject(const ValidationOptions& options, LoadFailure failure)

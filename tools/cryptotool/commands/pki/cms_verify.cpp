@@ -22,8 +22,8 @@ namespace {
 
 constexpr std::string_view cmsVerifyDetails =
     R"(Verifies every signer of the CMS message in MESSAGE: signature, attributes, and the path from the certificate to an anchor, as
-"cryptotool cert verify" does. Certificates and proofs of status in the message are used besides those of options. Prints a line for
-each signer that begins with VALID, INVALID or UNDECIDED. Ends with
+"cryptotool cert verify" does. Certificates, lists and OCSP responses in the message are used besides those of options: a revocation
+that they prove always counts, whatever --status is. Prints a line for each signer that begins with VALID, INVALID or UNDECIDED. Ends with
 
     0  every signer is valid, and there is one
     1  invalid; or a file cannot be read, without a verdict
@@ -35,31 +35,13 @@ at --at. With --json: "verdict", "reason", "detail", "at" and "signers".
 )";
 constexpr Option contentOption = {OptionKind::text, 0, "content", "FILE", "what was signed, when the message does not hold it"};
 constexpr Option extractOption = {OptionKind::text, 0, "extract", "FILE", "write the content to FILE when the verdict is valid"};
-constexpr Option cmsVerifyOptions[] = {
+constexpr Option messageOptions[] = {
     contentOption,
     extractOption,
     {OptionKind::flag, 0, "cades", "", "demand a signed attribute that says which certificate is the signer's"},
-    trustOption,
-    untrustedOption,
-    crlOption,
-    ocspOption,
-    statusOption,
-    timeOption,
-    policyOption,
-    explicitPolicyOption,
-    inhibitAnyPolicyOption,
-    inhibitMappingOption,
-    purposeOption,
-    keyUsageOption,
-    emailOption,
-    maxDepthOption,
-    strictOption,
-    allowWeakOption,
-    clockSkewOption,
-    maxAgeOption,
-    jsonOption,
-    outputOption,
 };
+constexpr Option cmsNameOptions[] = {emailOption};
+constexpr auto cmsVerifyOptions = JoinOptions(messageOptions, pathOptions, cmsNameOptions, profileOptions, verdictOptions);
 
 const char* OrderWord(AttributeOrder order)
 {

@@ -30,10 +30,8 @@ With --json: "verdict", "reason", "detail", "at", "issuer", "number", "thisUpdat
 those of "cryptotool cert verify". Whether the issuer's certificate is revoked is not looked for.
 )";
 constexpr Option listIssuerOption = {OptionKind::text, 0, "issuer", "FILE", "the certificate that must have signed the list"};
-constexpr Option crlVerifyOptions[] = {
-    trustOption,     untrustedOption, listIssuerOption, timeOption, strictOption,
-    allowWeakOption, clockSkewOption, maxAgeOption,     jsonOption, outputOption,
-};
+constexpr Option listIssuerOptions[] = {trustOption, untrustedOption, listIssuerOption, timeOption, strictOption};
+constexpr auto crlVerifyOptions = JoinOptions(listIssuerOptions, verdictOptions);
 
 int CheckCrlVerifyOptions(Invocation& invocation)
 {

@@ -1,4 +1,5 @@
 #include "pki/ocsp/responder.h"
+#include "pki/ocsp/response_verification.h"
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/reason.h"
 #include "tools/cryptotool/output/output.h"
@@ -13,7 +14,8 @@ namespace {
 constexpr std::string_view ocspRespondDetails =
     R"(Answers the OCSP request in REQUEST from a revocation list of the issuer, --ca: good, revoked, or unknown for certificates of other
 issuers. The response is signed by --signer, or by the issuer itself, holds as long as the list, and is written as DER. What is not
-a request is answered by malformedRequest, without a signature.
+a request is answered by malformedRequest, without a signature. A response that "cryptotool ocsp verify" would not accept, as one from
+an old list or by a certificate that is not for OCSPSigning, is written with a warning.
 )";
 constexpr Option signerOption = {OptionKind::text, 0, "signer", "FILE",
                                  "a certificate that the issuer issued for OCSPSigning (the issuer)"};
@@ -26,11 +28,33 @@ constexpr Option ocspRespondOptions[] = {
     responderKeyOption,
     {OptionKind::flag, 0, "by-name", "", "give the responder by its name, not by its key"},
     {OptionKind::text, 0, "at", "TIME", "when the response is made: 2026-11-23T12:00:00Z (now)"},
+    {OptionKind::flag, 0, "allow-weak", "", "answer from a list that is signed with SHA-1; MD5 never"},
     signatureHashOption,
     passwordSecret.file,
     passwordSecret.descriptor,
     outputOption,
 };
+
+/// Warns where whoever asked will not believe the response, unless the responder is named there in advance.
+void WarnOfRefusal(Invocation& invocation, const element& der, const CCrypto_X509_Certificate& issuer, const CCryptoDateTime& at)
+{
+    CCryptoOCSP::COCSPResponse response;
+    if (!response.LoadResponse(der) || response.responseStatus != CCryptoOCSP::ResponseStatus::successful)
+        return;
+    OcspOptions options;
+    options.at = at;
+    options.allowWeak = invocation.arguments().has("allow-weak");
+    for (const auto& single : response.basicResponse().tbsResponseData.responses) {
+        const OcspVerdict verdict = VerifyOcspResponse(response, single->certID.serialNumber, issuer, options);
+        if (verdict.failure == OcspFailure::wrongCertificate)
+            continue;
+        if (verdict.status == OcspStatus::bad || verdict.status == OcspStatus::stale)
+            invocation.warn("the response", std::string(verdict.status == OcspStatus::stale ? OcspStatusWord(verdict.status)
+                                                                                            : OcspFailureWord(verdict.failure)) +
+                                                ": " + std::string(verdict.detail.view()));
+        return;
+    }
+}
 
 int Respond(Invocation& invocation)
 {
@@ -59,10 +83,13 @@ int Respond(Invocation& invocation)
     if (exit != exitDone)
         return exit;
     StartReason();
-    const OcspResponder responder = {*issuer, *signer.certificate, *signer.key, SignatureHash(arguments), arguments.has("by-name")};
+    const OcspResponder responder = {
+        *issuer, *signer.certificate,        *signer.key, SignatureHash(arguments), arguments.has("by-name"),
+        true,    arguments.has("allow-weak")};
     const element response = AnswerFromCrl(request, *list, responder, at);
     if (response.isEmpty())
         return invocation.refuse(file, LastReason("no response can be made"));
+    WarnOfRefusal(invocation, response, *issuer, at);
     Output output(invocation.console(), arguments.value(outputOption.name), Output::Content::binary);
     return FinishOutput(invocation, output, output.open() && output.write(response.bytes()));
 }

@@ -1,3 +1,4 @@
+#include "pki/ocsp/ocsp_extensions.h"
 #include "pki/ocsp/response_verification.h"
 #include "pki/x509/name.h"
 #include "tools/cryptotool/cli/command_table.h"
@@ -35,7 +36,7 @@ constexpr Option requestOption = {OptionKind::text, 0, "request", "FILE", "the r
 constexpr Option responderOption = {OptionKind::text, 0, "responder", "FILE", "a responder that is trusted for this", true};
 constexpr Option responderCandidateOption = {
     OptionKind::text, 0, "untrusted", "FILE", "certificates of responders that the response does not hold", true};
-constexpr Option ocspVerifyOptions[] = {
+constexpr Option responseOptions[] = {
     ocspIssuerOption,
     certOption,
     serialOption,
@@ -44,12 +45,8 @@ constexpr Option ocspVerifyOptions[] = {
     responderOption,
     responderCandidateOption,
     timeOption,
-    clockSkewOption,
-    {OptionKind::number, 0, "max-age", "SECONDS", "use a status without next update for so long (86400)"},
-    allowWeakOption,
-    jsonOption,
-    outputOption,
 };
+constexpr auto ocspVerifyOptions = JoinOptions(responseOptions, verdictOptions);
 
 int ReadNonce(Invocation& invocation, OcspOptions& options)
 {
@@ -58,9 +55,12 @@ int ReadNonce(Invocation& invocation, OcspOptions& options)
     if (!arguments.has(requestOption.name))
         return options.requireNonce ? invocation.misuse("--require-nonce requires --request") : exitDone;
     CCryptoOCSP::COCSPRequest request;
-    const int exit = ReadOcspRequest(invocation, arguments.value(requestOption.name), request);
-    options.nonce = request.nonce();
-    return exit;
+    const std::string file = arguments.value(requestOption.name);
+    if (const int exit = ReadOcspRequest(invocation, file, request); exit != exitDone)
+        return exit;
+    OcspNonce nonce = ReadOcspNonce(request.tbsRequest.extensions);
+    options.nonce = std::move(nonce.octets);
+    return nonce.state != OcspNonce::State::malformed ? exitDone : invocation.refuse(file, "the nonce of the request is malformed");
 }
 
 int ReadOcspOptions(Invocation& invocation, OcspOptions& options)
