@@ -44,8 +44,7 @@ const MacHash* FindMacHash(algorithm::Id hash)
 /// Of a bound INTEGER that is positive and fits 32 bits; 0 for any other.
 std::uint32_t PositiveNumber(const CCryptoASN1Object& object, const char* name)
 {
-    const element value = object.findBytes(name);
-    return value.negative() ? 0 : value.exactWord32().value_or(0);
+    return object.findBytes(name).exactWord32().value_or(0);
 }
 
 /// Hashes and HMACs have none, or NULL.

@@ -41,16 +41,13 @@ struct PKCS12Safe {
 struct SCryptoPKCS12Options {
     enum class Mac { hmac, pbmac1, none };
 
-    /// Of certificates and key: PBES2 with AES-256, unless it is an old scheme, for old readers.
+    /// Of certificates and key: PBES2 with AES-256, unless it is an old scheme, whose readers know no MAC but with SHA-1.
     SCryptoPasswordEncryption encryption;
     /// HMAC is keyed as RFC 7292, appendix B, says; PBMAC1 (RFC 9579) is not read by programs before 2024.
     Mac mac = Mac::hmac;
     ccrypto::algorithm::Id macHash = ccrypto::algorithm::sha256; ///< SHA-1 or SHA-2
     std::uint32_t macIterations = 600'000;
     CCryptoString friendlyName; ///< of the key and its certificate; empty for none
-
-    /// What programs read that know nothing newer than the scheme: it, and a MAC with SHA-1.
-    [[nodiscard]] static SCryptoPKCS12Options ForOldReaders(ccrypto::algorithm::Id scheme);
 };
 
 /// A file of keys and certificates under a password: PFX (RFC 7292).

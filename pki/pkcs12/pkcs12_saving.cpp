@@ -183,14 +183,6 @@ element PKCS12Writer::finish()
 
 } // namespace
 
-SCryptoPKCS12Options SCryptoPKCS12Options::ForOldReaders(algorithm::Id scheme)
-{
-    SCryptoPKCS12Options options;
-    options.encryption.scheme = scheme;
-    options.macHash = algorithm::sha1;
-    return options;
-}
-
 element CCryptoPKCS12::Save(const ICryptoKeyPair* key, std::span<const CertificatePtr> certificates, std::string_view password,
                             const SCryptoPKCS12Options& options, ICryptoRandom& random)
 {
