@@ -1,6 +1,7 @@
 #include "core/diagnostics/failure.h"
 #include "pki/cms/ber_gathering.h"
 #include "pki/cms/encrypted_data.h"
+#include "tests/crypto/base/sequence_random.h"
 #include "tests/pki/test_der.h"
 #include "tests/support/captured_log.h"
 
@@ -97,6 +98,9 @@ TEST(EncryptedData, NamesWhatIsNotSupported)
     EXPECT_EQ(LastText(), "No key can be derived so");
     EXPECT_FALSE(data.Encrypt(SchemeOf(algorithm::pkcs12Sha1Rc4_128), "secret", {}));
     EXPECT_EQ(LastText(), "There is nothing to encrypt");
+    NoRandom none;
+    EXPECT_FALSE(data.Encrypt(SchemeOf(algorithm::pbes2), "secret", OctetsOf(encryptedText), none));
+    EXPECT_EQ(LastText(), "There are no random bytes");
 
     element content(std::string_view("what was there"));
     ASSERT_TRUE(data.Encrypt(SchemeOf(algorithm::pbes2), "secret", OctetsOf(encryptedText)));
@@ -122,13 +126,23 @@ TEST(EncryptedData, NamesWhatIsNotSupported)
         EXPECT_TRUE(content.isEmpty());
         EXPECT_EQ(LastText(), wrong.message);
     }
+    // The parameters of RC2 are of another form.
+    const Bytes derivation = Tlv(der::sequence, {Tlv(der::octetString, TextBytes("saltsalt")), Tlv(der::integer, Bytes{10}),
+                                                 Tlv(der::sequence, OidTlv("1.2.840.113549.2.127"))});
+    const Bytes rc2 = Tlv(der::sequence, {Tlv(der::integer, Bytes{58}), Tlv(der::octetString, TextBytes("12345678"))});
+    const Bytes how = Tlv(der::sequence, {OidTlv("1.2.840.113549.1.5.13"),
+                                          Tlv(der::sequence, {Tlv(der::sequence, {OidTlv("1.2.840.113549.1.5.12"), derivation}),
+                                                              Tlv(der::sequence, {OidTlv("1.2.840.113549.3.2"), rc2})})});
+    ASSERT_TRUE(data.encryptedContentInfo.contentEncryptionAlgorithm.ParseDer(ElementOfBytes(how)));
+    EXPECT_FALSE(data.Decrypt("secret", content));
+    EXPECT_EQ(LastText(), "Unsupported prf algorithm");
 }
 
 struct ContentCase {
     const char* name;
     Bytes content; ///< the element in the place of encryptedContent
     const char* message;
-    std::uint8_t version = 0;
+    Bytes version = {0};
     Bytes after = {}; ///< the content and its algorithm
 };
 
@@ -145,7 +159,7 @@ TEST_P(EncryptedContent, IsGatheredOfItsPieces)
         Tlv(der::sequence, {OidTlv("1.2.840.113549.1.12.1.3"),
                             Tlv(der::sequence, {Tlv(der::octetString, TextBytes("saltsalt")), Tlv(der::integer, Bytes{10})})});
     const Bytes data =
-        Tlv(der::sequence, {Tlv(der::integer, Bytes{GetParam().version}),
+        Tlv(der::sequence, {Tlv(der::integer, GetParam().version),
                             Tlv(der::sequence, {OidTlv("1.2.840.113549.1.7.1"), algorithm, GetParam().content}), GetParam().after});
     const CapturedLog log;
     CCryptoPKCS7encryptedDataObject read;
@@ -162,12 +176,18 @@ INSTANTIATE_TEST_SUITE_P(
     Forms, EncryptedContent,
     ::testing::Values(
         ContentCase{"one string", Tlv(0x80, TextBytes("12345678")), nullptr},
-        ContentCase{"attributes", Tlv(0x80, TextBytes("12345678")), nullptr, 2, Tlv(0xA1, Tlv(der::null, Bytes{}))},
-        ContentCase{"attributes under version 0", Tlv(0x80, TextBytes("12345678")), "Invalid version", 0, Tlv(0xA1, Bytes{})},
-        ContentCase{"version 2 without attributes", Tlv(0x80, TextBytes("12345678")), "Invalid version", 2},
-        ContentCase{"another element after the content", Tlv(0x80, TextBytes("12345678")),
-                    "What follows the content is not attributes", 2, Tlv(0xA2, Bytes{})},
-        ContentCase{"attributes twice", Tlv(0x80, TextBytes("12345678")), "What follows the content is not attributes", 2,
+        ContentCase{"attributes", Tlv(0x80, TextBytes("12345678")), nullptr, {2}, Tlv(0xA1, Tlv(der::null, Bytes{}))},
+        ContentCase{"attributes under version 0", Tlv(0x80, TextBytes("12345678")), "Invalid version", {0}, Tlv(0xA1, Bytes{})},
+        ContentCase{"version 2 without attributes", Tlv(0x80, TextBytes("12345678")), "Invalid version", {2}},
+        ContentCase{"another element after the content",
+                    Tlv(0x80, TextBytes("12345678")),
+                    "What follows the content is not attributes",
+                    {2},
+                    Tlv(0xA2, Bytes{})},
+        ContentCase{"attributes twice",
+                    Tlv(0x80, TextBytes("12345678")),
+                    "What follows the content is not attributes",
+                    {2},
                     Joined({Tlv(0xA1, Bytes{}), Tlv(0xA1, Bytes{})})},
         ContentCase{"pieces", Tlv(0xA0, {Tlv(der::octetString, TextBytes("1234")), Tlv(der::octetString, TextBytes("5678"))}),
                     nullptr},
@@ -179,6 +199,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Tlv(0xA0, {Tlv(der::octetString, TextBytes("1234")), Tlv(der::integer, TextBytes("5678"))}),
                     "Invalid contentData"},
         ContentCase{"nothing", Tlv(0x80, Bytes{}), "Invalid contentData"},
-        ContentCase{"version 1", Tlv(0x80, TextBytes("12345678")), "Invalid version", 1}));
+        ContentCase{"a long version", Tlv(0x80, TextBytes("12345678")), "Invalid version", {2, 0}, Tlv(0xA1, Bytes{})},
+        ContentCase{"version 1", Tlv(0x80, TextBytes("12345678")), "Invalid version", {1}}));
 
 } // namespace ccrypto
