@@ -297,8 +297,6 @@ SignatureResult VerifySignature(ICryptoKeyPair& key, const SignatureAlgorithm& a
             return logger.fail(SignatureResult::unsupportedAlgorithm, "The algorithm is not one of a key of %s", key.name());
         return UnlessFalse(logger, key.signer()->verify(algorithm::none, octets, signature));
     }
-    if (algorithm.isBroken())
-        return logger.fail(SignatureResult::unsupportedAlgorithm, "Signatures of this hash function are not accepted");
     const std::unique_ptr<ICryptoHash> function = ICryptoHash::Create(algorithm.hash);
     if (function == nullptr)
         return logger.fail(SignatureResult::unsupportedAlgorithm);

@@ -235,6 +235,8 @@ INSTANTIATE_TEST_SUITE_P(
                           .list("Root2");
                   },
                   "status-unknown 0 ?"},
+        WorldCase{"another anchor with the name of the issuer", [](W& w) { w.anchor("Sub/lists").list("Sub/lists"); },
+                  "status-unknown 0 ?"},
         WorldCase{"the same of another anchor, which certified the issuer, too",
                   [](W& w) {
                       w.anchor("Root2")

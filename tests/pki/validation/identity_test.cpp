@@ -53,6 +53,7 @@ TEST(Identity, IsInTheAlternativeNames)
         {CheckHost, "1.0.2.1", "dns:*.0.2.1", false},
         {CheckHost, "example.com", "uri:http://example.com/", false},
         {CheckHost, "example.com", "dir:CN=example.com", false},
+        {CheckHost, "example.com", "email:example.com", false},
         {CheckHost, "example.com", "", false},
         {CheckHost, "", "dns:", false},
 
@@ -94,6 +95,7 @@ TEST(Identity, IsInTheAlternativeNames)
         {CheckEmail, "me@a.example.com", "email:me@example.com", false},
         {CheckEmail, "me@example.com", {"email:me@example.com\0.org", 24}, false},
         {CheckEmail, "me", "email:me", false},
+        {CheckEmail, "me@example.com", "uri:me@example.com", false},
         {CheckEmail, "", "email:", false},
         {CheckEmail, "me@example.com", "dir:E=me@example.com", false},
     };

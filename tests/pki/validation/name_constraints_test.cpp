@@ -84,6 +84,7 @@ TEST(NameConstraints, OfEachForm)
 
         Within("email:Me@Example.com", "email:Me@example.COM"),
         Outside("email:me@example.com", "email:Me@example.com"),
+        Outside("email:me@example.org", "email:me@example.com"),
         Within("email:me@example.com", "email:example.com"),
         Outside("email:me@a.example.com", "email:example.com"),
         Within("email:me@a.example.com", "email:.example.com"),
@@ -100,6 +101,8 @@ TEST(NameConstraints, OfEachForm)
         Unreadable("email:me@[192.0.2.1]", "email:example.com"),
         Unreadable({"email:me@example.com\0.org", 24}, "email:example.com"),
         Unreadable("email:\"me@example.com", "email:example.com"),
+        Unreadable("email:\"me\"x@example.com", "email:example.com"),
+        Unreadable("email:\"m\te\"@example.com", "email:example.com"),
         Unreadable("email:\"me\\\"@example.com", "email:example.com"),
         Unreadable("email:Me <me@example.com>", "email:example.com"),
 

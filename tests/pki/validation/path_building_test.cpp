@@ -105,6 +105,12 @@ INSTANTIATE_TEST_SUITE_P(
                       w.subjectDer = Cert(World::Who("Leaf")).build(root);
                   },
                   "no-path 0"},
+        WorldCase{"through an authority that led in a circle before",
+                  [](World& w) {
+                      w.anchor("Root").authority("N/2", "Q").authority("N/2", "Root").authority("N", "Q");
+                      w.authority("Q", "A").authority("A", "N/2").subject("Leaf", "N");
+                  },
+                  "VALID"},
         WorldCase{"the path that came furthest speaks",
                   [](World& w) {
                       w.anchor("Root")
@@ -198,9 +204,62 @@ TEST(PathValidation, ChecksASignatureOnceForEachKey)
     EXPECT_EQ(verdict.work.signatures, 5U);
 }
 
+/// Expired authorities that all certified each other are tried last, to explain the failure, and end at the limit.
+TEST(PathValidation, SaysWhatItKnewBeforeTheLimit)
+{
+    constexpr std::uint32_t count = 7;
+    World world;
+    for (std::uint32_t subject = 0; subject < count; subject++)
+        for (std::uint32_t issuer = 0; issuer < count; issuer++)
+            if (subject != issuer)
+                world.authority(Layer(subject, 'a'), Layer(issuer, 'a'),
+                                [](Cert& c) { c.validity("20200101000000Z", "20210101000000Z"); });
+    world.subject("Leaf", "L0");
+    PathVerdict verdict = world.validate();
+    EXPECT_EQ(verdict.reason, Reason::limit);
+    EXPECT_EQ(verdict.work.steps, 1000U);
+    EXPECT_NE(verdict.path.back().status.status, CertificateStatus::anchor);
+
+    world.anchor("L0/c");
+    verdict = world.validate();
+    EXPECT_EQ(Summary(verdict), "bad-signature 0");
+    EXPECT_EQ(verdict.work.steps, 1000U);
+}
+
+TEST(PathValidation, TriesTheIssuerThatIsNamedFirst)
+{
+    for (const bool bySerialNumber : {false, true}) {
+        World world;
+        for (const char* const other : {"Root/2", "Root/3", "Root"})
+            world.anchor(other, [&](Cert& c) { c.serialOctets({static_cast<std::uint8_t>(other[4] + 1)}); });
+        world.subject("Leaf", "Root", [&](Cert& c) {
+            const Bytes names = Tlv(der::Context(1), TestDirectoryName("C=FI,O=Test,CN=Root"));
+            const Bytes identifier = Tlv(der::sequence, Joined({names, Tlv(der::Context(2, false), {1})}));
+            c.extension(bySerialNumber ? TestExtension("2.5.29.35", identifier)
+                                       : TestAuthorityKeyIdentifier(*World::Who("Root").key));
+        });
+        const PathVerdict verdict = world.validate();
+        EXPECT_EQ(Summary(verdict), "VALID");
+        EXPECT_EQ(verdict.work.signatures, 1U);
+    }
+}
+
+TEST(CertificatePool, KeepsACertificateOnce)
+{
+    const CertificatePtr root = LoadCertificate(World::Certificate("Root", "Root", true));
+    CertificatePool pool;
+    EXPECT_FALSE(pool.add(root, false)->isAnchor);
+    EXPECT_TRUE(pool.add(root, true)->isAnchor);
+    EXPECT_TRUE(pool.add(root, false)->isAnchor);
+    EXPECT_EQ(pool.size(), 1U);
+}
+
 TEST(ValidationWork, EndsAtItsLimits)
 {
     ValidationWork work;
+    EXPECT_FALSE(work.takeSignatures(201));
+    EXPECT_FALSE(work.takeStep());
+    work = ValidationWork();
     for (std::uint32_t step = 0; step < 1'000; step++)
         EXPECT_TRUE(work.takeStep());
     EXPECT_TRUE(work.takeSignatures(200));

@@ -141,6 +141,20 @@ INSTANTIATE_TEST_SUITE_P(
                       w.options.email = "b@a.example";
                   },
                   "name 0"},
+        WorldCase{"another address of the host",
+                  [](World& w) {
+                      ChainOf(w, Unchanged, Unchanged, [](Cert& c) { c.extension(TestAlternativeNames({TestDns("a.example")})); });
+                      w.options.host = "a.example";
+                      w.options.ipAddress = "192.0.2.2";
+                  },
+                  "name 0"},
+        WorldCase{"another mailbox of the host",
+                  [](World& w) {
+                      ChainOf(w, Unchanged, Unchanged, [](Cert& c) { c.extension(TestAlternativeNames({TestDns("a.example")})); });
+                      w.options.host = "a.example";
+                      w.options.email = "b@a.example";
+                  },
+                  "name 0"},
         WorldCase{"the profile",
                   [](World& w) {
                       Chain(w);
@@ -153,6 +167,16 @@ INSTANTIATE_TEST_SUITE_P(
                       w.options.strict = true;
                   },
                   "VALID"},
+        WorldCase{"the profile of an authority: no subject key identifier",
+                  [](World& w) {
+                      w.anchor("Root").subject("Leaf", "Sub", NamesKeyOfSub);
+                      w.plain("Sub", "Root", [](Cert& c) {
+                          c.extension(TestBasicConstraints(true)).extension(TestKeyUsage(0x06));
+                          NamesKeyOfRoot(c);
+                      });
+                      w.options.strict = true;
+                  },
+                  "profile 1"},
         WorldCase{"the profile: the key identifier of another",
                   [](World& w) {
                       ChainOf(w, Unchanged, NamesKeyOfRoot, NamesKeyOfRoot);

@@ -82,6 +82,20 @@ INSTANTIATE_TEST_SUITE_P(
                           w, [](Cert& c) { c.extension(TestPolicyConstraints(0, {})); }, Unchanged, Unchanged);
                   },
                   "policy 1"},
+        WorldCase{"required two later, counted on the way",
+                  [](World& w) {
+                      w.anchor("Root")
+                          .authority("A", "Root", With(Policies({policyA}), TestPolicyConstraints(2, {})))
+                          .authority("B", "A")
+                          .subject("Leaf", "B");
+                  },
+                  "policy 0"},
+        WorldCase{"required by an anchor that is the subject",
+                  [](World& w) {
+                      w.anchor("Root", [](Cert& c) { c.extension(TestPolicyConstraints(0, {})); });
+                      w.subjectDer = w.anchors.front();
+                  },
+                  "VALID"},
         WorldCase{"one that issued itself does not count",
                   [](World& w) {
                       w.anchor("Root")
@@ -192,6 +206,10 @@ TEST(PathValidation, GivesThePoliciesOfTheUser)
     const PathVerdict verdict = world.validate();
     ASSERT_EQ(verdict.policies.size(), 1U);
     EXPECT_EQ(verdict.policies.front(), Oid::FromDotted(policyB));
+
+    world.options.keyUsage = 1;
+    world.subject("Leaf", "Sub", With(Policies({policyB}), TestKeyUsage(0x40)));
+    EXPECT_TRUE(world.validate().policies.empty());
 }
 
 } // namespace

@@ -10,96 +10,121 @@ namespace {
 
 INSTANTIATE_TEST_SUITE_P(
     Signatures, PathCases,
-    ::testing::Values(WorldCase{"three certificates", Chain, "VALID"},
-                      WorldCase{"issued by the anchor", [](World& w) { w.anchor("Root").subject("Leaf", "Root"); }, "VALID"},
-                      WorldCase{"the subject is an anchor",
-                                [](World& w) {
-                                    w.anchor("Root");
-                                    w.subjectDer = w.anchors.front();
-                                },
-                                "VALID"},
-                      WorldCase{"an end entity is an anchor",
-                                [](World& w) {
-                                    w.subject("Leaf", "Root");
-                                    w.anchors.push_back(w.subjectDer);
-                                },
-                                "VALID"},
-                      WorldCase{"an intermediate is the anchor",
-                                [](World& w) {
-                                    w.anchors.push_back(World::Certificate("Sub", "Root", true));
-                                    w.subject("Leaf", "Sub");
-                                },
-                                "VALID"},
-                      WorldCase{"the signature of the subject",
-                                [](World& w) {
-                                    Chain(w);
-                                    FlipLast(w.subjectDer);
-                                },
-                                "bad-signature 0"},
-                      WorldCase{"the signature of the intermediate",
-                                [](World& w) {
-                                    Chain(w);
-                                    FlipLast(w.others.front());
-                                },
-                                "bad-signature 1"},
-                      WorldCase{"the signature of the anchor does not count",
-                                [](World& w) {
-                                    Chain(w);
-                                    FlipLast(w.anchors.front());
-                                },
-                                "VALID"},
-                      WorldCase{"another key of the same name",
-                                [](World& w) { w.anchor("Root").authority("Sub/2", "Root").subject("Leaf", "Sub"); },
-                                "bad-signature 0"},
-                      WorldCase{"SHA-1",
-                                [](World& w) {
-                                    TestIssuer sub = World::Who("Sub");
-                                    sub.hash = algorithm::sha1;
-                                    w.anchor("Root").authority("Sub", "Root");
-                                    w.subjectDer = Cert(World::Who("Leaf")).build(sub);
-                                },
-                                "weak-algorithm 0"},
-                      WorldCase{"SHA-1 where it is allowed",
-                                [](World& w) {
-                                    TestIssuer sub = World::Who("Sub");
-                                    sub.hash = algorithm::sha1;
-                                    w.anchor("Root").authority("Sub", "Root");
-                                    w.subjectDer = Cert(World::Who("Leaf")).build(sub);
-                                    w.options.allowWeak = true;
-                                },
-                                "VALID"},
-                      WorldCase{"SHA-1 of the anchor does not count",
-                                [](World& w) {
-                                    TestIssuer root = World::Who("Root");
-                                    root.hash = algorithm::sha1;
-                                    w.anchors.push_back(Cert(root).authority().build(root));
-                                    w.subject("Leaf", "Root");
-                                },
-                                "VALID"},
-                      WorldCase{"MD5 where weak ones are allowed",
-                                [](World& w) {
-                                    TestIssuer root = World::Who("Root");
-                                    root.key = TestRsaKey();
-                                    w.anchors.push_back(Cert(root).authority().build(root));
-                                    root.hash = algorithm::md5;
-                                    w.subjectDer = Cert(World::Who("Leaf")).build(root);
-                                    w.options.allowWeak = true;
-                                },
-                                "weak-algorithm 0"},
-                      WorldCase{"an unknown algorithm",
-                                [](World& w) {
-                                    const Bytes unknown = Tlv(der::sequence, OidTlv("1.3.6.1.4.1.55555.9"));
-                                    w.anchor("Root").subject("Leaf", "Root",
-                                                             [&](Cert& c) { c.innerAlgorithm(unknown).outerAlgorithm(unknown); });
-                                },
-                                "unsupported-algorithm 0"},
-                      WorldCase{"algorithms that differ",
-                                [](World& w) {
-                                    w.anchor("Root").subject("Leaf", "Root", [](Cert& c) {
-                                        c.innerAlgorithm(Tlv(der::sequence, OidTlv("1.2.840.10045.4.3.3")));
-                                    });
-                                },
-                                "malformed 0"}),
+    ::testing::Values(
+        WorldCase{"three certificates", Chain, "VALID"},
+        WorldCase{"issued by the anchor", [](World& w) { w.anchor("Root").subject("Leaf", "Root"); }, "VALID"},
+        WorldCase{"the subject is an anchor",
+                  [](World& w) {
+                      w.anchor("Root");
+                      w.subjectDer = w.anchors.front();
+                  },
+                  "VALID"},
+        WorldCase{"an end entity is an anchor",
+                  [](World& w) {
+                      w.subject("Leaf", "Root");
+                      w.anchors.push_back(w.subjectDer);
+                  },
+                  "VALID"},
+        WorldCase{"an intermediate is the anchor",
+                  [](World& w) {
+                      w.anchors.push_back(World::Certificate("Sub", "Root", true));
+                      w.subject("Leaf", "Sub");
+                  },
+                  "VALID"},
+        WorldCase{"the signature of the subject",
+                  [](World& w) {
+                      Chain(w);
+                      FlipLast(w.subjectDer);
+                  },
+                  "bad-signature 0"},
+        WorldCase{"the signature of the intermediate",
+                  [](World& w) {
+                      Chain(w);
+                      FlipLast(w.others.front());
+                  },
+                  "bad-signature 1"},
+        WorldCase{"the signature of the anchor does not count",
+                  [](World& w) {
+                      Chain(w);
+                      FlipLast(w.anchors.front());
+                  },
+                  "VALID"},
+        WorldCase{"another key of the same name",
+                  [](World& w) { w.anchor("Root").authority("Sub/2", "Root").subject("Leaf", "Sub"); }, "bad-signature 0"},
+        WorldCase{"SHA-1",
+                  [](World& w) {
+                      TestIssuer sub = World::Who("Sub");
+                      sub.hash = algorithm::sha1;
+                      w.anchor("Root").authority("Sub", "Root");
+                      w.subjectDer = Cert(World::Who("Leaf")).build(sub);
+                  },
+                  "weak-algorithm 0"},
+        WorldCase{"SHA-1 where it is allowed",
+                  [](World& w) {
+                      TestIssuer sub = World::Who("Sub");
+                      sub.hash = algorithm::sha1;
+                      w.anchor("Root").authority("Sub", "Root");
+                      w.subjectDer = Cert(World::Who("Leaf")).build(sub);
+                      w.options.allowWeak = true;
+                  },
+                  "VALID"},
+        WorldCase{"SHA-1 of the anchor does not count",
+                  [](World& w) {
+                      TestIssuer root = World::Who("Root");
+                      root.hash = algorithm::sha1;
+                      w.anchors.push_back(Cert(root).authority().build(root));
+                      w.subject("Leaf", "Root");
+                  },
+                  "VALID"},
+        WorldCase{"MD5 where weak ones are allowed",
+                  [](World& w) {
+                      TestIssuer root = World::Who("Root");
+                      root.key = TestRsaKey();
+                      w.anchors.push_back(Cert(root).authority().build(root));
+                      root.hash = algorithm::md5;
+                      w.subjectDer = Cert(World::Who("Leaf")).build(root);
+                      w.options.allowWeak = true;
+                  },
+                  "weak-algorithm 0"},
+        WorldCase{"RSA of 1024 bits",
+                  [](World& w) {
+                      w.anchor("Root").subject("Leaf", "Root",
+                                               [](Cert& c) { c.publicKeyInfo(BytesOf(TestRsaKey(1024)->publicKeyInfo())); });
+                  },
+                  "weak-algorithm 0"},
+        WorldCase{"RSA of 1024 bits between, where it is allowed",
+                  [](World& w) {
+                      const TestIssuer sub = {.name = World::Who("Sub").name, .key = TestRsaKey(1024)};
+                      w.anchor("Root").authority("Sub", "Root",
+                                                 [&](Cert& c) { c.publicKeyInfo(BytesOf(sub.key->publicKeyInfo())); });
+                      w.subjectDer = Cert(World::Who("Leaf")).build(sub);
+                      w.options.allowWeak = true;
+                  },
+                  "VALID"},
+        WorldCase{"DSA of 1024 bits",
+                  [](World& w) {
+                      w.anchor("Root").subject("Leaf", "Root",
+                                               [](Cert& c) { c.publicKeyInfo(BytesOf(TestDsaKey()->publicKeyInfo())); });
+                  },
+                  "weak-algorithm 0"},
+        WorldCase{"octets that are not DER",
+                  [](World& w) {
+                      Chain(w);
+                      w.subjectDer = Joined({{0x30, 0x80}, Bytes(w.subjectDer.begin() + 4, w.subjectDer.end()), {0, 0}});
+                  },
+                  "not-der 0"},
+        WorldCase{"an unknown algorithm",
+                  [](World& w) {
+                      const Bytes unknown = Tlv(der::sequence, OidTlv("1.3.6.1.4.1.55555.9"));
+                      w.anchor("Root").subject("Leaf", "Root", [&](Cert& c) { c.innerAlgorithm(unknown).outerAlgorithm(unknown); });
+                  },
+                  "unsupported-algorithm 0"},
+        WorldCase{"algorithms that differ",
+                  [](World& w) {
+                      w.anchor("Root").subject(
+                          "Leaf", "Root", [](Cert& c) { c.innerAlgorithm(Tlv(der::sequence, OidTlv("1.2.840.10045.4.3.3"))); });
+                  },
+                  "malformed 0"}),
     NameOfCase);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -143,6 +168,12 @@ INSTANTIATE_TEST_SUITE_P(
             "years of the last century",
             [](World& w) { ChainOf(w, Unchanged, Unchanged, [](Cert& c) { c.validity("19500101000000Z", "20500101000000Z"); }); },
             "VALID"},
+        WorldCase{"no time",
+                  [](World& w) {
+                      Chain(w);
+                      w.options.at = CCryptoDateTime();
+                  },
+                  "malformed 0"},
         WorldCase{"a part of a second too late",
                   [](World& w) {
                       ChainOf(w, Unchanged, Unchanged, [](Cert& c) { c.validity("20260101000000Z", "20261123120000Z"); });

@@ -1,3 +1,4 @@
+#include "asn1/der/der_cursor.h"
 #include "pki/x509/certificate.h"
 #include "tests/pki/keys/test_keys.h"
 #include "tests/pki/x509/certificate_fields.h"
@@ -109,6 +110,13 @@ const LoadCase loadCases[] = {
          return WithVersion1Field(5, PublicKeyOf(OidTlv("1.2.3.4"), {0, 1}));
      },
      "Key loading failed", LoadFailure::unsupportedKey},
+    {"a key with a field after it",
+     [] {
+         const Bytes info = BytesOf(TestKey(2)->publicKeyInfo());
+         const auto fields = OnlyValue(info, der::sequence).value();
+         return WithVersion1Field(5, Tlv(der::sequence, {Bytes(fields.begin(), fields.end()), NumberTlv(1)}));
+     },
+     "Key loading failed"},
     {"a key off the curve",
      [] {
          Bytes info = BytesOf(TestKey(2)->publicKeyInfo());

@@ -252,6 +252,7 @@ const ExtensionCase extensionCases[] = {
     {"a policy", PoliciesAsText, "30[30[06[2A03]]]", "1.2.3 "},
     {"a policy with a qualifier", PoliciesAsText, "30[30[06[2A03] 30[30[06[2A04] 0500]]]]", "1.2.3 300606022a040500 "},
     {"a qualifier without a value", PoliciesAsText, "30[30[06[2A03] 30[30[06[2A04]]]]]", "none"},
+    {"a qualifier of three fields", PoliciesAsText, "30[30[06[2A03] 30[30[06[2A04] 0500 0500]]]]", "none"},
     {"no qualifier", PoliciesAsText, "30[30[06[2A03] 30[]]]", "none"},
     {"no policy", PoliciesAsText, "30[]", "none"},
     {"a policy without an identifier", PoliciesAsText, "30[30[]]", "none"},
@@ -276,6 +277,7 @@ const ExtensionCase extensionCases[] = {
      "name 310b3009060355040313024369 reasons - by "},
     {"a point of nothing", PointsAsText, "30[30[]]", "reasons - by "},
     {"no point", PointsAsText, "30[]", "none"},
+    {"a point with a fourth field", PointsAsText, "30[30[A0[A0[86['a']]] A3[3000]]]", "none"},
     {"a point with two names", PointsAsText, "30[30[A0[A0[86['a']] A0[86['b']]]]]", "none"},
     {"a point with a third kind of name", PointsAsText, "30[30[A0[A2[86['a']]]]]", "none"},
     {"a point with an empty name", PointsAsText, "30[30[A0[A0[]]]]", "none"},
@@ -291,6 +293,7 @@ const ExtensionCase extensionCases[] = {
     {"a list that says more", IssuingPointAsText, "30[8601FF]", "none"},
 
     {"an access description", AccessAsText, "30[30[06[2B06] 86['a']]]", "1.3.6 6:61 "},
+    {"an access description of three fields", AccessAsText, "30[30[06[2B06] 86['a'] 0500]]", "none"},
     {"an access description without a place", AccessAsText, "30[30[06[2B06]]]", "none"},
 
     {"a list number", CrlNumberAsText, "02[0080]", "0080"},

@@ -104,8 +104,8 @@ INSTANTIATE_TEST_SUITE_P(
                   "2026-10-20 12:00:00 aACompromise by 30158203616263a40e300c310a300806035504030c0141"},
         EntryCase{"a flag that is FALSE", EntryText("05", "30[ 0603551D15 010100 04[ 0A0108 ] ]"),
                   "2026-10-20 12:00:00 removeFromCRL"},
-        EntryCase{"another that is critical", EntryText("05", "30[ 06032A0304 0101FF 04[ 0500 ] ]"),
-                  "2026-10-20 12:00:00 unknown critical"},
+        EntryCase{"another that is critical", EntryText("05", "30[ 06032A0304 0101FF 04[ 0500 ] ]" + std::string(reasonExtension)),
+                  "2026-10-20 12:00:00 keyCompromise unknown critical"},
         EntryCase{"a critical one with a number that begins like a known",
                   EntryText("05", "30[ 0604551D1501 0101FF 04[ 0A0101 ] ]"), "2026-10-20 12:00:00 unknown critical"},
         EntryCase{"the number of a reason in another arc", EntryText("05", "30[ 06032A0315 0400 ]"), "2026-10-20 12:00:00"},
@@ -175,6 +175,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadEntryCase{"too many extensions", EntryText("05", OtherExtensions(33)), malformedExtensions},
         BadEntryCase{"a reason twice", EntryText("05", std::string(reasonExtension) + otherExtension + reasonExtension),
                      malformedExtensions},
+        BadEntryCase{"a reason and again", EntryText("05", std::string(reasonExtension) + reasonExtension), malformedExtensions},
         BadEntryCase{"another twice", EntryText("05", std::string(otherExtension) + reasonExtension + otherExtension),
                      malformedExtensions},
         BadEntryCase{"an extension without a number", EntryText("05", "30[ 0400 ]"), malformedExtensions},
@@ -202,6 +203,8 @@ INSTANTIATE_TEST_SUITE_P(
                      malformedExtensions},
         BadEntryCase{"an issuer with a directory name that is none",
                      EntryText("05", "30[ 0603551D1D 0101FF 04[ 30[ A4[ 30[ 0500 ] ] ] ] ]"), malformedExtensions},
+        BadEntryCase{"an issuer of two directory names, of which one is none",
+                     EntryText("05", "30[ 0603551D1D 0101FF 04[ 30[ A4[ 30[ 0500 ] ] A4[ 3000 ] ] ] ]"), malformedExtensions},
         BadEntryCase{"an issuer with a name of no kind", EntryText("05", "30[ 0603551D1D 0101FF 04[ 30[ A4[ 3000 ] 8900 ] ] ]"),
                      malformedExtensions},
         BadEntryCase{"no name of an issuer", EntryText("05", "30[ 0603551D1D 0101FF 04[ 3000 ] ]"), malformedExtensions}));
@@ -231,7 +234,8 @@ TEST(RevokedEntries, TakeTheIssuerOfTheLastOneThatNamesIt)
 TEST(RevokedEntries, KnowOfAnUnknownCriticalExtensionWhereverItIs)
 {
     RevokedEntries entries;
-    const Bytes octets = DerOf(EntryText("05") + EntryText("06", "30[ 06032A0304 0101FF 0400 ]") + EntryText("07"));
+    const Bytes octets =
+        DerOf(EntryText("05") + EntryText("06", "30[ 06032A0304 0101FF 0400 ]") + EntryText("07", reasonExtension));
     ASSERT_TRUE(entries.Read(octets, noLimit));
     EXPECT_TRUE(entries.hasUnknownCritical());
     EXPECT_FALSE(entries.find(Bytes{5}).at(0).hasUnknownCritical);
@@ -291,6 +295,9 @@ TEST_P(RevokedEntriesOf, EachNumberAreFoundInTheOrderOfTheList)
         number = RandomBytes(random, 1 + random() % size.maxOctets);
         number[0] = static_cast<std::uint8_t>(1 + number[0] % 0x7F);
     }
+    // One begins with another.
+    if (numbers.front().size() < size.maxOctets)
+        numbers.back() = Joined({numbers.front(), {0x17}});
     std::map<Bytes, std::vector<std::uint32_t>> places;
     Bytes octets;
     for (std::uint32_t index = 0; index < size.entries; ++index) {

@@ -113,12 +113,23 @@ TestKeyPtr TestKey(std::uint32_t number)
     return key;
 }
 
-TestKeyPtr TestRsaKey()
+TestKeyPtr TestRsaKey(std::uint32_t bits)
+{
+    static std::map<std::uint32_t, TestKeyPtr> keys;
+    TestKeyPtr& key = keys[bits];
+    if (key == nullptr)
+        for (const TestVector& vector : ReadVectors("key_files.txt"))
+            if (vector.number("Kind") == algorithm::rsaEncryption && vector.number("Size") == bits)
+                key = Load(vector.bytes("PrivateKeyInfo"));
+    return key;
+}
+
+TestKeyPtr TestDsaKey()
 {
     static const TestKeyPtr key = [] {
-        for (const TestVector& vector : ReadVectors("key_files.txt"))
-            if (vector.number("Kind") == algorithm::rsaEncryption && vector.number("Size") == 2048)
-                return TestKeyPtr(Load(vector.bytes("PrivateKeyInfo")));
+        for (const TestVector& vector : ReadVectors("signatures.txt"))
+            if (TestKeyPtr found = Load(vector.bytes("PublicKeyInfo")); found->algorithmId() == algorithm::dsa)
+                return found;
         return TestKeyPtr();
     }();
     return key;

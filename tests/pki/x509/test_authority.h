@@ -23,8 +23,10 @@ using TestKeyPtr = std::shared_ptr<ICryptoKeyPair>;
 
 /// A private key on prime256v1, for the same number always the same. Kept, so that asking again costs nothing.
 [[nodiscard]] TestKeyPtr TestKey(std::uint32_t number);
-/// 2048 bits.
-[[nodiscard]] TestKeyPtr TestRsaKey();
+/// \param bits 1024 or 2048.
+[[nodiscard]] TestKeyPtr TestRsaKey(std::uint32_t bits = 2048);
+/// Of DSA, with 1024 bits. Without its private half.
+[[nodiscard]] TestKeyPtr TestDsaKey();
 [[nodiscard]] TestKeyPtr TestEd25519Key();
 /// The octets of the subjectPublicKey BIT STRING, and their SHA-1, which key identifiers are made of.
 [[nodiscard]] Bytes TestKeyBits(const ICryptoKeyPair& key);
