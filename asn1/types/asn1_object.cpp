@@ -6,6 +6,7 @@
 #include "asn1/tree/item_list.h"
 #include "asn1/tree/node_parts.h"
 #include "core/diagnostics/auto_logger.h"
+#include "core/diagnostics/failure.h"
 
 using namespace ccrypto;
 
@@ -86,6 +87,7 @@ void CCryptoASN1Object::clear()
 CCryptoASN1Object::Outcome CCryptoASN1Object::parse(const elementNode& node)
 {
     CCryptoAutoLogger logger("CCryptoASN1Object::Parse");
+    const std::size_t failures = FailureCount();
     Outcome outcome = setNodeToParse(node);
     if (outcome == Outcome::parsed && !ParseNode())
         outcome = Outcome::wrongFields;
@@ -93,14 +95,19 @@ CCryptoASN1Object::Outcome CCryptoASN1Object::parse(const elementNode& node)
         logger.setResult(true);
         return outcome;
     }
+    const char* const meaning = outcome == Outcome::mismatch ? MeaningOfMismatch() : nullptr;
     clear();
     if (outcome == Outcome::noTemplate)
         return logger.fail(outcome, "SetNodeToParse() failed");
-    if (outcome == Outcome::mismatch)
-        logger.WriteLog("%s (%s)", match_.failedStep().c_str(), match_.failedPlace().c_str());
+    if (outcome == Outcome::mismatch && meaning == nullptr)
+        return logger.fail(outcome, "ParseNode() failed: %s (%s)", match_.failedStep().c_str(), match_.failedPlace().c_str());
     if (outcome == Outcome::surplus)
-        logger.WriteLog("Data follows the last item of the template");
-    return logger.fail(outcome, "ParseNode() failed");
+        return logger.fail(outcome, "ParseNode() failed: Data follows the last item of the template");
+    if (outcome == Outcome::wrongFields && !LastFailureSince(failures))
+        return logger.fail(outcome, "ParseNode() failed");
+    // The reason that was given inside stays the thread's failure.
+    logger.WriteError("ParseNode() failed");
+    return meaning != nullptr ? logger.fail(outcome, "%s", meaning) : logger.fail(outcome);
 }
 
 bool CCryptoASN1Object::Parse(const elementNode* node)

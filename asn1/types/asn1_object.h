@@ -41,8 +41,8 @@ public:
     /// Binds `node`, with as many of its siblings as the template takes, and reads the fields. The node may be a part of what the
     /// object holds, which is destroyed once it was copied. \return false, logged, for a null
     /// node, for a template that is not one ("SetNodeToParse() failed"), and ("ParseNode() failed") for data that the template does
-    /// not match, where a line of its own names the step that failed, that goes on inside an element after the last item there, or
-    /// whose fields do not make sense.
+    /// not match, where the step that failed is named, that goes on inside an element after the last item there, or whose fields
+    /// do not make sense. A reason that ParseNode gave stays the thread's LastFailure().
     bool Parse(const elementNode* node);
     /// Parse for an object that already held something.
     bool Assign(const elementNode* node);
@@ -80,6 +80,9 @@ protected:
 
     /// Clears the fields; called before ParseNode and after a failure.
     virtual void ClearFields() {}
+
+    /// What it means to the type that data() does not match; null for no more than the step that failed.
+    virtual const char* MeaningOfMismatch() const { return nullptr; }
 
     /// The template to fill, fresh for each build.
     CCryptoParser& builder() { return builder_; }

@@ -6,6 +6,7 @@
 #include "core/platform/process.h"
 
 #include <algorithm>
+#include <atomic>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -22,6 +23,7 @@ constexpr const char* failureLockName = "failures";
 struct FailureOfThread {
     std::uint32_t thread;
     Failure failure;
+    std::size_t number; ///< counted from 1 over all threads
 };
 
 struct FailureTable {
@@ -33,6 +35,8 @@ struct FailureTable {
 };
 
 constinit NeverDestroyed<FailureTable> failures;
+/// Read without the guard, so that taking a moment costs no lock.
+constinit std::atomic<std::size_t> failureCount = 0;
 
 // The three below need the guard held. A record per thread is kept here rather than in a thread_local object, whose destructor
 // would have to run in threads of the host that outlive the library.
@@ -55,7 +59,7 @@ void PutFailure(Failure failure)
     DropFailure(thread);
     if (failures->threads.size() == maxRememberedThreads)
         failures->threads.erase(failures->threads.begin());
-    failures->threads.push_back({thread, std::move(failure)});
+    failures->threads.push_back({thread, std::move(failure), ++failureCount});
 }
 
 } // namespace
@@ -65,6 +69,19 @@ std::optional<Failure> LastFailure()
     const CCryptoCSLock lock(&failures->guard, LockMode::quiet);
     const auto found = FindFailure(platform::CurrentThreadId());
     return found != failures->threads.end() ? std::optional(found->failure) : std::nullopt;
+}
+
+std::size_t FailureCount()
+{
+    return failureCount.load(std::memory_order_relaxed);
+}
+
+std::optional<Failure> LastFailureSince(std::size_t count)
+{
+    const CCryptoCSLock lock(&failures->guard, LockMode::quiet);
+    const auto found = FindFailure(platform::CurrentThreadId());
+    const bool isNew = found != failures->threads.end() && found->number > count && !found->failure.text.empty();
+    return isNew ? std::optional(found->failure) : std::nullopt;
 }
 
 void ForgetFailure()

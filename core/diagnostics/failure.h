@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -22,6 +23,12 @@ struct Failure {
 /// the operation inside of it that gave a reason, so the text is that of the outermost operation that knew one. The record does
 /// not depend on the log level, and costs nothing while nothing fails. The last 64 threads that failed are remembered.
 [[nodiscard]] std::optional<Failure> LastFailure();
+
+/// How many failures were recorded, of all threads: a moment for LastFailureSince().
+[[nodiscard]] std::size_t FailureCount();
+
+/// LastFailure(), if it was recorded after `count` was taken, and has a text.
+[[nodiscard]] std::optional<Failure> LastFailureSince(std::size_t count);
 
 /// Forgets what failed on the calling thread. A thread's number may have belonged to another before, so call this first.
 void ForgetFailure();

@@ -3,6 +3,8 @@
 #include "asn1/types/asn1_collections.h"
 #include "asn1/types/asn1_values.h"
 #include "asn1/types/bit_string.h"
+#include "core/diagnostics/auto_logger.h"
+#include "core/diagnostics/failure.h"
 #include "tests/asn1/parser/text_forms.h"
 #include "tests/support/captured_log.h"
 
@@ -267,6 +269,42 @@ TEST(Numbers, AreTheirOctetsWhateverTextTheyLookLike)
     ASSERT_TRUE(tagged.ParseDer(Der("\x80\x02\x31\x32")));
     EXPECT_EQ(tagged.findNumber("number"), 12594u);
     EXPECT_EQ(tagged.findBytes("number").type(), ElementType::bytes);
+}
+
+/// Says why it refuses 1, and not why it refuses 2.
+class Choosy : public CCryptoASN1Object {
+public:
+    Choosy() : CCryptoASN1Object("INTEGER=number") {}
+    bool BuildNode() override { return true; }
+    bool ParseNode() override
+    {
+        CCryptoAutoLogger logger("Choosy::ParseNode");
+        const std::uint32_t number = findNumber("number");
+        return number == 1 ? logger.fail(false, "Not this one") : number != 2;
+    }
+
+protected:
+    const char* MeaningOfMismatch() const override { return data()->type() == ElementType::asn1Null ? "Nothing" : nullptr; }
+};
+
+TEST(Failures, AreThoseOfTheInnermostObjectThatGaveAReason)
+{
+    const struct {
+        std::string_view der;
+        const char* reason;
+    } cases[] = {
+        {"\x30\x03\x02\x01\x01", "Not this one"},
+        {"\x30\x03\x02\x01\x02", "ParseNode() failed"},
+        {"\x30\x03\x04\x01\x02", "ParseNode() failed: INTEGER: the data holds OCTET_STRING (item 1)"},
+        {"\x30\x02\x05\x00"sv, "Nothing"},
+    };
+    for (const auto& [der, reason] : cases) {
+        CCryptoAutoLogger("Earlier").fail(false, "something else");
+        const CapturedLog log;
+        EXPECT_FALSE(CCryptoASN1SequenceOfObjects(MakeAsn1Member<Choosy>).ParseDer(Der(der)));
+        EXPECT_EQ(LastFailure().value_or(Failure()).text, reason);
+        EXPECT_THAT(log.texts(), Contains(HasSubstr("ParseNode() failed")));
+    }
 }
 
 TEST(Surplus, IsRefusedUnlessTheCallerAllowsIt)

@@ -113,6 +113,16 @@ TEST(LastFailure, BelongsToItsThread)
         }).join();
     }
     EXPECT_EQ(Shown(ccrypto::LastFailure()), "Own|reason|0");
+    // What others recorded since is not this thread's; what gave no reason is not one.
+    const std::size_t moment = ccrypto::FailureCount();
+    std::thread([&] { fail("Other"); }).join();
+    EXPECT_EQ(Shown(ccrypto::LastFailureSince(moment)), "none");
+    fail("Later");
+    EXPECT_EQ(Shown(ccrypto::LastFailureSince(moment)), "Later|reason|0");
+    EXPECT_EQ(Shown(ccrypto::LastFailureSince(ccrypto::FailureCount())), "none");
+    ccrypto::ForgetFailure();
+    CCryptoAutoLogger("Silent", LoggerMode::quiet).fail(false);
+    EXPECT_EQ(Shown(ccrypto::LastFailureSince(moment)), "none");
     {
         const CCryptoProcessLogger process(nullptr, "no such product", "failures");
     }
