@@ -16,6 +16,9 @@ constexpr const char* attributesTemplate = "SET[CONSTRUCTED]{ authenticatedAttri
 
 constexpr std::uint8_t setIdentifier = 0x31;
 
+constexpr const char* noType = "Attribute type not found?";
+constexpr const char* noValues = "attrValues parsing error";
+
 } // namespace
 
 CCryptoPKCS7Attribute::CCryptoPKCS7Attribute() : CCryptoASN1Object(attributeTemplate)
@@ -53,11 +56,19 @@ bool CCryptoPKCS7Attribute::ParseNode()
     CCryptoAutoLogger logger("CCryptoPKCS7Attribute::ParseNode");
     type_ = Oid::OfNode(data()->content());
     if (type_.isNone())
-        return logger.fail(false, "Attribute type not found?");
+        return logger.fail(false, "%s", noType);
     const elementNode* const set = find("attrValues");
     if (set == nullptr || set->type() != ElementType::set || set->content() == nullptr || CountItems(set->content()) > maxValues)
-        return logger.fail(false, "attrValues parsing error");
+        return logger.fail(false, "%s", noValues);
     return logger.setResult(true);
+}
+
+/// An attribute in which a part is missing does not match.
+const char* CCryptoPKCS7Attribute::MeaningOfMismatch() const
+{
+    if (data() == nullptr || data()->type() != ElementType::sequence)
+        return nullptr;
+    return Oid::OfNode(data()->content()).isNone() ? noType : noValues;
 }
 
 const elementNode* CCryptoPKCS7Attribute::values() const
@@ -76,6 +87,12 @@ CCryptoPKCS7Attributes::CCryptoPKCS7Attributes()
     : CCryptoASN1Collection(attributesTemplate, "authenticatedAttributes", MakeAsn1Member<CCryptoPKCS7Attribute>)
 {
     const CCryptoAutoLogger logger("CCryptoPKCS7Attributes::CCryptoPKCS7Attributes", LoggerMode::resultOptional);
+}
+
+bool CCryptoPKCS7Attributes::ParseNode()
+{
+    CCryptoAutoLogger logger("CCryptoPKCS7Attributes::ParseNode");
+    return logger.setResult(CCryptoASN1Collection::ParseNode());
 }
 
 bool CCryptoPKCS7Attributes::ParseItems(const elementNode* first)

@@ -28,6 +28,7 @@ public:
 
 protected:
     void ClearFields() override;
+    const char* MeaningOfMismatch() const override;
 
 private:
     ccrypto::Oid type_;
@@ -40,6 +41,8 @@ public:
     static constexpr std::uint32_t maxAttributes = 10'000;
 
     CCryptoPKCS7Attributes();
+
+    bool ParseNode() override;
 
     /// \param first of a list without the SET around it: in a signer's description an implicit tag takes the SET's place.
     /// \return false, logged, for an empty list, for more than maxAttributes, and for what is not an attribute.

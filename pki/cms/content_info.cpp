@@ -62,6 +62,11 @@ ElementNodePtr WrapItems(ElementType type, const elementNode* first)
 
 } // namespace ccrypto
 
+CCryptoPKCS7contentBase::CCryptoPKCS7contentBase(const char* templateText) : CCryptoASN1Object(templateText)
+{
+    const CCryptoAutoLogger logger("CCryptoPKCS7contentBase::CCryptoPKCS7contentBase", LoggerMode::resultOptional);
+}
+
 bool CCryptoPKCS7contentBase::SetContentOID(const Oid& oid)
 {
     CCryptoAutoLogger logger("CCryptoPKCS7contentBase::SetContentOID");

@@ -42,7 +42,7 @@ public:
     bool SetContentOID(const ccrypto::Oid& oid);
 
 protected:
-    using CCryptoASN1Object::CCryptoASN1Object;
+    explicit CCryptoPKCS7contentBase(const char* templateText);
     void ClearFields() override;
     /// Of the data bound: an OBJECT IDENTIFIER begins it.
     bool ReadContentOID();

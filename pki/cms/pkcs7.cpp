@@ -102,9 +102,10 @@ std::unique_ptr<CCryptoPKCS7SignerInfo> SignAttributes(const SCryptoSignature& s
     if (info->signedAttributes == nullptr || !BuildUnsignedAttributes(attributes, info->unsignedAttributes))
         return logger.fail(std::unique_ptr<CCryptoPKCS7SignerInfo>());
 
+    const std::size_t failures = FailureCount();
     info->signature = SignOctets(*signature.key, signature.hash, info->signedAttributes->encodedSet().bytes());
     if (info->signature.isEmpty()) {
-        const std::optional<Failure> failure = LastFailure();
+        const std::optional<Failure> failure = LastFailureSince(failures);
         return logger.fail(std::unique_ptr<CCryptoPKCS7SignerInfo>(), "signHash: %s",
                            failure ? failure->text.c_str() : "The key does not sign");
     }

@@ -44,10 +44,13 @@ void CCryptoPKCS7SignerInfo::ClearFields()
 bool CCryptoPKCS7SignerInfo::ParseNode()
 {
     CCryptoAutoLogger logger("CCryptoPKCS7SignerInfo::ParseNode");
+    version = findNumber("version");
+    // First, since a later version may identify its signer otherwise.
+    if (findBytes("version").length() != 1 || (version != byIssuerAndSerial && version != byKeyIdentifier))
+        return logger.fail(false, "Invalid version");
     if (!signer.read(find("signerIdentifier")))
         return logger.fail(false, "The signer is not identified by issuer and serial number, nor by a key identifier");
-    version = findNumber("version");
-    if (findBytes("version").length() != 1 || version != (signer.isByKey() ? byKeyIdentifier : byIssuerAndSerial))
+    if (signer.isByKey() != (version == byKeyIdentifier))
         return logger.fail(false, "Invalid version");
     signature = Octets(findBytes("signature"));
     return logger.setResult(digestAlgorithm.Parse(find("digestAlgorithm")) &&

@@ -1,6 +1,9 @@
 #include "pki/cms/document.h"
 #include "tests/pki/cms/cms_files.h"
 #include "tests/pki/keys/test_keys.h"
+#include "tests/support/captured_log.h"
+
+#include <gmock/gmock.h>
 
 #include <algorithm>
 
@@ -187,17 +190,68 @@ TEST(CmsDocument, RefusesPartsOfAMessage)
     CCryptoPKCS7Document document;
     for (std::size_t length = 0; length < file.size(); length += 3)
         EXPECT_FALSE(document.Parse(std::span(file).first(length))) << length;
-    const Bytes signer = Signer(1, issuerAndSerial);
-    EXPECT_TRUE(document.Parse(SignedWith({}, signer)));
-    // Attributes without any, content that is not an OCTET STRING, and what follows the last item.
-    EXPECT_FALSE(document.Parse(SignedWith({}, Signer(1, issuerAndSerial, Tlv(0xA0, Bytes())))));
-    EXPECT_FALSE(document.Parse(SignedWith({}, Signer(1, issuerAndSerial, Tlv(0xA0, HexOctets("30 05 06 03 2A 03 04"))))));
-    EXPECT_FALSE(document.Parse(SignedWith({}, Signer(1, issuerAndSerial, Tlv(0xA0, HexOctets("30 07 06 03 2A 03 04 30 00"))))));
-    const Bytes content = Tlv(0x30, Joined({dataType, Tlv(0xA0, HexOctets("02 01 05"))}));
-    EXPECT_FALSE(document.Parse(Message(Tlv(0x30, Joined({HexOctets("02 01 01 31 00"), content, HexOctets("31 00")})))));
-    EXPECT_FALSE(
-        document.Parse(Message(Tlv(0x30, Joined({HexOctets("02 01 01 31 00"), Tlv(0x30, dataType), HexOctets("31 00 05 00")})))));
-    EXPECT_EQ(document.contentInfo(), nullptr);
+}
+
+TEST(CmsDocument, SaysWhatIsWrong)
+{
+    const auto attribute = [](std::string_view octets) {
+        return SignedWith({}, Signer(1, issuerAndSerial, Tlv(0xA0, HexOctets(octets))));
+    };
+    const auto data = [](const Bytes& items) { return Message(Tlv(0x30, Joined({HexOctets("02 01 01 31 00"), items}))); };
+    const struct {
+        const char* name;
+        Bytes message;
+        std::string_view reason; ///< or its beginning
+    } cases[] = {
+        {"a version of the message", SignedWith({}, {}, 2), "Invalid version"},
+        {"a version of a signer, whose identifier is unknown", SignedWith({}, Signer(9, HexOctets("A1 00"))), "Invalid version"},
+        {"the version of the other identifier", SignedWith({}, Signer(3, issuerAndSerial)), "Invalid version"},
+        {"an unknown identifier of a signer", SignedWith({}, Signer(1, HexOctets("A1 00"))),
+         "The signer is not identified by issuer and serial number, nor by a key identifier"},
+        {"attributes without any", attribute(""), "There is no attribute"},
+        {"an empty attribute", attribute("30 00"), "Attribute type not found?"},
+        {"an attribute without a type", attribute("30 04 31 02 05 00"), "Attribute type not found?"},
+        {"a number as its type", attribute("30 07 02 01 05 31 02 05 00"), "Attribute type not found?"},
+        {"an empty type", attribute("30 06 06 00 31 02 05 00"), "Attribute type not found?"},
+        {"an attribute without values", attribute("30 05 06 03 2A 03 04"), "attrValues parsing error"},
+        {"a SEQUENCE as its values", attribute("30 09 06 03 2A 03 04 30 02 05 00"), "attrValues parsing error"},
+        {"an empty set of values", attribute("30 07 06 03 2A 03 04 31 00"), "attrValues parsing error"},
+        {"an attribute that is not one", attribute("02 01 05"), "ParseNode() failed: SEQUENCE: the data holds INTEGER (item 1)"},
+        {"an item after the values", attribute("30 0B 06 03 2A 03 04 31 02 05 00 05 00"),
+         "ParseNode() failed: Data follows the last item of the template"},
+        {"content that is a number", data(Joined({Tlv(0x30, Joined({dataType, Tlv(0xA0, NumberTlv(5))})), HexOctets("31 00")})),
+         "The content is not an OCTET STRING"},
+        {"content that is not there", data(Joined({Tlv(0x30, Joined({dataType, HexOctets("A0 00")})), HexOctets("31 00")})),
+         "The content is not one element"},
+        {"no set of signers", data(Tlv(0x30, dataType)), "ParseNode() failed: SET"},
+        {"an item after the signers", data(Joined({Tlv(0x30, dataType), HexOctets("31 00 05 00")})),
+         "ParseNode() failed: Data follows the last item of the template"},
+    };
+    CCryptoPKCS7Document document;
+    ASSERT_TRUE(document.Parse(SignedWith({}, Signer(1, issuerAndSerial))));
+    for (const auto& entry : cases) {
+        ForgetFailure();
+        EXPECT_FALSE(document.Parse(entry.message)) << entry.name;
+        EXPECT_TRUE(ReasonOfFailure().starts_with(entry.reason)) << entry.name << ": " << ReasonOfFailure();
+        EXPECT_EQ(document.contentInfo(), nullptr) << entry.name;
+    }
+}
+
+TEST(CmsDocument, LogsWhatItReads)
+{
+    const Bytes file = CmsFile("ec_attached");
+    const CapturedLog log;
+    CCryptoPKCS7Document document;
+    ASSERT_TRUE(document.Parse(file));
+    for (const char* const name :
+         {"CCryptoPKCS7Document::CCryptoPKCS7Document", "CCryptoPKCS7Document::Parse",
+          "CCryptoPKCS7contentBase::CCryptoPKCS7contentBase", "CCryptoPKCS7ContentInfoObject::CCryptoPKCS7ContentInfoObject",
+          "CCryptoPKCS7ContentInfoObject::ParseNode", "CCryptoPKCS7SignedDataObject::CCryptoPKCS7SignedDataObject",
+          "CCryptoPKCS7SignedDataObject::ParseNode", "CCryptoPKCS7SignerInfo::CCryptoPKCS7SignerInfo",
+          "CCryptoPKCS7SignerInfo::ParseNode", "CCryptoPKCS7Attributes::CCryptoPKCS7Attributes",
+          "CCryptoPKCS7Attributes::ParseNode", "CCryptoPKCS7Attribute::CCryptoPKCS7Attribute", "CCryptoPKCS7Attribute::ParseNode",
+          "OID = 1.2.840.113549.1.7.2 (id-signedData)", "OID = 1.2.840.113549.1.7.1 (id-data)"})
+        EXPECT_THAT(log.texts(), testing::Contains(testing::HasSubstr(name)));
 }
 
 TEST(CmsDocument, NamesTypesThatItDoesNotOpen)
