@@ -19,7 +19,7 @@ Finding CheckListItself(const CCrypto_X509_CRL& list, const ValidationOptions& o
         return {Reason::malformed, "the signature algorithm inside differs from the one outside"};
     const ReadExtensions extensions = ReadAllExtensions(list.extensions(), ExtensionOwner::list);
     if (extensions.isMalformed)
-        return {Reason::malformed, "an extension that is twice there, or does not have its structure"};
+        return {Reason::malformed, "an extension that occurs twice, or does not have its structure"};
     if (extensions.hasUnknownCritical || list.hasUnknownCriticalEntry())
         return {Reason::criticalExtension, "a critical extension that is not processed"};
     const std::optional<SignatureAlgorithm> algorithm = ReadSignatureAlgorithm(list.signatureAlgorithm());

@@ -33,7 +33,7 @@ public:
     static constexpr std::size_t maxNames = 4096;
 
     /// Of the certificate of an issuer (6.1.4 (g)): the names that are permitted are those that were permitted before and are now;
-    /// the names that are excluded are those that were excluded before or are now. \return malformed for a subtree that is none
+    /// the names that are excluded are those that were excluded before or are now. \return malformed for a subtree that is not one
     /// of its form: an address whose mask has gaps or does not fit, a domain with a wildcard; limit for more than maxNames.
     [[nodiscard]] Finding add(const NameConstraints& constraints);
 

@@ -242,7 +242,7 @@ Finding CheckKey(const ICryptoKeyPair& key, const ValidationOptions& options)
 Finding CheckCertificate(const KnownCertificate& certificate, bool issues, bool isAnchor, const ValidationOptions& options)
 {
     if (certificate.extensions.isMalformed)
-        return {Reason::malformed, "an extension that is twice there, or does not have its structure"};
+        return {Reason::malformed, "an extension that occurs twice, or does not have its structure"};
     Finding finding = CheckTime(*certificate.certificate, options.at);
     if (finding.passed() && certificate.extensions.hasUnknownCritical)
         finding = {Reason::criticalExtension, "a critical extension that is not processed"};

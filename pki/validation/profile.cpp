@@ -412,7 +412,7 @@ const char* PolicyFault(const ProfileSubject& subject)
             return fault;
     }
     std::ranges::sort(policies);
-    return std::ranges::adjacent_find(policies) != policies.end() ? "a policy stands twice" : nullptr;
+    return std::ranges::adjacent_find(policies) != policies.end() ? "a policy occurs twice" : nullptr;
 }
 
 const char* PolicyMappingFault(const ProfileSubject& subject)
@@ -442,7 +442,7 @@ const char* PointsFault(const ProfileSubject& subject, const std::optional<std::
             return "a distribution point has neither a name nor an issuer";
         for (const GeneralName& issuer : point.crlIssuer) {
             if (issuer.kind != GeneralName::Kind::directory)
-                return "the issuer at a distribution point is no directory name";
+                return "the issuer at a distribution point is not a directory name";
             if (ComparableName::Read(issuer.value.bytes()) == subject.known.issuer)
                 return "a distribution point names the issuer of the certificate";
         }

@@ -63,7 +63,7 @@ bool IsPrintableStringOctet(std::uint8_t character)
     return isLetterOrDigit || std::string_view(" '()+,-./:=?").find(static_cast<char>(character)) != std::string_view::npos;
 }
 
-/// The number of characters of a string; none for octets that its type does not hold, and for a type that is no string.
+/// The number of characters of a string; none for octets that its type does not hold, and for a type that is not a string.
 std::optional<std::size_t> CharactersOfString(std::uint8_t type, NameFormOctets octets)
 {
     switch (type) {

@@ -152,7 +152,8 @@ StatusInformation StatusFinder::statusByResponses(const Issued& issued)
             break;
         }
         information.detail = answer.status == OcspStatus::good ? CCryptoString("OCSP") : answer.detail;
-        if (answer.status == OcspStatus::stale && staysRevoked(answer.revocationReason, answer.revocationTime)) {
+        if (answer.status == OcspStatus::stale &&
+            IsLastingRevocation(answer.revocationReason, answer.revocationTime, options_.at)) {
             information.status = CertificateStatus::revoked;
             information.detail = RevocationText(answer.revocationReason, answer.revocationTime);
         }
@@ -267,14 +268,10 @@ bool StatusFinder::hear(const KnownList& list, ReasonFlags reasons, const Issued
     return false;
 }
 
-bool StatusFinder::staysRevoked(std::optional<RevocationReason> reason, const CCryptoDateTime& since) const
-{
-    return IsLastingRevocation(reason, since, options_.at);
-}
-
 bool StatusFinder::staysRevoked(const std::optional<RevokedEntry>& entry) const
 {
-    return entry && entry->reason != RevocationReason::removeFromCrl && staysRevoked(entry->reason, entry->revocationDate);
+    return entry && entry->reason != RevocationReason::removeFromCrl &&
+           IsLastingRevocation(entry->reason, entry->revocationDate, options_.at);
 }
 
 StatusFinder::Combined StatusFinder::combine(const KnownList& base, const std::shared_ptr<ICryptoKeyPair>& signer,

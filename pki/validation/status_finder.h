@@ -75,9 +75,7 @@ private:
     /// \return true when the certificate is revoked.
     [[nodiscard]] bool hear(const KnownList& list, ReasonFlags reasons, const Issued& issued, Heard& heard,
                             StatusInformation& information);
-    /// Whether what a list or response of another time says holds at the time asked for: the revocation had happened by then, and
-    /// cannot have been taken back.
-    [[nodiscard]] bool staysRevoked(std::optional<RevocationReason> reason, const CCryptoDateTime& since) const;
+    /// Whether what a list of another time says holds at the time asked for.
     [[nodiscard]] bool staysRevoked(const std::optional<RevokedEntry>& entry) const;
 
     [[nodiscard]] ListSigner signerOf(const KnownList& list, const Issued& issued);

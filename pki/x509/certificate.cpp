@@ -17,7 +17,7 @@ using namespace ccrypto;
 namespace {
 
 // The templates that are tried first demand extensions, which version 1 does not have and version 3 may leave out, and know no
-// unique identifiers (RFC 5280, 4.1.2.8). A key that is missing is found out here, too: what stands in its place is bound.
+// unique identifiers (RFC 5280, 4.1.2.8). A key that is missing is found out here, too: what is in its place is bound.
 constexpr const char* openVersion3Template =
     "SEQUENCE {SEQUENCE {CONTEXT_SPECIFIC[0] { INTEGER { VERSION } },INTEGER { SERIAL_NUMBER },SIGNATURE_ALGORITHM,"
     "SEQUENCE[CONSTRUCTED] { ISSUER },SEQUENCE { VALID_FROM_TAG { VALID_FROM }, VALID_TO_TAG { VALID_TO } },"

@@ -24,7 +24,7 @@ namespace {
 
 constexpr std::uint32_t maxIssuedSerialNumber = 20;
 
-// An entry's extensions are written in this order. The issuer of the certificate stands in lists of several issuers alone (RFC
+// An entry's extensions are written in this order. The issuer of the certificate is written in lists of several issuers alone (RFC
 // 5280, 5.3.3).
 constexpr const char* revokedEntryTemplate =
     "SEQUENCE{INTEGER = SERIAL_NUMBER;REVOKE_DATE,SEQUENCE(OPTIONAL){"

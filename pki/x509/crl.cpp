@@ -167,7 +167,7 @@ bool CCrypto_X509_CRL::readDer(std::span<const std::uint8_t> octets)
     nextUpdate_ = parts->nextUpdate ? ReadX509Time(parts->nextUpdate) : CCryptoDateTime();
     if (!thisUpdate_.isValid() || (parts->nextUpdate && !nextUpdate_.isValid()))
         return logger.fail(false, "A time of the list is malformed");
-    // With unused bits it is no signature, but the list can be shown: as in a certificate, it is kept empty.
+    // With unused bits it is kept empty, as that of a certificate: no key verifies it, but the list can be shown.
     const std::span<const std::uint8_t> bits = parts->signature.value;
     if (bits.size() < 2 || bits.front() > 7)
         return logger.fail(false, "Invalid signature");

@@ -238,7 +238,7 @@ std::optional<AccessDescription> TakeAccessDescription(DerCursor& cursor)
     return AccessDescription{std::move(*method), std::move(*location)};
 }
 
-/// \param level what stands inside the EXPLICIT tag, which a CHOICE has.
+/// \param level the contents of the EXPLICIT tag, which a CHOICE has.
 std::optional<DistributionPointName> PointNameOf(ExtensionOctets level)
 {
     DerCursor cursor(level);

@@ -42,7 +42,7 @@ struct GeneralName {
     enum class Kind { otherName, email, dns, x400Address, directory, ediPartyName, uri, ipAddress, registeredId };
     Kind kind = Kind::otherName;
     /// The characters (ASCII) of email, dns and uri; the octets of ipAddress and registeredId; the SEQUENCE of a directory name; of
-    /// the others what stands inside the tag: of otherName an OBJECT IDENTIFIER and the value under [0].
+    /// the others the contents of the tag: of otherName an OBJECT IDENTIFIER and the value under [0].
     element value;
 };
 using GeneralNames = std::vector<GeneralName>;
@@ -141,7 +141,7 @@ struct ReadExtensions {
     std::optional<element> deltaCrlIndicator;                         ///< of a list
     bool hasOcspNoCheck = false;                                      ///< RFC 6960, 4.2.2.2.1
 
-    bool isMalformed = false; ///< an extension stands twice, or one of those above does not have its structure
+    bool isMalformed = false; ///< an extension occurs twice, or one of those above does not have its structure
     /// A critical extension that validation does not process: one that is none of those above, of a list in a certificate or the
     /// other way round, or one that only helps to find something (key identifiers of a certificate, authorityInformation,
     /// freshestCrl).

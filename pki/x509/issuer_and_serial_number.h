@@ -13,7 +13,7 @@ public:
     explicit CCryptoIssuerAndSerialNumber(const CCrypto_X509_Certificate& certificate);
 
     bool BuildNode() override;
-    /// False for a name that is none, and for a serial number of no octets, of more than 64 or of more than it needs.
+    /// False for octets that are not a name, and for a serial number of no octets, of more than 64 or of more than it needs.
     bool ParseNode() override;
 
     [[nodiscard]] const CCrypto_X509_ValueList& issuer() const { return issuer_; }

@@ -145,7 +145,7 @@ struct ShownRange {
 };
 
 /// Characters that a terminal or a text view may act upon, or that show nothing: controls, marks and overrides of direction, line
-/// and paragraph separators, joiners, invisible operators, byte order marks and annotations, tags, and what is no character.
+/// and paragraph separators, joiners, invisible operators, byte order marks and annotations, tags, and what is not a character.
 constexpr ShownRange unshownCharacters[] = {
     {0x0000, 0x001F},   {0x007F, 0x009F},   {0x00AD, 0x00AD},    {0x034F, 0x034F}, {0x061C, 0x061C}, {0x115F, 0x1160},
     {0x17B4, 0x17B5},   {0x180B, 0x180F},   {0x200B, 0x200F},    {0x2028, 0x202E}, {0x2060, 0x206F}, {0x3164, 0x3164},

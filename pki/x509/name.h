@@ -22,7 +22,7 @@ namespace ccrypto {
 class ComparableName {
 public:
     ComparableName() = default;
-    /// \param der the SEQUENCE of the name. \return none for what is no name.
+    /// \param der the SEQUENCE of the name. \return none for what is not a name.
     [[nodiscard]] static std::optional<ComparableName> Read(std::span<const std::uint8_t> der);
 
     [[nodiscard]] bool isEmpty() const { return relativeNames_.empty(); }
@@ -39,7 +39,7 @@ private:
 /// names of RFC 4514 and the usual others, dotted OIDs with "#" and hexadecimal digits for what is not text. Escaped as RFC 4514,
 /// 2.4, says; control characters and those that change the direction of text are escaped, too.
 [[nodiscard]] CCryptoString NameText(const CCrypto_X509_ValueList& name);
-/// \param der the SEQUENCE of the name. Empty for what is no name, and for the empty name.
+/// \param der the SEQUENCE of the name. Empty for what is not a name, and for the empty name.
 [[nodiscard]] CCryptoString NameText(std::span<const std::uint8_t> der);
 
 /// The twelve attributes that the name builder knows. Empty ones add nothing.

@@ -129,7 +129,7 @@ std::optional<EntryExtension> SplitExtension(const DerItem& item)
     return extension;
 }
 
-/// Whether a certificateIssuer has a directory name to compare with: with none, its entries would belong to nobody.
+/// Whether a certificateIssuer has a directory name to compare with: without one, its entries would belong to nobody.
 bool NamesAnIssuer(std::span<const std::uint8_t> content)
 {
     const std::optional<GeneralNames> names = ReadGeneralNames(content);

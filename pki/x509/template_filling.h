@@ -18,7 +18,7 @@ struct TemplateFilling {
 /// logged, for a name that the template does not have and for what cannot be written.
 [[nodiscard]] element FillTemplate(const char* templateText, std::initializer_list<TemplateFilling> fillings);
 
-/// The SEQUENCE (DER) of elements that stand one after the other; of none, an empty element.
+/// The SEQUENCE (DER) of elements, one after the other; of none, an empty element.
 [[nodiscard]] element SequenceOfItems(const element& items);
 
 /// The octets within the first element of `der`.

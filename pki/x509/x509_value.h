@@ -25,7 +25,7 @@ public:
 
     [[nodiscard]] const ccrypto::Oid& oid() const { return oid_; }
     [[nodiscard]] bool isCritical() const { return critical_; }
-    /// What stands after the OID, and after the flag: of an extension the OCTET STRING. Null when there is none.
+    /// What follows the OID, and after the flag: of an extension the OCTET STRING. Null when there is none.
     [[nodiscard]] const elementNode* value() const { return value_; }
     /// The octets inside the OCTET STRING of an extension; empty for anything else.
     [[nodiscard]] element content() const;

@@ -139,6 +139,13 @@ INSTANTIATE_TEST_SUITE_P(
                           TestCertificate({.name = TestName("CN=Other"), .key = W::Who("Sub").key}).build(W::Who("Root"));
                   },
                   "no-path"},
+        WorldCase{"an issuer that is named, of a weak key",
+                  [](W& w) {
+                      const TestIssuer weak = SubWith(algorithm::sha256, TestRsaKey(1024));
+                      w.lists.push_back(L().build(weak));
+                      w.subjectDer = TestCertificate(weak).build(W::Who("Root"));
+                  },
+                  "weak-algorithm"},
         WorldCase{"an issuer that is named, of another key", [](W& w) { w.list("Sub").subject("Sub/2", "Root"); },
                   "bad-signature"}),
     [](const auto& instance) { return WordsToName(instance.param.name); });

@@ -156,7 +156,7 @@ TEST(Profile, OfExtensions)
         {"4.2.1.3: the key usage is empty", SubjectWith({ProfileExtension("2.5.29.15", "03[00]")})},
         {"4.2.1.3: a CA without a key usage", SubjectWith({TestBasicConstraints(true), TestSubjectKeyIdentifier(*TestKey(2))})},
 
-        {"4.2.1.4: a policy stands twice", SubjectWith({TestPolicies({"1.2.3", "1.2.4", "1.2.3"})})},
+        {"4.2.1.4: a policy occurs twice", SubjectWith({TestPolicies({"1.2.3", "1.2.4", "1.2.3"})})},
         {"", SubjectWith({policies("30[30[06[2A03] 30[30[06[2A04] 0500]]]]")})},
         {"4.2.1.4: anyPolicy has a qualifier that RFC 5280 does not define",
          SubjectWith({policies("30[30[06[551D2000] 30[30[06[2A04] 0500]]]]")})},
@@ -195,7 +195,7 @@ TEST(Profile, OfExtensions)
         {"4.2.1.10: a name constraint that is not of its form", CaWith({TestNameConstraints({TestIp({1, 2, 3, 4})}, {})})},
 
         {"4.2.1.13: a distribution point has neither a name nor an issuer", SubjectWith({points("30[30[81[0640]]]")})},
-        {"4.2.1.13: the issuer at a distribution point is no directory name", SubjectWith({points("30[30[A2[82['a']]]]")})},
+        {"4.2.1.13: the issuer at a distribution point is not a directory name", SubjectWith({points("30[30[A2[82['a']]]]")})},
         {"", SubjectWith({points("30[30[A2[A4[30[31[30[06[550403] 0C['Lists']]]]]]]]")})},
         {"4.2.1.13: a distribution point names the issuer of the certificate",
          SubjectWith({TestExtension("2.5.29.31", Tlv(0x30, Tlv(0x30, Tlv(0xA2, Tlv(0xA4, ProfileIssuer().name)))))})},
