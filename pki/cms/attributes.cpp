@@ -3,6 +3,7 @@
 #include "asn1/der/der_cursor.h"
 #include "core/diagnostics/auto_logger.h"
 #include "pki/cms/content_info.h"
+#include "pki/x509/der_tags.h"
 
 #include <algorithm>
 #include <vector>
@@ -13,8 +14,6 @@ namespace {
 
 constexpr const char* attributeTemplate = "SEQUENCE { OBJECT_IDENTIFIER=attrType, attrValues }";
 constexpr const char* attributesTemplate = "SET[CONSTRUCTED]{ authenticatedAttributes }";
-
-constexpr std::uint8_t setIdentifier = 0x31;
 
 constexpr const char* noType = "Attribute type not found?";
 constexpr const char* noValues = "attrValues parsing error";
@@ -105,12 +104,6 @@ bool CCryptoPKCS7Attributes::ParseItems(const elementNode* first)
     return logger.setResult(Parse(WrapItems(ElementType::set, first).get()));
 }
 
-ElementNodePtr CCryptoPKCS7Attributes::items() const
-{
-    const elementNode* const first = data() != nullptr ? data()->content() : nullptr;
-    return first != nullptr ? first->clone(true) : nullptr;
-}
-
 const CCryptoPKCS7Attribute& CCryptoPKCS7Attributes::attribute(std::uint32_t index) const
 {
     return static_cast<const CCryptoPKCS7Attribute&>(*members()[index]);
@@ -136,7 +129,7 @@ namespace ccrypto {
 
 element SortedSet(const element& set)
 {
-    const auto value = OnlyValue(set.bytes(), setIdentifier);
+    const auto value = OnlyValue(set.bytes(), der_tag::set);
     if (!value)
         return {};
     std::vector<std::span<const std::uint8_t>> items;

@@ -57,8 +57,6 @@ public:
 
     /// The SET, as it was read: what is signed (RFC 5652, 5.4).
     [[nodiscard]] element encodedSet() const { return CCryptoParser::ToDer(data()); }
-    /// A copy of the list that was read.
-    [[nodiscard]] ccrypto::ElementNodePtr items() const;
 };
 
 namespace ccrypto {

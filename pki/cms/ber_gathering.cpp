@@ -3,6 +3,7 @@
 #include "asn1/der/der_analyzer.h"
 #include "asn1/der/der_cursor.h"
 #include "core/diagnostics/auto_logger.h"
+#include "pki/cms/der_head.h"
 
 #include <algorithm>
 #include <vector>
@@ -23,26 +24,6 @@ struct OutputPart {
     std::uint32_t offset = 0;    ///< of the octets
     std::uint32_t length = 0;    ///< of the octets, or of the element's value
 };
-
-std::uint32_t HeadSize(std::uint32_t length)
-{
-    std::uint32_t size = 2;
-    if (length >= longLength)
-        for (; length != 0; length >>= 8)
-            ++size;
-    return size;
-}
-
-void AppendHead(element& output, std::uint8_t identifier, std::uint32_t length)
-{
-    output.append(identifier);
-    const std::uint32_t octets = HeadSize(length) - 2;
-    output.append(static_cast<std::uint8_t>(octets == 0 ? length : longLength | octets));
-    for (std::uint32_t shift = octets * 8; shift != 0;) {
-        shift -= 8;
-        output.append(static_cast<std::uint8_t>(length >> shift));
-    }
-}
 
 /// All that stand in DER, at whatever depth, as far as it can be read.
 std::uint32_t CountElements(std::span<const std::uint8_t> der)
@@ -164,12 +145,12 @@ bool BerGatherer::readNext()
         isSignedData_ = std::ranges::equal(input_.subspan(start, position_ - start + head.length), signedDataOid);
     if (level.content == Content::pieces) {
         addOctets(position_, head.length);
-    } else if (position_ - start == HeadSize(head.length)) {
+    } else if (position_ - start == DerHeadSize(head.length)) {
         addOctets(start, position_ - start + head.length);
     } else {
         isSame_ = false;
         parts_.push_back({head.identifier, 0, head.length});
-        level.length += HeadSize(head.length);
+        level.length += DerHeadSize(head.length);
         addOctets(position_, head.length);
     }
     position_ += head.length;
@@ -246,7 +227,7 @@ bool BerGatherer::open(const Head& head, std::uint32_t headSize)
     if (levels_.back().content != Content::pieces)
         parts_.push_back({isString ? primitiveOctetString : head.identifier, 0, 0});
     levels_.push_back({position_ + head.length, head.isIndefinite, content, parts_.size() - 1});
-    isSame_ &= !head.isIndefinite && !isString && headSize == HeadSize(head.length);
+    isSame_ &= !head.isIndefinite && !isString && headSize == DerHeadSize(head.length);
     return true;
 }
 
@@ -259,7 +240,7 @@ void BerGatherer::close()
     if (around.content == Content::pieces)
         return;
     parts_[closed.head].length = closed.length;
-    around.length += HeadSize(closed.length);
+    around.length += DerHeadSize(closed.length);
 }
 
 void BerGatherer::addOctets(std::uint32_t offset, std::uint32_t length)
@@ -283,7 +264,7 @@ element BerGatherer::write() const
         if (part.identifier == 0)
             output.append(input_.data() + part.offset, part.length);
         else
-            AppendHead(output, part.identifier, part.length);
+            AppendDerHead(output, part.identifier, part.length);
     }
     return output;
 }

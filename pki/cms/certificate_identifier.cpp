@@ -3,6 +3,7 @@
 #include "asn1/der/der_cursor.h"
 #include "asn1/parser/parser.h"
 #include "pki/x509/certificate.h"
+#include "pki/x509/der_tags.h"
 #include "pki/x509/extensions.h"
 
 namespace ccrypto {
@@ -10,7 +11,6 @@ namespace ccrypto {
 namespace {
 
 constexpr std::uint8_t integerIdentifier = 0x02;
-constexpr std::uint8_t sequenceIdentifier = 0x30;
 constexpr std::uint8_t keyIdentifierTag = 0x80;
 
 element ElementOf(std::span<const std::uint8_t> octets)
@@ -31,11 +31,11 @@ bool CertificateIdentifier::read(const elementNode* node)
         keyIdentifier = ElementOf(*key);
         return !keyIdentifier.isEmpty();
     }
-    const auto pair = OnlyValue(octets.bytes(), sequenceIdentifier);
+    const auto pair = OnlyValue(octets.bytes(), der_tag::sequence);
     if (!pair)
         return false;
     DerCursor cursor(*pair);
-    issuer = ElementOf(cursor.read(sequenceIdentifier).octets);
+    issuer = ElementOf(cursor.read(der_tag::sequence).octets);
     serialNumber = ElementOf(cursor.read(integerIdentifier).value);
     return !issuer.isEmpty() && !serialNumber.isEmpty() && cursor.atEnd();
 }

@@ -3,14 +3,10 @@
 #include "asn1/der/der_parser.h"
 #include "core/diagnostics/auto_logger.h"
 #include "pki/cms/ber_gathering.h"
-#include "pki/cms/tree_filling.h"
 
 using namespace ccrypto;
 
 namespace {
-
-constexpr const char* signedMessageTemplate =
-    "SEQUENCE{OBJECT_IDENTIFIER=\"1.2.840.113549.1.7.2\",CONTEXT_SPECIFIC[0] { signedData }}";
 
 /// The OCTET STRING of embedded content, in the tree of a message with signed data.
 elementNode* EmbeddedContent(elementNode& message)
@@ -101,10 +97,7 @@ element CCryptoPKCS7Document::GetDerEncodedObject()
     }
     if (signedData_ == nullptr)
         return logger.fail(element(), "The document is empty");
-    CCryptoParser parser = TemplateToFill(signedMessageTemplate);
-    if (!FillTree(parser, "signedData", signedData_->BuildTree()))
-        return logger.fail(element());
-    element der = parser.ToDer();
+    element der = signedData_->GetMessage();
     logger.setResult(!der.isEmpty());
     return der;
 }

@@ -5,13 +5,17 @@
 #include "core/diagnostics/failure.h"
 #include "crypto/hash/hash.h"
 #include "pki/cms/ber_gathering.h"
-#include "pki/cms/document.h"
+#include "pki/cms/signed_data.h"
+#include "pki/cms/signed_message_writing.h"
 #include "pki/cms/signer_check.h"
 #include "pki/x509/crl.h"
+#include "pki/x509/der_tags.h"
 #include "pki/x509/signature.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
+#include <set>
 #include <string_view>
 
 using namespace ccrypto;
@@ -39,6 +43,26 @@ constexpr SignatureChoice signatureChoices[] = {
     {algorithm::ed25519, algorithm::sha512, algorithm::ed25519, false},
     {algorithm::ed448, algorithm::shake256, algorithm::ed448, false},
 };
+
+/// The algorithm identifiers of a choice, DER.
+struct SignatureAlgorithms {
+    element digest;
+    element signature;
+};
+
+const SignatureAlgorithms& AlgorithmsOf(const SignatureChoice& choice)
+{
+    static const auto all = [] {
+        std::array<SignatureAlgorithms, std::size(signatureChoices)> encoded;
+        for (std::size_t index = 0; index < encoded.size(); ++index) {
+            const SignatureChoice& entry = signatureChoices[index];
+            encoded[index].digest = CCryptoAlgorithmIdentifier(entry.hash, false).BuildDer();
+            encoded[index].signature = CCryptoAlgorithmIdentifier(entry.signature, entry.hasNull).BuildDer();
+        }
+        return encoded;
+    }();
+    return all[static_cast<std::size_t>(&choice - signatureChoices)];
+}
 
 /// Keys that are limited to PSS do not sign otherwise, and the attribute of algorithm protection with their parameters would not be
 /// in order.
@@ -76,46 +100,47 @@ element DigestOfDocument(const SCryptoSignature& signature)
 
 bool IsOneSequence(const element& der)
 {
-    constexpr std::uint8_t sequenceIdentifier = 0x30;
-    return OnlyValue(der.bytes(), sequenceIdentifier).has_value();
+    return OnlyValue(der.bytes(), der_tag::sequence).has_value();
 }
 
-bool AddCertificates(const SCryptoSignature& signature, CCryptoPKCS7SignedDataObject& data)
+/// The signer's certificate and those besides it, each once.
+bool AddCertificates(const SCryptoSignature& signature, std::vector<OctetSpan>& certificates)
 {
-    data.certificates.push_back(signature.signer->der());
+    certificates.push_back(signature.signer->der().bytes());
+    std::set<std::string_view> known = {signature.signer->der().view()};
     for (const CertificatePtr& extra : signature.extraCertificates) {
         if (extra == nullptr || !extra->isLoaded() || !extra->isDer())
             return false;
-        if (std::ranges::find(data.certificates, extra->der()) == data.certificates.end())
-            data.certificates.push_back(extra->der());
+        if (known.insert(extra->der().view()).second)
+            certificates.push_back(extra->der().bytes());
     }
-    return data.certificates.size() <= CCryptoPKCS7SignedDataObject::maxCertificates;
+    return certificates.size() <= CCryptoPKCS7SignedDataObject::maxCertificates;
 }
 
-/// The signer's description, signed; null, logged, when it cannot be made or the key fails.
-std::unique_ptr<CCryptoPKCS7SignerInfo> SignAttributes(const SCryptoSignature& signature, const SignatureChoice& choice,
-                                                       const SignerAttributes& attributes)
+/// The signer's description, signed, DER; empty, logged, when it cannot be made or the key fails.
+element SignAttributes(const SCryptoSignature& signature, const SignatureAlgorithms& algorithms, const SignerAttributes& attributes)
 {
     CCryptoAutoLogger logger("SignAttributes");
-    auto info = std::make_unique<CCryptoPKCS7SignerInfo>();
-    info->signedAttributes = BuildSignedAttributes(attributes);
-    if (info->signedAttributes == nullptr || !BuildUnsignedAttributes(attributes, info->unsignedAttributes))
-        return logger.fail(std::unique_ptr<CCryptoPKCS7SignerInfo>());
+    const element signedAttributes = BuildSignedAttributes(attributes);
+    element unsignedAttributes;
+    if (signedAttributes.isEmpty() || !BuildUnsignedAttributes(attributes, unsignedAttributes))
+        return logger.fail(element());
 
     const std::size_t failures = FailureCount();
-    info->signature = SignOctets(*signature.key, signature.hash, info->signedAttributes->encodedSet().bytes());
-    if (info->signature.isEmpty()) {
+    const element octets = SignOctets(*signature.key, signature.hash, signedAttributes.bytes());
+    if (octets.isEmpty()) {
         const std::optional<Failure> failure = LastFailureSince(failures);
-        return logger.fail(std::unique_ptr<CCryptoPKCS7SignerInfo>(), "signHash: %s",
-                           failure ? failure->text.c_str() : "The key does not sign");
+        return logger.fail(element(), "signHash: %s", failure ? failure->text.c_str() : "The key does not sign");
     }
-    info->signer.issuer = signature.signer->issuer().GetDerEncodedElement();
-    info->signer.serialNumber = Octets(signature.signer->serialNumber());
-    info->digestAlgorithm.setId(signature.hash);
-    info->signatureAlgorithm.setId(choice.signature);
-    info->signatureAlgorithm.setNullParameters(choice.hasNull);
+    const element issuer = signature.signer->issuer().GetDerEncodedElement();
     logger.setResult(true);
-    return info;
+    return WriteSigner({.issuer = issuer.bytes(),
+                        .serialNumber = signature.signer->serialNumber().bytes(),
+                        .digestAlgorithm = algorithms.digest.bytes(),
+                        .signedAttributes = signedAttributes.bytes(),
+                        .signatureAlgorithm = algorithms.signature.bytes(),
+                        .signature = octets.bytes(),
+                        .unsignedAttributes = unsignedAttributes.bytes()});
 }
 
 } // namespace
@@ -146,36 +171,32 @@ element CCryptoPKCS7::ComputeSignature(const SCryptoSignature& signature)
     if (signature.content && signature.content->size() > maxMessageSize)
         return logger.fail(element(), "The content is longer than 256 MiB");
 
+    const SignatureAlgorithms& algorithms = AlgorithmsOf(*choice);
     SignerAttributes attributes;
     attributes.signer = signature.signer.get();
     attributes.hash = signature.hash;
+    attributes.digestAlgorithm = algorithms.digest;
     attributes.messageDigest = DigestOfDocument(signature);
     if (attributes.messageDigest.isEmpty())
         return logger.fail(element());
     if (signature.addsSigningTime)
         attributes.signingTime = now;
     if (signature.addsAlgorithmProtection)
-        attributes.protectedSignatureAlgorithm = CCryptoAlgorithmIdentifier(choice->signature, choice->hasNull).BuildDer();
+        attributes.protectedSignatureAlgorithm = algorithms.signature;
     attributes.embedding = signature.embedding;
     attributes.ocspResponse = signature.ocspResponse;
     attributes.crl = signature.crl;
 
-    auto data = std::make_unique<CCryptoPKCS7SignedDataObject>();
-    if (!AddCertificates(signature, *data))
+    SignedDataOctets data;
+    if (!AddCertificates(signature, data.certificates))
         return logger.fail(element(), "A certificate to be embedded is not DER, or there are too many");
-    std::unique_ptr<CCryptoPKCS7SignerInfo> info = SignAttributes(signature, *choice, attributes);
-    if (info == nullptr)
+    const element signer = SignAttributes(signature, algorithms, attributes);
+    if (signer.isEmpty())
         return logger.fail(element());
-    data->contentType = OidOfContentType(ContentType::data);
-    data->digestAlgorithms.push_back(std::make_unique<CCryptoAlgorithmIdentifier>(signature.hash, false));
-    data->hasContent = signature.content.has_value();
-    if (data->hasContent)
-        data->content = element(signature.content->data(), static_cast<std::uint32_t>(signature.content->size()));
-    data->signerInfos.push_back(std::move(info));
-
-    CCryptoPKCS7Document document;
-    document.setSignedData(std::move(data));
-    element der = document.GetDerEncodedObject();
+    data.digestAlgorithms = algorithms.digest.bytes();
+    data.content = signature.content;
+    data.signerInfos = signer.bytes();
+    element der = WriteSignedData(data, SignedDataForm::message);
     logger.setResult(!der.isEmpty());
     return der;
 }

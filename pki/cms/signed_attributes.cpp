@@ -1,11 +1,11 @@
 #include "pki/cms/signed_attributes.h"
 
 #include "asn1/der/der_cursor.h"
-#include "asn1/tree/item_list.h"
-#include "asn1/types/algorithm_identifier.h"
 #include "core/diagnostics/auto_logger.h"
 #include "crypto/hash/hash.h"
-#include "pki/cms/tree_filling.h"
+#include "pki/cms/attributes.h"
+#include "pki/cms/filled_template.h"
+#include "pki/x509/der_tags.h"
 #include "pki/x509/x509_time.h"
 
 #include <string_view>
@@ -37,61 +37,79 @@ constexpr const char* etsiRevocationTemplate =
     "CONTEXT_SPECIFIC(OPTIONAL)[0]{SEQUENCE[CONSTRUCTED]{etsiRevocationInfoArchivalCRL}}"
     "CONTEXT_SPECIFIC(OPTIONAL)[1]{SEQUENCE[CONSTRUCTED]{etsiRevocationInfoArchivalOcspResponse}}}}}";
 
+constexpr const char* attributesTemplate = "SET[CONSTRUCTED]{ authenticatedAttributes }";
+
 constexpr std::string_view utcTimeWord = "UTCTime";
 
-/// One attribute made of its template; null when it was not filled.
-ElementNodePtr AttributeTree(const char* templateText, const auto& fill)
+/// Of several attributes: what is not empty is appended.
+bool Add(element attribute, element& attributes)
 {
-    CCryptoParser parser = TemplateToFill(templateText);
-    return fill(parser) ? parser.takeRoot() : nullptr;
+    attributes.append(attribute.data(), attribute.length());
+    return !attribute.isEmpty();
 }
 
-ElementNodePtr DigestAlgorithmTree(algorithm::Id hash)
+element SigningTime(const CCryptoDateTime& time)
 {
-    return CCryptoAlgorithmIdentifier(hash, false).BuildTree();
-}
-
-ElementNodePtr SigningTimeTree(const CCryptoDateTime& time)
-{
-    CCryptoAutoLogger logger("SigningTimeTree");
+    CCryptoAutoLogger logger("SigningTime");
+    static const DerTemplate layout(signingTimeTemplate);
     if (utcTimeWord != X509TimeTypeWord(time))
-        return logger.fail(ElementNodePtr(), "The signing time is not in the years 1950 to 2049, which a UTCTime can say");
+        return logger.fail(element(), "The signing time is not in the years 1950 to 2049, which a UTCTime can say");
+    const element text(X509TimeText(time).view());
+    FilledTemplate attribute(layout);
+    attribute.putOctets("signingTime", text.bytes());
     logger.setResult(true);
-    return AttributeTree(signingTimeTemplate,
-                         [&](CCryptoParser& parser) { return parser.fill("signingTime", element(X509TimeText(time).view())); });
+    return attribute.toDer();
 }
 
 /// The tag of the signature algorithm is implicit (RFC 6211, 2): it stands for the SEQUENCE, whose items go into it.
-ElementNodePtr AlgorithmProtectionTree(const SignerAttributes& attributes)
+element AlgorithmProtection(const SignerAttributes& attributes)
 {
-    return AttributeTree(algorithmProtectionTemplate, [&](CCryptoParser& parser) {
-        return FillTree(parser, "digestAlgorithm", DigestAlgorithmTree(attributes.hash)) &&
-               FillContentOf(parser, "encryptionAID", attributes.protectedSignatureAlgorithm);
-    });
+    static const DerTemplate layout(algorithmProtectionTemplate);
+    const auto signatureAlgorithm = OnlyValue(attributes.protectedSignatureAlgorithm.bytes(), der_tag::sequence);
+    if (!signatureAlgorithm)
+        return {};
+    FilledTemplate attribute(layout);
+    attribute.putElements("digestAlgorithm", attributes.digestAlgorithm.bytes());
+    attribute.putElements("encryptionAID", *signatureAlgorithm);
+    return attribute.toDer();
+}
+
+element MessageDigest(const element& digest)
+{
+    static const DerTemplate layout(messageDigestTemplate);
+    FilledTemplate attribute(layout);
+    attribute.putOctets("messageDigest", digest.bytes());
+    return attribute.toDer();
 }
 
 /// The algorithm is written always, the default of SHA-256 (RFC 5035, 4) among them.
-ElementNodePtr SigningCertificateTree(const SignerAttributes& attributes)
+element SigningCertificate(const SignerAttributes& attributes)
 {
+    static const DerTemplate layout(signingCertificateTemplate);
     const std::unique_ptr<ICryptoHash> hash = ICryptoHash::Create(attributes.hash);
     if (hash == nullptr)
-        return nullptr;
+        return {};
     const CCrypto_X509_Certificate& signer = *attributes.signer;
-    return AttributeTree(signingCertificateTemplate, [&](CCryptoParser& parser) {
-        return FillTree(parser, "AlgorithmIdentifier", DigestAlgorithmTree(attributes.hash)) &&
-               parser.fill("certHash", hash->digestOf(signer.der().bytes())) &&
-               FillDer(parser, "directoryName", signer.issuer().GetDerEncodedElement()) &&
-               parser.fill("serialNumber", Octets(signer.serialNumber()));
-    });
+    const element digest = hash->digestOf(signer.der().bytes());
+    const element issuer = signer.issuer().GetDerEncodedElement();
+    FilledTemplate attribute(layout);
+    attribute.putElements("AlgorithmIdentifier", attributes.digestAlgorithm.bytes());
+    attribute.putOctets("certHash", digest.bytes());
+    attribute.putElements("directoryName", issuer.bytes());
+    attribute.putOctets("serialNumber", signer.serialNumber().bytes());
+    return attribute.toDer();
 }
 
-ElementNodePtr PdfRevocationTree(const SignerAttributes& attributes)
+/// The response goes before the list.
+element RevocationInformation(const DerTemplate& layout, const char* listName, const char* responseName,
+                              const SignerAttributes& attributes, const element& response)
 {
-    return AttributeTree(pdfRevocationTemplate, [&](CCryptoParser& parser) {
-        return attributes.ocspResponse.isEmpty()
-                   ? parser.fill("adobeRevocationInfoArchivalCRL", Octets(attributes.crl))
-                   : parser.fill("adobeRevocationInfoArchivalOcspResponse", Octets(attributes.ocspResponse));
-    });
+    FilledTemplate attribute(layout);
+    if (attributes.ocspResponse.isEmpty())
+        attribute.putElements(listName, attributes.crl.bytes());
+    else
+        attribute.putElements(responseName, response.bytes());
+    return attribute.toDer();
 }
 
 bool HasRevocation(const SignerAttributes& attributes, RevocationEmbedding embedding)
@@ -99,10 +117,12 @@ bool HasRevocation(const SignerAttributes& attributes, RevocationEmbedding embed
     return attributes.embedding == embedding && !(attributes.ocspResponse.isEmpty() && attributes.crl.isEmpty());
 }
 
-std::unique_ptr<CCryptoPKCS7Attributes> AttributesOf(const elementNode* first)
+element SetOf(const element& attributes)
 {
-    auto attributes = std::make_unique<CCryptoPKCS7Attributes>();
-    return attributes->ParseItems(first) ? std::move(attributes) : nullptr;
+    static const DerTemplate layout(attributesTemplate);
+    FilledTemplate set(layout);
+    set.putElements("authenticatedAttributes", attributes.bytes());
+    return set.toDer();
 }
 
 } // namespace
@@ -110,65 +130,55 @@ std::unique_ptr<CCryptoPKCS7Attributes> AttributesOf(const elementNode* first)
 element BasicResponseOf(const element& ocspResponse)
 {
     static const Oid basicResponse = Oid::FromDotted("1.3.6.1.5.5.7.48.1.1");
-    DerCursor response(OnlyValue(ocspResponse.bytes(), 0x30).value_or(std::span<const std::uint8_t>()));
+    DerCursor response(OnlyValue(ocspResponse.bytes(), der_tag::sequence).value_or(std::span<const std::uint8_t>()));
     const DerItem status = response.read(0x0A);
-    DerCursor bytes(OnlyValue(response.read(0xA0).value, 0x30).value_or(std::span<const std::uint8_t>()));
+    DerCursor bytes(OnlyValue(response.read(0xA0).value, der_tag::sequence).value_or(std::span<const std::uint8_t>()));
     const DerItem type = bytes.read(0x06);
     const DerItem octets = bytes.read(0x04);
     const bool isBasic = status.value.size() == 1 && status.value[0] == 0 && basicResponse == type.value && response.atEnd() &&
-                         bytes.atEnd() && OnlyValue(octets.value, 0x30).has_value();
+                         bytes.atEnd() && OnlyValue(octets.value, der_tag::sequence).has_value();
     return isBasic ? element(octets.value.data(), static_cast<std::uint32_t>(octets.value.size())) : element();
 }
 
-std::unique_ptr<CCryptoPKCS7Attributes> BuildSignedAttributes(const SignerAttributes& attributes)
+element BuildSignedAttributes(const SignerAttributes& attributes)
 {
     CCryptoAutoLogger logger("BuildSignedAttributes");
-    ItemList list;
-    bool isBuilt = true;
-    const auto add = [&](ElementNodePtr tree) {
-        isBuilt = isBuilt && tree != nullptr;
-        if (tree != nullptr)
-            list.add(std::move(tree));
-    };
-    add(AttributeTree(contentTypeTemplate, [](CCryptoParser& parser) { return !parser.isEmpty(); }));
+    static const DerTemplate contentType(contentTypeTemplate);
+    static const DerTemplate pdfRevocation(pdfRevocationTemplate);
+    element list;
+    bool isBuilt = Add(FilledTemplate(contentType).toDer(), list);
     if (attributes.signingTime.isValid())
-        add(SigningTimeTree(attributes.signingTime));
+        isBuilt = isBuilt && Add(SigningTime(attributes.signingTime), list);
     if (!attributes.protectedSignatureAlgorithm.isEmpty())
-        add(AlgorithmProtectionTree(attributes));
-    add(AttributeTree(messageDigestTemplate,
-                      [&](CCryptoParser& parser) { return parser.fill("messageDigest", Octets(attributes.messageDigest)); }));
-    add(SigningCertificateTree(attributes));
+        isBuilt = isBuilt && Add(AlgorithmProtection(attributes), list);
+    isBuilt = isBuilt && Add(MessageDigest(attributes.messageDigest), list) && Add(SigningCertificate(attributes), list);
     if (HasRevocation(attributes, RevocationEmbedding::pdf))
-        add(PdfRevocationTree(attributes));
-    if (!isBuilt)
-        return logger.fail(std::unique_ptr<CCryptoPKCS7Attributes>());
-
-    std::unique_ptr<CCryptoPKCS7Attributes> built = AttributesOf(list.first.get());
-    if (built == nullptr)
-        return logger.fail(std::unique_ptr<CCryptoPKCS7Attributes>());
-    const element set = built->encodedSet();
+        isBuilt =
+            isBuilt && Add(RevocationInformation(pdfRevocation, "adobeRevocationInfoArchivalCRL",
+                                                 "adobeRevocationInfoArchivalOcspResponse", attributes, attributes.ocspResponse),
+                           list);
+    const element set = isBuilt ? SetOf(list) : element();
+    if (set.isEmpty())
+        return logger.fail(element());
     if (!(SortedSet(set) == set))
-        return logger.fail(std::unique_ptr<CCryptoPKCS7Attributes>(),
-                           "The signed attributes would not be in the order of DER, which some verifiers hash them in");
+        return logger.fail(element(), "The signed attributes would not be in the order of DER, which some verifiers hash them in");
     logger.setResult(true);
-    return built;
+    return set;
 }
 
-bool BuildUnsignedAttributes(const SignerAttributes& attributes, std::unique_ptr<CCryptoPKCS7Attributes>& built)
+bool BuildUnsignedAttributes(const SignerAttributes& attributes, element& built)
 {
     CCryptoAutoLogger logger("BuildUnsignedAttributes");
-    built.reset();
+    static const DerTemplate etsiRevocation(etsiRevocationTemplate);
+    built = {};
     if (!HasRevocation(attributes, RevocationEmbedding::etsi))
         return logger.setResult(true);
     const element response = BasicResponseOf(attributes.ocspResponse);
     if (!attributes.ocspResponse.isEmpty() && response.isEmpty())
         return logger.fail(false, "The OCSP response holds no basic response");
-    const ElementNodePtr tree = AttributeTree(etsiRevocationTemplate, [&](CCryptoParser& parser) {
-        return response.isEmpty() ? parser.fill("etsiRevocationInfoArchivalCRL", Octets(attributes.crl))
-                                  : parser.fill("etsiRevocationInfoArchivalOcspResponse", response);
-    });
-    built = AttributesOf(tree.get());
-    return logger.setResult(built != nullptr);
+    built = SetOf(RevocationInformation(etsiRevocation, "etsiRevocationInfoArchivalCRL", "etsiRevocationInfoArchivalOcspResponse",
+                                        attributes, response));
+    return logger.setResult(!built.isEmpty());
 }
 
 } // namespace ccrypto

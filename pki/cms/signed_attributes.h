@@ -2,10 +2,7 @@
 
 #include "core/base/algorithm.h"
 #include "core/system/date_time.h"
-#include "pki/cms/attributes.h"
 #include "pki/x509/certificate.h"
-
-#include <memory>
 
 namespace ccrypto {
 
@@ -20,6 +17,7 @@ enum class RevocationEmbedding {
 struct SignerAttributes {
     const CCrypto_X509_Certificate* signer = nullptr;
     algorithm::Id hash = algorithm::none;
+    element digestAlgorithm; ///< AlgorithmIdentifier of the hash, DER
     element messageDigest;
     CCryptoDateTime signingTime;         ///< invalid: no such attribute
     element protectedSignatureAlgorithm; ///< AlgorithmIdentifier; empty: no attribute of algorithm protection
@@ -28,15 +26,15 @@ struct SignerAttributes {
     element crl;          ///< DER
 };
 
-/// The signed attributes, in the order in which they are signed; it is that of DER, too. Null, logged, for attributes of which it
-/// would not be, since verifiers that sort a set before they hash it would refuse the signature, and for a time after 2049, which a
-/// UTCTime cannot say.
-[[nodiscard]] std::unique_ptr<CCryptoPKCS7Attributes> BuildSignedAttributes(const SignerAttributes& attributes);
+/// The SET of the signed attributes, DER, in the order in which they are signed; it is that of DER, too. Empty, logged, for
+/// attributes of which it would not be, since verifiers that sort a set before they hash it would refuse the signature, and for a
+/// time after 2049, which a UTCTime cannot say.
+[[nodiscard]] element BuildSignedAttributes(const SignerAttributes& attributes);
 
 /// The BasicOCSPResponse inside a successful OCSPResponse, both DER; empty for anything else.
 [[nodiscard]] element BasicResponseOf(const element& ocspResponse);
 
-/// The unsigned ones; null for none. \return false, logged, for an OCSP response without a basic response.
-[[nodiscard]] bool BuildUnsignedAttributes(const SignerAttributes& attributes, std::unique_ptr<CCryptoPKCS7Attributes>& built);
+/// The SET of the unsigned ones, DER; empty for none. \return false, logged, for an OCSP response without a basic response.
+[[nodiscard]] bool BuildUnsignedAttributes(const SignerAttributes& attributes, element& built);
 
 } // namespace ccrypto

@@ -1,12 +1,7 @@
 #include "pki/cms/signed_data.h"
 
-#include "asn1/tree/item_list.h"
-#include "asn1/tree/node_parts.h"
 #include "core/diagnostics/auto_logger.h"
-#include "pki/cms/tree_filling.h"
-
-#include <algorithm>
-#include <span>
+#include "pki/cms/signed_message_writing.h"
 
 using namespace ccrypto;
 
@@ -15,11 +10,6 @@ namespace {
 constexpr const char* signedDataTemplate =
     "SEQUENCE {INTEGER = version,SET[CONSTRUCTED]{ digestAlgorithms },contentInfo,CONTEXT_SPECIFIC[0,CONSTRUCTED](OPTIONAL) { "
     "certificates },CONTEXT_SPECIFIC[1,CONSTRUCTED](OPTIONAL) { crls },SET[CONSTRUCTED] { signerInfos } }";
-constexpr const char* signedDataToSignTemplate =
-    "SEQUENCE{INTEGER =  1,SET[CONSTRUCTED]{ digestAlgorithm },SEQUENCE{OBJECT_IDENTIFIER=\"1.2.840.113549.1.7.1\","
-    "toBeSignedContentInfo},CONTEXT_SPECIFIC[0,CONSTRUCTED](OPTIONAL) { ExtendedCertificatesAndCertificates },"
-    "CONTEXT_SPECIFIC[1,CONSTRUCTED](OPTIONAL) { CertificateRevocationLists },SET { signerInfos }}";
-constexpr const char* embeddedContentTemplate = "CONTEXT_SPECIFIC[0](OPTIONAL){ OCTET_STRING { content }},";
 /// OtherRevocationInfoFormat (RFC 5652, 10.2.1), whose tag is implicit.
 constexpr const char* otherStatusTemplate = "CONTEXT_SPECIFIC[1]{OBJECT_IDENTIFIER=format,status}";
 
@@ -38,20 +28,6 @@ public:
 
     [[nodiscard]] bool isOcspResponse() const { return Oid::OfNode(data()->content()) == ocspResponseFormat; }
 };
-
-/// The items of a SET OF, in the order of DER (X.690, 11.6).
-element JoinSorted(const std::vector<element>& items)
-{
-    std::vector<std::span<const std::uint8_t>> sorted;
-    for (const element& item : items)
-        sorted.push_back(item.bytes());
-    std::ranges::sort(sorted,
-                      [](const auto& left, const auto& right) { return std::ranges::lexicographical_compare(left, right); });
-    element joined;
-    for (const auto& item : sorted)
-        joined.append(item.data(), static_cast<std::uint32_t>(item.size()));
-    return joined;
-}
 
 element DerOf(const elementNode& item)
 {
@@ -157,38 +133,43 @@ bool CCryptoPKCS7SignedDataObject::readSigners()
 bool CCryptoPKCS7SignedDataObject::BuildNode()
 {
     CCryptoAutoLogger logger("CCryptoPKCS7SignedDataObject::BuildNode");
+    const element der = write(SignedDataForm::bare);
+    return logger.setResult(!der.isEmpty() && builder().Load_DER_Memory(der));
+}
+
+element CCryptoPKCS7SignedDataObject::GetMessage() const
+{
+    return write(SignedDataForm::message);
+}
+
+element CCryptoPKCS7SignedDataObject::write(SignedDataForm form) const
+{
+    CCryptoAutoLogger logger("CCryptoPKCS7SignedDataObject::write");
     if (contentType != OidOfContentType(ContentType::data))
-        return logger.fail(false, "Only content of the type data is written");
-    builder() = TemplateToFill(signedDataToSignTemplate);
-
-    ItemList algorithms;
+        return logger.fail(element(), "Only content of the type data is written");
+    element algorithms;
+    element signers;
+    bool isWritten = !digestAlgorithms.empty() && !signerInfos.empty();
+    const auto add = [&](CCryptoASN1Object& object, element& list) {
+        const element der = object.BuildDer();
+        isWritten = isWritten && !der.isEmpty();
+        list.append(der.data(), der.length());
+    };
     for (const auto& algorithm : digestAlgorithms)
-        if (ElementNodePtr tree = algorithm->BuildTree())
-            algorithms.add(std::move(tree));
-    ItemList signers;
+        add(*algorithm, algorithms);
     for (const auto& signer : signerInfos)
-        if (ElementNodePtr tree = signer->BuildTree())
-            signers.add(std::move(tree));
-    if (algorithms.first == nullptr || signers.first == nullptr || CountItems(signers.first.get()) != signerInfos.size())
-        return logger.setResult(false);
-    if (!FillTree(builder(), "digestAlgorithm", std::move(algorithms.first)) ||
-        !FillTree(builder(), "signerInfos", std::move(signers.first)))
-        return logger.setResult(false);
-
-    // Octets are put into the set unchanged: a certificate is signed as it is.
-    element octets = JoinSorted(certificates);
-    if (!octets.isEmpty() && !builder().fill("ExtendedCertificatesAndCertificates", octets))
-        return logger.setResult(false);
-    octets = JoinSorted(crls);
-    if (!octets.isEmpty() && !builder().fill("CertificateRevocationLists", octets))
-        return logger.setResult(false);
-
-    if (!hasContent)
-        return logger.setResult(true);
-    CCryptoParser embedded = TemplateToFill(embeddedContentTemplate);
-    if (!embedded.fill("content", content))
-        return logger.setResult(false);
-    // An item that may be left out is, when it has nothing inside; empty content is there.
-    embedded.root()->set(LinkKind::modifiers, nullptr);
-    return logger.setResult(FillTree(builder(), "toBeSignedContentInfo", embedded.takeRoot()));
+        add(*signer, signers);
+    if (!isWritten)
+        return logger.fail(element());
+    SignedDataOctets octets;
+    octets.digestAlgorithms = algorithms.bytes();
+    octets.signerInfos = signers.bytes();
+    if (hasContent)
+        octets.content = content.bytes();
+    for (const element& certificate : certificates)
+        octets.certificates.push_back(certificate.bytes());
+    for (const element& list : crls)
+        octets.crls.push_back(list.bytes());
+    logger.setResult(true);
+    return WriteSignedData(octets, form);
 }

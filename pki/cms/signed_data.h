@@ -7,6 +7,10 @@
 #include <memory>
 #include <vector>
 
+namespace ccrypto {
+enum class SignedDataForm;
+}
+
 /// SignedData (RFC 5652, 5.1) of versions 1, 3, 4 and 5; version 1 is written, over content of the type data.
 class CCryptoPKCS7SignedDataObject : public CCryptoASN1Object {
 public:
@@ -18,6 +22,9 @@ public:
     bool BuildNode() override;
     /// Logs "Invalid version" for another version.
     bool ParseNode() override;
+
+    /// A ContentInfo with it, DER; empty, logged, where BuildNode fails.
+    [[nodiscard]] element GetMessage() const;
 
     std::uint32_t version = 1;
     std::vector<std::unique_ptr<CCryptoAlgorithmIdentifier>> digestAlgorithms;
@@ -40,4 +47,5 @@ private:
     bool readCertificates();
     bool readStatus();
     bool readSigners();
+    element write(ccrypto::SignedDataForm form) const;
 };

@@ -1,7 +1,7 @@
 #include "pki/cms/signer_info.h"
 
 #include "core/diagnostics/auto_logger.h"
-#include "pki/cms/tree_filling.h"
+#include "pki/cms/signed_message_writing.h"
 
 using namespace ccrypto;
 
@@ -11,12 +11,6 @@ constexpr const char* signerInfoTemplate =
     "SEQUENCE {INTEGER = version;signerIdentifier,digestAlgorithm,CONTEXT_SPECIFIC[0, "
     "CONSTRUCTED](OPTIONAL){authenticatedAttributes}signatureAlgorithm,OCTET_STRING { signature }CONTEXT_SPECIFIC[1, "
     "CONSTRUCTED](OPTIONAL){unAuthenticatedAttributes}}";
-constexpr const char* signerInfoToSignTemplate =
-    "SEQUENCE {INTEGER = "
-    "1;SEQUENCE{SEQUENCE[CONSTRUCTED]{issuer},INTEGER{serialNumber}};digestAlgorithm,CONTEXT_SPECIFIC[0]{authenticatedAttributes}"
-    "digestEncryptionAlgorithm,OCTET_STRING { encryptedDigest "
-    "}CONTEXT_SPECIFIC[1,CONSTRUCTED](OPTIONAL){unauthenticatedAttributes}}";
-
 constexpr std::uint32_t byIssuerAndSerial = 1;
 constexpr std::uint32_t byKeyIdentifier = 3;
 
@@ -72,12 +66,18 @@ bool CCryptoPKCS7SignerInfo::BuildNode()
     CCryptoAutoLogger logger("CCryptoPKCS7SignerInfo::BuildNode");
     if (signer.isByKey() || signedAttributes == nullptr)
         return logger.fail(false, "A signer is written with issuer, serial number and signed attributes");
-    builder() = TemplateToFill(signerInfoToSignTemplate);
-    return logger.setResult(
-        FillContentOf(builder(), "issuer", signer.issuer) && builder().fill("serialNumber", Octets(signer.serialNumber)) &&
-        FillTree(builder(), "digestAlgorithm", digestAlgorithm.BuildTree()) &&
-        FillTree(builder(), "authenticatedAttributes", signedAttributes->items()) &&
-        FillTree(builder(), "digestEncryptionAlgorithm", signatureAlgorithm.BuildTree()) &&
-        builder().fill("encryptedDigest", Octets(signature)) &&
-        (unsignedAttributes == nullptr || FillTree(builder(), "unauthenticatedAttributes", unsignedAttributes->items())));
+    const element digest = digestAlgorithm.BuildDer();
+    const element attributes = signedAttributes->encodedSet();
+    const element algorithm = signatureAlgorithm.BuildDer();
+    const element more = unsignedAttributes != nullptr ? unsignedAttributes->encodedSet() : element();
+    if (digest.isEmpty() || algorithm.isEmpty())
+        return logger.setResult(false);
+    const element der = WriteSigner({.issuer = signer.issuer.bytes(),
+                                     .serialNumber = signer.serialNumber.bytes(),
+                                     .digestAlgorithm = digest.bytes(),
+                                     .signedAttributes = attributes.bytes(),
+                                     .signatureAlgorithm = algorithm.bytes(),
+                                     .signature = signature.bytes(),
+                                     .unsignedAttributes = more.bytes()});
+    return logger.setResult(!der.isEmpty() && builder().Load_DER_Memory(der));
 }

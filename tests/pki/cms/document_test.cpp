@@ -98,6 +98,13 @@ TEST(CmsDocument, ReadsSignedData)
         const element der = document.GetDerEncodedObject();
         EXPECT_EQ(BytesOf(der) == file, std::string_view(entry.file) != "ec_stream");
         EXPECT_TRUE(CCryptoPKCS7Document().Parse(der.bytes()));
+
+        auto signedData = std::make_unique<CCryptoPKCS7SignedDataObject>();
+        ASSERT_TRUE(signedData->Parse(document.contentInfo()->content()));
+        signedData->content = data->content;
+        CCryptoPKCS7Document written;
+        written.setSignedData(std::move(signedData));
+        EXPECT_EQ(HexOf(written.GetDerEncodedObject()), entry.version == 1 && entry.signedAttributes != 0 ? HexOf(der) : "");
     }
 }
 
