@@ -205,6 +205,53 @@ TEST_F(CryptotoolPki, AResponderAnswersFromAList)
               std::string::npos);
 }
 
+TEST_F(CryptotoolPki, BadInputIsExplainedInOneLine)
+{
+    Put("empty", "");
+    Put("wrong", std::string("\x30\x03\x02\x01\x00", 5));
+    Put("bytes", "\x81\x82");
+    Put("secret", "secret");
+    const struct {
+        Words words;
+        int code;
+        const char* file;
+        const char* reason;
+    } cases[] = {
+        {{"cert", "show", "@empty"}, 1, "empty", "it is empty"},
+        {{"cert", "show", "@bytes"}, 1, "bytes", "it is not a certificate: Loading failed!"},
+        {{"crl", "show", "@me.pem"}, 1, "me.pem", "it holds no revocation list"},
+        {{"ocsp", "show", "@wrong"},
+         1,
+         "wrong",
+         "it is not an OCSP request or response: ParseNode() failed: SEQUENCE: the data holds INTEGER (item 1)"},
+        {{"cms", "encrypt", "--recipient", "@me.pem", "@wrong"},
+         1,
+         "me.pem",
+         "messages are encrypted for RSA keys alone; elliptic-curve recipients come later"},
+        {{"cms", "verify", "--trust", "@root.pem", "@empty"}, 1, "empty", "warning: it is empty"},
+        {{"p12", "export", "--new-password-file", "@secret", "@me.key"}, 1, "me.key", "it holds no certificate"},
+        {{"cert", "verify", "--trust", "@me.pem", "--ocsp", "@me.key", "--at", "2026-11-23T12:00:00Z", "@me.pem"},
+         0,
+         "me.key",
+         "warning: it holds no message"},
+        {{"ocsp", "respond", "--ca", "@sub.pem", "--key", "@sub.key", "--crl", "@sub.crl", "@wrong", "-o", "@answer"},
+         0,
+         "wrong",
+         "warning: answered by malformedRequest"},
+    };
+    for (const auto& test : cases) {
+        const ToolResult result = Tool(test.words);
+        EXPECT_EQ(result.code, test.code) << result.error;
+        EXPECT_EQ(result.error, "cryptotool: " + Path(test.file) + ": " + test.reason + "\n");
+    }
+    for (const char* const noun : {"cms", "ocsp"}) {
+        const Words trust =
+            noun == std::string("cms") ? Words{"--trust", "@root.pem"} : Words{"--issuer", "@sub.pem", "--serial", "1"};
+        const std::string verdict = Tool(With(With({noun, "verify"}, trust), {"@me.key"})).output;
+        EXPECT_NE(verdict.find("malformed: it is not a"), std::string::npos) << verdict;
+    }
+}
+
 TEST_F(CryptotoolPki, MessagesAreSignedAndVerified)
 {
     Put("report", "what was signed");

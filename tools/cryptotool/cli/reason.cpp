@@ -3,9 +3,18 @@
 #include "core/diagnostics/failure.h"
 #include "core/platform/process.h"
 
+#include <algorithm>
 #include <optional>
+#include <string_view>
 
 namespace ccrypto {
+
+namespace {
+
+/// How the library begins what it says of any structure that does not match. They do not name what was expected.
+constexpr std::string_view generalReasons[] = {"Loading failed!", "ParseNode() failed"};
+
+} // namespace
 
 void StartReason()
 {
@@ -15,7 +24,11 @@ void StartReason()
 std::string LastReason(const char* otherwise)
 {
     const std::optional<Failure> failure = LastFailure();
-    return failure && !failure->text.empty() ? failure->text : otherwise;
+    if (!failure || failure->text.empty())
+        return otherwise;
+    const bool isGeneral =
+        std::ranges::any_of(generalReasons, [&](std::string_view start) { return failure->text.starts_with(start); });
+    return isGeneral ? otherwise + (": " + failure->text) : failure->text;
 }
 
 std::string SystemReason()

@@ -10,7 +10,8 @@ namespace ccrypto {
 /// Forgets earlier failures, so that LastReason() is about later ones.
 void StartReason();
 
-/// The reason that the library recorded last since StartReason. \param otherwise stands in when it recorded none.
+/// The reason that the library recorded last since StartReason. \param otherwise stands in when it recorded none, and
+/// before a reason that does not say what was expected.
 std::string LastReason(const char* otherwise);
 
 /// The system's words for platform::LastError().

@@ -51,15 +51,28 @@ RequestPtr LoadRequest(const element& der)
     return request->LoadRequest(der) ? RequestPtr(std::move(request)) : nullptr;
 }
 
+/// As ReadObjects(), but does not warn. \param damage why the file is read only in part; empty when it is not.
+int ReadBlocks(Invocation& invocation, const std::string& file, ObjectKind kind, std::vector<DataBlock>& blocks,
+               std::string& damage)
+{
+    element bytes;
+    std::string reason;
+    if (!ReadWhole(invocation.console(), file, bytes, reason))
+        return invocation.refuse(file, reason);
+    StartReason();
+    if (!SplitBlocks(std::move(bytes), blocks, reason))
+        damage = reason;
+    std::erase_if(blocks, [&](const DataBlock& block) { return !BelongsTo(Describe(kind), block); });
+    return exitDone;
+}
+
 /// Loads every block; `load` gives null for what does not.
 template <typename Pointer, typename Load>
 int ReadAll(Invocation& invocation, const std::string& file, ObjectKind kind, const Load& load, std::vector<Pointer>& objects)
 {
     std::vector<DataBlock> blocks;
-    if (const int exit = ReadObjects(invocation, file, kind, blocks); exit != exitDone)
+    if (const int exit = ReadObjectsOrWarn(invocation, file, kind, blocks); exit != exitDone)
         return exit;
-    if (blocks.empty())
-        invocation.warn(file, WhatIsNotThere(kind));
     for (std::size_t index = 0; index < blocks.size(); ++index) {
         StartReason();
         if (Pointer object = load(blocks[index].bytes))
@@ -91,21 +104,33 @@ CertificatePtr LoadBlock(const element& der)
 
 int ReadObjects(Invocation& invocation, const std::string& file, ObjectKind kind, std::vector<DataBlock>& blocks)
 {
-    element bytes;
-    std::string reason;
-    if (!ReadWhole(invocation.console(), file, bytes, reason))
-        return invocation.refuse(file, reason);
-    StartReason();
-    if (!SplitBlocks(std::move(bytes), blocks, reason))
-        invocation.warn(file, reason);
-    std::erase_if(blocks, [&](const DataBlock& block) { return !BelongsTo(Describe(kind), block); });
-    return exitDone;
+    std::string damage;
+    const int exit = ReadBlocks(invocation, file, kind, blocks, damage);
+    if (exit == exitDone && !damage.empty())
+        invocation.warn(file, damage);
+    return exit;
+}
+
+int ReadObjectsOrWarn(Invocation& invocation, const std::string& file, ObjectKind kind, std::vector<DataBlock>& blocks)
+{
+    std::string damage;
+    const int exit = ReadBlocks(invocation, file, kind, blocks, damage);
+    if (exit == exitDone && damage.empty() && blocks.empty())
+        damage = WhatIsNotThere(kind);
+    if (exit == exitDone && !damage.empty())
+        invocation.warn(file, damage);
+    return exit;
 }
 
 int ReadObjectsOrRefuse(Invocation& invocation, const std::string& file, ObjectKind kind, std::vector<DataBlock>& blocks)
 {
-    const int exit = ReadObjects(invocation, file, kind, blocks);
-    return exit == exitDone && blocks.empty() ? invocation.refuse(file, WhatIsNotThere(kind)) : exit;
+    std::string damage;
+    const int exit = ReadBlocks(invocation, file, kind, blocks, damage);
+    if (exit == exitDone && blocks.empty())
+        return invocation.refuse(file, damage.empty() ? WhatIsNotThere(kind) : damage);
+    if (exit == exitDone && !damage.empty())
+        invocation.warn(file, damage);
+    return exit;
 }
 
 std::string BlockName(const std::vector<DataBlock>& blocks, std::size_t index)
@@ -121,6 +146,20 @@ int ReadCertificate(Invocation& invocation, const std::string& file, Certificate
 int ReadCertificates(Invocation& invocation, const std::string& file, std::vector<CertificatePtr>& certificates)
 {
     return ReadAll(invocation, file, ObjectKind::certificate, LoadBlock, certificates);
+}
+
+int ReadCertificatesOrRefuse(Invocation& invocation, const std::string& file, std::vector<CertificatePtr>& certificates)
+{
+    std::vector<DataBlock> blocks;
+    if (const int exit = ReadObjectsOrRefuse(invocation, file, ObjectKind::certificate, blocks); exit != exitDone)
+        return exit;
+    for (std::size_t index = 0; index < blocks.size(); ++index) {
+        StartReason();
+        certificates.push_back(LoadCertificate(blocks[index].bytes.bytes()));
+        if (certificates.back() == nullptr)
+            return invocation.refuse(file, BlockName(blocks, index) + LastReason("it is not a certificate"));
+    }
+    return exitDone;
 }
 
 int ReadLists(Invocation& invocation, const std::string& file, std::vector<CrlPtr>& lists)

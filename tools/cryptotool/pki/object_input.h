@@ -22,6 +22,8 @@ enum class ObjectKind { certificate, list, request, message };
 /// damaged gives what stands before the damage, and a warning. \return exitDone, also for a file without such a block; or the exit
 /// code after the reason was printed, when it cannot be read.
 int ReadObjects(Invocation& invocation, const std::string& file, ObjectKind kind, std::vector<DataBlock>& blocks);
+/// The same, with a warning for a file without such a block.
+int ReadObjectsOrWarn(Invocation& invocation, const std::string& file, ObjectKind kind, std::vector<DataBlock>& blocks);
 /// The same, and the file must have at least one such block. \return exitRefused, too, when there is none.
 int ReadObjectsOrRefuse(Invocation& invocation, const std::string& file, ObjectKind kind, std::vector<DataBlock>& blocks);
 
@@ -33,7 +35,9 @@ int ReadCertificate(Invocation& invocation, const std::string& file, Certificate
 /// All of the file that load; a warning says which do not. \return exitDone, or the exit code after the reason was printed, when
 /// the file cannot be read.
 int ReadCertificates(Invocation& invocation, const std::string& file, std::vector<CertificatePtr>& certificates);
-/// The same for revocation lists.
+/// The same, but all must load, and there must be one. \return exitRefused, too, otherwise.
+int ReadCertificatesOrRefuse(Invocation& invocation, const std::string& file, std::vector<CertificatePtr>& certificates);
+/// As ReadCertificates() for revocation lists.
 int ReadLists(Invocation& invocation, const std::string& file, std::vector<CrlPtr>& lists);
 /// One list, the first. \return exitDone, or the exit code after the reason was printed.
 int ReadList(Invocation& invocation, const std::string& file, CrlPtr& list);

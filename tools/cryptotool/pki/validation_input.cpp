@@ -129,7 +129,7 @@ int ReadResponses(Invocation& invocation, const std::string& file,
                   std::vector<std::shared_ptr<const CCryptoOCSP::COCSPResponse>>& responses)
 {
     std::vector<DataBlock> blocks;
-    if (const int exit = ReadObjects(invocation, file, ObjectKind::message, blocks); exit != exitDone)
+    if (const int exit = ReadObjectsOrWarn(invocation, file, ObjectKind::message, blocks); exit != exitDone)
         return exit;
     for (std::size_t index = 0; index < blocks.size(); ++index) {
         StartReason();

@@ -63,9 +63,12 @@ int EncryptMessage(Invocation& invocation)
     files.push_back(file);
     int exit = CheckOneStandardInput(invocation, files, {});
     std::vector<CertificatePtr> recipients;
-    for (const std::string& recipient : arguments.values(recipientOption.name))
+    for (const std::string& recipient : arguments.values(recipientOption.name)) {
         if (exit == exitDone)
             exit = ReadCertificate(invocation, recipient, recipients.emplace_back());
+        if (exit == exitDone && recipients.back()->publicKey()->algorithmId() != algorithm::rsaEncryption)
+            exit = invocation.refuse(recipient, "messages are encrypted for RSA keys alone; elliptic-curve recipients come later");
+    }
     if (exit != exitDone)
         return exit;
     element content;

@@ -180,7 +180,7 @@ int VerifyMessage(Invocation& invocation)
     }
     StartReason();
     CCryptoPKCS7Document document;
-    if (!document.Parse(message.bytes()))
+    if (message.isEmpty() || !document.Parse(message.bytes()))
         return FinishVerification(invocation, VerdictWithoutSigners(LastReason("it is not a CMS message")), options.validation.at,
                                   {});
     if (document.signedData() == nullptr)

@@ -39,8 +39,11 @@ constexpr Option ocspRespondOptions[] = {
 void WarnOfRefusal(Invocation& invocation, const element& der, const CCrypto_X509_Certificate& issuer, const CCryptoDateTime& at)
 {
     CCryptoOCSP::COCSPResponse response;
-    if (!response.LoadResponse(der) || response.responseStatus != CCryptoOCSP::ResponseStatus::successful)
+    if (!response.LoadResponse(der))
         return;
+    if (response.responseStatus != CCryptoOCSP::ResponseStatus::successful)
+        return invocation.warn(invocation.arguments().operand(0),
+                               std::string("answered by ") + CCryptoOCSP::ResponseStatusName(response.responseStatus));
     OcspOptions options;
     options.at = at;
     options.allowWeak = invocation.arguments().has("allow-weak");

@@ -111,7 +111,7 @@ int ShowOcsp(Invocation& invocation)
     else if (request.LoadRequest(message))
         DescribeRequest(request, report);
     else
-        return invocation.refuse(file, "it is not an OCSP request or response: " + LastReason("its structure is another"));
+        return invocation.refuse(file, LastReason("it is not an OCSP request or response"));
     return WriteReport(invocation, report);
 }
 

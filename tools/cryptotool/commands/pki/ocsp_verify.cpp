@@ -175,7 +175,7 @@ int VerifyOcsp(Invocation& invocation)
     CCryptoOCSP::COCSPResponse response;
     OcspVerdict verdict;
     StartReason();
-    if (response.LoadResponse(message)) {
+    if (!message.isEmpty() && response.LoadResponse(message)) {
         verdict = VerifyOcspResponse(response, serialNumber, *issuer, options);
     } else {
         verdict.failure = OcspFailure::malformed;

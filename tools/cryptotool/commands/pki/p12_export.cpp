@@ -61,9 +61,8 @@ int ReadExportedKey(Invocation& invocation, const std::vector<CertificatePtr>& c
     const std::string file = invocation.arguments().value(keyOption.name);
     if (const int exit = ReadKey(invocation, {file}, KeyHalf::privateHalf, input); exit != exitDone)
         return exit;
-    const element publicKey = input.key->publicKeyInfo();
     const bool hasCertificate = std::ranges::any_of(
-        certificates, [&](const CertificatePtr& certificate) { return certificate->publicKey()->publicKeyInfo() == publicKey; });
+        certificates, [&](const CertificatePtr& certificate) { return IsSameKey(*certificate->publicKey(), *input.key); });
     return hasCertificate ? exitDone : invocation.refuse(file, "none of the certificates is that of the key");
 }
 
@@ -80,10 +79,8 @@ int ExportStore(Invocation& invocation)
         return exit;
     std::vector<CertificatePtr> certificates;
     for (const std::string& file : arguments.operands())
-        if (const int exit = ReadCertificates(invocation, file, certificates); exit != exitDone)
+        if (const int exit = ReadCertificatesOrRefuse(invocation, file, certificates); exit != exitDone)
             return exit;
-    if (certificates.empty())
-        return invocation.refuse(arguments.operand(0), "it holds no certificate");
     KeyInput input;
     if (arguments.has(keyOption.name))
         if (const int exit = ReadExportedKey(invocation, certificates, input); exit != exitDone)
