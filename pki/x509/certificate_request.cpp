@@ -138,7 +138,8 @@ bool CCryptoCertificateRequest::readAttributes(CCryptoAutoLogger& logger, const 
     bool hasExtensions = false;
     for (const elementNode* node = first; node != nullptr; node = node->next()) {
         CCryptoTemplateMatch match;
-        if (!match.Match(ParsedTemplate(attributeTemplateOfRequest), node) || match.surplus() != nullptr)
+        if (!match.Match(ParsedTemplate(attributeTemplateOfRequest), node) || match.surplus() != nullptr ||
+            match.find("values")->node == nullptr)
             return logger.fail(false, "Invalid attribute");
         if (attributes_.size() >= CCrypto_X509_ValueList::maxValues)
             return logger.fail(false, "There are more than %u values", CCrypto_X509_ValueList::maxValues);
@@ -156,7 +157,7 @@ bool CCryptoCertificateRequest::readAttributes(CCryptoAutoLogger& logger, const 
 /// \param set the one Extensions that the attribute has.
 bool CCryptoCertificateRequest::readExtensions(const elementNode* set)
 {
-    if (set == nullptr || set->next() != nullptr || set->type() != ElementType::sequence || set->content() == nullptr)
+    if (set->next() != nullptr || set->type() != ElementType::sequence || set->content() == nullptr)
         return false;
     const element octets = CCryptoParser::ToDer(set);
     return extensions_.Refer(set->content(), octets.bytes(), false);

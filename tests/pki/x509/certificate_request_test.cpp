@@ -79,8 +79,7 @@ const RequestCase requestCases[] = {
          return RequestWithAttributes({RequestAttribute(extensionRequestOid, Joined({WantedExtensions(), WantedExtensions()}))});
      },
      "Invalid extensions"},
-    {"no list of extensions", [] { return RequestWithAttributes({RequestAttribute(extensionRequestOid, {})}); },
-     "Invalid extensions"},
+    {"an attribute without values", [] { return RequestWithAttributes({RequestAttribute("1.2.3", {})}); }, "Invalid attribute"},
     {"an empty list of extensions",
      [] { return RequestWithAttributes({RequestAttribute(extensionRequestOid, Tlv(der::sequence, Bytes()))}); },
      "Invalid extensions"},
