@@ -19,6 +19,7 @@ constexpr const char* pbmac1Template =
     "SEQUENCE{SEQUENCE{OBJECT_IDENTIFIER=\"1.2.840.113549.1.5.12\" -- pkcs5PBKDF2\n"
     "SEQUENCE{OCTET_STRING[PRIMITIVE]{salt},INTEGER=iterations,INTEGER=keyLength,prf(OPTIONAL)}}messageAuthScheme}";
 constexpr const char* pbmac1IdentifierTemplate = "SEQUENCE{OBJECT_IDENTIFIER=\"1.2.840.113549.1.5.14\",parameters}";
+constexpr const char* hmacTemplate = "SEQUENCE{OBJECT_IDENTIFIER=oid,NULL}";
 constexpr const char* macDataTemplate =
     "SEQUENCE{SEQUENCE{digestAlgorithm,OCTET_STRING[PRIMITIVE]{digest}}OCTET_STRING[PRIMITIVE]{macSalt}"
     "INTEGER(OPTIONAL)=iterations}";
@@ -53,9 +54,12 @@ bool HasNoParameters(const CCryptoAlgorithmIdentifier& identifier)
     return identifier.parameters() == nullptr || identifier.parameters()->type() == ElementType::asn1Null;
 }
 
-ElementNodePtr IdentifierTree(algorithm::Id id)
+/// Of an HMAC, by the OID of RFC 8018, B.1.1: the algorithm table has another one for SHA-1, which readers of PBKDF2 do not know.
+ElementNodePtr HmacTree(algorithm::Id id)
 {
-    return CCryptoAlgorithmIdentifier(id, true).BuildTree();
+    CCryptoParser parser = TemplateToFill(hmacTemplate);
+    const element oid(id == algorithm::hmacSha1 ? "1.2.840.113549.2.7" : OidOfAlgorithm(id));
+    return parser.fill("oid", oid) ? parser.takeRoot() : nullptr;
 }
 
 } // namespace
@@ -73,10 +77,10 @@ void CCryptoPBMAC1Parameters::ClearFields()
 bool CCryptoPBMAC1Parameters::BuildNode()
 {
     // The default is left out (X.690, 11.5).
-    if (prf != algorithm::hmacSha1 && !FillTree(builder(), "prf", IdentifierTree(prf)))
+    if (prf != algorithm::hmacSha1 && !FillTree(builder(), "prf", HmacTree(prf)))
         return false;
     return builder().fill("salt", Octets(salt)) && builder().fill("iterations", element(iterations)) &&
-           builder().fill("keyLength", element(keyLength)) && FillTree(builder(), "messageAuthScheme", IdentifierTree(mac));
+           builder().fill("keyLength", element(keyLength)) && FillTree(builder(), "messageAuthScheme", HmacTree(mac));
 }
 
 bool CCryptoPBMAC1Parameters::ParseNode()
