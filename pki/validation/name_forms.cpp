@@ -127,6 +127,13 @@ bool IsLetterOrDigit(char character)
            (character >= '0' && character <= '9');
 }
 
+/// RFC 3986, 3.2.1.
+bool IsUserInformation(char character)
+{
+    constexpr std::string_view others = "-._~%!$&'()*+,;=:";
+    return IsLetterOrDigit(character) || others.find(character) != std::string_view::npos;
+}
+
 /// The "preferred name syntax" (RFC 1034, 3.5; RFC 1123, 2.1).
 bool IsPreferredName(std::string_view text)
 {
@@ -255,16 +262,21 @@ std::optional<std::string> ReadUriHost(std::string_view uri)
         return std::nullopt;
     const std::string_view rest = uri.substr(scheme + 3);
     std::string_view host = rest.substr(0, rest.find_first_of("/?#"));
-    if (const std::size_t user = host.rfind('@'); user != std::string_view::npos)
+    if (const std::size_t user = host.find('@'); user != std::string_view::npos) {
+        // Some programs end the host at other characters than RFC 3986 does.
+        if (!std::ranges::all_of(host.substr(0, user), IsUserInformation))
+            return std::nullopt;
         host.remove_prefix(user + 1);
+    }
     if (const std::size_t colon = host.find(':'); colon != std::string_view::npos) {
         if (!std::ranges::all_of(host.substr(colon + 1), IsDecimal))
             return std::nullopt;
         host = host.substr(0, colon);
     }
     std::optional<std::string> name = ReadHostName(host);
-    // No top domain begins with a digit, but some programs take "0x7f.1" or "127.1" for an address.
-    if (!name || IsDecimal((*name)[name->rfind('.') + 1]))
+    // The host must be a fully qualified domain name (RFC 5280, 4.2.1.10). No top domain begins with a digit, but some programs
+    // take "0x7f.1" or "127.1" for an address.
+    if (!name || name->find('.') == std::string::npos || IsDecimal((*name)[name->rfind('.') + 1]))
         return std::nullopt;
     return name;
 }
