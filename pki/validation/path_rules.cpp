@@ -181,7 +181,7 @@ Finding PathRules::finishPolicies(std::vector<Oid>& policies)
 {
     countDown(explicitPolicy_);
     if (const auto& constraints = path_.front()->extensions.policyConstraints;
-        path_.size() > 1 && constraints && constraints->requireExplicitPolicy == 0U)
+        constraints && constraints->requireExplicitPolicy == 0U)
         explicitPolicy_ = 0;
     policies = graph_.policies(options_.policies);
     if (explicitPolicy_ == 0 && policies.empty())

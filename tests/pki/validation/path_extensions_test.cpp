@@ -37,6 +37,14 @@ INSTANTIATE_TEST_SUITE_P(
                           w, Unchanged, [](Cert& c) { c.extension(Unknown(true)); }, Unchanged);
                   },
                   "critical-extension 1"},
+        WorldCase{"unknown and critical after unique identifiers",
+                  [](World& w) {
+                      ChainOf(w, Unchanged, Unchanged, [](Cert& c) {
+                          c.extensionsDer(Joined({Tlv(der::Context(1, false), {0, 1}), Tlv(der::Context(2, false), {0, 2}),
+                                                  Tlv(der::Context(3), Tlv(der::sequence, Unknown(true)))}));
+                      });
+                  },
+                  "critical-extension 0"},
         WorldCase{"unknown and critical of the anchor",
                   [](World& w) {
                       ChainOf(
@@ -167,16 +175,18 @@ INSTANTIATE_TEST_SUITE_P(
                       w.options.strict = true;
                   },
                   "VALID"},
-        WorldCase{"the profile of an authority: no subject key identifier",
+        WorldCase{"the profile of an anchor that does not say that it is an authority",
                   [](World& w) {
-                      w.anchor("Root").subject("Leaf", "Sub", NamesKeyOfSub);
-                      w.plain("Sub", "Root", [](Cert& c) {
-                          c.extension(TestBasicConstraints(true)).extension(TestKeyUsage(0x06));
-                          NamesKeyOfRoot(c);
-                      });
+                      ChainOf(
+                          w,
+                          [](Cert& c) {
+                              c.extensionsDer(
+                                  Tlv(der::Context(3), Tlv(der::sequence, TestSubjectKeyIdentifier(*World::Who("Root").key))));
+                          },
+                          NamesKeyOfRoot, NamesKeyOfSub);
                       w.options.strict = true;
                   },
-                  "profile 1"},
+                  "profile 2"},
         WorldCase{"the profile: the key identifier of another",
                   [](World& w) {
                       ChainOf(w, Unchanged, NamesKeyOfRoot, NamesKeyOfRoot);
