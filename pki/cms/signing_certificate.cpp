@@ -20,8 +20,8 @@ constexpr std::uint8_t oidTag = 0x06;
 constexpr std::uint8_t nullTag = 0x05;
 constexpr std::uint8_t directoryNameTag = 0xA4;
 
-constexpr algorithm::Id referenceHashes[] = {algorithm::sha1, algorithm::sha224, algorithm::sha256, algorithm::sha384,
-                                             algorithm::sha512};
+constexpr algorithm::Id referenceHashes[] = {algorithm::sha1,   algorithm::sha224, algorithm::sha256,
+                                             algorithm::sha384, algorithm::sha512, algorithm::shake256};
 
 element CopyOf(std::span<const std::uint8_t> octets)
 {

@@ -548,11 +548,24 @@ TEST(CmsVerification, WorkIsBoundedOverAllSigners)
 
 TEST(CmsVerification, AcceptsWhatIsSignedHere)
 {
-    for (const TestKeyPtr& key : {TestRsaKey(), TestKey(2), TestEd25519Key()}) {
+    const struct {
+        TestKeyPtr key;
+        algorithm::Id hash;
+    } cases[] = {
+        {TestRsaKey(), algorithm::sha256},
+        {TestRsaKey(), algorithm::sha512},
+        {TestKey(2), algorithm::sha256},
+        {TestKey(2), algorithm::sha512},
+        {KeyOf(algorithm::secp384r1), algorithm::sha384},
+        {KeyOf(algorithm::secp521r1), algorithm::sha512},
+        {TestEd25519Key(), algorithm::sha512},
+        {std::make_shared<CCryptoEddsaKeyPair>(EddsaKey::Generate(algorithm::ed448)), algorithm::shake256},
+    };
+    for (const auto& [key, hash] : cases) {
         SCryptoSignature request;
         request.signer = LoadCertificate(TestCertificate("CN=Signer", key).serial(7).build(VerificationRoot()));
         request.key = key.get();
-        request.hash = key->algorithmId() == algorithm::ed25519 ? algorithm::sha512 : algorithm::sha256;
+        request.hash = hash;
         request.content = verifiedContent;
         request.addsSigningTime = request.addsAlgorithmProtection = true;
         request.now = verificationTime;
