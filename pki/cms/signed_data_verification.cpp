@@ -4,6 +4,7 @@
 #include "crypto/hash/hash.h"
 #include "pki/cms/embedded_status.h"
 #include "pki/cms/signer_check.h"
+#include "pki/validation/path_rules.h"
 
 #include <algorithm>
 #include <map>
@@ -15,7 +16,6 @@ namespace ccrypto {
 
 namespace {
 
-constexpr std::uint32_t minRsaBits = 2048;
 /// Of one message: certificates that say that they are a signer's, and signatures of signers that are verified.
 constexpr std::uint32_t maxCandidates = 100'000;
 constexpr std::uint32_t maxSignatures = 2'000;
@@ -217,9 +217,8 @@ SignerFault Verification::checkAlgorithms(const SignerStatement& statement, cons
         return {};
     if (statement.algorithm.isWeak() || statement.hash == algorithm::sha1)
         return {Reason::weakAlgorithm, "SHA-1"};
-    if (key.algorithmId() == algorithm::rsaEncryption && key.keySize() < minRsaBits)
-        return {Reason::weakAlgorithm, "RSA below 2048 bits"};
-    return {};
+    Finding finding = CheckKey(key, options_.validation);
+    return {finding.reason, std::move(finding.detail)};
 }
 
 Verification::Attempt Verification::tryCertificate(const CCryptoPKCS7SignerInfo& signer, const SignerStatement& statement,
@@ -269,7 +268,7 @@ SignedDataVerdict VerifySignedData(const CCryptoPKCS7SignedDataObject& data, Sig
     if (content == nullptr && data.hasContent)
         content = &embedded;
     SignedDataVerdict result;
-    result.reason = Reason::badSignature;
+    result.reason = Reason::malformed;
     result.detail = "There is no signer";
     Verification verification(data, content, trust, options);
     for (const auto& signer : data.signerInfos)

@@ -81,12 +81,12 @@ std::optional<SignatureAlgorithm> ReadAlgorithmOfSigner(const CCryptoPKCS7Signer
     return ReadSignatureAlgorithm(octets.bytes());
 }
 
-/// The digest algorithm is that of the signature, or for EdDSA the one of RFC 8419, 3.1.
+/// The digest algorithm is that of the signature, or for EdDSA the one of RFC 8419, 3.1. SHAKE256 goes with Ed448 alone.
 bool AlgorithmsFit(const SignatureAlgorithm& signature, algorithm::Id hash)
 {
     if (signature.kind == SignatureAlgorithm::Kind::eddsa)
         return hash == (signature.curve == algorithm::ed25519 ? algorithm::sha512 : algorithm::shake256);
-    return signature.hash == hash;
+    return signature.hash == hash && hash != algorithm::shake256;
 }
 
 /// Exactly one attribute with exactly one value; else null.
@@ -110,7 +110,7 @@ SignerFault CheckMessageDigest(const CCryptoPKCS7Attributes& attributes, const e
     if (value == nullptr || value->type() != ElementType::octetString || value->value() == nullptr)
         return {Reason::malformed, "The message digest is not there exactly once, with one value"};
     if (digest.isEmpty())
-        return {Reason::badSignature, "The digest of the content is not known"};
+        return {Reason::malformed, "The digest of the content was given for another hash function"};
     return Octets(value->value()->token()) == digest
                ? SignerFault()
                : SignerFault{Reason::badSignature, "The digest of the content is another one"};
@@ -185,14 +185,14 @@ SignerFault SignerStatement::read(const CCryptoPKCS7SignerInfo& signer, const Oi
     if (const SignerFault fault = CheckPlaces(signer); !fault.isNone())
         return fault;
     if (content == nullptr)
-        return {Reason::badSignature, "The content is detached and was not given"};
+        return {Reason::malformed, "The content is detached and was not given"};
 
     const CCryptoPKCS7Attributes* const attributes = signer.signedAttributes.get();
     if (attributes == nullptr) {
         if (contentType != OidOfContentType(ContentType::data))
             return {Reason::malformed, "Content of another type than data has no signed attributes"};
         if (!content->octets())
-            return {Reason::badSignature, "Without signed attributes the content itself is needed"};
+            return {Reason::malformed, "Without signed attributes the content itself is needed"};
         return content->isSetOfAttributes() ? SignerFault{Reason::badSignature, "The content is itself a set of attributes"}
                                             : SignerFault();
     }

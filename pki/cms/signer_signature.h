@@ -21,7 +21,7 @@ enum class AttributeOrder {
 /// What is wrong; nothing for Reason::none.
 struct SignerFault {
     Reason reason = Reason::none;
-    const char* detail = "";
+    CCryptoString detail;
 
     [[nodiscard]] bool isNone() const { return reason == Reason::none; }
 };

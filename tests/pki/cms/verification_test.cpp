@@ -26,7 +26,8 @@ SignedDataVerdict VerdictOf(const Bytes& message, const SignedDataTrust& trust, 
 
 struct CmsFileCase {
     const char* file;
-    const char* options; ///< "trust", "content", "other content", "digest", "cades", "weak", "candidate", joined by blanks
+    const char*
+        options; ///< "trust", "content", "other content", "digest", "other-hash", "cades", "weak", "candidate", joined by blanks
     Reason reason;
     std::size_t signers = 1;
 };
@@ -39,12 +40,13 @@ const CmsFileCase cmsFileCases[] = {
     {"ec_attached", "trust cades", Reason::malformed},
     {"ec_detached", "trust content", Reason::none},
     {"ec_detached", "trust digest", Reason::none},
-    {"ec_detached", "trust", Reason::badSignature},
+    {"ec_detached", "trust other-hash", Reason::malformed},
+    {"ec_detached", "trust", Reason::malformed},
     {"ec_detached", "trust other-content", Reason::badSignature},
     {"ec_key_identifier", "trust", Reason::none},
     {"ec_no_attributes", "trust", Reason::none},
     {"ec_no_attributes", "trust content", Reason::none},
-    {"ec_no_attributes", "trust digest", Reason::badSignature},
+    {"ec_no_attributes", "trust digest", Reason::malformed},
     {"ec_no_attributes", "trust other-content", Reason::badSignature},
     {"ec_no_attributes", "trust cades", Reason::malformed},
     {"ec_stream", "trust", Reason::none},
@@ -60,7 +62,7 @@ const CmsFileCase cmsFileCases[] = {
     {"rsa_md5", "trust", Reason::weakAlgorithm},
     {"rsa_md5", "trust weak", Reason::weakAlgorithm},
     {"two_signers", "trust", Reason::none, 2},
-    {"certificates_alone", "trust", Reason::badSignature, 0},
+    {"certificates_alone", "trust", Reason::malformed, 0},
 };
 
 SignedDataVerdict VerdictOfFile(const Bytes& message, std::string_view words)
@@ -81,7 +83,9 @@ SignedDataVerdict VerdictOfFile(const Bytes& message, std::string_view words)
     SignedContent content(has("other-content") ? other : verifiedContent);
     if (has("digest"))
         content = SignedContent(algorithm::sha256, ICryptoHash::Create(algorithm::sha256)->digestOf(verifiedContent));
-    const bool isGiven = has("content") || has("other-content") || has("digest");
+    if (has("other-hash"))
+        content = SignedContent(algorithm::sha512, ICryptoHash::Create(algorithm::sha512)->digestOf(verifiedContent));
+    const bool isGiven = has("content") || has("other-content") || has("digest") || has("other-hash");
     return VerdictOf(message, trust, options, isGiven ? &content : nullptr);
 }
 
@@ -347,6 +351,10 @@ TEST(CmsVerification, RefusesAlgorithmsAndCertificates)
          Reason::unsupportedAlgorithm},
         {"another hash of the signature", sha256Identifier, Tlv(0x30, OidTlv("1.2.840.10045.4.3.3")), SignerCertificate(),
          Reason::unsupportedAlgorithm},
+        {"SHAKE256 with ECDSA", Tlv(0x30, OidTlv("2.16.840.1.101.3.4.2.12")), ecKeyIdentifier, SignerCertificate(),
+         Reason::unsupportedAlgorithm},
+        {"DSA of 1024 bits", sha256Identifier, Tlv(0x30, OidTlv("2.16.840.1.101.3.4.3.2")),
+         TestCertificate("CN=Signer", TestDsaKey()).serial(7).build(VerificationRoot()), Reason::weakAlgorithm},
         {"RSA", sha256Identifier, Tlv(0x30, {OidTlv("1.2.840.113549.1.1.1"), null}), SignerCertificate(),
          Reason::unsupportedAlgorithm},
         {"a key usage for certificates alone", sha256Identifier, ecdsaIdentifier, SignerCertificate(0x04), Reason::keyUsage},
