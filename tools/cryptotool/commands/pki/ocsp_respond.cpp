@@ -86,9 +86,12 @@ int Respond(Invocation& invocation)
     if (exit != exitDone)
         return exit;
     StartReason();
-    const OcspResponder responder = {
-        *issuer, *signer.certificate,        *signer.key, SignatureHash(arguments), arguments.has("by-name"),
-        true,    arguments.has("allow-weak")};
+    const OcspResponder responder = {.issuer = *issuer,
+                                     .certificate = *signer.certificate,
+                                     .key = *signer.key,
+                                     .hash = SignatureHash(arguments),
+                                     .byName = arguments.has("by-name"),
+                                     .allowWeak = arguments.has("allow-weak")};
     const element response = AnswerFromCrl(request, *list, responder, at);
     if (response.isEmpty())
         return invocation.refuse(file, LastReason("no response can be made"));
