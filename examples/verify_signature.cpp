@@ -49,7 +49,10 @@ int main(int count, char** arguments)
         if (signer.verdict == ccrypto::Verdict::valid)
             std::printf("valid: %s\n", name.c_str());
         else
-            std::printf("not valid: %s: %s\n", name.c_str(), std::string(ccrypto::ReasonWord(signer.reason)).c_str());
+            std::printf("not valid: %s: %s: %s\n", name.c_str(), std::string(ccrypto::ReasonWord(signer.reason)).c_str(),
+                        signer.detail.c_str());
     }
+    if (verdict.signers.empty())
+        std::printf("not valid: %s\n", verdict.detail.c_str());
     return verdict.verdict == ccrypto::Verdict::valid ? 0 : 1;
 }
