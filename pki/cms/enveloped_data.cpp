@@ -10,6 +10,7 @@
 #include "pki/cms/document.h"
 #include "pki/cms/tree_filling.h"
 #include "pki/x509/extensions.h"
+#include "pki/x509/name.h"
 
 #include <algorithm>
 #include <iterator>
@@ -256,11 +257,15 @@ element EncryptForRecipients(std::span<const std::uint8_t> content, std::span<co
         if (certificate != nullptr && !written.insert(certificate->der().view()).second)
             continue;
         ICryptoDecrypter* const encrypter = certificate != nullptr ? certificate->publicKey()->decrypter() : nullptr;
+        if (certificate == nullptr)
+            return logger.fail(element(), "A recipient has no certificate");
         if (encrypter == nullptr)
-            return logger.fail(element(), "Messages are encrypted for RSA keys alone; elliptic-curve recipients come later");
+            return logger.fail(element(), "Messages are encrypted for RSA keys only; that of %s is not one",
+                               NameText(certificate->subject()).c_str());
         const ReadExtensions extensions = ReadAllExtensions(certificate->extensions(), ExtensionOwner::certificate);
         if (extensions.isMalformed || (extensions.keyUsage && !extensions.keyUsage->has(KeyUsageBit::keyEncipherment)))
-            return logger.fail(element(), "The key usage of a recipient does not allow key encipherment");
+            return logger.fail(element(), "The key usage of %s does not have keyEncipherment",
+                               NameText(certificate->subject()).c_str());
         KeyRecipient recipient;
         recipient.recipient.issuer = certificate->issuer().GetDerEncodedElement();
         recipient.recipient.serialNumber = Octets(certificate->serialNumber());
@@ -291,7 +296,7 @@ bool DecryptAsRecipient(std::span<const std::uint8_t> message, const CCrypto_X50
     CCryptoPKCS7EnvelopedDataObject data;
     if (!document.Parse(message) || document.contentInfo()->contentType() != ContentType::envelopedData ||
         !data.Parse(document.contentInfo()->content()))
-        return logger.fail(false, "Not a message of enveloped data");
+        return logger.fail(false, "Not an encrypted message (enveloped data)");
     const CCryptoAlgorithmIdentifier& algorithm = data.encryptedContent.contentEncryptionAlgorithm;
     const std::unique_ptr<ICryptoCipher> cipher =
         IsEnvelopeCipher(algorithm.id()) ? ICryptoCipher::Create(algorithm.id()) : nullptr;
@@ -303,7 +308,7 @@ bool DecryptAsRecipient(std::span<const std::uint8_t> message, const CCrypto_X50
         std::ranges::find_if(data.recipients, [&](const KeyRecipient& one) { return one.recipient.means(certificate); });
     if (found == data.recipients.end()) {
         const bool mayBeOther = data.otherRecipients != 0 && key.decrypter() == nullptr;
-        return mayBeOther ? logger.fail(false, "Messages for elliptic-curve keys cannot be opened; they come later")
+        return mayBeOther ? logger.fail(false, "Only messages for RSA keys can be opened")
                           : logger.fail(false, "The message is not for this recipient");
     }
     element contentKey;

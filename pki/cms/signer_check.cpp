@@ -22,7 +22,7 @@ CCryptoString WhySignerIsRefused(const CCrypto_X509_Certificate& certificate, co
     if (extensions.isMalformed)
         return "An extension is malformed";
     if (extensions.hasUnknownCritical)
-        return "A critical extension is not known";
+        return "A critical extension is not known: " + CriticalExtensionText(extensions);
     return MaySignMessages(extensions) ? CCryptoString() : CCryptoString("The key usage allows no signatures");
 }
 

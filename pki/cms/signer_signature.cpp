@@ -101,7 +101,8 @@ SignerFault CheckContentType(const CCryptoPKCS7Attributes& attributes, const Oid
     const Oid type = Oid::OfNode(value);
     if (type.isNone())
         return {Reason::malformed, "The content type is not there exactly once, with one value"};
-    return type == contentType ? SignerFault() : SignerFault{Reason::badSignature, "The content type is another one"};
+    return type == contentType ? SignerFault()
+                               : SignerFault{Reason::badSignature, "The content type is not the one that was signed"};
 }
 
 SignerFault CheckMessageDigest(const CCryptoPKCS7Attributes& attributes, const element& digest)
@@ -113,7 +114,7 @@ SignerFault CheckMessageDigest(const CCryptoPKCS7Attributes& attributes, const e
         return {Reason::malformed, "The digest of the content was given for another hash function"};
     return Octets(value->value()->token()) == digest
                ? SignerFault()
-               : SignerFault{Reason::badSignature, "The digest of the content is another one"};
+               : SignerFault{Reason::badSignature, "The content does not have the digest that was signed"};
 }
 
 SignerFault CheckAlgorithmProtection(const CCryptoPKCS7SignerInfo& signer)
@@ -185,7 +186,7 @@ SignerFault SignerStatement::read(const CCryptoPKCS7SignerInfo& signer, const Oi
     if (const SignerFault fault = CheckPlaces(signer); !fault.isNone())
         return fault;
     if (content == nullptr)
-        return {Reason::malformed, "The content is detached and was not given"};
+        return {Reason::malformed, "The content is detached"};
 
     const CCryptoPKCS7Attributes* const attributes = signer.signedAttributes.get();
     if (attributes == nullptr) {

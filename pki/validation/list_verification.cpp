@@ -20,8 +20,10 @@ Finding CheckListItself(const CCrypto_X509_CRL& list, const ValidationOptions& o
     const ReadExtensions extensions = ReadAllExtensions(list.extensions(), ExtensionOwner::list);
     if (extensions.isMalformed)
         return {Reason::malformed, "an extension that occurs twice, or does not have its structure"};
-    if (extensions.hasUnknownCritical || list.hasUnknownCriticalEntry())
-        return {Reason::criticalExtension, "a critical extension that is not processed"};
+    if (extensions.hasUnknownCritical)
+        return {Reason::criticalExtension, "a critical extension that is not processed: " + CriticalExtensionText(extensions)};
+    if (list.hasUnknownCriticalEntry())
+        return {Reason::criticalExtension, "a critical extension of an entry that is not processed"};
     const std::optional<SignatureAlgorithm> algorithm = ReadSignatureAlgorithm(list.signatureAlgorithm());
     if (!algorithm)
         return {Reason::unsupportedAlgorithm, list.signatureAlgorithm().oid()};

@@ -245,7 +245,8 @@ Finding CheckCertificate(const KnownCertificate& certificate, bool issues, bool 
         return {Reason::malformed, "an extension that occurs twice, or does not have its structure"};
     Finding finding = CheckTime(*certificate.certificate, options.at);
     if (finding.passed() && certificate.extensions.hasUnknownCritical)
-        finding = {Reason::criticalExtension, "a critical extension that is not processed"};
+        finding = {Reason::criticalExtension,
+                   "a critical extension that is not processed: " + CriticalExtensionText(certificate.extensions)};
     if (finding.passed() && issues)
         finding = CheckIssuer(certificate.extensions, isAnchor);
     return finding;
@@ -256,8 +257,10 @@ Finding CheckSubject(const KnownCertificate& subject, bool isAnchor, const Valid
     Finding finding = CheckCertificate(subject, false, isAnchor, options);
     if (!finding.passed())
         return finding;
-    if (subject.extensions.keyUsage && (subject.extensions.keyUsage->bits & options.keyUsage) != options.keyUsage)
-        return {Reason::keyUsage, "a key usage that is asked for is missing"};
+    if (subject.extensions.keyUsage)
+        for (const KeyUsageName& usage : keyUsageNames)
+            if ((options.keyUsage & static_cast<std::uint16_t>(usage.bit)) != 0 && !subject.extensions.keyUsage->has(usage.bit))
+                return {Reason::keyUsage, CCryptoString(usage.name) + " is missing"};
     if (PathFinding purposes = CheckPurposes({&subject}, options); !purposes.passed())
         return std::move(purposes.finding);
     if (!options.host.empty())

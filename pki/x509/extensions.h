@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string_view>
 #include <vector>
 
 // The contents of extensions (RFC 5280, 4.2 and 5.2) as values. Every reader gives none for octets that are not DER of exactly that
@@ -35,6 +36,24 @@ enum class KeyUsageBit : std::uint16_t {
 struct KeyUsage {
     std::uint16_t bits = 0;
     [[nodiscard]] bool has(KeyUsageBit bit) const { return (bits & static_cast<std::uint16_t>(bit)) != 0; }
+};
+
+struct KeyUsageName {
+    KeyUsageBit bit;
+    std::string_view name;
+};
+/// The names that are printed, and after them a newer one, of X.509, that is read as well.
+inline constexpr KeyUsageName keyUsageNames[] = {
+    {KeyUsageBit::digitalSignature, "digitalSignature"},
+    {KeyUsageBit::nonRepudiation, "nonRepudiation"},
+    {KeyUsageBit::keyEncipherment, "keyEncipherment"},
+    {KeyUsageBit::dataEncipherment, "dataEncipherment"},
+    {KeyUsageBit::keyAgreement, "keyAgreement"},
+    {KeyUsageBit::keyCertSign, "keyCertSign"},
+    {KeyUsageBit::crlSign, "cRLSign"},
+    {KeyUsageBit::encipherOnly, "encipherOnly"},
+    {KeyUsageBit::decipherOnly, "decipherOnly"},
+    {KeyUsageBit::nonRepudiation, "contentCommitment"},
 };
 
 /// One GeneralName (RFC 5280, 4.2.1.6).
@@ -146,7 +165,12 @@ struct ReadExtensions {
     /// other way round, or one that only helps to find something (key identifiers of a certificate, authorityInformation,
     /// freshestCrl).
     bool hasUnknownCritical = false;
+    Oid unknownCritical; ///< the first of those
 };
+
+/// For a reason: its number, and its name where one is known.
+[[nodiscard]] CCryptoString CriticalExtensionText(const ReadExtensions& extensions);
+
 enum class ExtensionOwner { certificate, list };
 [[nodiscard]] ReadExtensions ReadAllExtensions(const CCrypto_X509_ValueList& extensions, ExtensionOwner owner);
 

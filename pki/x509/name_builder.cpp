@@ -1,5 +1,6 @@
 #include "asn1/der/der_analyzer.h"
 #include "asn1/der/der_cursor.h"
+#include "asn1/oid/oid_names.h"
 #include "asn1/template/template_cache.h"
 #include "asn1/text/unicode_text.h"
 #include "core/base/ascii.h"
@@ -108,8 +109,12 @@ ElementNodePtr BuildText(std::string_view typeWord, const CCryptoString& text)
 bool AddTextAttribute(CCrypto_X509_ValueList& name, const Oid& oid, const CCryptoString& text, std::string_view typeWord)
 {
     CCryptoAutoLogger logger("AddTextAttribute");
-    if (oid.isNone() || text.isEmpty())
-        return logger.fail(false, "An attribute has an object identifier and a text");
+    if (oid.isNone())
+        return logger.fail(false, "An attribute of a name has no object identifier");
+    if (text.isEmpty()) {
+        const char* const type = FindOidName(oid.dotted().view());
+        return logger.fail(false, "A name has nothing for %s", type != nullptr ? type : oid.dotted().c_str());
+    }
     const std::string_view word = typeWord.empty() ? DefaultType(text.view()) : typeWord;
     const auto type = std::ranges::find(textTypes, word, &TextType::word);
     if (type == std::end(textTypes))

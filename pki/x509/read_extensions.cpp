@@ -1,3 +1,4 @@
+#include "asn1/oid/oid_names.h"
 #include "pki/x509/extensions.h"
 
 #include <algorithm>
@@ -95,10 +96,20 @@ ReadExtensions ReadAllExtensions(const CCrypto_X509_ValueList& extensions, Exten
         const ExtensionUse use = row != nullptr ? row->useIn(owner) : ExtensionUse::ignored;
         if (use != ExtensionUse::ignored && !row->read(extension->content().bytes(), read))
             read.isMalformed = true;
-        if (use != ExtensionUse::processed && extension->isCritical())
+        if (use != ExtensionUse::processed && extension->isCritical()) {
+            if (!read.hasUnknownCritical)
+                read.unknownCritical = extension->oid();
             read.hasUnknownCritical = true;
+        }
     }
     return read;
+}
+
+CCryptoString CriticalExtensionText(const ReadExtensions& extensions)
+{
+    const CCryptoString dotted = extensions.unknownCritical.dotted();
+    const char* const name = FindOidName(dotted.view());
+    return name != nullptr ? dotted + " " + name : dotted;
 }
 
 } // namespace ccrypto

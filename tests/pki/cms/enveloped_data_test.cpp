@@ -28,7 +28,7 @@ const EnvelopeFileCase envelopeFileCases[] = {
     {"enveloped_two", nullptr},
     {"enveloped_des", "Unsupported decryption algorithm"},
     {"enveloped_ec", "The message is not for this recipient"},
-    {"ec_attached", "Not a message of enveloped data"},
+    {"ec_attached", "Not an encrypted message (enveloped data)"},
 };
 
 CertificatePtr EnvelopeRecipient(const TestKeyPtr& key, const Bytes& extension = TestKeyUsage(0x20))
@@ -133,7 +133,7 @@ TEST(CmsEnvelopes, OpensWhatOthersEncrypted)
     const CertificatePtr curve = LoadCertificate(CmsFile("certificate_ec_recipient"));
     element content;
     EXPECT_FALSE(DecryptAsRecipient(CmsFile("enveloped_ec"), *curve, *TestKey(2), content));
-    EXPECT_EQ(ReasonOfFailure(), "Messages for elliptic-curve keys cannot be opened; they come later");
+    EXPECT_EQ(ReasonOfFailure(), "Only messages for RSA keys can be opened");
 }
 
 TEST(CmsEnvelopes, OpenAgain)
@@ -185,19 +185,19 @@ TEST(CmsEnvelopes, AreForRsaKeysThatMayEncipher)
         const char* reason;
     } cases[] = {
         {"nobody", {}, {}, "There is no recipient, or there are too many"},
-        {"no certificate", {nullptr}, {}, "Messages are encrypted for RSA keys alone; elliptic-curve recipients come later"},
+        {"no certificate", {nullptr}, {}, "A recipient has no certificate"},
         {"a curve",
          {EnvelopeRecipient(TestKey(2))},
          {},
-         "Messages are encrypted for RSA keys alone; elliptic-curve recipients come later"},
+         "Messages are encrypted for RSA keys only; that of CN=Recipient is not one"},
         {"a key that signs",
          {EnvelopeRecipient(TestRsaKey(), TestKeyUsage(0x80))},
          {},
-         "The key usage of a recipient does not allow key encipherment"},
+         "The key usage of CN=Recipient does not have keyEncipherment"},
         {"a key usage that is none",
          {EnvelopeRecipient(TestRsaKey(), TestExtension("2.5.29.15", NumberTlv(0x20)))},
          {},
-         "The key usage of a recipient does not allow key encipherment"},
+         "The key usage of CN=Recipient does not have keyEncipherment"},
         {"10,001 times the same recipient",
          std::vector(10'001, EnvelopeRecipient(TestRsaKey())),
          {},
