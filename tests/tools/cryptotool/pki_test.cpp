@@ -1,5 +1,7 @@
 #include "tests/tools/cryptotool/pki_folder.h"
 
+#include <tuple>
+
 using namespace ccrypto;
 
 namespace {
@@ -81,6 +83,14 @@ TEST_F(CryptotoolPki, NamesAreReadAsTheyArePrinted)
     }
     for (const char* const text : {"Signer", "XY=a", "CN=a, ", "CN=a\\", "CN=ä@b"})
         EXPECT_NE(Tool({"csr", "build", "@me.key", "--subject", text}).code, exitDone) << text;
+    for (const auto& [option, value, reason] : {std::tuple("--subject", "CN=", "nothing for commonName"),
+                                                {"--subject", "1.2.3=", "nothing for 1.2.3"},
+                                                {"--san", "DNS:a b", "not DNS:a b"},
+                                                {"--san", "email:ä", "not email:ä"}}) {
+        const ToolResult refused = Tool({"csr", "build", "@me.key", "--subject", "CN=a", option, value});
+        EXPECT_EQ(refused.code, exitUsage);
+        EXPECT_NE(refused.error.find(reason), std::string::npos) << refused.error;
+    }
     const std::string joined = "CN=a+serialNumber=5, C=FI";
     Done({"csr", "build", "@me.key", "--subject", joined, "-o", "@joined.csr"});
     const std::string shown = Tool({"csr", "show", "@joined.csr"}).output;
@@ -108,6 +118,7 @@ TEST_F(CryptotoolPki, ARequestCarriesWishesThatTheIssuerGrantsOrNot)
     Put("forged.csr", der);
     const ToolResult verified = Tool({"csr", "verify", "@forged.csr"});
     EXPECT_EQ(verified.output, "FAILED\n");
+    EXPECT_EQ(Tool({"csr", "verify", "--json", "@forged.csr"}).output, "{\"verified\":false,\n\"subject\":\"CN=Fish\"}\n");
     EXPECT_EQ(verified.code, exitRefused);
     const ToolResult refused = Tool({"cert", "build", "@forged.csr", "--ca", "@sub.pem", "--ca-key", "@sub.key", "-o", "@none"});
     EXPECT_EQ(refused.code, exitRefused);
@@ -227,7 +238,7 @@ TEST_F(CryptotoolPki, BadInputIsExplainedInOneLine)
         {{"cms", "encrypt", "--recipient", "@me.pem", "@wrong"},
          1,
          "me.pem",
-         "messages are encrypted for RSA keys alone; elliptic-curve recipients come later"},
+         "its key is not RSA; messages are encrypted for RSA keys only"},
         {{"cms", "verify", "--trust", "@root.pem", "@empty"}, 1, "empty", "warning: it is empty"},
         {{"p12", "export", "--new-password-file", "@secret", "@me.key"}, 1, "me.key", "it holds no certificate"},
         {{"cert", "verify", "--trust", "@me.pem", "--ocsp", "@me.key", "--at", "2026-11-23T12:00:00Z", "@me.pem"},
@@ -275,7 +286,7 @@ TEST_F(CryptotoolPki, MessagesAreSignedAndVerified)
         {"without a proof", {"--status", "leaf", "--content", "@report", "@detached"}, 3, "UNDECIDED  status-unknown"},
         {"revoked", {"--crl", "@lost.crl", "--status", "leaf", "--content", "@report", "@detached"}, 1, "INVALID  revoked"},
         {"altered", {"--content", "@altered", "@detached"}, 1, "INVALID  bad-signature"},
-        {"without the content", {"@detached"}, 1, "INVALID  "},
+        {"without the content", {"@detached"}, 1, "INVALID  malformed: The content is detached; --content was not given"},
         {"no message", {"@report"}, 1, "INVALID  malformed"},
     };
     for (const auto& test : cases) {

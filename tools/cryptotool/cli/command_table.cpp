@@ -24,7 +24,7 @@ constexpr Noun nounTable[] = {
     {"cert", "show, verify and issue certificates"},
     {"crl", "show, verify, search and issue revocation lists"},
     {"csr", "show, verify and make certificate requests"},
-    {"ocsp", "ask for the status of certificates, judge answers, and give them"},
+    {"ocsp", "ask for the status of certificates, verify responses, and make them"},
     {"cms", "sign files and verify, encrypt and decrypt messages"},
     {"p12", "show, read and make files of keys and certificates (PKCS#12)"},
 };

@@ -45,8 +45,8 @@ constexpr SecretKind passwordSecret = {
 constexpr SecretKind newPasswordSecret = {
     "new password",
     true,
-    {OptionKind::text, 0, "new-password-file", "FILE", "as --password-file, for the key that is written"},
-    {OptionKind::number, 0, "new-password-fd", "N", "as --password-fd, for the key that is written"},
+    {OptionKind::text, 0, "new-password-file", "FILE", "as --password-file, for what is written"},
+    {OptionKind::number, 0, "new-password-fd", "N", "as --password-fd, for what is written"},
 };
 
 /// Whether standard input is named as the source of the secret, as a file or as the descriptor 0.

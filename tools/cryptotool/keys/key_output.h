@@ -14,13 +14,14 @@ namespace ccrypto {
 constexpr Option privateFormOption = {OptionKind::choice, 0, "form", "pkcs8|pkcs1|sec1|encrypted",
                                       "PKCS#8 (pkcs8), RSAPrivateKey, ECPrivateKey, or PKCS#8 encrypted with a password"};
 constexpr Option keyEncodingOption = {OptionKind::choice, 0, "outform", "pem|der", "PEM (pem), or DER, which is binary"};
-constexpr Option keyCipherOption = {OptionKind::text, 0, "cipher", "NAME",
-                                    "for encrypted: aes-128-cbc, aes-192-cbc, aes-256-cbc (the default) or des-ede3-cbc"};
+constexpr Option keyCipherOption = {
+    OptionKind::text, 0, "cipher", "NAME",
+    "encryption with a password: aes-128-cbc, aes-192-cbc, aes-256-cbc (the default) or des-ede3-cbc"};
 constexpr Option keyIterationsOption = {OptionKind::number, 0, "iterations", "N",
-                                        "for encrypted: iterations of PBKDF2, 1000 to 50000000 (600000)"};
+                                        "encryption with a password: iterations of PBKDF2, 1000 to 50000000 (600000)"};
 constexpr Option keySchemeOption = {
     OptionKind::text, 0, "scheme", "NAME",
-    "for encrypted: an old, weak scheme of PKCS#12, for programs that read nothing newer: sha1-3des, "
+    "encryption with a password: an old, weak scheme of PKCS#12, for programs that read nothing newer: sha1-3des, "
     "sha1-2des, sha1-rc2-128, sha1-rc2-40, sha1-rc4-128 or sha1-rc4-40"};
 
 /// Reads keyCipherOption, keyIterationsOption and keySchemeOption, and warns of a weak scheme. \return exitDone, or exitUsage after

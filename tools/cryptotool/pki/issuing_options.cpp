@@ -106,7 +106,7 @@ int AddAlternativeNames(Invocation& invocation, CCrypto_X509_ValueList& extensio
     GeneralNames names;
     for (const std::string& value : invocation.arguments().values(alternativeNameOption.name)) {
         const std::optional<GeneralName> name = ParseGeneralName(value);
-        if (!name)
+        if (!name || BuildSubjectAlternativeName({*name}) == nullptr)
             return MisuseOf(invocation, alternativeNameOption, value);
         names.push_back(*name);
     }

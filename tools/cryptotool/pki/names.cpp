@@ -15,24 +15,6 @@ namespace ccrypto {
 
 namespace {
 
-struct UsageName {
-    KeyUsageBit bit;
-    std::string_view name;
-};
-constexpr UsageName usageNames[] = {
-    {KeyUsageBit::digitalSignature, "digitalSignature"},
-    {KeyUsageBit::nonRepudiation, "nonRepudiation"},
-    {KeyUsageBit::keyEncipherment, "keyEncipherment"},
-    {KeyUsageBit::dataEncipherment, "dataEncipherment"},
-    {KeyUsageBit::keyAgreement, "keyAgreement"},
-    {KeyUsageBit::keyCertSign, "keyCertSign"},
-    {KeyUsageBit::crlSign, "cRLSign"},
-    {KeyUsageBit::encipherOnly, "encipherOnly"},
-    {KeyUsageBit::decipherOnly, "decipherOnly"},
-    // The newer name of X.509; the first one found is printed.
-    {KeyUsageBit::nonRepudiation, "contentCommitment"},
-};
-
 /// Where the name of the table of object identifiers is no short one.
 struct OwnName {
     std::string_view dotted;
@@ -215,7 +197,7 @@ std::vector<std::string> KeyUsageNames(KeyUsage usage)
 {
     std::vector<std::string> names;
     std::uint16_t seen = 0;
-    for (const UsageName& row : usageNames) {
+    for (const KeyUsageName& row : keyUsageNames) {
         const auto bit = static_cast<std::uint16_t>(row.bit);
         if (usage.has(row.bit) && (seen & bit) == 0)
             names.emplace_back(row.name);
@@ -226,8 +208,8 @@ std::vector<std::string> KeyUsageNames(KeyUsage usage)
 
 std::optional<KeyUsageBit> KeyUsageBitOf(std::string_view name)
 {
-    const auto known = std::ranges::find_if(usageNames, [=](const UsageName& row) { return SameInAnyCase(row.name, name); });
-    return known != std::end(usageNames) ? std::optional(known->bit) : std::nullopt;
+    const auto known = std::ranges::find_if(keyUsageNames, [=](const KeyUsageName& row) { return SameInAnyCase(row.name, name); });
+    return known != std::end(keyUsageNames) ? std::optional(known->bit) : std::nullopt;
 }
 
 std::string SerialText(std::span<const std::uint8_t> integer)

@@ -154,6 +154,11 @@ int ReadStatusFiles(Invocation& invocation, StatusSources& sources)
     return exit;
 }
 
+const char* MissingAnchorText(const Invocation& invocation, Reason reason)
+{
+    return reason == Reason::noPath && !invocation.arguments().has(trustOption.name) ? "; --trust was not given" : "";
+}
+
 int ReadValidationFiles(Invocation& invocation, ValidationInput& input)
 {
     int exit = AddCertificates(invocation, trustOption, true, input.pool);

@@ -27,8 +27,8 @@ constexpr Option purposeOption = {
 constexpr Option keyUsageOption = {
     OptionKind::text, 0, "key-usage", "NAME", "demand this key usage: digitalSignature, nonRepudiation, ...", true};
 constexpr Option hostOption = {OptionKind::text, 0, "host", "NAME", "demand this DNS name in the alternative names"};
-constexpr Option ipOption = {OptionKind::text, 0, "ip", "ADDRESS", "demand this IP address there"};
-constexpr Option emailOption = {OptionKind::text, 0, "email", "ADDRESS", "demand this e-mail address there"};
+constexpr Option ipOption = {OptionKind::text, 0, "ip", "ADDRESS", "demand this IP address in the alternative names"};
+constexpr Option emailOption = {OptionKind::text, 0, "email", "ADDRESS", "demand this e-mail address in the alternative names"};
 constexpr Option maxDepthOption = {OptionKind::number, 0, "max-depth", "N",
                                    "at most N intermediates, self-issued ones not counted"};
 constexpr Option strictOption = {OptionKind::flag, 0, "strict", "", "demand the profile of RFC 5280, section 4"};
@@ -60,6 +60,9 @@ struct ValidationInput {
 int ReadValidationOptions(Invocation& invocation, ValidationOptions& options);
 /// The time of timeOption, or the present. \return exitDone or exitUsage.
 int ReadTimeOption(Invocation& invocation, const Option& option, CCryptoDateTime& time);
+
+/// What to add to the detail of a verdict for this reason: that no option gave an anchor; empty where this explains nothing.
+const char* MissingAnchorText(const Invocation& invocation, Reason reason);
 
 /// The files of anchors, candidates and status that the invocation names.
 std::vector<std::string> ValidationFiles(const Invocation& invocation);

@@ -89,8 +89,10 @@ int VerifyCertificate(Invocation& invocation)
         exit = ReadSubject(invocation, file, input.pool, subject, failure);
     if (exit != exitDone)
         return exit;
-    return PrintVerdict(invocation, subject != nullptr ? ValidateCertificate(subject, input.pool, input.sources, input.options)
-                                                       : VerdictWithoutSubject(input.options, failure));
+    PathVerdict verdict = subject != nullptr ? ValidateCertificate(subject, input.pool, input.sources, input.options)
+                                             : VerdictWithoutSubject(input.options, failure);
+    verdict.detail += MissingAnchorText(invocation, verdict.reason);
+    return PrintVerdict(invocation, verdict);
 }
 
 } // namespace

@@ -67,7 +67,7 @@ int EncryptMessage(Invocation& invocation)
         if (exit == exitDone)
             exit = ReadCertificate(invocation, recipient, recipients.emplace_back());
         if (exit == exitDone && recipients.back()->publicKey()->algorithmId() != algorithm::rsaEncryption)
-            exit = invocation.refuse(recipient, "messages are encrypted for RSA keys alone; elliptic-curve recipients come later");
+            exit = invocation.refuse(recipient, "its key is not RSA; messages are encrypted for RSA keys only");
     }
     if (exit != exitDone)
         return exit;

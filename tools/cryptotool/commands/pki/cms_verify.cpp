@@ -136,6 +136,18 @@ SignedDataVerdict VerdictWithoutSigners(const std::string& detail)
     return verdict;
 }
 
+/// Adds to the details which option would have given what was missing.
+void NameMissingOptions(const Invocation& invocation, bool hasContent, SignedDataVerdict& verdict)
+{
+    const auto missing = [&](Reason reason) {
+        const bool isContent = reason == Reason::malformed && !hasContent;
+        return isContent ? "; --content was not given" : MissingAnchorText(invocation, reason);
+    };
+    verdict.detail += verdict.signers.empty() ? "" : missing(verdict.reason);
+    for (SignerVerdict& signer : verdict.signers)
+        signer.detail += missing(signer.reason);
+}
+
 int FinishVerification(Invocation& invocation, const SignedDataVerdict& verdict, const CCryptoDateTime& at,
                        std::span<const std::uint8_t> content)
 {
@@ -184,9 +196,10 @@ int VerifyMessage(Invocation& invocation)
         return FinishVerification(invocation, VerdictWithoutSigners(LastReason("it is not a CMS message")), options.validation.at,
                                   {});
     if (document.signedData() == nullptr)
-        return FinishVerification(invocation, VerdictWithoutSigners("it is not signed data"), options.validation.at, {});
+        return FinishVerification(invocation, VerdictWithoutSigners("it is not a signed message"), options.validation.at, {});
     const CCryptoPKCS7SignedDataObject& data = *document.signedData();
-    const SignedDataVerdict verdict = VerifySignedData(data, content ? &*content : nullptr, trust, options);
+    SignedDataVerdict verdict = VerifySignedData(data, content ? &*content : nullptr, trust, options);
+    NameMissingOptions(invocation, content || data.hasContent, verdict);
     return FinishVerification(invocation, verdict, options.validation.at,
                               data.hasContent ? data.content.bytes() : detached.bytes());
 }

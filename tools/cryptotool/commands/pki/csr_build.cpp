@@ -9,8 +9,8 @@ namespace ccrypto {
 namespace {
 
 constexpr std::string_view csrBuildDetails =
-    R"(Makes a certificate request (PKCS#10) for the private key in KEY and signs it with that key. The extensions are wishes, which the
-issuer may grant. NAME is written as names are printed, with the last relative name first: "CN=Signer, O=Example, C=FI".
+    R"(Makes a certificate request (PKCS#10) for the private key in KEY and signs it with that key. The issuer
+decides whether it takes over the extensions. NAME is written as names are printed, with the last relative name first: "CN=Signer, O=Example, C=FI".
 )";
 constexpr Option csrBuildOptions[] = {
     subjectOption,   isCaOption,      pathLengthOption,    setKeyUsageOption,   setPurposeOption,          alternativeNameOption,

@@ -15,10 +15,10 @@ constexpr std::string_view csrShowDetails =
 )";
 constexpr std::string_view csrVerifyDetails =
     R"(Verifies that the owner of the key in the certificate request in FILE signed it. Prints OK and ends with 0, or prints FAILED and
-ends with 1.
+ends with 1. With --json: "verified" and "subject".
 )";
 constexpr Option csrShowOptions[] = {jsonOption, outputOption};
-constexpr Option csrVerifyOptions[] = {outputOption};
+constexpr Option csrVerifyOptions[] = {jsonOption, outputOption};
 
 int ShowRequest(Invocation& invocation)
 {
@@ -46,7 +46,11 @@ int VerifyRequest(Invocation& invocation)
     if (const int exit = ReadRequest(invocation, invocation.arguments().operand(0), request); exit != exitDone)
         return exit;
     const bool isGood = request->verifySignature() == SignatureResult::good;
-    const int exit = WriteText(invocation, isGood ? "OK\n" : "FAILED\n");
+    Report report;
+    report.addTruth("verified", isGood);
+    report.add("subject", NameText(request->subject()).view());
+    const bool isJson = invocation.arguments().has(jsonOption.name);
+    const int exit = WriteText(invocation, isJson ? report.json() + "\n" : std::string(isGood ? "OK\n" : "FAILED\n"));
     return exit == exitDone && !isGood ? exitRefused : exit;
 }
 
