@@ -10,7 +10,8 @@ namespace {
 bool IsSame(const RevokedEntry& left, const RevokedEntry& right)
 {
     return left.serialNumber == right.serialNumber && left.revocationDate == right.revocationDate && left.reason == right.reason &&
-           left.invalidityDate.isValid() == right.invalidityDate.isValid() && left.certificateIssuer == right.certificateIssuer &&
+           left.invalidityDate.isValid() == right.invalidityDate.isValid() &&
+           std::ranges::equal(left.certificateIssuer, right.certificateIssuer) &&
            left.hasUnknownCritical == right.hasUnknownCritical;
 }
 

@@ -65,7 +65,7 @@ bool ReadListStatus(const CCrypto_X509_CRL& list, const element& serialNumber, C
         status.revocationReason = worst->reason;
     }
     return std::ranges::none_of(entries, [](const RevokedEntry& entry) {
-        return entry.reason == RevocationReason::removeFromCrl || !entry.certificateIssuer.isEmpty();
+        return entry.reason == RevocationReason::removeFromCrl || !entry.certificateIssuer.empty();
     });
 }
 

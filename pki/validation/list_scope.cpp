@@ -181,10 +181,13 @@ bool IsDeltaOf(const KnownList& delta, const KnownList& base)
 std::optional<RevokedEntry> EntryOf(const KnownList& list, const KnownCertificate& certificate)
 {
     std::optional<RevokedEntry> removed;
+    // One name may hold for all entries, and is compared once.
+    const std::uint8_t* compared = nullptr;
+    bool isOfIssuer = list.issuer == certificate.issuer;
     for (RevokedEntry& entry : list.list->find(certificate.certificate->serialNumber().bytes())) {
-        bool isOfIssuer = list.issuer == certificate.issuer;
-        if (!entry.certificateIssuer.isEmpty()) {
-            const std::optional<GeneralNames> names = ReadGeneralNames(entry.certificateIssuer.bytes());
+        if (!entry.certificateIssuer.empty() && entry.certificateIssuer.data() != compared) {
+            compared = entry.certificateIssuer.data();
+            const std::optional<GeneralNames> names = ReadGeneralNames(entry.certificateIssuer);
             const std::vector<ComparableName> issuers = names ? DirectoryNames(*names) : std::vector<ComparableName>();
             isOfIssuer = std::find(issuers.begin(), issuers.end(), certificate.issuer) != issuers.end();
         }

@@ -123,14 +123,15 @@ private:
 bool HasEntryExtensions(const RevokedEntry& entry)
 {
     const bool hasReason = entry.reason && *entry.reason != RevocationReason::unspecified;
-    return hasReason || entry.invalidityDate.isValid() || !entry.certificateIssuer.isEmpty();
+    return hasReason || entry.invalidityDate.isValid() || !entry.certificateIssuer.empty();
 }
 
 /// The certificateIssuer extension, critical (RFC 5280, 5.3.3); empty when there is none.
 element CertificateIssuerOf(const RevokedEntry& entry)
 {
-    const ExtensionPtr extension =
-        entry.certificateIssuer.isEmpty() ? nullptr : BuildExtension(oids::certificateIssuer, entry.certificateIssuer, true);
+    if (entry.certificateIssuer.empty())
+        return {};
+    const ExtensionPtr extension = BuildExtension(oids::certificateIssuer, OctetsOfSpan(entry.certificateIssuer), true);
     return extension != nullptr ? extension->BuildDer() : element();
 }
 
@@ -171,7 +172,7 @@ bool SetExtensions(const CCrypto_X509_ValueList& extensions, CCrypto_X509_Certif
 {
     CCrypto_X509_ValueList copy;
     const ElementNodePtr items = extensions.BuildItems(false);
-    if ((items == nullptr && !extensions.isEmpty()) || !copy.Parse(items.get()))
+    if ((items == nullptr && !extensions.isEmpty()) || !copy.Parse(items.get(), false))
         return false;
     certificate.setExtensions(std::move(copy));
     return true;

@@ -124,7 +124,7 @@ std::optional<EntryExtension> SplitExtension(const DerItem& item)
     }
     const DerItem content = cursor.read(der_tag::octetString);
     extension.content = content.value;
-    if (extension.oid.empty() || !content || !cursor.atEnd())
+    if (!IsIdentifierContent(extension.oid) || !content || !cursor.atEnd())
         return std::nullopt;
     return extension;
 }
@@ -288,7 +288,7 @@ bool RevokedEntries::check(std::uint32_t maxEntries)
                 return logger.fail(false, "The extensions of entry %u are malformed", count);
             hasUnknownCritical_ |= extensions->hasUnknownCritical;
             if (!extensions->certificateIssuer.empty())
-                issuers_.push_back(place);
+                issuers_.push_back({place, extensions->certificateIssuer});
         }
         if (count % entriesInStep == 0)
             steps_.push_back(place);
@@ -402,17 +402,16 @@ RevokedEntry RevokedEntries::decode(Place place) const
         if (extensions->invalidityDate)
             entry.invalidityDate = ReadX509Time(extensions->invalidityDate);
     }
-    const auto after = std::ranges::upper_bound(issuers_, place);
-    if (after != issuers_.begin()) {
-        const std::optional<EntryParts> last = SplitEntry(DerCursor(octets_.subspan(*std::prev(after))).read());
-        entry.certificateIssuer = octetsOf(ReadEntryExtensions(last->extensions.value)->certificateIssuer);
-    }
+    const auto after = std::ranges::upper_bound(issuers_, place, {}, &IssuerPlace::entry);
+    if (after != issuers_.begin())
+        entry.certificateIssuer = std::prev(after)->names;
     return entry;
 }
 
 std::size_t RevokedEntries::indexSize() const
 {
-    return (places_.capacity() + bucketStarts_.capacity() + steps_.capacity() + issuers_.capacity()) * sizeof(Place);
+    return (places_.capacity() + bucketStarts_.capacity() + steps_.capacity()) * sizeof(Place) +
+           issuers_.capacity() * sizeof(IssuerPlace);
 }
 
 } // namespace ccrypto

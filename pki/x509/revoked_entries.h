@@ -35,8 +35,10 @@ struct RevokedEntry {
     element serialNumber; ///< big-endian, as the octets of the INTEGER are
     CCryptoDateTime revocationDate;
     std::optional<RevocationReason> reason;
-    CCryptoDateTime invalidityDate;  ///< invalid when it is not given
-    element certificateIssuer;       ///< GeneralNames (DER) of this entry or of the last one before it that has them; else empty
+    CCryptoDateTime invalidityDate; ///< invalid when it is not given
+    /// GeneralNames (DER) of this entry or of the last one before it that has them; else empty. They belong to the list: one name
+    /// may hold for every entry, and copies would be as many.
+    std::span<const std::uint8_t> certificateIssuer;
     bool hasUnknownCritical = false; ///< a critical extension other than these: the list must not be used
 };
 
@@ -71,6 +73,11 @@ public:
 private:
     /// Where an entry begins in the octets.
     using Place = std::uint32_t;
+    /// A certificateIssuer, and the entry that has it.
+    struct IssuerPlace {
+        Place entry;
+        std::span<const std::uint8_t> names;
+    };
 
     bool check(std::uint32_t maxEntries);
     bool makeIndex();
@@ -81,10 +88,10 @@ private:
     RevokedEntry decode(Place place) const;
 
     std::span<const std::uint8_t> octets_;
-    std::vector<Place> places_;       ///< of all entries, bucket after bucket
-    std::vector<Place> bucketStarts_; ///< in places_, and the end of the last
-    std::vector<Place> steps_;        ///< of every 64th entry, in the order of the list
-    std::vector<Place> issuers_;      ///< of the entries that have a certificateIssuer
+    std::vector<Place> places_;        ///< of all entries, bucket after bucket
+    std::vector<Place> bucketStarts_;  ///< in places_, and the end of the last
+    std::vector<Place> steps_;         ///< of every 64th entry, in the order of the list
+    std::vector<IssuerPlace> issuers_; ///< in the order of the list
     bool hasUnknownCritical_ = false;
 };
 

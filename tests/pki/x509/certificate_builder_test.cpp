@@ -206,7 +206,7 @@ TEST(CertificateBuilder, IssuesRevocationLists)
     fields.entries.back().invalidityDate = MomentOf(2024);
     fields.entries.push_back(EntryOf(6));
     const Bytes issuerNames = Tlv(der::sequence, TestDirectoryName("CN=Other"));
-    fields.entries.back().certificateIssuer = ElementOf(issuerNames);
+    fields.entries.back().certificateIssuer = issuerNames;
 
     constexpr std::string_view date = "20260101000000Z";
     const auto invalidity = [](std::string_view time) {

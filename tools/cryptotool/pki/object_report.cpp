@@ -95,9 +95,9 @@ void DescribeEntry(const RevokedEntry& entry, Report& report)
         report.addNothing("reason");
     if (entry.invalidityDate.isValid())
         report.addTime("invalidityDate", entry.invalidityDate);
-    if (!entry.certificateIssuer.isEmpty()) {
+    if (!entry.certificateIssuer.empty()) {
         std::vector<std::string> names;
-        for (const GeneralName& name : ReadGeneralNames(entry.certificateIssuer.bytes()).value_or(GeneralNames()))
+        for (const GeneralName& name : ReadGeneralNames(entry.certificateIssuer).value_or(GeneralNames()))
             names.push_back(AlternativeNameText(name));
         report.addTexts("certificateIssuer", names);
     }
