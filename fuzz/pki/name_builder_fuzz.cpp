@@ -36,7 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(name.values().size() == count);
     CCryptoParser parser;
     CCrypto_X509_ValueList again;
-    Require(parser.Load_DER_Memory(name.GetDerEncodedElement()) && parser.isDer() && again.Parse(parser.root()->content()));
+    Require(parser.Load_DER_Memory(name.GetDerEncodedElement()) && parser.isDer() && again.Parse(parser.root()->content(), true));
     Require(again.values().size() == count);
     for (CCryptoString NameStrings::*const text : strings) {
         bool isThere = (texts.*text).isEmpty();

@@ -45,7 +45,7 @@ bool CStructure::findExtensions(std::string_view name, CCrypto_X509_ValueList& e
         return true;
     const elementNode* const list = findOnly(name);
     return list != nullptr && list->type() == ElementType::sequence && list->content() != nullptr &&
-           extensions.Parse(list->content());
+           extensions.Parse(list->content(), false);
 }
 
 bool CStructure::fillTime(std::string_view name, const CCryptoDateTime& time)

@@ -42,13 +42,14 @@ std::int32_t VersionOf(elementNode* root)
     const element* const number = CCryptoParser::find_path_element(root, versionPath);
     if (number == nullptr)
         return 1;
-    const std::int32_t version = number->exactInt().value_or(maxVersion);
+    const std::int32_t version = IsMinimalInteger(number->bytes()) ? number->exactInt().value_or(maxVersion) : maxVersion;
     return version < 0 || version >= maxVersion ? 0 : version + 1;
 }
 
 /// The octets of the parts that are kept as they were read.
 struct CertificateOctets {
     std::span<const std::uint8_t> signedPart, issuer, subject, publicKey, extensions;
+    bool areIdentifiersBits = true; ///< the unique ones, which are BIT STRINGs under a tag of their own
 };
 
 /// Walks octets that the template was found in. \return false for octets that are not DER after all.
@@ -66,12 +67,15 @@ bool FindOctets(std::span<const std::uint8_t> der, CertificateOctets& octets)
     const DerItem validity = fields.read(der_tag::sequence);
     const DerItem subject = fields.read(der_tag::sequence);
     const DerItem publicKey = fields.read(der_tag::sequence);
+    bool areIdentifiersBits = true;
     while (!fields.atEnd() && !fields.nextIs(extensionsTag)) {
-        if (!fields.read())
+        const DerItem identifier = fields.read();
+        if (!identifier)
             return false;
+        areIdentifiersBits &= !identifier.value.empty() && identifier.value[0] < (identifier.value.size() > 1 ? 8 : 1);
     }
     const DerItem extensions = fields.read(extensionsTag);
-    octets = {signedPart.octets, issuer.octets, subject.octets, publicKey.octets, extensions.value};
+    octets = {signedPart.octets, issuer.octets, subject.octets, publicKey.octets, extensions.value, areIdentifiersBits};
     return isStart && issuer && validity && subject;
 }
 
@@ -194,6 +198,8 @@ bool CCrypto_X509_Certificate::readNames(CCryptoAutoLogger& logger, const CCrypt
         octets.subject = subjectOctets.bytes();
         octets.extensions = extensionsOctets.bytes();
     }
+    if (!octets.areIdentifiersBits)
+        return logger.fail(false, "Invalid unique identifier");
     if (!issuer_.Refer(issuer.node, octets.issuer, true))
         return logger.fail(false, "Invalid issuer");
     if (!subject_.Refer(subject.node, octets.subject, true))
@@ -221,11 +227,12 @@ bool CCrypto_X509_Certificate::readKey(CCryptoAutoLogger& logger, const elementN
 
 bool CCrypto_X509_Certificate::setVersion(std::uint32_t version)
 {
-    changeFields();
+    CCryptoAutoLogger logger("CCrypto_X509_Certificate::setVersion");
     if (version != 1 && version != 3)
-        return false;
+        return logger.fail(false, "Invalid version: %u", version);
+    changeFields();
     version_ = version;
-    return true;
+    return logger.setResult(true);
 }
 
 void CCrypto_X509_Certificate::setSerialNumber(const element& magnitude)
@@ -271,11 +278,11 @@ bool CCrypto_X509_Certificate::setPublicKey(std::shared_ptr<ICryptoKeyPair> key)
 bool CCrypto_X509_Certificate::setPublicKeyInfo(const element& info)
 {
     CCryptoAutoLogger logger("CCrypto_X509_Certificate::setPublicKeyInfo");
-    changeFields();
     const ElementNodePtr tree = info.isEmpty() ? nullptr : CCryptoDERParser().Decode(info.bytes());
     const element* const bits = tree != nullptr ? PublicKeyBits(*tree) : nullptr;
     if (bits == nullptr)
         return logger.fail(false, "Public key not found");
+    changeFields();
     publicKeyBits_ = Octets(*bits);
     publicKeyInfo_ = Octets(info);
     publicKey_.reset();

@@ -144,7 +144,7 @@ bool CCryptoCertificateRequest::readAttributes(CCryptoAutoLogger& logger, const 
         if (attributes_.size() >= CCrypto_X509_ValueList::maxValues)
             return logger.fail(false, "There are more than %u values", CCrypto_X509_ValueList::maxValues);
         attributes_.push_back(Oid::OfNode(node->content()));
-        if (attributes_.back().isNone())
+        if (!IsIdentifierContent(attributes_.back().octets()))
             return logger.fail(false, "Invalid attribute");
         if (!(attributes_.back() == ExtensionRequest()))
             continue;

@@ -184,8 +184,11 @@ bool CCrypto_X509_CRL::readFields(const CCryptoTemplateMatch& match)
     version_ = version == nullptr ? 1 : isOneOctet ? version->token()[0] + 1u : 0;
     if (version != nullptr && version_ != 2)
         return logger.fail(false, "Invalid version: %i", static_cast<int>(version_));
+    const TemplateBinding* const extensions = match.find("EXTENSIONS");
+    if (extensions != nullptr && extensions->node == nullptr)
+        return logger.fail(false, "Invalid extensions");
     const bool isRead = signatureAlgorithm_.Parse(BoundTo(match, "SIGNATURE_ALGORITHM")) &&
-                        issuer_.Parse(BoundTo(match, "ISSUER")) && extensions_.Parse(BoundTo(match, "EXTENSIONS")) &&
+                        issuer_.Parse(BoundTo(match, "ISSUER"), true) && extensions_.Parse(BoundTo(match, "EXTENSIONS"), false) &&
                         outerSignatureAlgorithm_.Parse(BoundTo(match, "SIGNATURE_ALGORITHM_2"));
     return logger.setResult(isRead);
 }

@@ -26,18 +26,6 @@ element OctetsOf(ExtensionOctets octets)
     return {octets.data(), static_cast<std::uint32_t>(octets.size())};
 }
 
-/// Whether these are the content octets of an OBJECT IDENTIFIER (X.690, 8.19): whole, minimal subidentifiers.
-bool IsIdentifierContent(ExtensionOctets octets)
-{
-    bool isFirstOctet = true;
-    for (const std::uint8_t octet : octets) {
-        if (isFirstOctet && octet == 0x80)
-            return false;
-        isFirstOctet = (octet & 0x80) == 0;
-    }
-    return !octets.empty() && isFirstOctet;
-}
-
 std::optional<Oid> TakeIdentifier(DerCursor& cursor)
 {
     const DerItem item = cursor.read(der_tag::objectIdentifier);

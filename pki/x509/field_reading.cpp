@@ -30,13 +30,24 @@ std::optional<element> SignatureOctets(const elementNode* bitString)
     if (const element* const octets = WholeBytes(bitString); octets != nullptr)
         return element(octets->data(), octets->length());
     const element* const unusedBits = BitsOf(bitString) != nullptr ? BracketNumber(*bitString) : nullptr;
-    return unusedBits != nullptr ? std::optional(element()) : std::nullopt;
+    return unusedBits != nullptr && unusedBits->toWord32() < 8 ? std::optional(element()) : std::nullopt;
 }
 
 const element* MinimalInteger(const elementNode* value)
 {
     const element* const octets = value != nullptr && value->type() == ElementType::integer ? &value->token() : nullptr;
     return octets != nullptr && IsMinimalInteger(octets->bytes()) ? octets : nullptr;
+}
+
+bool IsIdentifierContent(std::span<const std::uint8_t> octets)
+{
+    bool isFirstOctet = true;
+    for (const std::uint8_t octet : octets) {
+        if (isFirstOctet && octet == 0x80)
+            return false;
+        isFirstOctet = (octet & 0x80) == 0;
+    }
+    return !octets.empty() && isFirstOctet;
 }
 
 element OctetsOfList(const TemplateBinding& items)

@@ -34,6 +34,9 @@ namespace ccrypto {
     return IsMinimalInteger(octets) && octets[0] < 0x80;
 }
 
+/// Whether these are the contents of an OBJECT IDENTIFIER (X.690, 8.19): whole, minimal subidentifiers.
+[[nodiscard]] bool IsIdentifierContent(std::span<const std::uint8_t> octets);
+
 /// The SEQUENCE of the elements that a placeholder stands for.
 [[nodiscard]] element OctetsOfList(const TemplateBinding& items);
 

@@ -25,7 +25,7 @@ CCryptoIssuerAndSerialNumber::CCryptoIssuerAndSerialNumber(const CCrypto_X509_Ce
     : CCryptoIssuerAndSerialNumber()
 {
     const ElementNodePtr items = certificate.issuer().BuildItems(true);
-    if (issuer_.Parse(items.get()))
+    if (issuer_.Parse(items.get(), true))
         serialNumber_ = certificate.serialNumber();
 }
 
@@ -50,7 +50,7 @@ bool CCryptoIssuerAndSerialNumber::ParseNode()
     if (serialNumber == nullptr || serialNumber->length() > CCrypto_X509_Base::maxSerialNumber)
         return false;
     serialNumber_ = Octets(*serialNumber);
-    return issuer_.Parse(find("issuer"));
+    return issuer_.Parse(find("issuer"), true);
 }
 
 bool CCryptoIssuerAndSerialNumber::means(const CCrypto_X509_Certificate& certificate) const

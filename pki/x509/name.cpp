@@ -41,7 +41,7 @@ std::optional<NameOctets> ReadNameOctets(std::span<const std::uint8_t> der)
             DerCursor parts(attribute.value);
             const DerItem oid = parts.read(der_tag::objectIdentifier);
             const DerItem value = parts.read();
-            if (oid.value.empty() || !value || !parts.atEnd() || ++count > CCrypto_X509_ValueList::maxValues)
+            if (!IsIdentifierContent(oid.value) || !value || !parts.atEnd() || ++count > CCrypto_X509_ValueList::maxValues)
                 return std::nullopt;
             relativeName.push_back({oid.value, value});
         }

@@ -2,10 +2,12 @@
 
 #include "asn1/der/der_analyzer.h"
 #include "asn1/der/der_parser.h"
+#include "asn1/der/encoding_form.h"
 #include "asn1/template/template_cache.h"
 #include "asn1/tree/item_list.h"
 #include "core/diagnostics/auto_logger.h"
 #include "pki/x509/attribute_text.h"
+#include "pki/x509/field_reading.h"
 
 #include <algorithm>
 #include <utility>
@@ -41,10 +43,14 @@ bool ReadFlag(const elementNode* value, bool& flag)
     return octet == 0 || octet == 0xFF || value->type() == ElementType::truth;
 }
 
-bool IsPrimitiveString(const elementNode& node)
+/// The octets of a primitive OCTET STRING, which may be none; null for any other value.
+const element* StringOctets(const elementNode& node)
 {
+    static const element none = element();
     const elementNode* const value = node.value();
-    return node.type() == ElementType::octetString && value != nullptr && !IsAsn1Type(value->type());
+    if (node.type() != ElementType::octetString || FormOfData(node) == EncodingForm::constructed)
+        return nullptr;
+    return value == nullptr ? &none : !IsAsn1Type(value->type()) ? &value->token() : nullptr;
 }
 
 } // namespace
@@ -100,14 +106,13 @@ bool CCrypto_X509_Value::ParseNode()
 {
     value_ = find("value");
     oid_ = Oid::OfNode(data()->content());
-    return !oid_.isNone() && (!isBound("mandatory") || ReadFlag(find("mandatory"), critical_));
+    return IsIdentifierContent(oid_.octets()) && (!isBound("mandatory") || ReadFlag(find("mandatory"), critical_));
 }
 
 element CCrypto_X509_Value::content() const
 {
-    if (value_ == nullptr || !IsPrimitiveString(*value_))
-        return {};
-    return Octets(value_->value()->token());
+    const element* const octets = value_ != nullptr ? StringOctets(*value_) : nullptr;
+    return octets != nullptr ? Octets(*octets) : element();
 }
 
 CCryptoString CCrypto_X509_Value::text(bool* isText) const
@@ -136,8 +141,8 @@ bool CCrypto_X509_ValueList::append(const elementNode& node, bool isAttribute, s
     const TemplateBinding* const flag = match.find("mandatory");
     value->value_ = match.find("value")->node;
     value->relativeName_ = relativeName;
-    if (value->oid_.isNone() || match.surplus() != nullptr || (flag != nullptr && !ReadFlag(flag->node, value->critical_)) ||
-        (!isAttribute && !IsPrimitiveString(*value->value_)))
+    if (!IsIdentifierContent(value->oid_.octets()) || match.surplus() != nullptr ||
+        (flag != nullptr && !ReadFlag(flag->node, value->critical_)) || (!isAttribute && StringOctets(*value->value_) == nullptr))
         return logger.fail(false, "%s", valueInvalid);
     values_.push_back(std::move(value));
     return true;
@@ -163,20 +168,20 @@ bool CCrypto_X509_ValueList::Refer(const elementNode* first, std::span<const std
         const bool isRead = asName ? readAttributes(*node, relativeName++) : append(*node, false, 0);
         if (!isRead) {
             clear();
-            return logger.fail(false, "Not a name, and not a list of extensions");
+            return logger.fail(false, asName ? "Not a name" : "Not a list of extensions");
         }
     }
     readOctets_.assign(octets.data(), static_cast<std::uint32_t>(octets.size()));
     return logger.setResult(true);
 }
 
-bool CCrypto_X509_ValueList::Parse(const elementNode* first)
+bool CCrypto_X509_ValueList::Parse(const elementNode* first, bool asName)
 {
     ElementNodePtr list = elementNode::Make(ElementType::sequence);
     if (first != nullptr)
         list->set(LinkKind::content, first->clone(true));
     const element octets = CCryptoParser::ToDer(list.get());
-    const bool isRead = Refer(list->content(), octets.bytes(), first != nullptr && first->type() == ElementType::set);
+    const bool isRead = Refer(list->content(), octets.bytes(), asName);
     if (isRead)
         ownNodes_ = std::move(list);
     return isRead;

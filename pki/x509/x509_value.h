@@ -59,13 +59,13 @@ public:
     CCrypto_X509_ValueList(CCrypto_X509_ValueList&&) noexcept = default;
     CCrypto_X509_ValueList& operator=(CCrypto_X509_ValueList&&) noexcept = default;
 
-    /// \param first the first SET, or extension, of the list; null for an empty one. \return false, logged, the list empty, for
-    /// what is neither, and for more than maxValues.
-    [[nodiscard]] bool Parse(const elementNode* first);
+    /// \param first of the list; null for an empty one. \param asName a list of SETs, else of extensions. \return false, logged,
+    /// the list empty, for anything else, and for more than maxValues.
+    [[nodiscard]] bool Parse(const elementNode* first, bool asName);
     /// The same of a name. \param der the SEQUENCE; anything else, and octets after it, give false.
     [[nodiscard]] bool ParseName(std::span<const std::uint8_t> der);
     /// The same without copies, for the owner of a tree: the nodes must outlive the list and what is moved out of it.
-    /// \param octets the SEQUENCE that the nodes are read from. \param asName a list of SETs, else of extensions.
+    /// \param octets the SEQUENCE that the nodes are read from.
     [[nodiscard]] bool Refer(const elementNode* first, std::span<const std::uint8_t> octets, bool asName);
     void clear();
 

@@ -39,6 +39,11 @@ Bytes OneExtension(const Bytes& parts)
     return Tlv(der::Context(3), Tlv(der::sequence, Tlv(der::sequence, parts)));
 }
 
+Bytes WithUniqueIdentifier(const Bytes& bitString)
+{
+    return LeafCertificate().extensionsDer(Tlv(der::Context(1, false), bitString)).build(CertificateRoot());
+}
+
 /// A certificate whose signature field is this one.
 Bytes WithSignatureField(const Bytes& bitString)
 {
@@ -66,12 +71,24 @@ const LoadCase loadCases[] = {
                                     OneExtension(Joined({OidTlv("2.5.29.15"), Tlv(der::octetString, {3, 2, 7, 0x80})}))}))
              .build(CertificateRoot());
      }},
+    {"a unique identifier of no octets", [] { return WithUniqueIdentifier({}); }, "Invalid unique identifier"},
+    {"a unique identifier with nine unused bits",
+     [] {
+         return WithUniqueIdentifier({9, 0x78});
+     },
+     "Invalid unique identifier"},
+    {"a unique identifier with unused bits of none", [] { return WithUniqueIdentifier({1}); }, "Invalid unique identifier"},
     {"version 2", [] { return LeafCertificate().version(0x101).build(CertificateRoot()); }, "Invalid version: 2"},
     {"version 4", [] { return LeafCertificate().version(0x103).build(CertificateRoot()); }, "Invalid version: 4"},
     {"a version that fills 32 bits",
      [] {
          return SignedFields(
              Joined({Tlv(der::Context(0), Tlv(der::integer, {0x7F, 0xFF, 0xFF, 0xFF})), JoinedFields(FieldsOfVersion1())}));
+     },
+     "Invalid version: 0"},
+    {"a version with a zero too many",
+     [] {
+         return SignedFields(Joined({Tlv(der::Context(0), Tlv(der::integer, {0, 2})), JoinedFields(FieldsOfVersion1())}));
      },
      "Invalid version: 0"},
     {"a version below zero",

@@ -227,7 +227,7 @@ TEST(Certificate, IsBuiltOfItsFields)
     ASSERT_TRUE(BuildName({.country = "FI", .commonName = "Built"}, name));
     const element nameOctets = name.GetDerEncodedElement();
     CCrypto_X509_ValueList issuer;
-    ASSERT_TRUE(issuer.Parse(name.BuildItems(true).get()));
+    ASSERT_TRUE(issuer.Parse(name.BuildItems(true).get(), true));
 
     CCrypto_X509_Certificate certificate;
     certificate.setSubject(std::move(name));

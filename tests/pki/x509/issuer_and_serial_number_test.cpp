@@ -53,6 +53,7 @@ TEST(IssuerAndSerialNumber, RefusesOtherStructuresAndStaysEmpty)
     EXPECT_TRUE(pair.ParseDer(ElementOf(IssuerAndSerial(name, Bytes(64, 1)))));
     for (const Bytes& der : {IssuerAndSerial(name, Bytes(65, 1)), IssuerAndSerial(name, {}), IssuerAndSerial(name, {0, 1}),
                              IssuerAndSerial(Tlv(der::sequence, NumberTlv(1)), {1}), Tlv(der::sequence, name),
+                             IssuerAndSerial(Tlv(der::sequence, TestExtension("2.5.29.14", Bytes{4, 0})), {1}),
                              Tlv(der::sequence, {name, NumberTlv(1), NumberTlv(1)})}) {
         EXPECT_FALSE(pair.ParseDer(ElementOf(der))) << Hex(der);
         EXPECT_TRUE(pair.issuer().isEmpty() && pair.serialNumber().isEmpty());

@@ -127,7 +127,7 @@ TEST_P(PrintsNames, AsRfc4514Says)
     CCryptoParser parser;
     ASSERT_TRUE(parser.Load_DER_Memory(ElementOf(name)));
     CCrypto_X509_ValueList list;
-    ASSERT_TRUE(list.Parse(parser.root()->content()));
+    ASSERT_TRUE(list.Parse(parser.root()->content(), true));
     EXPECT_EQ(NameText(list), (std::string("CN=") + GetParam().text).c_str());
 }
 
@@ -220,7 +220,7 @@ TEST_P(WritesTextAttribute, AsTheSameText)
     }
     CCryptoParser parser;
     CCrypto_X509_ValueList again;
-    ASSERT_TRUE(parser.Load_DER_Memory(der) && again.Parse(parser.root()->content()));
+    ASSERT_TRUE(parser.Load_DER_Memory(der) && again.Parse(parser.root()->content(), true));
     EXPECT_EQ(again.values()[0]->text(), text);
     EXPECT_EQ(again.values()[0]->value()->type() == ElementType::bmpString, isTwoByte);
 }

@@ -82,7 +82,7 @@ TEST(X509ValueList, KeepsRelativeNamesOfSeveralValues)
     // Not in the order of DER, and so it stays.
     const Bytes octets = Joined({Tlv(der::set, {country, commonNameValue}), Tlv(der::set, commonNameValue)});
     CCrypto_X509_ValueList list;
-    ASSERT_TRUE(list.Parse(DecodedValue(octets).get()));
+    ASSERT_TRUE(list.Parse(DecodedValue(octets).get(), true));
     ASSERT_EQ(list.values().size(), 3u);
     EXPECT_EQ(list.values()[1]->relativeName(), 0u);
     EXPECT_EQ(list.values()[2]->relativeName(), 1u);
@@ -100,13 +100,23 @@ TEST(X509ValueList, RefusesWhatIsNeitherAndStaysEmpty)
 {
     CCrypto_X509_ValueList list;
     const Bytes extension = Tlv(der::sequence, {OidTlv("2.5.29.15"), Tlv(der::octetString, {5, 0})});
-    EXPECT_TRUE(list.Parse(DecodedValue(extension).get()));
-    for (const Bytes& mixed : {Joined({Tlv(der::set, commonNameValue), extension}),
-                               Joined({extension, Tlv(der::set, commonNameValue)}), NumberTlv(1), Tlv(der::set, NumberTlv(1))}) {
-        EXPECT_FALSE(list.Parse(DecodedValue(mixed).get()));
-        EXPECT_TRUE(list.isEmpty());
+    const Bytes relativeName = Tlv(der::set, commonNameValue);
+    const Bytes paddedType = Tlv(der::sequence, {Tlv(0x06, Bytes{0x55, 0x1D, 0x80, 0x0F}), Tlv(der::octetString, {5, 0})});
+    const Bytes unfinishedType = Tlv(der::sequence, {Tlv(0x06, Bytes{0x55, 0x1D, 0x9D}), Tlv(der::octetString, {5, 0})});
+    const Bytes inPieces = Tlv(der::sequence, {OidTlv("2.5.29.15"), Bytes{0x24, 0}});
+    for (const bool asName : {false, true}) {
+        EXPECT_TRUE(list.Parse(DecodedValue(asName ? relativeName : extension).get(), asName));
+        for (const Bytes& other : {asName ? extension : relativeName, Joined({relativeName, extension}),
+                                   Joined({extension, relativeName}), NumberTlv(1), Tlv(der::set, NumberTlv(1)), inPieces,
+                                   paddedType, unfinishedType, Tlv(der::set, paddedType), Tlv(der::set, unfinishedType)}) {
+            EXPECT_FALSE(list.Parse(DecodedValue(other).get(), asName)) << Hex(other);
+            EXPECT_TRUE(list.isEmpty());
+        }
     }
-    EXPECT_TRUE(list.Parse(nullptr));
+    const Bytes nothingInside = Tlv(der::sequence, {OidTlv("2.5.29.15"), Tlv(der::octetString, Bytes())});
+    EXPECT_TRUE(list.Parse(DecodedValue(nothingInside).get(), false));
+    EXPECT_TRUE(list.values().at(0)->content().isEmpty());
+    EXPECT_TRUE(list.Parse(nullptr, true));
     EXPECT_EQ(HexOf(list.GetDerEncodedElement()), "3000");
 }
 
