@@ -1,10 +1,12 @@
 #include "pki/cms/signed_data_verification.h"
 
+#include "asn1/der/der_cursor.h"
 #include "core/diagnostics/auto_logger.h"
 #include "crypto/hash/hash.h"
 #include "pki/cms/embedded_status.h"
 #include "pki/cms/signer_check.h"
 #include "pki/validation/path_rules.h"
+#include "pki/x509/der_tags.h"
 
 #include <algorithm>
 #include <map>
@@ -20,9 +22,29 @@ namespace {
 constexpr std::uint32_t maxCandidates = 100'000;
 constexpr std::uint32_t maxSignatures = 2'000;
 
+constexpr std::uint8_t versionTag = 0xA0;
+constexpr std::uint8_t serialNumberTag = 0x02;
+
 std::string KeyOfIndex(const element& issuer, const element& serialNumber)
 {
     return std::string(serialNumber.view()) + '/' + std::string(issuer.view());
+}
+
+element CopyOfOctets(std::span<const std::uint8_t> octets)
+{
+    return {octets.data(), static_cast<std::uint32_t>(octets.size())};
+}
+
+/// The same of a certificate that does not load, as far as its fields can be found.
+std::string KeyOfUnread(const element& der)
+{
+    DerCursor certificate(OnlyValue(der.bytes(), der_tag::sequence).value_or(std::span<const std::uint8_t>()));
+    DerCursor fields(certificate.read(der_tag::sequence).value);
+    if (fields.nextIs(versionTag))
+        static_cast<void>(fields.read());
+    const element serialNumber = CopyOfOctets(fields.read(serialNumberTag).value);
+    static_cast<void>(fields.read(der_tag::sequence)); // the algorithm of its signature
+    return KeyOfIndex(CopyOfOctets(fields.read(der_tag::sequence).octets), serialNumber);
 }
 
 /// All certificates of one verification, found by what signers say of them: those of the caller before those of the message, which
@@ -37,8 +59,13 @@ public:
             add(anchor, true);
         for (const CertificatePtr& candidate : trust.candidates)
             add(candidate, false);
-        for (const element& der : data.certificates)
-            add(LoadCertificate(der.bytes()), false);
+        for (const element& der : data.certificates) {
+            LoadFailure failure = LoadFailure::none;
+            const CertificatePtr certificate = LoadCertificate(der.bytes(), &failure);
+            if (certificate == nullptr)
+                unread_.emplace(KeyOfUnread(der), failure);
+            add(certificate, false);
+        }
     }
 
     [[nodiscard]] const CertificatePool& pool() const { return pool_; }
@@ -58,6 +85,16 @@ public:
                                                                           : KeyOfIndex(identifier.issuer, identifier.serialNumber));
         return {first, last};
     }
+    /// Why there is none.
+    [[nodiscard]] SignerFault whyNone(const CertificateIdentifier& identifier) const
+    {
+        const auto unread = unread_.find(KeyOfIndex(identifier.issuer, identifier.serialNumber));
+        if (unread == unread_.end())
+            return {Reason::noPath, "The signer's certificate is not there"};
+        if (unread->second == LoadFailure::unsupportedKey)
+            return {Reason::unsupportedAlgorithm, "The key of the signer's certificate does not load"};
+        return {Reason::malformed, "The signer's certificate does not load"};
+    }
 
 private:
     void add(const CertificatePtr& certificate, bool isAnchor)
@@ -76,6 +113,7 @@ private:
     CertificatePool pool_;
     Index byIssuer_;
     Index byKey_;
+    std::map<std::string, LoadFailure> unread_; ///< of the message
 };
 
 CCryptoString TextOfKey(const ICryptoKeyPair& key)
@@ -151,14 +189,14 @@ SignerFault CheckReferences(const SignerStatement& statement, const CCrypto_X509
     return {};
 }
 
-/// Every certificate that is named is one of the path.
+/// Where certificates are named beside the signer's, those of the path are among them (RFC 5035, 5.4); the anchor is the caller's.
 SignerFault CheckNamedPath(const SignerStatement& statement, const PathVerdict& path)
 {
     for (const CertificateReferences& references : statement.signingCertificates) {
-        for (const CertificateReference& reference : references) {
-            const auto isMeant = [&](const PathStep& step) { return reference.means(*step.certificate); };
-            if (!std::ranges::any_of(path.path, isMeant))
-                return {Reason::badSignature, "The signed attribute names a certificate that is not in the path"};
+        for (std::size_t index = 1; references.size() > 1 && index + 1 < path.path.size(); ++index) {
+            const CCrypto_X509_Certificate& issuer = *path.path[index].certificate;
+            if (std::ranges::none_of(references, [&](const CertificateReference& reference) { return reference.means(issuer); }))
+                return {Reason::badSignature, "The signed attribute does not name a certificate of the path"};
         }
     }
     return {};
@@ -194,7 +232,7 @@ SignerVerdict Verification::verify(const CCryptoPKCS7SignerInfo& signer)
     if (!fault.isNone())
         return Refused(std::move(verdict), fault);
 
-    Attempt furthest = {Progress::certificate, Refused(verdict, {Reason::noPath, "The signer's certificate is not there"})};
+    Attempt furthest = {Progress::certificate, Refused(verdict, known_.whyNone(signer.signer))};
     for (const auto& [text, known] : known_.find(signer.signer)) {
         if (++candidates_ > maxCandidates || signatures_ >= maxSignatures)
             return Refused(std::move(verdict), {Reason::limit, "too many certificates or signatures of signers"});
