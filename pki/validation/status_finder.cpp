@@ -232,7 +232,7 @@ bool StatusFinder::hear(const KnownList& list, ReasonFlags reasons, const Issued
 {
     // Signatures are the expensive part: a list is verified when it could change what is known.
     const bool addsReasons = (reasons & ~heard.good) != 0;
-    if (!addsReasons && !EntryOf(list, issued.certificate()))
+    if (!addsReasons && !isListed(list, issued.certificate()))
         return false;
 
     const ListSigner signer = signerOf(list, issued);
@@ -266,6 +266,13 @@ bool StatusFinder::hear(const KnownList& list, ReasonFlags reasons, const Issued
         heard.staleList = &list;
     }
     return false;
+}
+
+bool StatusFinder::isListed(const KnownList& list, const KnownCertificate& certificate) const
+{
+    return EntryOf(list, certificate) || std::ranges::any_of(lists_.at(list.issuer), [&](const auto& delta) {
+               return IsDeltaOf(*delta, list) && EntryOf(*delta, certificate);
+           });
 }
 
 bool StatusFinder::staysRevoked(const std::optional<RevokedEntry>& entry) const

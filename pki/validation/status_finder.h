@@ -75,6 +75,8 @@ private:
     /// \return true when the certificate is revoked.
     [[nodiscard]] bool hear(const KnownList& list, ReasonFlags reasons, const Issued& issued, Heard& heard,
                             StatusInformation& information);
+    /// Whether the list or a delta of it has an entry of the certificate.
+    [[nodiscard]] bool isListed(const KnownList& list, const KnownCertificate& certificate) const;
     /// Whether what a list of another time says holds at the time asked for.
     [[nodiscard]] bool staysRevoked(const std::optional<RevokedEntry>& entry) const;
 

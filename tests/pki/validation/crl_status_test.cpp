@@ -281,6 +281,14 @@ INSTANTIATE_TEST_SUITE_P(
                   },
                   "VALID"},
         WorldCase{"one that takes back its own revocation", [](W& w) { SpeakForItself(w); }, "revoked 0"},
+        WorldCase{"one that takes back its own revocation, which is on a delta",
+                  [](W& w) {
+                      w.plain("Sub/lists", "Sub", [](TestCertificate& c) { c.serial(8).extension(TestKeyUsage(0x02)); })
+                          .list("Sub", [](L& l) { l.entry(7); })
+                          .list("Sub", [](L& l) { l.number(3).delta(1).entry(8); })
+                          .list("Sub/lists", [](L& l) { l.thisUpdate("20260102000000Z"); });
+                  },
+                  "revoked 0"},
         WorldCase{"one revoked by its own list",
                   [](W& w) {
                       w.plain("Sub/lists", "Sub", [](TestCertificate& c) {
