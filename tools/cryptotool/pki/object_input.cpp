@@ -51,9 +51,10 @@ RequestPtr LoadRequest(const element& der)
     return request->LoadRequest(der) ? RequestPtr(std::move(request)) : nullptr;
 }
 
-/// As ReadObjects(), but does not warn. \param damage why the file is read only in part; empty when it is not.
+/// As ReadObjects(), but does not warn. \param damage why the file is read only in part; empty when it is not. \param absence for a
+/// file without an object of the kind: says so, and what its first block is.
 int ReadBlocks(Invocation& invocation, const std::string& file, ObjectKind kind, std::vector<DataBlock>& blocks,
-               std::string& damage)
+               std::string& damage, std::string& absence)
 {
     element bytes;
     std::string reason;
@@ -62,6 +63,9 @@ int ReadBlocks(Invocation& invocation, const std::string& file, ObjectKind kind,
     StartReason();
     if (!SplitBlocks(std::move(bytes), blocks, reason))
         damage = reason;
+    absence = WhatIsNotThere(kind);
+    if (!blocks.empty() && !blocks.front().label.empty())
+        absence += ", but " + blocks.front().label;
     std::erase_if(blocks, [&](const DataBlock& block) { return !BelongsTo(Describe(kind), block); });
     return exitDone;
 }
@@ -105,7 +109,8 @@ CertificatePtr LoadBlock(const element& der)
 int ReadObjects(Invocation& invocation, const std::string& file, ObjectKind kind, std::vector<DataBlock>& blocks)
 {
     std::string damage;
-    const int exit = ReadBlocks(invocation, file, kind, blocks, damage);
+    std::string absence;
+    const int exit = ReadBlocks(invocation, file, kind, blocks, damage, absence);
     if (exit == exitDone && !damage.empty())
         invocation.warn(file, damage);
     return exit;
@@ -114,9 +119,10 @@ int ReadObjects(Invocation& invocation, const std::string& file, ObjectKind kind
 int ReadObjectsOrWarn(Invocation& invocation, const std::string& file, ObjectKind kind, std::vector<DataBlock>& blocks)
 {
     std::string damage;
-    const int exit = ReadBlocks(invocation, file, kind, blocks, damage);
+    std::string absence;
+    const int exit = ReadBlocks(invocation, file, kind, blocks, damage, absence);
     if (exit == exitDone && damage.empty() && blocks.empty())
-        damage = WhatIsNotThere(kind);
+        damage = absence;
     if (exit == exitDone && !damage.empty())
         invocation.warn(file, damage);
     return exit;
@@ -125,9 +131,10 @@ int ReadObjectsOrWarn(Invocation& invocation, const std::string& file, ObjectKin
 int ReadObjectsOrRefuse(Invocation& invocation, const std::string& file, ObjectKind kind, std::vector<DataBlock>& blocks)
 {
     std::string damage;
-    const int exit = ReadBlocks(invocation, file, kind, blocks, damage);
+    std::string absence;
+    const int exit = ReadBlocks(invocation, file, kind, blocks, damage, absence);
     if (exit == exitDone && blocks.empty())
-        return invocation.refuse(file, damage.empty() ? WhatIsNotThere(kind) : damage);
+        return invocation.refuse(file, damage.empty() ? absence : damage);
     if (exit == exitDone && !damage.empty())
         invocation.warn(file, damage);
     return exit;
