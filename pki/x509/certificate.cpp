@@ -366,6 +366,8 @@ element CCrypto_X509_Certificate::GetCertificate() const
         logger.setResult(true);
         return der_;
     }
+    if (signature_.isEmpty())
+        return logger.fail(element(), "There is no signature");
     if (serialNumber_.isEmpty())
         logger.WriteLog("CCrypto_X509_Certificate::GetCertificate(); WARNING: CSN is empty?");
     CCryptoParser parser;

@@ -1,5 +1,5 @@
-#include "asn1/der/der_cursor.h"
 #include "asn1/der/pem.h"
+#include "core/diagnostics/failure.h"
 #include "pki/x509/certificate.h"
 #include "pki/x509/extension_builder.h"
 #include "pki/x509/name.h"
@@ -238,6 +238,8 @@ TEST(Certificate, IsBuiltOfItsFields)
     ASSERT_TRUE(certificate.setPublicKey(TestKey(1)));
     ASSERT_TRUE(certificate.setSignatureAlgorithm(SignatureAlgorithmFor(*TestKey(1), algorithm::sha256)));
     certificate.setSerialNumber(element("\0\0\x80", 3));
+    EXPECT_TRUE(certificate.GetCertificate().isEmpty());
+    EXPECT_EQ(LastFailure()->text, "There is no signature");
     certificate.setSignature(SignOctets(*TestKey(1), algorithm::sha256, certificate.GetSignedPart().bytes()));
 
     CCrypto_X509_Certificate read;
@@ -254,6 +256,9 @@ TEST(Certificate, WarnsOfNoSerialNumberAndGoesOn)
 {
     CCrypto_X509_Certificate certificate;
     ASSERT_TRUE(certificate.LoadCertificate(ElementOf(LeafCertificate().build(CertificateRoot()))));
+    EXPECT_FALSE(certificate.setVersion(2));
+    EXPECT_FALSE(certificate.setPublicKeyInfo(element("x", 1)));
+    EXPECT_TRUE(certificate.isLoaded());
     certificate.setSerialNumber({});
     const CapturedLog log;
     CCrypto_X509_Certificate read;
