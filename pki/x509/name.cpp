@@ -242,6 +242,7 @@ std::optional<ComparableName> ComparableName::Read(std::span<const std::uint8_t>
     comparable.relativeNames_.reserve(name->size());
     for (const auto& relativeName : *name) {
         std::vector<std::string> attributes;
+        attributes.reserve(relativeName.size());
         for (const AttributeOctets& attribute : relativeName)
             attributes.push_back(ComparableAttribute(attribute));
         std::ranges::sort(attributes);

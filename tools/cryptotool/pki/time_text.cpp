@@ -93,7 +93,7 @@ CCryptoDateTime UtcNow()
 CCryptoDateTime DaysLater(const CCryptoDateTime& time, std::uint64_t days)
 {
     constexpr std::uint64_t maxDays = 3'652'424; // of ten thousand years
-    constexpr std::int64_t secondsOfDay = 24 * 60 * 60;
+    constexpr std::int64_t secondsOfDay = 86'400;
     const std::optional<std::int64_t> milliseconds = time.toMilliseconds();
     platform::CalendarTime fields;
     if (!milliseconds || days > maxDays ||

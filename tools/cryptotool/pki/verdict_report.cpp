@@ -130,9 +130,9 @@ std::string PathText(const std::vector<PathStep>& path)
     for (std::size_t index = 0; index < path.size(); ++index) {
         const std::string subject = OneLine(SubjectOf(path[index]));
         const std::string number = std::to_string(index);
-        text += std::string(number.size() < 3 ? 3 - number.size() : 0, ' ') + number + "  " + subject;
-        text += std::string(WidthOf(subject) < width ? width - WidthOf(subject) : 0, ' ') + "    ";
-        text += StatusText(path[index].status) + "\n";
+        text.append(number.size() < 3 ? 3 - number.size() : 0, ' ').append(number).append("  ").append(subject);
+        text.append(WidthOf(subject) < width ? width - WidthOf(subject) : 0, ' ').append("    ");
+        text.append(StatusText(path[index].status)).append("\n");
     }
     return text;
 }
