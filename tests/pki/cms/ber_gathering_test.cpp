@@ -39,6 +39,7 @@ const RefusedBerCase refusedBerCases[] = {
     {"an identifier alone", "30", "The message ends early"},
     {"no end of contents", "30 80 02 01 05", "The message ends early"},
     {"half an end of contents", "30 80 02 01 05 00", "The message ends early"},
+    {"an end of contents with an octet", "30 80 02 01 05 00 01", "The end of contents stands where an element should"},
     {"the end of an outer level inside an inner one", "30 06 31 80 02 01 05 00 00", "The message ends early"},
     {"a value longer than its level", "30 03 02 02 05 06", "A length is longer than the message"},
     {"a length cut short", "30 04 02 84 00 00", "A length is longer than the message"},

@@ -250,18 +250,19 @@ TEST(CmsSigning, EmbedsOrDetachesTheContent)
 {
     SCryptoSignature request = SigningRequestOf(TestKey(2));
     const Bytes extra = TestCertificate(SigningAuthority()).authority().build(SigningAuthority());
-    request.extraCertificates = {LoadedSigner(extra), request.signer, LoadedSigner(extra)};
+    const Bytes small = TestCertificate("CN=A", TestKey(3)).build(SigningAuthority());
+    request.extraCertificates = {LoadedSigner(extra), request.signer, LoadedSigner(extra), LoadedSigner(small)};
     CCryptoPKCS7Document attached;
     ASSERT_NE(OnlySigner(attached, CCryptoPKCS7::ComputeSignature(request)), nullptr);
     EXPECT_TRUE(attached.signedData()->hasContent);
     EXPECT_EQ(attached.signedData()->content.view(), "content");
     EXPECT_EQ(attached.signedData()->contentType, OidOfContentType(ContentType::data));
-    ASSERT_EQ(attached.signedData()->certificates.size(), 2u);
+    ASSERT_EQ(attached.signedData()->certificates.size(), 3u);
     // Whichever comes first by its octets does, whatever the caller's order.
-    std::vector<Bytes> both = {BytesOf(request.signer->der()), extra};
-    std::ranges::sort(both);
-    EXPECT_EQ(BytesOf(attached.signedData()->certificates[0]), both[0]);
-    EXPECT_EQ(BytesOf(attached.signedData()->certificates[1]), both[1]);
+    std::vector<Bytes> all = {BytesOf(request.signer->der()), extra, small};
+    std::ranges::sort(all);
+    for (std::size_t index = 0; index < all.size(); ++index)
+        EXPECT_EQ(BytesOf(attached.signedData()->certificates[index]), all[index]);
     EXPECT_TRUE(attached.signedData()->crls.empty());
 
     const Bytes nothing;

@@ -53,6 +53,7 @@ struct TestMessage {
     Bytes content = verifiedContent;
     Bytes contentType = OidTlv("1.2.840.113549.1.7.1");
     Bytes certificate = SignerCertificate();
+    Bytes crls;
     Bytes digestAlgorithm = sha256Identifier;
     Bytes signatureAlgorithm = ecdsaIdentifier;
     Bytes unsignedAttributes;
@@ -73,7 +74,7 @@ struct TestMessage {
             infos = Joined({infos, info(more)});
         const Bytes data =
             Tlv(0x30, {NumberTlv(1), Tlv(0x31, digestAlgorithms), Tlv(0x30, {contentType, Tlv(0xA0, Tlv(0x04, content))}),
-                       Tlv(0xA0, certificate), Tlv(0x31, infos)});
+                       Tlv(0xA0, certificate), crls.empty() ? Bytes() : Tlv(0xA1, crls), Tlv(0x31, infos)});
         return Tlv(0x30, {OidTlv("1.2.840.113549.1.7.2"), Tlv(0xA0, data)});
     }
     [[nodiscard]] SignerVerdict verdict(bool isCades = false, bool wantsStatus = false) const
@@ -128,6 +129,8 @@ TEST(CmsVerification, AttributesStandExactlyOnceAndDescribeTheContent)
     const Bytes certificate = SignerCertificate();
     const Bytes otherCertificate = TestCertificate("CN=Signer", TestKey(2)).serial(8).build(VerificationRoot());
     const Bytes ecdsa = OidTlv("1.2.840.10045.4.3.2");
+    const Bytes named = Tlv(0x30, Reference(certificate));
+    const Bytes rootInPrint = Tlv(0x30, Tlv(0x31, Tlv(0x30, {OidTlv("2.5.4.3"), Tlv(0x13, TextBytes("verification ROOT"))})));
     const Bytes both = Joined({dataTypeAttribute, digestAttribute});
     const struct {
         const char* name;
@@ -158,9 +161,31 @@ TEST(CmsVerification, AttributesStandExactlyOnceAndDescribeTheContent)
          Reason::badSignature},
         {"an explicit tag of protection", Joined({both, Protection(sha256Identifier, ecdsaIdentifier)}), Reason::badSignature},
         {"a code's algorithm protected", Joined({both, Protection(sha256Identifier, ecdsa, 0xA2)}), Reason::malformed},
+        {"more protected than algorithms",
+         Joined({both, AttributeOf("1.2.840.113549.1.9.52", Tlv(0x30, {sha256Identifier, Tlv(0xA1, ecdsa), NumberTlv(1)}))}),
+         Reason::malformed},
+        {"other parameters protected",
+         Joined({both, Protection(Tlv(0x30, {OidTlv("2.16.840.1.101.3.4.2.1"), NumberTlv(1)}), ecdsa)}), Reason::badSignature},
+        {"two parameters protected",
+         Joined({both, Protection(Tlv(0x30, {OidTlv("2.16.840.1.101.3.4.2.1"), {5, 0}, {5, 0}}), ecdsa)}), Reason::badSignature},
         {"the certificate named", Joined({both, SigningCertificateV2(Reference(certificate))}), Reason::none},
         {"with its issuer", Joined({both, SigningCertificateV2(Reference(certificate, IssuerSerial(VerificationRoot().name, 7)))}),
          Reason::none},
+        {"with its issuer, written otherwise",
+         Joined({both, SigningCertificateV2(Reference(certificate, IssuerSerial(rootInPrint, 7)))}), Reason::none},
+        {"more than the issuer",
+         Joined({both,
+                 SigningCertificateV2(Reference(certificate, Joined({IssuerSerial(VerificationRoot().name, 7), NumberTlv(1)})))}),
+         Reason::malformed},
+        {"a hash with parameters",
+         Joined({both, SigningCertificateV2(Tlv(
+                           0x30, {Tlv(0x30, {OidTlv("2.16.840.1.101.3.4.2.1"), NumberTlv(1)}), Tlv(0x04, Sha256(certificate))}))}),
+         Reason::malformed},
+        {"with policies", Joined({both, AttributeOf("1.2.840.113549.1.9.16.2.47", Tlv(0x30, {named, Tlv(0x30, Bytes())}))}),
+         Reason::none},
+        {"more than policies",
+         Joined({both, AttributeOf("1.2.840.113549.1.9.16.2.47", Tlv(0x30, {named, Tlv(0x30, Bytes()), NumberTlv(1)}))}),
+         Reason::malformed},
         {"with another serial number",
          Joined({both, SigningCertificateV2(Reference(certificate, IssuerSerial(VerificationRoot().name, 8)))}),
          Reason::badSignature},
@@ -211,6 +236,11 @@ TEST(CmsVerification, WithoutAttributesTheContentIsSigned)
     message.content = message.signedOctets = Tlv(0x31, {dataTypeAttribute, digestAttribute});
     EXPECT_EQ(message.verdict().reason, Reason::badSignature);
     EXPECT_STREQ(message.verdict().detail.c_str(), "The content is itself a set of attributes");
+    // Less than a set of attributes.
+    for (const Bytes& item : {NumberTlv(1), Tlv(0x30, {OidTlv("1.2.3.4"), Tlv(0x31, NumberTlv(1)), NumberTlv(1)})}) {
+        message.content = message.signedOctets = Tlv(0x31, {dataTypeAttribute, item});
+        EXPECT_EQ(message.verdict().verdict, Verdict::valid);
+    }
     message.content = message.signedOctets = verifiedContent;
     message.contentType = OidTlv("1.2.3.4");
     EXPECT_EQ(message.verdict().reason, Reason::malformed);
@@ -229,6 +259,13 @@ TEST(CmsVerification, RefusesAlgorithmsAndCertificates)
         {"NULL beside the digest", Tlv(0x30, {OidTlv("2.16.840.1.101.3.4.2.1"), null}), ecdsaIdentifier, SignerCertificate(),
          Reason::none},
         {"the key's own algorithm", sha256Identifier, ecKeyIdentifier, SignerCertificate(), Reason::none},
+        {"NULL beside the key's own algorithm", sha256Identifier, Tlv(0x30, {OidTlv("1.2.840.10045.2.1"), null}),
+         SignerCertificate(), Reason::unsupportedAlgorithm},
+        {"a curve beside the key's own algorithm", sha256Identifier,
+         Tlv(0x30, {OidTlv("1.2.840.10045.2.1"), OidTlv("1.2.840.10045.3.1.7")}), SignerCertificate(),
+         Reason::unsupportedAlgorithm},
+        {"SHA-256 with Ed25519", sha256Identifier, Tlv(0x30, OidTlv("1.3.101.112")),
+         TestCertificate("CN=Signer", TestEd25519Key()).serial(7).build(VerificationRoot()), Reason::unsupportedAlgorithm},
         {"other parameters of the digest", Tlv(0x30, {OidTlv("2.16.840.1.101.3.4.2.1"), NumberTlv(1)}), ecdsaIdentifier,
          SignerCertificate(), Reason::unsupportedAlgorithm},
         {"an unknown digest", Tlv(0x30, OidTlv("1.2.3.4")), ecdsaIdentifier, SignerCertificate(), Reason::unsupportedAlgorithm},
@@ -289,6 +326,11 @@ TEST(CmsVerification, FindsProofsOfStatusInTheMessage)
         EXPECT_EQ(message.verdict(false, true).reason, Reason::revoked) << oid;
     }
     message.unsignedAttributes.clear();
+    message.crls = revoked;
+    EXPECT_EQ(message.verdict(false, true).reason, Reason::revoked);
+    message.crls = good;
+    EXPECT_EQ(message.verdict(false, true).verdict, Verdict::valid);
+    message.crls.clear();
     message.with(AttributeOf("1.2.840.113583.1.1.8", values(good)));
     EXPECT_EQ(message.verdict(false, true).verdict, Verdict::valid);
 }
@@ -374,6 +416,11 @@ TEST(CmsVerification, AttributesAndAlgorithmsStandInTheirPlaces)
         {"a signing time, not signed", {}, time, sha256Identifier, false},
         {"a protection, not signed", {}, Protection(sha256Identifier, OidTlv("1.2.840.10045.4.3.2")), sha256Identifier, false},
         {"a named certificate, not signed", {}, SigningCertificateV2(Reference(SignerCertificate())), sha256Identifier, false},
+        {"a named certificate by SHA-1, not signed",
+         {},
+         AttributeOf("1.2.840.113549.1.9.16.2.12", Tlv(0x30, NumberTlv(1))),
+         sha256Identifier,
+         false},
         {"a countersignature, not signed", {}, counterSignature, sha256Identifier, true},
         {"a countersignature, signed", counterSignature, {}, sha256Identifier, false},
         {"no values", empty, {}, sha256Identifier, false},
