@@ -263,6 +263,64 @@ TEST_F(CryptotoolPki, BadInputIsExplainedInOneLine)
     }
 }
 
+TEST_F(CryptotoolPki, NoFileIsReadInPartInSilence)
+{
+    for (const char* const kind : {"pem", "csr"})
+        Put("both." + std::string(kind), Get("me." + std::string(kind)) + Get("responder." + std::string(kind)));
+    Put("chain.pem", Get("me.pem") + Get("sub.pem"));
+    Put("both.crl", Get("sub.crl") + Get("lost.crl"));
+    Put("text", "what was signed");
+    const Words sign = {"cms", "sign", "--key", "@me.key", "--at", "2026-11-23T12:00:00Z", "@text", "-o", "@out"};
+    Done(With(sign, {"--signer", "@me.pem", "--outform", "pem"}));
+    Put("both.p7s", Get("out") + Get("out"));
+    Done({"ocsp", "request", "--issuer", "@sub.pem", "@me.pem", "-o", "@request"});
+    const struct {
+        Words words;
+        const char* file;
+        const char* reason;
+    } refused[] = {
+        {{"crl", "find", "@both.crl", "1001"}, "both.crl", "2 revocation lists"},
+        {{"crl", "find", "@lost.crl", "--cert", "@both.pem"}, "both.pem", "2 certificates"},
+        {{"crl", "verify", "--issuer", "@sub.pem", "@both.crl"}, "both.crl", "2 revocation lists"},
+        {{"crl", "build", "--ca", "@chain.pem", "--ca-key", "@me.key"}, "chain.pem", "2 certificates"},
+        {{"csr", "verify", "@both.csr"}, "both.csr", "2 certificate requests"},
+        {{"ocsp", "respond", "--ca", "@sub.pem", "--key", "@sub.key", "--crl", "@both.crl", "@request", "-o", "@out"},
+         "both.crl",
+         "2 revocation lists"},
+        {{"cms", "show", "@both.p7s"}, "both.p7s", "2 messages"},
+        {{"cms", "verify", "--content", "@text", "@both.p7s"}, "both.p7s", "2 messages"},
+        {With(sign, {"--signer", "@me.pem", "--revocation", "pdf", "--crl", "@both.crl"}), "both.crl", "2 revocation lists"},
+    };
+    for (const auto& test : refused) {
+        const ToolResult result = Tool(test.words);
+        EXPECT_EQ(result.code, exitRefused);
+        EXPECT_EQ(result.output, "");
+        EXPECT_EQ(result.error, "cryptotool: " + Path(test.file) + ": it holds " + test.reason + "; one is wanted\n");
+    }
+
+    Done({"ocsp", "request", "--issuer", "@sub.pem", "@both.pem", "-o", "@request"});
+    Done(With(sign, {"--signer", "@chain.pem"}));
+    const struct {
+        Words words;
+        const char* first;
+        const char* second;
+    } shown[] = {
+        {{"crl", "show", "@both.crl"}, "revocation list 1 of 2\n", "\nrevocation list 2 of 2\n"},
+        {{"csr", "show", "@both.csr"}, "certificate request 1 of 2\n", "\ncertificate request 2 of 2\n"},
+        {{"crl", "show", "--json", "@both.crl"}, "{\"revocationLists\":[{", "\"serialNumber\":\"1001\""},
+        {{"csr", "show", "--json", "@both.csr"}, "{\"certificateRequests\":[{", "CN=Responder"},
+        {{"ocsp", "show", "@request"}, "", "serialNumber        1001\n  request 1\n"},
+        {With({"cms", "verify", "--trust", "@root.pem", "--at", "2026-11-23T12:00:00Z"}, {"--content", "@text", "@out"}), "VALID",
+         "CN=Example Sub CA"},
+    };
+    for (const auto& test : shown) {
+        const ToolResult result = Tool(test.words);
+        EXPECT_EQ(result.code, exitDone) << result.error;
+        EXPECT_EQ(result.output.find(test.first), 0U) << result.output;
+        EXPECT_NE(result.output.find(test.second), std::string::npos) << result.output;
+    }
+}
+
 TEST_F(CryptotoolPki, MessagesAreSignedAndVerified)
 {
     Put("report", "what was signed");
@@ -311,7 +369,8 @@ TEST_F(CryptotoolPki, RecipientsOpenWhatWasEncryptedForThem)
         Done({"key", "gen", "rsa", "--bits", "1024", "-o", at + ".key"});
         Done({"cert", "build", at + ".key", "--subject", "CN=" + std::string(name), "-o", at + ".pem"});
     }
-    const Words encrypt = {"cms", "encrypt", "--recipient", "@one.pem", "--recipient", "@two.pem", "@letter", "-o", "@sealed"};
+    Put("recipients.pem", Get("one.pem") + Get("two.pem"));
+    const Words encrypt = {"cms", "encrypt", "--recipient", "@recipients.pem", "@letter", "-o", "@sealed"};
     for (const Words& more : {Words{}, {"--oaep", "sha256"}, {"--cipher", "aes-128-cbc", "--outform", "pem"}}) {
         Done(With(encrypt, more));
         EXPECT_EQ(Get("sealed").find("not for everyone"), std::string::npos);

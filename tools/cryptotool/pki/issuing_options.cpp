@@ -157,6 +157,43 @@ int ReadExtensionValue(Invocation& invocation, const std::string& option, std::s
     return isRead ? exitDone : MisuseOf(invocation, extensionOption, option);
 }
 
+/// The first certificate of the file, and the others.
+int ReadFirstAndOthers(Invocation& invocation, const std::string& file, CertificatePtr& first, std::vector<CertificatePtr>& others)
+{
+    std::vector<CertificatePtr> certificates;
+    if (const int exit = ReadCertificatesOrRefuse(invocation, file, certificates); exit != exitDone)
+        return exit;
+    first = certificates.front();
+    others.insert(others.end(), certificates.begin() + 1, certificates.end());
+    return exitDone;
+}
+
+/// \param others null where the file of the certificate must hold one alone.
+int ReadPair(Invocation& invocation, const Option& certificate, const Option& key, const std::vector<std::string>& otherFiles,
+             IssuerInput& owner, std::vector<CertificatePtr>* others)
+{
+    const Arguments& arguments = invocation.arguments();
+    for (const Option& option : {certificate, key})
+        if (!arguments.has(option.name))
+            return invocation.misuse("--" + std::string(option.name) + " is needed");
+    const std::string certificateFile = arguments.value(certificate.name);
+    const std::string keyFile = arguments.value(key.name);
+    std::vector<std::string> files = {keyFile, certificateFile};
+    files.insert(files.end(), otherFiles.begin(), otherFiles.end());
+    KeyInput input;
+    int exit = ReadKey(invocation, files, KeyHalf::privateHalf, input);
+    if (exit == exitDone && others == nullptr)
+        exit = ReadCertificate(invocation, certificateFile, owner.certificate);
+    else if (exit == exitDone)
+        exit = ReadFirstAndOthers(invocation, certificateFile, owner.certificate, *others);
+    if (exit != exitDone)
+        return exit;
+    owner.key = std::move(input.key);
+    const ICryptoKeyPair* const certified = owner.certificate->publicKey().get();
+    const bool isPair = certified != nullptr && IsSameKey(*owner.key, *certified);
+    return isPair ? exitDone : invocation.refuse(keyFile, "not the key of " + certificateFile);
+}
+
 } // namespace
 
 algorithm::Id SignatureHash(const Arguments& arguments)
@@ -213,24 +250,13 @@ int ReadCertificateExtensions(Invocation& invocation, CCrypto_X509_ValueList& ex
 int ReadCertificateAndKey(Invocation& invocation, const Option& certificate, const Option& key,
                           const std::vector<std::string>& otherFiles, IssuerInput& owner)
 {
-    const Arguments& arguments = invocation.arguments();
-    for (const Option& option : {certificate, key})
-        if (!arguments.has(option.name))
-            return invocation.misuse("--" + std::string(option.name) + " is needed");
-    const std::string certificateFile = arguments.value(certificate.name);
-    const std::string keyFile = arguments.value(key.name);
-    std::vector<std::string> files = {keyFile, certificateFile};
-    files.insert(files.end(), otherFiles.begin(), otherFiles.end());
-    KeyInput input;
-    int exit = ReadKey(invocation, files, KeyHalf::privateHalf, input);
-    if (exit == exitDone)
-        exit = ReadCertificate(invocation, certificateFile, owner.certificate);
-    if (exit != exitDone)
-        return exit;
-    owner.key = std::move(input.key);
-    const ICryptoKeyPair* const certified = owner.certificate->publicKey().get();
-    const bool isPair = certified != nullptr && IsSameKey(*owner.key, *certified);
-    return isPair ? exitDone : invocation.refuse(keyFile, "not the key of " + certificateFile);
+    return ReadPair(invocation, certificate, key, otherFiles, owner, nullptr);
+}
+
+int ReadChainAndKey(Invocation& invocation, const Option& certificate, const Option& key,
+                    const std::vector<std::string>& otherFiles, IssuerInput& owner, std::vector<CertificatePtr>& others)
+{
+    return ReadPair(invocation, certificate, key, otherFiles, owner, &others);
 }
 
 int ReadIssuer(Invocation& invocation, const std::vector<std::string>& otherFiles, IssuerInput& issuer)

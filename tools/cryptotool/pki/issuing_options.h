@@ -61,6 +61,9 @@ int ReadIssuer(Invocation& invocation, const std::vector<std::string>& otherFile
 /// The same for any two options of a certificate and its private key.
 int ReadCertificateAndKey(Invocation& invocation, const Option& certificate, const Option& key,
                           const std::vector<std::string>& otherFiles, IssuerInput& owner);
+/// The same, but the file of the certificate may hold further ones, which go to `others`.
+int ReadChainAndKey(Invocation& invocation, const Option& certificate, const Option& key,
+                    const std::vector<std::string>& otherFiles, IssuerInput& owner, std::vector<CertificatePtr>& others);
 
 /// Writes an object as PEM with this label, or as DER, as keyEncodingOption and outputOption say. \return the exit code.
 int WriteObject(Invocation& invocation, const char* label, const element& der);

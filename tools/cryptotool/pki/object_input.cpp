@@ -36,7 +36,7 @@ bool BelongsTo(const KindOfObject& kind, const DataBlock& block)
 
 std::string WhatIsNotThere(ObjectKind kind)
 {
-    return std::string("it holds no ") + Describe(kind).what;
+    return "it holds no " + ObjectName(kind);
 }
 
 CrlPtr LoadList(const element& der)
@@ -87,12 +87,14 @@ int ReadAll(Invocation& invocation, const std::string& file, ObjectKind kind, co
     return exitDone;
 }
 
-/// Loads the first block.
+/// Loads the only block.
 template <typename Pointer, typename Load>
-int ReadFirst(Invocation& invocation, const std::string& file, ObjectKind kind, const Load& load, Pointer& object)
+int ReadOne(Invocation& invocation, const std::string& file, ObjectKind kind, const Load& load, Pointer& object)
 {
     std::vector<DataBlock> blocks;
     if (const int exit = ReadObjectsOrRefuse(invocation, file, kind, blocks); exit != exitDone)
+        return exit;
+    if (const int exit = RefuseSeveral(invocation, file, kind, blocks); exit != exitDone)
         return exit;
     StartReason();
     object = load(blocks.front().bytes);
@@ -140,6 +142,18 @@ int ReadObjectsOrRefuse(Invocation& invocation, const std::string& file, ObjectK
     return exit;
 }
 
+int RefuseSeveral(Invocation& invocation, const std::string& file, ObjectKind kind, const std::vector<DataBlock>& blocks)
+{
+    if (blocks.size() < 2)
+        return exitDone;
+    return invocation.refuse(file, "it holds " + std::to_string(blocks.size()) + " " + ObjectName(kind) + "s; one is wanted");
+}
+
+std::string ObjectName(ObjectKind kind)
+{
+    return Describe(kind).what;
+}
+
 std::string BlockName(const std::vector<DataBlock>& blocks, std::size_t index)
 {
     return blocks.size() > 1 ? "block " + std::to_string(index + 1) + ": " : std::string();
@@ -147,7 +161,7 @@ std::string BlockName(const std::vector<DataBlock>& blocks, std::size_t index)
 
 int ReadCertificate(Invocation& invocation, const std::string& file, CertificatePtr& certificate)
 {
-    return ReadFirst(invocation, file, ObjectKind::certificate, LoadBlock, certificate);
+    return ReadOne(invocation, file, ObjectKind::certificate, LoadBlock, certificate);
 }
 
 int ReadCertificates(Invocation& invocation, const std::string& file, std::vector<CertificatePtr>& certificates)
@@ -176,12 +190,12 @@ int ReadLists(Invocation& invocation, const std::string& file, std::vector<CrlPt
 
 int ReadList(Invocation& invocation, const std::string& file, CrlPtr& list)
 {
-    return ReadFirst(invocation, file, ObjectKind::list, LoadList, list);
+    return ReadOne(invocation, file, ObjectKind::list, LoadList, list);
 }
 
 int ReadRequest(Invocation& invocation, const std::string& file, RequestPtr& request)
 {
-    return ReadFirst(invocation, file, ObjectKind::request, LoadRequest, request);
+    return ReadOne(invocation, file, ObjectKind::request, LoadRequest, request);
 }
 
 } // namespace ccrypto

@@ -27,10 +27,16 @@ int ReadObjectsOrWarn(Invocation& invocation, const std::string& file, ObjectKin
 /// The same, and the file must have at least one such block. \return exitRefused, too, when there is none.
 int ReadObjectsOrRefuse(Invocation& invocation, const std::string& file, ObjectKind kind, std::vector<DataBlock>& blocks);
 
+/// For what needs one object: the first of several is not taken in silence. \return exitDone for at most one block, else
+/// exitRefused after the reason was printed.
+int RefuseSeveral(Invocation& invocation, const std::string& file, ObjectKind kind, const std::vector<DataBlock>& blocks);
+
+/// "certificate", "revocation list", "certificate request", "message".
+std::string ObjectName(ObjectKind kind);
 /// Where a block stands, for messages: "block 2: "; empty for the only one.
 std::string BlockName(const std::vector<DataBlock>& blocks, std::size_t index);
 
-/// One certificate of the file, the first. \return exitDone, or the exit code after the reason was printed.
+/// The one certificate of the file. \return exitDone, or the exit code after the reason was printed, also for several.
 int ReadCertificate(Invocation& invocation, const std::string& file, CertificatePtr& certificate);
 /// All of the file that load; a warning says which do not. \return exitDone, or the exit code after the reason was printed, when
 /// the file cannot be read.
@@ -39,11 +45,11 @@ int ReadCertificates(Invocation& invocation, const std::string& file, std::vecto
 int ReadCertificatesOrRefuse(Invocation& invocation, const std::string& file, std::vector<CertificatePtr>& certificates);
 /// As ReadCertificates() for revocation lists.
 int ReadLists(Invocation& invocation, const std::string& file, std::vector<CrlPtr>& lists);
-/// One list, the first. \return exitDone, or the exit code after the reason was printed.
+/// The one list of the file. \return as ReadCertificate().
 int ReadList(Invocation& invocation, const std::string& file, CrlPtr& list);
 
 using RequestPtr = std::shared_ptr<const CCryptoCertificateRequest>;
-/// One certificate request, the first. \return exitDone, or the exit code after the reason was printed.
+/// The one certificate request of the file. \return as ReadCertificate().
 int ReadRequest(Invocation& invocation, const std::string& file, RequestPtr& request);
 
 } // namespace ccrypto

@@ -3,8 +3,10 @@
 #include "core/text/hex.h"
 #include "crypto/hash/hash.h"
 #include "pki/x509/name.h"
+#include "tools/cryptotool/cli/reason.h"
 #include "tools/cryptotool/pki/extension_text.h"
 #include "tools/cryptotool/pki/names.h"
+#include "tools/cryptotool/pki/report_output.h"
 
 namespace ccrypto {
 
@@ -20,7 +22,33 @@ std::string TextOf(const CCrypto_X509_ValueList& name)
     return std::string(NameText(name).view());
 }
 
+/// "certificate 1 of 2"; nothing for the only one.
+std::string HeadingOf(const std::string& object, std::size_t index, std::size_t count)
+{
+    return count > 1 ? object + " " + std::to_string(index + 1) + " of " + std::to_string(count) : std::string();
+}
+
 } // namespace
+
+int ShowObjects(Invocation& invocation, ObjectKind kind, std::string_view name, const AddObject& add)
+{
+    const std::string file = invocation.arguments().operand(0);
+    const std::string object = ObjectName(kind);
+    std::vector<DataBlock> blocks;
+    int exit = ReadObjectsOrRefuse(invocation, file, kind, blocks);
+    if (exit != exitDone)
+        return exit;
+    Report report;
+    Report& list = report.addList(name);
+    list.withoutName();
+    for (std::size_t index = 0; index < blocks.size(); ++index) {
+        StartReason();
+        if (!add(blocks[index].bytes, list, HeadingOf(object, index, blocks.size())))
+            exit = invocation.refuse(file, BlockName(blocks, index) + LastReason(("it is not a " + object).c_str()));
+    }
+    const int written = list.isEmpty() ? exit : WriteReport(invocation, report);
+    return written != exitDone ? written : exit;
+}
 
 std::string KeyText(const ICryptoKeyPair& key)
 {

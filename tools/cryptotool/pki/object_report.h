@@ -2,12 +2,19 @@
 
 #include "pki/x509/certificate.h"
 #include "pki/x509/crl.h"
+#include "tools/cryptotool/pki/object_input.h"
 #include "tools/cryptotool/pki/report.h"
 
+#include <functional>
 #include <span>
 #include <string>
 
 namespace ccrypto {
+
+/// Adds an object to the list, an item under the heading. \return false, logged, for octets that are none.
+using AddObject = std::function<bool(const element& der, Report& list, const std::string& heading)>;
+/// Prints all objects of a kind in the file that the first operand names. \param name of their list in JSON. \return the exit code.
+[[nodiscard]] int ShowObjects(Invocation& invocation, ObjectKind kind, std::string_view name, const AddObject& add);
 
 /// Everything that a certificate says.
 void DescribeCertificate(const CCrypto_X509_Certificate& certificate, Report& report);

@@ -19,7 +19,9 @@ int ReadOcspIssuer(Invocation& invocation, const std::vector<std::string>& other
 int ReadMessage(Invocation& invocation, const std::string& file, element& message)
 {
     std::vector<DataBlock> blocks;
-    const int exit = ReadObjectsOrRefuse(invocation, file, ObjectKind::message, blocks);
+    int exit = ReadObjectsOrRefuse(invocation, file, ObjectKind::message, blocks);
+    if (exit == exitDone)
+        exit = RefuseSeveral(invocation, file, ObjectKind::message, blocks);
     if (exit == exitDone)
         message = std::move(blocks.front().bytes);
     return exit;
@@ -28,7 +30,9 @@ int ReadMessage(Invocation& invocation, const std::string& file, element& messag
 int ReadAnyMessage(Invocation& invocation, const std::string& file, element& message)
 {
     std::vector<DataBlock> blocks;
-    const int exit = ReadObjects(invocation, file, ObjectKind::message, blocks);
+    int exit = ReadObjects(invocation, file, ObjectKind::message, blocks);
+    if (exit == exitDone)
+        exit = RefuseSeveral(invocation, file, ObjectKind::message, blocks);
     message = exit == exitDone && !blocks.empty() ? std::move(blocks.front().bytes) : element();
     return exit;
 }

@@ -16,7 +16,7 @@ constexpr Option ocspIssuerOption = {OptionKind::text, 0, "issuer", "FILE", "the
 /// Reads ocspIssuerOption. `otherFiles` are read besides. \return exitDone, or the exit code after the reason was printed.
 int ReadOcspIssuer(Invocation& invocation, const std::vector<std::string>& otherFiles, CertificatePtr& issuer);
 
-/// The bytes of the one message in a file. \return as above.
+/// The bytes of the one message in a file. \return as above, also for several.
 int ReadMessage(Invocation& invocation, const std::string& file, element& message);
 /// The same for what is judged: empty for a file that holds none.
 int ReadAnyMessage(Invocation& invocation, const std::string& file, element& message);

@@ -1,8 +1,5 @@
 #include "tools/cryptotool/cli/command_table.h"
-#include "tools/cryptotool/cli/reason.h"
-#include "tools/cryptotool/pki/object_input.h"
 #include "tools/cryptotool/pki/object_report.h"
-#include "tools/cryptotool/pki/report_output.h"
 
 namespace ccrypto {
 
@@ -14,30 +11,17 @@ of its SubjectPublicKeyInfo. Nothing is verified: see "cryptotool cert verify". 
 )";
 constexpr Option certShowOptions[] = {jsonOption, outputOption};
 
-std::string HeadingOf(std::size_t index, std::size_t count)
+bool AddCertificate(const element& der, Report& list, const std::string& heading)
 {
-    return count > 1 ? "certificate " + std::to_string(index + 1) + " of " + std::to_string(count) : std::string();
+    const CertificatePtr certificate = LoadCertificate(der.bytes());
+    if (certificate != nullptr)
+        DescribeCertificate(*certificate, list.addItem(heading));
+    return certificate != nullptr;
 }
 
 int ShowCertificates(Invocation& invocation)
 {
-    const std::string file = invocation.arguments().operand(0);
-    std::vector<DataBlock> blocks;
-    int exit = ReadObjectsOrRefuse(invocation, file, ObjectKind::certificate, blocks);
-    if (exit != exitDone)
-        return exit;
-    Report report;
-    Report& list = report.addList("certificates");
-    list.withoutName();
-    for (std::size_t index = 0; index < blocks.size(); ++index) {
-        StartReason();
-        if (const CertificatePtr certificate = LoadCertificate(blocks[index].bytes.bytes()))
-            DescribeCertificate(*certificate, list.addItem(HeadingOf(index, blocks.size())));
-        else
-            exit = invocation.refuse(file, BlockName(blocks, index) + LastReason("it is not a certificate"));
-    }
-    const int written = list.isEmpty() ? exit : WriteReport(invocation, report);
-    return written != exitDone ? written : exit;
+    return ShowObjects(invocation, ObjectKind::certificate, "certificates", AddCertificate);
 }
 
 } // namespace

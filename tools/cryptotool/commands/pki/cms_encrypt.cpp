@@ -7,6 +7,8 @@
 #include "tools/cryptotool/pki/message_options.h"
 #include "tools/cryptotool/pki/ocsp_input.h"
 
+#include <algorithm>
+
 namespace ccrypto {
 
 namespace {
@@ -23,7 +25,7 @@ with the message, one text says so.
 constexpr Option recipientOption = {OptionKind::text, 0, "recipient", "FILE", "the certificate of a recipient"};
 constexpr Option recipientKeyOption = {OptionKind::text, 0, "key", "FILE", "its private key"};
 constexpr Option cmsEncryptOptions[] = {
-    {OptionKind::text, 0, "recipient", "FILE", "certificates of recipients", true},
+    {OptionKind::text, 0, "recipient", "FILE", "certificates of recipients, all of FILE", true},
     {OptionKind::choice, 0, "cipher", "aes-128-cbc|aes-192-cbc|aes-256-cbc", "the cipher of the content (aes-256-cbc)"},
     {OptionKind::choice, 0, "oaep", "sha1|sha256|sha384|sha512", "encrypt its key with OAEP and this hash, not with PKCS#1 v1.5"},
     messageEncodingOption,
@@ -53,6 +55,20 @@ EnvelopeOptions EnvelopeOf(const Arguments& arguments)
     return options;
 }
 
+/// Adds all of the file. \return exitDone, or the exit code after the reason was printed.
+int ReadRecipients(Invocation& invocation, const std::string& file, std::vector<CertificatePtr>& recipients)
+{
+    const std::size_t before = recipients.size();
+    if (const int exit = ReadCertificatesOrRefuse(invocation, file, recipients); exit != exitDone)
+        return exit;
+    const bool areRsaKeys = std::all_of(recipients.begin() + static_cast<std::ptrdiff_t>(before), recipients.end(),
+                                        [](const CertificatePtr& recipient) {
+                                            const auto& key = recipient->publicKey();
+                                            return key != nullptr && key->algorithmId() == algorithm::rsaEncryption;
+                                        });
+    return areRsaKeys ? exitDone : invocation.refuse(file, "its key is not RSA; messages are encrypted for RSA keys only");
+}
+
 int EncryptMessage(Invocation& invocation)
 {
     const Arguments& arguments = invocation.arguments();
@@ -63,12 +79,9 @@ int EncryptMessage(Invocation& invocation)
     files.push_back(file);
     int exit = CheckOneStandardInput(invocation, files, {});
     std::vector<CertificatePtr> recipients;
-    for (const std::string& recipient : arguments.values(recipientOption.name)) {
+    for (const std::string& recipient : arguments.values(recipientOption.name))
         if (exit == exitDone)
-            exit = ReadCertificate(invocation, recipient, recipients.emplace_back());
-        if (exit == exitDone && recipients.back()->publicKey()->algorithmId() != algorithm::rsaEncryption)
-            exit = invocation.refuse(recipient, "its key is not RSA; messages are encrypted for RSA keys only");
-    }
+            exit = ReadRecipients(invocation, recipient, recipients);
     if (exit != exitDone)
         return exit;
     element content;

@@ -21,7 +21,8 @@ that options ask for.
 --revocation embeds the proof that the certificate is not revoked: pdf as the signed attribute of PDF files, etsi as the unsigned one
 of CAdES. Nothing is written when the key fails.
 )";
-constexpr Option messageSignerOption = {OptionKind::text, 0, "signer", "FILE", "the signer's certificate"};
+constexpr Option messageSignerOption = {OptionKind::text, 0, "signer", "FILE",
+                                        "the signer's certificate, first in FILE; others there are for the message"};
 constexpr Option messageKeyOption = {OptionKind::text, 0, "key", "FILE", "its private key"};
 constexpr Option proofListOption = {OptionKind::text, 0, "crl", "FILE", "with --revocation: a revocation list"};
 constexpr Option proofResponseOption = {OptionKind::text, 0, "ocsp", "FILE", "with --revocation: an OCSP response"};
@@ -106,7 +107,7 @@ int SignMessage(Invocation& invocation)
     element content;
     int exit = ReadTimeOption(invocation, timeOption, signature.now);
     if (exit == exitDone)
-        exit = ReadCertificateAndKey(invocation, messageSignerOption, messageKeyOption, files, signer);
+        exit = ReadChainAndKey(invocation, messageSignerOption, messageKeyOption, files, signer, signature.extraCertificates);
     for (const std::string& more : arguments.values("certs"))
         if (exit == exitDone)
             exit = ReadCertificates(invocation, more, signature.extraCertificates);

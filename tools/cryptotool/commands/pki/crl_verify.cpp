@@ -45,11 +45,13 @@ int CheckCrlVerifyOptions(Invocation& invocation)
     return exitDone;
 }
 
-/// The first list of the file; null when it does not load. \return exitDone, or the exit code after the reason was printed.
+/// The one list of the file; null when it does not load. \return exitDone, or the exit code after the reason was printed.
 int ReadListToVerify(Invocation& invocation, const std::string& file, CrlPtr& list)
 {
     std::vector<DataBlock> blocks;
     if (const int exit = ReadObjects(invocation, file, ObjectKind::list, blocks); exit != exitDone)
+        return exit;
+    if (const int exit = RefuseSeveral(invocation, file, ObjectKind::list, blocks); exit != exitDone)
         return exit;
     StartReason();
     auto loaded = std::make_shared<CCrypto_X509_CRL>();

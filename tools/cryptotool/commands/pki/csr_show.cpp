@@ -10,8 +10,8 @@ namespace ccrypto {
 namespace {
 
 constexpr std::string_view csrShowDetails =
-    R"(Prints what the certificate request (PKCS#10) in FILE asks for: the name, the key and the extensions. Nothing is verified: see
-"cryptotool csr verify".
+    R"(Prints what the certificate requests (PKCS#10) in FILE ask for: the name, the key and the extensions. Nothing is verified: see
+"cryptotool csr verify". With --json, "certificateRequests" is a list.
 )";
 constexpr std::string_view csrVerifyDetails =
     R"(Verifies that the owner of the key in the certificate request in FILE signed it. Prints OK and ends with 0, or prints FAILED and
@@ -20,24 +20,29 @@ ends with 1. With --json: "verified" and "subject".
 constexpr Option csrShowOptions[] = {jsonOption, outputOption};
 constexpr Option csrVerifyOptions[] = {jsonOption, outputOption};
 
-int ShowRequest(Invocation& invocation)
+bool AddRequest(const element& der, Report& requests, const std::string& heading)
 {
-    RequestPtr request;
-    if (const int exit = ReadRequest(invocation, invocation.arguments().operand(0), request); exit != exitDone)
-        return exit;
-    Report report;
-    report.addNumber("version", request->version());
-    report.add("subject", NameText(request->subject()).view());
-    report.add("key", KeyText(*request->publicKey()));
-    report.add("signatureAlgorithm", AlgorithmText(request->signatureAlgorithm()));
+    CCryptoCertificateRequest request;
+    if (!request.LoadRequest(der))
+        return false;
+    Report& report = requests.addItem(heading);
+    report.addNumber("version", request.version());
+    report.add("subject", NameText(request.subject()).view());
+    report.add("key", KeyText(*request.publicKey()));
+    report.add("signatureAlgorithm", AlgorithmText(request.signatureAlgorithm()));
     std::vector<std::string> attributes;
-    for (const Oid& attribute : request->attributes())
+    for (const Oid& attribute : request.attributes())
         attributes.push_back(ShortNameOf(attribute));
     report.addTexts("attributes", attributes);
-    DescribeExtensions(request->extensions(), report);
-    report.add("sha256", Fingerprint(request->der().bytes()));
-    report.add("publicKeySha256", Fingerprint(request->publicKeyInfo().bytes()));
-    return WriteReport(invocation, report);
+    DescribeExtensions(request.extensions(), report);
+    report.add("sha256", Fingerprint(request.der().bytes()));
+    report.add("publicKeySha256", Fingerprint(request.publicKeyInfo().bytes()));
+    return true;
+}
+
+int ShowRequests(Invocation& invocation)
+{
+    return ShowObjects(invocation, ObjectKind::request, "certificateRequests", AddRequest);
 }
 
 int VerifyRequest(Invocation& invocation)
@@ -57,7 +62,7 @@ int VerifyRequest(Invocation& invocation)
 } // namespace
 
 const Command csrShowCommand = {
-    "csr", "show", "prints what a certificate request asks for", "FILE", 1, 1, csrShowDetails, csrShowOptions, ShowRequest};
+    "csr", "show", "prints what certificate requests ask for", "FILE", 1, 1, csrShowDetails, csrShowOptions, ShowRequests};
 const Command csrVerifyCommand = {
     "csr",        "verify", "verifies the signature of a certificate request", "FILE", 1, 1, csrVerifyDetails, csrVerifyOptions,
     VerifyRequest};

@@ -1,5 +1,6 @@
 #include "pki/ocsp/ocsp_request.h"
 
+#include "pki/x509/name.h"
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/reason.h"
 #include "tools/cryptotool/output/output.h"
@@ -12,7 +13,7 @@ namespace ccrypto {
 namespace {
 
 constexpr std::string_view ocspRequestDetails =
-    R"(Asks for the status of the certificates in CERT..., all of which --issuer issued, and of those of --serial. Writes an OCSP request
+    R"(Asks for the status of all certificates in the files CERT..., which --issuer must have issued, and of those of --serial. Writes an OCSP request
 (RFC 6960) as DER. It has a nonce of 32 random bytes (RFC 9654): keep the request for "cryptotool ocsp verify --request".
 )";
 constexpr Option ocspRequestOptions[] = {
@@ -33,16 +34,30 @@ int Ask(Invocation& invocation, const CCrypto_X509_Certificate& issuer, const el
     return request.Ask(issuer, serialNumber, hash) ? exitDone : invocation.refuse({}, LastReason("the request cannot be made"));
 }
 
+/// Refuses the certificate of another issuer: no responder would know it by this one.
+int AskForOne(Invocation& invocation, const std::string& file, const CCrypto_X509_Certificate& issuer,
+              const CCrypto_X509_Certificate& certificate, CCryptoOCSP::COCSPRequest& request)
+{
+    const auto name = ComparableName::Read(issuer.subject().GetDerEncodedElement().bytes());
+    const bool isNamed = name && name == ComparableName::Read(certificate.issuer().GetDerEncodedElement().bytes());
+    if (!isNamed)
+        return invocation.refuse(file,
+                                 "it names another issuer than --issuer: " + std::string(NameText(certificate.issuer()).view()));
+    if (issuer.publicKey() == nullptr || certificate.verifySignature(*issuer.publicKey()) != SignatureResult::good)
+        return invocation.refuse(file, "the key of --issuer did not sign it");
+    return Ask(invocation, issuer, certificate.serialNumber(), request);
+}
+
 int AskForAll(Invocation& invocation, const CCrypto_X509_Certificate& issuer, CCryptoOCSP::COCSPRequest& request)
 {
     const Arguments& arguments = invocation.arguments();
     for (const std::string& file : arguments.operands()) {
-        CertificatePtr certificate;
-        int exit = ReadCertificate(invocation, file, certificate);
-        if (exit == exitDone)
-            exit = Ask(invocation, issuer, certificate->serialNumber(), request);
-        if (exit != exitDone)
+        std::vector<CertificatePtr> certificates;
+        if (const int exit = ReadCertificatesOrRefuse(invocation, file, certificates); exit != exitDone)
             return exit;
+        for (const CertificatePtr& certificate : certificates)
+            if (const int exit = AskForOne(invocation, file, issuer, *certificate, request); exit != exitDone)
+                return exit;
     }
     for (const std::string& text : arguments.values("serial")) {
         element serialNumber;
