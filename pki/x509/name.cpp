@@ -6,6 +6,7 @@
 #include "core/text/utf8.h"
 #include "pki/x509/attribute_text.h"
 #include "pki/x509/der_tags.h"
+#include "pki/x509/field_reading.h"
 
 #include <algorithm>
 #include <iterator>
