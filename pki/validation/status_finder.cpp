@@ -102,7 +102,7 @@ StatusInformation StatusFinder::statusOf(const Issued& issued, bool isSettled)
 
     StatusInformation information = statusByLists(issued);
     if (information.status != CertificateStatus::revoked) {
-        StatusInformation answered = statusByResponses(issued);
+        StatusInformation answered = statusByResponses(issued, Responders::all);
         const bool isBetter = RankOf(answered.status) > RankOf(information.status);
         if (isBetter || (information.detail.isEmpty() && !answered.detail.isEmpty()))
             information = std::move(answered);
@@ -114,7 +114,7 @@ StatusInformation StatusFinder::statusOf(const Issued& issued, bool isSettled)
     return information;
 }
 
-StatusInformation StatusFinder::statusByResponses(const Issued& issued)
+StatusInformation StatusFinder::statusByResponses(const Issued& issued, Responders responders)
 {
     OcspOptions options;
     options.at = options_.at;
@@ -132,6 +132,9 @@ StatusInformation StatusFinder::statusByResponses(const Issued& issued)
             VerifyOcspResponse(*response, *issued.certificate().certificate, *issued.issuer().certificate, options);
         if (!work_.takeSignatures(answer.signatures))
             break;
+        const bool isSelf = answer.responder != nullptr && answer.responder->der() == issued.certificate().certificate->der();
+        if (responders == Responders::issuerAndSelf && answer.responder != nullptr && !isSelf)
+            continue;
         StatusInformation information;
         information.source = StatusInformation::Source::ocsp;
         information.thisUpdate = answer.thisUpdate;
@@ -157,9 +160,11 @@ StatusInformation StatusFinder::statusByResponses(const Issued& issued)
             information.status = CertificateStatus::revoked;
             information.detail = RevocationText(answer.revocationReason, answer.revocationTime);
         }
-        if (CCryptoString reason = whyNotBelieved(answer.responder, issued); !reason.isEmpty()) {
-            information.status = CertificateStatus::unknown;
-            information.detail = std::move(reason);
+        if (responders == Responders::all) {
+            if (CCryptoString reason = whyNotBelieved(answer.responder, issued); !reason.isEmpty()) {
+                information.status = CertificateStatus::unknown;
+                information.detail = std::move(reason);
+            }
         }
         const bool saysMore = best.detail.isEmpty();
         if (RankOf(information.status) > RankOf(best.status) || saysMore)
@@ -171,14 +176,16 @@ StatusInformation StatusFinder::statusByResponses(const Issued& issued)
 CCryptoString StatusFinder::whyNotBelieved(const CertificatePtr& responder, const Issued& issued)
 {
     const std::optional<KnownCertificate> known = responder != nullptr ? KnownCertificate::Read(responder) : std::nullopt;
-    if (!known || lists_.empty())
+    if (!known)
         return {};
     // A path like that of the certificate in question, with the responder in its place.
     CertificatePath path(issued.path.begin() + issued.index, issued.path.end());
     Keys keys(issued.keys.begin() + issued.index, issued.keys.end());
     path.front() = &*known;
     keys.front() = known->key;
-    const StatusInformation status = statusByLists({path, keys});
+    StatusInformation status = statusByLists({path, keys});
+    if (status.status != CertificateStatus::revoked)
+        status = statusByResponses({path, keys}, Responders::issuerAndSelf);
     return status.status == CertificateStatus::revoked ? "the responder's certificate is revoked: " + status.detail
                                                        : CCryptoString();
 }

@@ -65,11 +65,16 @@ private:
         [[nodiscard]] const KnownList* speaker() const { return goodDelta != nullptr ? goodDelta : goodList; }
     };
 
+    enum class Responders {
+        all,
+        issuerAndSelf, ///< the issuer, and the owner of the certificate in question: they are believed without asking about them
+    };
+
     /// \param isSettled whether nothing above the certificate is in doubt. Only then is the answer remembered for other paths: a
     /// list that is signed by what is in doubt in one path proves nothing in another.
     [[nodiscard]] StatusInformation statusOf(const Issued& issued, bool isSettled);
-    [[nodiscard]] StatusInformation statusByResponses(const Issued& issued);
-    /// Why what the responder says does not count: the lists revoke its certificate. Empty when they do not.
+    [[nodiscard]] StatusInformation statusByResponses(const Issued& issued, Responders responders);
+    /// Why what the responder says does not count: a list, its issuer's response or its own revokes its certificate. Else empty.
     [[nodiscard]] CCryptoString whyNotBelieved(const CertificatePtr& responder, const Issued& issued);
     [[nodiscard]] StatusInformation statusByLists(const Issued& issued);
     /// \return true when the certificate is revoked.

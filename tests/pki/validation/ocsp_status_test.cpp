@@ -212,6 +212,24 @@ INSTANTIATE_TEST_SUITE_P(
                                     w.list("Sub", [](L& l) { l.entry(9); });
                                 },
                                 "VALID"},
+                      WorldCase{"good, by a responder whom a response of the issuer revokes",
+                                [](W& w) {
+                                    AddOcspOfResponder(w, OcspOfLeaf());
+                                    TestOcspResponse r = OcspOfLeaf();
+                                    r.certId.serial = {9};
+                                    r.status = RevokedStatus();
+                                    AddOcsp(w, r, "Sub");
+                                },
+                                "status-unknown 0 ?"},
+                      WorldCase{"good, by a responder who says that it is revoked",
+                                [](W& w) {
+                                    AddOcspOfResponder(w, OcspOfLeaf());
+                                    TestOcspResponse r = OcspOfLeaf();
+                                    r.certId.serial = {9};
+                                    r.status = RevokedStatus();
+                                    AddOcsp(w, r, "Responder");
+                                },
+                                "status-unknown 0 ?"},
                       WorldCase{"good, by a responder who was revoked long ago",
                                 [](W& w) {
                                     AddOcspOfResponder(w, OcspOfLeaf());
