@@ -186,7 +186,7 @@ SignerFault SignerStatement::read(const CCryptoPKCS7SignerInfo& signer, const Oi
     if (const SignerFault fault = CheckPlaces(signer); !fault.isNone())
         return fault;
     if (content == nullptr)
-        return {Reason::malformed, "The content is detached"};
+        return {Reason::malformed, CCryptoString(contentIsDetached)};
 
     const CCryptoPKCS7Attributes* const attributes = signer.signedAttributes.get();
     if (attributes == nullptr) {

@@ -8,6 +8,7 @@
 #include "pki/x509/signature.h"
 
 #include <optional>
+#include <string_view>
 
 namespace ccrypto {
 
@@ -25,6 +26,9 @@ struct SignerFault {
 
     [[nodiscard]] bool isNone() const { return reason == Reason::none; }
 };
+
+/// The detail, with Reason::malformed, of a signer whose content is neither in the message nor given.
+inline constexpr std::string_view contentIsDetached = "The content is detached";
 
 /// What a signer signed, read and compared with the content, before any certificate is known.
 struct SignerStatement {

@@ -139,13 +139,14 @@ SignedDataVerdict VerdictWithoutSigners(const std::string& detail)
 /// Adds to the details which option would have given what was missing.
 void NameMissingOptions(const Invocation& invocation, bool hasContent, SignedDataVerdict& verdict)
 {
-    const auto missing = [&](Reason reason) {
-        const bool isContent = reason == Reason::malformed && !hasContent;
-        return isContent ? "; --content was not given" : MissingAnchorText(invocation, reason);
+    const auto name = [&](Reason reason, CCryptoString& detail) {
+        const bool isContent = !hasContent && reason == Reason::malformed && detail.view() == contentIsDetached;
+        detail += isContent ? "; --content was not given" : MissingAnchorText(invocation, reason);
     };
-    verdict.detail += verdict.signers.empty() ? "" : missing(verdict.reason);
+    if (!verdict.signers.empty())
+        name(verdict.reason, verdict.detail);
     for (SignerVerdict& signer : verdict.signers)
-        signer.detail += missing(signer.reason);
+        name(signer.reason, signer.detail);
 }
 
 int FinishVerification(Invocation& invocation, const SignedDataVerdict& verdict, const CCryptoDateTime& at,
