@@ -52,6 +52,7 @@ TEST_F(CryptotoolCertVerify, TheExitCodeAndTheFirstLineSayHowItEnded)
         {"a host", {"--host", "www.example.com", "@me.pem"}, 0, "VALID"},
         {"another host", {"--host", "example.com", "@me.pem"}, 1, "INVALID  name, certificate 0"},
         {"an address", {"--ip", "192.0.2.1", "@me.pem"}, 0, "VALID"},
+        {"an address that is none", {"--ip", "1.2.3", "@me.pem"}, 2, ""},
         {"another address", {"--ip", "192.0.2.2", "@me.pem"}, 1, "INVALID  name, certificate 0"},
         {"a mailbox", {"--email", "me@EXAMPLE.com", "@me.pem"}, 0, "VALID"},
         {"another mailbox", {"--email", "you@example.com", "@me.pem"}, 1, "INVALID  name, certificate 0"},

@@ -148,6 +148,9 @@ TEST_F(CryptotoolPki, ListsAreSearchedAndContinued)
         << shown;
     EXPECT_NE(shown.find("    reason              superseded\n"), std::string::npos) << shown;
     EXPECT_EQ(Tool({"crl", "show", "--entries", "1", "@more.crl"}).output.find("entry 1"), std::string::npos);
+    List("sub", "next.crl", {"--previous", "@more.crl"});
+    EXPECT_NE(Tool({"crl", "show", "@next.crl"}).output.find("  cRLNumber\n    10\n"), std::string::npos);
+    EXPECT_EQ(Tool({"crl", "build", "--ca", "@root.pem", "--ca-key", "@root.key", "--previous", "@more.crl"}).code, exitRefused);
     for (const char* const text : {"", "xyz", "01,nonsense", "01,superseded,yesterday"})
         EXPECT_EQ(Tool({"crl", "build", "--ca", "@sub.pem", "--ca-key", "@sub.key", "--revoke", text}).code, exitUsage) << text;
 }
@@ -329,6 +332,7 @@ TEST_F(CryptotoolPki, MessagesAreSignedAndVerified)
                         "@me.key", "--certs", "@sub.pem", "--at",    "2026-11-23T12:00:00Z"};
     Done(With(sign, {"--signing-time", "@report", "-o", "@detached"}));
     Done(With(sign, {"--embed", "--crl", "@sub.crl", "--revocation", "pdf", "--outform", "pem", "@report", "-o", "@embedded"}));
+    EXPECT_EQ(Tool(With(sign, {"--crl", "@sub.crl", "--crl", "@root.crl", "--revocation", "pdf", "@report"})).code, exitUsage);
     const Words verify = {"cms", "verify", "--trust", "@root.pem", "--at", "2026-11-23T12:00:00Z"};
     const ToolResult detached = Tool(With(verify, {"--content", "@report", "@detached"}));
     EXPECT_EQ(detached.code, 0) << detached.output << detached.error;
@@ -354,6 +358,8 @@ TEST_F(CryptotoolPki, MessagesAreSignedAndVerified)
         EXPECT_EQ(result.output.find(test.start), 0U) << result.output;
     }
     Done(With(verify, {"--extract", "@content", "@embedded", "-o", "@verdict"}));
+    EXPECT_EQ(Tool(With(verify, {"--extract", "@same", "@embedded", "-o", "@same"})).code, exitUsage);
+    EXPECT_EQ(Tool(With(verify, {"--extract", "-", "@embedded"})).code, exitUsage);
     EXPECT_EQ(Get("content"), "what was signed");
     EXPECT_EQ(Tool(With(verify, {"--extract", "@invalid", "--trust", "@me.pem", "--at", "2031-01-01T00:00:00Z", "@embedded"})).code,
               1);

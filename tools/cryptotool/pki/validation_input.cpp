@@ -1,5 +1,6 @@
 #include "tools/cryptotool/pki/validation_input.h"
 
+#include "pki/validation/name_forms.h"
 #include "tools/cryptotool/cli/reason.h"
 #include "tools/cryptotool/pki/names.h"
 #include "tools/cryptotool/pki/object_input.h"
@@ -112,6 +113,8 @@ int ReadValidationOptions(Invocation& invocation, ValidationOptions& options)
         exit = ReadNameOption(invocation, hostOption, options.host);
     if (exit == exitDone)
         exit = ReadNameOption(invocation, ipOption, options.ipAddress);
+    if (exit == exitDone && !options.ipAddress.empty() && !ReadIpAddress(options.ipAddress))
+        exit = invocation.misuse("--ip needs an IP address, not " + options.ipAddress);
     return exit == exitDone ? ReadNameOption(invocation, emailOption, options.email) : exit;
 }
 

@@ -61,6 +61,10 @@ int ReadProofs(Invocation& invocation, SCryptoSignature& signature)
     const bool isGiven = arguments.has(proofListOption.name) || arguments.has(proofResponseOption.name);
     if (isGiven == (where == "none"))
         return invocation.misuse("--revocation goes with --crl or --ocsp");
+    if (arguments.values(proofListOption.name).size() > 1 || arguments.values(proofResponseOption.name).size() > 1)
+        return invocation.misuse("a signature embeds one list or one response");
+    if (arguments.has(proofListOption.name) && arguments.has(proofResponseOption.name))
+        invocation.warn(arguments.value(proofListOption.name), "it is not embedded, since the response is");
     signature.embedding =
         where == "pdf" ? RevocationEmbedding::pdf : (where == "etsi" ? RevocationEmbedding::etsi : RevocationEmbedding::none);
     int exit = exitDone;

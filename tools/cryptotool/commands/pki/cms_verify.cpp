@@ -176,6 +176,8 @@ int VerifyMessage(Invocation& invocation)
     element message;
     element detached;
     std::string reason;
+    if (arguments.has(extractOption.name) && arguments.value(extractOption.name) == arguments.value(outputOption.name, "-"))
+        return invocation.misuse("--extract and the report are written to the same place: give another --output");
     int exit = CheckOneStandardInput(invocation, files, {});
     if (exit == exitDone)
         exit = ReadValidationOptions(invocation, options.validation);

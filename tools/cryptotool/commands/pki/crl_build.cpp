@@ -1,6 +1,7 @@
 #include "core/base/ascii.h"
 #include "pki/x509/certificate_builder.h"
 #include "pki/x509/extension_builder.h"
+#include "pki/x509/name.h"
 #include "tools/cryptotool/cli/command_table.h"
 #include "tools/cryptotool/cli/reason.h"
 #include "tools/cryptotool/pki/issuing_options.h"
@@ -25,12 +26,13 @@ the certificate was revoked (now). --previous takes over the entries of an earli
 constexpr Option thisUpdateOption = {OptionKind::text, 0, "this-update", "TIME", "2026-11-23T12:00:00Z (now)"};
 constexpr Option nextUpdateOption = {OptionKind::text, 0, "next-update", "TIME", "in place of --days"};
 constexpr Option revokeOption = {OptionKind::text, 0, "revoke", "SERIAL[,REASON[,TIME]]", "revoke this certificate", true};
+constexpr Option previousOption = {OptionKind::text, 0, "previous", "FILE", "a revocation list whose entries stay"};
 constexpr Option crlBuildOptions[] = {
     issuerOption,
     issuerKeyOption,
     revokeOption,
-    {OptionKind::text, 0, "previous", "FILE", "a revocation list whose entries stay"},
-    {OptionKind::number, 0, "number", "N", "the number of the list (1)"},
+    previousOption,
+    {OptionKind::number, 0, "number", "N", "the number of the list (1, or the next after --previous)"},
     {OptionKind::number, 0, "delta", "N", "only what changed since the list with the number N"},
     thisUpdateOption,
     nextUpdateOption,
@@ -94,32 +96,53 @@ int ReadTimes(Invocation& invocation, RevocationListFields& fields)
     return exit != exitDone || fields.nextUpdate.isValid() ? exit : invocation.misuse("--days is too long");
 }
 
-int ReadEntries(Invocation& invocation, RevocationListFields& fields)
+/// The list of --previous, of the same issuer; null when there is none.
+int ReadPrevious(Invocation& invocation, const CCrypto_X509_Certificate& issuer, CrlPtr& previous)
 {
-    const Arguments& arguments = invocation.arguments();
-    for (const std::string& file : arguments.values("previous")) {
-        CrlPtr previous;
-        if (const int exit = ReadList(invocation, file, previous); exit != exitDone)
-            return exit;
-        for (std::uint32_t index = 0; index < previous->entryCount(); ++index) {
-            std::optional<RevokedEntry> entry = previous->entry(index);
-            if (!entry)
-                return invocation.refuse(file, "entry " + std::to_string(index) + " is malformed");
+    if (!invocation.arguments().has(previousOption.name))
+        return exitDone;
+    const std::string file = invocation.arguments().value(previousOption.name);
+    if (const int exit = ReadList(invocation, file, previous); exit != exitDone)
+        return exit;
+    const auto name = ComparableName::Read(previous->issuer().GetDerEncodedElement().bytes());
+    const bool isSame = name && name == ComparableName::Read(issuer.subject().GetDerEncodedElement().bytes());
+    return isSame ? exitDone
+                  : invocation.refuse(file, "it is a list of another issuer: " + std::string(NameText(previous->issuer()).view()));
+}
+
+/// The fields refer to the previous list, which may be null.
+int ReadEntries(Invocation& invocation, const CCrypto_X509_CRL* previous, RevocationListFields& fields)
+{
+    for (std::uint32_t index = 0; previous != nullptr && index < previous->entryCount(); ++index)
+        if (std::optional<RevokedEntry> entry = previous->entry(index))
             fields.entries.push_back(std::move(*entry));
-        }
-    }
+    const Arguments& arguments = invocation.arguments();
     for (const std::string& text : arguments.values(revokeOption.name))
         if (!ParseRevocation(text, fields.thisUpdate, fields.entries.emplace_back()))
             return invocation.misuse("--revoke needs SERIAL[,REASON[,TIME]], not " + text);
     return exitDone;
 }
 
-int AddListExtensions(Invocation& invocation, const IssuerInput& issuer, CCrypto_X509_ValueList& extensions)
+/// One more than that of the previous list; 1 without one.
+element NextNumber(const CCrypto_X509_CRL* previous)
+{
+    const std::optional<element> number =
+        previous != nullptr ? ReadAllExtensions(previous->extensions(), ExtensionOwner::list).crlNumber : std::nullopt;
+    element next = number.value_or(element("", 1));
+    std::uint32_t index = next.length();
+    while (index != 0 && ++next.data()[index - 1] == 0)
+        --index;
+    return next;
+}
+
+int AddListExtensions(Invocation& invocation, const IssuerInput& issuer, const CCrypto_X509_CRL* previous,
+                      CCrypto_X509_ValueList& extensions)
 {
     const Arguments& arguments = invocation.arguments();
     const ReadExtensions read = ReadAllExtensions(issuer.certificate->extensions(), ExtensionOwner::certificate);
     extensions.add(BuildAuthorityKeyIdentifier(read.subjectKeyIdentifier.value_or(KeyIdentifierOf(*issuer.key))));
-    extensions.add(BuildCrlNumber(IntegerOf(arguments.number("number", 1))));
+    const bool isGiven = arguments.has("number");
+    extensions.add(BuildCrlNumber(isGiven ? IntegerOf(arguments.number("number", 1)) : NextNumber(previous)));
     if (arguments.has("delta"))
         extensions.add(BuildDeltaCrlIndicator(IntegerOf(arguments.number("delta", 0))));
     return ReadPlainExtensions(invocation, extensions);
@@ -131,11 +154,14 @@ int BuildList(Invocation& invocation)
     IssuerInput issuer;
     int exit = ReadTimes(invocation, fields);
     if (exit == exitDone)
-        exit = ReadIssuer(invocation, invocation.arguments().values("previous"), issuer);
+        exit = ReadIssuer(invocation, invocation.arguments().values(previousOption.name), issuer);
+    CrlPtr previous;
     if (exit == exitDone)
-        exit = ReadEntries(invocation, fields);
+        exit = ReadPrevious(invocation, *issuer.certificate, previous);
     if (exit == exitDone)
-        exit = AddListExtensions(invocation, issuer, fields.extensions);
+        exit = ReadEntries(invocation, previous.get(), fields);
+    if (exit == exitDone)
+        exit = AddListExtensions(invocation, issuer, previous.get(), fields.extensions);
     if (exit != exitDone)
         return exit;
     fields.issuer = issuer.certificate->subject().GetDerEncodedElement();
