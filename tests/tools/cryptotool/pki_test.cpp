@@ -153,6 +153,9 @@ TEST_F(CryptotoolPki, ListsAreSearchedAndContinued)
     EXPECT_EQ(Tool({"crl", "build", "--ca", "@root.pem", "--ca-key", "@root.key", "--previous", "@more.crl"}).code, exitRefused);
     for (const char* const text : {"", "xyz", "01,nonsense", "01,superseded,yesterday"})
         EXPECT_EQ(Tool({"crl", "build", "--ca", "@sub.pem", "--ca-key", "@sub.key", "--revoke", text}).code, exitUsage) << text;
+    const std::string why = Tool({"crl", "build", "--ca", "@sub.pem", "--ca-key", "@sub.key", "--revoke", "01,nonsense"}).error;
+    EXPECT_NE(why.find("reasons are unspecified, keyCompromise, cACompromise,"), std::string::npos) << why;
+    EXPECT_NE(why.find("removeFromCRL, privilegeWithdrawn, aACompromise"), std::string::npos) << why;
 }
 
 TEST_F(CryptotoolPki, AResponderAnswersFromAList)

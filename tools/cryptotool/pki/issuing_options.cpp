@@ -82,7 +82,7 @@ int AddKeyUsage(Invocation& invocation, CCrypto_X509_ValueList& extensions)
     for (const std::string& name : invocation.arguments().values(setKeyUsageOption.name)) {
         const std::optional<KeyUsageBit> bit = KeyUsageBitOf(name);
         if (!bit)
-            return invocation.misuse("unknown key usage " + name);
+            return invocation.misuse(UnknownKeyUsageText(name));
         usage.bits = static_cast<std::uint16_t>(usage.bits | static_cast<std::uint16_t>(*bit));
     }
     if (usage.bits == 0 && invocation.arguments().has(isCaOption.name))

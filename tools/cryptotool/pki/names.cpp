@@ -212,6 +212,17 @@ std::optional<KeyUsageBit> KeyUsageBitOf(std::string_view name)
     return known != std::end(keyUsageNames) ? std::optional(known->bit) : std::nullopt;
 }
 
+std::string UnknownKeyUsageText(std::string_view name)
+{
+    std::string text = "unknown key usage " + std::string(name) + "; known are";
+    const char* separator = " ";
+    for (const KeyUsageName& row : keyUsageNames) {
+        text.append(separator).append(row.name);
+        separator = ", ";
+    }
+    return text;
+}
+
 std::string SerialText(std::span<const std::uint8_t> integer)
 {
     if (integer.empty() || (integer.front() & 0x80) == 0) {

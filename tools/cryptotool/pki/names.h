@@ -32,6 +32,8 @@ namespace ccrypto {
 [[nodiscard]] std::vector<std::string> KeyUsageNames(KeyUsage usage);
 /// \return none for a name that is none of them. Case does not matter.
 [[nodiscard]] std::optional<KeyUsageBit> KeyUsageBitOf(std::string_view name);
+/// "unknown key usage NAME", and the names that there are.
+[[nodiscard]] std::string UnknownKeyUsageText(std::string_view name);
 
 /// "1001": a serial number as hexadecimal digits, without the octet that only says that it is positive; "-" before a negative one.
 [[nodiscard]] std::string SerialText(std::span<const std::uint8_t> integer);

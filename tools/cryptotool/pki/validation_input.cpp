@@ -44,7 +44,7 @@ int ReadKeyUsageOption(Invocation& invocation, std::uint16_t& bits)
     for (const std::string& name : invocation.arguments().values(keyUsageOption.name)) {
         const std::optional<KeyUsageBit> bit = KeyUsageBitOf(name);
         if (!bit)
-            return invocation.misuse("unknown key usage " + name);
+            return invocation.misuse(UnknownKeyUsageText(name));
         bits = static_cast<std::uint16_t>(bits | static_cast<std::uint16_t>(*bit));
     }
     return exitDone;

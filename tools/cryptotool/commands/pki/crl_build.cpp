@@ -54,12 +54,23 @@ element IntegerOf(std::uint64_t number)
     return ParseSerial(digits, octets) ? octets : element();
 }
 
+constexpr std::uint8_t unusedReason = 7; ///< RFC 5280, 5.3.1
+
 std::optional<RevocationReason> ReasonOf(std::string_view name)
 {
     for (std::uint8_t number = 0; number <= static_cast<std::uint8_t>(RevocationReason::aaCompromise); ++number)
-        if (number != 7 && SameInAnyCase(name, RevocationReasonName(static_cast<RevocationReason>(number))))
+        if (number != unusedReason && SameInAnyCase(name, RevocationReasonName(static_cast<RevocationReason>(number))))
             return static_cast<RevocationReason>(number);
     return std::nullopt;
+}
+
+std::string ReasonNames()
+{
+    std::string names;
+    for (std::uint8_t number = 0; number <= static_cast<std::uint8_t>(RevocationReason::aaCompromise); ++number)
+        if (number != unusedReason)
+            names.append(names.empty() ? "" : ", ").append(RevocationReasonName(static_cast<RevocationReason>(number)));
+    return names;
 }
 
 /// "SERIAL,REASON,TIME", of which the first is needed.
@@ -119,7 +130,7 @@ int ReadEntries(Invocation& invocation, const CCrypto_X509_CRL* previous, Revoca
     const Arguments& arguments = invocation.arguments();
     for (const std::string& text : arguments.values(revokeOption.name))
         if (!ParseRevocation(text, fields.thisUpdate, fields.entries.emplace_back()))
-            return invocation.misuse("--revoke needs SERIAL[,REASON[,TIME]], not " + text);
+            return invocation.misuse("--revoke needs SERIAL[,REASON[,TIME]], not " + text + "; reasons are " + ReasonNames());
     return exitDone;
 }
 

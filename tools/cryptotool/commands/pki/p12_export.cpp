@@ -24,12 +24,15 @@ constexpr Option keyOption = {OptionKind::text, 0, "key", "FILE", "the private k
 constexpr Option nameOption = {OptionKind::text, 0, "name", "TEXT", "what readers call the key and its certificate"};
 constexpr Option macOption = {OptionKind::choice, 0, "mac", "hmac|pbmac1",
                               "how the MAC is made (hmac); few programs read pbmac1 yet"};
+/// The key, the certificates and the MAC take as many each, of what a file may take in all.
+constexpr Option fileIterationsOption = {OptionKind::number, 0, "iterations", "N",
+                                         "encryption with a password: iterations of PBKDF2, 1000 to 16000000 (600000)"};
 constexpr Option p12ExportOptions[] = {
     keyOption,
     nameOption,
     macOption,
     keyCipherOption,
-    keyIterationsOption,
+    fileIterationsOption,
     keySchemeOption,
     passwordSecret.file,
     passwordSecret.descriptor,
