@@ -25,9 +25,9 @@ struct OcspResponder {
 ///
 /// What is not a request, asks for nothing, has a malformed nonce, an extension twice or an unknown critical one is answered by
 /// malformedRequest, without a signature. Neither the list's nextUpdate nor the right of the responder to answer is checked:
-/// whoever asks does, and may have named the responder in advance. \return the response, DER; empty, logged, for a list that is not
-/// complete or not the issuer's, for a weak signature of it, for an
-///         entry that only another kind of list may have, and when signing fails.
+/// whoever asks does, and may have named the responder in advance.
+/// \return the response, DER; empty, logged, for a list that is not complete or not the issuer's, for a weak signature of it, for
+/// an entry that only another kind of list may have, and when signing fails.
 [[nodiscard]] element AnswerFromCrl(const element& request, const CCrypto_X509_CRL& list, const OcspResponder& responder,
                                     const CCryptoDateTime& at);
 

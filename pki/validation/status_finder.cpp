@@ -175,14 +175,15 @@ StatusInformation StatusFinder::statusByResponses(const Issued& issued, Responde
 
 CCryptoString StatusFinder::whyNotBelieved(const CertificatePtr& responder, const Issued& issued)
 {
-    const std::optional<KnownCertificate> known = responder != nullptr ? KnownCertificate::Read(responder) : std::nullopt;
-    if (!known)
+    std::optional<KnownCertificate> read = responder != nullptr ? KnownCertificate::Read(responder) : std::nullopt;
+    if (!read)
         return {};
+    const KnownCertificate& known = askedResponders_.emplace_back(*std::move(read));
     // A path like that of the certificate in question, with the responder in its place.
     CertificatePath path(issued.path.begin() + issued.index, issued.path.end());
     Keys keys(issued.keys.begin() + issued.index, issued.keys.end());
-    path.front() = &*known;
-    keys.front() = known->key;
+    path.front() = &known;
+    keys.front() = known.key;
     StatusInformation status = statusByLists({path, keys});
     if (status.status != CertificateStatus::revoked)
         status = statusByResponses({path, keys}, Responders::issuerAndSelf);

@@ -8,6 +8,7 @@
 #include "pki/validation/verdict.h"
 
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <memory>
 #include <optional>
@@ -111,6 +112,8 @@ private:
     std::map<std::pair<const void*, const void*>, std::shared_ptr<ICryptoKeyPair>> signers_;
     std::map<const void*, std::vector<StatusPoint>> points_;
     std::vector<CertificatePtr> responders_;
+    /// Kept, since what is remembered of certificates is found by their addresses. Each has cost a signature.
+    std::deque<KnownCertificate> askedResponders_;
 };
 
 } // namespace ccrypto

@@ -221,6 +221,20 @@ INSTANTIATE_TEST_SUITE_P(
                                     AddOcsp(w, r, "Sub");
                                 },
                                 "status-unknown 0 ?"},
+                      WorldCase{"good, by a responder revoked at its distribution point, after what another one does not know",
+                                [](W& w) {
+                                    TestOcspResponse r = OcspOfLeaf();
+                                    r.status = Tlv(der::Context(2, false), Bytes());
+                                    AddOcspOfResponder(w, r);
+                                    const Bytes point = Tlv(der::Context(0), Tlv(der::Context(0), TestUri("http://a/")));
+                                    w.plain("Other", "Sub", [&](TestCertificate& c) {
+                                        c.serial(10).extension(TestExtendedKeyUsage({ocspSigningOid}));
+                                        c.extension(TestExtension("2.5.29.31", Tlv(der::sequence, Tlv(der::sequence, point))));
+                                    });
+                                    AddOcsp(w, OcspOfLeaf(), "Other");
+                                    w.list("Sub", [&](L& l) { l.entry(10).extension(TestIssuingDistributionPoint(point)); });
+                                },
+                                "status-unknown 0 ?"},
                       WorldCase{"good, by a responder who says that it is revoked",
                                 [](W& w) {
                                     AddOcspOfResponder(w, OcspOfLeaf());
